@@ -1,0 +1,44 @@
+#pragma once
+
+#include "core/AppHiding.h"
+
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace CurtainCore {
+
+/// Privacy mode: hides the private apps, hides them again when they return, and shows again exactly those
+/// that it hid and that were visible before. Not thread-safe; its owner calls it from the main thread only.
+class HideEngine {
+public:
+    /// `hiding` outlives the engine.
+    explicit HideEngine(AppHiding& hiding);
+
+    bool isActive() const { return isActive_; }
+
+    /// Switches privacy mode on. What an earlier switch-on hid is forgotten, not shown: for a clean switch
+    /// call `deactivate` first.
+    void activate(std::vector<std::string> targets);
+
+    /// Switches privacy mode off. Apps that only `reapply` hid stay hidden.
+    void deactivate();
+
+    /// To be called when an app was launched or brought to the front; true when it was a private one and was
+    /// hidden.
+    bool reapply(const std::string& activatedBundleID);
+
+    /// Shows an app and takes it out of privacy mode until the next switch-on.
+    void reveal(const std::string& bundleID);
+
+private:
+    AppHiding& hiding_;
+    bool isActive_ = false;
+    std::vector<std::string> targets_;
+    std::set<std::string> hiddenByUs_;
+    /// Whether each target that ran at switch-on was hidden already.
+    std::map<std::string, bool> previousHidden_;
+};
+
+} // namespace CurtainCore

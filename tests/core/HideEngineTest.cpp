@@ -1,0 +1,210 @@
+#include "core/HideEngine.h"
+
+#include "tests/support/RecordingAppHiding.h"
+
+#include <gmock/gmock.h>
+
+namespace {
+
+using CurtainCore::HideEngine;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+using TestSupport::RecordingAppHiding;
+
+struct HideEngineTest : testing::Test {
+    RecordingAppHiding apps;
+    HideEngine engine{apps};
+};
+
+TEST_F(HideEngineTest, StartsInactive) {
+    EXPECT_FALSE(engine.isActive());
+    EXPECT_THAT(apps.calls, IsEmpty());
+}
+
+TEST_F(HideEngineTest, ActivatingWithNoTargetsIsActiveAndCallsNothing) {
+    engine.activate({});
+    EXPECT_TRUE(engine.isActive());
+    EXPECT_THAT(apps.calls, IsEmpty());
+}
+
+TEST_F(HideEngineTest, ActivatingHidesRunningVisibleTargetsInOrder) {
+    apps.run("b");
+    apps.run("a");
+    engine.activate({"b", "absent", "a"});
+    EXPECT_THAT(apps.calls, ElementsAre("isRunning b", "isHidden b", "hide b", "isRunning absent",
+                                        "isRunning a", "isHidden a", "hide a"));
+}
+
+TEST_F(HideEngineTest, EngineIsAlreadyActiveWhileItHides) {
+    apps.run("a");
+    bool wasActive = false;
+    apps.onHide = [&] { wasActive = engine.isActive(); };
+    engine.activate({"a"});
+    EXPECT_TRUE(wasActive);
+}
+
+TEST_F(HideEngineTest, DeactivatingShowsWhatWasHiddenAndVisibleBefore) {
+    apps.run("a");
+    apps.run("b");
+    engine.activate({"a", "b"});
+    apps.calls.clear();
+    engine.deactivate();
+    EXPECT_THAT(apps.calls, UnorderedElementsAre("unhide a", "unhide b"));
+    EXPECT_FALSE(engine.isActive());
+}
+
+TEST_F(HideEngineTest, TargetLaunchedLaterIsHiddenByReapplyAndStaysHiddenAfterwards) {
+    engine.activate({"a"});
+    apps.run("a");
+    EXPECT_TRUE(engine.reapply("a"));
+    EXPECT_EQ(apps.count("hide a"), 1);
+    engine.deactivate();
+    EXPECT_EQ(apps.count("unhide a"), 0);
+}
+
+TEST_F(HideEngineTest, TargetThatItsUserHadHiddenIsLeftAlone) {
+    apps.runHidden("a");
+    engine.activate({"a"});
+    engine.deactivate();
+    EXPECT_THAT(apps.calls, ElementsAre("isRunning a", "isHidden a"));
+}
+
+TEST_F(HideEngineTest, UserHiddenTargetThatCameBackIsHiddenAgainAndNotShownAfterwards) {
+    apps.runHidden("a");
+    engine.activate({"a"});
+    EXPECT_TRUE(engine.reapply("a"));
+    engine.deactivate();
+    EXPECT_EQ(apps.count("hide a"), 1);
+    EXPECT_EQ(apps.count("unhide a"), 0);
+}
+
+TEST_F(HideEngineTest, UnknownHiddenStateCountsAsVisible) {
+    apps.run("a");
+    apps.hiddenIsKnown = false;
+    engine.activate({"a"});
+    EXPECT_EQ(apps.count("hide a"), 1);
+    engine.deactivate();
+    EXPECT_EQ(apps.count("unhide a"), 1);
+}
+
+TEST_F(HideEngineTest, TargetListedTwiceIsHiddenOnceAndNotShownAgain) {
+    apps.run("a");
+    engine.activate({"a", "a"});
+    EXPECT_EQ(apps.count("hide a"), 1);
+    EXPECT_EQ(apps.count("isHidden a"), 2);
+    engine.deactivate();
+    EXPECT_EQ(apps.count("unhide a"), 0);
+}
+
+TEST_F(HideEngineTest, TargetListedTwiceWhoseHidingLagsIsHiddenTwiceAndShown) {
+    apps.run("a");
+    apps.hidingTakesEffect = false;
+    engine.activate({"a", "a"});
+    EXPECT_EQ(apps.count("hide a"), 2);
+    engine.deactivate();
+    EXPECT_EQ(apps.count("unhide a"), 1);
+}
+
+TEST_F(HideEngineTest, ActivatingTwiceForgetsWhatTheFirstTimeHid) {
+    apps.run("a");
+    apps.run("b");
+    engine.activate({"a"});
+    engine.activate({"b"});
+    engine.deactivate();
+    EXPECT_EQ(apps.count("unhide a"), 0);
+    EXPECT_EQ(apps.count("unhide b"), 1);
+}
+
+TEST_F(HideEngineTest, ActivatingTwiceReplacesTheTargets) {
+    engine.activate({"a"});
+    engine.activate({"b"});
+    apps.run("a");
+    EXPECT_FALSE(engine.reapply("a"));
+}
+
+TEST_F(HideEngineTest, ReapplyIgnoresNonTargets) {
+    apps.run("a");
+    apps.run("A");
+    engine.activate({"a"});
+    apps.calls.clear();
+    EXPECT_FALSE(engine.reapply("A"));
+    EXPECT_FALSE(engine.reapply(""));
+    EXPECT_THAT(apps.calls, IsEmpty());
+}
+
+TEST_F(HideEngineTest, ReapplyWhileInactiveDoesNothing) {
+    apps.run("a");
+    EXPECT_FALSE(engine.reapply("a"));
+    EXPECT_THAT(apps.calls, IsEmpty());
+}
+
+TEST_F(HideEngineTest, ReapplyForATargetThatDoesNotRunDoesNotHide) {
+    engine.activate({"a"});
+    EXPECT_FALSE(engine.reapply("a"));
+    EXPECT_EQ(apps.count("hide a"), 0);
+}
+
+TEST_F(HideEngineTest, ReapplyHidesEvenWhatIsHiddenAlreadyAndDoesNotAsk) {
+    apps.run("a");
+    engine.activate({"a"});
+    apps.calls.clear();
+    EXPECT_TRUE(engine.reapply("a"));
+    EXPECT_THAT(apps.calls, ElementsAre("isRunning a", "hide a"));
+}
+
+TEST_F(HideEngineTest, EmptyIdentifierIsTreatedLikeAnyOther) {
+    apps.run("");
+    engine.activate({""});
+    EXPECT_EQ(apps.count("hide "), 1);
+    EXPECT_TRUE(engine.reapply(""));
+}
+
+TEST_F(HideEngineTest, RevealShowsAndLeavesTheModeOn) {
+    apps.run("a");
+    apps.run("b");
+    engine.activate({"a", "b", "a"});
+    apps.calls.clear();
+    engine.reveal("a");
+    EXPECT_THAT(apps.calls, ElementsAre("unhide a"));
+    EXPECT_TRUE(engine.isActive());
+    EXPECT_FALSE(engine.reapply("a"));
+    EXPECT_TRUE(engine.reapply("b"));
+    apps.calls.clear();
+    engine.deactivate();
+    EXPECT_THAT(apps.calls, ElementsAre("unhide b"));
+}
+
+TEST_F(HideEngineTest, RevealedAppIsPrivateAgainAtTheNextSwitchOn) {
+    apps.run("a");
+    engine.activate({"a"});
+    engine.reveal("a");
+    engine.deactivate();
+    engine.activate({"a"});
+    EXPECT_EQ(apps.count("hide a"), 2);
+}
+
+TEST_F(HideEngineTest, RevealOfAnUnknownAppStillShowsItOnce) {
+    engine.reveal("never heard of");
+    EXPECT_EQ(apps.count("unhide never heard of"), 1);
+    EXPECT_FALSE(engine.isActive());
+}
+
+TEST_F(HideEngineTest, DeactivatingWhileInactiveIsHarmless) {
+    engine.deactivate();
+    engine.deactivate();
+    EXPECT_THAT(apps.calls, IsEmpty());
+    EXPECT_FALSE(engine.isActive());
+}
+
+TEST_F(HideEngineTest, NothingIsReappliedAfterDeactivating) {
+    apps.run("a");
+    engine.activate({"a"});
+    engine.deactivate();
+    apps.calls.clear();
+    EXPECT_FALSE(engine.reapply("a"));
+    engine.deactivate();
+    EXPECT_THAT(apps.calls, IsEmpty());
+}
+
+} // namespace

@@ -1,0 +1,84 @@
+#include "core/PreferencesStore.h"
+
+#include "tests/support/MemoryUserDefaults.h"
+
+#include <gmock/gmock.h>
+
+namespace {
+
+using CurtainCore::AppLanguage;
+using CurtainCore::Preferences;
+using CurtainCore::PreferencesStore;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using TestSupport::MemoryUserDefaults;
+
+constexpr auto key = "curtain.preferences.v1";
+
+struct PreferencesStoreTest : testing::Test {
+    MemoryUserDefaults defaults;
+    PreferencesStore store{defaults};
+};
+
+TEST_F(PreferencesStoreTest, EmptyStoreLoadsTheDefaultsAndWritesNothing) {
+    EXPECT_EQ(store.load(), Preferences{});
+    EXPECT_EQ(defaults.writes, 0);
+}
+
+TEST_F(PreferencesStoreTest, SavedRecordIsLoadedAgain) {
+    Preferences preferences;
+    preferences.language = AppLanguage::fr;
+    preferences.targetApps = {{"a", "A"}};
+    store.save(preferences);
+    EXPECT_EQ(store.load(), preferences);
+    EXPECT_EQ(PreferencesStore(defaults).load(), preferences);
+    EXPECT_THAT(defaults.copies, IsEmpty());
+}
+
+TEST_F(PreferencesStoreTest, EveryLoadReadsAgain) {
+    store.load();
+    defaults.values[key] = R"({"hasOnboarded": true})";
+    EXPECT_TRUE(store.load().hasOnboarded);
+    defaults.values.erase(key);
+    EXPECT_FALSE(store.load().hasOnboarded);
+}
+
+TEST_F(PreferencesStoreTest, BadDocumentLosesEverySettingButStaysStored) {
+    const std::string document = R"({"hasOnboarded": true, "language": "de"})";
+    defaults.values[key] = document;
+    EXPECT_EQ(store.load(), Preferences{});
+    EXPECT_EQ(defaults.values[key], document);
+    EXPECT_EQ(defaults.writes, 0);
+}
+
+TEST_F(PreferencesStoreTest, TheNextSaveKeepsACopyOfABadDocument) {
+    defaults.values[key] = "not json";
+    store.save({});
+    EXPECT_THAT(defaults.copies, ElementsAre("not json"));
+    EXPECT_EQ(store.load(), Preferences{});
+    store.save({});
+    EXPECT_EQ(defaults.copies.size(), 1U);
+}
+
+TEST_F(PreferencesStoreTest, TheNextSaveKeepsACopyOfAnUnreadableDocument) {
+    defaults.values[key] = R"({"hasOnboarded": true})";
+    defaults.unreadable.insert(key);
+    EXPECT_EQ(store.load(), Preferences{});
+    Preferences preferences;
+    preferences.launchAtLogin = true;
+    store.save(preferences);
+    EXPECT_EQ(defaults.copies.size(), 1U);
+    EXPECT_EQ(store.load(), preferences);
+}
+
+TEST_F(PreferencesStoreTest, RecordThatCannotBeEncodedChangesNothing) {
+    Preferences good;
+    good.hasOnboarded = true;
+    store.save(good);
+    auto bad = good;
+    bad.targetApps = {{"\xc3\x28", "broken"}};
+    store.save(bad);
+    EXPECT_EQ(store.load(), good);
+}
+
+} // namespace

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "core/UserDefaults.h"
+
+#include <functional>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace TestSupport {
+
+/// User defaults that live in memory; keys in `unreadable` are there, but cannot be read.
+class MemoryUserDefaults : public CurtainCore::UserDefaults {
+public:
+    std::map<std::string, std::string, std::less<>> values;
+    std::set<std::string, std::less<>> unreadable;
+    std::vector<std::string> copies;
+    int writes = 0;
+
+    bool contains(std::string_view key) const override { return values.contains(key); }
+
+    std::optional<std::string> data(std::string_view key) const override {
+        const auto found = values.find(key);
+        return found == values.end() || unreadable.contains(key) ? std::nullopt
+                                                                 : std::optional(found->second);
+    }
+
+    std::optional<std::string> string(std::string_view key) const override { return data(key); }
+
+    void setData(std::string_view key, const std::string& bytes) override {
+        ++writes;
+        values.insert_or_assign(std::string(key), bytes);
+        unreadable.erase(std::string(key));
+    }
+
+    void setString(std::string_view key, const std::string& text) override { setData(key, text); }
+    void setBool(std::string_view key, bool value) override { setData(key, value ? "true" : "false"); }
+    void remove(std::string_view key) override { values.erase(std::string(key)); }
+    void keepCopy(std::string_view key) override { copies.push_back(values.at(std::string(key))); }
+};
+
+} // namespace TestSupport
