@@ -1,0 +1,92 @@
+#include "Curtain/AppCatalog.h"
+
+#include <QCollator>
+
+#include <algorithm>
+#include <filesystem>
+#include <set>
+#include <utility>
+
+namespace Curtain {
+namespace {
+
+void keepFirstOfEachIdentifier(std::vector<CatalogEntry>& entries) {
+    std::set<std::string> seen;
+    std::erase_if(entries, [&](const auto& entry) { return !seen.insert(entry.bundleID).second; });
+}
+
+void sortByName(std::vector<CatalogEntry>& entries) {
+    QCollator collator;
+    collator.setCaseSensitivity(Qt::CaseInsensitive);
+    std::vector<std::pair<QCollatorSortKey, std::size_t>> order;
+    order.reserve(entries.size());
+    for (std::size_t index = 0; index < entries.size(); ++index) {
+        order.emplace_back(collator.sortKey(QString::fromStdString(entries[index].name)), index);
+    }
+    std::ranges::stable_sort(
+        order, [](const auto& left, const auto& right) { return left.first.compare(right.first) < 0; });
+    std::vector<CatalogEntry> sorted;
+    sorted.reserve(entries.size());
+    for (const auto& [key, index] : order) {
+        sorted.push_back(std::move(entries[index]));
+    }
+    entries = std::move(sorted);
+}
+
+/// The file name's extension, without the dot; empty when there is none.
+std::string extensionOf(const std::filesystem::path& path) {
+    const auto extension = path.extension().string();
+    return extension.empty() ? extension : extension.substr(1);
+}
+
+} // namespace
+
+AppCatalog::AppCatalog(Platform::Workspace& workspace, Platform::FileManager& fileManager,
+                       Platform::Bundles& bundles, Platform::ApplicationFolders folders)
+    : workspace_(workspace),
+      fileManager_(fileManager),
+      bundles_(bundles),
+      folders_(std::move(folders)) {}
+
+std::vector<CatalogEntry> AppCatalog::runningApps() const {
+    std::vector<CatalogEntry> entries;
+    for (const auto& application : workspace_.runningApplications()) {
+        const auto bundleID = application->bundleIdentifier();
+        if (application->activationPolicy() == Platform::ActivationPolicy::regular && bundleID) {
+            entries.push_back({*bundleID, application->localizedName().value_or(*bundleID)});
+        }
+    }
+    keepFirstOfEachIdentifier(entries);
+    sortByName(entries);
+    return entries;
+}
+
+std::vector<CatalogEntry> AppCatalog::installedApps() const {
+    std::vector<CatalogEntry> entries;
+    for (const auto& folder : folders_.paths) {
+        const auto contents = fileManager_.contentsOfDirectory(folder);
+        for (const auto& item : contents.value_or(std::vector<std::string>{})) {
+            const std::filesystem::path path(item);
+            if (extensionOf(path) != folders_.extension) {
+                continue;
+            }
+            const auto bundle = bundles_.open(item);
+            if (!bundle || !bundle->bundleIdentifier) {
+                continue;
+            }
+            const auto name = bundle->infoDictionary.find("CFBundleName");
+            entries.push_back({*bundle->bundleIdentifier,
+                               name != bundle->infoDictionary.end() ? name->second : path.stem().string()});
+        }
+    }
+    keepFirstOfEachIdentifier(entries);
+    sortByName(entries);
+    return entries;
+}
+
+std::optional<Platform::Image> AppCatalog::icon(const std::string& bundleID) const {
+    const auto path = workspace_.urlForApplicationWithBundleIdentifier(bundleID);
+    return path ? workspace_.iconForFile(*path) : std::nullopt;
+}
+
+} // namespace Curtain

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "platform/Bundle.h"
+#include "platform/FileManager.h"
+#include "platform/Workspace.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Curtain {
+
+/// An app that can be chosen as private.
+struct CatalogEntry {
+    std::string bundleID;
+    std::string name;
+
+    const std::string& id() const { return bundleID; }
+    bool operator==(const CatalogEntry&) const = default;
+};
+
+/// Lists the apps that can be chosen as private, each identifier once, sorted by name as people of the
+/// current locale expect, without regard to case. Asks the system afresh on every call.
+class AppCatalog {
+public:
+    /// The services outlive the catalog.
+    AppCatalog(Platform::Workspace& workspace, Platform::FileManager& fileManager, Platform::Bundles& bundles,
+               Platform::ApplicationFolders folders);
+
+    /// Those with an entry in the task list.
+    std::vector<CatalogEntry> runningApps() const;
+    /// Those in the application folders, subfolders left out. Reads every app's bundle: not for start-up.
+    std::vector<CatalogEntry> installedApps() const;
+    /// Absent when the system knows no app with this identifier.
+    std::optional<Platform::Image> icon(const std::string& bundleID) const;
+
+private:
+    Platform::Workspace& workspace_;
+    Platform::FileManager& fileManager_;
+    Platform::Bundles& bundles_;
+    Platform::ApplicationFolders folders_;
+};
+
+} // namespace Curtain
+
+template <>
+struct std::hash<Curtain::CatalogEntry> {
+    std::size_t operator()(const Curtain::CatalogEntry& entry) const noexcept {
+        const std::hash<std::string> hashOf;
+        return hashOf(entry.bundleID) * 31U + hashOf(entry.name);
+    }
+};

@@ -1,0 +1,26 @@
+#include "Curtain/AppDelegate.h"
+#include "platform/linux/LinuxPlatform.h"
+#include "platform/qt/DisplayCheck.h"
+#include "platform/qt/TerminationSignals.h"
+
+#include <QApplication>
+
+#include <cstdio>
+#include <cstdlib>
+
+int main(int argumentCount, char** arguments) {
+    if (const auto problem = QtPlatform::missingDisplay()) {
+        std::fprintf(stderr, "%s\n", problem->c_str());
+        return EXIT_FAILURE;
+    }
+    QApplication application(argumentCount, arguments);
+    QApplication::setApplicationName(QStringLiteral("curtain"));
+    QApplication::setApplicationDisplayName(QStringLiteral("Curtain"));
+    QApplication::setDesktopFileName(QStringLiteral("com.curtain.Curtain"));
+
+    auto platform = LinuxPlatform::makeLinuxPlatform();
+    Curtain::AppDelegate delegate(platform);
+    const auto termination = QtPlatform::onTerminationSignal([] { QApplication::quit(); });
+    delegate.applicationDidFinishLaunching();
+    return QApplication::exec();
+}

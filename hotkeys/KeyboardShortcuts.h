@@ -1,0 +1,55 @@
+#pragma once
+
+#include "hotkeys/HotKeyCenter.h"
+#include "hotkeys/Name.h"
+#include "hotkeys/ShortcutStore.h"
+#include "platform/Subscription.h"
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace KeyboardShortcuts {
+
+/// The user's global shortcuts: what is stored under a name is registered with the system while somebody
+/// listens for the name. Main thread only.
+class KeyboardShortcuts {
+public:
+    using Action = std::function<void()>;
+    using NameObserver = std::function<void(const Name&)>;
+
+    /// All outlive this object.
+    KeyboardShortcuts(CurtainCore::UserDefaults& defaults, Platform::HotKeyService& service,
+                      Platform::Log& log);
+
+    /// A name; when nothing is stored under it, its default is written at once.
+    Name name(std::string rawValue, std::optional<Shortcut> defaultShortcut = std::nullopt);
+
+    std::optional<Shortcut> getShortcut(const Name& name) const;
+    /// Takes effect at once, in the store and in the system; announced to the observers.
+    void setShortcut(const std::optional<Shortcut>& shortcut, const Name& name);
+
+    /// Calls `action` when the key of the name's shortcut is let go, for as long as the subscription lives;
+    /// it ends before this object does.
+    Platform::Subscription onKeyUp(const Name& name, Action action);
+
+    /// Calls `observer` with the name after each change of a name's shortcut.
+    Platform::Subscription observeShortcutByNameDidChange(NameObserver observer);
+
+private:
+    void registerIfNeeded(const Name& name);
+    void keyUp(const Shortcut& shortcut);
+
+    ShortcutStore store_;
+    HotKeyCenter center_;
+    std::uint64_t lastToken_ = 0;
+    std::map<std::uint64_t, std::pair<Name, Action>> keyUpActions_;
+    /// By the name's raw value. Differs from the store when the stored text was edited meanwhile.
+    std::map<std::string, Shortcut> registered_;
+    std::map<std::uint64_t, NameObserver> observers_;
+};
+
+} // namespace KeyboardShortcuts

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Platform {
+
+/// What is known of an app that can be started: its identifier and those entries of its information
+/// dictionary that are texts.
+struct Bundle {
+    std::optional<std::string> bundleIdentifier;
+    std::map<std::string, std::string> infoDictionary;
+};
+
+/// Opens the bundles of installed apps.
+class Bundles {
+public:
+    virtual ~Bundles() = default;
+
+    /// Absent when there is no usable app at the path.
+    virtual std::optional<Bundle> open(const std::string& path) = 0;
+};
+
+/// Where installed apps are found on this system.
+struct ApplicationFolders {
+    /// In the order of their precedence.
+    std::vector<std::string> paths;
+    /// The file-name extension of an app, without the dot.
+    std::string extension;
+};
+
+/// The files that this program brings along.
+class Resources {
+public:
+    virtual ~Resources() = default;
+
+    /// The path of a resource; the file behind it may be of another format than `extension` says.
+    virtual std::optional<std::string> pathForResource(const std::string& name,
+                                                       const std::string& extension) = 0;
+    /// The path of the drawing for a symbol's name.
+    virtual std::optional<std::string> pathForSystemSymbol(const std::string& name) = 0;
+};
+
+} // namespace Platform

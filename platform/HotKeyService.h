@@ -1,0 +1,49 @@
+#pragma once
+
+#include "platform/Subscription.h"
+
+#include <cstdint>
+#include <functional>
+
+namespace Platform {
+
+struct HotKeyID {
+    std::uint32_t signature = 0;
+    std::uint32_t id = 0;
+
+    bool operator==(const HotKeyID&) const = default;
+};
+
+/// A key combination in the terms of the hot-key service's virtual key codes (positions on the keyboard,
+/// whatever the layout writes there) and modifier mask (command 256, shift 512, option 2048, control 4096,
+/// function 131072).
+struct HotKeyCombination {
+    std::int64_t keyCode = 0;
+    std::int64_t modifiers = 0;
+};
+
+enum class HotKeyEvent { pressed, released };
+
+/// 0 for success.
+using HotKeyStatus = std::int32_t;
+/// Another program holds the combination.
+inline constexpr HotKeyStatus hotKeyExists = -9878;
+/// This keyboard or this session has no such combination.
+inline constexpr HotKeyStatus hotKeyInvalid = -9879;
+
+/// Key combinations that reach this program from wherever the user types them. Main thread only.
+class HotKeyService {
+public:
+    using Handler = std::function<void(HotKeyEvent, HotKeyID)>;
+
+    virtual ~HotKeyService() = default;
+
+    virtual HotKeyStatus registerHotKey(const HotKeyCombination& combination, HotKeyID id) = 0;
+    /// Does nothing for an identifier that is not registered.
+    virtual void unregisterHotKey(HotKeyID id) = 0;
+    /// `handler` is called on the main queue: once for a press, however long the key repeats, and once for
+    /// the release of the key, in whatever order the modifiers are let go.
+    virtual Subscription installEventHandler(Handler handler) = 0;
+};
+
+} // namespace Platform

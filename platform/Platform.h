@@ -1,0 +1,34 @@
+#pragma once
+
+#include "core/UserDefaults.h"
+#include "platform/Application.h"
+#include "platform/Bundle.h"
+#include "platform/FileManager.h"
+#include "platform/HotKeyService.h"
+#include "platform/Log.h"
+#include "platform/MainQueue.h"
+#include "platform/StatusItem.h"
+#include "platform/Workspace.h"
+
+#include <memory>
+
+namespace Platform {
+
+/// Everything that the application needs of the system it runs on. Later members may use earlier ones.
+struct Platform {
+    std::unique_ptr<Log> log;
+    std::unique_ptr<MainQueue> mainQueue;
+    /// What the ports that follow share among themselves.
+    std::shared_ptr<void> foundation;
+    std::unique_ptr<CurtainCore::UserDefaults> userDefaults;
+    std::unique_ptr<Resources> resources;
+    std::unique_ptr<FileManager> fileManager;
+    std::unique_ptr<Bundles> bundles;
+    ApplicationFolders applicationFolders;
+    std::unique_ptr<Application> application;
+    std::unique_ptr<Workspace> workspace;
+    std::unique_ptr<HotKeyService> hotKeyService;
+    std::unique_ptr<StatusBar> statusBar;
+};
+
+} // namespace Platform

@@ -1,0 +1,72 @@
+#include "platform/linux/LinuxPlatform.h"
+
+#include "platform/linux/PosixFileManager.h"
+#include "platform/linux/StandardErrorLog.h"
+#include "platform/linux/apps/AppIdentity.h"
+#include "platform/linux/apps/DesktopEntries.h"
+#include "platform/linux/apps/DesktopEntryBundles.h"
+#include "platform/linux/defaults/FileUserDefaults.h"
+#include "platform/linux/hotkeys/NoHotKeyService.h"
+#include "platform/linux/hotkeys/X11HotKeyService.h"
+#include "platform/linux/windows/LinuxWorkspace.h"
+#include "platform/linux/windows/NoWindowSystem.h"
+#include "platform/linux/windows/X11WindowSystem.h"
+#include "platform/linux/x11/X11Connection.h"
+#include "platform/qt/QtApplication.h"
+#include "platform/qt/QtMainQueue.h"
+#include "platform/qt/QtResources.h"
+#include "platform/qt/QtStatusBar.h"
+
+#include <glib.h>
+
+#include <utility>
+
+namespace LinuxPlatform {
+namespace {
+
+/// What several ports stand on. Later members use earlier ones.
+struct Session {
+    DesktopEntries entries{DesktopEntries::standardFolders()};
+    AppIdentity identity{entries, ProcessTable()};
+    std::unique_ptr<X11Connection> x11 = X11Connection::open();
+    std::unique_ptr<WindowSystem> windowSystem;
+};
+
+Platform::ApplicationFolders applicationFolders() {
+    Platform::ApplicationFolders folders{{}, "desktop"};
+    for (const auto& folder : DesktopEntries::standardFolders()) {
+        folders.paths.push_back(folder.string());
+    }
+    return folders;
+}
+
+} // namespace
+
+Platform::Platform makeLinuxPlatform() {
+    Platform::Platform platform;
+    platform.log = std::make_unique<StandardErrorLog>();
+    platform.mainQueue = std::make_unique<QtPlatform::QtMainQueue>();
+    auto session = std::make_shared<Session>();
+    if (session->x11) {
+        session->windowSystem = std::make_unique<X11WindowSystem>(*session->x11, *platform.mainQueue);
+        platform.hotKeyService = std::make_unique<X11HotKeyService>(*session->x11, *platform.mainQueue);
+    } else {
+        platform.log->writeLine("Curtain: this session has no X server, so apps cannot be hidden in it yet");
+        session->windowSystem = std::make_unique<NoWindowSystem>();
+        platform.hotKeyService = std::make_unique<NoHotKeyService>();
+    }
+    platform.userDefaults = std::make_unique<FileUserDefaults>(
+        std::filesystem::path(g_get_user_config_dir()) / "curtain", *platform.log);
+    platform.resources = std::make_unique<QtPlatform::QtResources>();
+    platform.fileManager = std::make_unique<PosixFileManager>();
+    platform.bundles = std::make_unique<DesktopEntryBundles>(session->entries);
+    platform.applicationFolders = applicationFolders();
+    platform.application = std::make_unique<QtPlatform::QtApplication>();
+    platform.workspace =
+        std::make_unique<LinuxWorkspace>(*session->windowSystem, session->identity, session->entries);
+    platform.statusBar = std::make_unique<QtPlatform::QtStatusBar>();
+    platform.foundation = std::move(session);
+    return platform;
+}
+
+} // namespace LinuxPlatform

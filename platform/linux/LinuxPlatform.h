@@ -1,0 +1,11 @@
+#pragma once
+
+#include "platform/Platform.h"
+
+namespace LinuxPlatform {
+
+/// The ports of this Linux session. Needs a running QApplication on this thread. What the session lacks is
+/// said once in the log and answered by a port that does nothing.
+Platform::Platform makeLinuxPlatform();
+
+} // namespace LinuxPlatform

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "platform/FileManager.h"
+
+namespace LinuxPlatform {
+
+class PosixFileManager : public Platform::FileManager {
+public:
+    std::optional<std::vector<std::string>> contentsOfDirectory(const std::string& path) override;
+};
+
+} // namespace LinuxPlatform

@@ -1,0 +1,256 @@
+#include "platform/linux/apps/DesktopEntries.h"
+
+#include "platform/linux/apps/AsciiCase.h"
+#include "platform/linux/apps/BundleIdentifiers.h"
+
+#include <gio/gdesktopappinfo.h>
+#include <glib.h>
+
+#include <algorithm>
+#include <memory>
+#include <set>
+#include <utility>
+
+namespace LinuxPlatform {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::string_view suffix = ".desktop";
+/// Folders nested deeper than this hold no entries, but possibly a loop.
+constexpr int deepestFolder = 8;
+
+std::string text(const char* value) {
+    return value != nullptr ? value : "";
+}
+
+struct Command {
+    std::string program;
+    bool hasArguments = false;
+};
+
+/// Skips what stands before the program itself: "env", assignments and options of theirs.
+Command parseCommand(const char* commandLine) {
+    int count = 0;
+    char** arguments = nullptr;
+    if (commandLine == nullptr || g_shell_parse_argv(commandLine, &count, &arguments, nullptr) == FALSE) {
+        return {};
+    }
+    const std::unique_ptr<char*, decltype(&g_strfreev)> owner(arguments, &g_strfreev);
+    Command command;
+    bool isAfterEnv = false;
+    for (int index = 0; index < count; ++index) {
+        const std::string_view argument = arguments[index];
+        if (!command.program.empty()) {
+            command.hasArguments = command.hasArguments || !argument.starts_with('%');
+        } else if (argument == "env" || argument.ends_with("/env")) {
+            isAfterEnv = true;
+        } else if (!isAfterEnv ||
+                   (argument.find('=') == std::string_view::npos && !argument.starts_with('-'))) {
+            command.program = fs::path(argument).filename().string();
+        }
+    }
+    return command;
+}
+
+std::optional<DesktopEntry> readEntry(const fs::path& path, std::string id) {
+    const std::unique_ptr<GDesktopAppInfo, decltype(&g_object_unref)> info(
+        g_desktop_app_info_new_from_filename(path.c_str()), &g_object_unref);
+    if (!info || g_desktop_app_info_get_is_hidden(info.get()) != FALSE) {
+        return std::nullopt;
+    }
+    auto* const app = G_APP_INFO(info.get());
+    DesktopEntry entry;
+    entry.bundleIdentifier = bundleIdentifierFor(id);
+    entry.id = std::move(id);
+    entry.name = text(g_app_info_get_name(app));
+    entry.path = path.string();
+    const std::unique_ptr<char, decltype(&g_free)> icon(
+        g_desktop_app_info_get_string(info.get(), G_KEY_FILE_DESKTOP_KEY_ICON), &g_free);
+    entry.icon = text(icon.get());
+    entry.startupWMClass = text(g_desktop_app_info_get_startup_wm_class(info.get()));
+    auto command = parseCommand(g_app_info_get_commandline(app));
+    entry.program = std::move(command.program);
+    entry.hasArguments = command.hasArguments;
+    entry.shouldShow = g_app_info_should_show(app) != FALSE;
+    return entry;
+}
+
+std::vector<fs::path> sortedContents(const fs::path& folder) {
+    std::error_code error;
+    std::vector<fs::path> contents;
+    for (fs::directory_iterator iterator(folder, error); !error && iterator != fs::directory_iterator();
+         iterator.increment(error)) {
+        contents.push_back(iterator->path());
+    }
+    std::ranges::sort(contents);
+    return contents;
+}
+
+fs::file_time_type changeTime(const fs::path& folder) {
+    std::error_code error;
+    const auto time = fs::last_write_time(folder, error);
+    return error ? fs::file_time_type::min() : time;
+}
+
+void addDataFolders(std::vector<fs::path>& folders, const char* list) {
+    std::string_view rest = list;
+    while (!rest.empty()) {
+        const auto length = std::min(rest.find(':'), rest.size());
+        // Relative paths are to be ignored.
+        if (rest.starts_with('/')) {
+            folders.push_back(fs::path(rest.substr(0, length)) / "applications");
+        }
+        rest.remove_prefix(std::min(length + 1, rest.size()));
+    }
+}
+
+std::string environment(const char* name, std::string otherwise) {
+    const auto* const value = g_getenv(name);
+    return value != nullptr && *value != '\0' ? value : std::move(otherwise);
+}
+
+} // namespace
+
+DesktopEntries::DesktopEntries(std::vector<fs::path> folders) : folders_(std::move(folders)) {}
+
+std::vector<fs::path> DesktopEntries::standardFolders() {
+    const fs::path dataHome = g_get_user_data_dir();
+    std::vector<fs::path> folders{dataHome / "applications"};
+    addDataFolders(folders, environment("XDG_DATA_DIRS", "/usr/local/share:/usr/share").c_str());
+    for (const auto& folder : {dataHome / "flatpak/exports/share/applications",
+                               fs::path("/var/lib/flatpak/exports/share/applications"),
+                               fs::path("/var/lib/snapd/desktop/applications")}) {
+        if (std::ranges::find(folders, folder) == folders.end()) {
+            folders.push_back(folder);
+        }
+    }
+    return folders;
+}
+
+std::uint64_t DesktopEntries::generation() {
+    readIfChanged();
+    return generation_;
+}
+
+const std::vector<DesktopEntry>& DesktopEntries::all() {
+    readIfChanged();
+    return entries_;
+}
+
+const DesktopEntry* DesktopEntries::withId(std::string_view id) {
+    readIfChanged();
+    const auto* const exact = find(byId_, id);
+    return exact != nullptr ? exact : find(byLowerCaseId_, asciiLowerCase(id));
+}
+
+const DesktopEntry* DesktopEntries::withBundleIdentifier(std::string_view bundleID) {
+    readIfChanged();
+    return find(byBundleIdentifier_, bundleID);
+}
+
+const DesktopEntry* DesktopEntries::withPath(const std::string& path) {
+    readIfChanged();
+    return find(byPath_, path);
+}
+
+const DesktopEntry* DesktopEntries::withWindowClass(std::string_view windowClass, bool ignoringCase) {
+    readIfChanged();
+    return ignoringCase ? find(byLowerCaseWindowClass_, asciiLowerCase(windowClass))
+                        : find(byWindowClass_, windowClass);
+}
+
+const DesktopEntry* DesktopEntries::withProgram(std::string_view program) {
+    readIfChanged();
+    return find(byProgram_, program);
+}
+
+void DesktopEntries::readIfChanged() {
+    const bool isChanged =
+        generation_ == 0 || !std::ranges::equal(watchedFolders_, folderTimes_, {}, changeTime);
+    if (isChanged) {
+        read();
+    }
+}
+
+void DesktopEntries::read() {
+    ++generation_;
+    entries_.clear();
+    watchedFolders_.clear();
+    folderTimes_.clear();
+    std::set<std::string> seen;
+    const auto readFolder = [&](const auto& self, const fs::path& folder, const std::string& prefix,
+                                int depth) -> void {
+        watchedFolders_.push_back(folder);
+        folderTimes_.push_back(changeTime(folder));
+        for (const auto& path : sortedContents(folder)) {
+            const auto name = path.filename().string();
+            std::error_code error;
+            if (name.ends_with(suffix)) {
+                auto id = prefix + name.substr(0, name.size() - suffix.size());
+                if (seen.insert(id).second) {
+                    if (auto entry = readEntry(path, std::move(id))) {
+                        entries_.push_back(std::move(*entry));
+                    }
+                }
+            } else if (depth < deepestFolder && fs::is_directory(path, error)) {
+                self(self, path, prefix + name + "-", depth + 1);
+            }
+        }
+    };
+    for (const auto& folder : folders_) {
+        readFolder(readFolder, folder, "", 0);
+    }
+    buildIndexes();
+}
+
+void DesktopEntries::buildIndexes() {
+    for (auto* const index : {&byId_, &byLowerCaseId_, &byBundleIdentifier_, &byPath_, &byWindowClass_,
+                              &byLowerCaseWindowClass_, &byProgram_}) {
+        index->clear();
+    }
+    const auto add = [](Index& index, std::string key, std::size_t position) {
+        if (!key.empty()) {
+            index.emplace(std::move(key), position);
+        }
+    };
+    // Entries that stand in the app list come first: others often lend their class or program to a single
+    // function.
+    std::vector<std::size_t> order(entries_.size());
+    for (std::size_t position = 0; position < order.size(); ++position) {
+        order[position] = position;
+    }
+    std::ranges::stable_sort(order, std::greater{},
+                             [&](std::size_t position) { return entries_[position].shouldShow; });
+    std::unordered_map<std::string, int> startedBy;
+    for (const auto position : order) {
+        const auto& entry = entries_[position];
+        add(byId_, entry.id, position);
+        add(byLowerCaseId_, asciiLowerCase(entry.id), position);
+        add(byBundleIdentifier_, entry.bundleIdentifier, position);
+        add(byPath_, entry.path, position);
+        add(byWindowClass_, entry.startupWMClass, position);
+        add(byLowerCaseWindowClass_, asciiLowerCase(entry.startupWMClass), position);
+        if (!entry.hasArguments) {
+            ++startedBy[entry.program];
+            add(byProgram_, entry.program, position);
+        }
+    }
+    for (const auto& entry : entries_) {
+        if (startedBy[entry.program] > 1) {
+            const auto own = byId_.find(entry.program);
+            if (own != byId_.end()) {
+                byProgram_[entry.program] = own->second;
+            } else {
+                byProgram_.erase(entry.program);
+            }
+        }
+    }
+}
+
+const DesktopEntry* DesktopEntries::find(const Index& index, std::string_view key) {
+    const auto found = index.find(std::string(key));
+    return found == index.end() ? nullptr : &entries_[found->second];
+}
+
+} // namespace LinuxPlatform

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace LinuxPlatform {
+
+/// One installed desktop entry.
+struct DesktopEntry {
+    /// The id without its suffix.
+    std::string id;
+    std::string bundleIdentifier;
+    /// In the user's language.
+    std::string name;
+    std::string path;
+    /// A name in the icon theme or an absolute path; empty when the entry has none.
+    std::string icon;
+    std::string startupWMClass;
+    /// The file name of the program that it starts.
+    std::string program;
+    /// Whether its command says more than the program and what to open, as entries for one function of a
+    /// program do.
+    bool hasArguments = false;
+    /// Whether it belongs in a list of apps on this desktop.
+    bool shouldShow = true;
+};
+
+/// The desktop entries of a list of application folders, subfolders included. An id in an earlier folder
+/// hides the same id in a later one, even if it only says that the app is hidden. Read on first use and again
+/// after a folder has changed.
+class DesktopEntries {
+public:
+    explicit DesktopEntries(std::vector<std::filesystem::path> folders);
+
+    /// The folders that XDG_DATA_HOME and XDG_DATA_DIRS name, and those of Flatpak and Snap.
+    static std::vector<std::filesystem::path> standardFolders();
+
+    /// Counts how often the entries were read.
+    std::uint64_t generation();
+
+    const std::vector<DesktopEntry>& all();
+    /// By id, exactly or, failing that, without regard to case. Null when there is none; valid until the next
+    /// call.
+    const DesktopEntry* withId(std::string_view id);
+    const DesktopEntry* withBundleIdentifier(std::string_view bundleID);
+    const DesktopEntry* withPath(const std::string& path);
+    /// The entry whose windows carry this class.
+    const DesktopEntry* withWindowClass(std::string_view windowClass, bool ignoringCase);
+    /// The entry that starts this program as such; null when several do and none of them stands out.
+    const DesktopEntry* withProgram(std::string_view program);
+
+private:
+    using Index = std::unordered_map<std::string, std::size_t>;
+
+    void readIfChanged();
+    void read();
+    void buildIndexes();
+    const DesktopEntry* find(const Index& index, std::string_view key);
+
+    std::vector<std::filesystem::path> folders_;
+    std::vector<std::filesystem::path> watchedFolders_;
+    std::vector<std::filesystem::file_time_type> folderTimes_;
+    std::uint64_t generation_ = 0;
+    std::vector<DesktopEntry> entries_;
+    Index byId_;
+    Index byLowerCaseId_;
+    Index byBundleIdentifier_;
+    Index byPath_;
+    Index byWindowClass_;
+    Index byLowerCaseWindowClass_;
+    Index byProgram_;
+};
+
+} // namespace LinuxPlatform

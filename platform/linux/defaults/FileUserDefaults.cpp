@@ -1,0 +1,262 @@
+#include "platform/linux/defaults/FileUserDefaults.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <csignal>
+#include <system_error>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace LinuxPlatform {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Values beyond this size are no settings; reading stops there.
+constexpr std::size_t largestValue = std::size_t{64} << 20U;
+constexpr std::string_view temporarySuffix = ".new";
+
+class Descriptor {
+public:
+    explicit Descriptor(int descriptor) : descriptor_(descriptor) {}
+    ~Descriptor() {
+        if (descriptor_ >= 0) {
+            ::close(descriptor_);
+        }
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    int get() const { return descriptor_; }
+    bool isOpen() const { return descriptor_ >= 0; }
+
+private:
+    int descriptor_;
+};
+
+std::error_code lastError() {
+    return {errno, std::generic_category()};
+}
+
+std::optional<std::string> readFile(const fs::path& path) {
+    // A named pipe in the place of a file must not block.
+    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    struct stat status {};
+    if (!file.isOpen() || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) {
+        return std::nullopt;
+    }
+    std::string bytes;
+    char block[65536];
+    while (bytes.size() <= largestValue) {
+        const auto count = ::read(file.get(), block, sizeof block);
+        if (count == 0) {
+            return bytes;
+        }
+        if (count < 0 && errno != EINTR) {
+            return std::nullopt;
+        }
+        bytes.append(block, static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    }
+    return std::nullopt;
+}
+
+std::error_code writeAll(int descriptor, const std::string& bytes) {
+    std::size_t written = 0;
+    while (written < bytes.size()) {
+        const auto count = ::write(descriptor, bytes.data() + written, bytes.size() - written);
+        if (count < 0 && errno != EINTR) {
+            return lastError();
+        }
+        written += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+    }
+    return {};
+}
+
+std::error_code syncFolder(const fs::path& folder) {
+    const Descriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    return descriptor.isOpen() && ::fsync(descriptor.get()) == 0 ? std::error_code{} : lastError();
+}
+
+/// What a process that was killed while it replaced the file may have left beside it.
+void removeLeftovers(const fs::path& folder, const std::string& prefix) {
+    std::error_code error;
+    for (const auto& entry : fs::directory_iterator(folder, error)) {
+        const auto name = entry.path().filename().string();
+        pid_t writer = 0;
+        const bool isLeftover =
+            name.starts_with(prefix) && name.ends_with(temporarySuffix) &&
+            std::from_chars(name.data() + prefix.size(), name.data() + name.size(), writer).ec ==
+                std::errc{} &&
+            ::kill(writer, 0) != 0 && errno == ESRCH;
+        if (isLeftover) {
+            fs::remove(entry.path(), error);
+        }
+    }
+}
+
+/// Replaces the file by way of a new one beside it, through a symbolic link if there is one.
+std::error_code replaceFile(const fs::path& path, const std::string& bytes) {
+    std::error_code error;
+    auto target = fs::weakly_canonical(path, error);
+    if (error) {
+        target = path;
+        error.clear();
+    }
+    const auto folder = target.parent_path();
+    const auto prefix = "." + target.filename().string() + ".";
+    removeLeftovers(folder, prefix);
+    const auto temporary = folder / (prefix + std::to_string(::getpid()) + std::string(temporarySuffix));
+    const Descriptor file(
+        ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    if (!file.isOpen()) {
+        return lastError();
+    }
+    error = writeAll(file.get(), bytes);
+    if (!error && (::fsync(file.get()) != 0 || ::rename(temporary.c_str(), target.c_str()) != 0)) {
+        error = lastError();
+    }
+    if (error) {
+        ::unlink(temporary.c_str());
+        return error;
+    }
+    return syncFolder(folder);
+}
+
+std::error_code makeFolder(const fs::path& folder) {
+    std::error_code error;
+    if (fs::is_directory(folder, error)) {
+        return {};
+    }
+    error.clear();
+    fs::create_directories(folder.parent_path(), error);
+    if (!error && ::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) {
+        error = lastError();
+    }
+    return error;
+}
+
+bool isUtf8(std::string_view text) {
+    std::size_t index = 0;
+    while (index < text.size()) {
+        const auto lead = static_cast<unsigned char>(text[index]);
+        const std::size_t length = lead < 0x80          ? 1
+                                   : (lead >> 5U) == 6  ? 2
+                                   : (lead >> 4U) == 14 ? 3
+                                   : (lead >> 3U) == 30 ? 4
+                                                        : 0;
+        if (length == 0 || index + length > text.size()) {
+            return false;
+        }
+        for (std::size_t next = 1; next < length; ++next) {
+            if ((static_cast<unsigned char>(text[index + next]) >> 6U) != 2) {
+                return false;
+            }
+        }
+        index += length;
+    }
+    return true;
+}
+
+} // namespace
+
+FileUserDefaults::FileUserDefaults(fs::path folder, Platform::Log& log)
+    : folder_(std::move(folder)),
+      log_(log) {}
+
+bool FileUserDefaults::contains(std::string_view key) const {
+    if (const auto unsaved = unsaved_.find(key); unsaved != unsaved_.end()) {
+        return unsaved->second.has_value();
+    }
+    const auto path = pathFor(key);
+    std::error_code error;
+    return path && fs::exists(fs::symlink_status(*path, error));
+}
+
+std::optional<std::string> FileUserDefaults::data(std::string_view key) const {
+    if (const auto unsaved = unsaved_.find(key); unsaved != unsaved_.end()) {
+        return unsaved->second;
+    }
+    const auto path = pathFor(key);
+    return path ? readFile(*path) : std::nullopt;
+}
+
+std::optional<std::string> FileUserDefaults::string(std::string_view key) const {
+    auto bytes = data(key);
+    return bytes && isUtf8(*bytes) ? std::move(bytes) : std::nullopt;
+}
+
+void FileUserDefaults::setData(std::string_view key, const std::string& bytes) {
+    change(key, bytes);
+}
+
+void FileUserDefaults::setString(std::string_view key, const std::string& text) {
+    change(key, text);
+}
+
+void FileUserDefaults::setBool(std::string_view key, bool value) {
+    change(key, value ? "true" : "false");
+}
+
+void FileUserDefaults::remove(std::string_view key) {
+    change(key, std::nullopt);
+}
+
+void FileUserDefaults::keepCopy(std::string_view key) {
+    const auto path = pathFor(key);
+    if (!path) {
+        return;
+    }
+    const auto bytes = readFile(*path);
+    for (int number = 1;; ++number) {
+        auto copy = *path;
+        copy += ".damaged-" + std::to_string(number);
+        std::error_code error;
+        if (fs::exists(fs::symlink_status(copy, error))) {
+            continue;
+        }
+        // What cannot be read cannot be copied; it gives way to the new value under the copy's name instead.
+        if (!bytes || replaceFile(copy, *bytes)) {
+            ::rename(path->c_str(), copy.c_str());
+        }
+        return;
+    }
+}
+
+std::optional<fs::path> FileUserDefaults::pathFor(std::string_view key) const {
+    if (key.empty() || key.front() == '.' || key.find('/') != std::string_view::npos ||
+        key.find('\0') != std::string_view::npos) {
+        return std::nullopt;
+    }
+    return folder_ / key;
+}
+
+void FileUserDefaults::change(std::string_view key, std::optional<std::string> value) {
+    if (pathFor(key)) {
+        unsaved_.insert_or_assign(std::string(key), std::move(value));
+        writeUnsaved();
+    }
+}
+
+void FileUserDefaults::writeUnsaved() {
+    auto error = makeFolder(folder_);
+    for (auto entry = unsaved_.begin(); !error && entry != unsaved_.end();) {
+        const auto path = folder_ / entry->first;
+        if (entry->second) {
+            error = replaceFile(path, *entry->second);
+        } else if (::unlink(path.c_str()) != 0 && errno != ENOENT) {
+            error = lastError();
+        }
+        entry = error ? entry : unsaved_.erase(entry);
+    }
+    if (error && !hasReportedFailure_) {
+        hasReportedFailure_ = true;
+        log_.writeLine("Curtain: the settings cannot be saved in " + folder_.string() + " (" +
+                       error.message() + "); changes last until Curtain ends");
+    }
+}
+
+} // namespace LinuxPlatform

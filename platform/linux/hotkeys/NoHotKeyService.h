@@ -1,0 +1,18 @@
+#pragma once
+
+#include "platform/HotKeyService.h"
+
+namespace LinuxPlatform {
+
+/// Stands in where the session has no global shortcuts: every combination is refused.
+class NoHotKeyService : public Platform::HotKeyService {
+public:
+    Platform::HotKeyStatus registerHotKey(const Platform::HotKeyCombination& /*combination*/,
+                                          Platform::HotKeyID /*id*/) override {
+        return Platform::hotKeyInvalid;
+    }
+    void unregisterHotKey(Platform::HotKeyID /*id*/) override {}
+    Platform::Subscription installEventHandler(Handler /*handler*/) override { return {}; }
+};
+
+} // namespace LinuxPlatform

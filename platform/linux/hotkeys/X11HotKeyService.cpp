@@ -1,0 +1,179 @@
+#include "platform/linux/hotkeys/X11HotKeyService.h"
+
+#include <algorithm>
+#include <utility>
+
+// A member of a structure in there has this name.
+#define explicit explicitMember // NOLINT
+#include <xcb/xkb.h>
+#undef explicit
+
+namespace LinuxPlatform {
+
+X11HotKeyService::X11HotKeyService(X11Connection& connection, Platform::MainQueue& mainQueue)
+    : connection_(connection),
+      mainQueue_(mainQueue),
+      keyboard_(connection) {
+    detectAutoRepeat();
+    eventHandler_ = connection.addEventHandler([this](const auto& event) { handleEvent(event); });
+}
+
+X11HotKeyService::~X11HotKeyService() {
+    for (const auto& hotKey : hotKeys_) {
+        if (hotKey.grabbed) {
+            ungrab(*hotKey.grabbed);
+        }
+    }
+    connection_.flush();
+}
+
+Platform::HotKeyStatus X11HotKeyService::registerHotKey(const Platform::HotKeyCombination& combination,
+                                                        Platform::HotKeyID id) {
+    const auto translated = keyboard_.translate(combination);
+    if (!translated) {
+        return Platform::hotKeyInvalid;
+    }
+    if (!grab(*translated)) {
+        return Platform::hotKeyExists;
+    }
+    hotKeys_.push_back({id, combination, translated, false});
+    return 0;
+}
+
+void X11HotKeyService::unregisterHotKey(Platform::HotKeyID id) {
+    const auto found = std::ranges::find(hotKeys_, id, &HotKey::id);
+    if (found == hotKeys_.end()) {
+        return;
+    }
+    if (found->grabbed) {
+        ungrab(*found->grabbed);
+        connection_.flush();
+    }
+    hotKeys_.erase(found);
+}
+
+Platform::Subscription X11HotKeyService::installEventHandler(Handler handler) {
+    const auto token = ++lastToken_;
+    handlers_.emplace(token, std::move(handler));
+    return Platform::Subscription([this, token] { handlers_.erase(token); });
+}
+
+void X11HotKeyService::detectAutoRepeat() {
+    auto* const xcb = connection_.get();
+    constexpr auto flag = XCB_XKB_PER_CLIENT_FLAG_DETECTABLE_AUTO_REPEAT;
+    // Without it a held key sends releases.
+    const XcbPointer<xcb_xkb_per_client_flags_reply_t> reply(xcb_xkb_per_client_flags_reply(
+        xcb, xcb_xkb_per_client_flags(xcb, XCB_XKB_ID_USE_CORE_KBD, flag, flag, 0, 0, 0), nullptr));
+    const auto* const extension = xcb_get_extension_data(xcb, &xcb_xkb_id);
+    if (!reply || extension == nullptr || extension->present == 0) {
+        return;
+    }
+    keyboardEvent_ = extension->first_event;
+    constexpr std::uint16_t events = XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY | XCB_XKB_EVENT_TYPE_MAP_NOTIFY;
+    constexpr std::uint16_t mapParts = XCB_XKB_MAP_PART_KEY_SYMS | XCB_XKB_MAP_PART_MODIFIER_MAP;
+    xcb_xkb_select_events(xcb, XCB_XKB_ID_USE_CORE_KBD, events, 0, events, mapParts, mapParts, nullptr);
+    connection_.flush();
+}
+
+void X11HotKeyService::handleEvent(const xcb_generic_event_t& event) {
+    const auto type = static_cast<std::uint8_t>(event.response_type & 0x7FU);
+    if (type == XCB_KEY_PRESS) {
+        keyPressed(reinterpret_cast<const xcb_key_press_event_t&>(event));
+    } else if (type == XCB_KEY_RELEASE) {
+        keyReleased(reinterpret_cast<const xcb_key_release_event_t&>(event));
+    } else if (type == XCB_MAPPING_NOTIFY || (keyboardEvent_ != 0 && type == keyboardEvent_)) {
+        scheduleKeyboardChange();
+    }
+}
+
+void X11HotKeyService::keyPressed(const xcb_key_press_event_t& event) {
+    const auto modifiers = static_cast<std::uint16_t>(event.state & keyboard_.significantModifiers());
+    for (auto& hotKey : hotKeys_) {
+        const bool matches = hotKey.grabbed == X11Keyboard::Combination{event.detail, modifiers};
+        if (matches && !std::exchange(hotKey.isPressed, true)) {
+            deliver(Platform::HotKeyEvent::pressed, hotKey.id);
+        }
+    }
+}
+
+void X11HotKeyService::keyReleased(const xcb_key_release_event_t& event) {
+    for (auto& hotKey : hotKeys_) {
+        // The modifiers may be up already.
+        const bool matches = hotKey.grabbed && hotKey.grabbed->keyCode == event.detail;
+        if (matches && std::exchange(hotKey.isPressed, false)) {
+            deliver(Platform::HotKeyEvent::released, hotKey.id);
+        }
+    }
+}
+
+void X11HotKeyService::scheduleKeyboardChange() {
+    // One change of the keyboard is announced many times over.
+    if (!std::exchange(isKeyboardChangeScheduled_, true)) {
+        mainQueue_.async(lifetime_.weak([this] {
+            isKeyboardChangeScheduled_ = false;
+            keyboardChanged();
+        }));
+    }
+}
+
+void X11HotKeyService::keyboardChanged() {
+    X11Keyboard keyboard(connection_);
+    const bool isSame =
+        keyboard.lockCombinations() == keyboard_.lockCombinations() &&
+        std::ranges::all_of(hotKeys_, [&](const HotKey& hotKey) {
+            return keyboard.translate(hotKey.combination) == keyboard_.translate(hotKey.combination);
+        });
+    if (isSame) {
+        return;
+    }
+    for (const auto& hotKey : hotKeys_) {
+        if (hotKey.grabbed) {
+            ungrab(*hotKey.grabbed);
+        }
+    }
+    keyboard_ = std::move(keyboard);
+    for (auto& hotKey : hotKeys_) {
+        hotKey.isPressed = false;
+        hotKey.grabbed = keyboard_.translate(hotKey.combination);
+        if (hotKey.grabbed && !grab(*hotKey.grabbed)) {
+            hotKey.grabbed.reset();
+        }
+    }
+}
+
+bool X11HotKeyService::grab(const X11Keyboard::Combination& combination) {
+    std::vector<xcb_void_cookie_t> requests;
+    for (const auto locks : keyboard_.lockCombinations()) {
+        requests.push_back(xcb_grab_key_checked(connection_.get(), 0, connection_.root(),
+                                                static_cast<std::uint16_t>(combination.modifiers | locks),
+                                                combination.keyCode, XCB_GRAB_MODE_ASYNC,
+                                                XCB_GRAB_MODE_ASYNC));
+    }
+    bool isGranted = !requests.empty();
+    for (const auto request : requests) {
+        const XcbPointer<xcb_generic_error_t> error(xcb_request_check(connection_.get(), request));
+        isGranted = isGranted && !error;
+    }
+    if (!isGranted) {
+        ungrab(combination);
+        connection_.flush();
+    }
+    return isGranted;
+}
+
+void X11HotKeyService::ungrab(const X11Keyboard::Combination& combination) {
+    for (const auto locks : keyboard_.lockCombinations()) {
+        xcb_ungrab_key(connection_.get(), combination.keyCode, connection_.root(),
+                       static_cast<std::uint16_t>(combination.modifiers | locks));
+    }
+}
+
+void X11HotKeyService::deliver(Platform::HotKeyEvent event, Platform::HotKeyID id) {
+    mainQueue_.async(lifetime_.weak([this, event, id] {
+        for (const auto& [token, handler] : std::map(handlers_)) {
+            handler(event, id);
+        }
+    }));
+}
+
+} // namespace LinuxPlatform

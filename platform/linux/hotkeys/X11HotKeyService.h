@@ -1,0 +1,60 @@
+#pragma once
+
+#include "platform/HotKeyService.h"
+#include "platform/Lifetime.h"
+#include "platform/MainQueue.h"
+#include "platform/linux/hotkeys/X11Keyboard.h"
+#include "platform/linux/x11/X11Connection.h"
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <vector>
+
+namespace LinuxPlatform {
+
+/// Hot keys as passive key grabs on the root window, whatever locks are on.
+class X11HotKeyService : public Platform::HotKeyService {
+public:
+    /// Both outlive this object.
+    X11HotKeyService(X11Connection& connection, Platform::MainQueue& mainQueue);
+    ~X11HotKeyService() override;
+
+    Platform::HotKeyStatus registerHotKey(const Platform::HotKeyCombination& combination,
+                                          Platform::HotKeyID id) override;
+    void unregisterHotKey(Platform::HotKeyID id) override;
+    Platform::Subscription installEventHandler(Handler handler) override;
+
+private:
+    struct HotKey {
+        Platform::HotKeyID id;
+        Platform::HotKeyCombination combination;
+        /// Absent while the keyboard does not have the combination or another program took it at a change of
+        /// the keyboard.
+        std::optional<X11Keyboard::Combination> grabbed;
+        bool isPressed = false;
+    };
+
+    void detectAutoRepeat();
+    void handleEvent(const xcb_generic_event_t& event);
+    void keyPressed(const xcb_key_press_event_t& event);
+    void keyReleased(const xcb_key_release_event_t& event);
+    void scheduleKeyboardChange();
+    void keyboardChanged();
+    bool grab(const X11Keyboard::Combination& combination);
+    void ungrab(const X11Keyboard::Combination& combination);
+    void deliver(Platform::HotKeyEvent event, Platform::HotKeyID id);
+
+    X11Connection& connection_;
+    Platform::MainQueue& mainQueue_;
+    X11Keyboard keyboard_;
+    std::uint8_t keyboardEvent_ = 0;
+    bool isKeyboardChangeScheduled_ = false;
+    std::vector<HotKey> hotKeys_;
+    std::uint64_t lastToken_ = 0;
+    std::map<std::uint64_t, Handler> handlers_;
+    Platform::Subscription eventHandler_;
+    Platform::Lifetime lifetime_;
+};
+
+} // namespace LinuxPlatform

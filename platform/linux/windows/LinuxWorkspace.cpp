@@ -1,0 +1,136 @@
+#include "platform/linux/windows/LinuxWorkspace.h"
+
+namespace LinuxPlatform {
+namespace {
+
+using Platform::ActivationPolicy;
+
+class LinuxRunningApplication : public Platform::RunningApplication {
+public:
+    LinuxRunningApplication(std::weak_ptr<AppInstances> instances, AppInstanceKey key)
+        : instances_(std::move(instances)),
+          key_(std::move(key)) {}
+
+    std::optional<std::string> bundleIdentifier() const override { return key_.bundleIdentifier; }
+
+    std::optional<std::string> localizedName() const override {
+        std::optional<std::string> name;
+        withInstance([&](const AppInstance& instance) { name = instance.localizedName; });
+        return name;
+    }
+
+    ActivationPolicy activationPolicy() const override {
+        auto policy = ActivationPolicy::prohibited;
+        withInstance([&](const AppInstance& instance) {
+            policy = instance.isInTaskList ? ActivationPolicy::regular : ActivationPolicy::accessory;
+        });
+        return policy;
+    }
+
+    bool isHidden() const override {
+        bool isHidden = true;
+        withInstance([&](const AppInstance& instance) { isHidden = instance.visibleWindows.empty(); });
+        return isHidden;
+    }
+
+    void hide() override {
+        if (const auto instances = instances_.lock()) {
+            instances->hide(key_);
+        }
+    }
+
+    void unhide() override {
+        if (const auto instances = instances_.lock()) {
+            instances->unhide(key_);
+        }
+    }
+
+    void activate(Platform::ActivationOptions /*options*/) override {
+        if (const auto instances = instances_.lock()) {
+            instances->activate(key_);
+        }
+    }
+
+private:
+    template <class Use>
+    void withInstance(const Use& use) const {
+        const auto instances = instances_.lock();
+        const auto* const instance = instances ? instances->find(key_) : nullptr;
+        if (instance != nullptr) {
+            use(*instance);
+        }
+    }
+
+    std::weak_ptr<AppInstances> instances_;
+    AppInstanceKey key_;
+};
+
+} // namespace
+
+LinuxWorkspace::LinuxWorkspace(WindowSystem& windowSystem, AppIdentity& identity, DesktopEntries& entries)
+    : entries_(entries),
+      instances_(std::make_shared<AppInstances>(windowSystem, identity, entries)),
+      windowEvents_(windowSystem.addEventHandler(
+          [this](WindowEvent event, const Window& window) { handleEvent(event, window); })) {}
+
+Platform::RunningApplications LinuxWorkspace::runningApplications() {
+    Platform::RunningApplications applications;
+    for (const auto& instance : instances_->all()) {
+        applications.push_back(handleFor(instance.key));
+    }
+    return applications;
+}
+
+Platform::RunningApplications
+LinuxWorkspace::runningApplicationsWithBundleIdentifier(const std::string& bundleID) {
+    Platform::RunningApplications applications;
+    for (const auto& key : instances_->withBundleIdentifier(bundleID)) {
+        applications.push_back(handleFor(key));
+    }
+    return applications;
+}
+
+Platform::Subscription LinuxWorkspace::addObserver(Platform::WorkspaceNotification notification,
+                                                   Observer observer) {
+    const auto token = ++lastToken_;
+    observers_.emplace(token, std::pair(notification, std::move(observer)));
+    return Platform::Subscription([this, token] { observers_.erase(token); });
+}
+
+std::optional<std::string>
+LinuxWorkspace::urlForApplicationWithBundleIdentifier(const std::string& bundleID) {
+    const auto* const entry = entries_.withBundleIdentifier(bundleID);
+    return entry != nullptr ? std::optional(entry->path) : std::nullopt;
+}
+
+std::optional<Platform::Image> LinuxWorkspace::iconForFile(const std::string& path) {
+    const auto* const entry = entries_.withPath(path);
+    if (entry == nullptr || entry->icon.empty()) {
+        return std::nullopt;
+    }
+    Platform::Image image;
+    image.source = entry->icon;
+    return image;
+}
+
+void LinuxWorkspace::handleEvent(WindowEvent event, const Window& window) {
+    const auto key = instances_->owning(window.id);
+    if (!key) {
+        return;
+    }
+    const auto notification = event == WindowEvent::opened
+                                  ? Platform::WorkspaceNotification::didLaunchApplication
+                                  : Platform::WorkspaceNotification::didActivateApplication;
+    const auto application = handleFor(*key);
+    for (const auto& [token, entry] : std::map(observers_)) {
+        if (entry.first == notification) {
+            entry.second(application);
+        }
+    }
+}
+
+std::shared_ptr<Platform::RunningApplication> LinuxWorkspace::handleFor(const AppInstanceKey& key) const {
+    return std::make_shared<LinuxRunningApplication>(instances_, key);
+}
+
+} // namespace LinuxPlatform

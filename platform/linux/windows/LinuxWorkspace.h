@@ -1,0 +1,40 @@
+#pragma once
+
+#include "platform/Workspace.h"
+#include "platform/linux/apps/DesktopEntries.h"
+#include "platform/linux/windows/AppInstances.h"
+#include "platform/linux/windows/WindowSystem.h"
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <utility>
+
+namespace LinuxPlatform {
+
+/// The apps of this session, made up from its windows and the installed desktop entries.
+class LinuxWorkspace : public Platform::Workspace {
+public:
+    /// All outlive the workspace; handles it gave out may outlive it.
+    LinuxWorkspace(WindowSystem& windowSystem, AppIdentity& identity, DesktopEntries& entries);
+
+    Platform::RunningApplications runningApplications() override;
+    Platform::RunningApplications
+    runningApplicationsWithBundleIdentifier(const std::string& bundleID) override;
+    Platform::Subscription addObserver(Platform::WorkspaceNotification notification,
+                                       Observer observer) override;
+    std::optional<std::string> urlForApplicationWithBundleIdentifier(const std::string& bundleID) override;
+    std::optional<Platform::Image> iconForFile(const std::string& path) override;
+
+private:
+    void handleEvent(WindowEvent event, const Window& window);
+    std::shared_ptr<Platform::RunningApplication> handleFor(const AppInstanceKey& key) const;
+
+    DesktopEntries& entries_;
+    std::shared_ptr<AppInstances> instances_;
+    std::uint64_t lastToken_ = 0;
+    std::map<std::uint64_t, std::pair<Platform::WorkspaceNotification, Observer>> observers_;
+    Platform::Subscription windowEvents_;
+};
+
+} // namespace LinuxPlatform

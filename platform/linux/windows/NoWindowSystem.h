@@ -1,0 +1,22 @@
+#pragma once
+
+#include "platform/linux/windows/WindowSystem.h"
+
+namespace LinuxPlatform {
+
+/// Stands in where the session lets nobody list or hide windows: there are none.
+class NoWindowSystem : public WindowSystem {
+public:
+    std::uint64_t generation() override { return 0; }
+    const std::vector<Window>& windows() override { return windows_; }
+    bool exists(WindowId /*window*/) const override { return false; }
+    void hide(std::span<const WindowId> /*windows*/) override {}
+    void show(std::span<const WindowId> /*windows*/) override {}
+    void activate(std::span<const WindowId> /*windows*/) override {}
+    Platform::Subscription addEventHandler(EventHandler /*handler*/) override { return {}; }
+
+private:
+    std::vector<Window> windows_;
+};
+
+} // namespace LinuxPlatform

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "platform/Subscription.h"
+#include "platform/linux/apps/AppIdentity.h"
+
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <vector>
+
+namespace LinuxPlatform {
+
+/// Names a window for as long as it exists.
+using WindowId = std::uint64_t;
+
+/// One top-level window of the session, as its window manager sees it.
+struct Window {
+    WindowId id = 0;
+    WindowHints hints;
+    /// The connection to the display server over which the window was made: one process each, even where the
+    /// process is not known.
+    std::uint64_t client = 0;
+    /// Put away by its user or by `WindowSystem::hide`. A window on another workspace is not hidden.
+    bool isHidden = false;
+    /// Stands in the task list.
+    bool isInTaskList = true;
+};
+
+enum class WindowEvent {
+    /// A window was opened, or became that of another app.
+    opened,
+    /// A window became the active one, or was put away and came back.
+    activated,
+};
+
+/// The windows of the session, whichever way it lets us list, hide and show them. Panels and the desktop
+/// itself are not among them. Main thread only; requests are asked for and not waited for.
+class WindowSystem {
+public:
+    using EventHandler = std::function<void(WindowEvent, const Window&)>;
+
+    virtual ~WindowSystem() = default;
+
+    /// Changes whenever `windows` does.
+    virtual std::uint64_t generation() = 0;
+    /// In a stable order; valid until the next call to this interface.
+    virtual const std::vector<Window>& windows() = 0;
+    /// Whether the window still exists, be it in the list or not.
+    virtual bool exists(WindowId window) const = 0;
+
+    virtual void hide(std::span<const WindowId> windows) = 0;
+    /// Brings hidden windows back as they were, without a change of focus or workspace.
+    virtual void show(std::span<const WindowId> windows) = 0;
+    /// Brings the topmost of these windows to the front, unless they are all on other workspaces.
+    virtual void activate(std::span<const WindowId> windows) = 0;
+
+    /// `handler` is called on the main queue.
+    virtual Platform::Subscription addEventHandler(EventHandler handler) = 0;
+};
+
+} // namespace LinuxPlatform

@@ -1,0 +1,125 @@
+#pragma once
+
+#include "platform/linux/x11/X11Connection.h"
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace LinuxPlatform {
+
+/// What the X server holds about one client window.
+struct X11Window {
+    xcb_window_t id = XCB_WINDOW_NONE;
+    /// In the window manager's list at this moment.
+    bool isManaged = false;
+    std::string instanceName;
+    std::string className;
+    std::string desktopFile;
+    std::string applicationId;
+    std::string clientMachine;
+    /// As the window itself says; on another machine it means nothing here.
+    std::optional<std::uint32_t> declaredProcess;
+    /// As the server knows it: the process at the other end of the window's connection.
+    std::optional<std::uint32_t> connectedProcess;
+    std::vector<xcb_atom_t> state;
+    std::vector<xcb_atom_t> type;
+    std::optional<std::uint32_t> desktop;
+};
+
+/// A live picture of the client windows: read once, then kept true by the server's events. Every reading is
+/// batched: the number of round trips does not depend on the number of windows. Main thread only.
+class X11WindowModel {
+public:
+    /// What happened since the last `update`, in this order.
+    struct Changes {
+        std::vector<xcb_window_t> opened;
+        /// Windows whose class or process changed.
+        std::vector<xcb_window_t> identified;
+        /// Windows that were hidden and came back.
+        std::vector<xcb_window_t> returned;
+        std::optional<xcb_window_t> activated;
+
+        bool empty() const { return opened.empty() && identified.empty() && returned.empty() && !activated; }
+    };
+
+    enum Atom : std::size_t {
+        netClientList,
+        netClientListStacking,
+        netActiveWindow,
+        netCurrentDesktop,
+        netWmState,
+        netWmStateHidden,
+        netWmStateSkipTaskbar,
+        netWmPid,
+        netWmWindowType,
+        netWmWindowTypeDesktop,
+        netWmWindowTypeDock,
+        netWmDesktop,
+        kdeNetWmDesktopFile,
+        gtkApplicationId,
+        wmChangeState,
+        atomCount
+    };
+
+    /// `connection` outlives the model. `onChanged` is called when events have arrived that `update` would
+    /// take in; it is called from the event loop and may call back.
+    X11WindowModel(X11Connection& connection, std::function<void()> onChanged);
+
+    xcb_atom_t atom(Atom name) const { return atoms_[name]; }
+
+    /// Takes in whatever the server has sent. The first call reads everything and reports no changes.
+    Changes update();
+    /// Changes whenever a window or the list of windows does.
+    std::uint64_t generation() const { return generation_; }
+
+    /// Managed windows in the window manager's order, oldest first.
+    const std::vector<xcb_window_t>& managedWindows() const { return clientList_; }
+    /// Null when there is no such window; valid until the next `update`.
+    const X11Window* find(xcb_window_t window) const;
+    bool isHidden(const X11Window& window) const;
+
+    /// Bottom to top; asks the server.
+    std::vector<xcb_window_t> stackingOrder();
+    /// Asks the server.
+    std::optional<std::uint32_t> currentDesktop();
+
+private:
+    struct Property;
+    class Reading;
+
+    struct Entry {
+        X11Window window;
+        /// Bit n stands for property n.
+        std::uint32_t staleProperties = 0;
+        bool isNew = true;
+    };
+
+    static const std::vector<Property>& properties();
+
+    void handleEvent(const xcb_generic_event_t& event);
+    void markStale(xcb_window_t window, xcb_atom_t property);
+    void readClientList(Changes& changes);
+    void readActiveWindow(Changes& changes);
+    void readStaleProperties(Changes& changes);
+    std::vector<std::uint32_t> readRootList(Atom name);
+
+    X11Connection& connection_;
+    std::function<void()> onChanged_;
+    std::vector<xcb_atom_t> atoms_;
+    bool hasProcessQuery_ = false;
+    bool isFirstUpdate_ = true;
+    bool isClientListStale_ = true;
+    bool isActiveWindowStale_ = true;
+    bool areWindowsStale_ = false;
+    std::uint64_t generation_ = 0;
+    std::vector<xcb_window_t> clientList_;
+    xcb_window_t activeWindow_ = XCB_WINDOW_NONE;
+    std::map<xcb_window_t, Entry> entries_;
+    Platform::Subscription eventHandler_;
+};
+
+} // namespace LinuxPlatform

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "platform/Lifetime.h"
+#include "platform/MainQueue.h"
+#include "platform/linux/windows/WindowSystem.h"
+#include "platform/linux/windows/X11WindowModel.h"
+
+#include <cstdint>
+#include <map>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace LinuxPlatform {
+
+/// The windows of an X11 session under a window manager that follows the Extended Window Manager Hints
+/// (specifications.freedesktop.org/wm-spec). The hidden state is asked of the window manager and read back
+/// from it.
+class X11WindowSystem : public WindowSystem {
+public:
+    /// Both outlive this object.
+    X11WindowSystem(X11Connection& connection, Platform::MainQueue& mainQueue);
+
+    std::uint64_t generation() override;
+    const std::vector<Window>& windows() override;
+    bool exists(WindowId window) const override;
+    void hide(std::span<const WindowId> windows) override;
+    void show(std::span<const WindowId> windows) override;
+    void activate(std::span<const WindowId> windows) override;
+    Platform::Subscription addEventHandler(EventHandler handler) override;
+
+private:
+    void takeIn();
+    void scheduleTakeIn();
+    void deliverEvents();
+    void rebuildIfChanged();
+    bool isAppWindow(const X11Window& window) const;
+    Window describe(const X11Window& window) const;
+    void requestHidden(xcb_window_t window, bool hidden);
+    void mapStillHidden();
+
+    X11Connection& connection_;
+    Platform::MainQueue& mainQueue_;
+    X11WindowModel model_;
+    std::string hostName_;
+    std::uint64_t builtGeneration_ = 0;
+    std::vector<Window> windows_;
+    /// Asked back and not known to have come.
+    std::set<WindowId> awaitingShow_;
+    bool isTakeInScheduled_ = false;
+    std::vector<std::pair<WindowEvent, xcb_window_t>> undelivered_;
+    std::uint64_t lastToken_ = 0;
+    std::map<std::uint64_t, EventHandler> handlers_;
+    Platform::Lifetime lifetime_;
+};
+
+} // namespace LinuxPlatform

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "platform/Subscription.h"
+
+#include <functional>
+
+namespace QtPlatform {
+
+/// Calls `handler` on the main thread when the process is asked to end (SIGINT, SIGTERM, SIGHUP), so that it
+/// can leave the event loop and clean up. One subscription a process.
+Platform::Subscription onTerminationSignal(std::function<void()> handler);
+
+} // namespace QtPlatform
