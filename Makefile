@@ -6,7 +6,7 @@ BENCH := build/bench
 # A display decides whether Curtain starts in the user's session or in a virtual desktop.
 HAS_DISPLAY := $(DISPLAY)$(WAYLAND_DISPLAY)
 
-.PHONY: help run test test-long bench lint install clean
+.PHONY: help run test test-long bench lint install clean program tests
 
 help:
 	@echo "make run         install what is missing, build, and start Curtain"
@@ -18,12 +18,10 @@ help:
 	@echo "make clean       remove everything that was built"
 
 # The program can be built without the tests' packages; once configured with the tests, the tree stays so.
-.PHONY: program
 program:
 	@test -f $(RELEASE)/build.ninja || cmake --preset release -DCURTAIN_BUILD_TESTS=OFF
 	cmake --build --preset release --parallel $(JOBS) --target curtain
 
-.PHONY: tests
 tests:
 	scripts/setup --tests
 	@grep -qs '^CURTAIN_BUILD_TESTS:BOOL=ON$$' $(RELEASE)/CMakeCache.txt && test -f $(RELEASE)/build.ninja || \
