@@ -1,0 +1,65 @@
+PREFIX ?= /usr/local
+JOBS ?= $(shell nproc)
+
+RELEASE := build/release
+BENCH := build/bench
+# A display decides whether Curtain starts in the user's session or in a virtual desktop.
+HAS_DISPLAY := $(DISPLAY)$(WAYLAND_DISPLAY)
+
+.PHONY: help run test test-long bench lint install clean program tests
+
+help:
+	@echo "make run         install what is missing, build, and start Curtain"
+	@echo "make test        install what is missing, build, and run the tests"
+	@echo "make test-long   the long tests"
+	@echo "make bench       the benchmarks"
+	@echo "make lint        check the format and run clang-tidy"
+	@echo "make install     build and install under PREFIX=$(PREFIX)"
+	@echo "make clean       remove everything that was built"
+
+# The program can be built without the tests' packages; once configured with the tests, the tree stays so.
+program:
+	@test -f $(RELEASE)/build.ninja || cmake --preset release -DCURTAIN_BUILD_TESTS=OFF
+	cmake --build --preset release --parallel $(JOBS) --target curtain
+
+tests:
+	scripts/setup --tests
+	@grep -qs '^CURTAIN_BUILD_TESTS:BOOL=ON$$' $(RELEASE)/CMakeCache.txt && test -f $(RELEASE)/build.ninja || \
+		cmake --preset release -DCURTAIN_BUILD_TESTS=ON
+	cmake --build --preset release --parallel $(JOBS)
+
+run:
+	scripts/setup
+	@$(MAKE) --no-print-directory program
+	cmake --install $(RELEASE) --prefix build/stage >/dev/null
+ifneq ($(HAS_DISPLAY),)
+	exec build/stage/bin/curtain
+else
+	scripts/setup --tests
+	exec scripts/virtual-desktop -- scripts/tour build/stage/bin/curtain
+endif
+
+test: tests
+	ctest --preset release
+
+test-long: tests
+	ctest --preset long
+
+bench:
+	@test -d bench || { echo "There are no benchmarks yet."; exit 1; }
+	scripts/setup --tests
+	@test -f $(BENCH)/build.ninja || \
+		cmake --preset release -B $(BENCH) -DCURTAIN_BUILD_BENCHMARKS=ON -DCURTAIN_BUILD_TESTS=OFF
+	cmake --build $(BENCH) --parallel $(JOBS)
+	@set -e; for program in $$(find $(BENCH)/bench -maxdepth 1 -type f -executable | sort); do \
+		echo "$$program"; $$program; done
+
+lint: tests
+	scripts/format --check
+	run-clang-tidy -quiet -j $(JOBS) -p $(RELEASE) '^$(CURDIR)/(core|platform|hotkeys|Curtain|tests|bench)/'
+
+install: program
+	cmake --install $(RELEASE) --prefix "$(abspath $(PREFIX))"
+
+clean:
+	rm -rf build

@@ -1,0 +1,222 @@
+"""Checks that a virtual desktop is complete, private, and gone afterwards."""
+
+import os
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+from pathlib import Path
+
+SCRIPT = Path(__file__).resolve().parents[2] / "scripts/virtual-desktop"
+PARTS = {"dbus-daemon", "Xvfb", "openbox", "trayer", "dunst"}
+
+# Prints the pid, start time and name of every process that the world consists of.
+LIST_PROCESSES = """
+for pid in $(ps -o pid= --ppid $PPID); do
+    [ ! -e /proc/$pid ] || echo $pid $(cut -d' ' -f22 /proc/$pid/stat) $(cat /proc/$pid/comm)
+done
+"""
+
+TRAY_OWNER = """
+import ctypes
+x11 = ctypes.CDLL("libX11.so.6")
+x11.XOpenDisplay.restype = ctypes.c_void_p
+display = ctypes.c_void_p(x11.XOpenDisplay(None))
+print(x11.XGetSelectionOwner(display, x11.XInternAtom(display, b"_NET_SYSTEM_TRAY_S0", 0)))
+"""
+
+CALL_BUS = ("gdbus call --session --dest org.freedesktop.DBus --object-path /org/freedesktop/DBus "
+            "--method org.freedesktop.DBus.")
+
+
+def wait_until(condition, seconds=20):
+    deadline = time.monotonic() + seconds
+    while not (answer := condition()):
+        if time.monotonic() > deadline:
+            raise AssertionError("the condition did not come true in time")
+        time.sleep(0.01)
+    return answer
+
+
+def is_running(pid, start_time):
+    try:
+        fields = Path(f"/proc/{pid}/stat").read_text().rpartition(")")[2].split()
+    except OSError:
+        return False
+    return fields[19] == start_time and fields[0] != "Z"
+
+
+class VirtualDesktopTest(unittest.TestCase):
+    def setUp(self):
+        scratch = tempfile.TemporaryDirectory(prefix="curtain-test-")
+        self.addCleanup(scratch.cleanup)
+        self.scratch = Path(scratch.name)
+        # Worlds make their own folders here, so that a test sees what they leave.
+        self.worlds = self.scratch / "worlds"
+        self.worlds.mkdir()
+        self.environment = os.environ | {"TMPDIR": str(self.worlds)}
+
+    def start(self, *command, options=(), **changes):
+        return subprocess.Popen(
+            [SCRIPT, *options, "--", *command], env=self.environment | changes, stdin=subprocess.PIPE,
+            stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+
+    def run_in(self, *command, **keywords):
+        world = self.start(*command, **keywords)
+        output, complaints = world.communicate(timeout=60)
+        return world.returncode, output, complaints
+
+    def ask(self, command, **keywords):
+        """What a shell command prints in a fresh world; it must succeed without a word of complaint."""
+        status, output, complaints = self.run_in("sh", "-c", command, **keywords)
+        self.assertEqual((status, complaints), (0, ""))
+        return output
+
+    def start_and_list(self, path, **keywords):
+        """A world that listed its processes and now waits for its standard input to end."""
+        command = f"({LIST_PROCESSES}) >{path}.new; mv {path}.new {path}; read line"
+        world = self.start("sh", "-c", command, **keywords)
+        wait_until(path.exists)
+        return world, [line.split() for line in path.read_text().splitlines()]
+
+    def assert_gone(self, processes):
+        self.assertLessEqual(PARTS, {name for _, _, name in processes})
+        self.assertEqual([entry for entry in processes if is_running(*entry[:2])], [])
+        self.assertEqual(list(self.worlds.iterdir()), [])
+
+    def test_has_folders_of_its_own(self):
+        names = ["HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME",
+                 "XDG_RUNTIME_DIR"]
+        paths = self.ask("; ".join(f'echo "${name}"; test -d "${name}"' for name in names)).splitlines()
+        self.assertEqual(len(set(paths)), len(names))
+        for path in paths:
+            self.assertTrue(Path(path).is_relative_to(self.worlds), path)
+
+    def test_keeps_its_runtime_folder_to_itself(self):
+        self.assertEqual(self.ask('stat -c %a "$XDG_RUNTIME_DIR"').strip(), "700")
+
+    def test_drops_what_leads_to_the_callers_session(self):
+        names = ["WAYLAND_DISPLAY", "XAUTHORITY", "SESSION_MANAGER", "DBUS_SYSTEM_BUS_ADDRESS", "PULSE_SERVER",
+                 "XDG_CURRENT_DESKTOP"]
+        foreign = {name: "foreign" for name in names}
+        self.assertNotIn("foreign", self.ask("env", **foreign))
+
+    def test_speaks_utf8_unless_told_otherwise(self):
+        none = {"LANG": "", "LC_ALL": ""}
+        self.assertEqual(self.ask('echo "$LANG"', **none).strip(), "C.UTF-8")
+        self.assertEqual(self.ask('echo "$LANG"', **none | {"LANG": "fr_FR.UTF-8"}).strip(), "fr_FR.UTF-8")
+
+    def test_has_a_bus_that_activates_nothing(self):
+        self.assertIn("$XDG_RUNTIME_DIR/bus", self.ask(
+            'echo "$DBUS_SESSION_BUS_ADDRESS" | sed "s|$XDG_RUNTIME_DIR|\\$XDG_RUNTIME_DIR|"'))
+        self.assertEqual(self.ask(CALL_BUS + "ListActivatableNames").strip(), "(['org.freedesktop.DBus'],)")
+
+    def test_has_a_notification_daemon(self):
+        self.assertEqual(self.ask(CALL_BUS + "NameHasOwner org.freedesktop.Notifications").strip(), "(true,)")
+
+    def test_has_a_window_manager_that_lists_windows(self):
+        windows = self.ask("""
+            xterm -fa Monospace -title listed &
+            window=$(xdotool search --sync --onlyvisible --name '^listed$')
+            printf '0x%x\\n' "$window"
+            xprop -root _NET_CLIENT_LIST""").splitlines()
+        self.assertIn(windows[0], windows[1].partition("#")[2].replace(" ", "").split(","))
+
+    def test_has_a_tray_unless_told_otherwise(self):
+        ask_owner = f"{sys.executable} -c '{TRAY_OWNER}'"
+        self.assertNotEqual(self.ask(ask_owner).strip(), "0")
+        self.assertEqual(self.ask(ask_owner, options=["--tray", "none"]).strip(), "0")
+
+    def test_has_the_screen_size_asked_for(self):
+        self.assertIn("1024x768 pixels", self.ask("xdpyinfo", options=["--size", "1024x768"]))
+
+    def test_returns_the_commands_status(self):
+        self.assertEqual(self.run_in("sh", "-c", "exit 7"), (7, "", ""))
+        self.assertEqual(self.run_in("sh", "-c", "kill -KILL $$"), (128 + signal.SIGKILL, "", ""))
+
+    def test_says_that_a_command_cannot_be_run(self):
+        self.assertEqual(self.run_in("no-such-command"),
+                         (127, "", "virtual-desktop: no-such-command: No such file or directory\n"))
+
+    def test_refuses_what_it_does_not_know(self):
+        for options, word in [(["--session", "other"], "other"), (["--tray", "other"], "other"),
+                              (["--media"], "--media"), (["--size", "big"], "big"), (["--other"], "--other")]:
+            status, output, complaints = self.run_in("true", options=options)
+            self.assertEqual((status, output, len(complaints.splitlines())), (2, "", 1), complaints)
+            self.assertIn(word, complaints)
+        status, _, complaints = self.run_in()
+        self.assertEqual((status, len(complaints.splitlines())), (2, 1))
+
+    def test_runs_beside_another(self):
+        first, first_processes = self.start_and_list(self.scratch / "first")
+        second, second_processes = self.start_and_list(self.scratch / "second")
+        displays = [Path(f"/proc/{pid}/environ").read_text().split("DISPLAY=")[1].split("\0")[0]
+                    for processes in (first_processes, second_processes)
+                    for pid, _, name in processes if name == "openbox"]
+        self.assertEqual(len(set(displays)), 2, displays)
+        first.communicate("\n", timeout=60)
+        self.assertEqual([entry for entry in second_processes if not is_running(*entry[:2])], [])
+        second.communicate("\n", timeout=60)
+        self.assert_gone(first_processes + second_processes)
+
+    def test_is_gone_after_the_command(self):
+        world, processes = self.start_and_list(self.scratch / "list")
+        self.assertEqual([entry for entry in processes if not is_running(*entry[:2])], [])
+        world.communicate("\n", timeout=60)
+        self.assert_gone(processes)
+
+    def test_ends_what_the_command_left_running(self):
+        pid, start_time = self.ask("setsid sleep 1000 & echo $! $(cut -d' ' -f22 /proc/$!/stat)").split()
+        self.assertFalse(is_running(pid, start_time))
+
+    def test_is_gone_when_interrupted(self):
+        for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+            with self.subTest(number.name):
+                path = self.scratch / number.name
+                world, processes = self.start_and_list(path)
+                world.send_signal(number)
+                _, complaints = world.communicate(timeout=60)
+                self.assertEqual((world.returncode, complaints), (128 + number, ""))
+                self.assert_gone(processes)
+
+    def test_ends_with_its_script_even_if_that_is_killed(self):
+        world, processes = self.start_and_list(self.scratch / "list")
+        world.kill()
+        world.communicate(timeout=60)
+        wait_until(lambda: not any(is_running(*entry[:2]) for entry in processes))
+
+    def put_in_place_of(self, part, lines):
+        stand_in = self.scratch / "bin" / part
+        stand_in.parent.mkdir(exist_ok=True)
+        stand_in.write_text(f"#!/bin/sh\n({LIST_PROCESSES}) >{self.scratch}/list\n{lines}\n")
+        stand_in.chmod(0o755)
+        return {"PATH": f"{stand_in.parent}:{os.environ['PATH']}"}
+
+    def assert_failed_at_dunst(self, result, words):
+        status, output, complaints = result
+        self.assertEqual((status, output), (125, ""))
+        self.assertEqual(complaints, f"virtual-desktop: dunst {words}\n")
+        processes = [line.split() for line in (self.scratch / "list").read_text().splitlines()]
+        self.assert_gone(processes)
+
+    def test_is_gone_when_a_part_fails(self):
+        changes = self.put_in_place_of("dunst", "echo no luck today >&2; exit 1")
+        self.assert_failed_at_dunst(self.run_in("true", **changes), "ended while starting: no luck today")
+
+    def test_is_gone_when_a_part_never_becomes_ready(self):
+        changes = self.put_in_place_of("dunst", "exec sleep 1000")
+        self.assert_failed_at_dunst(self.run_in("true", options=["--deadline", "0.5"], **changes),
+                                    "was not ready within 0.5 s")
+
+    def test_keeps_a_folder_that_was_named(self):
+        folder = self.scratch / "kept"
+        self.ask("echo written >$HOME/file", options=["--dir", str(folder)])
+        self.assertEqual((folder / "home/file").read_text(), "written\n")
+        self.assertEqual({path.stem for path in (folder / "log").iterdir()}, PARTS)
+        self.assertEqual(self.ask("cat $HOME/file", options=["--dir", str(folder)]), "written\n")
+
+
+if __name__ == "__main__":
+    unittest.main()
