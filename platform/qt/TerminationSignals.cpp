@@ -2,43 +2,62 @@
 
 #include <QSocketNotifier>
 
+#include <atomic>
 #include <csignal>
+#include <cstdint>
 #include <memory>
 #include <utility>
 
-#include <sys/signalfd.h>
+#include <sys/eventfd.h>
 #include <unistd.h>
 
 namespace QtPlatform {
 namespace {
 
+constexpr int endingSignals[] = {SIGINT, SIGTERM, SIGHUP};
+
+/// A signal handler gets no context of ours, so the descriptor that it writes to has to be found here.
+std::atomic<int> announcement = -1;
+
+void announce(int /*signal*/) {
+    const std::uint64_t one = 1;
+    [[maybe_unused]] const auto written = write(announcement, &one, sizeof one);
+}
+
+/// Readable once one of the signals has arrived. Blocking the signals instead would pass the block on to
+/// child processes.
 class SignalDescriptor {
 public:
-    SignalDescriptor() {
-        sigemptyset(&signals_);
-        for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-            sigaddset(&signals_, signal);
-        }
-        pthread_sigmask(SIG_BLOCK, &signals_, nullptr);
-        descriptor_ = signalfd(-1, &signals_, SFD_CLOEXEC | SFD_NONBLOCK);
+    SignalDescriptor() : descriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+        announcement = descriptor_;
+        setAction(announce);
     }
     ~SignalDescriptor() {
+        setAction(SIG_DFL);
+        announcement = -1;
         close(descriptor_);
-        pthread_sigmask(SIG_UNBLOCK, &signals_, nullptr);
     }
     SignalDescriptor(const SignalDescriptor&) = delete;
     SignalDescriptor& operator=(const SignalDescriptor&) = delete;
 
     int get() const { return descriptor_; }
 
-    bool consume() const {
-        signalfd_siginfo information{};
-        return read(descriptor_, &information, sizeof information) == sizeof information;
+    void consume() const {
+        std::uint64_t count = 0;
+        [[maybe_unused]] const auto taken = read(descriptor_, &count, sizeof count);
     }
 
 private:
-    sigset_t signals_{};
-    int descriptor_ = -1;
+    static void setAction(void (*handler)(int)) {
+        struct sigaction action {};
+        action.sa_handler = handler;
+        action.sa_flags = SA_RESTART;
+        for (const int signal : endingSignals) {
+            sigaction(signal, &action, nullptr);
+        }
+    }
+
+    int descriptor_;
 };
 
 } // namespace
@@ -48,9 +67,8 @@ Platform::Subscription onTerminationSignal(std::function<void()> handler) {
     auto notifier = std::make_shared<QSocketNotifier>(descriptor->get(), QSocketNotifier::Read);
     QObject::connect(notifier.get(), &QSocketNotifier::activated, notifier.get(),
                      [descriptor, handler = std::move(handler)] {
-                         if (descriptor->consume()) {
-                             handler();
-                         }
+                         descriptor->consume();
+                         handler();
                      });
     return Platform::Subscription([notifier] { notifier->setEnabled(false); });
 }

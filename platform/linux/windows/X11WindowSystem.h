@@ -15,7 +15,7 @@
 namespace LinuxPlatform {
 
 /// The windows of an X11 session under a window manager that follows the Extended Window Manager Hints
-/// (specifications.freedesktop.org/wm-spec). The hidden state is asked of the window manager and read back
+/// (EWMH 1.5). The hidden state is asked of the window manager and read back
 /// from it.
 class X11WindowSystem : public WindowSystem {
 public:
