@@ -1,0 +1,46 @@
+#pragma once
+
+#include "platform/Bundle.h"
+#include "platform/FileManager.h"
+
+#include <filesystem>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace TestSupport {
+
+/// Installed apps in folders that exist only here.
+class FakeInstallation : public Platform::FileManager, public Platform::Bundles {
+public:
+    std::vector<std::string> listedFolders;
+    std::set<std::string> unreadableFolders;
+
+    void install(const std::string& path, const Platform::Bundle& bundle) {
+        addFile(path);
+        bundles_[path] = bundle;
+    }
+
+    void addFile(const std::string& path) {
+        folders_[std::filesystem::path(path).parent_path().string()].push_back(path);
+    }
+
+    std::optional<std::vector<std::string>> contentsOfDirectory(const std::string& path) override {
+        listedFolders.push_back(path);
+        const auto found = folders_.find(path);
+        return found == folders_.end() || unreadableFolders.contains(path) ? std::nullopt
+                                                                           : std::optional(found->second);
+    }
+
+    std::optional<Platform::Bundle> open(const std::string& path) override {
+        const auto found = bundles_.find(path);
+        return found == bundles_.end() ? std::nullopt : std::optional(found->second);
+    }
+
+private:
+    std::map<std::string, std::vector<std::string>> folders_;
+    std::map<std::string, Platform::Bundle> bundles_;
+};
+
+} // namespace TestSupport

@@ -1,0 +1,109 @@
+#pragma once
+
+#include "platform/Platform.h"
+#include "tests/support/FakeHotKeyService.h"
+#include "tests/support/FakeInstallation.h"
+#include "tests/support/FakeWorkspace.h"
+#include "tests/support/HandDrivenQueue.h"
+#include "tests/support/MemoryUserDefaults.h"
+#include "tests/support/RecordingLog.h"
+
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace TestSupport {
+
+class FakeApplication : public Platform::Application {
+public:
+    explicit FakeApplication(std::vector<std::string>& events) : events_(events) {}
+
+    std::optional<Platform::ActivationPolicy> policy;
+
+    void setActivationPolicy(Platform::ActivationPolicy newPolicy) override {
+        policy = newPolicy;
+        events_.emplace_back("activation policy");
+    }
+
+private:
+    std::vector<std::string>& events_;
+};
+
+class FakeResources : public Platform::Resources {
+public:
+    std::set<std::string> files{"open.pdf", "close.pdf"};
+    std::set<std::string> symbols{"eye", "eye.slash"};
+
+    std::optional<std::string> pathForResource(const std::string& name,
+                                               const std::string& extension) override {
+        const auto file = name + "." + extension;
+        return files.contains(file) ? std::optional("/resources/" + file) : std::nullopt;
+    }
+
+    std::optional<std::string> pathForSystemSymbol(const std::string& name) override {
+        return symbols.contains(name) ? std::optional("/symbols/" + name) : std::nullopt;
+    }
+};
+
+class FakeStatusBar : public Platform::StatusBar {
+public:
+    explicit FakeStatusBar(std::vector<std::string>& events) : events_(events) {}
+
+    std::vector<Platform::Image> images;
+    int items = 0;
+
+    std::unique_ptr<Platform::StatusItem> makeStatusItem() override {
+        events_.emplace_back("status item");
+        return std::make_unique<Item>(*this);
+    }
+
+private:
+    class Item : public Platform::StatusItem {
+    public:
+        explicit Item(FakeStatusBar& bar) : bar_(bar) { ++bar_.items; }
+        ~Item() override { --bar_.items; }
+        Item(const Item&) = delete;
+        Item& operator=(const Item&) = delete;
+
+        void setImage(const Platform::Image& image) override {
+            bar_.images.push_back(image);
+            bar_.events_.emplace_back("status image");
+        }
+
+    private:
+        FakeStatusBar& bar_;
+    };
+
+    std::vector<std::string>& events_;
+};
+
+/// A platform of fakes, handed over as a whole; the references stay good for as long as `platform` lives.
+struct FakePlatform {
+    /// What happened to whom, in order.
+    std::vector<std::string> events;
+    Platform::Platform platform;
+    RecordingLog& log = add<RecordingLog>(platform.log);
+    HandDrivenQueue& mainQueue = add<HandDrivenQueue>(platform.mainQueue);
+    MemoryUserDefaults& userDefaults = add<MemoryUserDefaults>(platform.userDefaults);
+    FakeResources& resources = add<FakeResources>(platform.resources);
+    FakeInstallation& fileManager = add<FakeInstallation>(platform.fileManager);
+    FakeInstallation& bundles = add<FakeInstallation>(platform.bundles);
+    FakeApplication& application = add<FakeApplication>(platform.application, events);
+    FakeWorkspace& workspace = add<FakeWorkspace>(platform.workspace);
+    FakeHotKeyService& hotKeyService = add<FakeHotKeyService>(platform.hotKeyService);
+    FakeStatusBar& statusBar = add<FakeStatusBar>(platform.statusBar, events);
+
+private:
+    template <class Fake, class Port, class... Arguments>
+    static Fake& add(std::unique_ptr<Port>& place, Arguments&&... arguments) {
+        auto fake = std::make_unique<Fake>(std::forward<Arguments>(arguments)...);
+        auto& reference = *fake;
+        place = std::move(fake);
+        return reference;
+    }
+};
+
+} // namespace TestSupport
