@@ -1,0 +1,254 @@
+#include "platform/linux/windows/LinuxWorkspace.h"
+
+#include "tests/support/FakeWindowSystem.h"
+
+#include <gmock/gmock.h>
+
+#include <memory>
+
+namespace {
+
+using LinuxPlatform::WindowEvent;
+using Platform::ActivationPolicy;
+using Platform::WorkspaceNotification;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+using TestSupport::FakeWindowSystem;
+
+struct LinuxWorkspaceTest : testing::Test {
+    FakeWindowSystem windows;
+    LinuxPlatform::DesktopEntries entries{{}};
+    LinuxPlatform::AppIdentity identity{entries, LinuxPlatform::ProcessTable("/nonexistent")};
+    std::unique_ptr<LinuxPlatform::LinuxWorkspace> workspace =
+        std::make_unique<LinuxPlatform::LinuxWorkspace>(windows, identity, entries);
+
+    std::shared_ptr<Platform::RunningApplication> only(const std::string& bundleID) {
+        const auto instances = workspace->runningApplicationsWithBundleIdentifier(bundleID);
+        EXPECT_THAT(instances, SizeIs(1));
+        return instances.at(0);
+    }
+
+    std::vector<std::string> identifiers() {
+        std::vector<std::string> result;
+        for (const auto& application : workspace->runningApplications()) {
+            result.push_back(application->bundleIdentifier().value());
+        }
+        return result;
+    }
+};
+
+TEST_F(LinuxWorkspaceTest, NoWindowsNoApps) {
+    EXPECT_THAT(workspace->runningApplications(), IsEmpty());
+    EXPECT_THAT(workspace->runningApplicationsWithBundleIdentifier("a"), IsEmpty());
+}
+
+TEST_F(LinuxWorkspaceTest, OneInstanceForEachProcess) {
+    windows.open(1, "a", 10);
+    windows.open(2, "a", 10);
+    windows.open(3, "a", 11);
+    windows.open(4, "b", 12);
+    EXPECT_THAT(identifiers(), ElementsAre("a", "a", "b"));
+    EXPECT_THAT(workspace->runningApplicationsWithBundleIdentifier("a"), SizeIs(2));
+}
+
+TEST_F(LinuxWorkspaceTest, ConnectionsStandInForUnknownProcesses) {
+    for (const LinuxPlatform::WindowId id : {1U, 2U, 3U}) {
+        auto& window = windows.open(id, "a", 0);
+        window.hints.process.reset();
+        window.client = id == 3 ? 200 : 100;
+    }
+    EXPECT_THAT(workspace->runningApplicationsWithBundleIdentifier("a"), SizeIs(2));
+}
+
+TEST_F(LinuxWorkspaceTest, WindowsOfOneProcessFollowTheirOwnApps) {
+    windows.open(1, "browser", 10);
+    windows.open(2, "webapp", 10);
+    only("webapp")->hide();
+    EXPECT_THAT(windows.hidden, ElementsAre(ElementsAre(2)));
+    EXPECT_FALSE(only("browser")->isHidden());
+}
+
+TEST_F(LinuxWorkspaceTest, WindowThatTellsNothingBelongsToNoApp) {
+    windows.open(1, "", 10);
+    EXPECT_THAT(workspace->runningApplications(), IsEmpty());
+}
+
+TEST_F(LinuxWorkspaceTest, InstancesWithAVisibleWindowComeFirst) {
+    windows.open(1, "a", 10).isHidden = true;
+    windows.open(2, "a", 11);
+    EXPECT_FALSE(workspace->runningApplicationsWithBundleIdentifier("a").at(0)->isHidden());
+    EXPECT_TRUE(workspace->runningApplicationsWithBundleIdentifier("a").at(1)->isHidden());
+}
+
+TEST_F(LinuxWorkspaceTest, InstanceIsHiddenWhenNoneOfItsWindowsCanBeSeen) {
+    windows.open(1, "a", 10).isHidden = true;
+    windows.open(2, "a", 10);
+    EXPECT_FALSE(only("a")->isHidden());
+    windows.at(2).isHidden = true;
+    EXPECT_TRUE(only("a")->isHidden());
+}
+
+TEST_F(LinuxWorkspaceTest, RegularAppsHaveAWindowInTheTaskList) {
+    windows.open(1, "a", 10).isInTaskList = false;
+    windows.open(2, "b", 11).isInTaskList = false;
+    windows.open(3, "b", 11);
+    EXPECT_EQ(only("a")->activationPolicy(), ActivationPolicy::accessory);
+    EXPECT_EQ(only("b")->activationPolicy(), ActivationPolicy::regular);
+}
+
+TEST_F(LinuxWorkspaceTest, HidingAndShowingGivesBackExactlyWhatWasTaken) {
+    windows.open(1, "a", 10);
+    windows.open(2, "a", 10).isHidden = true;
+    windows.open(3, "a", 10);
+    const auto app = only("a");
+    app->hide();
+    EXPECT_TRUE(app->isHidden());
+    app->unhide();
+    EXPECT_THAT(windows.hidden, ElementsAre(ElementsAre(1, 3)));
+    EXPECT_THAT(windows.shown, ElementsAre(ElementsAre(1, 3)));
+    EXPECT_TRUE(windows.at(2).isHidden);
+}
+
+TEST_F(LinuxWorkspaceTest, ShowingWithoutHavingTakenAnythingShowsAll) {
+    windows.open(1, "a", 10).isHidden = true;
+    windows.open(2, "a", 10).isHidden = true;
+    only("a")->unhide();
+    EXPECT_THAT(windows.shown, ElementsAre(ElementsAre(1, 2)));
+}
+
+TEST_F(LinuxWorkspaceTest, HidingAgainAddsToWhatWasTaken) {
+    windows.open(1, "a", 10);
+    const auto app = only("a");
+    app->hide();
+    windows.open(2, "a", 10);
+    app->hide();
+    app->hide();
+    app->unhide();
+    EXPECT_THAT(windows.shown, ElementsAre(ElementsAre(1, 2)));
+}
+
+TEST_F(LinuxWorkspaceTest, WhatWasGivenBackIsForgotten) {
+    windows.open(1, "a", 10);
+    windows.open(2, "a", 10);
+    const auto app = only("a");
+    app->hide();
+    app->unhide();
+    windows.at(1).isHidden = true;
+    app->hide();
+    app->unhide();
+    EXPECT_THAT(windows.shown, ElementsAre(ElementsAre(1, 2), ElementsAre(2)));
+}
+
+TEST_F(LinuxWorkspaceTest, WindowIdentifierThatIsUsedAgainIsAnotherWindow) {
+    windows.open(1, "a", 10);
+    windows.open(2, "a", 10);
+    const auto app = only("a");
+    app->hide();
+    windows.close(1);
+    app->hide();
+    windows.open(1, "a", 10).isHidden = true;
+    app->unhide();
+    EXPECT_THAT(windows.shown, ElementsAre(ElementsAre(2)));
+}
+
+TEST_F(LinuxWorkspaceTest, TakenWindowsAreRememberedWhileTheWindowManagerIsAway) {
+    windows.open(1, "a", 10);
+    windows.open(2, "a", 10);
+    only("a")->hide();
+    const auto list = windows.list;
+    windows.close(1);
+    windows.close(2);
+    windows.unmanaged = {1, 2};
+    EXPECT_THAT(workspace->runningApplications(), IsEmpty());
+    windows.open(9, "z", 99);
+    only("z")->hide();
+    for (const auto& window : list) {
+        windows.open(window.id, "a", 10).isHidden = true;
+    }
+    only("a")->unhide();
+    EXPECT_THAT(windows.shown, ElementsAre(ElementsAre(1, 2)));
+}
+
+TEST_F(LinuxWorkspaceTest, ActivationLeavesAloneWhatItsUserPutAway) {
+    windows.open(1, "a", 10).isHidden = true;
+    windows.open(2, "a", 10);
+    windows.open(3, "a", 10);
+    const auto app = only("a");
+    app->hide();
+    app->unhide();
+    EXPECT_FALSE(app->isHidden());
+    windows.at(3).isHidden = true;
+    app->activate(Platform::ActivationOptions::ignoringOtherApps);
+    EXPECT_THAT(windows.activated, ElementsAre(ElementsAre(2)));
+}
+
+TEST_F(LinuxWorkspaceTest, ActivationCountsOnWindowsThatAreOnTheirWayBack) {
+    windows.open(1, "a", 10);
+    const auto app = only("a");
+    app->hide();
+    windows.takesEffect = false;
+    app->unhide();
+    EXPECT_TRUE(app->isHidden());
+    app->activate(Platform::ActivationOptions::ignoringOtherApps);
+    EXPECT_THAT(windows.activated, ElementsAre(ElementsAre(1)));
+}
+
+TEST_F(LinuxWorkspaceTest, IdentityFollowsAWindowThatChanges) {
+    windows.open(1, "loader", 10);
+    EXPECT_THAT(identifiers(), ElementsAre("loader"));
+    windows.at(1).hints.className = "player";
+    EXPECT_THAT(identifiers(), ElementsAre("player"));
+}
+
+TEST_F(LinuxWorkspaceTest, WindowEventsBecomeNotifications) {
+    windows.open(1, "a", 10);
+    std::vector<std::string> seen;
+    const auto launched =
+        workspace->addObserver(WorkspaceNotification::didLaunchApplication, [&](const auto& app) {
+            seen.push_back("launched " + *app->bundleIdentifier());
+        });
+    const auto activated =
+        workspace->addObserver(WorkspaceNotification::didActivateApplication, [&](const auto& app) {
+            seen.push_back("activated " + *app->bundleIdentifier());
+        });
+    windows.send(WindowEvent::opened, 1);
+    windows.send(WindowEvent::activated, 1);
+    EXPECT_THAT(seen, ElementsAre("launched a", "activated a"));
+}
+
+TEST_F(LinuxWorkspaceTest, EndedObserversHearNothing) {
+    windows.open(1, "a", 10);
+    int count = 0;
+    {
+        const auto observer = workspace->addObserver(WorkspaceNotification::didLaunchApplication,
+                                                     [&](const auto&) { ++count; });
+    }
+    windows.send(WindowEvent::opened, 1);
+    EXPECT_EQ(count, 0);
+}
+
+TEST_F(LinuxWorkspaceTest, HandleOfAnAppThatQuitIsHarmless) {
+    windows.open(1, "a", 10);
+    const auto app = only("a");
+    windows.close(1);
+    EXPECT_TRUE(app->isHidden());
+    EXPECT_EQ(app->localizedName(), std::nullopt);
+    EXPECT_EQ(app->activationPolicy(), ActivationPolicy::prohibited);
+    app->hide();
+    app->unhide();
+    app->activate(Platform::ActivationOptions::none);
+    EXPECT_THAT(windows.hidden, IsEmpty());
+    EXPECT_THAT(windows.shown, IsEmpty());
+}
+
+TEST_F(LinuxWorkspaceTest, HandleOutlivesTheWorkspace) {
+    windows.open(1, "a", 10);
+    const auto app = only("a");
+    workspace.reset();
+    app->hide();
+    EXPECT_TRUE(app->isHidden());
+    EXPECT_THAT(windows.hidden, IsEmpty());
+}
+
+} // namespace

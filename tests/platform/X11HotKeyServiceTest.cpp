@@ -1,0 +1,230 @@
+#include "platform/linux/hotkeys/X11HotKeyService.h"
+
+#include "platform/qt/QtMainQueue.h"
+#include "tests/support/EventLoop.h"
+#include "tests/support/X11TestClient.h"
+
+#include <xcb/xtest.h>
+
+#include <gmock/gmock.h>
+
+#include <optional>
+
+namespace {
+
+using LinuxPlatform::X11Connection;
+using LinuxPlatform::X11HotKeyService;
+using Platform::HotKeyEvent;
+using Platform::HotKeyID;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using TestSupport::spinUntil;
+using TestSupport::X11TestClient;
+
+/// X key codes of a PC keyboard.
+constexpr xcb_keycode_t controlKey = 37;
+constexpr xcb_keycode_t shiftKey = 50;
+constexpr xcb_keycode_t altKey = 64;
+constexpr xcb_keycode_t superKey = 133;
+constexpr xcb_keycode_t capsLockKey = 66;
+constexpr xcb_keycode_t numLockKey = 77;
+constexpr xcb_keycode_t hKey = 43;
+constexpr xcb_keycode_t jKey = 44;
+
+constexpr Platform::HotKeyCombination toggle{4, 6400};
+constexpr HotKeyID toggleID{0x53534B53, 1};
+
+/// Types on the server's keyboard, as a hand would.
+class Typist {
+public:
+    void press(xcb_keycode_t key) { send(XCB_KEY_PRESS, key); }
+    void release(xcb_keycode_t key) { send(XCB_KEY_RELEASE, key); }
+    void tap(xcb_keycode_t key) {
+        press(key);
+        release(key);
+    }
+    void pressModifiers() {
+        for (const auto key : {controlKey, altKey, superKey}) {
+            press(key);
+        }
+    }
+    void releaseModifiers() {
+        for (const auto key : {superKey, altKey, controlKey}) {
+            release(key);
+        }
+    }
+
+private:
+    void send(std::uint8_t type, xcb_keycode_t key) {
+        xcb_test_fake_input(client_.get(), type, key, XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0, 0);
+        client_.sync();
+    }
+
+    X11TestClient client_;
+};
+
+struct X11HotKeyServiceTest : testing::Test {
+    QtPlatform::QtMainQueue mainQueue;
+    std::unique_ptr<X11Connection> connection = X11Connection::open();
+    std::optional<X11HotKeyService> service{std::in_place, *connection, mainQueue};
+    std::vector<std::pair<HotKeyEvent, std::uint32_t>> events;
+    Platform::Subscription subscription = service->installEventHandler(
+        [this](HotKeyEvent event, HotKeyID id) { events.emplace_back(event, id.id); });
+    Typist typist;
+
+    /// Events come in order: once those of another combination are here, all earlier ones are.
+    void settle() {
+        constexpr HotKeyID markerID{1, 99};
+        ASSERT_EQ(service->registerHotKey({38, 0}, markerID), 0);
+        typist.tap(jKey);
+        ASSERT_TRUE(spinUntil(
+            [&] { return !events.empty() && events.back() == std::pair(HotKeyEvent::released, 99U); }));
+        service->unregisterHotKey(markerID);
+        std::erase_if(events, [](const auto& event) { return event.second == 99; });
+    }
+
+    void typeToggle() {
+        typist.pressModifiers();
+        typist.tap(hKey);
+        typist.releaseModifiers();
+    }
+};
+
+const auto pressedAndReleased =
+    ElementsAre(std::pair(HotKeyEvent::pressed, 1U), std::pair(HotKeyEvent::released, 1U));
+
+TEST_F(X11HotKeyServiceTest, PressAndReleaseAreTold) {
+    ASSERT_EQ(service->registerHotKey(toggle, toggleID), 0);
+    typist.pressModifiers();
+    typist.press(hKey);
+    ASSERT_TRUE(spinUntil([&] { return !events.empty(); }));
+    EXPECT_THAT(events, ElementsAre(std::pair(HotKeyEvent::pressed, 1U)));
+    typist.release(hKey);
+    typist.releaseModifiers();
+    settle();
+    EXPECT_THAT(events, pressedAndReleased);
+}
+
+TEST_F(X11HotKeyServiceTest, WorksUnderEveryCombinationOfLocks) {
+    ASSERT_EQ(service->registerHotKey(toggle, toggleID), 0);
+    for (const auto& locks :
+         std::vector<std::vector<xcb_keycode_t>>{{capsLockKey}, {numLockKey}, {capsLockKey, numLockKey}}) {
+        for (const auto lock : locks) {
+            typist.tap(lock);
+        }
+        typeToggle();
+        for (const auto lock : locks) {
+            typist.tap(lock);
+        }
+        settle();
+        EXPECT_THAT(events, pressedAndReleased);
+        events.clear();
+    }
+}
+
+TEST_F(X11HotKeyServiceTest, ModifiersMayBeReleasedFirst) {
+    ASSERT_EQ(service->registerHotKey(toggle, toggleID), 0);
+    typist.pressModifiers();
+    typist.press(hKey);
+    typist.releaseModifiers();
+    typist.release(hKey);
+    settle();
+    EXPECT_THAT(events, pressedAndReleased);
+}
+
+TEST_F(X11HotKeyServiceTest, OtherCombinationsAreNotTold) {
+    ASSERT_EQ(service->registerHotKey(toggle, toggleID), 0);
+    typist.tap(hKey);
+    typist.press(shiftKey);
+    typeToggle();
+    typist.release(shiftKey);
+    typist.press(controlKey);
+    typist.tap(hKey);
+    typist.release(controlKey);
+    settle();
+    EXPECT_THAT(events, IsEmpty());
+}
+
+TEST_F(X11HotKeyServiceTest, HeldKeyIsOnePressAndOneRelease) {
+    ASSERT_EQ(service->registerHotKey(toggle, toggleID), 0);
+    X11TestClient watcher;
+    typist.pressModifiers();
+    typist.press(hKey);
+    // Long enough for the server to repeat the key: it begins after 660 ms.
+    ASSERT_FALSE(spinUntil([&] { return events.size() > 1; }, std::chrono::milliseconds(900)));
+    typist.release(hKey);
+    typist.releaseModifiers();
+    settle();
+    EXPECT_THAT(events, pressedAndReleased);
+}
+
+TEST_F(X11HotKeyServiceTest, CombinationThatAnotherClientHoldsIsRefusedWhole) {
+    const auto other = X11Connection::open();
+    {
+        X11HotKeyService holder(*other, mainQueue);
+        ASSERT_EQ(holder.registerHotKey(toggle, {1, 1}), 0);
+        EXPECT_EQ(service->registerHotKey(toggle, toggleID), Platform::hotKeyExists);
+    }
+    other->flush();
+    const LinuxPlatform::XcbPointer<xcb_get_input_focus_reply_t> barrier(
+        xcb_get_input_focus_reply(other->get(), xcb_get_input_focus(other->get()), nullptr));
+    EXPECT_EQ(service->registerHotKey(toggle, toggleID), 0) << "nothing may be left of either attempt";
+}
+
+TEST_F(X11HotKeyServiceTest, RefusalLeavesNoPartOfTheCombinationTaken) {
+    const auto other = X11Connection::open();
+    // Only the variant with Caps Lock is held.
+    xcb_grab_key(other->get(), 0, other->root(),
+                 XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1 | XCB_MOD_MASK_4 | XCB_MOD_MASK_LOCK, hKey,
+                 XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+    const LinuxPlatform::XcbPointer<xcb_get_input_focus_reply_t> barrier(
+        xcb_get_input_focus_reply(other->get(), xcb_get_input_focus(other->get()), nullptr));
+    EXPECT_EQ(service->registerHotKey(toggle, toggleID), Platform::hotKeyExists);
+    const auto third = X11Connection::open();
+    const LinuxPlatform::XcbPointer<xcb_generic_error_t> error(xcb_request_check(
+        third->get(), xcb_grab_key_checked(third->get(), 0, third->root(),
+                                           XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1 | XCB_MOD_MASK_4, hKey,
+                                           XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC)));
+    EXPECT_EQ(error, nullptr);
+}
+
+TEST_F(X11HotKeyServiceTest, KeysThatNoKeyboardHasAreInvalid) {
+    EXPECT_EQ(service->registerHotKey({-1, 0}, toggleID), Platform::hotKeyInvalid);
+    EXPECT_EQ(service->registerHotKey({127, 0}, toggleID), Platform::hotKeyInvalid);
+    EXPECT_EQ(service->registerHotKey({1'000'000, 0}, toggleID), Platform::hotKeyInvalid);
+}
+
+TEST_F(X11HotKeyServiceTest, UnregisteredCombinationGoesBackToTheOthers) {
+    ASSERT_EQ(service->registerHotKey(toggle, toggleID), 0);
+    service->unregisterHotKey(toggleID);
+    service->unregisterHotKey(toggleID);
+    typeToggle();
+    settle();
+    EXPECT_THAT(events, IsEmpty());
+    const auto other = X11Connection::open();
+    X11HotKeyService next(*other, mainQueue);
+    EXPECT_EQ(next.registerHotKey(toggle, toggleID), 0);
+}
+
+TEST_F(X11HotKeyServiceTest, SeveralCombinationsAreToldApart) {
+    ASSERT_EQ(service->registerHotKey(toggle, toggleID), 0);
+    ASSERT_EQ(service->registerHotKey({4, 4096}, {1, 2}), 0);
+    typist.press(controlKey);
+    typist.tap(hKey);
+    typist.release(controlKey);
+    settle();
+    EXPECT_THAT(events,
+                ElementsAre(std::pair(HotKeyEvent::pressed, 2U), std::pair(HotKeyEvent::released, 2U)));
+}
+
+TEST_F(X11HotKeyServiceTest, NothingIsCalledOnceTheServiceIsGone) {
+    ASSERT_EQ(service->registerHotKey(toggle, toggleID), 0);
+    typeToggle();
+    connection->dispatchEvents();
+    subscription = {};
+    service.reset();
+    QCoreApplication::processEvents();
+    EXPECT_THAT(events, IsEmpty());
+}
+
+} // namespace

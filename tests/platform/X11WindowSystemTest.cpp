@@ -1,0 +1,374 @@
+#include "platform/linux/windows/X11WindowSystem.h"
+
+#include "platform/qt/QtMainQueue.h"
+#include "tests/support/EventLoop.h"
+#include "tests/support/X11TestClient.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <array>
+#include <optional>
+
+#include <unistd.h>
+
+namespace {
+
+using LinuxPlatform::Window;
+using LinuxPlatform::WindowEvent;
+using LinuxPlatform::WindowId;
+using LinuxPlatform::X11Connection;
+using LinuxPlatform::X11WindowSystem;
+using TestSupport::spinUntil;
+using TestSupport::X11TestClient;
+
+constexpr std::uint32_t add = 1;
+constexpr std::uint32_t pager = 2;
+
+/// Before anything else is made: a new connection gets the window identifiers of the one before, so the
+/// window manager has to have seen that its windows are gone.
+struct EmptyDesktop {
+    EmptyDesktop() {
+        const X11TestClient client;
+        EXPECT_TRUE(spinUntil([&] { return client.numbers(client.root(), "_NET_CLIENT_LIST").empty(); }));
+    }
+};
+
+/// Under a real window manager.
+struct X11WindowSystemTest : testing::Test {
+    EmptyDesktop emptyDesktop;
+    X11TestClient client;
+    QtPlatform::QtMainQueue mainQueue;
+    std::unique_ptr<X11Connection> connection = X11Connection::open();
+    X11WindowSystem system{*connection, mainQueue};
+    std::vector<std::pair<WindowEvent, WindowId>> events;
+    Platform::Subscription subscription = system.addEventHandler(
+        [this](WindowEvent event, const Window& window) { events.emplace_back(event, window.id); });
+
+    ~X11WindowSystemTest() override { goToDesktop(0); }
+
+    std::optional<Window> find(xcb_window_t window) {
+        const auto& windows = system.windows();
+        const auto found = std::ranges::find(windows, WindowId{window}, &Window::id);
+        return found == windows.end() ? std::nullopt : std::optional(*found);
+    }
+
+    bool isHidden(xcb_window_t window) {
+        const auto found = find(window);
+        return found && found->isHidden;
+    }
+
+    xcb_window_t openListed(std::string_view instanceName, std::string_view className) {
+        const auto window = client.open(instanceName, className);
+        waitUntilListed(window);
+        return window;
+    }
+
+    void waitUntilListed(xcb_window_t window) {
+        EXPECT_TRUE(spinUntil([&] { return find(window).has_value(); }));
+    }
+
+    bool waitForEvent(WindowEvent event, xcb_window_t window) {
+        return spinUntil(
+            [&] { return std::ranges::find(events, std::pair(event, WindowId{window})) != events.end(); });
+    }
+
+    void hide(xcb_window_t window) {
+        system.hide(std::array{WindowId{window}});
+        EXPECT_TRUE(spinUntil([&] { return isHidden(window); }));
+    }
+
+    void show(xcb_window_t window) {
+        system.show(std::array{WindowId{window}});
+        EXPECT_TRUE(spinUntil([&] { return !isHidden(window); }));
+    }
+
+    void goToDesktop(std::uint32_t desktop) {
+        client.ask(client.root(), "_NET_CURRENT_DESKTOP", {desktop, XCB_CURRENT_TIME});
+        EXPECT_TRUE(spinUntil([&] { return currentDesktop() == desktop; }));
+    }
+
+    std::uint32_t currentDesktop() const {
+        return client.numbers(client.root(), "_NET_CURRENT_DESKTOP").at(0);
+    }
+
+    void activate(xcb_window_t window) {
+        client.ask(window, "_NET_ACTIVE_WINDOW", {pager, XCB_CURRENT_TIME});
+        EXPECT_TRUE(spinUntil([&] { return client.activeWindow() == window; }));
+    }
+
+    void setState(xcb_window_t window, std::string_view state) {
+        client.ask(window, "_NET_WM_STATE", {add, client.atom(state), XCB_ATOM_NONE, pager});
+        EXPECT_TRUE(spinUntil([&] { return hasState(window, state); }));
+    }
+
+    bool hasState(xcb_window_t window, std::string_view state) const {
+        return std::ranges::count(client.numbers(window, "_NET_WM_STATE"), client.atom(state)) > 0;
+    }
+};
+
+TEST_F(X11WindowSystemTest, WindowsThatAreThereAreListedWithWhatTheySay) {
+    const auto window = client.create("instance", "Class");
+    client.setBytes(window, "_GTK_APPLICATION_ID", "org.example.App");
+    client.setBytes(window, "_KDE_NET_WM_DESKTOP_FILE", "/usr/share/applications/example.desktop");
+    client.map(window);
+    ASSERT_TRUE(spinUntil([&] { return client.isListed(window); }));
+
+    const auto other = X11Connection::open();
+    X11WindowSystem late(*other, mainQueue);
+    const auto& windows = late.windows();
+    const auto found = std::ranges::find(windows, WindowId{window}, &Window::id);
+    ASSERT_NE(found, windows.end());
+    EXPECT_EQ(found->hints,
+              (LinuxPlatform::WindowHints{"instance", "Class", "/usr/share/applications/example.desktop",
+                                          "org.example.App", static_cast<std::uint32_t>(getpid())}));
+    EXPECT_FALSE(found->isHidden);
+    EXPECT_TRUE(found->isInTaskList);
+}
+
+TEST_F(X11WindowSystemTest, ProcessIsThatOfTheConnectionWhateverTheWindowSays) {
+    const auto window = client.create("a", "A");
+    client.setNumbers(window, "_NET_WM_PID", XCB_ATOM_CARDINAL, std::array{1U});
+    client.map(window);
+    waitUntilListed(window);
+    EXPECT_EQ(find(window)->hints.process, static_cast<std::uint32_t>(getpid()));
+}
+
+TEST_F(X11WindowSystemTest, WindowsOfOneConnectionShareTheirClient) {
+    X11TestClient other;
+    const auto first = openListed("a", "A");
+    const auto second = openListed("a", "A");
+    const auto foreign = other.open("a", "A");
+    waitUntilListed(foreign);
+    EXPECT_EQ(find(first)->client, find(second)->client);
+    EXPECT_NE(find(first)->client, find(foreign)->client);
+}
+
+TEST_F(X11WindowSystemTest, OpenedAndClosedWindowsAreFollowed) {
+    const auto window = openListed("a", "A");
+    EXPECT_TRUE(waitForEvent(WindowEvent::opened, window));
+    EXPECT_TRUE(system.exists(window));
+    const auto generation = system.generation();
+    client.destroy(window);
+    EXPECT_TRUE(spinUntil([&] { return !find(window); }));
+    EXPECT_NE(system.generation(), generation);
+    EXPECT_FALSE(system.exists(window));
+}
+
+TEST_F(X11WindowSystemTest, WindowsThatWereThereAtTheStartAreNotAnnounced) {
+    const auto old = openListed("a", "A");
+    const auto other = X11Connection::open();
+    X11WindowSystem late(*other, mainQueue);
+    std::vector<WindowId> opened;
+    const auto handler = late.addEventHandler([&](WindowEvent event, const Window& window) {
+        if (event == WindowEvent::opened) {
+            opened.push_back(window.id);
+        }
+    });
+    ASSERT_FALSE(late.windows().empty());
+    const auto fresh = openListed("b", "B");
+    ASSERT_TRUE(spinUntil([&] { return !opened.empty(); }));
+    EXPECT_THAT(opened, testing::ElementsAre(WindowId{fresh})) << "not " << old;
+}
+
+TEST_F(X11WindowSystemTest, WindowThatIsPutBackIntoTheListIsOpenedAgain) {
+    const auto window = openListed("a", "A");
+    ASSERT_TRUE(waitForEvent(WindowEvent::opened, window));
+    xcb_unmap_window(client.get(), window);
+    client.sync();
+    ASSERT_TRUE(spinUntil([&] { return !find(window); }));
+    EXPECT_TRUE(system.exists(window));
+    events.clear();
+    client.map(window);
+    EXPECT_TRUE(waitForEvent(WindowEvent::opened, window));
+}
+
+TEST_F(X11WindowSystemTest, ActivatedWindowIsAnnounced) {
+    const auto first = openListed("a", "A");
+    const auto second = openListed("b", "B");
+    activate(first);
+    activate(second);
+    ASSERT_TRUE(waitForEvent(WindowEvent::activated, second));
+    events.clear();
+    activate(first);
+    EXPECT_TRUE(waitForEvent(WindowEvent::activated, first));
+}
+
+TEST_F(X11WindowSystemTest, HidingAndShowingTakesTheWindowOffTheScreenAndBack) {
+    const auto window = openListed("a", "A");
+    hide(window);
+    const auto attributes = [&] {
+        return LinuxPlatform::XcbPointer<xcb_get_window_attributes_reply_t>(xcb_get_window_attributes_reply(
+            client.get(), xcb_get_window_attributes(client.get(), window), nullptr));
+    };
+    EXPECT_TRUE(spinUntil([&] { return attributes()->map_state != XCB_MAP_STATE_VIEWABLE; }));
+    show(window);
+    EXPECT_TRUE(spinUntil([&] { return attributes()->map_state == XCB_MAP_STATE_VIEWABLE; }));
+}
+
+TEST_F(X11WindowSystemTest, ShowingChangesNeitherFocusNorWorkspace) {
+    const auto window = openListed("a", "A");
+    const auto elsewhere = openListed("b", "B");
+    client.ask(elsewhere, "_NET_WM_DESKTOP", {1, pager});
+    ASSERT_TRUE(spinUntil([&] { return client.desktop(elsewhere) == 1U; }));
+    const auto front = openListed("c", "C");
+    activate(front);
+    hide(window);
+    hide(elsewhere);
+    show(window);
+    show(elsewhere);
+    EXPECT_EQ(client.activeWindow(), front);
+    EXPECT_EQ(client.desktop(elsewhere), 1U);
+    EXPECT_EQ(currentDesktop(), 0U);
+}
+
+TEST_F(X11WindowSystemTest, WindowOnAnotherWorkspaceIsVisibleAndCanBeHidden) {
+    const auto window = openListed("a", "A");
+    client.ask(window, "_NET_WM_DESKTOP", {1, pager});
+    ASSERT_TRUE(spinUntil([&] { return client.desktop(window) == 1U; }));
+    EXPECT_FALSE(isHidden(window));
+    hide(window);
+    goToDesktop(1);
+    EXPECT_TRUE(isHidden(window));
+    show(window);
+}
+
+TEST_F(X11WindowSystemTest, FullscreenMaximisedAndStickyWindowsComeBackAsTheyWere) {
+    for (const auto* const state :
+         {"_NET_WM_STATE_FULLSCREEN", "_NET_WM_STATE_MAXIMIZED_VERT", "_NET_WM_STATE_SHADED"}) {
+        const auto window = openListed("a", "A");
+        setState(window, state);
+        hide(window);
+        show(window);
+        EXPECT_TRUE(hasState(window, state)) << state;
+    }
+    const auto sticky = openListed("a", "A");
+    client.ask(sticky, "_NET_WM_DESKTOP", {0xFFFFFFFF, pager});
+    ASSERT_TRUE(spinUntil([&] { return client.desktop(sticky) == 0xFFFFFFFF; }));
+    hide(sticky);
+    show(sticky);
+    EXPECT_EQ(client.desktop(sticky), 0xFFFFFFFF);
+}
+
+TEST_F(X11WindowSystemTest, WindowThatItsUserBringsBackIsAnnounced) {
+    const auto window = openListed("a", "A");
+    hide(window);
+    ASSERT_TRUE(spinUntil([&] { return client.activeWindow() != window; }));
+    events.clear();
+    client.map(window);
+    EXPECT_TRUE(waitForEvent(WindowEvent::activated, window));
+}
+
+TEST_F(X11WindowSystemTest, ActivatesTheTopmostOfTheWindowsThatAreHere) {
+    const auto lower = openListed("a", "A");
+    const auto upper = openListed("a", "A");
+    const auto elsewhere = openListed("a", "A");
+    client.ask(elsewhere, "_NET_WM_DESKTOP", {1, pager});
+    ASSERT_TRUE(spinUntil([&] { return client.desktop(elsewhere) == 1U; }));
+    activate(upper);
+    const auto front = openListed("b", "B");
+    activate(front);
+    system.activate(std::array{WindowId{lower}, WindowId{upper}, WindowId{elsewhere}});
+    EXPECT_TRUE(spinUntil([&] { return client.activeWindow() == upper; }));
+}
+
+TEST_F(X11WindowSystemTest, NeverLeavesTheWorkspaceToActivate) {
+    const auto elsewhere = openListed("a", "A");
+    client.ask(elsewhere, "_NET_WM_DESKTOP", {1, pager});
+    ASSERT_TRUE(spinUntil([&] { return client.desktop(elsewhere) == 1U; }));
+    const auto front = openListed("b", "B");
+    activate(front);
+    system.activate(std::array{WindowId{elsewhere}});
+    // The window manager answers in order: once it has answered this, it has seen the other request if there
+    // was one.
+    setState(front, "_NET_WM_STATE_ABOVE");
+    EXPECT_EQ(client.activeWindow(), front);
+    EXPECT_EQ(currentDesktop(), 0U);
+    EXPECT_EQ(client.desktop(elsewhere), 1U);
+}
+
+TEST_F(X11WindowSystemTest, PanelsAndTheDesktopAreNoAppWindows) {
+    for (const auto* const type : {"_NET_WM_WINDOW_TYPE_DOCK", "_NET_WM_WINDOW_TYPE_DESKTOP"}) {
+        const auto window = client.create("a", "A");
+        client.setNumbers(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM, std::array{client.atom(type)});
+        client.map(window);
+        ASSERT_TRUE(spinUntil([&] { return client.isListed(window) && system.exists(window); }));
+        EXPECT_EQ(find(window), std::nullopt) << type;
+    }
+}
+
+TEST_F(X11WindowSystemTest, WindowThatSkipsTheTaskListIsToldApart) {
+    const auto window = openListed("a", "A");
+    setState(window, "_NET_WM_STATE_SKIP_TASKBAR");
+    EXPECT_TRUE(spinUntil([&] { return !find(window)->isInTaskList; }));
+}
+
+TEST_F(X11WindowSystemTest, WindowThatChangesItsClassIsAnnouncedAgain) {
+    const auto window = openListed("loader", "Loader");
+    ASSERT_TRUE(waitForEvent(WindowEvent::opened, window));
+    events.clear();
+    client.setBytes(window, "WM_CLASS", std::string_view("player\0Player\0", 14));
+    EXPECT_TRUE(waitForEvent(WindowEvent::opened, window));
+    EXPECT_EQ(find(window)->hints.className, "Player");
+}
+
+TEST_F(X11WindowSystemTest, BrokenPropertiesAreSurvived) {
+    const auto window = client.create("a", "A");
+    xcb_delete_property(client.get(), window, XCB_ATOM_WM_CLASS);
+    client.setBytes(window, "_NET_WM_PID", "not a number");
+    client.setBytes(window, "_NET_WM_WINDOW_TYPE", "x");
+    client.setNumbers(window, "_GTK_APPLICATION_ID", XCB_ATOM_CARDINAL, std::array{1U, 2U});
+    client.setBytes(window, "_KDE_NET_WM_DESKTOP_FILE", std::string(1 << 20, 'x'));
+    client.map(window);
+    waitUntilListed(window);
+    const auto hints = find(window)->hints;
+    EXPECT_EQ(hints.className, "");
+    EXPECT_EQ(hints.instanceName, "");
+    EXPECT_EQ(hints.applicationId, "");
+    EXPECT_EQ(hints.desktopFile.size(), 1024U) << "cut, not copied whole";
+
+    client.setBytes(window, "WM_CLASS", "no zero byte at all");
+    EXPECT_TRUE(spinUntil([&] { return find(window)->hints.instanceName == "no zero byte at all"; }));
+    client.setBytes(window, "WM_CLASS", std::string(1 << 20, 'y'));
+    EXPECT_TRUE(spinUntil([&] { return find(window)->hints.instanceName == std::string(1024, 'y'); }));
+    client.setBytes(window, "WM_CLASS", std::string_view("\0\0\0", 3));
+    EXPECT_TRUE(spinUntil([&] { return find(window)->hints.instanceName.empty(); }));
+}
+
+TEST_F(X11WindowSystemTest, RequestsAboutWindowsThatAreGoneAreHarmless) {
+    const auto window = openListed("a", "A");
+    client.destroy(window);
+    const std::array gone{WindowId{window}, WindowId{0}, WindowId{0xFFFFFFFF}};
+    system.hide(gone);
+    system.show(gone);
+    system.activate(gone);
+    const auto another = openListed("b", "B");
+    hide(another);
+    EXPECT_TRUE(connection->isAlive());
+}
+
+TEST_F(X11WindowSystemTest, FiveHundredWindowsOpenAtOnce) {
+    std::vector<xcb_window_t> opened;
+    for (int count = 0; count < 500; ++count) {
+        opened.push_back(client.create("many", "Many"));
+        xcb_map_window(client.get(), opened.back());
+    }
+    client.sync();
+    ASSERT_TRUE(spinUntil(
+        [&] {
+            return std::ranges::count(system.windows(), std::string("Many"),
+                                      [](const Window& window) { return window.hints.className; }) == 500;
+        },
+        std::chrono::seconds(20)));
+    std::vector<WindowId> ids(opened.begin(), opened.end());
+    system.hide(ids);
+    EXPECT_TRUE(spinUntil(
+        [&] {
+            return std::ranges::all_of(system.windows(), [](const Window& window) {
+                return window.hints.className != "Many" || window.isHidden;
+            });
+        },
+        std::chrono::seconds(20)));
+}
+
+} // namespace
