@@ -1,6 +1,8 @@
 #include "core/ReadinessChecklist.h"
 
+#include <cstddef>
 #include <optional>
+#include <utility>
 
 namespace CurtainCore {
 namespace {

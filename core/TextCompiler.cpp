@@ -235,7 +235,7 @@ bool writeTable(const std::filesystem::path& path, const std::vector<Language>& 
     file << "#include \"core/TextTable.h\"\n\nnamespace CurtainCore {\n\n"
             "constinit const std::array<LanguageTexts, languageCount> textTable{{\n";
     for (const auto& language : languages) {
-        file << "    {" << literal(language.code) << ", {{\n";
+        file << "    {{'" << language.code.at(0) << "', '" << language.code.at(1) << "'}, {{\n";
         for (const auto& entry : language.texts) {
             file << "        " << literal(entry.text) << ",\n";
         }

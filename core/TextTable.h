@@ -11,7 +11,7 @@ namespace CurtainCore {
 
 /// The texts of one language, in the order of the keys.
 struct LanguageTexts {
-    std::string_view code;
+    std::array<char, 2> code;
     std::array<std::string_view, locKeyCount> texts;
 };
 
