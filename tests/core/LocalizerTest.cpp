@@ -1,0 +1,240 @@
+#include "core/Localizer.h"
+
+#include "tests/support/EnglishTexts.h"
+
+#include <gmock/gmock.h>
+
+#include <future>
+#include <unordered_set>
+
+namespace {
+
+using namespace CurtainCore;
+using testing::HasSubstr;
+using testing::Not;
+using TestSupport::englishTexts;
+
+constexpr std::array<std::string_view, 8> codes{"en", "es", "zh", "hi", "ar", "pt", "fr", "ru"};
+
+std::string_view text(LocKey key, std::string_view lang) {
+    return Localizer().string(key, lang);
+}
+
+std::size_t count(std::string_view all, std::string_view part) {
+    std::size_t result = 0;
+    for (auto at = all.find(part); at != std::string_view::npos; at = all.find(part, at + part.size())) {
+        ++result;
+    }
+    return result;
+}
+
+TEST(LocKey, NamesComeInTheOrderOfTheTexts) {
+    const auto keys = allCases<LocKey>();
+    ASSERT_EQ(keys.size(), englishTexts.size());
+    for (std::size_t index = 0; index < keys.size(); ++index) {
+        EXPECT_EQ(static_cast<std::size_t>(keys[index]), index);
+        EXPECT_EQ(rawValue(keys[index]), englishTexts[index].key);
+        EXPECT_EQ(fromRawValue<LocKey>(englishTexts[index].key), keys[index]);
+    }
+}
+
+TEST(LocKey, RawValuesMatchExactly) {
+    for (const auto* const name : {"", " ", "ReadyForCall", "READYFORCALL", "readyforcall", " readyForCall",
+                                   "readyForCall ", "ready", "en"}) {
+        EXPECT_EQ(fromRawValue<LocKey>(name), std::nullopt) << name;
+    }
+    EXPECT_EQ(rawValue(static_cast<LocKey>(131)), "");
+    EXPECT_EQ(rawValue(static_cast<LocKey>(-1)), "");
+}
+
+TEST(LocKey, IsHashable) {
+    const auto keys = allCases<LocKey>();
+    EXPECT_EQ((std::unordered_set<LocKey>(keys.begin(), keys.end()).size()), 131U);
+}
+
+TEST(LocalizerResolve, ASupportedSystemLanguageIsUsed) {
+    for (const auto code : codes) {
+        EXPECT_EQ(Localizer::resolve(AppLanguage::system, code), code);
+    }
+}
+
+TEST(LocalizerResolve, AnythingElseFallsBackToEnglish) {
+    for (const auto* const system :
+         {"de", "", "system", "pt-BR", "pt_BR", "EN", "Fr", " fr", "fr ", "f", "fra", "xx"}) {
+        EXPECT_EQ(Localizer::resolve(AppLanguage::system, system), "en") << system;
+    }
+}
+
+TEST(LocalizerResolve, AChoiceWinsOverTheSystem) {
+    for (const auto language : allCases<AppLanguage>()) {
+        if (language == AppLanguage::system) {
+            continue;
+        }
+        for (const auto* const system : {"fr", "de", ""}) {
+            EXPECT_EQ(Localizer::resolve(language, system), rawValue(language));
+        }
+    }
+    EXPECT_EQ(Localizer::resolve(AppLanguage::ru, "fr"), "ru");
+}
+
+TEST(LocalizerResolve, AChoiceThatIsNoneOfTheCasesIsEnglish) {
+    EXPECT_EQ(Localizer::resolve(static_cast<AppLanguage>(9), "fr"), "en");
+    EXPECT_EQ(Localizer::resolve(static_cast<AppLanguage>(-1), "fr"), "en");
+}
+
+TEST(LocalizerResolve, TheCodeOutlivesTheArgument) {
+    std::string_view code;
+    {
+        const std::string system = "fr";
+        code = Localizer::resolve(AppLanguage::system, system);
+    }
+    EXPECT_EQ(code, "fr");
+}
+
+TEST(Localizer, EnglishIsTheAgreedVocabulary) {
+    for (const auto& [key, english] : englishTexts) {
+        EXPECT_EQ(text(fromRawValue<LocKey>(key).value(), "en"), english);
+    }
+}
+
+TEST(Localizer, TellingTextsOfTheOtherLanguages) {
+    EXPECT_EQ(text(LocKey::readyForCall, "es"), "¿Listo para tu llamada?");
+    EXPECT_EQ(text(LocKey::readyForCall, "zh"), "准备好通话了吗？");
+    EXPECT_EQ(text(LocKey::readyForCall, "fr"), "Prêt pour votre appel ?");
+    EXPECT_EQ(text(LocKey::readyForCall, "ru"), "Готовы к звонку?");
+    EXPECT_EQ(text(LocKey::fixEverything, "es"), "Arreglar todo");
+    EXPECT_EQ(text(LocKey::fixEverything, "zh"), "一键修复");
+    EXPECT_EQ(text(LocKey::fixEverything, "fr"), "Tout corriger");
+    EXPECT_EQ(text(LocKey::fixEverything, "ru"), "Исправить всё");
+    EXPECT_EQ(text(LocKey::embarrassmentScore, "es"), "Nivel de riesgo");
+    EXPECT_EQ(text(LocKey::embarrassmentScore, "zh"), "尴尬指数");
+    EXPECT_EQ(text(LocKey::embarrassmentScore, "fr"), "Niveau de risque");
+    EXPECT_EQ(text(LocKey::embarrassmentScore, "ru"), "Уровень риска");
+    EXPECT_EQ(text(LocKey::embarrassmentScore, "pt"), "Nível de risco");
+    EXPECT_EQ(text(LocKey::cancel, "es"), "Volver");
+    EXPECT_EQ(text(LocKey::cancel, "zh"), "返回");
+    EXPECT_EQ(text(LocKey::cancel, "fr"), "Retour");
+    EXPECT_EQ(text(LocKey::cancel, "ru"), "Назад");
+}
+
+TEST(Localizer, AnUnknownLanguageReadsEnglish) {
+    for (const auto* const lang : {"xx", "", "system", "EN", "Fr", "fr-CA", "e", "eng"}) {
+        for (const auto key : allCases<LocKey>()) {
+            EXPECT_EQ(text(key, lang), text(key, "en")) << lang;
+        }
+    }
+    EXPECT_EQ(text(LocKey::readyForCall, "xx"), "Ready for your call?");
+}
+
+TEST(Localizer, AKeyThatIsNoneOfTheCasesReadsItsRawValueWhichIsEmpty) {
+    for (const auto key : {131, 4000, -1}) {
+        EXPECT_EQ(text(static_cast<LocKey>(key), "en"), "");
+        EXPECT_EQ(text(static_cast<LocKey>(key), "xx"), "");
+    }
+}
+
+TEST(Localizer, EveryLanguageHasATextForEveryKey) {
+    for (const auto code : codes) {
+        for (const auto key : allCases<LocKey>()) {
+            EXPECT_NE(text(key, code), "") << code << ' ' << rawValue(key);
+            EXPECT_NE(text(key, code), rawValue(key)) << code;
+        }
+    }
+}
+
+TEST(Localizer, PlaceholdersAreThoseOfEnglish) {
+    for (const auto code : codes) {
+        for (const auto key : allCases<LocKey>()) {
+            EXPECT_EQ(count(text(key, code), "%@"), key == LocKey::wizSummaryDesktop ? 1U : 0U)
+                << code << ' ' << rawValue(key);
+            EXPECT_EQ(count(text(key, code), "%"), count(text(key, code), "%@"))
+                << code << ' ' << rawValue(key);
+        }
+    }
+}
+
+TEST(Localizer, ThreadsMayLookUpSideBySide) {
+    const auto totalLength = [] {
+        std::size_t length = 0;
+        for (const auto code : codes) {
+            for (const auto key : allCases<LocKey>()) {
+                length += text(key, code).size();
+            }
+        }
+        return length;
+    };
+    auto first = std::async(std::launch::async, totalLength);
+    auto second = std::async(std::launch::async, totalLength);
+    EXPECT_EQ(first.get(), second.get());
+}
+
+/// What the typography of one language asks for or forbids.
+struct Typography {
+    std::string_view code;
+    std::vector<std::string_view> forbidden;
+};
+
+class LocalizerTypography : public testing::TestWithParam<Typography> {};
+
+TEST_P(LocalizerTypography, KeepsToItsMarks) {
+    const auto& [code, forbidden] = GetParam();
+    for (const auto key : allCases<LocKey>()) {
+        for (const auto mark : forbidden) {
+            EXPECT_THAT(std::string(text(key, code)), Not(HasSubstr(std::string(mark)))) << rawValue(key);
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Languages, LocalizerTypography,
+    testing::Values(Typography{"en", {"...", "’", "“", "”"}}, Typography{"es", {"...", "'", "\""}},
+                    Typography{"zh", {"...", ",", "?", "!", ";", ": ", "(", ")", "\"", "'"}},
+                    Typography{"hi", {"...", ". ", "\"", "'"}},
+                    Typography{"ar", {"...", ",", "?", ";", "\"", "'"}}, Typography{"pt", {"...", "'", "\""}},
+                    Typography{"fr", {"...", "'", "\"", " !", " :", " ;"}},
+                    Typography{"ru", {"...", "'", "\""}}));
+
+TEST(LocalizerTypography, SpanishQuestionsOpenAndClose) {
+    for (const auto key : allCases<LocKey>()) {
+        const auto spanish = text(key, "es");
+        EXPECT_EQ(count(spanish, "¿"), count(spanish, "?")) << rawValue(key);
+        EXPECT_EQ(count(spanish, "¡"), count(spanish, "!")) << rawValue(key);
+    }
+}
+
+TEST(LocalizerTypography, FrenchMarksFollowASpaceThatDoesNotBreak) {
+    for (const auto key : allCases<LocKey>()) {
+        const auto french = text(key, "fr");
+        for (const auto mark : {"?", "!", ":", ";"}) {
+            // The agreed text of this key has a plain space.
+            const auto* const space = key == LocKey::readyForCall ? " " : "\u00A0";
+            EXPECT_EQ(count(french, mark), count(french, std::string(space) + mark)) << rawValue(key);
+        }
+    }
+}
+
+TEST(LocalizerTypography, EllipsesStandWhereEnglishHasThem) {
+    for (const auto code : codes) {
+        for (const auto key : allCases<LocKey>()) {
+            EXPECT_EQ(text(key, code).ends_with("…"), text(key, "en").ends_with("…"))
+                << code << ' ' << rawValue(key);
+        }
+    }
+}
+
+TEST(LocalizerTypography, SentencesAreSentencesInEveryLanguage) {
+    const auto stopOf = [](std::string_view code) -> std::string_view {
+        if (code == "zh") {
+            return "。";
+        }
+        return code == "hi" ? "।" : ".";
+    };
+    for (const auto code : codes) {
+        for (const auto key : allCases<LocKey>()) {
+            EXPECT_EQ(text(key, code).ends_with(stopOf(code)), text(key, "en").ends_with('.'))
+                << code << ' ' << rawValue(key) << ' ' << text(key, code);
+        }
+    }
+}
+
+} // namespace
