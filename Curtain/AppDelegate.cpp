@@ -1,5 +1,6 @@
 #include "Curtain/AppDelegate.h"
 
+#include <cstdint>
 #include <utility>
 
 namespace Curtain {
@@ -8,6 +9,8 @@ namespace {
 /// An app that returns is given this long to finish coming to the front before it is hidden again.
 constexpr Platform::MainQueue::Seconds rehideDelay{0.2};
 constexpr double statusImageSize = 18;
+constexpr std::uint64_t statusItemEvents =
+    1U << Platform::EventType::leftMouseUp | 1U << Platform::EventType::rightMouseUp;
 
 } // namespace
 
@@ -23,11 +26,35 @@ AppDelegate::AppDelegate(Platform::Platform& platform)
 void AppDelegate::applicationDidFinishLaunching() {
     platform_.application->setActivationPolicy(Platform::ActivationPolicy::accessory);
     statusItem_ = platform_.statusBar->makeStatusItem();
+    statusItem_->setAction(statusItemEvents, [this](const auto& event) { statusItemClicked(event); });
     updateIcon();
     workspaceObserver_.onAppAppeared = [this](const std::string& bundleID) { appAppeared(bundleID); };
     workspaceObserver_.start();
     hotkeys_.onToggle = [this] { toggleModeFromHotkey(); };
     hotkeys_.start();
+}
+
+void AppDelegate::statusItemClicked(const std::optional<Platform::Event>& event) {
+    const bool isForMenu = event && (event->type == Platform::EventType::rightMouseUp ||
+                                     (event->modifierFlags & Platform::EventModifier::control) != 0);
+    if (isForMenu) {
+        showStatusMenu();
+    }
+}
+
+void AppDelegate::showStatusMenu() {
+    using CurtainCore::LocKey;
+    const auto lang = currentLang();
+    const auto text = [&](LocKey key) { return std::string(localizer_.string(key, lang)); };
+    const Platform::MenuItem separator;
+    // What opens a window comes alive with that window.
+    statusItem_->popUpMenu({{{"Curtain " + platform_.resources->shortVersion().value_or("?"), nullptr},
+                             separator,
+                             {text(LocKey::open), nullptr},
+                             {text(LocKey::settings), nullptr},
+                             separator,
+                             {text(LocKey::quit), [this] { platform_.application->terminate(); }}},
+                            lang == "ar"});
 }
 
 void AppDelegate::toggleModeFromHotkey() {
@@ -42,6 +69,11 @@ void AppDelegate::toggleModeFromHotkey() {
 void AppDelegate::appAppeared(const std::string& bundleID) {
     platform_.mainQueue->asyncAfter(rehideDelay,
                                     lifetime_.weak([this, bundleID] { engine_.reapply(bundleID); }));
+}
+
+std::string AppDelegate::currentLang() const {
+    const auto system = platform_.locale->preferredLanguageCode();
+    return std::string(CurtainCore::Localizer::resolve(store_.load().language, system));
 }
 
 void AppDelegate::updateIcon() {

@@ -4,6 +4,7 @@
 #include "Curtain/SystemAppHiding.h"
 #include "Curtain/WorkspaceObserver.h"
 #include "core/HideEngine.h"
+#include "core/Localizer.h"
 #include "core/PreferencesStore.h"
 #include "hotkeys/KeyboardShortcuts.h"
 #include "platform/Lifetime.h"
@@ -27,8 +28,11 @@ public:
     void applicationDidFinishLaunching();
 
 private:
+    void statusItemClicked(const std::optional<Platform::Event>& event);
+    void showStatusMenu();
     void toggleModeFromHotkey();
     void appAppeared(const std::string& bundleID);
+    std::string currentLang() const;
     void updateIcon();
     std::optional<Platform::Image> statusImage(const std::string& name) const;
     Platform::Image symbolImage(const std::string& name) const;
@@ -42,6 +46,7 @@ private:
     CurtainCore::PreferencesStore store_;
     KeyboardShortcuts::KeyboardShortcuts shortcuts_;
     HotkeyManager hotkeys_;
+    CurtainCore::Localizer localizer_;
     Platform::Lifetime lifetime_;
 };
 

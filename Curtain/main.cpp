@@ -16,6 +16,7 @@ int main(int argumentCount, char** arguments) {
     QApplication application(argumentCount, arguments);
     QApplication::setApplicationName(QStringLiteral("curtain"));
     QApplication::setApplicationDisplayName(QStringLiteral("Curtain"));
+    QApplication::setApplicationVersion(QStringLiteral(CURTAIN_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("com.curtain.Curtain"));
 
     auto platform = LinuxPlatform::makeLinuxPlatform();

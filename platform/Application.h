@@ -10,6 +10,8 @@ public:
     virtual ~Application() = default;
 
     virtual void setActivationPolicy(ActivationPolicy policy) = 0;
+    /// Ends the program once the current event has been dealt with.
+    virtual void terminate() = 0;
 };
 
 } // namespace Platform

@@ -39,6 +39,8 @@ public:
     /// The path of a resource; the file behind it may be of another format than `extension` says.
     virtual std::optional<std::string> pathForResource(const std::string& name,
                                                        const std::string& extension) = 0;
+    /// The program's version, as people write it.
+    virtual std::optional<std::string> shortVersion() = 0;
     /// The path of the drawing for a symbol's name.
     virtual std::optional<std::string> pathForSystemSymbol(const std::string& name) = 0;
 };

@@ -5,6 +5,7 @@
 #include "platform/Bundle.h"
 #include "platform/FileManager.h"
 #include "platform/HotKeyService.h"
+#include "platform/Locale.h"
 #include "platform/Log.h"
 #include "platform/MainQueue.h"
 #include "platform/StatusItem.h"
@@ -21,6 +22,7 @@ struct Platform {
     /// What the ports that follow share among themselves.
     std::shared_ptr<void> foundation;
     std::unique_ptr<CurtainCore::UserDefaults> userDefaults;
+    std::unique_ptr<Locale> locale;
     std::unique_ptr<Resources> resources;
     std::unique_ptr<FileManager> fileManager;
     std::unique_ptr<Bundles> bundles;

@@ -1,17 +1,29 @@
 #pragma once
 
+#include "platform/Event.h"
 #include "platform/Image.h"
+#include "platform/Menu.h"
 
+#include <cstdint>
+#include <functional>
 #include <memory>
+#include <optional>
 
 namespace Platform {
 
-/// The program's place in the panel. Its destruction removes it.
+/// The program's place in the panel. Its destruction removes it. Main thread only.
 class StatusItem {
 public:
+    /// Receives the event that led to the action, if there was one.
+    using Action = std::function<void(const std::optional<Event>&)>;
+
     virtual ~StatusItem() = default;
 
     virtual void setImage(const Image& image) = 0;
+    /// `action` is called for those events whose type's bit is set in `eventMask`.
+    virtual void setAction(std::uint64_t eventMask, Action action) = 0;
+    /// Opens a menu at the item. It closes by itself; a second one takes the place of the first.
+    virtual void popUpMenu(const Menu& menu) = 0;
 };
 
 class StatusBar {

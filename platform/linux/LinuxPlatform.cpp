@@ -8,6 +8,7 @@
 #include "platform/linux/defaults/FileUserDefaults.h"
 #include "platform/linux/hotkeys/NoHotKeyService.h"
 #include "platform/linux/hotkeys/X11HotKeyService.h"
+#include "platform/linux/locale/EnvironmentLocale.h"
 #include "platform/linux/windows/LinuxWorkspace.h"
 #include "platform/linux/windows/NoWindowSystem.h"
 #include "platform/linux/windows/X11WindowSystem.h"
@@ -57,6 +58,7 @@ Platform::Platform makeLinuxPlatform() {
     }
     platform.userDefaults = std::make_unique<FileUserDefaults>(
         std::filesystem::path(g_get_user_config_dir()) / "curtain", *platform.log);
+    platform.locale = std::make_unique<EnvironmentLocale>();
     platform.resources = std::make_unique<QtPlatform::QtResources>();
     platform.fileManager = std::make_unique<PosixFileManager>();
     platform.bundles = std::make_unique<DesktopEntryBundles>(session->entries);

@@ -9,4 +9,8 @@ void QtApplication::setActivationPolicy(Platform::ActivationPolicy policy) {
     QGuiApplication::setQuitOnLastWindowClosed(policy == Platform::ActivationPolicy::regular);
 }
 
+void QtApplication::terminate() {
+    QGuiApplication::quit();
+}
+
 } // namespace QtPlatform

@@ -8,6 +8,7 @@ namespace QtPlatform {
 class QtApplication : public Platform::Application {
 public:
     void setActivationPolicy(Platform::ActivationPolicy policy) override;
+    void terminate() override;
 };
 
 } // namespace QtPlatform

@@ -1,5 +1,6 @@
 #include "platform/qt/QtResources.h"
 
+#include <QCoreApplication>
 #include <QFile>
 
 namespace QtPlatform {
@@ -15,6 +16,11 @@ std::optional<std::string> QtResources::pathForResource(const std::string& name,
                                                         const std::string& extension) {
     // Qt draws no PDF.
     return pathIfThere(":/curtain/" + name + "." + (extension == "pdf" ? "svg" : extension));
+}
+
+std::optional<std::string> QtResources::shortVersion() {
+    const auto version = QCoreApplication::applicationVersion();
+    return version.isEmpty() ? std::nullopt : std::optional(version.toStdString());
 }
 
 std::optional<std::string> QtResources::pathForSystemSymbol(const std::string& name) {

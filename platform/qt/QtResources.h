@@ -9,6 +9,7 @@ class QtResources : public Platform::Resources {
 public:
     std::optional<std::string> pathForResource(const std::string& name,
                                                const std::string& extension) override;
+    std::optional<std::string> shortVersion() override;
     std::optional<std::string> pathForSystemSymbol(const std::string& name) override;
 };
 

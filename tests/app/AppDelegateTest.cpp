@@ -166,6 +166,100 @@ TEST_F(AppDelegateTest, MissingImagesGiveWayToSymbols) {
                             Platform::Image{"/symbols/eye.slash", 0, 0, true, "Curtain"}));
 }
 
+constexpr Platform::Event leftClick{2, 0};
+constexpr Platform::Event rightClick{4, 0};
+
+struct StatusMenuTest : AppDelegateTest {
+    std::vector<std::string> titles() {
+        std::vector<std::string> result;
+        for (const auto& item : fakes.statusBar.menus.at(0).items) {
+            result.push_back(item.title);
+        }
+        return result;
+    }
+
+    void choose(CurtainCore::AppLanguage language) {
+        CurtainCore::Preferences preferences;
+        preferences.language = language;
+        fakes.userDefaults.values["curtain.preferences.v1"] = encodePreferences(preferences).value();
+    }
+};
+
+TEST_F(StatusMenuTest, OpensOnARightClickOrWithTheControlKey) {
+    launch();
+    for (const auto& event :
+         {rightClick, Platform::Event{2, 0x40000}, Platform::Event{2, 0x40000 + 0x20000}}) {
+        fakes.statusBar.click(event);
+        EXPECT_EQ(fakes.statusBar.menus.size(), 1U);
+        fakes.statusBar.menus.clear();
+    }
+}
+
+TEST_F(StatusMenuTest, DoesNotOpenOnOtherClicks) {
+    launch();
+    fakes.statusBar.click(leftClick);
+    fakes.statusBar.click(Platform::Event{2, 0x20000});
+    fakes.statusBar.click(std::nullopt);
+    fakes.statusBar.click(Platform::Event{1, 0x40000});
+    EXPECT_THAT(fakes.statusBar.menus, IsEmpty());
+}
+
+TEST_F(StatusMenuTest, HasTitleOpenSettingsAndQuit) {
+    launch();
+    fakes.statusBar.click(rightClick);
+    EXPECT_THAT(titles(), ElementsAre("Curtain 1.2.3", "", "Open", "Settings", "", "Quit"));
+    const auto& items = fakes.statusBar.menus.at(0).items;
+    EXPECT_TRUE(items[1].isSeparator() && items[4].isSeparator());
+    for (const std::size_t disabled : {0U, 2U, 3U}) {
+        EXPECT_FALSE(items[disabled].action) << items[disabled].title;
+    }
+}
+
+TEST_F(StatusMenuTest, UnknownVersionIsAQuestionMark) {
+    fakes.resources.version.reset();
+    launch();
+    fakes.statusBar.click(rightClick);
+    EXPECT_EQ(titles().at(0), "Curtain ?");
+}
+
+TEST_F(StatusMenuTest, QuitEndsTheProgramAndRestoresNothing) {
+    makePrivate({"a"});
+    fakes.workspace.run("a");
+    launch();
+    pressShortcut();
+    takeCalls();
+    fakes.statusBar.click(rightClick);
+    fakes.statusBar.menus.at(0).items.back().action();
+    EXPECT_TRUE(fakes.application.isTerminated);
+    delegate.reset();
+    EXPECT_THAT(takeCalls(), IsEmpty());
+}
+
+TEST_F(StatusMenuTest, SpeaksTheLanguageOfTheSystem) {
+    fakes.locale.language = "fr";
+    launch();
+    fakes.statusBar.click(rightClick);
+    EXPECT_EQ(titles().at(5), "Quitter");
+    EXPECT_FALSE(fakes.statusBar.menus.at(0).isRightToLeft);
+}
+
+TEST_F(StatusMenuTest, SpeaksEnglishForALanguageWithoutTexts) {
+    fakes.locale.language = "de";
+    launch();
+    fakes.statusBar.click(rightClick);
+    EXPECT_EQ(titles().at(5), "Quit");
+}
+
+TEST_F(StatusMenuTest, SpeaksTheChosenLanguageAtOnce) {
+    fakes.locale.language = "fr";
+    launch();
+    choose(CurtainCore::AppLanguage::ar);
+    fakes.statusBar.click(rightClick);
+    const CurtainCore::Localizer localizer;
+    EXPECT_EQ(titles().at(5), localizer.string(CurtainCore::LocKey::quit, "ar"));
+    EXPECT_TRUE(fakes.statusBar.menus.at(0).isRightToLeft);
+}
+
 TEST_F(AppDelegateTest, TakenShortcutIsSaidAndTheProgramLivesOn) {
     fakes.hotKeyService.status = Platform::hotKeyExists;
     launch();

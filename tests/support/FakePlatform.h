@@ -8,6 +8,7 @@
 #include "tests/support/MemoryUserDefaults.h"
 #include "tests/support/RecordingLog.h"
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <set>
@@ -22,26 +23,39 @@ public:
     explicit FakeApplication(std::vector<std::string>& events) : events_(events) {}
 
     std::optional<Platform::ActivationPolicy> policy;
+    bool isTerminated = false;
 
     void setActivationPolicy(Platform::ActivationPolicy newPolicy) override {
         policy = newPolicy;
         events_.emplace_back("activation policy");
     }
 
+    void terminate() override { isTerminated = true; }
+
 private:
     std::vector<std::string>& events_;
+};
+
+class FakeLocale : public Platform::Locale {
+public:
+    std::string language = "en";
+
+    std::string preferredLanguageCode() override { return language; }
 };
 
 class FakeResources : public Platform::Resources {
 public:
     std::set<std::string> files{"open.pdf", "close.pdf"};
     std::set<std::string> symbols{"eye", "eye.slash"};
+    std::optional<std::string> version = "1.2.3";
 
     std::optional<std::string> pathForResource(const std::string& name,
                                                const std::string& extension) override {
         const auto file = name + "." + extension;
         return files.contains(file) ? std::optional("/resources/" + file) : std::nullopt;
     }
+
+    std::optional<std::string> shortVersion() override { return version; }
 
     std::optional<std::string> pathForSystemSymbol(const std::string& name) override {
         return symbols.contains(name) ? std::optional("/symbols/" + name) : std::nullopt;
@@ -53,7 +67,15 @@ public:
     explicit FakeStatusBar(std::vector<std::string>& events) : events_(events) {}
 
     std::vector<Platform::Image> images;
+    std::vector<Platform::Menu> menus;
     int items = 0;
+
+    /// Does to the item what its user did; only what the item asked for arrives.
+    void click(const std::optional<Platform::Event>& event) {
+        if (!event || (eventMask_ >> event->type & 1U) != 0) {
+            action_(event);
+        }
+    }
 
     std::unique_ptr<Platform::StatusItem> makeStatusItem() override {
         events_.emplace_back("status item");
@@ -73,11 +95,20 @@ private:
             bar_.events_.emplace_back("status image");
         }
 
+        void setAction(std::uint64_t eventMask, Action action) override {
+            bar_.eventMask_ = eventMask;
+            bar_.action_ = std::move(action);
+        }
+
+        void popUpMenu(const Platform::Menu& menu) override { bar_.menus.push_back(menu); }
+
     private:
         FakeStatusBar& bar_;
     };
 
     std::vector<std::string>& events_;
+    std::uint64_t eventMask_ = 0;
+    Platform::StatusItem::Action action_;
 };
 
 /// A platform of fakes, handed over as a whole; the references stay good for as long as `platform` lives.
@@ -88,6 +119,7 @@ struct FakePlatform {
     RecordingLog& log = add<RecordingLog>(platform.log);
     HandDrivenQueue& mainQueue = add<HandDrivenQueue>(platform.mainQueue);
     MemoryUserDefaults& userDefaults = add<MemoryUserDefaults>(platform.userDefaults);
+    FakeLocale& locale = add<FakeLocale>(platform.locale);
     FakeResources& resources = add<FakeResources>(platform.resources);
     FakeInstallation& fileManager = add<FakeInstallation>(platform.fileManager);
     FakeInstallation& bundles = add<FakeInstallation>(platform.bundles);

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdint>
+
+namespace Platform {
+
+/// Kinds of input events; a mask of them has the bit with that number set.
+namespace EventType {
+inline constexpr std::uint64_t leftMouseUp = 2;
+inline constexpr std::uint64_t rightMouseUp = 4;
+} // namespace EventType
+
+/// Bits of `Event::modifierFlags`.
+namespace EventModifier {
+inline constexpr std::uint64_t control = 0x40000;
+} // namespace EventModifier
+
+/// What the user did.
+struct Event {
+    std::uint64_t type = 0;
+    std::uint64_t modifierFlags = 0;
+};
+
+} // namespace Platform

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace Platform {
+
+struct MenuItem {
+    /// Empty for a separator.
+    std::string title;
+    /// Called on the main thread when the item is chosen; an item without one is shown disabled.
+    std::function<void()> action;
+
+    bool isSeparator() const { return title.empty(); }
+};
+
+struct Menu {
+    std::vector<MenuItem> items;
+    bool isRightToLeft = false;
+};
+
+} // namespace Platform
