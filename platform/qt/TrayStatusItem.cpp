@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QCursor>
 #include <QPalette>
+#include <QScreen>
 
 #include <utility>
 
@@ -55,7 +56,18 @@ void TrayStatusItem::popUpMenu(const Platform::Menu& menu) {
             QObject::connect(action, &QAction::triggered, action, item.action);
         }
     }
-    menu_->popup(QCursor::pos());
+    menu_->popup(menuPosition(menu_->sizeHint()));
+}
+
+QPoint TrayStatusItem::menuPosition(QSize size) const {
+    const auto icon = tray_.geometry();
+    const auto* const screen = QGuiApplication::screenAt(icon.center());
+    // Some trays do not say where the icon is.
+    if (!icon.isValid() || screen == nullptr) {
+        return QCursor::pos();
+    }
+    const bool isPanelAbove = icon.center().y() < screen->geometry().center().y();
+    return {icon.left(), isPanelAbove ? icon.bottom() + 1 : icon.top() - size.height()};
 }
 
 void TrayStatusItem::activated(QSystemTrayIcon::ActivationReason reason) {

@@ -20,6 +20,7 @@ public:
     void popUpMenu(const Platform::Menu& menu) override;
 
 private:
+    QPoint menuPosition(QSize size) const;
     void activated(QSystemTrayIcon::ActivationReason reason);
 
     QSystemTrayIcon tray_;
