@@ -120,8 +120,8 @@ void AppInstances::regroupIfChanged() {
         owners_.emplace(window.id, key);
     }
 
-    std::ranges::stable_partition(instances_,
-                                  [](const auto& instance) { return !instance.visibleWindows.empty(); });
+    std::stable_partition(instances_.begin(), instances_.end(),
+                          [](const auto& instance) { return !instance.visibleWindows.empty(); });
     for (std::size_t index = 0; index < instances_.size(); ++index) {
         const auto& key = instances_[index].key;
         positions_[key] = index;

@@ -8,6 +8,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <tuple>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -19,7 +20,9 @@ struct AppInstanceKey {
     std::string bundleIdentifier;
     std::uint64_t process = 0;
 
-    auto operator<=>(const AppInstanceKey&) const = default;
+    bool operator<(const AppInstanceKey& other) const {
+        return std::tie(bundleIdentifier, process) < std::tie(other.bundleIdentifier, other.process);
+    }
 };
 
 struct AppInstance {

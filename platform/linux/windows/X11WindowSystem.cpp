@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <ranges>
+#include <utility>
 
 #include <unistd.h>
 
@@ -82,12 +82,13 @@ void X11WindowSystem::activate(std::span<const WindowId> windows) {
                (!desktop || !window->desktop || window->desktop == desktop ||
                 window->desktop == onAllDesktops);
     };
-    for (const auto window : std::vector(model_.stackingOrder()) | std::views::reverse) {
-        if (std::ranges::find(windows, WindowId{window}) != windows.end() && isHere(window)) {
-            connection_.sendToWindowManager(window, model_.atom(X11WindowModel::netActiveWindow),
-                                            std::array{sourcePager, std::uint32_t{XCB_CURRENT_TIME}});
-            break;
-        }
+    const auto stackingOrder = model_.stackingOrder();
+    const auto topmost = std::find_if(stackingOrder.rbegin(), stackingOrder.rend(), [&](xcb_window_t window) {
+        return std::ranges::find(windows, WindowId{window}) != windows.end() && isHere(window);
+    });
+    if (topmost != stackingOrder.rend()) {
+        connection_.sendToWindowManager(*topmost, model_.atom(X11WindowModel::netActiveWindow),
+                                        std::array{sourcePager, std::uint32_t{XCB_CURRENT_TIME}});
     }
     connection_.flush();
 }
