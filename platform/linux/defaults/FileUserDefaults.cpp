@@ -1,5 +1,7 @@
 #include "platform/linux/defaults/FileUserDefaults.h"
 
+#include "core/Utf8.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
@@ -139,28 +141,6 @@ std::error_code makeFolder(const fs::path& folder) {
     return error;
 }
 
-bool isUtf8(std::string_view text) {
-    std::size_t index = 0;
-    while (index < text.size()) {
-        const auto lead = static_cast<unsigned char>(text[index]);
-        const std::size_t length = lead < 0x80          ? 1
-                                   : (lead >> 5U) == 6  ? 2
-                                   : (lead >> 4U) == 14 ? 3
-                                   : (lead >> 3U) == 30 ? 4
-                                                        : 0;
-        if (length == 0 || index + length > text.size()) {
-            return false;
-        }
-        for (std::size_t next = 1; next < length; ++next) {
-            if ((static_cast<unsigned char>(text[index + next]) >> 6U) != 2) {
-                return false;
-            }
-        }
-        index += length;
-    }
-    return true;
-}
-
 } // namespace
 
 FileUserDefaults::FileUserDefaults(fs::path folder, Platform::Log& log)
@@ -186,7 +166,7 @@ std::optional<std::string> FileUserDefaults::data(std::string_view key) const {
 
 std::optional<std::string> FileUserDefaults::string(std::string_view key) const {
     auto bytes = data(key);
-    return bytes && isUtf8(*bytes) ? std::move(bytes) : std::nullopt;
+    return bytes && CurtainCore::isUtf8(*bytes) ? std::move(bytes) : std::nullopt;
 }
 
 void FileUserDefaults::setData(std::string_view key, const std::string& bytes) {
