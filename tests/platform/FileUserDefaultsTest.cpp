@@ -226,6 +226,14 @@ TEST_F(FileUserDefaultsTest, AFolderInThePlaceOfAValueLosesNothing) {
     EXPECT_THAT(names(), ElementsAre("key"));
 }
 
+TEST_F(FileUserDefaultsTest, AValueThatCannotBeSavedKeepsNoOtherFromBeingSaved) {
+    put("key/inside", "something");
+    defaults.setString("key", "new");
+    defaults.setString("other", "value");
+    EXPECT_EQ(stored("other"), "value");
+    EXPECT_THAT(log.lines, SizeIs(1));
+}
+
 TEST_F(FileUserDefaultsTest, WhatCannotBeSavedLastsAndIsSavedLater) {
     writeFile(folder, "a file in the way");
     defaults.setString("key", "value");

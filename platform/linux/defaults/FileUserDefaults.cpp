@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <charconv>
 #include <csignal>
+#include <iterator>
 #include <system_error>
 #include <utility>
 
@@ -128,6 +129,10 @@ std::error_code replaceFile(const fs::path& path, const std::string& bytes) {
     return syncFolder(folder);
 }
 
+std::error_code removeFile(const fs::path& path) {
+    return ::unlink(path.c_str()) == 0 || errno == ENOENT ? std::error_code{} : lastError();
+}
+
 std::error_code makeFolder(const fs::path& folder) {
     std::error_code error;
     if (fs::is_directory(folder, error)) {
@@ -223,14 +228,11 @@ void FileUserDefaults::change(std::string_view key, std::optional<std::string> v
 
 void FileUserDefaults::writeUnsaved() {
     auto error = makeFolder(folder_);
-    for (auto entry = unsaved_.begin(); !error && entry != unsaved_.end();) {
+    for (auto entry = unsaved_.begin(); entry != unsaved_.end();) {
         const auto path = folder_ / entry->first;
-        if (entry->second) {
-            error = replaceFile(path, *entry->second);
-        } else if (::unlink(path.c_str()) != 0 && errno != ENOENT) {
-            error = lastError();
-        }
-        entry = error ? entry : unsaved_.erase(entry);
+        const auto failure = entry->second ? replaceFile(path, *entry->second) : removeFile(path);
+        error = error ? error : failure;
+        entry = failure ? std::next(entry) : unsaved_.erase(entry);
     }
     if (error && !hasReportedFailure_) {
         hasReportedFailure_ = true;
