@@ -104,6 +104,15 @@ TEST_F(FileUserDefaultsTest, FolderAndFilesAreForTheirUserAlone) {
     EXPECT_THAT(log.lines, IsEmpty());
 }
 
+TEST_F(FileUserDefaultsTest, FoldersOnTheWayAreForTheirUserAlone) {
+    const auto formerMask = umask(0);
+    FileUserDefaults(parent.path() / "home/config/curtain/", log).setString("key", "value");
+    umask(formerMask);
+    EXPECT_EQ(modeOf(parent.path() / "home"), 0700U);
+    EXPECT_EQ(modeOf(parent.path() / "home/config"), 0700U);
+    EXPECT_EQ(readFile(parent.path() / "home/config/curtain/key"), "value");
+}
+
 TEST_F(FileUserDefaultsTest, AFileThatOthersCouldReadIsClosedToThemWithTheNextWrite) {
     put("key", "value");
     fs::permissions(folder / "key", fs::perms(0644));

@@ -135,11 +135,10 @@ std::error_code removeFile(const fs::path& path) {
 
 std::error_code makeFolder(const fs::path& folder) {
     std::error_code error;
-    if (fs::is_directory(folder, error)) {
+    if (folder.empty() || fs::is_directory(folder, error)) {
         return {};
     }
-    error.clear();
-    fs::create_directories(folder.parent_path(), error);
+    error = makeFolder(folder.parent_path());
     if (!error && ::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) {
         error = lastError();
     }
