@@ -294,6 +294,20 @@ TEST_F(FileUserDefaultsTest, AFolderThatMayNotBeWrittenLosesNothing) {
     });
 }
 
+TEST_F(FileUserDefaultsTest, AFolderThatCannotBeListedStillSaves) {
+    put("key", "old");
+    put("removed", "old");
+    runAsOrdinaryUser(parent.path(), [&] {
+        fs::permissions(folder, fs::perms(0300));
+        defaults.setString("key", "new");
+        defaults.remove("removed");
+        EXPECT_EQ(stored("key"), "new");
+        EXPECT_FALSE(fs::exists(folder / "removed"));
+        EXPECT_THAT(log.lines, IsEmpty());
+        fs::permissions(folder, fs::perms(0700));
+    });
+}
+
 TEST_F(FileUserDefaultsTest, AFullDiskKeepsTheOldValueAndNoRemains) {
     const std::string large(100'000, 'x');
     put("key", "old");

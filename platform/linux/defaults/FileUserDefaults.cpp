@@ -79,9 +79,13 @@ std::error_code writeAll(int descriptor, const std::string& bytes) {
     return {};
 }
 
+/// Makes the names in a folder last.
 std::error_code syncFolder(const fs::path& folder) {
     const Descriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    return descriptor.isOpen() && ::fsync(descriptor.get()) == 0 ? std::error_code{} : lastError();
+    // One that may not be listed cannot be opened, and not every file system can do it. The names are right
+    // all the same.
+    const bool isDone = !descriptor.isOpen() || ::fsync(descriptor.get()) == 0 || errno == EINVAL;
+    return isDone ? std::error_code{} : lastError();
 }
 
 /// What a process that was killed while it replaced the file may have left beside it.
@@ -130,7 +134,10 @@ std::error_code replaceFile(const fs::path& path, const std::string& bytes) {
 }
 
 std::error_code removeFile(const fs::path& path) {
-    return ::unlink(path.c_str()) == 0 || errno == ENOENT ? std::error_code{} : lastError();
+    if (::unlink(path.c_str()) == 0) {
+        return syncFolder(path.parent_path());
+    }
+    return errno == ENOENT ? std::error_code{} : lastError();
 }
 
 std::error_code makeFolder(const fs::path& folder) {
