@@ -433,11 +433,26 @@ TEST_F(FileUserDefaultsTest, OnlyRemainsOfEndedWritersAreRemoved) {
     put(".key." + ended + ".new", "half");
     put(".key." + living + ".new", "half");
     put(".other." + ended + ".new", "half");
+    put(".key." + ended + ".1.new", "half of key." + ended);
     put(".key.notes.new", "someone's");
     put(".key.backup", "someone's");
     defaults.setString("key", "new");
     EXPECT_THAT(names(), UnorderedElementsAre("key", ".key." + living + ".new", ".other." + ended + ".new",
-                                              ".key.notes.new", ".key.backup"));
+                                              ".key." + ended + ".1.new", ".key.notes.new", ".key.backup"));
+}
+
+TEST_F(FileUserDefaultsTest, RemainsOfAnEarlierProcessWithTheSameIdAreReplaced) {
+    const auto remains = folder / (".key." + std::to_string(getpid()) + ".new");
+    fs::create_directories(folder);
+    ASSERT_EQ(mkfifo(remains.c_str(), 0666), 0);
+    defaults.setString("key", "value");
+    EXPECT_EQ(stored("key"), "value");
+    put(remains.filename(), "half of a longer value");
+    fs::permissions(remains, fs::perms(0666));
+    defaults.setString("key", "value");
+    EXPECT_EQ(stored("key"), "value");
+    EXPECT_EQ(modeOf(folder / "key"), 0600U);
+    EXPECT_THAT(names(), ElementsAre("key"));
 }
 
 TEST_F(FileUserDefaultsTest, RemainsBesideTheTargetOfALinkAreRemovedToo) {

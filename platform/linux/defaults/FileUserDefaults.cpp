@@ -88,19 +88,30 @@ std::error_code syncFolder(const fs::path& folder) {
     return isDone ? std::error_code{} : lastError();
 }
 
+/// The process that wrote a temporary file, told by the file's name; absent for any other file.
+std::optional<pid_t> writerOf(std::string_view name, std::string_view prefix) {
+    if (!name.starts_with(prefix)) {
+        return std::nullopt;
+    }
+    name.remove_prefix(prefix.size());
+    if (!name.ends_with(temporarySuffix)) {
+        return std::nullopt;
+    }
+    name.remove_suffix(temporarySuffix.size());
+    pid_t writer = 0;
+    const auto* const end = name.data() + name.size();
+    const auto parsed = std::from_chars(name.data(), end, writer);
+    return parsed.ec == std::errc{} && parsed.ptr == end && writer > 0 ? std::optional(writer) : std::nullopt;
+}
+
 /// What a process that was killed while it replaced the file may have left beside it.
-void removeLeftovers(const fs::path& folder, const std::string& prefix) {
+void removeLeftovers(const fs::path& folder, std::string_view prefix) {
     std::error_code error;
-    for (const auto& entry : fs::directory_iterator(folder, error)) {
-        const auto name = entry.path().filename().string();
-        pid_t writer = 0;
-        const bool isLeftover =
-            name.starts_with(prefix) && name.ends_with(temporarySuffix) &&
-            std::from_chars(name.data() + prefix.size(), name.data() + name.size(), writer).ec ==
-                std::errc{} &&
-            ::kill(writer, 0) != 0 && errno == ESRCH;
-        if (isLeftover) {
-            fs::remove(entry.path(), error);
+    for (fs::directory_iterator iterator(folder, error); !error && iterator != fs::directory_iterator();
+         iterator.increment(error)) {
+        const auto writer = writerOf(iterator->path().filename().string(), prefix);
+        if (writer && ::kill(*writer, 0) != 0 && errno == ESRCH) {
+            ::unlink(iterator->path().c_str());
         }
     }
 }
@@ -117,8 +128,10 @@ std::error_code replaceFile(const fs::path& path, const std::string& bytes) {
     const auto prefix = "." + target.filename().string() + ".";
     removeLeftovers(folder, prefix);
     const auto temporary = folder / (prefix + std::to_string(::getpid()) + std::string(temporarySuffix));
+    // Whatever an earlier process with this id left, or someone else put there, is not to be written to.
+    ::unlink(temporary.c_str());
     const Descriptor file(
-        ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
+        ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
     if (!file.isOpen()) {
         return lastError();
     }
