@@ -512,6 +512,23 @@ TEST_F(StoredPreferencesTest, WhateverStandsInTheFilesPlaceIsKept) {
     EXPECT_THAT(log.lines, IsEmpty());
 }
 
+TEST_F(StoredPreferencesTest, ACorruptFileThatCannotBeKeptYetIsNotReplacedBefore) {
+    put(key, "corrupt");
+    runAsOrdinaryUser(parent.path(), [&] {
+        fs::permissions(folder, fs::perms(0500));
+        store.save(changed);
+        store.save(changed);
+        EXPECT_EQ(store.load(), changed);
+        EXPECT_EQ(stored(key), "corrupt");
+
+        fs::permissions(folder, fs::perms(0700));
+        store.save(changed);
+        EXPECT_EQ(store.load(), changed);
+        EXPECT_THAT(copies(key), ElementsAre("corrupt"));
+        EXPECT_THAT(names(), SizeIs(2));
+    });
+}
+
 TEST_F(StoredPreferencesTest, AFileThatMayNotBeReadIsKept) {
     put(key, R"({"launchAtLogin": true})");
     runAsOrdinaryUser(parent.path(), [&] {

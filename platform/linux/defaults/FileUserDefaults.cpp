@@ -165,6 +165,28 @@ std::error_code makeFolder(const fs::path& folder) {
     return error;
 }
 
+fs::path unusedCopyName(const fs::path& path) {
+    for (int number = 1;; ++number) {
+        auto copy = path;
+        copy += ".damaged-" + std::to_string(number);
+        std::error_code error;
+        if (!fs::exists(fs::symlink_status(copy, error))) {
+            return copy;
+        }
+    }
+}
+
+/// Keeps what is at the path, if anything, under a new name beside it.
+std::error_code copyAside(const fs::path& path) {
+    const auto bytes = readFile(path);
+    const auto copy = unusedCopyName(path);
+    if (bytes && !replaceFile(copy, *bytes)) {
+        return {};
+    }
+    // What cannot be copied gives way to the new value under the copy's name.
+    return ::rename(path.c_str(), copy.c_str()) == 0 || errno == ENOENT ? std::error_code{} : lastError();
+}
+
 } // namespace
 
 FileUserDefaults::FileUserDefaults(fs::path folder, Platform::Log& log)
@@ -210,23 +232,8 @@ void FileUserDefaults::remove(std::string_view key) {
 }
 
 void FileUserDefaults::keepCopy(std::string_view key) {
-    const auto path = pathFor(key);
-    if (!path) {
-        return;
-    }
-    const auto bytes = readFile(*path);
-    for (int number = 1;; ++number) {
-        auto copy = *path;
-        copy += ".damaged-" + std::to_string(number);
-        std::error_code error;
-        if (fs::exists(fs::symlink_status(copy, error))) {
-            continue;
-        }
-        // What cannot be read cannot be copied; it gives way to the new value under the copy's name instead.
-        if (!bytes || replaceFile(copy, *bytes)) {
-            ::rename(path->c_str(), copy.c_str());
-        }
-        return;
+    if (const auto path = pathFor(key); path && copyAside(*path)) {
+        copiesDue_.insert(std::string(key));
     }
 }
 
@@ -249,7 +256,11 @@ void FileUserDefaults::writeUnsaved() {
     auto error = makeFolder(folder_);
     for (auto entry = unsaved_.begin(); entry != unsaved_.end();) {
         const auto path = folder_ / entry->first;
-        const auto failure = entry->second ? replaceFile(path, *entry->second) : removeFile(path);
+        auto failure = copiesDue_.contains(entry->first) ? copyAside(path) : std::error_code{};
+        if (!failure) {
+            copiesDue_.erase(entry->first);
+            failure = entry->second ? replaceFile(path, *entry->second) : removeFile(path);
+        }
         error = error ? error : failure;
         entry = failure ? std::next(entry) : unsaved_.erase(entry);
     }
