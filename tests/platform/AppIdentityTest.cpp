@@ -160,6 +160,12 @@ TEST_F(AppIdentityTest, AnAppWithoutAnEntryIsStillItsWellKnownSelf) {
     EXPECT_EQ(identify(windowClass("discord", "Discord")), "com.hnc.Discord");
 }
 
+TEST_F(AppIdentityTest, AnEntryWithoutANameLendsItsId) {
+    add("org.example.Nameless", "Exec=tool --nameless\n");
+    EXPECT_EQ(identity.identify({{}, {}, "org.example.Nameless", {}, {}}),
+              (AppIdentifier{"org.example.Nameless", "org.example.Nameless"}));
+}
+
 TEST_F(AppIdentityTest, AWindowThatSaysNothingIsOfNoKnownApp) {
     EXPECT_EQ(identity.identify({}), std::nullopt);
 }

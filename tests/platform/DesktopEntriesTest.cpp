@@ -147,6 +147,13 @@ TEST_F(DesktopEntriesTest, NamesMayHoldAnyCharacter) {
     }
 }
 
+TEST_F(DesktopEntriesTest, AnEntryWithoutANameHasNone) {
+    addProgram("app");
+    install(system / "app.desktop", "Exec=app\n");
+    EXPECT_EQ(nameOf("app"), "");
+    EXPECT_THAT(bundles.open((system / "app.desktop").string())->infoDictionary, IsEmpty());
+}
+
 TEST_F(DesktopEntriesTest, SubfoldersArePartOfTheId) {
     installPlain(system / "kde/foo.desktop");
     installPlain(system / "kde/deep/bar.desktop");
