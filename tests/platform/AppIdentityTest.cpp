@@ -102,6 +102,15 @@ TEST_F(AppIdentityTest, HintsOfADesktopEntryFindIt) {
     }
 }
 
+TEST_F(AppIdentityTest, APathLeadsToTheEntryThatStandsThere) {
+    addProgram("foo");
+    add("foo", "Name=Foo\nExec=foo\n");
+    add("kde/foo", "Name=Foo of another desktop\nExec=foo\n");
+    EXPECT_EQ(identify({{}, {}, (system / "kde/konsole.desktop").string(), {}, {}}), "kde-konsole");
+    EXPECT_EQ(identify({{}, {}, (system / "kde/foo.desktop").string(), {}, {}}), "kde-foo");
+    EXPECT_EQ(identify({{}, {}, (system / "foo.desktop").string(), {}, {}}), "foo");
+}
+
 TEST_F(AppIdentityTest, TheSurerHintDecides) {
     addProcess(1, "/usr/bin/painter");
     WindowHints hints{"xterm", "XTerm", "code", "org.example.Maps", 1};
