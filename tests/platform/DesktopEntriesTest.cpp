@@ -215,6 +215,13 @@ TEST_F(DesktopEntriesTest, BrokenFilesAreLeftOut) {
     EXPECT_THAT(ids(), ElementsAre("app"));
 }
 
+TEST_F(DesktopEntriesTest, ANamedPipeIsNotWaitedFor) {
+    installPlain(system / "app.desktop");
+    ASSERT_EQ(mkfifo((system / "pipe.desktop").c_str(), 0600), 0);
+    touch(system);
+    EXPECT_THAT(ids(), ElementsAre("app"));
+}
+
 TEST_F(DesktopEntriesTest, ALineOfAMegabyteDoesNotKeepAnEntryFromBeingRead) {
     addProgram("app");
     install(system / "app.desktop", "Comment=" + std::string(1'000'000, 'x') + "\nName=App\nExec=app\n");

@@ -56,6 +56,11 @@ Command parseCommand(const char* commandLine) {
 }
 
 std::optional<DesktopEntry> readEntry(const fs::path& path, std::string id) {
+    // Opening a named pipe would wait for its writer.
+    std::error_code error;
+    if (!fs::is_regular_file(path, error)) {
+        return std::nullopt;
+    }
     const std::unique_ptr<GDesktopAppInfo, decltype(&g_object_unref)> info(
         g_desktop_app_info_new_from_filename(path.c_str()), &g_object_unref);
     if (!info || g_desktop_app_info_get_is_hidden(info.get()) != FALSE) {
