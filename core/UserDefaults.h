@@ -24,7 +24,8 @@ public:
     virtual void setBool(std::string_view key, bool value) = 0;
     virtual void remove(std::string_view key) = 0;
 
-    /// Keeps a copy of the present value, readable or not, beside it, where no later `set` replaces it.
+    /// Keeps a copy of the present value beside it, where no later `set` replaces it. A value that cannot be
+    /// read is moved there instead.
     virtual void keepCopy(std::string_view key) = 0;
 };
 

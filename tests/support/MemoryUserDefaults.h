@@ -1,11 +1,13 @@
 #pragma once
 
 #include "core/UserDefaults.h"
+#include "core/Utf8.h"
 
 #include <functional>
 #include <map>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace TestSupport {
@@ -26,7 +28,10 @@ public:
                                                                  : std::optional(found->second);
     }
 
-    std::optional<std::string> string(std::string_view key) const override { return data(key); }
+    std::optional<std::string> string(std::string_view key) const override {
+        auto bytes = data(key);
+        return bytes && CurtainCore::isUtf8(*bytes) ? std::move(bytes) : std::nullopt;
+    }
 
     void setData(std::string_view key, const std::string& bytes) override {
         ++writes;
@@ -36,8 +41,21 @@ public:
 
     void setString(std::string_view key, const std::string& text) override { setData(key, text); }
     void setBool(std::string_view key, bool value) override { setData(key, value ? "true" : "false"); }
-    void remove(std::string_view key) override { values.erase(std::string(key)); }
-    void keepCopy(std::string_view key) override { copies.push_back(values.at(std::string(key))); }
+    void remove(std::string_view key) override {
+        values.erase(std::string(key));
+        unreadable.erase(std::string(key));
+    }
+
+    void keepCopy(std::string_view key) override {
+        const auto found = values.find(key);
+        if (found == values.end()) {
+            return;
+        }
+        copies.push_back(found->second);
+        if (unreadable.contains(key)) {
+            remove(key);
+        }
+    }
 };
 
 } // namespace TestSupport

@@ -67,8 +67,13 @@ const DesktopEntry* AppIdentity::entryFor(const WindowHints& hints,
 }
 
 const DesktopEntry* AppIdentity::entryNamed(std::string_view idOrPath) {
-    auto name = idOrPath.starts_with('/') ? std::filesystem::path(idOrPath).filename().string()
-                                          : std::string(idOrPath);
+    std::string name(idOrPath);
+    if (name.starts_with('/')) {
+        if (const auto* const entry = entries_.withPath(name)) {
+            return entry;
+        }
+        name = std::filesystem::path(name).filename().string();
+    }
     if (name.ends_with(entrySuffix)) {
         name.resize(name.size() - entrySuffix.size());
     }

@@ -20,6 +20,8 @@ constexpr std::string_view suffix = ".desktop";
 /// Folders nested deeper than this hold no entries, but possibly a loop.
 constexpr int deepestFolder = 8;
 
+using OwnedText = std::unique_ptr<char, decltype(&g_free)>;
+
 std::string text(const char* value) {
     return value != nullptr ? value : "";
 }
@@ -54,6 +56,11 @@ Command parseCommand(const char* commandLine) {
 }
 
 std::optional<DesktopEntry> readEntry(const fs::path& path, std::string id) {
+    // Opening a named pipe would wait for its writer.
+    std::error_code error;
+    if (!fs::is_regular_file(path, error)) {
+        return std::nullopt;
+    }
     const std::unique_ptr<GDesktopAppInfo, decltype(&g_object_unref)> info(
         g_desktop_app_info_new_from_filename(path.c_str()), &g_object_unref);
     if (!info || g_desktop_app_info_get_is_hidden(info.get()) != FALSE) {
@@ -63,10 +70,11 @@ std::optional<DesktopEntry> readEntry(const fs::path& path, std::string id) {
     DesktopEntry entry;
     entry.bundleIdentifier = bundleIdentifierFor(id);
     entry.id = std::move(id);
-    entry.name = text(g_app_info_get_name(app));
+    const OwnedText name(g_desktop_app_info_get_locale_string(info.get(), G_KEY_FILE_DESKTOP_KEY_NAME),
+                         g_free);
+    entry.name = text(name.get());
     entry.path = path.string();
-    const std::unique_ptr<char, decltype(&g_free)> icon(
-        g_desktop_app_info_get_string(info.get(), G_KEY_FILE_DESKTOP_KEY_ICON), &g_free);
+    const OwnedText icon(g_desktop_app_info_get_string(info.get(), G_KEY_FILE_DESKTOP_KEY_ICON), g_free);
     entry.icon = text(icon.get());
     entry.startupWMClass = text(g_desktop_app_info_get_startup_wm_class(info.get()));
     auto command = parseCommand(g_app_info_get_commandline(app));

@@ -1,9 +1,12 @@
 #include "platform/linux/defaults/FileUserDefaults.h"
 
+#include "core/Utf8.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <csignal>
+#include <iterator>
 #include <system_error>
 #include <utility>
 
@@ -76,24 +79,39 @@ std::error_code writeAll(int descriptor, const std::string& bytes) {
     return {};
 }
 
+/// Makes the names in a folder last.
 std::error_code syncFolder(const fs::path& folder) {
     const Descriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    return descriptor.isOpen() && ::fsync(descriptor.get()) == 0 ? std::error_code{} : lastError();
+    // One that may not be listed cannot be opened, and not every file system can do it. The names are right
+    // all the same.
+    const bool isDone = !descriptor.isOpen() || ::fsync(descriptor.get()) == 0 || errno == EINVAL;
+    return isDone ? std::error_code{} : lastError();
+}
+
+/// The process that wrote a temporary file, told by the file's name; absent for any other file.
+std::optional<pid_t> writerOf(std::string_view name, std::string_view prefix) {
+    if (!name.starts_with(prefix)) {
+        return std::nullopt;
+    }
+    name.remove_prefix(prefix.size());
+    if (!name.ends_with(temporarySuffix)) {
+        return std::nullopt;
+    }
+    name.remove_suffix(temporarySuffix.size());
+    pid_t writer = 0;
+    const auto* const end = name.data() + name.size();
+    const auto parsed = std::from_chars(name.data(), end, writer);
+    return parsed.ec == std::errc{} && parsed.ptr == end && writer > 0 ? std::optional(writer) : std::nullopt;
 }
 
 /// What a process that was killed while it replaced the file may have left beside it.
-void removeLeftovers(const fs::path& folder, const std::string& prefix) {
+void removeLeftovers(const fs::path& folder, std::string_view prefix) {
     std::error_code error;
-    for (const auto& entry : fs::directory_iterator(folder, error)) {
-        const auto name = entry.path().filename().string();
-        pid_t writer = 0;
-        const bool isLeftover =
-            name.starts_with(prefix) && name.ends_with(temporarySuffix) &&
-            std::from_chars(name.data() + prefix.size(), name.data() + name.size(), writer).ec ==
-                std::errc{} &&
-            ::kill(writer, 0) != 0 && errno == ESRCH;
-        if (isLeftover) {
-            fs::remove(entry.path(), error);
+    for (fs::directory_iterator iterator(folder, error); !error && iterator != fs::directory_iterator();
+         iterator.increment(error)) {
+        const auto writer = writerOf(iterator->path().filename().string(), prefix);
+        if (writer && ::kill(*writer, 0) != 0 && errno == ESRCH) {
+            ::unlink(iterator->path().c_str());
         }
     }
 }
@@ -110,8 +128,10 @@ std::error_code replaceFile(const fs::path& path, const std::string& bytes) {
     const auto prefix = "." + target.filename().string() + ".";
     removeLeftovers(folder, prefix);
     const auto temporary = folder / (prefix + std::to_string(::getpid()) + std::string(temporarySuffix));
+    // Whatever an earlier process with this id left, or someone else put there, is not to be written to.
+    ::unlink(temporary.c_str());
     const Descriptor file(
-        ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
+        ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
     if (!file.isOpen()) {
         return lastError();
     }
@@ -126,39 +146,45 @@ std::error_code replaceFile(const fs::path& path, const std::string& bytes) {
     return syncFolder(folder);
 }
 
+std::error_code removeFile(const fs::path& path) {
+    if (::unlink(path.c_str()) == 0) {
+        return syncFolder(path.parent_path());
+    }
+    return errno == ENOENT ? std::error_code{} : lastError();
+}
+
 std::error_code makeFolder(const fs::path& folder) {
     std::error_code error;
-    if (fs::is_directory(folder, error)) {
+    if (folder.empty() || fs::is_directory(folder, error)) {
         return {};
     }
-    error.clear();
-    fs::create_directories(folder.parent_path(), error);
+    error = makeFolder(folder.parent_path());
     if (!error && ::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) {
         error = lastError();
     }
     return error;
 }
 
-bool isUtf8(std::string_view text) {
-    std::size_t index = 0;
-    while (index < text.size()) {
-        const auto lead = static_cast<unsigned char>(text[index]);
-        const std::size_t length = lead < 0x80          ? 1
-                                   : (lead >> 5U) == 6  ? 2
-                                   : (lead >> 4U) == 14 ? 3
-                                   : (lead >> 3U) == 30 ? 4
-                                                        : 0;
-        if (length == 0 || index + length > text.size()) {
-            return false;
+fs::path unusedCopyName(const fs::path& path) {
+    for (int number = 1;; ++number) {
+        auto copy = path;
+        copy += ".damaged-" + std::to_string(number);
+        std::error_code error;
+        if (!fs::exists(fs::symlink_status(copy, error))) {
+            return copy;
         }
-        for (std::size_t next = 1; next < length; ++next) {
-            if ((static_cast<unsigned char>(text[index + next]) >> 6U) != 2) {
-                return false;
-            }
-        }
-        index += length;
     }
-    return true;
+}
+
+/// Keeps what is at the path, if anything, under a new name beside it.
+std::error_code copyAside(const fs::path& path) {
+    const auto bytes = readFile(path);
+    const auto copy = unusedCopyName(path);
+    if (bytes && !replaceFile(copy, *bytes)) {
+        return {};
+    }
+    // What cannot be copied gives way to the new value under the copy's name.
+    return ::rename(path.c_str(), copy.c_str()) == 0 || errno == ENOENT ? std::error_code{} : lastError();
 }
 
 } // namespace
@@ -186,7 +212,7 @@ std::optional<std::string> FileUserDefaults::data(std::string_view key) const {
 
 std::optional<std::string> FileUserDefaults::string(std::string_view key) const {
     auto bytes = data(key);
-    return bytes && isUtf8(*bytes) ? std::move(bytes) : std::nullopt;
+    return bytes && CurtainCore::isUtf8(*bytes) ? std::move(bytes) : std::nullopt;
 }
 
 void FileUserDefaults::setData(std::string_view key, const std::string& bytes) {
@@ -206,23 +232,8 @@ void FileUserDefaults::remove(std::string_view key) {
 }
 
 void FileUserDefaults::keepCopy(std::string_view key) {
-    const auto path = pathFor(key);
-    if (!path) {
-        return;
-    }
-    const auto bytes = readFile(*path);
-    for (int number = 1;; ++number) {
-        auto copy = *path;
-        copy += ".damaged-" + std::to_string(number);
-        std::error_code error;
-        if (fs::exists(fs::symlink_status(copy, error))) {
-            continue;
-        }
-        // What cannot be read cannot be copied; it gives way to the new value under the copy's name instead.
-        if (!bytes || replaceFile(copy, *bytes)) {
-            ::rename(path->c_str(), copy.c_str());
-        }
-        return;
+    if (const auto path = pathFor(key); path && copyAside(*path)) {
+        copiesDue_.insert(std::string(key));
     }
 }
 
@@ -243,14 +254,15 @@ void FileUserDefaults::change(std::string_view key, std::optional<std::string> v
 
 void FileUserDefaults::writeUnsaved() {
     auto error = makeFolder(folder_);
-    for (auto entry = unsaved_.begin(); !error && entry != unsaved_.end();) {
+    for (auto entry = unsaved_.begin(); entry != unsaved_.end();) {
         const auto path = folder_ / entry->first;
-        if (entry->second) {
-            error = replaceFile(path, *entry->second);
-        } else if (::unlink(path.c_str()) != 0 && errno != ENOENT) {
-            error = lastError();
+        auto failure = copiesDue_.contains(entry->first) ? copyAside(path) : std::error_code{};
+        if (!failure) {
+            copiesDue_.erase(entry->first);
+            failure = entry->second ? replaceFile(path, *entry->second) : removeFile(path);
         }
-        entry = error ? entry : unsaved_.erase(entry);
+        error = error ? error : failure;
+        entry = failure ? std::next(entry) : unsaved_.erase(entry);
     }
     if (error && !hasReportedFailure_) {
         hasReportedFailure_ = true;

@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <map>
+#include <set>
 #include <string>
 
 namespace LinuxPlatform {
@@ -40,6 +41,8 @@ private:
     Platform::Log& log_;
     /// Values that the folder does not hold yet, absent ones to be removed.
     std::map<std::string, std::optional<std::string>, std::less<>> unsaved_;
+    /// Keys under which the folder still holds what is to be kept before it is replaced.
+    std::set<std::string> copiesDue_;
     bool hasReportedFailure_ = false;
 };
 

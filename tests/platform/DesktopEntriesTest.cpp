@@ -1,0 +1,356 @@
+#include "platform/linux/apps/DesktopEntryBundles.h"
+#include "tests/platform/AppsWorld.h"
+
+#include <gmock/gmock.h>
+
+#include <ostream>
+#include <vector>
+
+#include <sys/stat.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+using LinuxPlatform::DesktopEntries;
+using LinuxPlatform::DesktopEntry;
+using LinuxPlatform::DesktopEntryBundles;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::IsNull;
+using testing::NotNull;
+using testing::UnorderedElementsAre;
+
+struct DesktopEntriesTest : testing::Test, TestSupport::AppsWorld {
+    DesktopEntryBundles bundles{entries};
+
+    std::vector<std::string> ids() {
+        std::vector<std::string> ids;
+        for (const auto& entry : entries.all()) {
+            ids.push_back(entry.id);
+        }
+        return ids;
+    }
+    std::string nameOf(const std::string& id) {
+        const auto* const entry = entries.withId(id);
+        return entry != nullptr ? entry->name : "(none)";
+    }
+};
+
+TEST_F(DesktopEntriesTest, AnEntrySaysWhatIsInItsFile) {
+    addProgram("editor");
+    install(system / "org.example.Editor.desktop",
+            "Name=Editor\nExec=editor --edit %F\nIcon=accessories\nStartupWMClass=EditorWindow\n");
+    const auto* const entry = entries.withId("org.example.Editor");
+    ASSERT_THAT(entry, NotNull());
+    EXPECT_EQ(entry->id, "org.example.Editor");
+    EXPECT_EQ(entry->bundleIdentifier, "org.example.Editor");
+    EXPECT_EQ(entry->name, "Editor");
+    EXPECT_EQ(entry->path, (system / "org.example.Editor.desktop").string());
+    EXPECT_EQ(entry->icon, "accessories");
+    EXPECT_EQ(entry->startupWMClass, "EditorWindow");
+    EXPECT_EQ(entry->program, "editor");
+    EXPECT_TRUE(entry->hasArguments);
+    EXPECT_TRUE(entry->shouldShow);
+}
+
+TEST_F(DesktopEntriesTest, AnEarlierFolderHidesTheSameIdInALaterOne) {
+    addProgram("app");
+    install(user / "app.desktop", "Name=Mine\nExec=app\n");
+    install(system / "app.desktop", "Name=Theirs\nExec=app\n");
+    EXPECT_THAT(ids(), ElementsAre("app"));
+    EXPECT_EQ(nameOf("app"), "Mine");
+    EXPECT_EQ(bundles.open((system / "app.desktop").string()), std::nullopt);
+}
+
+TEST_F(DesktopEntriesTest, HiddenInTheUsersFolderHidesTheSystems) {
+    installPlain(system / "app.desktop");
+    installPlain(system / "other.desktop");
+    install(user / "app.desktop", "Name=app\nExec=app\nHidden=true\n");
+    EXPECT_THAT(ids(), ElementsAre("other"));
+    EXPECT_EQ(bundles.open((user / "app.desktop").string()), std::nullopt);
+    EXPECT_EQ(bundles.open((system / "app.desktop").string()), std::nullopt);
+}
+
+TEST_F(DesktopEntriesTest, AnythingUnderTheNameInTheUsersFolderHidesTheSystems) {
+    for (const auto* name : {"empty", "link", "app"}) {
+        installPlain(system / (std::string(name) + ".desktop"));
+    }
+    installFile(user / "empty.desktop", "");
+    fs::create_symlink("/dev/null", user / "link.desktop");
+    EXPECT_THAT(ids(), ElementsAre("app"));
+}
+
+TEST_F(DesktopEntriesTest, WithoutDisplayIsKnownButNoAppToChoose) {
+    addProgram("app");
+    install(system / "app.desktop", "Name=App\nExec=app\nNoDisplay=true\n");
+    EXPECT_EQ(nameOf("app"), "App");
+    EXPECT_FALSE(entries.withId("app")->shouldShow);
+    EXPECT_EQ(bundles.open((system / "app.desktop").string()), std::nullopt);
+}
+
+TEST_F(DesktopEntriesTest, DesktopsThatAnEntryNamesDecideWhetherItShows) {
+    addProgram("app");
+    const std::vector<std::pair<std::string, bool>> cases{
+        {"", true},
+        {"OnlyShowIn=Alpha;\n", true},
+        {"OnlyShowIn=Gamma;Beta;\n", true},
+        {"OnlyShowIn=Gamma;\n", false},
+        {"NotShowIn=Alpha;\n", false},
+        {"NotShowIn=Beta\n", false},
+        {"NotShowIn=Gamma;\n", true},
+    };
+    for (const auto& [line, isShown] : cases) {
+        install(system / "app.desktop", "Name=App\nExec=app\n" + line);
+        EXPECT_EQ(entries.withId("app")->shouldShow, isShown) << line;
+        EXPECT_EQ(bundles.open((system / "app.desktop").string()).has_value(), isShown) << line;
+    }
+}
+
+TEST_F(DesktopEntriesTest, AnEntryForAProgramThatIsNotInstalledIsNone) {
+    addProgram("app");
+    install(system / "tried.desktop", "Name=Tried\nExec=app\nTryExec=missing\n");
+    install(system / "started.desktop", "Name=Started\nExec=missing\n");
+    install(system / "installed.desktop", "Name=Installed\nExec=app\nTryExec=app\n");
+    EXPECT_THAT(ids(), ElementsAre("installed"));
+}
+
+TEST_F(DesktopEntriesTest, OnlyApplicationsCount) {
+    installPlain(system / "app.desktop");
+    installFile(system / "page.desktop", "[Desktop Entry]\nType=Link\nName=Page\nURL=about:blank\n");
+    installFile(system / "folder.desktop", "[Desktop Entry]\nType=Directory\nName=Folder\n");
+    installFile(system / "notes.txt", "[Desktop Entry]\nType=Application\nName=Notes\nExec=app\n");
+    EXPECT_THAT(ids(), ElementsAre("app"));
+}
+
+TEST_F(DesktopEntriesTest, NamesAreInTheUsersLanguage) {
+    addProgram("app");
+    install(system / "german.desktop", "Exec=app\nName=Files\nName[de]=Dateien\nName[fr]=Fichiers\n");
+    install(system / "french.desktop", "Exec=app\nName=Files\nName[fr]=Fichiers\n");
+    EXPECT_EQ(nameOf("german"), "Dateien");
+    EXPECT_EQ(nameOf("french"), "Files");
+    EXPECT_EQ(bundles.open((system / "german.desktop").string())->infoDictionary.at("CFBundleName"),
+              "Dateien");
+}
+
+TEST_F(DesktopEntriesTest, NamesMayHoldAnyCharacter) {
+    addProgram("app");
+    const std::vector<std::pair<std::string, std::string>> cases{
+        {"Foo; Bar;", "Foo; Bar;"},          {R"("Quoted" 'name')", R"("Quoted" 'name')"},
+        {R"(Back\\slash)", R"(Back\slash)"}, {"a=b [c] #d", "a=b [c] #d"},
+        {"Größe 你好", "Größe 你好"},        {R"(\sTwo\s)", " Two "},
+    };
+    for (const auto& [line, name] : cases) {
+        install(system / "app.desktop", "Exec=app\nName=" + line + "\n");
+        EXPECT_EQ(nameOf("app"), name);
+    }
+}
+
+TEST_F(DesktopEntriesTest, AnEntryWithoutANameHasNone) {
+    addProgram("app");
+    install(system / "app.desktop", "Exec=app\n");
+    EXPECT_EQ(nameOf("app"), "");
+    EXPECT_THAT(bundles.open((system / "app.desktop").string())->infoDictionary, IsEmpty());
+}
+
+TEST_F(DesktopEntriesTest, SubfoldersArePartOfTheId) {
+    installPlain(system / "kde/foo.desktop");
+    installPlain(system / "kde/deep/bar.desktop");
+    installPlain(user / "kde-foo.desktop");
+    EXPECT_THAT(ids(), ElementsAre("kde-foo", "kde-deep-bar"));
+    EXPECT_EQ(entries.withId("kde-foo")->path, (user / "kde-foo.desktop").string());
+    EXPECT_THAT(entries.withPath((system / "kde/deep/bar.desktop").string()), NotNull());
+}
+
+TEST_F(DesktopEntriesTest, CommandsNameTheirProgram) {
+    struct Case {
+        std::string command;
+        std::string program;
+        bool hasArguments;
+    };
+    addProgram("app");
+    addProgram("with space");
+    const auto path = (bin / "app").string();
+    const auto spaced = (bin / "with space").string();
+    const std::vector<Case> cases{
+        {"app", "app", false},
+        {"app %U", "app", false},
+        {"app %i -- %F", "app", true},
+        {"app --new-window", "app", true},
+        {"app --new-window %U", "app", true},
+        {path + " %f", "app", false},
+        {"\"" + path + "\" \"%f\"", "app", false},
+        {"\"" + spaced + "\" %U", "with space", false},
+        {R"(app "quoted argument")", "app", true},
+        {"env A=1 app", "app", false},
+        {"env A=1 B=\"2 3\" app %u", "app", false},
+        {"/usr/bin/env A=1 app --flag", "app", true},
+        {"env -i A=1 app", "app", false},
+        {"env --unset=A app", "app", false},
+        {"env", "", false},
+    };
+    for (const auto& [command, program, hasArguments] : cases) {
+        install(system / "app.desktop", "Name=App\nExec=" + command + "\n");
+        const auto* const entry = entries.withId("app");
+        ASSERT_THAT(entry, NotNull()) << command;
+        EXPECT_EQ(entry->program, program) << command;
+        EXPECT_EQ(entry->hasArguments, hasArguments) << command;
+    }
+}
+
+TEST_F(DesktopEntriesTest, BrokenFilesAreLeftOut) {
+    installPlain(system / "app.desktop");
+    const std::string line(1'000'000, 'x');
+    installFile(system / "empty.desktop", "");
+    installFile(system / "binary.desktop", std::string("\0\x01\xff\xfe[Desktop Entry]\n\0", 22));
+    installFile(system / "line.desktop", line);
+    installFile(system / "no-group.desktop", "Type=Application\nName=No group\nExec=app\n");
+    installFile(system / "other-group.desktop", "[Other]\nType=Application\nName=Other\nExec=app\n");
+    installFile(system / "untyped.desktop", "[Desktop Entry]\nName=Untyped\nExec=app\n");
+    installFile(system / "quote.desktop", "[Desktop Entry]\nType=Application\nName=Quote\nExec=\"app\n");
+    fs::create_directory(system / "folder.desktop");
+    fs::create_symlink("missing", system / "dangling.desktop");
+    touch(system);
+    EXPECT_THAT(ids(), ElementsAre("app"));
+}
+
+TEST_F(DesktopEntriesTest, ANamedPipeIsNotWaitedFor) {
+    installPlain(system / "app.desktop");
+    ASSERT_EQ(mkfifo((system / "pipe.desktop").c_str(), 0600), 0);
+    touch(system);
+    EXPECT_THAT(ids(), ElementsAre("app"));
+}
+
+TEST_F(DesktopEntriesTest, ALineOfAMegabyteDoesNotKeepAnEntryFromBeingRead) {
+    addProgram("app");
+    install(system / "app.desktop", "Comment=" + std::string(1'000'000, 'x') + "\nName=App\nExec=app\n");
+    EXPECT_EQ(nameOf("app"), "App");
+}
+
+TEST_F(DesktopEntriesTest, AFolderThatIsMissingMayComeLater) {
+    EXPECT_THAT(ids(), IsEmpty());
+    installPlain(system / "app.desktop");
+    EXPECT_THAT(ids(), ElementsAre("app"));
+    installPlain(user / "own.desktop");
+    EXPECT_THAT(ids(), ElementsAre("own", "app"));
+    fs::remove_all(user);
+    EXPECT_THAT(ids(), ElementsAre("app"));
+}
+
+TEST_F(DesktopEntriesTest, ChangesOfAFolderAreNoticed) {
+    installPlain(system / "app.desktop");
+    fs::create_directory(system / "kde");
+    EXPECT_THAT(ids(), ElementsAre("app"));
+    installPlain(system / "added.desktop");
+    EXPECT_THAT(ids(), ElementsAre("added", "app"));
+    installPlain(system / "kde/nested.desktop");
+    EXPECT_THAT(ids(), ElementsAre("added", "app", "kde-nested"));
+    fs::remove(system / "added.desktop");
+    touch(system);
+    EXPECT_THAT(entries.withId("added"), IsNull());
+    EXPECT_EQ(bundles.open((system / "added.desktop").string()), std::nullopt);
+    installPlain(user / "own.desktop");
+    EXPECT_THAT(entries.withProgram("own"), NotNull());
+}
+
+TEST_F(DesktopEntriesTest, WithoutAChangeNothingIsReadAgain) {
+    installPlain(system / "kde/app.desktop");
+    const auto first = entries.generation();
+    EXPECT_EQ(first, 1U);
+    entries.withId("app");
+    entries.all();
+    EXPECT_EQ(entries.generation(), first);
+    installPlain(system / "other.desktop");
+    EXPECT_EQ(entries.generation(), first + 1);
+}
+
+TEST_F(DesktopEntriesTest, AnIdIsFoundExactlyBeforeWithoutRegardToCase) {
+    installPlain(system / "App.desktop");
+    installPlain(system / "app.desktop");
+    EXPECT_EQ(entries.withId("App")->id, "App");
+    EXPECT_EQ(entries.withId("app")->id, "app");
+    EXPECT_THAT(entries.withId("APP"), NotNull());
+    EXPECT_THAT(entries.withId("ap"), IsNull());
+    EXPECT_THAT(entries.withId(""), IsNull());
+}
+
+TEST_F(DesktopEntriesTest, PackagingsOfAProgramShareABundleIdentifier) {
+    addProgram("app");
+    install(system / "us.zoom.Zoom.desktop", "Name=Zoom\nExec=app\n");
+    const auto* const entry = entries.withBundleIdentifier("us.zoom.xos");
+    ASSERT_THAT(entry, NotNull());
+    EXPECT_EQ(entry->id, "us.zoom.Zoom");
+    EXPECT_THAT(entries.withBundleIdentifier("us.zoom.Zoom"), IsNull());
+    EXPECT_EQ(bundles.open((system / "us.zoom.Zoom.desktop").string())->bundleIdentifier, "us.zoom.xos");
+}
+
+TEST_F(DesktopEntriesTest, AWindowClassPrefersAnEntryThatShows) {
+    addProgram("app");
+    install(system / "app-handler.desktop",
+            "Name=Handler\nExec=app --open %u\nStartupWMClass=App\nNoDisplay=true\n");
+    install(system / "app.desktop", "Name=App\nExec=app %U\nStartupWMClass=App\n");
+    EXPECT_EQ(entries.withWindowClass("App", false)->id, "app");
+    EXPECT_THAT(entries.withWindowClass("APP", false), IsNull());
+    EXPECT_EQ(entries.withWindowClass("APP", true)->id, "app");
+    EXPECT_THAT(entries.withWindowClass("", true), IsNull());
+}
+
+TEST_F(DesktopEntriesTest, AProgramIsFoundIfOneEntryStartsIt) {
+    addProgram("app");
+    install(system / "org.example.App.desktop", "Name=App\nExec=env A=1 app %U\n");
+    install(system / "org.example.App.Window.desktop", "Name=New window\nExec=app --new-window\n");
+    EXPECT_EQ(entries.withProgram("app")->id, "org.example.App");
+    EXPECT_THAT(entries.withProgram("env"), IsNull());
+    EXPECT_THAT(entries.withProgram(""), IsNull());
+}
+
+TEST_F(DesktopEntriesTest, AProgramOfSeveralEntriesIsTheOneThatIsCalledLikeIt) {
+    addProgram("app");
+    install(system / "a.desktop", "Name=A\nExec=app\n");
+    install(system / "b.desktop", "Name=B\nExec=app %f\n");
+    EXPECT_THAT(entries.withProgram("app"), IsNull());
+    install(system / "app.desktop", "Name=App\nExec=app\n");
+    EXPECT_EQ(entries.withProgram("app")->id, "app");
+}
+
+TEST_F(DesktopEntriesTest, ABundleIsAnEntryThatShows) {
+    installPlain(system / "org.example.App.desktop");
+    const auto bundle = bundles.open((system / "org.example.App.desktop").string());
+    ASSERT_TRUE(bundle);
+    EXPECT_EQ(bundle->bundleIdentifier, "org.example.App");
+    EXPECT_THAT(bundle->infoDictionary, ElementsAre(testing::Pair("CFBundleName", "org.example.App")));
+    EXPECT_EQ(bundles.open((system / "missing.desktop").string()), std::nullopt);
+    EXPECT_EQ(bundles.open("org.example.App.desktop"), std::nullopt);
+    EXPECT_EQ(bundles.open(system.string()), std::nullopt);
+    EXPECT_EQ(bundles.open(""), std::nullopt);
+}
+
+TEST_F(DesktopEntriesTest, FoldersComeFromTheEnvironmentInItsOrder) {
+    setenv("XDG_DATA_DIRS", "/first:relative::./also/relative:/second/:/first", 1);
+    EXPECT_THAT(DesktopEntries::standardFolders(),
+                ElementsAre("/nonexistent/data/applications", "/first/applications", "/second/applications",
+                            "/first/applications", "/nonexistent/data/flatpak/exports/share/applications",
+                            "/var/lib/flatpak/exports/share/applications",
+                            "/var/lib/snapd/desktop/applications"));
+}
+
+TEST_F(DesktopEntriesTest, FoldersHaveADefault) {
+    for (const auto* value : {"", static_cast<const char*>(nullptr)}) {
+        value != nullptr ? setenv("XDG_DATA_DIRS", value, 1) : unsetenv("XDG_DATA_DIRS");
+        const auto folders = DesktopEntries::standardFolders();
+        ASSERT_GE(folders.size(), 3U);
+        EXPECT_EQ(folders[1], "/usr/local/share/applications");
+        EXPECT_EQ(folders[2], "/usr/share/applications");
+    }
+}
+
+TEST_F(DesktopEntriesTest, FlatpaksFolderIsNotListedTwice) {
+    setenv("XDG_DATA_DIRS", "/var/lib/flatpak/exports/share:/usr/share", 1);
+    EXPECT_THAT(DesktopEntries::standardFolders(),
+                ElementsAre("/nonexistent/data/applications", "/var/lib/flatpak/exports/share/applications",
+                            "/usr/share/applications", "/nonexistent/data/flatpak/exports/share/applications",
+                            "/var/lib/snapd/desktop/applications"));
+}
+
+} // namespace
