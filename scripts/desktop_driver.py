@@ -287,12 +287,7 @@ class Desktop:
     def start(self, *argv, environment=None):
         """Starts a program; a value of None takes a variable out of its environment."""
         variables = {name: value for name, value in {**os.environ, **(environment or {})}.items() if value is not None}
-        number = len(self._programs) + 1
-        name = Path(argv[0]).name
-        output = self.log_folder / f"{number}-{name}.out"
-        complaints = self.log_folder / f"{number}-{name}.err"
-        with open(output, "wb") as out, open(complaints, "wb") as err:
-            program = Program(argv, variables, out, err, complaints)
+        program = Program(argv, variables, self.log_folder / f"{len(self._programs) + 1}-{Path(argv[0]).name}")
         self._programs.append(program)
         return program
 
@@ -370,13 +365,18 @@ CHROMIUM = private_app("chromium", "Chromium")
 
 
 class Program(subprocess.Popen):
-    """A program whose output goes to files."""
+    """A program whose output goes to the files LOG.out and LOG.err."""
 
-    def __init__(self, argv, environment, output, complaints, complaints_path):
-        super().__init__(argv, env=environment, stdin=subprocess.DEVNULL, stdout=output, stderr=complaints)
+    def __init__(self, argv, environment, log):
         self.name = Path(argv[0]).name
-        self.complaints_path = complaints_path
+        self._output = log.with_suffix(".out")
+        self._complaints = log.with_suffix(".err")
+        with open(self._output, "wb") as output, open(self._complaints, "wb") as complaints:
+            super().__init__(argv, env=environment, stdin=subprocess.DEVNULL, stdout=output, stderr=complaints)
+
+    def output(self):
+        return self._output.read_text(errors="replace")
 
     def complaints(self):
         """What the program has written to its standard error so far."""
-        return self.complaints_path.read_text(errors="replace")
+        return self._complaints.read_text(errors="replace")

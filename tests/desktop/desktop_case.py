@@ -12,8 +12,8 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "scripts"))
 # pylint: disable=wrong-import-position,unused-import
-from desktop_driver import (CHROMIUM, MOUSEPAD, SHORTCUT, SHORTCUT_MASK, SHORTCUT_MODIFIERS, XTERM, Desktop, Key,  # noqa
-                            Rectangle, TimedOut, stays, wait_until, write_preferences)
+from desktop_driver import (CHROMIUM, MOUSEPAD, SHORTCUT, SHORTCUT_MASK, SHORTCUT_MODIFIERS, XTERM, Desktop, Display,  # noqa
+                            Key, Rectangle, TimedOut, stays, wait_until, write_preferences)
 
 CURTAIN = os.environ["CURTAIN"]
 SECONDS_TO_END = 1
@@ -61,9 +61,13 @@ class DesktopCase(unittest.TestCase):
         """Without waiting for anything."""
         return self.desktop.start(CURTAIN, environment={"XDG_CONFIG_HOME": str(self.settings)} | environment)
 
+    def write_private_apps(self, *apps):
+        return write_preferences(self.settings, targetApps=apps)
+
     def start_curtain(self, *private_apps, **environment):
+        """With what the settings hold already, if no private apps are named."""
         if private_apps:
-            write_preferences(self.settings, targetApps=private_apps)
+            self.write_private_apps(*private_apps)
         self.curtain = self.launch_curtain(**environment)
         self.wait_until_ready(self.curtain)
         return self.curtain
