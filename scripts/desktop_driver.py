@@ -1,0 +1,382 @@
+"""Drives an X11 desktop from outside, as a person does, and looks at what it shows.
+
+Programs are started and ended here, keys are pressed through the server's test extension, and windows are asked for
+what their window manager says and for the pixels that are really on the screen.
+"""
+
+import ctypes
+import json
+import os
+import struct
+import subprocess
+import time
+from pathlib import Path
+from typing import NamedTuple
+
+libc = ctypes.CDLL(None)
+xcb = ctypes.CDLL("libxcb.so.1")
+xtest = ctypes.CDLL("libxcb-xtest.so.0")
+xcb.xcb_connect.restype = ctypes.c_void_p
+xcb.xcb_get_setup.restype = ctypes.POINTER(ctypes.c_uint8)
+xcb.xcb_request_check.restype = ctypes.c_void_p
+
+KEY_PRESS, KEY_RELEASE, CLIENT_MESSAGE = 2, 3, 33
+SUBSTRUCTURE_MASKS = 0x80000 | 0x100000
+ANY_PROPERTY_TYPE = 0
+Z_PIXMAP = 2
+GRAB_ASYNC = 1
+VIEWABLE = 2
+ICONIC_STATE = 3
+REMOVE, ADD = 0, 1
+SOURCE_PAGER = 2
+
+SHIFT_MASK, LOCK_MASK, CONTROL_MASK, ALT_MASK, NUM_LOCK_MASK, SUPER_MASK = 1, 2, 4, 8, 16, 64
+
+
+class Key:
+    """The codes of physical keys, whatever the layout writes on them."""
+    CONTROL, SHIFT, ALT, SUPER = 37, 50, 64, 133
+    CAPS_LOCK, NUM_LOCK = 66, 77
+    H = 43
+
+
+SHORTCUT_MODIFIERS = (Key.CONTROL, Key.ALT, Key.SUPER)
+SHORTCUT = (*SHORTCUT_MODIFIERS, Key.H)
+SHORTCUT_MASK = CONTROL_MASK | ALT_MASK | SUPER_MASK
+
+
+class TimedOut(AssertionError):
+    pass
+
+
+def wait_until(condition, what, seconds=10):
+    """Returns the first truthy answer of condition(); raises TimedOut if there is none in time."""
+    deadline = time.monotonic() + seconds
+    while not (answer := condition()):
+        if time.monotonic() > deadline:
+            raise TimedOut(f"not within {seconds:g} s: {what}")
+        time.sleep(0.005)
+    return answer
+
+
+def stays(condition, seconds=0.3):
+    """Whether condition() is true and remains so while it is watched."""
+    deadline = time.monotonic() + seconds
+    while condition():
+        if time.monotonic() > deadline:
+            return True
+        time.sleep(0.005)
+    return False
+
+
+class Cookie(ctypes.Structure):
+    _fields_ = [("sequence", ctypes.c_uint)]
+
+
+class Rectangle(NamedTuple):
+    x: int
+    y: int
+    width: int
+    height: int
+
+
+class Display:
+    """A connection to the display; not through Xlib, which would end this process if the display went away."""
+
+    def __init__(self, name=None):
+        self._connection = ctypes.c_void_p(xcb.xcb_connect(name.encode() if name else None, None))
+        if xcb.xcb_connection_has_error(self._connection):
+            raise ConnectionError(f"the display {name or os.environ.get('DISPLAY')} does not answer")
+        setup = ctypes.string_at(xcb.xcb_get_setup(self._connection), 40)
+        vendor_length, = struct.unpack_from("H", setup, 24)
+        first_screen = 40 + (vendor_length + 3) // 4 * 4 + 8 * setup[29]
+        self.root, = struct.unpack("I", ctypes.string_at(
+            ctypes.addressof(xcb.xcb_get_setup(self._connection).contents) + first_screen, 4))
+        self._atoms = {}
+
+    def close(self):
+        xcb.xcb_disconnect(self._connection)
+
+    def atom(self, name):
+        if name not in self._atoms:
+            reply = self._ask("xcb_intern_atom", ctypes.c_uint8(0), ctypes.c_uint16(len(name)), name.encode())
+            self._atoms[name], = struct.unpack_from("I", reply, 8)
+        return self._atoms[name]
+
+    def property(self, window, name):
+        """Numbers or bytes, as the property has them; None if the window or the property is not there."""
+        reply = self._ask("xcb_get_property", ctypes.c_uint8(0), window, self.atom(name), ANY_PROPERTY_TYPE, 0, 1 << 16)
+        if not reply or not reply[1]:
+            return None
+        length, = struct.unpack_from("I", reply, 16)
+        return struct.unpack_from(f"{length}I", reply, 32) if reply[1] == 32 else reply[32:32 + length]
+
+    def geometry(self, window):
+        """On the screen, without the window manager's frame; None if the window is gone."""
+        own = self._ask("xcb_get_geometry", window)
+        origin = self._ask("xcb_translate_coordinates", window, self.root, ctypes.c_int16(0), ctypes.c_int16(0))
+        if not own or not origin:
+            return None
+        return Rectangle(*struct.unpack_from("hh", origin, 12), *struct.unpack_from("HH", own, 16))
+
+    def is_viewable(self, window):
+        reply = self._ask("xcb_get_window_attributes", window)
+        return bool(reply) and reply[26] == VIEWABLE
+
+    def children(self, window):
+        reply = self._ask("xcb_query_tree", window)
+        return struct.unpack_from("{}I".format(*struct.unpack_from("H", reply, 16)), reply, 32) if reply else ()
+
+    def selection_owner(self, name):
+        return struct.unpack_from("I", self._ask("xcb_get_selection_owner", self.atom(name)), 8)[0]
+
+    def pixels(self, area):
+        """The screen's pixels in the area, four bytes each: blue, green, red and padding; None if it is not inside."""
+        reply = self._ask("xcb_get_image", ctypes.c_uint8(Z_PIXMAP), self.root, ctypes.c_int16(area.x),
+                          ctypes.c_int16(area.y), ctypes.c_uint16(area.width), ctypes.c_uint16(area.height),
+                          ctypes.c_uint32(0xFFFFFFFF))
+        return reply[32:] if reply else None
+
+    def colour(self, x, y):
+        """As in "#ff8000"; None outside the screen."""
+        pixels = self.pixels(Rectangle(x, y, 1, 1))
+        return f"#{pixels[2]:02x}{pixels[1]:02x}{pixels[0]:02x}" if pixels else None
+
+    def modifiers(self):
+        """The modifiers and locks that are on now."""
+        return struct.unpack_from("H", self._ask("xcb_query_pointer", self.root), 24)[0]
+
+    def send_to_window_manager(self, window, message, *data):
+        event = struct.pack("BBHII5I", CLIENT_MESSAGE, 32, 0, window, self.atom(message), *data, *[0] * (5 - len(data)))
+        xcb.xcb_send_event(self._connection, ctypes.c_uint8(0), self.root, SUBSTRUCTURE_MASKS, event)
+        xcb.xcb_flush(self._connection)
+
+    def press(self, *keys):
+        for key in keys:
+            self._fake(KEY_PRESS, key)
+
+    def release(self, *keys):
+        for key in keys:
+            self._fake(KEY_RELEASE, key)
+
+    def strike(self, *keys):
+        """Presses the keys in order and lets them go in the reverse order."""
+        self.press(*keys)
+        self.release(*reversed(keys))
+
+    def grab_key(self, key, modifiers):
+        """Takes the combination for this client; False if another one has it."""
+        send = xcb.xcb_grab_key_checked
+        send.restype = Cookie
+        cookie = send(self._connection, ctypes.c_uint8(0), self.root, ctypes.c_uint16(modifiers), ctypes.c_uint8(key),
+                      ctypes.c_uint8(GRAB_ASYNC), ctypes.c_uint8(GRAB_ASYNC))
+        error = xcb.xcb_request_check(self._connection, cookie)
+        libc.free(ctypes.c_void_p(error))
+        return not error
+
+    def is_key_taken(self, key, modifiers):
+        """Whether another client has the combination."""
+        # Nobody may try to take it while it is tried here.
+        xcb.xcb_grab_server(self._connection)
+        is_free = self.grab_key(key, modifiers)
+        if is_free:
+            xcb.xcb_ungrab_key(self._connection, ctypes.c_uint8(key), self.root, ctypes.c_uint16(modifiers))
+        xcb.xcb_ungrab_server(self._connection)
+        xcb.xcb_flush(self._connection)
+        return not is_free
+
+    def _fake(self, kind, key):
+        xtest.xcb_test_fake_input(self._connection, ctypes.c_uint8(kind), ctypes.c_uint8(key), 0, 0, ctypes.c_int16(0),
+                                  ctypes.c_int16(0), ctypes.c_uint8(0))
+        xcb.xcb_flush(self._connection)
+
+    def _ask(self, request, *arguments):
+        """The bytes of the reply; None if the server answers with an error."""
+        send = xcb[request]
+        send.restype = Cookie
+        receive = xcb[request + "_reply"]
+        receive.restype = ctypes.c_void_p
+        error = ctypes.c_void_p()
+        reply = receive(self._connection, send(self._connection, *arguments), ctypes.byref(error))
+        libc.free(error)
+        if not reply:
+            return None
+        length, = struct.unpack("I", ctypes.string_at(reply + 4, 4))
+        data = ctypes.string_at(reply, 32 + 4 * length)
+        libc.free(ctypes.c_void_p(reply))
+        return data
+
+
+class Window:
+    """A window that a program opened and the window manager looks after."""
+
+    def __init__(self, display, identifier):
+        self.display = display
+        self.id = identifier
+
+    def __repr__(self):
+        return f"<{'.'.join(self.window_class)} {self.id:#x}>"
+
+    def __eq__(self, other):
+        return self.id == other.id
+
+    def __hash__(self):
+        return self.id
+
+    @property
+    def window_class(self):
+        return [part.decode() for part in (self.display.property(self.id, "WM_CLASS") or b"").split(b"\0") if part]
+
+    @property
+    def process(self):
+        return (self.display.property(self.id, "_NET_WM_PID") or [None])[0]
+
+    @property
+    def geometry(self):
+        return self.display.geometry(self.id)
+
+    @property
+    def workspace(self):
+        return (self.display.property(self.id, "_NET_WM_DESKTOP") or [None])[0]
+
+    @property
+    def is_hidden(self):
+        return self.has_state("HIDDEN")
+
+    def has_state(self, name):
+        return self.display.atom(f"_NET_WM_STATE_{name}") in (self.display.property(self.id, "_NET_WM_STATE") or ())
+
+    def ask_for_state(self, name, value=True):
+        self.display.send_to_window_manager(self.id, "_NET_WM_STATE", ADD if value else REMOVE,
+                                            self.display.atom(f"_NET_WM_STATE_{name}"), 0, SOURCE_PAGER)
+
+    def raise_from_task_list(self):
+        """What a click in the panel's list of windows does."""
+        self.display.send_to_window_manager(self.id, "_NET_ACTIVE_WINDOW", SOURCE_PAGER)
+
+    def minimise(self):
+        self.display.send_to_window_manager(self.id, "WM_CHANGE_STATE", ICONIC_STATE)
+        wait_until(lambda: self.is_hidden, f"{self} is minimised")
+
+    def send_to_workspace(self, number):
+        self.display.send_to_window_manager(self.id, "_NET_WM_DESKTOP", number, SOURCE_PAGER)
+        wait_until(lambda: self.workspace == number, f"{self} is on workspace {number}")
+
+    def place(self, x, y, width, height):
+        """Puts the window without its frame there."""
+        static_gravity_and_all_four = 10 | 0xF << 8 | SOURCE_PAGER << 12
+        self.display.send_to_window_manager(self.id, "_NET_MOVERESIZE_WINDOW", static_gravity_and_all_four, x, y, width,
+                                            height)
+        wait_until(lambda: self.geometry == (x, y, width, height), f"{self} is in its place")
+
+    @property
+    def interior(self):
+        """The lower right quarter, where a terminal at its start shows nothing but its background."""
+        x, y, width, height = self.geometry
+        return Rectangle(x + width // 2, y + height // 2, width // 2 - 2, height // 2 - 2)
+
+
+class Desktop:
+    """The display of this session and the programs that were started on it."""
+
+    def __init__(self, log_folder):
+        self.display = Display()
+        self.log_folder = Path(log_folder)
+        self._programs = []
+
+    def start(self, *argv, environment=None):
+        """Starts a program; a value of None takes a variable out of its environment."""
+        variables = {name: value for name, value in {**os.environ, **(environment or {})}.items() if value is not None}
+        program = Program(argv, variables, self.log_folder / f"{len(self._programs) + 1}-{Path(argv[0]).name}")
+        self._programs.append(program)
+        return program
+
+    def end_programs(self):
+        for program in self._programs:
+            if program.poll() is None:
+                program.terminate()
+        for program in reversed(self._programs):
+            try:
+                program.wait(5)
+            except subprocess.TimeoutExpired:
+                program.kill()
+                program.wait()
+        self._programs.clear()
+        wait_until(lambda: not self.windows(), "the windows of the programs are gone")
+
+    def windows(self):
+        """All but the desktop's own, in the order of their opening."""
+        dock = self.display.atom("_NET_WM_WINDOW_TYPE_DOCK")
+        return [Window(self.display, window)
+                for window in self.display.property(self.display.root, "_NET_CLIENT_LIST") or ()
+                if dock not in (self.display.property(window, "_NET_WM_WINDOW_TYPE") or ())]
+
+    def windows_of(self, program):
+        return [window for window in self.windows() if window.process == program.pid]
+
+    def window_of(self, program, number=0):
+        """Waits for the program's window; for a further one, if it has several, in the order of their opening."""
+        def window():
+            if program.poll() is not None:
+                raise AssertionError(f"{program.name} ended without a window: {program.complaints()}")
+            windows = self.windows_of(program)
+            return len(windows) > number and windows[number]
+        return wait_until(window, f"{program.name} shows a window", 30)
+
+    @property
+    def workspace(self):
+        return self.display.property(self.display.root, "_NET_CURRENT_DESKTOP")[0]
+
+    @workspace.setter
+    def workspace(self, number):
+        self.display.send_to_window_manager(self.display.root, "_NET_CURRENT_DESKTOP", number)
+        wait_until(lambda: self.workspace == number, f"workspace {number} is shown")
+
+    @property
+    def active_window(self):
+        return Window(self.display, (self.display.property(self.display.root, "_NET_ACTIVE_WINDOW") or [0])[0])
+
+    def tray_icon(self, window_class="curtain"):
+        """The program's icon in the tray, with its place on the screen; None if there is none to be seen."""
+        def below(window):
+            for child in self.display.children(window):
+                yield Window(self.display, child)
+                yield from below(child)
+        panels = [window for window in below(self.display.root) if "trayer" in window.window_class]
+        icons = [icon for panel in panels for icon in below(panel.id) if window_class in icon.window_class]
+        return next((icon for icon in icons if self.display.is_viewable(icon.id)), None)
+
+
+def write_preferences(settings_folder, **values):
+    folder = Path(settings_folder) / "curtain"
+    folder.mkdir(mode=0o700, exist_ok=True)
+    path = folder / "curtain.preferences.v1"
+    path.write_text(json.dumps(values))
+    return path
+
+
+def private_app(identifier, name):
+    return {"bundleID": identifier, "displayName": name}
+
+
+XTERM = private_app("debian-xterm", "XTerm")
+MOUSEPAD = private_app("org.xfce.mousepad", "Mousepad")
+CHROMIUM = private_app("chromium", "Chromium")
+
+
+class Program(subprocess.Popen):
+    """A program whose output goes to the files LOG.out and LOG.err."""
+
+    def __init__(self, argv, environment, log):
+        self.name = Path(argv[0]).name
+        self._output = log.with_suffix(".out")
+        self._complaints = log.with_suffix(".err")
+        with open(self._output, "wb") as output, open(self._complaints, "wb") as complaints:
+            super().__init__(argv, env=environment, stdin=subprocess.DEVNULL, stdout=output, stderr=complaints)
+
+    def output(self):
+        return self._output.read_text(errors="replace")
+
+    def complaints(self):
+        """What the program has written to its standard error so far."""
+        return self._complaints.read_text(errors="replace")

@@ -1,0 +1,146 @@
+"""What the desktop tests have in common: Curtain as installed, and other people's programs around it.
+
+CURTAIN in the environment is the installed program. A test runs within scripts/virtual-desktop.
+"""
+
+import os
+import signal
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "scripts"))
+# pylint: disable=wrong-import-position,unused-import
+from desktop_driver import (CHROMIUM, MOUSEPAD, SHORTCUT, SHORTCUT_MASK, SHORTCUT_MODIFIERS, XTERM, Desktop, Display,  # noqa
+                            Key, Rectangle, TimedOut, stays, wait_until, write_preferences)
+
+CURTAIN = os.environ["CURTAIN"]
+SECONDS_TO_END = 1
+
+# Colours that tell the windows apart on a screenshot.
+XTERM_COLOUR = "#2040a0"
+URXVT_COLOUR = "#20a040"
+PAGE_COLOUR = "#c04080"
+
+QUIET_CHROMIUM = ["--no-sandbox", "--no-first-run", "--disable-gpu", "--disable-background-networking",
+                  "--disable-component-update", "--disable-sync"]
+
+
+class DesktopCase(unittest.TestCase):
+    """Starts every test without programs and settings, and looks at the end that Curtain was quiet and ends well."""
+
+    def setUp(self):
+        scratch = tempfile.TemporaryDirectory(prefix="curtain-test-")
+        self.addCleanup(scratch.cleanup)
+        self.scratch = Path(scratch.name)
+        self.settings = self.scratch / "settings"
+        self.settings.mkdir()
+        self.desktop = Desktop(self.scratch)
+        self.display = self.desktop.display
+        self.addCleanup(self.display.close)
+        self.addCleanup(self.desktop.end_programs)
+        self.addCleanup(self.let_all_keys_go)
+        self.curtain = None
+        self.expected_complaints = ""
+
+    def tearDown(self):
+        if self.curtain:
+            self.end_curtain()
+
+    def let_all_keys_go(self):
+        self.display.release(*SHORTCUT, Key.SHIFT)
+        for key, mask in ((Key.CAPS_LOCK, 2), (Key.NUM_LOCK, 16)):
+            if self.display.modifiers() & mask:
+                self.display.strike(key)
+        wait_until(lambda: not self.display.modifiers(), "no modifier is on")
+
+    # Curtain
+
+    def launch_curtain(self, **environment):
+        """Without waiting for anything."""
+        return self.desktop.start(CURTAIN, environment={"XDG_CONFIG_HOME": str(self.settings)} | environment)
+
+    def write_private_apps(self, *apps):
+        return write_preferences(self.settings, targetApps=apps)
+
+    def start_curtain(self, *private_apps, **environment):
+        """With what the settings hold already, if no private apps are named."""
+        if private_apps:
+            self.write_private_apps(*private_apps)
+        self.curtain = self.launch_curtain(**environment)
+        self.wait_until_ready(self.curtain)
+        return self.curtain
+
+    def wait_until_ready(self, curtain):
+        def is_ready():
+            self.assertIsNone(curtain.poll(), curtain.complaints())
+            return self.display.is_key_taken(Key.H, SHORTCUT_MASK)
+        wait_until(is_ready, "Curtain waits for its shortcut")
+
+    def end_curtain(self):
+        curtain, self.curtain = self.curtain, None
+        if curtain.poll() is None:
+            curtain.send_signal(signal.SIGTERM)
+        self.assertEqual(curtain.wait(SECONDS_TO_END), 0)
+        self.assertEqual(curtain.complaints(), self.expected_complaints)
+
+    def toggle(self):
+        self.display.strike(*SHORTCUT)
+
+    # Other people's programs
+
+    def start_xterm(self, x=60, y=80):
+        return self.desktop.start("xterm", "-geometry", f"60x15+{x}+{y}", "-bg", XTERM_COLOUR, "-e", "cat")
+
+    def start_urxvt(self, x=60, y=420):
+        return self.desktop.start("urxvt", "-geometry", f"60x15+{x}+{y}", "-bg", URXVT_COLOUR, "+sb", "-e", "cat")
+
+    def start_mousepad(self):
+        """A second one only asks the first for a further window and ends."""
+        return self.desktop.start("mousepad", "--opening-mode=window")
+
+    def start_chromium(self, *arguments):
+        page = f"data:text/html,<title>page</title><body style='background:{PAGE_COLOUR.replace('#', '%23')}'>"
+        return self.desktop.start("chromium", *QUIET_CHROMIUM, f"--user-data-dir={self.scratch}/chromium",
+                                  *(arguments or ["--window-position=640,80", "--window-size=560,400", page]))
+
+    def open_xterm(self, **place):
+        return self.desktop.window_of(self.start_xterm(**place))
+
+    def open_urxvt(self, **place):
+        return self.desktop.window_of(self.start_urxvt(**place))
+
+    def open_mousepad(self, x=700, y=80, width=480, height=300):
+        window = self.desktop.window_of(self.start_mousepad())
+        window.place(x, y, width, height)
+        return window
+
+    # What is to be seen
+
+    def colour_of(self, window):
+        """In the middle of its interior."""
+        x, y, width, height = window.interior
+        return self.display.colour(x + width // 2, y + height // 2)
+
+    def wait_hidden(self, *windows):
+        wait_until(lambda: all(window.is_hidden and not self.display.is_viewable(window.id) for window in windows),
+                   f"{windows} are hidden")
+
+    def wait_shown(self, *windows):
+        wait_until(lambda: not any(window.is_hidden for window in windows) and
+                   all(self.display.is_viewable(window.id) for window in windows), f"{windows} are shown")
+
+    def wait_geometry(self, geometries):
+        """The window manager may let windows fly to where they belong."""
+        wait_until(lambda: all(window.geometry == geometry for window, geometry in geometries.items()),
+                   f"{geometries}, not {[window.geometry for window in geometries]}")
+
+    def wait_colour(self, window, colour):
+        wait_until(lambda: self.colour_of(window) == colour, f"{window} shows {colour}")
+
+    def assert_stays_shown(self, *windows):
+        self.assertTrue(stays(lambda: not any(window.is_hidden for window in windows)), f"{windows} were hidden")
+
+    def assert_stays_hidden(self, *windows):
+        self.assertTrue(stays(lambda: all(window.is_hidden for window in windows)), f"{windows} were shown")
