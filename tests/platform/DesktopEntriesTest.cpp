@@ -209,6 +209,9 @@ TEST_F(DesktopEntriesTest, CommandsNameTheirProgram) {
         {"/usr/bin/env A=1 app --flag", "app", true},
         {"env -i A=1 app", "app", false},
         {"env --unset=A app", "app", false},
+        {"env -u A -C / B=1 app %U", "app", false},
+        {"env --unset A --chdir / app", "app", false},
+        {"app -u A", "app", true},
         {"env", "", false},
     };
     for (const auto& [command, program, hasArguments] : cases) {

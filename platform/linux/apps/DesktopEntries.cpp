@@ -24,6 +24,11 @@ std::string text(const char* value) {
     return value != nullptr ? value : "";
 }
 
+/// The options of env that take the argument after them.
+bool takesAnArgument(std::string_view option) {
+    return option == "-u" || option == "--unset" || option == "-C" || option == "--chdir";
+}
+
 struct Command {
     std::string program;
     bool hasArguments = false;
@@ -45,6 +50,8 @@ Command parseCommand(const char* commandLine) {
             command.hasArguments = command.hasArguments || !argument.starts_with('%');
         } else if (argument == "env" || argument.ends_with("/env")) {
             isAfterEnv = true;
+        } else if (isAfterEnv && takesAnArgument(argument)) {
+            ++index;
         } else if (!isAfterEnv ||
                    (argument.find('=') == std::string_view::npos && !argument.starts_with('-'))) {
             command.program = fs::path(argument).filename().string();
