@@ -139,9 +139,11 @@ TEST_F(AppIdentityTest, TheProgramFindsTheEntryOfAWindowThatSaysNothing) {
 
 TEST_F(AppIdentityTest, AnInterpreterIsNotTheApp) {
     std::uint32_t process = 0;
-    for (const auto* program :
-         {"python3", "python3.11", "perl", "perl5.36.0", "ruby3.1", "node", "java", "mono", "wine", "wine64",
-          "electron", "electron22", "gjs", "sh", "bash", "dotnet"}) {
+    for (const auto* program : {"python3",     "python3.11", "perl",           "perl5.36.0",
+                                "ruby3.1",     "node",       "java",           "mono",
+                                "wine",        "wine64",     "wine-preloader", "wine64-preloader",
+                                "gjs-console", "dash",       "electron",       "electron22",
+                                "gjs",         "sh",         "bash",           "dotnet"}) {
         addProcess(static_cast<int>(++process), std::string("/usr/bin/") + program);
         EXPECT_EQ(identify(ofProcess(process)), "absent") << program;
         auto hints = windowClass("thing", "Thing");

@@ -163,6 +163,27 @@ TEST_F(DesktopEntriesTest, SubfoldersArePartOfTheId) {
     EXPECT_THAT(entries.withPath((system / "kde/deep/bar.desktop").string()), NotNull());
 }
 
+TEST_F(DesktopEntriesTest, ALoopOfLinksIsLeftAlone) {
+    installPlain(system / "app.desktop");
+    installPlain(system / "kde/foo.desktop");
+    for (const auto* link : {"one", "two", "three", "four", "kde/back"}) {
+        fs::create_directory_symlink(system, system / link);
+    }
+    fs::create_symlink("self", system / "self");
+    touch(system);
+    EXPECT_THAT(ids(), ElementsAre("app", "kde-foo"));
+    EXPECT_EQ(entries.withProgram("app")->id, "app");
+}
+
+TEST_F(DesktopEntriesTest, ALinkToAFolderElsewhereIsASubfolder) {
+    installPlain(root.path() / "elsewhere/foo.desktop");
+    fs::create_directories(user);
+    fs::create_directory_symlink(root.path() / "elsewhere", user / "linked");
+    fs::create_directory_symlink(system, user / "all");
+    installPlain(system / "app.desktop");
+    EXPECT_THAT(ids(), ElementsAre("all-app", "linked-foo", "app"));
+}
+
 TEST_F(DesktopEntriesTest, CommandsNameTheirProgram) {
     struct Case {
         std::string command;
@@ -188,6 +209,9 @@ TEST_F(DesktopEntriesTest, CommandsNameTheirProgram) {
         {"/usr/bin/env A=1 app --flag", "app", true},
         {"env -i A=1 app", "app", false},
         {"env --unset=A app", "app", false},
+        {"env -u A -C / B=1 app %U", "app", false},
+        {"env --unset A --chdir / app", "app", false},
+        {"app -u A", "app", true},
         {"env", "", false},
     };
     for (const auto& [command, program, hasArguments] : cases) {

@@ -17,8 +17,9 @@ constexpr std::string_view entrySuffix = ".desktop";
 
 /// Programs that run other programs: their own name tells nothing about the app.
 bool isInterpreter(std::string_view program) {
-    constexpr std::array<std::string_view, 12> prefixes{
-        "python", "perl", "ruby", "node", "java", "mono", "wine", "electron", "gjs", "sh", "bash", "dotnet"};
+    constexpr std::array<std::string_view, 16> prefixes{
+        "python",           "perl",     "ruby", "node",        "java", "mono", "wine", "wine-preloader",
+        "wine64-preloader", "electron", "gjs",  "gjs-console", "sh",   "bash", "dash", "dotnet"};
     return std::ranges::any_of(prefixes, [&](std::string_view prefix) {
         if (!program.starts_with(prefix)) {
             return false;

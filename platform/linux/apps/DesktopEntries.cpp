@@ -17,13 +17,16 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::string_view suffix = ".desktop";
-/// Folders nested deeper than this hold no entries, but possibly a loop.
-constexpr int deepestFolder = 8;
 
 using OwnedText = std::unique_ptr<char, decltype(&g_free)>;
 
 std::string text(const char* value) {
     return value != nullptr ? value : "";
+}
+
+/// The options of env that take the argument after them.
+bool takesAnArgument(std::string_view option) {
+    return option == "-u" || option == "--unset" || option == "-C" || option == "--chdir";
 }
 
 struct Command {
@@ -47,6 +50,8 @@ Command parseCommand(const char* commandLine) {
             command.hasArguments = command.hasArguments || !argument.starts_with('%');
         } else if (argument == "env" || argument.ends_with("/env")) {
             isAfterEnv = true;
+        } else if (isAfterEnv && takesAnArgument(argument)) {
+            ++index;
         } else if (!isAfterEnv ||
                    (argument.find('=') == std::string_view::npos && !argument.starts_with('-'))) {
             command.program = fs::path(argument).filename().string();
@@ -187,13 +192,19 @@ void DesktopEntries::read() {
     watchedFolders_.clear();
     folderTimes_.clear();
     std::set<std::string> seen;
-    const auto readFolder = [&](const auto& self, const fs::path& folder, const std::string& prefix,
-                                int depth) -> void {
+    // The folders that are being read, links resolved: one that comes again in itself is a loop.
+    std::vector<fs::path> ancestors;
+    const auto readFolder = [&](const auto& self, const fs::path& folder, const std::string& prefix) -> void {
+        std::error_code error;
+        const auto resolved = fs::weakly_canonical(folder, error);
+        if (std::ranges::find(ancestors, resolved) != ancestors.end()) {
+            return;
+        }
+        ancestors.push_back(resolved);
         watchedFolders_.push_back(folder);
         folderTimes_.push_back(changeTime(folder));
         for (const auto& path : sortedContents(folder)) {
             const auto name = path.filename().string();
-            std::error_code error;
             if (name.ends_with(suffix)) {
                 auto id = prefix + name.substr(0, name.size() - suffix.size());
                 if (seen.insert(id).second) {
@@ -201,13 +212,14 @@ void DesktopEntries::read() {
                         entries_.push_back(std::move(*entry));
                     }
                 }
-            } else if (depth < deepestFolder && fs::is_directory(path, error)) {
-                self(self, path, prefix + name + "-", depth + 1);
+            } else if (fs::is_directory(path, error)) {
+                self(self, path, prefix + name + "-");
             }
         }
+        ancestors.pop_back();
     };
     for (const auto& folder : folders_) {
-        readFolder(readFolder, folder, "", 0);
+        readFolder(readFolder, folder, "");
     }
     buildIndexes();
 }
