@@ -73,7 +73,7 @@ constexpr auto replacedTexts = std::to_array<Entry<LocKey>>({
       .es = "Abrir No molestar",
       .zh = "打开勿扰设置",
       .hi = "‘परेशान न करें’ खोलें",
-      .ar = "فتح عدم الإزعاج",
+      .ar = "فتح «عدم الإزعاج»",
       .pt = "Abrir Não perturbe",
       .fr = "Ouvrir Ne pas déranger",
       .ru = "Открыть «Не беспокоить»"}},
@@ -93,17 +93,18 @@ constexpr auto replacedTexts = std::to_array<Entry<LocKey>>({
           "Примечание: показ экрана из браузера тоже распознаётся. Изменение сработает после перезапуска."}},
     {LocKey::notifNote,
      {.en = "Some desktops don't say whether Do Not Disturb is on, so this is a manual reminder.",
-      .es =
-          "Algunos escritorios no informan de si No molestar está activado, así que esto es un recordatorio "
-          "manual.",
+      .es = "Algunos escritorios no informan de si el modo No molestar está activado, así que esto es un "
+            "recordatorio "
+            "manual.",
       .zh = "部分桌面环境不提供勿扰模式状态，因此这只是手动提醒。",
       .hi = "कुछ डेस्कटॉप नहीं बताते कि ‘परेशान न करें’ चालू है या नहीं, इसलिए यह सिर्फ़ याद दिलाने के लिए है।",
       .ar = "لا تتيح بعض بيئات سطح المكتب معرفة حالة عدم الإزعاج، لذا فهذا تذكير يدوي.",
       .pt = "Alguns ambientes gráficos não informam o estado do Não perturbe; por isso, este é um lembrete "
             "manual.",
-      .fr =
-          "Certains bureaux n’indiquent pas si Ne pas déranger est activé : ceci est donc un rappel manuel.",
-      .ru = "Некоторые среды не сообщают, включён ли режим «Не беспокоить», поэтому это лишь напоминание."}},
+      .fr = "Certains environnements de bureau n’indiquent pas si le mode Ne pas déranger est activé : ceci "
+            "est donc un rappel manuel.",
+      .ru = "Некоторые рабочие среды не сообщают, включён ли режим «Не беспокоить», поэтому это лишь "
+            "напоминание."}},
     {LocKey::onboardBody,
      {.en =
           "Before each call, Curtain checks your camera, microphone, notifications and screen so you don't "
@@ -194,12 +195,12 @@ constexpr auto ownTexts = std::to_array<Entry<PlatformKey>>({
     {PlatformKey::noHidingOnWayland,
      {.en = "This Wayland desktop offers no way to hide other apps.",
       .es = "Este entorno de Wayland no ofrece ningún modo de ocultar otras apps.",
-      .zh = "此 Wayland 桌面环境没有隐藏其他应用的方法。",
+      .zh = "此 Wayland 桌面环境不支持隐藏其他应用。",
       .hi = "इस Wayland डेस्कटॉप में दूसरे ऐप छिपाने का कोई तरीक़ा नहीं है।",
       .ar = "لا توفر بيئة Wayland هذه أي طريقة لإخفاء التطبيقات الأخرى.",
       .pt = "Este ambiente Wayland não oferece nenhum meio de ocultar outros apps.",
       .fr = "Cet environnement Wayland n’offre aucun moyen de masquer d’autres apps.",
-      .ru = "Эта среда Wayland не даёт скрывать другие приложения."}},
+      .ru = "Эта среда Wayland не позволяет скрывать другие приложения."}},
     {PlatformKey::noWindowManager,
      {.en = "No window manager is running, so apps can't be hidden.",
       .es = "No hay ningún gestor de ventanas en marcha, así que no se pueden ocultar apps.",
@@ -249,7 +250,7 @@ constexpr auto ownTexts = std::to_array<Entry<PlatformKey>>({
      {.en = "Screen sharing can't be detected in this session.",
       .es = "En esta sesión no se puede detectar cuándo compartes la pantalla.",
       .zh = "此会话中无法检测屏幕共享。",
-      .hi = "इस सत्र में स्क्रीन शेयर का पता नहीं लगाया जा सकता।",
+      .hi = "इस सत्र में स्क्रीन शेयर की पहचान नहीं हो सकती।",
       .ar = "لا يمكن اكتشاف مشاركة الشاشة في هذه الجلسة.",
       .pt = "Não é possível detectar o compartilhamento da tela nesta sessão.",
       .fr = "Le partage d’écran ne peut pas être détecté dans cette session.",

@@ -172,10 +172,10 @@ TEST(PlatformWording, EveryOtherTextIsTheCoresOwn) {
 
 TEST(PlatformWording, NoLanguageBorrowsTheTextOfAnother) {
     const auto isBorrowed = [](auto key) {
-        std::vector<std::string_view> seen;
-        for (const auto& [code, fullStop, forbidden] : typographies) {
-            seen.push_back(PlatformWording::string(key, code));
-        }
+        std::array<std::string_view, typographies.size()> seen;
+        std::ranges::transform(typographies, seen.begin(), [key](const Typography& language) {
+            return PlatformWording::string(key, language.code);
+        });
         std::ranges::sort(seen);
         return std::ranges::adjacent_find(seen) != seen.end();
     };
@@ -243,6 +243,7 @@ protected:
     /// Every text that the module adds, with its English form.
     static std::vector<std::pair<std::string, std::string>> textsOf(std::string_view lang) {
         std::vector<std::pair<std::string, std::string>> texts;
+        texts.reserve(replacements.size() + allCases<PlatformKey>().size());
         for (const auto& replacement : replacements) {
             texts.emplace_back(PlatformWording::string(replacement.key, lang),
                                PlatformWording::string(replacement.key, "en"));
@@ -312,7 +313,6 @@ TEST_P(PlatformWordingTypography, MarksComeInPairsAndWithTheirSpaces) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Languages, PlatformWordingTypography, testing::ValuesIn(typographies),
-                         [](const auto& language) { return std::string(language.param.code); });
+INSTANTIATE_TEST_SUITE_P(Languages, PlatformWordingTypography, testing::ValuesIn(typographies));
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <ostream>
 #include <string_view>
 #include <vector>
 
@@ -12,6 +13,10 @@ struct Typography {
     std::string_view code;
     std::string_view fullStop;
     std::vector<std::string_view> forbidden;
+
+    friend std::ostream& operator<<(std::ostream& stream, const Typography& typography) {
+        return stream << typography.code;
+    }
 };
 
 /// Every language that has texts, English first.
