@@ -1,6 +1,7 @@
 #include "core/Localizer.h"
 
 #include "tests/support/EnglishTexts.h"
+#include "tests/support/Typography.h"
 
 #include <gmock/gmock.h>
 
@@ -12,20 +13,15 @@ namespace {
 using namespace CurtainCore;
 using testing::HasSubstr;
 using testing::Not;
+using TestSupport::count;
 using TestSupport::englishTexts;
+using TestSupport::typographies;
+using TestSupport::Typography;
 
 constexpr std::array<std::string_view, 8> codes{"en", "es", "zh", "hi", "ar", "pt", "fr", "ru"};
 
 std::string_view text(LocKey key, std::string_view lang) {
     return Localizer().string(key, lang);
-}
-
-std::size_t count(std::string_view all, std::string_view part) {
-    std::size_t result = 0;
-    for (auto at = all.find(part); at != std::string_view::npos; at = all.find(part, at + part.size())) {
-        ++result;
-    }
-    return result;
 }
 
 TEST(LocKey, NamesComeInTheOrderOfTheTexts) {
@@ -168,16 +164,10 @@ TEST(Localizer, ThreadsMayLookUpSideBySide) {
     EXPECT_EQ(first.get(), second.get());
 }
 
-/// What the typography of one language asks for or forbids.
-struct Typography {
-    std::string_view code;
-    std::vector<std::string_view> forbidden;
-};
-
 class LocalizerTypography : public testing::TestWithParam<Typography> {};
 
 TEST_P(LocalizerTypography, KeepsToItsMarks) {
-    const auto& [code, forbidden] = GetParam();
+    const auto& [code, fullStop, forbidden] = GetParam();
     for (const auto key : allCases<LocKey>()) {
         for (const auto mark : forbidden) {
             EXPECT_THAT(std::string(text(key, code)), Not(HasSubstr(std::string(mark)))) << rawValue(key);
@@ -185,14 +175,7 @@ TEST_P(LocalizerTypography, KeepsToItsMarks) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Languages, LocalizerTypography,
-    testing::Values(Typography{"en", {"...", "’", "“", "”"}}, Typography{"es", {"...", "'", "\""}},
-                    Typography{"zh", {"...", ",", "?", "!", ";", ": ", "(", ")", "\"", "'"}},
-                    Typography{"hi", {"...", ". ", "\"", "'"}},
-                    Typography{"ar", {"...", ",", "?", ";", "\"", "'"}}, Typography{"pt", {"...", "'", "\""}},
-                    Typography{"fr", {"...", "'", "\"", " !", " :", " ;"}},
-                    Typography{"ru", {"...", "'", "\""}}));
+INSTANTIATE_TEST_SUITE_P(Languages, LocalizerTypography, testing::ValuesIn(typographies));
 
 TEST(LocalizerTypography, SpanishQuestionsOpenAndClose) {
     for (const auto key : allCases<LocKey>()) {
@@ -223,15 +206,9 @@ TEST(LocalizerTypography, EllipsesStandWhereEnglishHasThem) {
 }
 
 TEST(LocalizerTypography, SentencesAreSentencesInEveryLanguage) {
-    const auto stopOf = [](std::string_view code) -> std::string_view {
-        if (code == "zh") {
-            return "。";
-        }
-        return code == "hi" ? "।" : ".";
-    };
-    for (const auto code : codes) {
+    for (const auto& [code, fullStop, forbidden] : typographies) {
         for (const auto key : allCases<LocKey>()) {
-            EXPECT_EQ(text(key, code).ends_with(stopOf(code)), text(key, "en").ends_with('.'))
+            EXPECT_EQ(text(key, code).ends_with(fullStop), text(key, "en").ends_with('.'))
                 << code << ' ' << rawValue(key) << ' ' << text(key, code);
         }
     }

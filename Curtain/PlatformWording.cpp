@@ -1,0 +1,305 @@
+#include "Curtain/PlatformWording.h"
+
+#include "core/Localizer.h"
+#include "core/Preferences.h"
+
+#include <algorithm>
+#include <array>
+
+namespace Curtain {
+namespace {
+
+using CurtainCore::AppLanguage;
+using CurtainCore::Localizer;
+using CurtainCore::LocKey;
+
+/// One text in every language. docs/translating.md says what holds for all texts.
+struct Texts {
+    std::string_view en;
+    std::string_view es;
+    std::string_view zh;
+    std::string_view hi;
+    std::string_view ar;
+    std::string_view pt;
+    std::string_view fr;
+    std::string_view ru;
+};
+
+template <class Key>
+struct Entry {
+    Key key;
+    Texts texts;
+};
+
+/// Stands for the text of core/texts, where that is already true on Linux.
+constexpr std::string_view kept;
+
+// Do Not Disturb is named as the desktops name it: No molestar, 勿扰模式, परेशान न करें, عدم الإزعاج, Não
+// perturbe, Ne pas déranger, Не беспокоить. Where the name would run into the rest of the text, it stands in
+// quotation marks. "Session" is what one logs in to: sesión, 会话, सत्र, جلسة, sessão, session, сеанс.
+constexpr auto replacedTexts = std::to_array<Entry<LocKey>>({
+    // A button. It opens a page of the desktop's settings and switches nothing.
+    {LocKey::openFocusSettings,
+     {.en = "Open Do Not Disturb Settings",
+      .es = "Abrir la configuración de No molestar",
+      .zh = "打开勿扰模式设置",
+      .hi = "‘परेशान न करें’ सेटिंग खोलें",
+      .ar = "فتح إعدادات عدم الإزعاج",
+      .pt = "Abrir configurações de Não perturbe",
+      .fr = "Ouvrir les paramètres Ne pas déranger",
+      .ru = "Открыть настройки «Не беспокоить»"}},
+    {LocKey::hideFinder,
+     {.en = "Hide File Manager",
+      .es = "Ocultar el gestor de archivos",
+      .zh = "隐藏文件管理器",
+      .hi = "फ़ाइल मैनेजर छिपाएँ",
+      .ar = "إخفاء مدير الملفات",
+      .pt = "Ocultar o gerenciador de arquivos",
+      .fr = "Masquer le gestionnaire de fichiers",
+      .ru = "Скрыть файловый менеджер"}},
+    // In small letters, since every desktop has its own name for its settings.
+    {LocKey::openSystemSettings,
+     {.en = "Open system settings",
+      .es = kept,
+      .zh = kept,
+      .hi = kept,
+      .ar = kept,
+      .pt = kept,
+      .fr = kept,
+      .ru = kept}},
+    // A small button that opens the same page as openFocusSettings.
+    {LocKey::openFocus,
+     {.en = "Open Do Not Disturb",
+      .es = "Abrir No molestar",
+      .zh = "打开勿扰设置",
+      .hi = "‘परेशान न करें’ खोलें",
+      .ar = "فتح «عدم الإزعاج»",
+      .pt = "Abrir Não perturbe",
+      .fr = "Ouvrir Ne pas déranger",
+      .ru = "Открыть «Не беспокоить»"}},
+    // Sharing is noticed by the screen being captured, whichever program does it.
+    {LocKey::autoDetectNote,
+     {.en = "Note: Sharing from a browser is detected too. Changing this takes effect on relaunch.",
+      .es = "Nota: también se detecta si compartes desde el navegador. El cambio se aplica al reiniciar "
+            "Curtain.",
+      .zh = "注意：浏览器中的屏幕共享也能检测到。更改将在重新启动 Curtain 后生效。",
+      .hi = "ध्यान दें: ब्राउज़र से शेयर करने का भी पता चलता है। बदलाव Curtain को फिर से शुरू करने पर लागू होगा।",
+      .ar = "ملاحظة: تُكتشف المشاركة من المتصفح أيضًا. يسري التغيير بعد إعادة تشغيل Curtain.",
+      .pt = "Nota: o compartilhamento pelo navegador também é detectado. A mudança vale após reiniciar o "
+            "Curtain.",
+      .fr = "Remarque : le partage depuis le navigateur est aussi détecté. Le changement prend effet au "
+            "redémarrage.",
+      .ru =
+          "Примечание: показ экрана из браузера тоже распознаётся. Изменение сработает после перезапуска."}},
+    {LocKey::notifNote,
+     {.en = "Some desktops don't say whether Do Not Disturb is on, so this is a manual reminder.",
+      .es = "Algunos escritorios no informan de si el modo No molestar está activado, así que esto es un "
+            "recordatorio "
+            "manual.",
+      .zh = "部分桌面环境不提供勿扰模式状态，因此这只是手动提醒。",
+      .hi = "कुछ डेस्कटॉप नहीं बताते कि ‘परेशान न करें’ चालू है या नहीं, इसलिए यह सिर्फ़ याद दिलाने के लिए है।",
+      .ar = "لا تتيح بعض بيئات سطح المكتب معرفة حالة عدم الإزعاج، لذا فهذا تذكير يدوي.",
+      .pt = "Alguns ambientes gráficos não informam o estado do Não perturbe; por isso, este é um lembrete "
+            "manual.",
+      .fr = "Certains environnements de bureau n’indiquent pas si le mode Ne pas déranger est activé : ceci "
+            "est donc un rappel manuel.",
+      .ru = "Некоторые рабочие среды не сообщают, включён ли режим «Не беспокоить», поэтому это лишь "
+            "напоминание."}},
+    {LocKey::onboardBody,
+     {.en =
+          "Before each call, Curtain checks your camera, microphone, notifications and screen so you don't "
+          "share anything private. It needs your permission for each — everything stays on your computer and "
+          "nothing is recorded or uploaded.",
+      .es =
+          "Antes de cada llamada, Curtain comprueba tu cámara, micrófono, notificaciones y pantalla para que "
+          "no compartas nada privado. Necesita tu permiso para cada cosa: todo se queda en tu equipo y nada "
+          "se graba ni se sube.",
+      .zh = "每次通话前，Curtain 会检查你的摄像头、麦克风、通知和屏幕，避免你共享任何私密内容。"
+            "每一项都需要你的许可——一切都留在你的电脑上，不会录制或上传任何内容。",
+      .hi = "हर कॉल से पहले Curtain आपका कैमरा, माइक्रोफ़ोन, सूचनाएँ और स्क्रीन जाँचता है, ताकि कुछ निजी शेयर न हो "
+            "जाए। हर एक के लिए आपकी अनुमति चाहिए — सब कुछ आपके कंप्यूटर पर ही रहता है और कुछ भी रिकॉर्ड या अपलोड "
+            "नहीं होता।",
+      .ar = "قبل كل مكالمة، يفحص Curtain الكاميرا والميكروفون والإشعارات والشاشة حتى لا تشارك شيئًا خاصًا. "
+            "يحتاج إلى إذنك لكل منها — يبقى كل شيء على جهازك ولا يُسجَّل شيء أو يُرفع.",
+      .pt = "Antes de cada chamada, o Curtain verifica a câmera, o microfone, as notificações e a tela para "
+            "você não compartilhar nada privado. Ele precisa da sua permissão para cada item — tudo fica no "
+            "seu computador e nada é gravado nem enviado.",
+      .fr =
+          "Avant chaque appel, Curtain vérifie votre caméra, votre micro, vos notifications et votre écran "
+          "pour que vous ne partagiez rien de privé. Il lui faut votre autorisation pour chacun : tout reste "
+          "sur votre ordinateur, rien n’est enregistré ni envoyé.",
+      .ru = "Перед каждым звонком Curtain проверяет камеру, микрофон, уведомления и экран, чтобы вы не "
+            "показали ничего личного. На каждую проверку нужно ваше разрешение — всё остаётся на вашем "
+            "компьютере, ничего не записывается и не отправляется."}},
+    // A button.
+    {LocKey::wizWelcomeCTA,
+     {.en = "See if my computer qualifies",
+      .es = "Ver si mi equipo es compatible",
+      .zh = "看看我的电脑是否符合要求",
+      .hi = "देखें कि मेरा कंप्यूटर उपयुक्त है या नहीं",
+      .ar = "التحقق من ملاءمة جهازي",
+      .pt = "Ver se meu computador é compatível",
+      .fr = "Voir si mon ordinateur convient",
+      .ru = "Проверить мой компьютер"}},
+    // A title of one line.
+    {LocKey::wizCompatTitle,
+     {.en = "Your computer is perfect for this",
+      .es = "Tu equipo es perfecto para esto",
+      .zh = "你的电脑再合适不过",
+      .hi = "आपका कंप्यूटर इसके लिए एकदम सही है",
+      .ar = "جهازك مثالي لهذا",
+      .pt = "Seu computador é perfeito para isso",
+      .fr = "Votre ordinateur est parfait pour ça",
+      .ru = "Ваш компьютер отлично подходит"}},
+    // Why it is so may follow, as noHidingOnWayland, noWindowManager or logOutOnce.
+    {LocKey::wizCompatOSFail,
+     {.en = "Curtain can't hide apps in this session. Please log in to another one to continue.",
+      .es = "Curtain no puede ocultar apps en esta sesión. Inicia otra para continuar.",
+      .zh = "Curtain 无法在此会话中隐藏应用。请登录其他会话后继续。",
+      .hi = "Curtain इस सत्र में ऐप नहीं छिपा सकता। जारी रखने के लिए किसी दूसरे सत्र में लॉगिन करें।",
+      .ar = "لا يستطيع Curtain إخفاء التطبيقات في هذه الجلسة. سجّل الدخول إلى جلسة أخرى للمتابعة.",
+      .pt = "O Curtain não pode ocultar apps nesta sessão. Entre em outra para continuar.",
+      .fr = "Curtain ne peut pas masquer d’apps dans cette session. Ouvrez-en une autre pour continuer.",
+      .ru = "Curtain не может скрывать приложения в этом сеансе. Войдите в другой, чтобы продолжить."}},
+    // What was found to work, above "Camera and microphone".
+    {LocKey::wizCompatCheckOS,
+     {.en = "Hiding apps",
+      .es = "Ocultación de apps",
+      .zh = "隐藏应用",
+      .hi = "ऐप छिपाना",
+      .ar = "إخفاء التطبيقات",
+      .pt = "Ocultação de apps",
+      .fr = "Masquage des apps",
+      .ru = "Скрытие приложений"}},
+    {LocKey::wizPermDeniedHint,
+     {.en = "Access denied. Open the system settings to grant it, then retry.",
+      .es = kept,
+      .zh = kept,
+      .hi = kept,
+      .ar = kept,
+      .pt = kept,
+      .fr = kept,
+      .ru = kept}},
+    {LocKey::wizPermOpenSettings,
+     {.en = "Open system settings",
+      .es = kept,
+      .zh = kept,
+      .hi = kept,
+      .ar = kept,
+      .pt = kept,
+      .fr = kept,
+      .ru = kept}},
+});
+
+constexpr auto ownTexts = std::to_array<Entry<PlatformKey>>({
+    {PlatformKey::noHidingOnWayland,
+     {.en = "This Wayland desktop offers no way to hide other apps.",
+      .es = "Este entorno de Wayland no ofrece ningún modo de ocultar otras apps.",
+      .zh = "此 Wayland 桌面环境不支持隐藏其他应用。",
+      .hi = "इस Wayland डेस्कटॉप में दूसरे ऐप छिपाने का कोई तरीक़ा नहीं है।",
+      .ar = "لا توفر بيئة Wayland هذه أي طريقة لإخفاء التطبيقات الأخرى.",
+      .pt = "Este ambiente Wayland não oferece nenhum meio de ocultar outros apps.",
+      .fr = "Cet environnement Wayland n’offre aucun moyen de masquer d’autres apps.",
+      .ru = "Эта среда Wayland не позволяет скрывать другие приложения."}},
+    {PlatformKey::noWindowManager,
+     {.en = "No window manager is running, so apps can't be hidden.",
+      .es = "No hay ningún gestor de ventanas en marcha, así que no se pueden ocultar apps.",
+      .zh = "没有正在运行的窗口管理器，因此无法隐藏应用。",
+      .hi = "कोई विंडो मैनेजर चालू नहीं है, इसलिए ऐप नहीं छिपाए जा सकते।",
+      .ar = "لا يوجد مدير نوافذ قيد التشغيل، لذا لا يمكن إخفاء التطبيقات.",
+      .pt = "Nenhum gerenciador de janelas está em execução; por isso, não é possível ocultar apps.",
+      .fr = "Aucun gestionnaire de fenêtres n’est lancé : impossible de masquer des apps.",
+      .ru = "Оконный менеджер не запущен, поэтому скрыть приложения нельзя."}},
+    {PlatformKey::logOutOnce,
+     {.en = "Log out and back in once so that Curtain can hide apps.",
+      .es = "Cierra la sesión y vuelve a iniciarla una vez para que Curtain pueda ocultar apps.",
+      .zh = "请注销并重新登录一次，之后 Curtain 就能隐藏应用。",
+      .hi = "एक बार लॉगआउट करके फिर से लॉगिन करें, ताकि Curtain ऐप छिपा सके।",
+      .ar = "سجّل الخروج ثم الدخول مرة واحدة ليتمكن Curtain من إخفاء التطبيقات.",
+      .pt = "Encerre a sessão e entre de novo uma vez para que o Curtain possa ocultar apps.",
+      .fr = "Fermez puis rouvrez votre session une fois pour que Curtain puisse masquer des apps.",
+      .ru = "Один раз выйдите из системы и войдите снова, чтобы Curtain мог скрывать приложения."}},
+    {PlatformKey::noSettingsPage,
+     {.en = "No matching settings page was found on this system.",
+      .es = "No se encontró la página de configuración correspondiente en este sistema.",
+      .zh = "未在此系统中找到相应的设置页面。",
+      .hi = "इस सिस्टम पर इससे जुड़ा कोई सेटिंग पेज नहीं मिला।",
+      .ar = "لم يُعثر على صفحة إعدادات مناسبة في هذا النظام.",
+      .pt = "Nenhuma página de configurações correspondente foi encontrada neste sistema.",
+      .fr = "Aucune page de paramètres correspondante n’a été trouvée sur ce système.",
+      .ru = "В этой системе не нашлось подходящей страницы настроек."}},
+    {PlatformKey::noTray,
+     {.en = "No system tray was found. Add one to see Curtain's icon.",
+      .es = "No se encontró ninguna bandeja del sistema. Añade una para ver el icono de Curtain.",
+      .zh = "未找到系统托盘。请添加托盘以显示 Curtain 图标。",
+      .hi = "कोई सिस्टम ट्रे नहीं मिली। Curtain का आइकॉन देखने के लिए ट्रे जोड़ें।",
+      .ar = "لم يُعثر على علبة النظام. أضفها لتظهر أيقونة Curtain.",
+      .pt = "Nenhuma bandeja do sistema foi encontrada. Adicione uma para ver o ícone do Curtain.",
+      .fr = "Aucune zone de notification trouvée. Ajoutez-en une pour voir l’icône de Curtain.",
+      .ru = "Системный лоток не найден. Добавьте его, чтобы видеть значок Curtain."}},
+    {PlatformKey::noGlobalShortcuts,
+     {.en = "This session doesn't support global shortcuts.",
+      .es = "Esta sesión no admite atajos globales.",
+      .zh = "此会话不支持全局快捷键。",
+      .hi = "इस सत्र में ग्लोबल शॉर्टकट काम नहीं करते।",
+      .ar = "لا تدعم هذه الجلسة الاختصارات العامة.",
+      .pt = "Esta sessão não é compatível com atalhos globais.",
+      .fr = "Cette session ne prend pas en charge les raccourcis globaux.",
+      .ru = "В этом сеансе глобальные сочетания клавиш не работают."}},
+    {PlatformKey::noShareDetection,
+     {.en = "Screen sharing can't be detected in this session.",
+      .es = "En esta sesión no se puede detectar cuándo compartes la pantalla.",
+      .zh = "此会话中无法检测屏幕共享。",
+      .hi = "इस सत्र में स्क्रीन शेयर की पहचान नहीं हो सकती।",
+      .ar = "لا يمكن اكتشاف مشاركة الشاشة في هذه الجلسة.",
+      .pt = "Não é possível detectar o compartilhamento da tela nesta sessão.",
+      .fr = "Le partage d’écran ne peut pas être détecté dans cette session.",
+      .ru = "В этом сеансе показ экрана не распознаётся."}},
+});
+
+std::string_view textOf(const Texts& texts, AppLanguage language) {
+    switch (language) {
+    case AppLanguage::system:
+    case AppLanguage::en:
+        return texts.en;
+    case AppLanguage::es:
+        return texts.es;
+    case AppLanguage::zh:
+        return texts.zh;
+    case AppLanguage::hi:
+        return texts.hi;
+    case AppLanguage::ar:
+        return texts.ar;
+    case AppLanguage::pt:
+        return texts.pt;
+    case AppLanguage::fr:
+        return texts.fr;
+    case AppLanguage::ru:
+        return texts.ru;
+    }
+    return texts.en;
+}
+
+/// Empty when the table has no text of its own for the key.
+template <class Table, class Key>
+std::string_view find(const Table& table, Key key, std::string_view lang) {
+    const auto found = std::ranges::find(table, key, [](const auto& entry) { return entry.key; });
+    if (found == table.end()) {
+        return {};
+    }
+    const auto code = Localizer::resolve(AppLanguage::system, lang);
+    return textOf(found->texts, CurtainCore::fromRawValue<AppLanguage>(code).value_or(AppLanguage::en));
+}
+
+} // namespace
+
+std::string_view PlatformWording::string(LocKey key, std::string_view lang) {
+    const auto text = find(replacedTexts, key, lang);
+    return text.empty() ? Localizer().string(key, lang) : text;
+}
+
+std::string_view PlatformWording::string(PlatformKey key, std::string_view lang) {
+    return find(ownTexts, key, lang);
+}
+
+} // namespace Curtain

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "core/LocKey.h"
+#include "core/RawValue.h"
+
+#include <array>
+#include <string_view>
+#include <utility>
+
+namespace Curtain {
+
+/// Names a sentence that only Linux needs.
+enum class PlatformKey {
+    /// Why apps cannot be hidden, to stand below `wizCompatOSFail` or alone: the session is a Wayland one
+    /// that
+    /// has no way to do it.
+    noHidingOnWayland,
+    /// The same: nothing manages the windows.
+    noWindowManager,
+    /// The same: what hides them is installed, and the desktop loads it when its next session begins.
+    logOutOnce,
+    /// The desktop has no page that a settings button could open.
+    noSettingsPage,
+    noTray,
+    noGlobalShortcuts,
+    noShareDetection,
+};
+
+/// The texts that the user sees on Linux: those of `CurtainCore::Localizer`, but for the few that would be
+/// untrue here, and some of its own. Texts and codes are UTF-8, texts live as long as the program, and a
+/// lookup allocates nothing; callable from any thread.
+namespace PlatformWording {
+
+/// The text in a language, by its two-letter code; in English when the code is not known. A text may hold the
+/// placeholder "%@" for a value, as often as the localizer's.
+std::string_view string(CurtainCore::LocKey key, std::string_view lang);
+
+/// A whole sentence or two, without placeholders, in a language chosen in the same way.
+std::string_view string(PlatformKey key, std::string_view lang);
+
+} // namespace PlatformWording
+
+} // namespace Curtain
+
+template <>
+struct CurtainCore::RawValues<Curtain::PlatformKey> {
+    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 7> cases{{
+        {Curtain::PlatformKey::noHidingOnWayland, "noHidingOnWayland"},
+        {Curtain::PlatformKey::noWindowManager, "noWindowManager"},
+        {Curtain::PlatformKey::logOutOnce, "logOutOnce"},
+        {Curtain::PlatformKey::noSettingsPage, "noSettingsPage"},
+        {Curtain::PlatformKey::noTray, "noTray"},
+        {Curtain::PlatformKey::noGlobalShortcuts, "noGlobalShortcuts"},
+        {Curtain::PlatformKey::noShareDetection, "noShareDetection"},
+    }};
+};
