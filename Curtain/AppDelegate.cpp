@@ -1,5 +1,8 @@
 #include "Curtain/AppDelegate.h"
 
+#include "Curtain/PlatformWording.h"
+#include "core/Localizer.h"
+
 #include <cstdint>
 #include <utility>
 
@@ -45,7 +48,7 @@ void AppDelegate::statusItemClicked(const std::optional<Platform::Event>& event)
 void AppDelegate::showStatusMenu() {
     using CurtainCore::LocKey;
     const auto lang = currentLang();
-    const auto text = [&](LocKey key) { return std::string(localizer_.string(key, lang)); };
+    const auto text = [&](LocKey key) { return std::string(PlatformWording::string(key, lang)); };
     const Platform::MenuItem separator;
     // What opens a window comes alive with that window.
     statusItem_->popUpMenu({{{"Curtain " + platform_.resources->shortVersion().value_or("?"), nullptr},

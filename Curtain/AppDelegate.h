@@ -4,7 +4,6 @@
 #include "Curtain/SystemAppHiding.h"
 #include "Curtain/WorkspaceObserver.h"
 #include "core/HideEngine.h"
-#include "core/Localizer.h"
 #include "core/PreferencesStore.h"
 #include "hotkeys/KeyboardShortcuts.h"
 #include "platform/Lifetime.h"
@@ -46,7 +45,6 @@ private:
     CurtainCore::PreferencesStore store_;
     KeyboardShortcuts::KeyboardShortcuts shortcuts_;
     HotkeyManager hotkeys_;
-    CurtainCore::Localizer localizer_;
     Platform::Lifetime lifetime_;
 };
 
