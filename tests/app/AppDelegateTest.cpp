@@ -1,5 +1,6 @@
 #include "Curtain/AppDelegate.h"
 
+#include "Curtain/PlatformWording.h"
 #include "core/PreferencesJson.h"
 #include "tests/support/FakePlatform.h"
 
@@ -255,8 +256,7 @@ TEST_F(StatusMenuTest, SpeaksTheChosenLanguageAtOnce) {
     launch();
     choose(CurtainCore::AppLanguage::ar);
     fakes.statusBar.click(rightClick);
-    const CurtainCore::Localizer localizer;
-    EXPECT_EQ(titles().at(5), localizer.string(CurtainCore::LocKey::quit, "ar"));
+    EXPECT_EQ(titles().at(5), Curtain::PlatformWording::string(CurtainCore::LocKey::quit, "ar"));
     EXPECT_TRUE(fakes.statusBar.menus.at(0).isRightToLeft);
 }
 
