@@ -149,6 +149,14 @@ TEST_F(ImageRenderingTest, ABrokenTemplateGivesNoIcon) {
     }
 }
 
+TEST_F(ImageRenderingTest, ABrokenPictureGivesNoIcon) {
+    for (const auto& path : {write("empty.svg", ""), write("text.svg", "no picture"),
+                             write("cut.svg", "<svg xmlns="), write("cut.png", "\x89PNG\r\n"),
+                             (folder.path() / "missing.svg").string(), folder.path().string()}) {
+        EXPECT_TRUE(renderIcon({path, 0, 0, false, {}}, Qt::black).isNull()) << path;
+    }
+}
+
 TEST_F(ImageRenderingTest, ANameThatNoThemeKnowsGivesNoIcon) {
     for (const auto* iconName : {"", "curtain-no-such-icon"}) {
         EXPECT_TRUE(renderIcon({iconName, 0, 0, false, {}}, Qt::black).isNull()) << iconName;
