@@ -24,7 +24,9 @@ QIcon renderIcon(const Platform::Image& image, const QColor& templateColor) {
         return QIcon::fromTheme(source);
     }
     if (!image.isTemplate) {
-        return QIcon(source);
+        const QIcon icon(source);
+        // An icon that cannot be read is only found out when it is drawn.
+        return icon.pixmap(panelSizes[0]).isNull() ? QIcon() : icon;
     }
     QFile file(source);
     if (!file.open(QIODevice::ReadOnly)) {

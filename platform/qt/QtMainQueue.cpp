@@ -2,6 +2,7 @@
 
 #include <QTimer>
 
+#include <algorithm>
 #include <chrono>
 #include <memory>
 #include <utility>
@@ -9,8 +10,9 @@
 namespace QtPlatform {
 namespace {
 
-std::chrono::milliseconds roundedUp(Platform::MainQueue::Seconds delay) {
-    return std::chrono::ceil<std::chrono::milliseconds>(delay);
+/// Qt refuses times that are over.
+std::chrono::milliseconds timerInterval(Platform::MainQueue::Seconds delay) {
+    return std::max(std::chrono::ceil<std::chrono::milliseconds>(delay), std::chrono::milliseconds(0));
 }
 
 } // namespace
@@ -20,14 +22,14 @@ void QtMainQueue::async(Task task) {
 }
 
 void QtMainQueue::asyncAfter(Seconds delay, Task task) {
-    QTimer::singleShot(roundedUp(delay), Qt::PreciseTimer, &context_, std::move(task));
+    QTimer::singleShot(timerInterval(delay), Qt::PreciseTimer, &context_, std::move(task));
 }
 
 Platform::Subscription QtMainQueue::repeating(Seconds interval, Task task) {
     const auto timer = std::make_shared<QTimer>();
     timer->setTimerType(Qt::PreciseTimer);
     QObject::connect(timer.get(), &QTimer::timeout, &context_, std::move(task));
-    timer->start(roundedUp(interval));
+    timer->start(timerInterval(interval));
     // The task may end its own subscription while the timer is calling it.
     return Platform::Subscription([timer] {
         timer->stop();

@@ -2,37 +2,84 @@
 
 #include "platform/MainQueue.h"
 
-#include <cstdint>
-#include <functional>
+#include <algorithm>
 #include <map>
+#include <memory>
+#include <mutex>
 #include <utility>
 
 namespace TestSupport {
 
+/// A main queue whose time stands still until the test moves it. Tasks run inside `advance` and `runReady`
+/// only, those that tasks hand in included as soon as they are due. `async` may be called from any thread.
 class HandDrivenQueue : public Platform::MainQueue {
 public:
-    void async(Task task) override { asyncAfter(Seconds(0), std::move(task)); }
-    void asyncAfter(Seconds delay, Task task) override {
-        tasks_.emplace(std::pair(now_ + delay, ++last_), std::move(task));
-    }
-    Platform::Subscription repeating(Seconds, Task) override { return {}; }
-    Seconds now() const override { return now_; }
-    void runReady() { advance(Seconds(0)); }
-    void advance(double seconds) { advance(Seconds(seconds)); }
-    void advance(Seconds s) {
-        const auto end = now_ + s;
-        while (!tasks_.empty() && tasks_.begin()->first.first <= end) {
-            auto node = tasks_.extract(tasks_.begin());
-            now_ = std::max(now_, node.key().first);
-            node.mapped()();
-        }
-        now_ = end;
+    void async(Task task) override { add(Seconds(0), std::move(task)); }
+    void asyncAfter(Seconds delay, Task task) override { add(delay, std::move(task)); }
+
+    Platform::Subscription repeating(Seconds interval, Task task) override {
+        const auto repetition = std::make_shared<Repetition>(Repetition{interval, std::move(task)});
+        addNext(repetition);
+        return Platform::Subscription([repetition] { repetition->hasEnded = true; });
     }
 
+    Seconds now() const override {
+        const std::scoped_lock lock(mutex_);
+        return now_;
+    }
+
+    /// Moves the time forward from one due task to the next and runs them.
+    void advance(Seconds duration) {
+        const auto end = now() + duration;
+        while (auto task = takeDue(end)) {
+            task();
+        }
+        const std::scoped_lock lock(mutex_);
+        now_ = end;
+    }
+    void advance(double seconds) { advance(Seconds(seconds)); }
+
+    /// Runs what is due now.
+    void runReady() { advance(Seconds(0)); }
+
 private:
+    struct Repetition {
+        Seconds interval;
+        Task task;
+        bool hasEnded = false;
+    };
+
+    void add(Seconds delay, Task task) {
+        const std::scoped_lock lock(mutex_);
+        // Equal keys keep the order in which they came.
+        waiting_.emplace(now_ + std::max(delay, Seconds(0)), std::move(task));
+    }
+
+    void addNext(const std::shared_ptr<Repetition>& repetition) {
+        add(repetition->interval, [this, repetition] {
+            if (!repetition->hasEnded) {
+                addNext(repetition);
+                repetition->task();
+            }
+        });
+    }
+
+    /// Empty when nothing is due until then.
+    Task takeDue(Seconds end) {
+        const std::scoped_lock lock(mutex_);
+        const auto first = waiting_.begin();
+        if (first == waiting_.end() || first->first > end) {
+            return nullptr;
+        }
+        now_ = std::max(now_, first->first);
+        auto task = std::move(first->second);
+        waiting_.erase(first);
+        return task;
+    }
+
+    mutable std::mutex mutex_;
     Seconds now_{0};
-    std::uint64_t last_ = 0;
-    std::map<std::pair<Seconds, std::uint64_t>, Task> tasks_;
+    std::multimap<Seconds, Task> waiting_;
 };
 
 } // namespace TestSupport

@@ -1,0 +1,167 @@
+#include "platform/qt/ImageRendering.h"
+#include "platform/qt/QtResources.h"
+
+#include "tests/support/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+
+#include <QGuiApplication>
+#include <QImage>
+#include <QPixmap>
+
+#include <algorithm>
+#include <set>
+#include <vector>
+
+namespace {
+
+using Platform::Image;
+using QtPlatform::QtResources;
+using QtPlatform::renderIcon;
+
+const std::vector<int> panelSizes{16, 18, 20, 22, 24, 32, 36, 44, 48, 64};
+
+TEST(QtResources, TheStatusItemsImagesAreThereAsPdf) {
+    QtResources resources;
+    EXPECT_TRUE(resources.pathForResource("open", "pdf"));
+    EXPECT_TRUE(resources.pathForResource("close", "pdf"));
+    EXPECT_NE(resources.pathForResource("open", "pdf"), resources.pathForResource("close", "pdf"));
+}
+
+TEST(QtResources, TheSymbolsAreThere) {
+    QtResources resources;
+    EXPECT_TRUE(resources.pathForSystemSymbol("eye"));
+    EXPECT_TRUE(resources.pathForSystemSymbol("eye.slash"));
+}
+
+TEST(QtResources, OthersAreAbsent) {
+    QtResources resources;
+    for (const auto* name : {"", "Open", "opened", "eye", "open.svg"}) {
+        EXPECT_EQ(resources.pathForResource(name, "pdf"), std::nullopt) << name;
+    }
+    EXPECT_EQ(resources.pathForResource("open", "png"), std::nullopt);
+    for (const auto* name : {"", "open", "eye.svg", "Eye", "eye.", "no.such.symbol"}) {
+        EXPECT_EQ(resources.pathForSystemSymbol(name), std::nullopt) << name;
+    }
+}
+
+/// Lets the toolkit do without a display and keep its files to itself.
+struct RuntimeFolder : TestSupport::TemporaryFolder {
+    RuntimeFolder() {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        qputenv("XDG_RUNTIME_DIR", path().c_str());
+    }
+};
+
+struct ImageRenderingTest : testing::Test {
+    RuntimeFolder folder;
+    int argumentCount = 1;
+    char name[5] = "test";
+    char* arguments[2] = {name, nullptr};
+    QGuiApplication application{argumentCount, arguments};
+
+    std::string write(const std::string& file, const std::string& text) const {
+        TestSupport::writeFile(folder.path() / file, text);
+        return (folder.path() / file).string();
+    }
+
+    static Image templateOf(const std::optional<std::string>& path) {
+        return {path.value_or("missing"), 0, 0, true, {}};
+    }
+    static std::vector<Image> builtInImages() {
+        QtResources resources;
+        return {templateOf(resources.pathForResource("open", "pdf")),
+                templateOf(resources.pathForResource("close", "pdf")),
+                templateOf(resources.pathForSystemSymbol("eye")),
+                templateOf(resources.pathForSystemSymbol("eye.slash"))};
+    }
+    static QImage pixels(const QIcon& icon, int size) {
+        return icon.pixmap(QSize(size, size)).toImage().convertToFormat(QImage::Format_ARGB32);
+    }
+
+    static int strongestAlpha(const QImage& image) {
+        int strongest = 0;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                strongest = std::max(strongest, image.pixelColor(x, y).alpha());
+            }
+        }
+        return strongest;
+    }
+
+    /// The colours of the pixels that are fully covered.
+    static std::set<QRgb> opaqueColors(const QImage& image) {
+        std::set<QRgb> colors;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                if (image.pixelColor(x, y).alpha() == 255) {
+                    colors.insert(image.pixel(x, y));
+                }
+            }
+        }
+        return colors;
+    }
+};
+
+TEST_F(ImageRenderingTest, ATemplateIsDrawnInTheGivenColor) {
+    for (const auto& image : builtInImages()) {
+        for (const auto& color : {QColor(0x12, 0x34, 0x56), QColor(Qt::white), QColor(Qt::black)}) {
+            const auto icon = renderIcon(image, color);
+            EXPECT_THAT(opaqueColors(pixels(icon, 64)), testing::ElementsAre(color.rgb())) << image.source;
+            EXPECT_THAT(opaqueColors(pixels(icon, 22)), testing::ElementsAre(color.rgb())) << image.source;
+        }
+    }
+}
+
+TEST_F(ImageRenderingTest, EverySizeOfAPanelIsThereAndDrawn) {
+    for (const auto& image : builtInImages()) {
+        const auto icon = renderIcon(image, Qt::black);
+        ASSERT_FALSE(icon.isNull()) << image.source;
+        for (const int size : panelSizes) {
+            EXPECT_TRUE(icon.availableSizes().contains(QSize(size, size))) << size;
+            const auto picture = pixels(icon, size);
+            ASSERT_EQ(picture.size(), QSize(size, size));
+            EXPECT_GT(strongestAlpha(picture), 128) << image.source << " " << size;
+            EXPECT_EQ(picture.pixelColor(0, 0).alpha(), 0) << image.source << " " << size;
+        }
+    }
+}
+
+TEST_F(ImageRenderingTest, ThePicturesDiffer) {
+    const auto images = builtInImages();
+    EXPECT_NE(pixels(renderIcon(images[0], Qt::black), 22), pixels(renderIcon(images[1], Qt::black), 22));
+    EXPECT_NE(pixels(renderIcon(images[2], Qt::black), 22), pixels(renderIcon(images[3], Qt::black), 22));
+}
+
+TEST_F(ImageRenderingTest, OtherPicturesKeepTheirColors) {
+    const auto path = write("red.svg", R"(<svg xmlns="http://www.w3.org/2000/svg" width="8" height="8">)"
+                                       R"(<rect width="8" height="8" fill="#ff0000"/></svg>)");
+    const auto icon = renderIcon({path, 0, 0, false, {}}, Qt::blue);
+    EXPECT_THAT(opaqueColors(pixels(icon, 22)), testing::ElementsAre(QColor(Qt::red).rgb()));
+}
+
+TEST_F(ImageRenderingTest, ABrokenTemplateGivesNoIcon) {
+    for (const auto& path :
+         {write("empty.svg", ""), write("text.svg", "no picture"), write("cut.svg", "<svg xmlns="),
+          write("binary.svg", std::string("\0\xff\x01", 3)), (folder.path() / "missing.svg").string(),
+          folder.path().string(), std::string(":/curtain/missing.svg")}) {
+        EXPECT_TRUE(renderIcon(templateOf(path), Qt::black).isNull()) << path;
+    }
+}
+
+TEST_F(ImageRenderingTest, ABrokenPictureGivesNoIcon) {
+    for (const auto& path : {write("empty.svg", ""), write("text.svg", "no picture"),
+                             write("cut.svg", "<svg xmlns="), write("cut.png", "\x89PNG\r\n"),
+                             (folder.path() / "missing.svg").string(), folder.path().string()}) {
+        EXPECT_TRUE(renderIcon({path, 0, 0, false, {}}, Qt::black).isNull()) << path;
+    }
+}
+
+TEST_F(ImageRenderingTest, ANameThatNoThemeKnowsGivesNoIcon) {
+    for (const auto* iconName : {"", "curtain-no-such-icon"}) {
+        EXPECT_TRUE(renderIcon({iconName, 0, 0, false, {}}, Qt::black).isNull()) << iconName;
+        EXPECT_TRUE(renderIcon({iconName, 0, 0, true, {}}, Qt::black).isNull()) << iconName;
+    }
+}
+
+} // namespace

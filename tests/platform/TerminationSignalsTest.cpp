@@ -1,0 +1,75 @@
+#include "platform/qt/TerminationSignals.h"
+
+#include <gmock/gmock.h>
+
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QProcess>
+
+#include <csignal>
+
+#include <sys/types.h>
+
+namespace {
+
+constexpr int deadline = 20000;
+constexpr int endingSignals[] = {SIGTERM, SIGINT, SIGHUP};
+
+struct TerminationSignalsTest : testing::Test {
+    int argumentCount = 1;
+    char name[5] = "test";
+    char* arguments[2] = {name, nullptr};
+    QCoreApplication application{argumentCount, arguments};
+    QProcess program;
+
+    void start(const QString& mode) {
+        program.setProcessChannelMode(QProcess::MergedChannels);
+        program.start(QFileInfo(QStringLiteral("/proc/self/exe")).canonicalPath() + "/SignalProgram", {mode});
+        ASSERT_TRUE(program.waitForReadyRead(deadline));
+        ASSERT_EQ(program.readLine(), "ready\n");
+    }
+    void send(int signal) const { ASSERT_EQ(kill(static_cast<pid_t>(program.processId()), signal), 0); }
+    void finish() {
+        const bool isFinished = program.waitForFinished(deadline);
+        if (!isFinished) {
+            program.kill();
+            program.waitForFinished();
+        }
+        ASSERT_TRUE(isFinished);
+    }
+    void expectCleanEnd(int signal) {
+        finish();
+        EXPECT_EQ(program.exitStatus(), QProcess::NormalExit) << signal;
+        EXPECT_EQ(program.exitCode(), 0) << signal;
+        EXPECT_EQ(program.readAll(), "asked to end\nended\n") << signal;
+    }
+};
+
+TEST_F(TerminationSignalsTest, EachLeadsToACleanEnd) {
+    for (const int signal : endingSignals) {
+        start(QStringLiteral("main"));
+        send(signal);
+        expectCleanEnd(signal);
+    }
+}
+
+TEST_F(TerminationSignalsTest, AnyThreadMayReceiveThem) {
+    for (const int signal : endingSignals) {
+        start(QStringLiteral("threads"));
+        send(signal);
+        expectCleanEnd(signal);
+    }
+}
+
+TEST_F(TerminationSignalsTest, WithoutASubscriptionTheyEndTheProgramAtOnce) {
+    for (const int signal : endingSignals) {
+        start(QStringLiteral("ended"));
+        send(signal);
+        finish();
+        EXPECT_EQ(program.exitStatus(), QProcess::CrashExit);
+        EXPECT_EQ(program.exitCode(), signal);
+        EXPECT_EQ(program.readAll(), "");
+    }
+}
+
+} // namespace
