@@ -94,6 +94,19 @@ class StartTest(DesktopCase):
         self.toggle()
         self.assert_stays_shown(xterm)
 
+    def test_leaves_the_shortcut_to_a_curtain_that_runs_already(self):
+        xterm = self.open_xterm()
+        self.start_curtain(XTERM)
+        second = self.launch_curtain()
+        wait_until(second.complaints, "the second Curtain says that the shortcut is taken")
+        self.assertEqual(second.complaints(), "Error registering hotkey Ctrl+Alt+Super+H: -9878\n")
+        self.toggle()
+        self.wait_hidden(xterm)
+        self.assert_stays_hidden(xterm)
+        self.toggle()
+        self.wait_shown(xterm)
+        self.assertIsNone(second.poll())
+
     def test_starts_for_the_first_time(self):
         self.start_curtain()
         names = {path.name for path in (self.settings / "curtain").iterdir()}
