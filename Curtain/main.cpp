@@ -7,13 +7,17 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
+#include <utility>
 
 int main(int argumentCount, char** arguments) {
     if (const auto problem = QtPlatform::missingDisplay()) {
         std::fprintf(stderr, "%s\n", problem->c_str());
         return EXIT_FAILURE;
     }
+    std::optional<QtPlatform::PreferredDisplay> display(std::in_place);
     QApplication application(argumentCount, arguments);
+    display.reset();
     QApplication::setApplicationName(QStringLiteral("curtain"));
     QApplication::setApplicationDisplayName(QStringLiteral("Curtain"));
     QApplication::setApplicationVersion(QStringLiteral(CURTAIN_VERSION));

@@ -1,5 +1,6 @@
 #include "platform/qt/DisplayCheck.h"
 
+#include <QByteArray>
 #include <QString>
 #include <QtGlobal>
 
@@ -8,10 +9,17 @@
 #include <xcb/xcb.h>
 
 namespace QtPlatform {
+namespace {
+
+/// The toolkit has no other way to be told that leaves the command line alone.
+constexpr auto platformVariable = "QT_QPA_PLATFORM";
+constexpr auto x11Platform = "xcb";
+
+} // namespace
 
 std::optional<std::string> missingDisplay() {
     // Whoever chooses the toolkit's platform by hand knows where it shows.
-    if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
+    if (const auto chosen = qgetenv(platformVariable); !chosen.isEmpty() && chosen != x11Platform) {
         return std::nullopt;
     }
     if (qEnvironmentVariableIsEmpty("DISPLAY")) {
@@ -25,6 +33,19 @@ std::optional<std::string> missingDisplay() {
                " does not answer; start Curtain from within a desktop session";
     }
     return std::nullopt;
+}
+
+PreferredDisplay::PreferredDisplay() : isOurs_(qEnvironmentVariableIsEmpty(platformVariable)) {
+    if (isOurs_) {
+        qputenv(platformVariable, x11Platform);
+    }
+}
+
+PreferredDisplay::~PreferredDisplay() {
+    // Programs that Curtain starts choose for themselves.
+    if (isOurs_) {
+        qunsetenv(platformVariable);
+    }
 }
 
 } // namespace QtPlatform

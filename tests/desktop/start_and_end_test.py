@@ -1,0 +1,140 @@
+"""Checks that Curtain starts, lives and ends well where something around it is missing, broken or going away."""
+
+import signal
+import time
+import unittest
+
+from desktop_case import SECONDS_TO_END, SHORTCUT_MASK, XTERM, DesktopCase, Display, Key, wait_until
+
+NOT_SAVED = "Curtain: the settings cannot be saved in {} (Not a directory); changes last until Curtain ends\n"
+# In the toolkit's words.
+SERVER_GONE = "The X11 connection broke (error 1). Did the X11 server die?\n"
+
+
+class StartTest(DesktopCase):
+    def assert_works(self, *private_apps, **environment):
+        """Starts Curtain, and the shortcut hides and shows a private app."""
+        xterm = self.open_xterm()
+        self.start_curtain(*private_apps, **environment)
+        self.toggle()
+        self.wait_hidden(xterm)
+        self.toggle()
+        self.wait_shown(xterm)
+
+    def assert_refuses(self, sentence, **environment):
+        start = time.monotonic()
+        curtain = self.launch_curtain(**environment)
+        self.assertEqual(curtain.wait(SECONDS_TO_END), 1)
+        self.assertLess(time.monotonic() - start, SECONDS_TO_END)
+        self.assertEqual((curtain.output(), curtain.complaints()), ("", sentence + "\n"))
+
+    def test_says_that_there_is_no_display(self):
+        sentence = ("Curtain: there is no X display to show itself on (DISPLAY is not set); "
+                    "start it from within a desktop session")
+        self.assert_refuses(sentence, DISPLAY=None)
+        self.assert_refuses(sentence, DISPLAY="")
+        self.assert_refuses(sentence, DISPLAY=None, QT_QPA_PLATFORM="xcb")
+
+    def test_says_that_the_display_does_not_answer(self):
+        for name in (":4711", "nonsense"):
+            self.assert_refuses(f"Curtain: the X display {name} does not answer; "
+                                "start Curtain from within a desktop session", DISPLAY=name)
+
+    def test_works_on_x_beside_wayland(self):
+        self.assert_works(XTERM, WAYLAND_DISPLAY="wayland-0", XDG_SESSION_TYPE="wayland")
+
+    def test_works_without_a_session_bus(self):
+        empty = self.scratch / "run"
+        empty.mkdir(mode=0o700)
+        addresses = {
+            "nobody listens": {"DBUS_SESSION_BUS_ADDRESS": f"unix:path={empty}/nobody"},
+            "no address": {"DBUS_SESSION_BUS_ADDRESS": "nonsense"},
+            "not set": {"DBUS_SESSION_BUS_ADDRESS": None, "XDG_RUNTIME_DIR": str(empty)},
+        }
+        for name, environment in addresses.items():
+            with self.subTest(name):
+                self.assert_works(XTERM, **environment)
+                wait_until(self.desktop.tray_icon, "the tray icon is there")
+                self.end_curtain()
+                self.desktop.end_programs()
+
+    def test_leaves_a_damaged_settings_file_as_it_is(self):
+        xterm = self.open_xterm()
+        for damage in (b"{\"targetApps\": [", b"", b"\xff\xfe\x00", b"[1, 2]"):
+            with self.subTest(damage):
+                path = self.write_private_apps(XTERM)
+                path.write_bytes(damage)
+                self.start_curtain()
+                self.toggle()
+                self.assert_stays_shown(xterm)
+                self.toggle()
+                self.end_curtain()
+                self.assertEqual(path.read_bytes(), damage)
+                self.assertEqual([entry.name for entry in path.parent.iterdir() if "preferences" in entry.name],
+                                 [path.name])
+
+    def test_takes_up_settings_that_were_mended(self):
+        xterm = self.open_xterm()
+        path = self.write_private_apps(XTERM)
+        sound = path.read_bytes()
+        path.write_bytes(b"{")
+        self.start_curtain()
+        path.write_bytes(sound)
+        self.toggle()
+        self.wait_hidden(xterm)
+        self.toggle()
+        self.wait_shown(xterm)
+
+    def test_lives_where_settings_cannot_be_saved(self):
+        file = self.scratch / "file"
+        file.touch()
+        xterm = self.open_xterm()
+        self.expected_complaints = NOT_SAVED.format(f"{file}/settings/curtain")
+        self.start_curtain(XDG_CONFIG_HOME=f"{file}/settings")
+        self.toggle()
+        self.assert_stays_shown(xterm)
+
+    def test_leaves_the_shortcut_to_a_curtain_that_runs_already(self):
+        xterm = self.open_xterm()
+        self.start_curtain(XTERM)
+        second = self.launch_curtain()
+        wait_until(second.complaints, "the second Curtain says that the shortcut is taken")
+        self.assertEqual(second.complaints(), "Error registering hotkey Ctrl+Alt+Super+H: -9878\n")
+        self.toggle()
+        self.wait_hidden(xterm)
+        self.assert_stays_hidden(xterm)
+        self.toggle()
+        self.wait_shown(xterm)
+        self.assertIsNone(second.poll())
+
+    def test_starts_for_the_first_time(self):
+        self.start_curtain()
+        names = {path.name for path in (self.settings / "curtain").iterdir()}
+        self.assertEqual(names, {"KeyboardShortcuts_togglePrivacy"})
+
+
+class EndTest(DesktopCase):
+    def test_ends_on_signals(self):
+        for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
+            with self.subTest(number.name):
+                self.start_curtain()
+                wait_until(self.desktop.tray_icon, "the tray icon is there")
+                self.curtain.send_signal(number)
+                self.assertEqual(self.curtain.wait(SECONDS_TO_END), 0)
+                wait_until(lambda: not self.desktop.tray_icon(), "the tray icon is gone")
+                self.end_curtain()
+
+    def test_ends_with_its_display(self):
+        server = self.desktop.start("Xvfb", "-displayfd", "1", "-nolisten", "tcp", "-noreset")
+        number = wait_until(lambda: server.output().strip(), "a display of its own")
+        display = Display(f":{number}")
+        self.addCleanup(display.close)
+        curtain = self.launch_curtain(DISPLAY=f":{number}")
+        wait_until(lambda: display.is_key_taken(Key.H, SHORTCUT_MASK), "Curtain waits for its shortcut")
+        server.kill()
+        self.assertEqual(curtain.wait(5), 1)
+        self.assertEqual(curtain.complaints(), SERVER_GONE)
+
+
+if __name__ == "__main__":
+    unittest.main()
