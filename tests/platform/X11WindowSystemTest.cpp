@@ -45,6 +45,9 @@ struct X11WindowSystemTest : testing::Test {
     Platform::Subscription subscription = system.addEventHandler(
         [this](WindowEvent event, const Window& window) { events.emplace_back(event, window.id); });
 
+    /// What is there at the first reading is not announced: it has to be over before a test opens a window.
+    X11WindowSystemTest() { EXPECT_THAT(system.windows(), testing::IsEmpty()); }
+
     ~X11WindowSystemTest() override { goToDesktop(0); }
 
     std::optional<Window> find(xcb_window_t window) {
