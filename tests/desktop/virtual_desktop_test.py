@@ -10,6 +10,7 @@ import unittest
 from pathlib import Path
 
 SCRIPT = Path(__file__).resolve().parents[2] / "scripts/virtual-desktop"
+WINDOW_MANAGERS = {"x11-openbox": "openbox", "x11-xfwm4": "xfwm4", "x11-bare": None}
 PARTS = {"dbus-daemon", "Xvfb", "openbox", "trayer", "dunst"}
 
 # Prints the pid, start time and name of every process that the world consists of.
@@ -81,8 +82,8 @@ class VirtualDesktopTest(unittest.TestCase):
         wait_until(path.exists)
         return world, [line.split() for line in path.read_text().splitlines()]
 
-    def assert_gone(self, processes):
-        self.assertLessEqual(PARTS, {name for _, _, name in processes})
+    def assert_gone(self, processes, parts=frozenset(PARTS)):
+        self.assertLessEqual(parts, {name for _, _, name in processes})
         self.assertEqual([entry for entry in processes if is_running(*entry[:2])], [])
         self.assertEqual(list(self.worlds.iterdir()), [])
 
@@ -117,12 +118,23 @@ class VirtualDesktopTest(unittest.TestCase):
         self.assertEqual(self.ask(CALL_BUS + "NameHasOwner org.freedesktop.Notifications").strip(), "(true,)")
 
     def test_has_a_window_manager_that_lists_windows(self):
-        windows = self.ask("""
-            xterm -fa Monospace -title listed &
-            window=$(xdotool search --sync --onlyvisible --name '^listed$')
-            printf '0x%x\\n' "$window"
-            xprop -root _NET_CLIENT_LIST""").splitlines()
-        self.assertIn(windows[0], windows[1].partition("#")[2].replace(" ", "").split(","))
+        for session, window_manager in WINDOW_MANAGERS.items():
+            if window_manager:
+                with self.subTest(session):
+                    windows = self.ask("""
+                        xterm -fa Monospace -title listed &
+                        window=$(xdotool search --sync --onlyvisible --name '^listed$')
+                        printf '0x%x\\n' "$window"
+                        xprop -root _NET_CLIENT_LIST""", options=["--session", session]).splitlines()
+                    self.assertIn(windows[0], windows[1].partition("#")[2].replace(" ", "").split(","))
+
+    def test_has_the_window_manager_of_its_session(self):
+        for session, window_manager in WINDOW_MANAGERS.items():
+            with self.subTest(session):
+                names = [line.split()[2] for line in self.ask(LIST_PROCESSES, options=["--session", session])
+                         .splitlines()]
+                expected = [window_manager] if window_manager else []
+                self.assertEqual([name for name in names if name in WINDOW_MANAGERS.values()], expected)
 
     def test_has_a_tray_unless_told_otherwise(self):
         ask_owner = f"{sys.executable} -c '{TRAY_OWNER}'"
@@ -162,10 +174,12 @@ class VirtualDesktopTest(unittest.TestCase):
         self.assert_gone(first_processes + second_processes)
 
     def test_is_gone_after_the_command(self):
-        world, processes = self.start_and_list(self.scratch / "list")
-        self.assertEqual([entry for entry in processes if not is_running(*entry[:2])], [])
-        world.communicate("\n", timeout=60)
-        self.assert_gone(processes)
+        for session, window_manager in WINDOW_MANAGERS.items():
+            with self.subTest(session):
+                world, processes = self.start_and_list(self.scratch / session, options=["--session", session])
+                self.assertEqual([entry for entry in processes if not is_running(*entry[:2])], [])
+                world.communicate("\n", timeout=60)
+                self.assert_gone(processes, PARTS - {"openbox"} | {window_manager} - {None})
 
     def test_ends_what_the_command_left_running(self):
         pid, start_time = self.ask("setsid sleep 1000 & echo $! $(cut -d' ' -f22 /proc/$!/stat)").split()

@@ -1,14 +1,9 @@
-#include "platform/linux/windows/X11WindowSystem.h"
-
-#include "platform/qt/QtMainQueue.h"
-#include "tests/support/EventLoop.h"
-#include "tests/support/X11TestClient.h"
+#include "tests/platform/X11WindowFixture.h"
 
 #include <gmock/gmock.h>
 
 #include <algorithm>
 #include <array>
-#include <optional>
 
 #include <unistd.h>
 
@@ -22,90 +17,10 @@ using LinuxPlatform::X11WindowSystem;
 using TestSupport::spinUntil;
 using TestSupport::X11TestClient;
 
-constexpr std::uint32_t add = 1;
-constexpr std::uint32_t pager = 2;
-
-/// Before anything else is made: a new connection gets the window identifiers of the one before, so the
-/// window manager has to have seen that its windows are gone.
-struct EmptyDesktop {
-    EmptyDesktop() {
-        const X11TestClient client;
-        EXPECT_TRUE(spinUntil([&] { return client.numbers(client.root(), "_NET_CLIENT_LIST").empty(); }));
-    }
-};
+constexpr std::uint32_t pager = PlatformTests::pager;
 
 /// Under a real window manager.
-struct X11WindowSystemTest : testing::Test {
-    EmptyDesktop emptyDesktop;
-    X11TestClient client;
-    QtPlatform::QtMainQueue mainQueue;
-    std::unique_ptr<X11Connection> connection = X11Connection::open();
-    X11WindowSystem system{*connection, mainQueue};
-    std::vector<std::pair<WindowEvent, WindowId>> events;
-    Platform::Subscription subscription = system.addEventHandler(
-        [this](WindowEvent event, const Window& window) { events.emplace_back(event, window.id); });
-
-    ~X11WindowSystemTest() override { goToDesktop(0); }
-
-    std::optional<Window> find(xcb_window_t window) {
-        const auto& windows = system.windows();
-        const auto found = std::ranges::find(windows, WindowId{window}, &Window::id);
-        return found == windows.end() ? std::nullopt : std::optional(*found);
-    }
-
-    bool isHidden(xcb_window_t window) {
-        const auto found = find(window);
-        return found && found->isHidden;
-    }
-
-    xcb_window_t openListed(std::string_view instanceName, std::string_view className) {
-        const auto window = client.open(instanceName, className);
-        waitUntilListed(window);
-        return window;
-    }
-
-    void waitUntilListed(xcb_window_t window) {
-        EXPECT_TRUE(spinUntil([&] { return find(window).has_value(); }));
-    }
-
-    bool waitForEvent(WindowEvent event, xcb_window_t window) {
-        return spinUntil(
-            [&] { return std::ranges::find(events, std::pair(event, WindowId{window})) != events.end(); });
-    }
-
-    void hide(xcb_window_t window) {
-        system.hide(std::array{WindowId{window}});
-        EXPECT_TRUE(spinUntil([&] { return isHidden(window); }));
-    }
-
-    void show(xcb_window_t window) {
-        system.show(std::array{WindowId{window}});
-        EXPECT_TRUE(spinUntil([&] { return !isHidden(window); }));
-    }
-
-    void goToDesktop(std::uint32_t desktop) {
-        client.ask(client.root(), "_NET_CURRENT_DESKTOP", {desktop, XCB_CURRENT_TIME});
-        EXPECT_TRUE(spinUntil([&] { return currentDesktop() == desktop; }));
-    }
-
-    std::uint32_t currentDesktop() const {
-        return client.numbers(client.root(), "_NET_CURRENT_DESKTOP").at(0);
-    }
-
-    void activate(xcb_window_t window) {
-        client.ask(window, "_NET_ACTIVE_WINDOW", {pager, XCB_CURRENT_TIME});
-        EXPECT_TRUE(spinUntil([&] { return client.activeWindow() == window; }));
-    }
-
-    void setState(xcb_window_t window, std::string_view state) {
-        client.ask(window, "_NET_WM_STATE", {add, client.atom(state), XCB_ATOM_NONE, pager});
-        EXPECT_TRUE(spinUntil([&] { return hasState(window, state); }));
-    }
-
-    bool hasState(xcb_window_t window, std::string_view state) const {
-        return std::ranges::count(client.numbers(window, "_NET_WM_STATE"), client.atom(state)) > 0;
-    }
-};
+struct X11WindowSystemTest : PlatformTests::X11WindowFixture {};
 
 TEST_F(X11WindowSystemTest, WindowsThatAreThereAreListedWithWhatTheySay) {
     const auto window = client.create("instance", "Class");

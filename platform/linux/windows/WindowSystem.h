@@ -51,7 +51,8 @@ public:
     virtual void hide(std::span<const WindowId> windows) = 0;
     /// Brings hidden windows back as they were, without a change of focus or workspace.
     virtual void show(std::span<const WindowId> windows) = 0;
-    /// Brings the topmost of these windows to the front, unless they are all on other workspaces.
+    /// Brings one of these windows to the front, unless they are all on other workspaces: the one that had
+    /// the focus when it was hidden, or else the topmost. Calls in one turn of the main queue count as one.
     virtual void activate(std::span<const WindowId> windows) = 0;
 
     /// `handler` is called on the main queue.

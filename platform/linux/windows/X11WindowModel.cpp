@@ -15,6 +15,7 @@ namespace LinuxPlatform {
 namespace {
 
 constexpr std::uint32_t longestList = 1U << 16U;
+constexpr std::uint32_t iconicState = 3;
 
 /// In the order of `X11WindowModel::Atom`.
 constexpr std::array<std::string_view, X11WindowModel::atomCount> atomNames{
@@ -22,6 +23,8 @@ constexpr std::array<std::string_view, X11WindowModel::atomCount> atomNames{
     "_NET_CLIENT_LIST_STACKING",
     "_NET_ACTIVE_WINDOW",
     "_NET_CURRENT_DESKTOP",
+    "_NET_SUPPORTING_WM_CHECK",
+    "WM_STATE",
     "_NET_WM_STATE",
     "_NET_WM_STATE_HIDDEN",
     "_NET_WM_STATE_SKIP_TASKBAR",
@@ -34,8 +37,6 @@ constexpr std::array<std::string_view, X11WindowModel::atomCount> atomNames{
     "_GTK_APPLICATION_ID",
     "WM_CHANGE_STATE",
 };
-
-using PropertyReply = XcbPointer<xcb_get_property_reply_t>;
 
 std::span<const std::uint32_t> numbersIn(const xcb_get_property_reply_t& reply) {
     if (reply.format != 32) {
@@ -95,6 +96,7 @@ const std::vector<X11WindowModel::Property>& X11WindowModel::properties() {
         {xcb_atom_t{XCB_ATOM_WM_CLIENT_MACHINE}, 64,
          [](X11Window& window, const Reply& reply) { window.clientMachine = textIn(bytesIn(reply)); }},
         {netWmState, 64, [](X11Window& window, const Reply& reply) { window.state = listIn(reply); }},
+        {wmState, 1, [](X11Window& window, const Reply& reply) { window.managerState = numberIn(reply); }},
         {netWmPid, 1,
          [](X11Window& window, const Reply& reply) { window.declaredProcess = numberIn(reply); }},
         {netWmWindowType, 64, [](X11Window& window, const Reply& reply) { window.type = listIn(reply); }},
@@ -127,6 +129,9 @@ public:
                                                         XCB_GET_PROPERTY_TYPE_ANY, 0, property.longestValue));
             }
         }
+        if (isNew_ || entry.isViewableStale) {
+            attributesRequest_ = xcb_get_window_attributes(connection, window);
+        }
         if (isNew_ && model.hasProcessQuery_) {
             const xcb_res_client_id_spec_t query{window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
             processRequest_ = xcb_res_query_client_ids(connection, 1, &query);
@@ -139,11 +144,15 @@ public:
     bool finish(X11Window& window) {
         bool isThere = false;
         for (const auto& [index, cookie] : requests_) {
-            const PropertyReply reply(xcb_get_property_reply(model_.connection_.get(), cookie, nullptr));
-            if (reply) {
+            if (const auto reply = model_.connection_.reply<xcb_get_property_reply>(cookie)) {
                 isThere = true;
                 properties()[index].read(window, *reply);
             }
+        }
+        if (attributesRequest_) {
+            const auto reply = model_.connection_.reply<xcb_get_window_attributes_reply>(*attributesRequest_);
+            isThere = isThere || reply;
+            window.isViewable = reply && reply->map_state == XCB_MAP_STATE_VIEWABLE;
         }
         if (processRequest_) {
             readProcess(window);
@@ -153,8 +162,7 @@ public:
 
 private:
     void readProcess(X11Window& window) const {
-        const XcbPointer<xcb_res_query_client_ids_reply_t> reply(
-            xcb_res_query_client_ids_reply(model_.connection_.get(), *processRequest_, nullptr));
+        const auto reply = model_.connection_.reply<xcb_res_query_client_ids_reply>(*processRequest_);
         if (!reply) {
             return;
         }
@@ -172,6 +180,7 @@ private:
     xcb_window_t window_;
     bool isNew_;
     std::vector<std::pair<std::size_t, xcb_get_property_cookie_t>> requests_;
+    std::optional<xcb_get_window_attributes_cookie_t> attributesRequest_;
     std::optional<xcb_res_query_client_ids_cookie_t> processRequest_;
 };
 
@@ -180,12 +189,9 @@ X11WindowModel::X11WindowModel(X11Connection& connection, std::function<void()> 
       onChanged_(std::move(onChanged)) {
     xcb_prefetch_extension_data(connection.get(), &xcb_res_id);
     atoms_ = connection.atoms(atomNames);
+    // Servers whose extension is too old for the question answer it with an error.
     const auto* const resourceExtension = xcb_get_extension_data(connection.get(), &xcb_res_id);
-    if (resourceExtension != nullptr && resourceExtension->present != 0) {
-        const XcbPointer<xcb_res_query_version_reply_t> version(xcb_res_query_version_reply(
-            connection.get(), xcb_res_query_version(connection.get(), 1, 2), nullptr));
-        hasProcessQuery_ = version && (version->server_major > 1 || version->server_minor >= 2);
-    }
+    hasProcessQuery_ = resourceExtension != nullptr && resourceExtension->present != 0;
     eventHandler_ = connection.addEventHandler([this](const auto& event) { handleEvent(event); });
     const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
     xcb_change_window_attributes(connection.get(), connection.root(), XCB_CW_EVENT_MASK, &mask);
@@ -193,14 +199,9 @@ X11WindowModel::X11WindowModel(X11Connection& connection, std::function<void()> 
 
 X11WindowModel::Changes X11WindowModel::update() {
     Changes changes;
-    if (isClientListStale_) {
-        readClientList(changes);
-    }
+    readRoot(changes);
     if (areWindowsStale_) {
-        readStaleProperties(changes);
-    }
-    if (isActiveWindowStale_) {
-        readActiveWindow(changes);
+        readStaleWindows(changes);
     }
     std::erase_if(changes.opened, [this](auto window) { return find(window) == nullptr; });
     return std::exchange(isFirstUpdate_, false) ? Changes{} : changes;
@@ -211,16 +212,12 @@ const X11Window* X11WindowModel::find(xcb_window_t window) const {
     return found == entries_.end() ? nullptr : &found->second.window;
 }
 
-bool X11WindowModel::isHidden(const X11Window& window) const {
-    return std::ranges::find(window.state, atom(netWmStateHidden)) != window.state.end();
-}
-
 std::vector<xcb_window_t> X11WindowModel::stackingOrder() {
-    return readRootList(netClientListStacking);
+    return receiveNumbers(requestNumbers(connection_.root(), netClientListStacking));
 }
 
 std::optional<std::uint32_t> X11WindowModel::currentDesktop() {
-    const auto list = readRootList(netCurrentDesktop);
+    const auto list = receiveNumbers(requestNumbers(connection_.root(), netCurrentDesktop));
     return list.empty() ? std::nullopt : std::optional(list.front());
 }
 
@@ -229,45 +226,114 @@ void X11WindowModel::handleEvent(const xcb_generic_event_t& event) {
     switch (event.response_type & 0x7FU) {
     case XCB_PROPERTY_NOTIFY: {
         const auto& notification = reinterpret_cast<const xcb_property_notify_event_t&>(event);
-        if (notification.window != connection_.root()) {
-            markStale(notification.window, notification.atom);
-        } else if (notification.atom == atom(netClientList)) {
-            isClientListStale_ = true;
-            onChanged_();
-        } else if (notification.atom == atom(netActiveWindow)) {
-            isActiveWindowStale_ = true;
-            onChanged_();
+        if (notification.window == connection_.root() || notification.window == managerWindow_) {
+            sessionPropertyChanged(notification.atom);
+        } else {
+            windowPropertyChanged(notification.window, notification.atom);
         }
         break;
     }
-    case XCB_DESTROY_NOTIFY: {
-        const auto& notification = reinterpret_cast<const xcb_destroy_notify_event_t&>(event);
-        if (entries_.erase(notification.window) > 0) {
-            std::erase(clientList_, notification.window);
-            ++generation_;
-            onChanged_();
-        }
+    case XCB_MAP_NOTIFY:
+        windowMapped(reinterpret_cast<const xcb_map_notify_event_t&>(event).window, true);
         break;
-    }
+    case XCB_UNMAP_NOTIFY:
+        windowMapped(reinterpret_cast<const xcb_unmap_notify_event_t&>(event).window, false);
+        break;
+    case XCB_DESTROY_NOTIFY:
+        windowDestroyed(reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window);
+        break;
     default:
         break;
     }
 }
 
-void X11WindowModel::markStale(xcb_window_t window, xcb_atom_t property) {
-    const auto entry = entries_.find(window);
-    const auto found =
+void X11WindowModel::sessionPropertyChanged(xcb_atom_t property) {
+    const std::array<std::pair<Atom, bool*>, 3> watched{{{netSupportingWmCheck, &isManagerStale_},
+                                                         {netClientList, &isClientListStale_},
+                                                         {netActiveWindow, &isActiveWindowStale_}}};
+    for (const auto& [name, isStale] : watched) {
+        if (atom(name) == property) {
+            *isStale = true;
+            onChanged_();
+        }
+    }
+}
+
+void X11WindowModel::windowPropertyChanged(xcb_window_t window, xcb_atom_t property) {
+    const auto found = entries_.find(window);
+    const auto known =
         std::ranges::find(properties(), property, [this](const Property& one) { return one.atomIn(*this); });
-    if (entry != entries_.end() && found != properties().end()) {
-        entry->second.staleProperties |= 1U << static_cast<unsigned>(found - properties().begin());
-        areWindowsStale_ = true;
+    if (found == entries_.end() || known == properties().end()) {
+        return;
+    }
+    auto& entry = found->second;
+    entry.staleProperties |= 1U << static_cast<unsigned>(known - properties().begin());
+    entry.wasMapped = entry.wasMapped && property != atom(netWmState);
+    windowsChanged();
+}
+
+void X11WindowModel::windowMapped(xcb_window_t window, bool isMapped) {
+    const auto found = entries_.find(window);
+    if (found != entries_.end()) {
+        found->second.wasMapped = isMapped;
+        found->second.isViewableStale = true;
+        windowsChanged();
+    }
+}
+
+void X11WindowModel::windowsChanged() {
+    areWindowsStale_ = true;
+    onChanged_();
+}
+
+void X11WindowModel::windowDestroyed(xcb_window_t window) {
+    if (window == managerWindow_) {
+        isManagerStale_ = true;
+        onChanged_();
+    } else if (entries_.erase(window) > 0) {
+        std::erase(clientList_, window);
+        ++generation_;
         onChanged_();
     }
 }
 
-void X11WindowModel::readClientList(Changes& changes) {
-    isClientListStale_ = false;
-    clientList_ = readRootList(netClientList);
+void X11WindowModel::readRoot(Changes& changes) {
+    const auto request = [this](bool isStale, Atom name) {
+        return isStale ? std::optional(requestNumbers(connection_.root(), name)) : std::nullopt;
+    };
+    const auto manager = request(std::exchange(isManagerStale_, false), netSupportingWmCheck);
+    // The list of a window manager that is gone says nothing.
+    const auto clientList = request(std::exchange(isClientListStale_, false) || manager, netClientList);
+    const auto active = request(std::exchange(isActiveWindowStale_, false), netActiveWindow);
+    if (manager) {
+        const auto answer = receiveNumbers(*manager);
+        managerWindow_ = answer.empty() ? xcb_window_t{XCB_WINDOW_NONE} : answer.front();
+        isManagerGone_ = managerWindow_ != XCB_WINDOW_NONE && !isManagerAlive();
+    }
+    if (clientList) {
+        auto list = receiveNumbers(*clientList);
+        takeClientList(isManagerGone_ ? std::vector<xcb_window_t>{} : std::move(list), changes);
+    }
+    if (active) {
+        const auto answer = receiveNumbers(*active);
+        const auto window = answer.empty() ? xcb_window_t{XCB_WINDOW_NONE} : answer.front();
+        if (std::exchange(activeWindow_, window) != window && window != XCB_WINDOW_NONE) {
+            changes.activated = window;
+        }
+    }
+}
+
+bool X11WindowModel::isManagerAlive() {
+    // It may be there before it names itself.
+    const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    xcb_change_window_attributes(connection_.get(), managerWindow_, XCB_CW_EVENT_MASK, &mask);
+    // The window names itself; one that only has the same identifier does not.
+    return receiveNumbers(requestNumbers(managerWindow_, netSupportingWmCheck)) ==
+           std::vector{managerWindow_};
+}
+
+void X11WindowModel::takeClientList(std::vector<xcb_window_t> list, Changes& changes) {
+    clientList_ = std::move(list);
     ++generation_;
     const std::set<xcb_window_t> listed(clientList_.begin(), clientList_.end());
     for (auto& [window, entry] : entries_) {
@@ -283,57 +349,67 @@ void X11WindowModel::readClientList(Changes& changes) {
     }
 }
 
-void X11WindowModel::readActiveWindow(Changes& changes) {
-    isActiveWindowStale_ = false;
-    const auto list = readRootList(netActiveWindow);
-    const auto window = list.empty() ? xcb_window_t{XCB_WINDOW_NONE} : list.front();
-    if (std::exchange(activeWindow_, window) != window && window != XCB_WINDOW_NONE) {
-        changes.activated = window;
-    }
-}
-
-void X11WindowModel::readStaleProperties(Changes& changes) {
+void X11WindowModel::readStaleWindows(Changes& changes) {
     areWindowsStale_ = false;
     std::vector<Reading> readings;
     for (const auto& [window, entry] : entries_) {
-        if (entry.isNew || entry.staleProperties != 0) {
+        if (entry.isNew || entry.isViewableStale || entry.staleProperties != 0) {
             readings.emplace_back(*this, window, entry);
         }
     }
     for (auto& reading : readings) {
         auto& entry = entries_.at(reading.window());
         const auto before = entry.window;
-        const bool wasNew = std::exchange(entry.isNew, false);
-        entry.staleProperties = 0;
         if (!reading.finish(entry.window)) {
             std::erase(clientList_, reading.window());
             entries_.erase(reading.window());
             continue;
         }
-        if (wasNew) {
-            continue;
-        }
-        const auto& now = entry.window;
-        const auto identity = [](const X11Window& window) {
-            return std::tie(window.instanceName, window.className, window.desktopFile, window.applicationId,
-                            window.declaredProcess);
-        };
-        if (identity(before) != identity(now)) {
-            changes.identified.push_back(now.id);
-        }
-        if (now.isManaged && isHidden(before) && !isHidden(now)) {
-            changes.returned.push_back(now.id);
+        entry.window.isHiddenMarkStale = isHiddenMarkStale(entry);
+        entry.staleProperties = 0;
+        entry.isViewableStale = false;
+        entry.wasMapped = false;
+        if (!std::exchange(entry.isNew, false)) {
+            compare(before, entry.window, changes);
         }
     }
     ++generation_;
 }
 
-std::vector<std::uint32_t> X11WindowModel::readRootList(Atom name) {
-    const PropertyReply reply(
-        xcb_get_property_reply(connection_.get(),
-                               xcb_get_property(connection_.get(), 0, connection_.root(), atom(name),
-                                                XCB_GET_PROPERTY_TYPE_ANY, 0, longestList),
-                               nullptr));
+void X11WindowModel::compare(const X11Window& before, const X11Window& now, Changes& changes) const {
+    const auto identity = [](const X11Window& window) {
+        return std::tie(window.instanceName, window.className, window.desktopFile, window.applicationId,
+                        window.declaredProcess);
+    };
+    // A new window can have the identifier of one that is gone but still in the list: its own time comes when
+    // it is taken in.
+    const bool isTakenIn = !before.managerState && now.managerState;
+    if (now.isManaged && (isTakenIn || identity(before) != identity(now))) {
+        changes.identified.push_back(now.id);
+    }
+    if (now.isManaged && isHidden(before) && !isHidden(now)) {
+        changes.returned.push_back(now.id);
+    }
+}
+
+bool X11WindowModel::isMarkedHidden(const X11Window& window) const {
+    return std::ranges::find(window.state, atom(netWmStateHidden)) != window.state.end();
+}
+
+bool X11WindowModel::isHiddenMarkStale(const Entry& entry) const {
+    const auto& window = entry.window;
+    const bool isShown = window.isViewable && window.managerState != iconicState;
+    return isMarkedHidden(window) && isShown &&
+           (window.isHiddenMarkStale || entry.wasMapped || isFirstUpdate_);
+}
+
+xcb_get_property_cookie_t X11WindowModel::requestNumbers(xcb_window_t window, Atom name) {
+    return xcb_get_property(connection_.get(), 0, window, atom(name), XCB_GET_PROPERTY_TYPE_ANY, 0,
+                            longestList);
+}
+
+std::vector<std::uint32_t> X11WindowModel::receiveNumbers(xcb_get_property_cookie_t request) {
+    const auto reply = connection_.reply<xcb_get_property_reply>(request);
     return reply ? listIn(*reply) : std::vector<std::uint32_t>{};
 }
 

@@ -28,6 +28,12 @@ struct X11Window {
     std::vector<xcb_atom_t> state;
     std::vector<xcb_atom_t> type;
     std::optional<std::uint32_t> desktop;
+    /// WM_STATE: absent until a window manager has taken the window in.
+    std::optional<std::uint32_t> managerState;
+    /// Nothing between it and the screen is unmapped; known from the last time that it was mapped.
+    bool isViewable = false;
+    /// The window was shown without its mark as hidden being taken off.
+    bool isHiddenMarkStale = false;
 };
 
 /// A live picture of the client windows: read once, then kept true by the server's events. Every reading is
@@ -37,7 +43,7 @@ public:
     /// What happened since the last `update`, in this order.
     struct Changes {
         std::vector<xcb_window_t> opened;
-        /// Windows whose class or process changed.
+        /// Windows whose class or process changed, and those that the list named before their time.
         std::vector<xcb_window_t> identified;
         /// Windows that were hidden and came back.
         std::vector<xcb_window_t> returned;
@@ -51,6 +57,8 @@ public:
         netClientListStacking,
         netActiveWindow,
         netCurrentDesktop,
+        netSupportingWmCheck,
+        wmState,
         netWmState,
         netWmStateHidden,
         netWmStateSkipTaskbar,
@@ -76,11 +84,19 @@ public:
     /// Changes whenever a window or the list of windows does.
     std::uint64_t generation() const { return generation_; }
 
-    /// Managed windows in the window manager's order, oldest first.
+    /// Managed windows in the window manager's order, oldest first; none while there is no window manager.
     const std::vector<xcb_window_t>& managedWindows() const { return clientList_; }
+    /// None when no window has the focus.
+    std::optional<xcb_window_t> activeWindow() const {
+        return activeWindow_ != XCB_WINDOW_NONE ? std::optional(activeWindow_) : std::nullopt;
+    }
     /// Null when there is no such window; valid until the next `update`.
     const X11Window* find(xcb_window_t window) const;
-    bool isHidden(const X11Window& window) const;
+    /// As the window manager says, unless the window can be seen to be there. A window that can be seen is
+    /// not enough: some window managers leave hidden windows mapped.
+    bool isHidden(const X11Window& window) const {
+        return isMarkedHidden(window) && !window.isHiddenMarkStale;
+    }
 
     /// Bottom to top; asks the server.
     std::vector<xcb_window_t> stackingOrder();
@@ -96,26 +112,44 @@ private:
         /// Bit n stands for property n.
         std::uint32_t staleProperties = 0;
         bool isNew = true;
+        bool isViewableStale = false;
+        /// Mapped after the window manager last wrote its state.
+        bool wasMapped = false;
     };
 
     static const std::vector<Property>& properties();
 
     void handleEvent(const xcb_generic_event_t& event);
-    void markStale(xcb_window_t window, xcb_atom_t property);
-    void readClientList(Changes& changes);
-    void readActiveWindow(Changes& changes);
-    void readStaleProperties(Changes& changes);
-    std::vector<std::uint32_t> readRootList(Atom name);
+    void sessionPropertyChanged(xcb_atom_t property);
+    void windowPropertyChanged(xcb_window_t window, xcb_atom_t property);
+    void windowMapped(xcb_window_t window, bool isMapped);
+    void windowDestroyed(xcb_window_t window);
+    void windowsChanged();
+
+    void readRoot(Changes& changes);
+    bool isManagerAlive();
+    void takeClientList(std::vector<xcb_window_t> list, Changes& changes);
+    void readStaleWindows(Changes& changes);
+    void compare(const X11Window& before, const X11Window& now, Changes& changes) const;
+    bool isMarkedHidden(const X11Window& window) const;
+    bool isHiddenMarkStale(const Entry& entry) const;
+
+    xcb_get_property_cookie_t requestNumbers(xcb_window_t window, Atom name);
+    std::vector<std::uint32_t> receiveNumbers(xcb_get_property_cookie_t request);
 
     X11Connection& connection_;
     std::function<void()> onChanged_;
     std::vector<xcb_atom_t> atoms_;
     bool hasProcessQuery_ = false;
     bool isFirstUpdate_ = true;
+    bool isManagerStale_ = true;
     bool isClientListStale_ = true;
     bool isActiveWindowStale_ = true;
     bool areWindowsStale_ = false;
     std::uint64_t generation_ = 0;
+    /// The window by which a window manager shows that it is there; none if it has none.
+    xcb_window_t managerWindow_ = XCB_WINDOW_NONE;
+    bool isManagerGone_ = false;
     std::vector<xcb_window_t> clientList_;
     xcb_window_t activeWindow_ = XCB_WINDOW_NONE;
     std::map<xcb_window_t, Entry> entries_;

@@ -15,8 +15,8 @@ constexpr std::uint32_t addState = 1;
 /// A request in the user's name, which focus stealing prevention lets through.
 constexpr std::uint32_t sourcePager = 2;
 constexpr std::uint32_t onAllDesktops = 0xFFFFFFFF;
-/// Window managers answer within a few milliseconds; one that has not shown a window by now does not know the
-/// polite request.
+/// Window managers answer within a few milliseconds; one that has not shown a single window by now does not
+/// know the polite request.
 constexpr Platform::MainQueue::Seconds showDeadline{0.15};
 
 std::string localHostName() {
@@ -54,6 +54,7 @@ bool X11WindowSystem::exists(WindowId window) const {
 }
 
 void X11WindowSystem::hide(std::span<const WindowId> windows) {
+    rememberFocus(windows);
     for (const auto window : windows) {
         // The standard request. Some window managers take it for done where the window is on another
         // workspace, so the state is asked for as well.
@@ -71,26 +72,47 @@ void X11WindowSystem::show(std::span<const WindowId> windows) {
         awaitingShow_.insert(window);
     }
     connection_.flush();
-    mainQueue_.asyncAfter(showDeadline, lifetime_.weak([this] { mapStillHidden(); }));
+    watchShowing();
 }
 
 void X11WindowSystem::activate(std::span<const WindowId> windows) {
+    // Where several apps are given back, they come back one after another. One window can come to the front,
+    // and the others are to keep their places.
+    if (awaitingActivation_.empty()) {
+        mainQueue_.async(lifetime_.weak([this] { activateOne(); }));
+    }
+    awaitingActivation_.insert(windows.begin(), windows.end());
+}
+
+void X11WindowSystem::activateOne() {
+    takeIn();
     const auto desktop = model_.currentDesktop();
-    const auto isHere = [&](xcb_window_t id) {
-        const auto* const window = model_.find(id);
+    const auto isCandidate = [&](xcb_window_t id) {
+        const auto* const window = awaitingActivation_.contains(id) ? model_.find(id) : nullptr;
         return window != nullptr && window->isManaged &&
                (!desktop || !window->desktop || window->desktop == desktop ||
                 window->desktop == onAllDesktops);
     };
     const auto stackingOrder = model_.stackingOrder();
-    const auto topmost = std::find_if(stackingOrder.rbegin(), stackingOrder.rend(), [&](xcb_window_t window) {
-        return std::ranges::find(windows, WindowId{window}) != windows.end() && isHere(window);
-    });
-    if (topmost != stackingOrder.rend()) {
-        connection_.sendToWindowManager(*topmost, model_.atom(X11WindowModel::netActiveWindow),
+    const auto topmost = std::find_if(stackingOrder.rbegin(), stackingOrder.rend(), isCandidate);
+    const auto focused = std::ranges::find_if(hiddenWithFocus_, isCandidate);
+    if (focused != hiddenWithFocus_.end() || topmost != stackingOrder.rend()) {
+        connection_.sendToWindowManager(focused != hiddenWithFocus_.end() ? *focused : *topmost,
+                                        model_.atom(X11WindowModel::netActiveWindow),
                                         std::array{sourcePager, std::uint32_t{XCB_CURRENT_TIME}});
+        connection_.flush();
     }
-    connection_.flush();
+    std::erase_if(hiddenWithFocus_, [this](auto window) { return awaitingActivation_.contains(window); });
+    awaitingActivation_.clear();
+}
+
+void X11WindowSystem::rememberFocus(std::span<const WindowId> hidden) {
+    std::erase_if(hiddenWithFocus_, [this](auto window) { return !exists(window); });
+    const auto active = model_.activeWindow();
+    const bool isKnown = !active || std::ranges::find(hiddenWithFocus_, *active) != hiddenWithFocus_.end();
+    if (!isKnown && std::ranges::find(hidden, WindowId{*active}) != hidden.end()) {
+        hiddenWithFocus_.push_back(*active);
+    }
 }
 
 Platform::Subscription X11WindowSystem::addEventHandler(EventHandler handler) {
@@ -186,13 +208,31 @@ void X11WindowSystem::requestHidden(xcb_window_t window, bool hidden) {
                                                std::uint32_t{XCB_ATOM_NONE}, sourcePager});
 }
 
-void X11WindowSystem::mapStillHidden() {
+void X11WindowSystem::watchShowing() {
+    mainQueue_.asyncAfter(showDeadline,
+                          lifetime_.weak([this, watch = ++lastShowWatch_, count = awaitingShow_.size()] {
+                              if (watch == lastShowWatch_) {
+                                  mapStillHidden(count);
+                              }
+                          }));
+}
+
+void X11WindowSystem::mapStillHidden(std::size_t countBefore) {
     takeIn();
-    for (const auto window : std::exchange(awaitingShow_, {})) {
+    std::erase_if(awaitingShow_, [this](WindowId window) {
         const auto* const found = model_.find(xcbWindow(window));
-        if (found != nullptr && found->isManaged && model_.isHidden(*found)) {
-            xcb_map_window(connection_.get(), found->id);
-        }
+        return found == nullptr || !found->isManaged || !model_.isHidden(*found);
+    });
+    if (awaitingShow_.empty()) {
+        return;
+    }
+    if (awaitingShow_.size() < countBefore) {
+        // With many windows a window manager is busy for longer.
+        watchShowing();
+        return;
+    }
+    for (const auto window : std::exchange(awaitingShow_, {})) {
+        xcb_map_window(connection_.get(), xcbWindow(window));
     }
     connection_.flush();
 }

@@ -5,6 +5,7 @@
 #include "platform/linux/windows/WindowSystem.h"
 #include "platform/linux/windows/X11WindowModel.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <set>
@@ -15,8 +16,7 @@
 namespace LinuxPlatform {
 
 /// The windows of an X11 session under a window manager that follows the Extended Window Manager Hints
-/// (EWMH 1.5). The hidden state is asked of the window manager and read back
-/// from it.
+/// (EWMH 1.5). The hidden state is asked of the window manager and read back from it.
 class X11WindowSystem : public WindowSystem {
 public:
     /// Both outlive this object.
@@ -38,7 +38,10 @@ private:
     bool isAppWindow(const X11Window& window) const;
     Window describe(const X11Window& window) const;
     void requestHidden(xcb_window_t window, bool hidden);
-    void mapStillHidden();
+    void watchShowing();
+    void mapStillHidden(std::size_t countBefore);
+    void activateOne();
+    void rememberFocus(std::span<const WindowId> hidden);
 
     X11Connection& connection_;
     Platform::MainQueue& mainQueue_;
@@ -48,6 +51,10 @@ private:
     std::vector<Window> windows_;
     /// Asked back and not known to have come.
     std::set<WindowId> awaitingShow_;
+    std::uint64_t lastShowWatch_ = 0;
+    std::set<WindowId> awaitingActivation_;
+    /// Had the focus when they were hidden; the window manager may pass it from one to the next meanwhile.
+    std::vector<xcb_window_t> hiddenWithFocus_;
     bool isTakeInScheduled_ = false;
     std::vector<std::pair<WindowEvent, xcb_window_t>> undelivered_;
     std::uint64_t lastToken_ = 0;

@@ -64,9 +64,8 @@ std::vector<xcb_atom_t> X11Connection::atoms(std::span<const std::string_view> n
     std::vector<xcb_atom_t> atoms;
     atoms.reserve(names.size());
     for (const auto cookie : cookies) {
-        const XcbPointer<xcb_intern_atom_reply_t> reply(
-            xcb_intern_atom_reply(connection_.get(), cookie, nullptr));
-        atoms.push_back(reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE});
+        const auto answer = reply<xcb_intern_atom_reply>(cookie);
+        atoms.push_back(answer ? answer->atom : xcb_atom_t{XCB_ATOM_NONE});
     }
     return atoms;
 }
@@ -86,6 +85,15 @@ void X11Connection::dispatchEvents() {
 void X11Connection::dispatchQueuedEvents() {
     while (const XcbPointer<xcb_generic_event_t> event{xcb_poll_for_queued_event(connection_.get())}) {
         dispatch(*event);
+    }
+}
+
+void X11Connection::countRoundTrip(unsigned sequence) {
+    // Sequence numbers wrap around.
+    if (static_cast<std::int32_t>(sequence - carriedSequence_) > 0) {
+        ++roundTrips_;
+        // The cheapest request of all tells where we are.
+        carriedSequence_ = xcb_no_operation(connection_.get()).sequence;
     }
 }
 

@@ -11,6 +11,7 @@
 #include <memory>
 #include <span>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 class QObject;
@@ -45,6 +46,16 @@ public:
     /// False once the server is gone; requests then do nothing.
     bool isAlive() const;
 
+    /// Waits for the reply to a request, null after an error: `reply<xcb_get_property_reply>(cookie)`.
+    template <auto receive, class Cookie>
+    auto reply(Cookie cookie) {
+        countRoundTrip(cookie.sequence);
+        auto* const received = receive(get(), cookie, nullptr);
+        return XcbPointer<std::remove_pointer_t<decltype(received)>>(received);
+    }
+    /// How often `reply` had to wait for the server. Requests that were sent before one such wait share it.
+    std::uint64_t roundTrips() const { return roundTrips_; }
+
     /// In the order of `names`, all in one round trip.
     std::vector<xcb_atom_t> atoms(std::span<const std::string_view> names);
 
@@ -65,11 +76,15 @@ private:
 
     X11Connection(std::unique_ptr<xcb_connection_t, Disconnect> connection, xcb_screen_t* screen);
 
+    void countRoundTrip(unsigned sequence);
     void dispatch(const xcb_generic_event_t& event);
     void dispatchQueuedEvents();
 
     std::unique_ptr<xcb_connection_t, Disconnect> connection_;
     xcb_screen_t* screen_;
+    std::uint64_t roundTrips_ = 0;
+    /// The newest request that the last round trip carried.
+    unsigned carriedSequence_ = 0;
     std::uint64_t lastToken_ = 0;
     std::map<std::uint64_t, EventHandler> handlers_;
     /// What ties the connection to the event loop; goes before the connection does.

@@ -1,0 +1,319 @@
+#include "tests/platform/PrivacyMode.h"
+#include "tests/platform/X11WindowFixture.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/ScriptedWindowManager.h"
+
+#include <gmock/gmock.h>
+
+#include <array>
+#include <map>
+#include <memory>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <csignal>
+
+namespace {
+
+using LinuxPlatform::Window;
+using LinuxPlatform::WindowEvent;
+using LinuxPlatform::WindowId;
+using LinuxPlatform::X11Connection;
+using LinuxPlatform::X11WindowSystem;
+using PlatformTests::PrivacyMode;
+using testing::IsEmpty;
+using TestSupport::ChildProcess;
+using TestSupport::ScriptedWindowManager;
+using TestSupport::spinUntil;
+using TestSupport::X11TestClient;
+
+constexpr auto hiddenState = "_NET_WM_STATE_HIDDEN";
+
+/// A display without a window manager; the tests bring their own.
+struct X11WindowManagerTest : PlatformTests::X11WindowFixture {
+    ~X11WindowManagerTest() override {
+        const X11TestClient cleaner;
+        for (const auto* const name : {"_NET_CLIENT_LIST", "_NET_CLIENT_LIST_STACKING",
+                                       "_NET_SUPPORTING_WM_CHECK", "_NET_ACTIVE_WINDOW"}) {
+            xcb_delete_property(cleaner.get(), cleaner.root(), cleaner.atom(name));
+        }
+        cleaner.sync();
+    }
+
+    bool isListed(xcb_window_t window) { return find(window).has_value(); }
+
+    bool isOnScreen(xcb_window_t window) const {
+        const LinuxPlatform::XcbPointer<xcb_get_window_attributes_reply_t> reply(
+            xcb_get_window_attributes_reply(client.get(), xcb_get_window_attributes(client.get(), window),
+                                            nullptr));
+        return reply && reply->map_state == XCB_MAP_STATE_VIEWABLE;
+    }
+
+    /// A window as a manager has it that leaves hidden windows mapped.
+    xcb_window_t openUnder(ScriptedWindowManager& manager, std::uint32_t managerState,
+                           std::initializer_list<std::string_view> states = {}) {
+        const auto window = client.open("a", "A");
+        manager.setManagerState(window, managerState);
+        manager.setStates(window, states);
+        manager.list({window});
+        return window;
+    }
+};
+
+TEST_F(X11WindowManagerTest, WithoutAManagerThereAreNoWindowsAndNothingHangs) {
+    const auto window = client.open("a", "A");
+    PrivacyMode privacy(system, mainQueue);
+    EXPECT_THAT(system.windows(), IsEmpty());
+    EXPECT_EQ(privacy.hiding.isHidden("a"), std::nullopt);
+    system.hide(std::array{WindowId{window}});
+    system.show(std::array{WindowId{window}});
+    system.activate(std::array{WindowId{window}});
+    privacy.engine.activate({"a"});
+    privacy.engine.deactivate();
+    EXPECT_THAT(system.windows(), IsEmpty());
+    EXPECT_TRUE(isOnScreen(window));
+}
+
+TEST_F(X11WindowManagerTest, WindowsOfAManagerThatHeedsNoRequestStayVisible) {
+    ScriptedWindowManager manager;
+    const auto window = openUnder(manager, ScriptedWindowManager::normal);
+    ASSERT_TRUE(spinUntil([&] { return isListed(window); }));
+    PrivacyMode privacy(system, mainQueue);
+    privacy.engine.activate({"a"});
+    // The deadline of a request is over when one that was made later is.
+    bool isOver = false;
+    mainQueue.asyncAfter(Platform::MainQueue::Seconds(0.3), [&] { isOver = true; });
+    ASSERT_TRUE(spinUntil([&] { return isOver; }));
+    EXPECT_FALSE(isHidden(window));
+    EXPECT_EQ(privacy.hiding.isHidden("a"), false);
+    privacy.engine.deactivate();
+    EXPECT_TRUE(isOnScreen(window));
+}
+
+TEST_F(X11WindowManagerTest, HiddenWindowThatStaysMappedIsHidden) {
+    ScriptedWindowManager manager;
+    const auto window = openUnder(manager, ScriptedWindowManager::normal);
+    ASSERT_TRUE(spinUntil([&] { return isListed(window); }));
+    manager.setStates(window, {hiddenState});
+    EXPECT_TRUE(spinUntil([&] { return isHidden(window); }));
+    manager.setManagerState(window, ScriptedWindowManager::iconic);
+    manager.setStates(window, {hiddenState, "_NET_WM_STATE_ABOVE"});
+    ASSERT_TRUE(isOnScreen(window));
+    EXPECT_TRUE(isHidden(window));
+}
+
+TEST_F(X11WindowManagerTest, MarkThatAFormerManagerLeftOnAVisibleWindowIsNotBelieved) {
+    ScriptedWindowManager manager;
+    const auto window = openUnder(manager, ScriptedWindowManager::normal, {hiddenState});
+    const auto iconic = client.open("b", "B");
+    manager.setManagerState(iconic, ScriptedWindowManager::iconic);
+    manager.setStates(iconic, {hiddenState});
+    const auto unmapped = client.create("c", "C");
+    manager.setManagerState(unmapped, ScriptedWindowManager::normal);
+    manager.setStates(unmapped, {hiddenState});
+    manager.list({window, iconic, unmapped});
+    const auto other = X11Connection::open();
+    X11WindowSystem late(*other, mainQueue);
+    std::map<WindowId, bool> hidden;
+    for (const auto& each : late.windows()) {
+        hidden[each.id] = each.isHidden;
+    }
+    EXPECT_EQ(hidden, (std::map<WindowId, bool>{{window, false}, {iconic, true}, {unmapped, true}}));
+}
+
+TEST_F(X11WindowManagerTest, WindowThatIsShownWithItsMarkOnIsVisibleAndAnnounced) {
+    ScriptedWindowManager manager;
+    const auto window = client.create("a", "A");
+    manager.setManagerState(window, ScriptedWindowManager::iconic);
+    manager.setStates(window, {hiddenState});
+    manager.list({window});
+    ASSERT_TRUE(spinUntil([&] { return isHidden(window); }));
+    events.clear();
+    client.map(window);
+    manager.setManagerState(window, ScriptedWindowManager::normal);
+    EXPECT_TRUE(waitForEvent(WindowEvent::activated, window));
+    EXPECT_FALSE(isHidden(window));
+    // Such a manager writes other states and leaves the mark alone.
+    manager.setStates(window, {hiddenState, "_NET_WM_STATE_FOCUSED"});
+    client.sync();
+    EXPECT_FALSE(isHidden(window));
+    xcb_unmap_window(client.get(), window);
+    client.sync();
+    EXPECT_TRUE(spinUntil([&] { return isHidden(window); }));
+}
+
+TEST_F(X11WindowManagerTest, ListOfAManagerThatIsGoneSaysNothing) {
+    std::optional<ScriptedWindowManager> manager(std::in_place);
+    const auto window = openUnder(*manager, ScriptedWindowManager::iconic, {hiddenState});
+    ASSERT_TRUE(spinUntil([&] { return isHidden(window); }));
+    manager.reset();
+    EXPECT_TRUE(spinUntil([&] { return !isListed(window); }));
+    EXPECT_TRUE(client.isListed(window)) << "still on the root window";
+    EXPECT_TRUE(system.exists(window));
+
+    const auto other = X11Connection::open();
+    X11WindowSystem late(*other, mainQueue);
+    EXPECT_THAT(late.windows(), IsEmpty());
+}
+
+TEST_F(X11WindowManagerTest, WindowsAreOpenedAgainUnderAnotherManager) {
+    std::optional<ScriptedWindowManager> manager(std::in_place);
+    const auto window = openUnder(*manager, ScriptedWindowManager::normal);
+    ASSERT_TRUE(waitForEvent(WindowEvent::opened, window));
+    manager.reset();
+    ASSERT_TRUE(spinUntil([&] { return !isListed(window); }));
+    events.clear();
+    ScriptedWindowManager next;
+    EXPECT_TRUE(waitForEvent(WindowEvent::opened, window));
+    EXPECT_TRUE(isListed(window));
+}
+
+TEST_F(X11WindowManagerTest, ManagerMayTakeItsTimeToNameItself) {
+    const auto check = client.create("check", "Check");
+    client.setNumbers(client.root(), "_NET_SUPPORTING_WM_CHECK", XCB_ATOM_WINDOW, std::array{check});
+    const auto window = client.open("a", "A");
+    client.setNumbers(client.root(), "_NET_CLIENT_LIST", XCB_ATOM_WINDOW, std::array{window});
+    EXPECT_FALSE(isListed(window));
+    client.setNumbers(check, "_NET_SUPPORTING_WM_CHECK", XCB_ATOM_WINDOW, std::array{check});
+    EXPECT_TRUE(spinUntil([&] { return isListed(window); }));
+}
+
+TEST_F(X11WindowManagerTest, ManagerThatShowsNoWindowOfItsOwnIsBelieved) {
+    ScriptedWindowManager manager;
+    manager.withdraw();
+    const auto window = openUnder(manager, ScriptedWindowManager::normal);
+    EXPECT_TRUE(spinUntil([&] { return isListed(window); }));
+}
+
+TEST_F(X11WindowManagerTest, IdentifierThatIsUsedAgainWhileItIsStillInTheListIsANewWindow) {
+    ScriptedWindowManager manager;
+    auto old = std::make_unique<X11TestClient>();
+    const auto window = old->open("old", "Old");
+    manager.setManagerState(window, ScriptedWindowManager::normal);
+    manager.list({window});
+    ASSERT_TRUE(waitForEvent(WindowEvent::opened, window));
+    old.reset();
+
+    // The server gives the identifiers of a connection that ended to the next one.
+    X11TestClient fresh;
+    ASSERT_EQ(fresh.create("fresh", "Fresh"), window);
+    manager.list({window});
+    ASSERT_TRUE(spinUntil([&] { return find(window) && find(window)->hints.className == "Fresh"; }));
+    connection->dispatchEvents();
+    QCoreApplication::processEvents();
+    events.clear();
+    fresh.map(window);
+    manager.setManagerState(window, ScriptedWindowManager::normal);
+    manager.list({window});
+    EXPECT_TRUE(waitForEvent(WindowEvent::opened, window));
+}
+
+TEST_F(X11WindowManagerTest, IdentifierThatIsUsedAgainBeforeTheFirstReadingIsANewWindow) {
+    ScriptedWindowManager manager;
+    auto old = std::make_unique<X11TestClient>();
+    const auto window = old->open("old", "Old");
+    manager.list({window});
+    old.reset();
+    X11TestClient fresh;
+    ASSERT_EQ(fresh.create("fresh", "Fresh"), window);
+
+    const auto other = X11Connection::open();
+    X11WindowSystem late(*other, mainQueue);
+    std::vector<WindowId> opened;
+    const auto handler = late.addEventHandler([&](WindowEvent event, const Window& which) {
+        if (event == WindowEvent::opened) {
+            opened.push_back(which.id);
+        }
+    });
+    ASSERT_FALSE(late.windows().empty());
+    fresh.map(window);
+    manager.setManagerState(window, ScriptedWindowManager::normal);
+    EXPECT_TRUE(spinUntil([&] { return !opened.empty(); }));
+}
+
+struct Change {
+    std::string name;
+    std::vector<std::string> first;
+    std::vector<std::string> second;
+    /// Whether the second takes over from the first, or is started when the first has been killed.
+    bool replaces;
+
+    friend void PrintTo(const Change& change, std::ostream* stream) { *stream << change.name; }
+};
+
+class ManagerProcess {
+public:
+    explicit ManagerProcess(const std::vector<std::string>& command) : process_(command) {}
+
+    bool isUp() const {
+        const auto window = checkWindow(client_.root());
+        return window != formerWindow_ && window != XCB_WINDOW_NONE && checkWindow(window) == window;
+    }
+
+    void kill() { process_.end(SIGKILL); }
+
+private:
+    xcb_window_t checkWindow(xcb_window_t window) const {
+        const auto answer = client_.numbers(window, "_NET_SUPPORTING_WM_CHECK");
+        return answer.empty() ? xcb_window_t{XCB_WINDOW_NONE} : answer.front();
+    }
+
+    X11TestClient client_;
+    xcb_window_t formerWindow_ = checkWindow(client_.root());
+    ChildProcess process_;
+};
+
+struct X11ManagerChangeTest : X11WindowManagerTest, testing::WithParamInterface<Change> {};
+
+TEST_P(X11ManagerChangeTest, HiddenAppsStayHiddenAndComeBackAtTheEnd) {
+    // First the windows: openbox forgets about those that are opened while it starts.
+    const auto one = client.open("private", "Private");
+    const auto two = client.open("private", "Private");
+    const auto other = client.open("other", "Other");
+    const auto putAway = client.open("private", "Private");
+    ManagerProcess first(GetParam().first);
+    for (const auto window : {one, two, other, putAway}) {
+        waitUntilListed(window);
+    }
+    hide(putAway);
+
+    PrivacyMode privacy(system, mainQueue);
+    const auto isPrivateHidden = [&] { return isHidden(one) && isHidden(two) && isHidden(putAway); };
+    privacy.engine.activate({"private"});
+    ASSERT_TRUE(spinUntil(isPrivateHidden));
+
+    if (!GetParam().replaces) {
+        first.kill();
+        ASSERT_TRUE(spinUntil([&] { return !isListed(one); }));
+    }
+    ManagerProcess second(GetParam().second);
+    ASSERT_TRUE(spinUntil([&] { return second.isUp() && isListed(one) && isListed(other); }));
+    EXPECT_TRUE(spinUntil([&] {
+        return isPrivateHidden() && !isHidden(other) && !isOnScreen(one) && !isOnScreen(two) &&
+               !isOnScreen(putAway) && isOnScreen(other);
+    }));
+
+    privacy.engine.deactivate();
+    EXPECT_TRUE(spinUntil([&] {
+        return !isHidden(one) && !isHidden(two) && isOnScreen(one) && isOnScreen(two) && isOnScreen(other);
+    }));
+    EXPECT_TRUE(isHidden(putAway));
+    EXPECT_FALSE(isOnScreen(putAway));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    WindowManagers, X11ManagerChangeTest,
+    testing::Values(Change{"OpenboxToXfwm4", {"openbox"}, {"xfwm4", "--replace", "--compositor=on"}, true},
+                    Change{"Xfwm4ToOpenbox", {"xfwm4", "--compositor=off"}, {"openbox", "--replace"}, true},
+                    Change{"OpenboxAgain", {"openbox"}, {"openbox", "--replace"}, true},
+                    Change{"Xfwm4Again", {"xfwm4"}, {"xfwm4", "--replace"}, true},
+                    Change{"OpenboxKilled", {"openbox"}, {"openbox"}, false},
+                    Change{"Xfwm4Killed", {"xfwm4"}, {"xfwm4"}, false},
+                    Change{"OpenboxKilledThenXfwm4", {"openbox"}, {"xfwm4"}, false},
+                    Change{"Xfwm4KilledThenOpenbox", {"xfwm4"}, {"openbox"}, false}),
+    [](const auto& change) { return change.param.name; });
+
+} // namespace
