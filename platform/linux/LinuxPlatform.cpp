@@ -9,14 +9,19 @@
 #include "platform/linux/hotkeys/NoHotKeyService.h"
 #include "platform/linux/hotkeys/X11HotKeyService.h"
 #include "platform/linux/locale/EnvironmentLocale.h"
+#include "platform/linux/tray/TrayStatusBar.h"
 #include "platform/linux/windows/LinuxWorkspace.h"
 #include "platform/linux/windows/NoWindowSystem.h"
 #include "platform/linux/windows/X11WindowSystem.h"
 #include "platform/linux/x11/X11Connection.h"
+#include "platform/qt/ImageRendering.h"
+#include "platform/qt/PopUpMenu.h"
 #include "platform/qt/QtApplication.h"
 #include "platform/qt/QtMainQueue.h"
 #include "platform/qt/QtResources.h"
-#include "platform/qt/QtStatusBar.h"
+
+#include <QGuiApplication>
+#include <QPalette>
 
 #include <glib.h>
 
@@ -39,6 +44,16 @@ Platform::ApplicationFolders applicationFolders() {
         folders.paths.push_back(folder.string());
     }
     return folders;
+}
+
+TrayToolkit trayToolkit() {
+    return {
+        .render = QtPlatform::renderImage,
+        .popUpMenu = [menu = std::make_shared<QtPlatform::PopUpMenu>()](
+                         const auto& content, const auto& place) { menu->show(content, place); },
+        .textColor = QGuiApplication::palette().color(QPalette::WindowText),
+        .pixelsPerPoint = qGuiApp->devicePixelRatio(),
+    };
 }
 
 } // namespace
@@ -66,7 +81,7 @@ Platform::Platform makeLinuxPlatform() {
     platform.application = std::make_unique<QtPlatform::QtApplication>();
     platform.workspace =
         std::make_unique<LinuxWorkspace>(*session->windowSystem, session->identity, session->entries);
-    platform.statusBar = std::make_unique<QtPlatform::QtStatusBar>();
+    platform.statusBar = std::make_unique<TrayStatusBar>(*platform.mainQueue, *platform.log, trayToolkit());
     platform.foundation = std::move(session);
     return platform;
 }

@@ -1,16 +1,12 @@
 #include "platform/qt/ImageRendering.h"
 
 #include <QFile>
+#include <QIcon>
 #include <QPainter>
-#include <QPixmap>
 #include <QSvgRenderer>
-
-#include <array>
 
 namespace QtPlatform {
 namespace {
-
-constexpr std::array panelSizes{16, 18, 20, 22, 24, 32, 36, 44, 48, 64};
 
 bool isFile(const QString& source) {
     return source.startsWith('/') || source.startsWith(':');
@@ -18,15 +14,11 @@ bool isFile(const QString& source) {
 
 } // namespace
 
-QIcon renderIcon(const Platform::Image& image, const QColor& templateColor) {
+QImage renderImage(const Platform::Image& image, const QColor& templateColor, int size) {
     const auto source = QString::fromStdString(image.source);
-    if (!isFile(source)) {
-        return QIcon::fromTheme(source);
-    }
-    if (!image.isTemplate) {
-        const QIcon icon(source);
-        // An icon that cannot be read is only found out when it is drawn.
-        return icon.pixmap(panelSizes[0]).isNull() ? QIcon() : icon;
+    if (!isFile(source) || !image.isTemplate) {
+        const auto icon = isFile(source) ? QIcon(source) : QIcon::fromTheme(source);
+        return icon.pixmap(QSize(size, size), 1.0).toImage();
     }
     QFile file(source);
     if (!file.open(QIODevice::ReadOnly)) {
@@ -36,15 +28,11 @@ QIcon renderIcon(const Platform::Image& image, const QColor& templateColor) {
     if (!renderer.isValid()) {
         return {};
     }
-    QIcon icon;
-    for (const int size : panelSizes) {
-        QPixmap pixmap(size, size);
-        pixmap.fill(Qt::transparent);
-        QPainter painter(&pixmap);
-        renderer.render(&painter);
-        icon.addPixmap(pixmap);
-    }
-    return icon;
+    QImage picture(size, size, QImage::Format_ARGB32_Premultiplied);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    renderer.render(&painter);
+    return picture;
 }
 
 } // namespace QtPlatform

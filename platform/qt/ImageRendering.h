@@ -3,12 +3,12 @@
 #include "platform/Image.h"
 
 #include <QColor>
-#include <QIcon>
+#include <QImage>
 
 namespace QtPlatform {
 
-/// An icon with a pixmap for each size that panels use. A template image is drawn in `templateColor`. Null
-/// when there is no such picture.
-QIcon renderIcon(const Platform::Image& image, const QColor& templateColor);
+/// The picture with `size` pixels on each side. A template image is drawn in `templateColor`. Null when there
+/// is no such picture.
+QImage renderImage(const Platform::Image& image, const QColor& templateColor, int size);
 
 } // namespace QtPlatform

@@ -141,6 +141,24 @@ class VirtualDesktopTest(unittest.TestCase):
         self.assertNotEqual(self.ask(ask_owner).strip(), "0")
         self.assertEqual(self.ask(ask_owner, options=["--tray", "none"]).strip(), "0")
 
+    def test_has_the_tray_of_status_notifier_items_asked_for(self):
+        command = CALL_BUS + "NameHasOwner org.kde.StatusNotifierWatcher; " + f"{sys.executable} -c '{TRAY_OWNER}'"
+        self.assertEqual(self.ask(command, options=["--tray", "sni"]).split(), ["(true,)", "0"])
+        self.assertEqual(self.ask(command, options=["--tray", "none"]).split(), ["(false,)", "0"])
+
+    def test_tells_what_is_in_the_tray_of_status_notifier_items(self):
+        output = self.ask("""
+            watcher="gdbus call --session --dest org.kde.StatusNotifierWatcher --object-path"
+            method=org.kde.StatusNotifierWatcher.RegisterStatusNotifierItem
+            $watcher /StatusNotifierWatcher --method $method org.freedesktop.Notifications
+            $watcher /StatusNotifierWatcher --method $method /of/somebody/who/leaves
+            until $watcher /Host --method com.curtain.TestHost.Items | grep -v somebody; do :; done
+            $watcher /Host --method com.curtain.TestHost.Registrations""", options=["--tray", "sni"])
+        items, registrations = output.splitlines()[-2:]
+        item = "org.freedesktop.Notifications/StatusNotifierItem"
+        self.assertEqual(items, f"(['{item}'],)")
+        self.assertRegex(registrations, rf"^\(\['{item}', ':[0-9.]+/of/somebody/who/leaves'\],\)$")
+
     def test_has_the_screen_size_asked_for(self):
         self.assertIn("1024x768 pixels", self.ask("xdpyinfo", options=["--size", "1024x768"]))
 

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "platform/Event.h"
+#include "platform/Image.h"
+#include "platform/Menu.h"
+
+#include <QColor>
+#include <QImage>
+#include <QRect>
+
+#include <functional>
+
+namespace LinuxPlatform {
+
+/// What the icon shows and whom it tells of clicks, whichever way it takes into a panel.
+struct TrayIconContent {
+    Platform::Image image;
+    /// The second argument is where the click or the icon is, in pixels of the screen; null when not known.
+    std::function<void(const Platform::Event&, const QRect&)> onClick;
+};
+
+/// An icon in a panel's tray. Its destruction removes it.
+class TrayIcon {
+public:
+    virtual ~TrayIcon() = default;
+
+    virtual void setImage(const Platform::Image& image) = 0;
+    /// The colour for templates may have changed.
+    virtual void updateTint() = 0;
+};
+
+/// What a tray icon asks of the toolkit.
+struct TrayToolkit {
+    /// A picture with that many pixels on each side; a template is drawn in the colour. Null when there is
+    /// none.
+    std::function<QImage(const Platform::Image&, const QColor&, int)> render;
+    /// Opens a menu beside a place, in pixels of the screen; at the pointer when that is null.
+    std::function<void(const Platform::Menu&, const QRect&)> popUpMenu;
+    /// The colour of text on the desktop's ordinary surfaces.
+    QColor textColor;
+    double pixelsPerPoint = 1;
+};
+
+} // namespace LinuxPlatform

@@ -1,0 +1,107 @@
+#include "platform/linux/tray/TrayStatusItem.h"
+
+#include "platform/linux/tray/StatusNotifierItem.h"
+#include "platform/linux/tray/XembedIcon.h"
+
+#include <utility>
+
+namespace LinuxPlatform {
+namespace {
+
+/// Whoever answers the bus does so within milliseconds; one who does not must not keep the icon away.
+constexpr Platform::MainQueue::Seconds hostDeadline{0.25};
+/// Panels often start later than the programs that want to stand in them.
+constexpr Platform::MainQueue::Seconds trayDeadline{15};
+
+} // namespace
+
+TrayStatusItem::TrayStatusItem(X11Connection* x11, Platform::MainQueue& queue, Platform::Log& log,
+                               TrayToolkit toolkit)
+    : x11_(x11),
+      log_(log),
+      toolkit_(std::move(toolkit)),
+      bus_(QDBusConnection::sessionBus()),
+      tint_(toolkit_.textColor),
+      hosts_(bus_, [this] { takeBestPlace(); }) {
+    if (x11_ != nullptr) {
+        xembed_.emplace(*x11_, [this] { takeBestPlace(); });
+    }
+    queue.asyncAfter(hostDeadline, lifetime_.weak([this] {
+        isHostAwaited_ = false;
+        takeBestPlace();
+    }));
+    queue.asyncAfter(trayDeadline, lifetime_.weak([this] {
+        if (!hasBeenShown_) {
+            log_.writeLine(
+                "Curtain: no panel with a tray has appeared, so there is no icon yet; the shortcut "
+                "works without it");
+        }
+    }));
+}
+
+void TrayStatusItem::setImage(const Platform::Image& image) {
+    image_ = image;
+    if (icon_) {
+        icon_->setImage(image);
+    } else {
+        takeBestPlace();
+    }
+}
+
+void TrayStatusItem::setAction(std::uint64_t eventMask, Action action) {
+    eventMask_ = eventMask;
+    action_ = std::move(action);
+}
+
+void TrayStatusItem::popUpMenu(const Platform::Menu& menu) {
+    toolkit_.popUpMenu(menu, lastClick_);
+}
+
+TrayStatusItem::Place TrayStatusItem::bestPlace() const {
+    if (!hosts_.watcher().isEmpty()) {
+        return {hosts_.watcher(), XCB_WINDOW_NONE};
+    }
+    // An icon that moved at once would flicker, so the answer is waited for while it is likely to come.
+    const bool isHostPossible = !hosts_.isKnown() && isHostAwaited_;
+    return {{}, xembed_ && !isHostPossible ? xembed_->manager() : xcb_window_t{XCB_WINDOW_NONE}};
+}
+
+void TrayStatusItem::takeBestPlace() {
+    auto place = bestPlace();
+    if (!image_ || place == place_) {
+        return;
+    }
+    place_ = std::move(place);
+    icon_.reset();
+    if (place_.isNowhere()) {
+        return;
+    }
+    hasBeenShown_ = true;
+    TrayIconContent content{*image_, [this](const auto& event, const auto& where) { clicked(event, where); }};
+    if (place_.watcher.isEmpty()) {
+        icon_ = std::make_unique<XembedIcon>(*x11_, place_.manager, std::move(content), toolkit_, tint_);
+    } else {
+        followColorScheme();
+        icon_ = std::make_unique<StatusNotifierItem>(place_.watcher, std::move(content), toolkit_, tint_);
+    }
+}
+
+void TrayStatusItem::clicked(const Platform::Event& event, const QRect& place) {
+    lastClick_ = place;
+    if ((eventMask_ >> event.type & 1U) != 0 && action_) {
+        action_(event);
+    }
+}
+
+void TrayStatusItem::followColorScheme() {
+    if (!colorScheme_) {
+        colorScheme_.emplace(bus_, [this](std::optional<ColorScheme> scheme) {
+            tint_.setColorScheme(scheme);
+            if (icon_) {
+                icon_->updateTint();
+            }
+        });
+    }
+}
+
+} // namespace LinuxPlatform

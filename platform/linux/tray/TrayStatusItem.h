@@ -1,0 +1,69 @@
+#pragma once
+
+#include "platform/Lifetime.h"
+#include "platform/Log.h"
+#include "platform/MainQueue.h"
+#include "platform/StatusItem.h"
+#include "platform/linux/tray/DesktopColorScheme.h"
+#include "platform/linux/tray/StatusNotifierHosts.h"
+#include "platform/linux/tray/TemplateTint.h"
+#include "platform/linux/tray/TrayIcon.h"
+#include "platform/linux/tray/XembedTray.h"
+#include "platform/linux/x11/X11Connection.h"
+
+#include <QDBusConnection>
+#include <QRect>
+#include <QString>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+namespace LinuxPlatform {
+
+/// A status item as an icon in whichever tray the desktop has: one that shows StatusNotifierItems if there is
+/// one, else one that embeds X windows. It follows trays that come late, go and come back.
+class TrayStatusItem : public Platform::StatusItem {
+public:
+    /// `x11` is null when there is no X server. All but the toolkit outlive the item.
+    TrayStatusItem(X11Connection* x11, Platform::MainQueue& queue, Platform::Log& log, TrayToolkit toolkit);
+
+    void setImage(const Platform::Image& image) override;
+    void setAction(std::uint64_t eventMask, Action action) override;
+    void popUpMenu(const Platform::Menu& menu) override;
+
+private:
+    /// Where the icon is shown; nowhere when both are empty.
+    struct Place {
+        QString watcher;
+        xcb_window_t manager = XCB_WINDOW_NONE;
+
+        bool isNowhere() const { return watcher.isEmpty() && manager == XCB_WINDOW_NONE; }
+        bool operator==(const Place&) const = default;
+    };
+
+    Place bestPlace() const;
+    void takeBestPlace();
+    void clicked(const Platform::Event& event, const QRect& place);
+    void followColorScheme();
+
+    X11Connection* x11_;
+    Platform::Log& log_;
+    TrayToolkit toolkit_;
+    QDBusConnection bus_;
+    TemplateTint tint_;
+    std::optional<DesktopColorScheme> colorScheme_;
+    StatusNotifierHosts hosts_;
+    std::optional<XembedTray> xembed_;
+    bool isHostAwaited_ = true;
+    bool hasBeenShown_ = false;
+    std::optional<Platform::Image> image_;
+    std::uint64_t eventMask_ = 0;
+    Action action_;
+    QRect lastClick_;
+    Place place_;
+    std::unique_ptr<TrayIcon> icon_;
+    Platform::Lifetime lifetime_;
+};
+
+} // namespace LinuxPlatform
