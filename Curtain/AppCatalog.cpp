@@ -1,6 +1,7 @@
 #include "Curtain/AppCatalog.h"
 
 #include <QCollator>
+#include <QLocale>
 
 #include <algorithm>
 #include <filesystem>
@@ -17,6 +18,10 @@ void keepFirstOfEachIdentifier(std::vector<CatalogEntry>& entries) {
 
 void sortByName(std::vector<CatalogEntry>& entries) {
     QCollator collator;
+    // That locale has no letters, only bytes.
+    if (collator.locale().language() == QLocale::C) {
+        collator.setLocale(QLocale(QLocale::English));
+    }
     collator.setCaseSensitivity(Qt::CaseInsensitive);
     std::vector<std::pair<QCollatorSortKey, std::size_t>> order;
     order.reserve(entries.size());

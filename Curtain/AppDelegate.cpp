@@ -57,7 +57,7 @@ void AppDelegate::showStatusMenu() {
                              {text(LocKey::settings), nullptr},
                              separator,
                              {text(LocKey::quit), [this] { platform_.application->terminate(); }}},
-                            lang == "ar"});
+                            CurtainCore::Localizer::isRightToLeft(lang)});
 }
 
 void AppDelegate::toggleModeFromHotkey() {

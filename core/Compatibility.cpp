@@ -4,12 +4,12 @@
 
 namespace CurtainCore {
 
-CompatibilityResult CompatibilityChecker::evaluate(const CompatibilitySignals& signals) {
+CompatibilityResult CompatibilityChecker::evaluate(const CompatibilitySignals& found) {
     return {
-        .osSupported = signals.osMajorVersion >= minimumMajorVersion,
-        .hasCamera = signals.hasCamera,
-        .hasMicrophone = signals.hasMicrophone,
-        .videoAppNames = signals.videoAppNames,
+        .osSupported = found.osMajorVersion >= minimumMajorVersion,
+        .hasCamera = found.hasCamera,
+        .hasMicrophone = found.hasMicrophone,
+        .videoAppNames = found.videoAppNames,
     };
 }
 

@@ -34,7 +34,7 @@ namespace CompatibilityChecker {
 
 inline constexpr int minimumMajorVersion = 14;
 
-CompatibilityResult evaluate(const CompatibilitySignals& signals);
+CompatibilityResult evaluate(const CompatibilitySignals& found);
 
 } // namespace CompatibilityChecker
 

@@ -18,6 +18,9 @@ public:
     /// The language code to use: that of the choice, or for `AppLanguage::system` the system's own; "en" when
     /// there are no texts for it. A code with a region or in capitals is not known.
     static std::string_view resolve(AppLanguage choice, std::string_view system);
+
+    /// Whether a language, by its two-letter code, is written from right to left.
+    static bool isRightToLeft(std::string_view lang) { return lang == "ar"; }
 };
 
 } // namespace CurtainCore

@@ -36,8 +36,12 @@ struct RawValues<PermissionKind> {
 enum class PermissionStatus { notRequested, granted, denied };
 
 struct ReadinessIssue {
-    LocKey key{};
-    ReadinessStatus severity = ReadinessStatus::unknown;
+    LocKey key;
+    ReadinessStatus severity;
+
+    constexpr ReadinessIssue(LocKey issueKey, ReadinessStatus issueSeverity)
+        : key(issueKey),
+          severity(issueSeverity) {}
 
     std::string_view id() const { return rawValue(key); }
     bool operator==(const ReadinessIssue&) const = default;

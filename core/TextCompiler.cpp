@@ -7,6 +7,7 @@
 
 #include "core/LocKey.h"
 #include "core/Preferences.h"
+#include "core/Utf8.h"
 
 #include <algorithm>
 #include <array>
@@ -64,28 +65,6 @@ std::size_t count(std::string_view text, std::string_view part) {
         ++result;
     }
     return result;
-}
-
-bool isUtf8(std::string_view text) {
-    std::size_t continuations = 0;
-    for (const char character : text) {
-        const auto byte = static_cast<unsigned char>(character);
-        if (continuations > 0) {
-            if ((byte & 0xC0U) != 0x80U) {
-                return false;
-            }
-            --continuations;
-        } else if (byte >= 0xC2U && byte < 0xE0U) {
-            continuations = 1;
-        } else if ((byte & 0xF0U) == 0xE0U) {
-            continuations = 2;
-        } else if (byte >= 0xF0U && byte < 0xF5U) {
-            continuations = 3;
-        } else if (byte >= 0x80U) {
-            return false;
-        }
-    }
-    return continuations == 0;
 }
 
 /// Whether there is a space at either end, two in a row, or a control character. Any kind of space counts,
@@ -165,7 +144,7 @@ private:
     void checkText(std::string_view name, std::string_view text) {
         if (text.empty()) {
             report("empty text for " + quoted(name));
-        } else if (!isUtf8(text)) {
+        } else if (!CurtainCore::isUtf8(text)) {
             report("the text of " + quoted(name) + " is not UTF-8");
         } else if (hasStrayWhiteSpace(std::string(text))) {
             report("stray white space in the text of " + quoted(name));

@@ -30,42 +30,38 @@ void KeyboardShortcuts::setShortcut(const std::optional<Shortcut>& shortcut, con
         store_.clear(name);
     }
     if (const auto registered = registered_.extract(name.rawValue)) {
-        center_.unregisterShortcut(registered.mapped());
+        const bool isShared = std::ranges::any_of(
+            registered_, [&](const auto& other) { return other.second == registered.mapped(); });
+        if (!isShared) {
+            center_.unregisterShortcut(registered.mapped());
+        }
     }
     registerIfNeeded(name);
-    for (const auto& [token, observer] : std::map(observers_)) {
-        observer(name);
-    }
+    observers_.tell(name);
 }
 
 Platform::Subscription KeyboardShortcuts::onKeyUp(const Name& name, Action action) {
-    const auto token = ++lastToken_;
-    keyUpActions_.emplace(token, std::pair(name, std::move(action)));
+    auto subscription = keyUpActions_[name.rawValue].add(std::move(action));
     registerIfNeeded(name);
-    return Platform::Subscription([this, token] { keyUpActions_.erase(token); });
+    return subscription;
 }
 
 Platform::Subscription KeyboardShortcuts::observeShortcutByNameDidChange(NameObserver observer) {
-    const auto token = ++lastToken_;
-    observers_.emplace(token, std::move(observer));
-    return Platform::Subscription([this, token] { observers_.erase(token); });
+    return observers_.add(std::move(observer));
 }
 
 void KeyboardShortcuts::registerIfNeeded(const Name& name) {
     const auto shortcut = store_.shortcut(name);
-    const bool isListenedFor =
-        std::ranges::any_of(keyUpActions_, [&](const auto& entry) { return entry.second.first == name; });
-    if (shortcut && isListenedFor) {
+    if (shortcut && !keyUpActions_[name.rawValue].isEmpty()) {
         registered_.insert_or_assign(name.rawValue, *shortcut);
         center_.registerShortcut(*shortcut, nullptr, [this](const Shortcut& released) { keyUp(released); });
     }
 }
 
 void KeyboardShortcuts::keyUp(const Shortcut& shortcut) {
-    for (const auto& [token, entry] : std::map(keyUpActions_)) {
-        const auto registered = registered_.find(entry.first.rawValue);
-        if (registered != registered_.end() && registered->second == shortcut) {
-            entry.second();
+    for (const auto& [name, registered] : std::map(registered_)) {
+        if (registered == shortcut) {
+            keyUpActions_[name].tell();
         }
     }
 }

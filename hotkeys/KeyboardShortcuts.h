@@ -3,18 +3,17 @@
 #include "hotkeys/HotKeyCenter.h"
 #include "hotkeys/Name.h"
 #include "hotkeys/ShortcutStore.h"
+#include "platform/Subscribers.h"
 #include "platform/Subscription.h"
 
-#include <cstdint>
 #include <functional>
 #include <map>
 #include <optional>
 #include <string>
-#include <utility>
 
 namespace KeyboardShortcuts {
 
-/// The user's global shortcuts: what is stored under a name is registered with the system while somebody
+/// The user's global shortcuts: what is stored under a name is registered with the system once somebody
 /// listens for the name. Main thread only.
 class KeyboardShortcuts {
 public:
@@ -45,11 +44,12 @@ private:
 
     ShortcutStore store_;
     HotKeyCenter center_;
-    std::uint64_t lastToken_ = 0;
-    std::map<std::uint64_t, std::pair<Name, Action>> keyUpActions_;
-    /// By the name's raw value. Differs from the store when the stored text was edited meanwhile.
+    /// By the name's raw value.
+    std::map<std::string, Platform::Subscribers<>> keyUpActions_;
+    /// What was registered, or tried to be, last. Differs from the store when the stored text was edited
+    /// meanwhile.
     std::map<std::string, Shortcut> registered_;
-    std::map<std::uint64_t, NameObserver> observers_;
+    Platform::Subscribers<Name> observers_;
 };
 
 } // namespace KeyboardShortcuts

@@ -70,6 +70,16 @@ TEST_F(AppCatalogTest, SortedByNameWithoutRegardToCaseAndEqualNamesInTheirOrder)
                                                    CatalogEntry{"4", "Files"}, CatalogEntry{"1", "zoom"}));
 }
 
+TEST_F(AppCatalogTest, SortedWithoutRegardToCaseWhereNoLanguageIsSet) {
+    QLocale::setDefault(QLocale::c());
+    for (const auto* name : {"Zebra", "apple", "Berry"}) {
+        workspace.run(name);
+    }
+    EXPECT_THAT(catalog.runningApps(),
+                ElementsAre(CatalogEntry{"apple", "apple"}, CatalogEntry{"Berry", "Berry"},
+                            CatalogEntry{"Zebra", "Zebra"}));
+}
+
 TEST_F(AppCatalogTest, InstalledAppsComeFromEveryFolderInOrder) {
     installation.install("/Users/u/Applications/Mine.app", bundle("mine", "Mine"));
     installation.install("/System/Applications/Utilities/Term.app", bundle("term", "Term"));

@@ -1,6 +1,7 @@
 #include "Curtain/AppDelegate.h"
 
 #include "Curtain/PlatformWording.h"
+#include "core/Localizer.h"
 #include "core/PreferencesJson.h"
 #include "tests/support/FakePlatform.h"
 
@@ -242,6 +243,12 @@ TEST_F(StatusMenuTest, SpeaksTheLanguageOfTheSystem) {
     fakes.statusBar.click(rightClick);
     EXPECT_EQ(titles().at(5), "Quitter");
     EXPECT_FALSE(fakes.statusBar.menus.at(0).isRightToLeft);
+}
+
+TEST_F(StatusMenuTest, RunsFromRightToLeftInArabicOnly) {
+    for (const auto* const language : {"en", "es", "zh", "hi", "ar", "pt", "fr", "ru"}) {
+        EXPECT_EQ(CurtainCore::Localizer::isRightToLeft(language), std::string(language) == "ar") << language;
+    }
 }
 
 TEST_F(StatusMenuTest, SpeaksEnglishForALanguageWithoutTexts) {

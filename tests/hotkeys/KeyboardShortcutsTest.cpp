@@ -178,6 +178,19 @@ TEST_F(KeyboardShortcutsTest, TwoListenersShareOneRegistration) {
     EXPECT_EQ(calls, 2);
 }
 
+TEST_F(KeyboardShortcutsTest, NamesThatShareAShortcutDoNotTakeItFromEachOther) {
+    const auto first = toggle();
+    const auto second = shortcuts.name("other", defaultShortcut);
+    const auto firstListener = listen(first);
+    const auto secondListener = listen(second);
+    service.release();
+    EXPECT_EQ(calls, 2);
+    shortcuts.setShortcut(std::nullopt, first);
+    ASSERT_EQ(service.registrations.size(), 1U);
+    service.release();
+    EXPECT_EQ(calls, 3);
+}
+
 TEST_F(KeyboardShortcutsTest, AListenerMayChangeTheShortcutWhileItIsCalled) {
     const auto name = toggle();
     const auto subscription = shortcuts.onKeyUp(name, [&] { shortcuts.setShortcut(otherShortcut, name); });

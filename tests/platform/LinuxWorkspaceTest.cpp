@@ -134,6 +134,7 @@ TEST_F(LinuxWorkspaceTest, WhatWasGivenBackIsForgotten) {
     const auto app = only("a");
     app->hide();
     app->unhide();
+    EXPECT_FALSE(app->isHidden());
     windows.at(1).isHidden = true;
     app->hide();
     app->unhide();
@@ -189,9 +190,23 @@ TEST_F(LinuxWorkspaceTest, ActivationCountsOnWindowsThatAreOnTheirWayBack) {
     app->hide();
     windows.takesEffect = false;
     app->unhide();
-    EXPECT_TRUE(app->isHidden());
     app->activate(Platform::ActivationOptions::ignoringOtherApps);
     EXPECT_THAT(windows.activated, ElementsAre(ElementsAre(1)));
+}
+
+TEST_F(LinuxWorkspaceTest, WindowsOnTheirWayBackAreVisibleAndCanBeHiddenAgain) {
+    windows.open(1, "a", 10);
+    windows.open(2, "a", 10).isHidden = true;
+    const auto app = only("a");
+    app->hide();
+    windows.takesEffect = false;
+    app->unhide();
+    EXPECT_FALSE(app->isHidden());
+    app->hide();
+    EXPECT_THAT(windows.hidden, ElementsAre(ElementsAre(1), ElementsAre(1)));
+    EXPECT_TRUE(app->isHidden());
+    app->unhide();
+    EXPECT_THAT(windows.shown, ElementsAre(ElementsAre(1), ElementsAre(1)));
 }
 
 TEST_F(LinuxWorkspaceTest, IdentityFollowsAWindowThatChanges) {

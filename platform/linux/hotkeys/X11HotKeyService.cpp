@@ -53,9 +53,7 @@ void X11HotKeyService::unregisterHotKey(Platform::HotKeyID id) {
 }
 
 Platform::Subscription X11HotKeyService::installEventHandler(Handler handler) {
-    const auto token = ++lastToken_;
-    handlers_.emplace(token, std::move(handler));
-    return Platform::Subscription([this, token] { handlers_.erase(token); });
+    return handlers_.add(std::move(handler));
 }
 
 void X11HotKeyService::detectAutoRepeat() {
@@ -169,11 +167,7 @@ void X11HotKeyService::ungrab(const X11Keyboard::Combination& combination) {
 }
 
 void X11HotKeyService::deliver(Platform::HotKeyEvent event, Platform::HotKeyID id) {
-    mainQueue_.async(lifetime_.weak([this, event, id] {
-        for (const auto& [token, handler] : std::map(handlers_)) {
-            handler(event, id);
-        }
-    }));
+    mainQueue_.async(lifetime_.weak([this, event, id] { handlers_.tell(event, id); }));
 }
 
 } // namespace LinuxPlatform

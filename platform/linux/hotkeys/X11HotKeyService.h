@@ -3,11 +3,11 @@
 #include "platform/HotKeyService.h"
 #include "platform/Lifetime.h"
 #include "platform/MainQueue.h"
+#include "platform/Subscribers.h"
 #include "platform/linux/hotkeys/X11Keyboard.h"
 #include "platform/linux/x11/X11Connection.h"
 
 #include <cstdint>
-#include <map>
 #include <optional>
 #include <vector>
 
@@ -51,8 +51,7 @@ private:
     std::uint8_t keyboardEvent_ = 0;
     bool isKeyboardChangeScheduled_ = false;
     std::vector<HotKey> hotKeys_;
-    std::uint64_t lastToken_ = 0;
-    std::map<std::uint64_t, Handler> handlers_;
+    Platform::Subscribers<Platform::HotKeyEvent, Platform::HotKeyID> handlers_;
     Platform::Subscription eventHandler_;
     Platform::Lifetime lifetime_;
 };

@@ -1,7 +1,6 @@
 #include "platform/linux/windows/AppInstances.h"
 
 #include <algorithm>
-#include <iterator>
 
 namespace LinuxPlatform {
 namespace {
@@ -48,11 +47,13 @@ void AppInstances::hide(const AppInstanceKey& key) {
     if (instance == nullptr) {
         return;
     }
-    for (const auto window : instance->visibleWindows) {
+    const auto hidden = instance->visibleWindows;
+    for (const auto window : hidden) {
         takenAway_.insert(window);
         askedBack_.erase(window);
     }
-    windowSystem_.hide(instance->visibleWindows);
+    groupedGeneration_.reset();
+    windowSystem_.hide(hidden);
 }
 
 void AppInstances::unhide(const AppInstanceKey& key) {
@@ -68,19 +69,15 @@ void AppInstances::unhide(const AppInstanceKey& key) {
     }
     const auto& shown = returning.empty() ? instance->windows : returning;
     askedBack_.insert(shown.begin(), shown.end());
+    groupedGeneration_.reset();
     windowSystem_.show(shown);
 }
 
 void AppInstances::activate(const AppInstanceKey& key) {
-    const auto* const instance = find(key);
-    if (instance == nullptr) {
-        return;
-    }
     // A window that its user put away is not to come back with the others.
-    auto candidates = instance->visibleWindows;
-    std::ranges::copy_if(instance->windows, std::back_inserter(candidates),
-                         [this](WindowId window) { return askedBack_.contains(window); });
-    windowSystem_.activate(candidates);
+    if (const auto* const instance = find(key)) {
+        windowSystem_.activate(instance->visibleWindows);
+    }
 }
 
 void AppInstances::regroupIfChanged() {
@@ -98,7 +95,9 @@ void AppInstances::regroupIfChanged() {
     owners_.clear();
     keysByBundleIdentifier_.clear();
     std::erase_if(identities_, [this](const auto& entry) { return !windowSystem_.exists(entry.first); });
-    std::erase_if(takenAway_, [this](WindowId window) { return !windowSystem_.exists(window); });
+    for (auto* const windows : {&takenAway_, &askedBack_}) {
+        std::erase_if(*windows, [this](WindowId window) { return !windowSystem_.exists(window); });
+    }
 
     for (const auto& window : windowSystem_.windows()) {
         const auto& identity = identityOf(window);
@@ -113,8 +112,11 @@ void AppInstances::regroupIfChanged() {
         auto& instance = instances_[position->second];
         instance.windows.push_back(window.id);
         if (!window.isHidden) {
-            instance.visibleWindows.push_back(window.id);
             askedBack_.erase(window.id);
+        }
+        // One that is on its way back counts as visible: hiding it again has to catch up with it.
+        if (!window.isHidden || askedBack_.contains(window.id)) {
+            instance.visibleWindows.push_back(window.id);
         }
         instance.isInTaskList = instance.isInTaskList || window.isInTaskList;
         owners_.emplace(window.id, key);

@@ -92,9 +92,7 @@ LinuxWorkspace::runningApplicationsWithBundleIdentifier(const std::string& bundl
 
 Platform::Subscription LinuxWorkspace::addObserver(Platform::WorkspaceNotification notification,
                                                    Observer observer) {
-    const auto token = ++lastToken_;
-    observers_.emplace(token, std::pair(notification, std::move(observer)));
-    return Platform::Subscription([this, token] { observers_.erase(token); });
+    return observers_[notification].add(std::move(observer));
 }
 
 std::optional<std::string>
@@ -121,12 +119,7 @@ void LinuxWorkspace::handleEvent(WindowEvent event, const Window& window) {
     const auto notification = event == WindowEvent::opened
                                   ? Platform::WorkspaceNotification::didLaunchApplication
                                   : Platform::WorkspaceNotification::didActivateApplication;
-    const auto application = handleFor(*key);
-    for (const auto& [token, entry] : std::map(observers_)) {
-        if (entry.first == notification) {
-            entry.second(application);
-        }
-    }
+    observers_[notification].tell(handleFor(*key));
 }
 
 std::shared_ptr<Platform::RunningApplication> LinuxWorkspace::handleFor(const AppInstanceKey& key) const {

@@ -1,14 +1,13 @@
 #pragma once
 
+#include "platform/Subscribers.h"
 #include "platform/Workspace.h"
 #include "platform/linux/apps/DesktopEntries.h"
 #include "platform/linux/windows/AppInstances.h"
 #include "platform/linux/windows/WindowSystem.h"
 
-#include <cstdint>
 #include <map>
 #include <memory>
-#include <utility>
 
 namespace LinuxPlatform {
 
@@ -32,8 +31,9 @@ private:
 
     DesktopEntries& entries_;
     std::shared_ptr<AppInstances> instances_;
-    std::uint64_t lastToken_ = 0;
-    std::map<std::uint64_t, std::pair<Platform::WorkspaceNotification, Observer>> observers_;
+    std::map<Platform::WorkspaceNotification,
+             Platform::Subscribers<std::shared_ptr<Platform::RunningApplication>>>
+        observers_;
     Platform::Subscription windowEvents_;
 };
 

@@ -116,9 +116,7 @@ void X11WindowSystem::rememberFocus(std::span<const WindowId> hidden) {
 }
 
 Platform::Subscription X11WindowSystem::addEventHandler(EventHandler handler) {
-    const auto token = ++lastToken_;
-    handlers_.emplace(token, std::move(handler));
-    return Platform::Subscription([this, token] { handlers_.erase(token); });
+    return handlers_.add(std::move(handler));
 }
 
 void X11WindowSystem::takeIn() {
@@ -156,10 +154,7 @@ void X11WindowSystem::deliverEvents() {
         if (found == nullptr || !isAppWindow(*found)) {
             continue;
         }
-        const auto described = describe(*found);
-        for (const auto& [token, handler] : std::map(handlers_)) {
-            handler(event, described);
-        }
+        handlers_.tell(event, describe(*found));
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "platform/Lifetime.h"
 #include "platform/MainQueue.h"
+#include "platform/Subscribers.h"
 #include "platform/linux/windows/WindowSystem.h"
 #include "platform/linux/windows/X11WindowModel.h"
 
@@ -57,8 +58,7 @@ private:
     std::vector<xcb_window_t> hiddenWithFocus_;
     bool isTakeInScheduled_ = false;
     std::vector<std::pair<WindowEvent, xcb_window_t>> undelivered_;
-    std::uint64_t lastToken_ = 0;
-    std::map<std::uint64_t, EventHandler> handlers_;
+    Platform::Subscribers<WindowEvent, Window> handlers_;
     Platform::Lifetime lifetime_;
 };
 

@@ -71,9 +71,7 @@ std::vector<xcb_atom_t> X11Connection::atoms(std::span<const std::string_view> n
 }
 
 Platform::Subscription X11Connection::addEventHandler(EventHandler handler) {
-    const auto token = ++lastToken_;
-    handlers_.emplace(token, std::move(handler));
-    return Platform::Subscription([this, token] { handlers_.erase(token); });
+    return handlers_.add(std::move(handler));
 }
 
 void X11Connection::dispatchEvents() {
@@ -101,9 +99,7 @@ void X11Connection::dispatch(const xcb_generic_event_t& event) {
     if (event.response_type == 0) {
         return;
     }
-    for (const auto& [token, handler] : handlers_) {
-        handler(event);
-    }
+    handlers_.tell(event);
 }
 
 void X11Connection::flush() {

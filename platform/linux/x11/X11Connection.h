@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Subscribers.h"
 #include "platform/Subscription.h"
 
 #include <xcb/xcb.h>
@@ -85,8 +86,7 @@ private:
     std::uint64_t roundTrips_ = 0;
     /// The newest request that the last round trip carried.
     unsigned carriedSequence_ = 0;
-    std::uint64_t lastToken_ = 0;
-    std::map<std::uint64_t, EventHandler> handlers_;
+    Platform::Subscribers<std::reference_wrapper<const xcb_generic_event_t>> handlers_;
     /// What ties the connection to the event loop; goes before the connection does.
     std::unique_ptr<QObject> loopLink_;
 };
