@@ -5,10 +5,12 @@
 #include <QPixmap>
 #include <QSvgRenderer>
 
+#include <array>
+
 namespace QtPlatform {
 namespace {
 
-constexpr int panelSizes[] = {16, 18, 20, 22, 24, 32, 36, 44, 48, 64};
+constexpr std::array panelSizes{16, 18, 20, 22, 24, 32, 36, 44, 48, 64};
 
 bool isFile(const QString& source) {
     return source.startsWith('/') || source.startsWith(':');

@@ -2,6 +2,7 @@
 
 #include <QSocketNotifier>
 
+#include <array>
 #include <atomic>
 #include <csignal>
 #include <cstdint>
@@ -14,7 +15,7 @@
 namespace QtPlatform {
 namespace {
 
-constexpr int endingSignals[] = {SIGINT, SIGTERM, SIGHUP};
+constexpr std::array endingSignals{SIGINT, SIGTERM, SIGHUP};
 
 /// A signal handler gets no context of ours, so the descriptor that it writes to has to be found here.
 std::atomic<int> announcement = -1;
