@@ -197,7 +197,7 @@ TEST_F(DesktopEntriesTest, CommandsNameTheirProgram) {
         {"app --new-window", "app", true},
         {"app --new-window %U", "app", true},
         {path + " %f", "app", false},
-        {"\"" + path + "\" \"%f\"", "app", false},
+        {"\"" + path + R"(" "%f")", "app", false},
         {"\"" + spaced + "\" %U", "with space", false},
         {R"(app "quoted argument")", "app", true},
         {"env A=1 app", "app", false},
