@@ -4,10 +4,9 @@
 #include "tests/support/TemporaryFolder.h"
 
 #include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <string>
-
-#include <stdlib.h>
 
 namespace TestSupport {
 

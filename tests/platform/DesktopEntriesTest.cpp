@@ -3,7 +3,6 @@
 
 #include <gmock/gmock.h>
 
-#include <ostream>
 #include <vector>
 
 #include <sys/stat.h>
@@ -13,14 +12,11 @@ namespace {
 namespace fs = std::filesystem;
 
 using LinuxPlatform::DesktopEntries;
-using LinuxPlatform::DesktopEntry;
 using LinuxPlatform::DesktopEntryBundles;
-using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::IsNull;
 using testing::NotNull;
-using testing::UnorderedElementsAre;
 
 struct DesktopEntriesTest : testing::Test, TestSupport::AppsWorld {
     DesktopEntryBundles bundles{entries};
@@ -201,11 +197,11 @@ TEST_F(DesktopEntriesTest, CommandsNameTheirProgram) {
         {"app --new-window", "app", true},
         {"app --new-window %U", "app", true},
         {path + " %f", "app", false},
-        {"\"" + path + "\" \"%f\"", "app", false},
+        {"\"" + path + R"(" "%f")", "app", false},
         {"\"" + spaced + "\" %U", "with space", false},
         {R"(app "quoted argument")", "app", true},
         {"env A=1 app", "app", false},
-        {"env A=1 B=\"2 3\" app %u", "app", false},
+        {R"(env A=1 B="2 3" app %u)", "app", false},
         {"/usr/bin/env A=1 app --flag", "app", true},
         {"env -i A=1 app", "app", false},
         {"env --unset=A app", "app", false},
@@ -227,7 +223,7 @@ TEST_F(DesktopEntriesTest, BrokenFilesAreLeftOut) {
     installPlain(system / "app.desktop");
     const std::string line(1'000'000, 'x');
     installFile(system / "empty.desktop", "");
-    installFile(system / "binary.desktop", std::string("\0\x01\xff\xfe[Desktop Entry]\n\0", 22));
+    installFile(system / "binary.desktop", std::string("\0\x01\xff\xfe[Desktop Entry]\n\0", 21));
     installFile(system / "line.desktop", line);
     installFile(system / "no-group.desktop", "Type=Application\nName=No group\nExec=app\n");
     installFile(system / "other-group.desktop", "[Other]\nType=Application\nName=Other\nExec=app\n");

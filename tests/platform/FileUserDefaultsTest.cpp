@@ -6,10 +6,13 @@
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/UserDefaultsContract.h"
 
+#include <array>
+#include <atomic>
 #include <chrono>
 #include <random>
 #include <set>
 #include <thread>
+#include <vector>
 
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -19,7 +22,6 @@ namespace {
 namespace fs = std::filesystem;
 
 using LinuxPlatform::FileUserDefaults;
-using testing::Each;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -151,7 +153,8 @@ TEST_F(FileUserDefaultsTest, KeysThatAreNoPlainFileNamesStoreNothing) {
 }
 
 TEST_F(FileUserDefaultsTest, AValueOfTenMegabytesIsStored) {
-    const std::string value(10'000'000, 'x');
+    std::string value;
+    value.assign(10'000'000, 'x');
     defaults.setData("key", value);
     EXPECT_EQ(defaults.data("key"), value);
     EXPECT_EQ(fs::file_size(folder / "key"), value.size());
@@ -403,8 +406,8 @@ TEST_F(FileUserDefaultsTest, AKillAtAnyMomentLeavesTheOldValueOrTheNew) {
     std::uniform_int_distribution<int> delay(0, 8000);
     for (int round = 0; round < 15; ++round) {
         defaults.setData("key", first);
-        int ready[2] = {};
-        ASSERT_EQ(pipe(ready), 0);
+        std::array<int, 2> ready{};
+        ASSERT_EQ(pipe(ready.data()), 0);
         ForkedChild child([&] {
             [[maybe_unused]] const auto written = write(ready[1], "r", 1);
             for (;;) {
@@ -542,7 +545,8 @@ TEST_F(StoredPreferencesTest, AFileThatMayNotBeReadIsKept) {
 }
 
 TEST_F(StoredPreferencesTest, ARecordOfTenMegabytesIsLoaded) {
-    changed.targetApps = {{"large", std::string(10'000'000, 'n')}};
+    changed.targetApps = {{"large", ""}};
+    changed.targetApps[0].displayName.assign(10'000'000, 'n');
     store.save(changed);
     EXPECT_GT(fs::file_size(folder / key), 10'000'000U);
     EXPECT_EQ(store.load(), changed);

@@ -6,7 +6,6 @@ namespace TestSupport {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 struct HandDrivenWorld {
     using Queue = HandDrivenQueue;

@@ -1,6 +1,7 @@
 #include "platform/qt/ImageRendering.h"
 #include "platform/qt/QtResources.h"
 
+#include "tests/support/ProgramArguments.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
@@ -55,10 +56,8 @@ struct RuntimeFolder : TestSupport::TemporaryFolder {
 
 struct ImageRenderingTest : testing::Test {
     RuntimeFolder folder;
-    int argumentCount = 1;
-    char name[5] = "test";
-    char* arguments[2] = {name, nullptr};
-    QGuiApplication application{argumentCount, arguments};
+    TestSupport::ProgramArguments arguments;
+    QGuiApplication application{arguments.count, arguments.values.data()};
 
     std::string write(const std::string& file, const std::string& text) const {
         TestSupport::writeFile(folder.path() / file, text);

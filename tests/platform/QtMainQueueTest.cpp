@@ -1,6 +1,7 @@
 #include "platform/qt/QtMainQueue.h"
 
 #include "tests/support/MainQueueContract.h"
+#include "tests/support/ProgramArguments.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
@@ -11,10 +12,8 @@ namespace {
 struct QtWorld {
     using Queue = QtPlatform::QtMainQueue;
 
-    int argumentCount = 1;
-    char name[5] = "test";
-    char* arguments[2] = {name, nullptr};
-    QCoreApplication application{argumentCount, arguments};
+    TestSupport::ProgramArguments arguments;
+    QCoreApplication application{arguments.count, arguments.values.data()};
     std::unique_ptr<Queue> queue = std::make_unique<Queue>();
 
     static bool runUntil(const std::function<bool()>& condition) {

@@ -9,13 +9,13 @@
 
 #include <QCoreApplication>
 
+#include <array>
 #include <condition_variable>
 #include <csignal>
 #include <cstdio>
 #include <mutex>
 #include <string_view>
 #include <thread>
-#include <vector>
 
 namespace {
 
@@ -41,10 +41,8 @@ void blockSignalsInThisThread() {
 int main(int argumentCount, char** arguments) {
     const std::string_view mode = argumentCount > 1 ? arguments[1] : "";
     QCoreApplication application(argumentCount, arguments);
-    std::vector<std::jthread> threads;
-    for (int count = 0; count < 4; ++count) {
-        threads.emplace_back(waitToStop);
-    }
+    const std::array<std::jthread, 3> threads{std::jthread(waitToStop), std::jthread(waitToStop),
+                                              std::jthread(waitToStop)};
     auto subscription = QtPlatform::onTerminationSignal([] {
         say("asked to end");
         QCoreApplication::quit();

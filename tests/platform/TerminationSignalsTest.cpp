@@ -1,11 +1,14 @@
 #include "platform/qt/TerminationSignals.h"
 
+#include "tests/support/ProgramArguments.h"
+
 #include <gmock/gmock.h>
 
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QProcess>
 
+#include <array>
 #include <csignal>
 
 #include <sys/types.h>
@@ -13,13 +16,11 @@
 namespace {
 
 constexpr int deadline = 20000;
-constexpr int endingSignals[] = {SIGTERM, SIGINT, SIGHUP};
+constexpr std::array endingSignals{SIGTERM, SIGINT, SIGHUP};
 
 struct TerminationSignalsTest : testing::Test {
-    int argumentCount = 1;
-    char name[5] = "test";
-    char* arguments[2] = {name, nullptr};
-    QCoreApplication application{argumentCount, arguments};
+    TestSupport::ProgramArguments arguments;
+    QCoreApplication application{arguments.count, arguments.values.data()};
     QProcess program;
 
     void start(const QString& mode) {

@@ -1,13 +1,12 @@
 #pragma once
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
 #include <string>
 #include <system_error>
-
-#include <stdlib.h>
 
 namespace TestSupport {
 

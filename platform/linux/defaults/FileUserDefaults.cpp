@@ -3,6 +3,7 @@
 #include "core/Utf8.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <charconv>
 #include <csignal>
@@ -53,16 +54,16 @@ std::optional<std::string> readFile(const fs::path& path) {
         return std::nullopt;
     }
     std::string bytes;
-    char block[65536];
+    std::array<char, 65536> block;
     while (bytes.size() <= largestValue) {
-        const auto count = ::read(file.get(), block, sizeof block);
+        const auto count = ::read(file.get(), block.data(), block.size());
         if (count == 0) {
             return bytes;
         }
         if (count < 0 && errno != EINTR) {
             return std::nullopt;
         }
-        bytes.append(block, static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+        bytes.append(block.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
     }
     return std::nullopt;
 }
