@@ -5,6 +5,7 @@ CURTAIN in the environment is the installed program. A test runs within scripts/
 
 import os
 import signal
+import subprocess
 import sys
 import tempfile
 import unittest
@@ -89,6 +90,12 @@ class DesktopCase(unittest.TestCase):
         self.display.strike(*SHORTCUT)
 
     # Other people's programs
+
+    def pid_of_part(self, name):
+        """The process of a part of this virtual desktop, whose script is the parent of this process."""
+        processes = subprocess.run(["ps", "-o", "pid=,comm=", "--ppid", str(os.getppid())], check=True, text=True,
+                                   capture_output=True).stdout.splitlines()
+        return next(int(pid) for pid, program in map(str.split, processes) if program == name)
 
     def start_xterm(self, x=60, y=80):
         return self.desktop.start("xterm", "-geometry", f"60x15+{x}+{y}", "-bg", XTERM_COLOUR, "-e", "cat")

@@ -215,6 +215,12 @@ bool X11WindowModel::isHidden(const X11Window& window) const {
     return std::ranges::find(window.state, atom(netWmStateHidden)) != window.state.end();
 }
 
+void X11WindowModel::expectHidden(xcb_window_t window) {
+    if (const auto entry = entries_.find(window); entry != entries_.end()) {
+        entry->second.isExpectedHidden = true;
+    }
+}
+
 std::vector<xcb_window_t> X11WindowModel::stackingOrder() {
     return readRootList(netClientListStacking);
 }
@@ -256,13 +262,18 @@ void X11WindowModel::handleEvent(const xcb_generic_event_t& event) {
 
 void X11WindowModel::markStale(xcb_window_t window, xcb_atom_t property) {
     const auto entry = entries_.find(window);
-    const auto found =
-        std::ranges::find(properties(), property, [this](const Property& one) { return one.atomIn(*this); });
-    if (entry != entries_.end() && found != properties().end()) {
-        entry->second.staleProperties |= 1U << static_cast<unsigned>(found - properties().begin());
+    const auto bit = bitOf(property);
+    if (entry != entries_.end() && bit != 0) {
+        entry->second.staleProperties |= bit;
         areWindowsStale_ = true;
         onChanged_();
     }
+}
+
+std::uint32_t X11WindowModel::bitOf(xcb_atom_t property) const {
+    const auto found =
+        std::ranges::find(properties(), property, [this](const Property& one) { return one.atomIn(*this); });
+    return found == properties().end() ? 0 : 1U << static_cast<unsigned>(found - properties().begin());
 }
 
 void X11WindowModel::readClientList(Changes& changes) {
@@ -304,6 +315,7 @@ void X11WindowModel::readStaleProperties(Changes& changes) {
         auto& entry = entries_.at(reading.window());
         const auto before = entry.window;
         const bool wasNew = std::exchange(entry.isNew, false);
+        const bool isStateNews = (entry.staleProperties & bitOf(atom(netWmState))) != 0;
         entry.staleProperties = 0;
         if (!reading.finish(entry.window)) {
             std::erase(clientList_, reading.window());
@@ -321,7 +333,9 @@ void X11WindowModel::readStaleProperties(Changes& changes) {
         if (identity(before) != identity(now)) {
             changes.identified.push_back(now.id);
         }
-        if (now.isManaged && isHidden(before) && !isHidden(now)) {
+        const bool wasHidden =
+            isHidden(before) || (isStateNews && std::exchange(entry.isExpectedHidden, false));
+        if (now.isManaged && wasHidden && !isHidden(now)) {
             changes.returned.push_back(now.id);
         }
     }

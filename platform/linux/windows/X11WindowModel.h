@@ -39,7 +39,7 @@ public:
         std::vector<xcb_window_t> opened;
         /// Windows whose class or process changed.
         std::vector<xcb_window_t> identified;
-        /// Windows that were hidden and came back.
+        /// Windows that were hidden, or asked to be, and are to be seen again or still.
         std::vector<xcb_window_t> returned;
         std::optional<xcb_window_t> activated;
 
@@ -81,6 +81,8 @@ public:
     /// Null when there is no such window; valid until the next `update`.
     const X11Window* find(xcb_window_t window) const;
     bool isHidden(const X11Window& window) const;
+    /// To be called when a window is asked to hide. It may be back before its hiding is noticed.
+    void expectHidden(xcb_window_t window);
 
     /// Bottom to top; asks the server.
     std::vector<xcb_window_t> stackingOrder();
@@ -96,10 +98,13 @@ private:
         /// Bit n stands for property n.
         std::uint32_t staleProperties = 0;
         bool isNew = true;
+        bool isExpectedHidden = false;
     };
 
     static const std::vector<Property>& properties();
 
+    /// In `Entry::staleProperties`; 0 for a property that is not read.
+    std::uint32_t bitOf(xcb_atom_t property) const;
     void handleEvent(const xcb_generic_event_t& event);
     void markStale(xcb_window_t window, xcb_atom_t property);
     void readClientList(Changes& changes);
