@@ -52,11 +52,13 @@ class PrivacyModeTest(DesktopCase):
         self.start_curtain(XTERM)
         self.toggle()
         self.wait_hidden(xterm)
+        self.display.watch_requests()
         for _ in range(3):
             xterm.raise_from_task_list()
-            self.wait_shown(xterm)
+            # It may be shown too shortly to be seen, but Curtain only asks to hide what it sees.
+            wait_until(lambda: self.display.has_request(xterm.id, "WM_CHANGE_STATE"), "Curtain asks to hide the window")
             self.wait_hidden(xterm)
-        self.assert_stays_hidden(xterm)
+            self.assert_stays_hidden(xterm)
         self.assertFalse(urxvt.is_hidden)
         self.toggle()
         self.wait_shown(xterm)
@@ -70,10 +72,13 @@ class PrivacyModeTest(DesktopCase):
         for process in (window_manager, self.curtain.pid):
             self.addCleanup(lambda pid=process: os.kill(pid, signal.SIGCONT) if Path(f"/proc/{pid}").exists() else None)
         self.display.watch_requests()
+        os.kill(self.curtain.pid, signal.SIGSTOP)
         xterm.raise_from_task_list()
         self.wait_shown(xterm)
         # The window manager gets Curtain's request and the user's next one at once, and Curtain learns of both together.
         os.kill(window_manager, signal.SIGSTOP)
+        os.kill(self.curtain.pid, signal.SIGCONT)
+
         def asks_to_hide():
             return self.display.has_request(xterm.id, "WM_CHANGE_STATE")
         wait_until(asks_to_hide, "Curtain asks to hide the window")
