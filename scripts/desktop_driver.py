@@ -281,7 +281,7 @@ class Window:
         wait_until(lambda: self.workspace == number, f"{self} is on workspace {number}")
 
     def place(self, x, y, width, height):
-        """Puts the window without its frame there."""
+        """Puts the window without its frame there; not for terminals, whose sizes are whole characters."""
         static_gravity_and_all_four = 10 | 0xF << 8 | SOURCE_PAGER << 12
         self.display.send_to_window_manager(self.id, "_NET_MOVERESIZE_WINDOW", static_gravity_and_all_four, x, y, width,
                                             height)
@@ -380,6 +380,12 @@ def private_app(identifier, name):
 XTERM = private_app("debian-xterm", "XTerm")
 MOUSEPAD = private_app("org.xfce.mousepad", "Mousepad")
 CHROMIUM = private_app("chromium", "Chromium")
+
+
+def chromium(profile, *arguments):
+    """The command line of a browser that neither greets nor calls home; without the sandbox, root may start it too."""
+    return ["chromium", "--no-sandbox", "--test-type", "--no-first-run", "--disable-gpu", "--disable-background-networking",
+            "--disable-component-update", "--disable-sync", f"--user-data-dir={profile}", *arguments]
 
 
 class Program(subprocess.Popen):

@@ -14,7 +14,7 @@ from pathlib import Path
 sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "scripts"))
 # pylint: disable=wrong-import-position,unused-import
 from desktop_driver import (CHROMIUM, MOUSEPAD, SHORTCUT, SHORTCUT_MASK, SHORTCUT_MODIFIERS, XTERM, Desktop, Display,  # noqa
-                            Key, Rectangle, TimedOut, stays, wait_until, write_preferences)
+                            Key, Rectangle, TimedOut, chromium, stays, wait_until, write_preferences)
 
 CURTAIN = os.environ["CURTAIN"]
 SECONDS_TO_END = 1
@@ -23,9 +23,6 @@ SECONDS_TO_END = 1
 XTERM_COLOUR = "#2040a0"
 URXVT_COLOUR = "#20a040"
 PAGE_COLOUR = "#c04080"
-
-QUIET_CHROMIUM = ["--no-sandbox", "--no-first-run", "--disable-gpu", "--disable-background-networking",
-                  "--disable-component-update", "--disable-sync"]
 
 
 class DesktopCase(unittest.TestCase):
@@ -107,10 +104,10 @@ class DesktopCase(unittest.TestCase):
         """A second one only asks the first for a further window and ends."""
         return self.desktop.start("mousepad", "--opening-mode=window")
 
-    def start_chromium(self, *arguments):
+    def start_chromium(self):
         page = f"data:text/html,<title>page</title><body style='background:{PAGE_COLOUR.replace('#', '%23')}'>"
-        return self.desktop.start("chromium", *QUIET_CHROMIUM, f"--user-data-dir={self.scratch}/chromium",
-                                  *(arguments or ["--window-position=640,80", "--window-size=560,400", page]))
+        return self.desktop.start(*chromium(self.scratch / "chromium", "--window-position=640,80",
+                                            "--window-size=560,400", page))
 
     def open_xterm(self, **place):
         return self.desktop.window_of(self.start_xterm(**place))
