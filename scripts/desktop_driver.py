@@ -19,9 +19,11 @@ xtest = ctypes.CDLL("libxcb-xtest.so.0")
 xcb.xcb_connect.restype = ctypes.c_void_p
 xcb.xcb_get_setup.restype = ctypes.POINTER(ctypes.c_uint8)
 xcb.xcb_request_check.restype = ctypes.c_void_p
+xcb.xcb_poll_for_event.restype = ctypes.c_void_p
 
 KEY_PRESS, KEY_RELEASE, CLIENT_MESSAGE = 2, 3, 33
-SUBSTRUCTURE_MASKS = 0x80000 | 0x100000
+SUBSTRUCTURE_NOTIFY, SUBSTRUCTURE_REDIRECT = 0x80000, 0x100000
+EVENT_MASK_ATTRIBUTE = 1 << 11
 ANY_PROPERTY_TYPE = 0
 Z_PIXMAP = 2
 GRAB_ASYNC = 1
@@ -148,8 +150,24 @@ class Display:
 
     def send_to_window_manager(self, window, message, *data):
         event = struct.pack("BBHII5I", CLIENT_MESSAGE, 32, 0, window, self.atom(message), *data, *[0] * (5 - len(data)))
-        xcb.xcb_send_event(self._connection, ctypes.c_uint8(0), self.root, SUBSTRUCTURE_MASKS, event)
+        xcb.xcb_send_event(self._connection, ctypes.c_uint8(0), self.root,
+                           SUBSTRUCTURE_NOTIFY | SUBSTRUCTURE_REDIRECT, event)
         xcb.xcb_flush(self._connection)
+
+    def watch_requests(self):
+        """From now on has_request() sees what clients ask of the window manager."""
+        mask = ctypes.c_uint32(SUBSTRUCTURE_NOTIFY)
+        xcb.xcb_change_window_attributes(self._connection, self.root, EVENT_MASK_ATTRIBUTE, ctypes.byref(mask))
+        xcb.xcb_flush(self._connection)
+
+    def has_request(self, window, message):
+        """Whether there is such a request among those that arrived since the last call."""
+        is_there = False
+        while event := xcb.xcb_poll_for_event(self._connection):
+            kind, _, _, target, name = struct.unpack("BBHII", ctypes.string_at(event, 12))
+            libc.free(ctypes.c_void_p(event))
+            is_there |= kind & 0x7F == CLIENT_MESSAGE and (target, name) == (window, self.atom(message))
+        return is_there
 
     def press(self, *keys):
         for key in keys:
@@ -263,7 +281,7 @@ class Window:
         wait_until(lambda: self.workspace == number, f"{self} is on workspace {number}")
 
     def place(self, x, y, width, height):
-        """Puts the window without its frame there."""
+        """Puts the window without its frame there; not for terminals, whose sizes are whole characters."""
         static_gravity_and_all_four = 10 | 0xF << 8 | SOURCE_PAGER << 12
         self.display.send_to_window_manager(self.id, "_NET_MOVERESIZE_WINDOW", static_gravity_and_all_four, x, y, width,
                                             height)
@@ -362,6 +380,12 @@ def private_app(identifier, name):
 XTERM = private_app("debian-xterm", "XTerm")
 MOUSEPAD = private_app("org.xfce.mousepad", "Mousepad")
 CHROMIUM = private_app("chromium", "Chromium")
+
+
+def chromium(profile, *arguments):
+    """The command line of a browser that neither greets nor calls home; without the sandbox, root may start it too."""
+    return ["chromium", "--no-sandbox", "--test-type", "--no-first-run", "--disable-gpu", "--disable-background-networking",
+            "--disable-component-update", "--disable-sync", f"--user-data-dir={profile}", *arguments]
 
 
 class Program(subprocess.Popen):

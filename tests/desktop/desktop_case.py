@@ -5,6 +5,7 @@ CURTAIN in the environment is the installed program. A test runs within scripts/
 
 import os
 import signal
+import subprocess
 import sys
 import tempfile
 import unittest
@@ -13,7 +14,7 @@ from pathlib import Path
 sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "scripts"))
 # pylint: disable=wrong-import-position,unused-import
 from desktop_driver import (CHROMIUM, MOUSEPAD, SHORTCUT, SHORTCUT_MASK, SHORTCUT_MODIFIERS, XTERM, Desktop, Display,  # noqa
-                            Key, Rectangle, TimedOut, stays, wait_until, write_preferences)
+                            Key, Rectangle, TimedOut, chromium, stays, wait_until, write_preferences)
 
 CURTAIN = os.environ["CURTAIN"]
 SECONDS_TO_END = 1
@@ -22,9 +23,6 @@ SECONDS_TO_END = 1
 XTERM_COLOUR = "#2040a0"
 URXVT_COLOUR = "#20a040"
 PAGE_COLOUR = "#c04080"
-
-QUIET_CHROMIUM = ["--no-sandbox", "--no-first-run", "--disable-gpu", "--disable-background-networking",
-                  "--disable-component-update", "--disable-sync"]
 
 
 class DesktopCase(unittest.TestCase):
@@ -90,6 +88,12 @@ class DesktopCase(unittest.TestCase):
 
     # Other people's programs
 
+    def pid_of_part(self, name):
+        """The process of a part of this virtual desktop, whose script is the parent of this process."""
+        processes = subprocess.run(["ps", "-o", "pid=,comm=", "--ppid", str(os.getppid())], check=True, text=True,
+                                   capture_output=True).stdout.splitlines()
+        return next(int(pid) for pid, program in map(str.split, processes) if program == name)
+
     def start_xterm(self, x=60, y=80):
         return self.desktop.start("xterm", "-geometry", f"60x15+{x}+{y}", "-bg", XTERM_COLOUR, "-e", "cat")
 
@@ -100,10 +104,10 @@ class DesktopCase(unittest.TestCase):
         """A second one only asks the first for a further window and ends."""
         return self.desktop.start("mousepad", "--opening-mode=window")
 
-    def start_chromium(self, *arguments):
+    def start_chromium(self):
         page = f"data:text/html,<title>page</title><body style='background:{PAGE_COLOUR.replace('#', '%23')}'>"
-        return self.desktop.start("chromium", *QUIET_CHROMIUM, f"--user-data-dir={self.scratch}/chromium",
-                                  *(arguments or ["--window-position=640,80", "--window-size=560,400", page]))
+        return self.desktop.start(*chromium(self.scratch / "chromium", "--window-position=640,80",
+                                            "--window-size=560,400", page))
 
     def open_xterm(self, **place):
         return self.desktop.window_of(self.start_xterm(**place))

@@ -1,8 +1,12 @@
 """Checks privacy mode against other people's programs, with real key presses."""
 
+import os
+import signal
 import unittest
+from pathlib import Path
 
-from desktop_case import CHROMIUM, MOUSEPAD, PAGE_COLOUR, URXVT_COLOUR, XTERM, XTERM_COLOUR, DesktopCase, wait_until
+from desktop_case import (CHROMIUM, MOUSEPAD, PAGE_COLOUR, URXVT_COLOUR, XTERM, XTERM_COLOUR, DesktopCase, stays,
+                          wait_until)
 
 
 class PrivacyModeTest(DesktopCase):
@@ -48,14 +52,47 @@ class PrivacyModeTest(DesktopCase):
         self.start_curtain(XTERM)
         self.toggle()
         self.wait_hidden(xterm)
+        self.display.watch_requests()
         for _ in range(3):
             xterm.raise_from_task_list()
-            self.wait_shown(xterm)
+            # It may be shown too shortly to be seen, but Curtain only asks to hide what it sees.
+            wait_until(lambda: self.display.has_request(xterm.id, "WM_CHANGE_STATE"), "Curtain asks to hide the window")
             self.wait_hidden(xterm)
-        self.assert_stays_hidden(xterm)
+            self.assert_stays_hidden(xterm)
         self.assertFalse(urxvt.is_hidden)
         self.toggle()
         self.wait_shown(xterm)
+
+    def test_hides_again_what_is_raised_while_it_is_being_hidden(self):
+        xterm, urxvt = self.open_xterm(), self.open_urxvt()
+        self.start_curtain(XTERM)
+        self.toggle()
+        self.wait_hidden(xterm)
+        window_manager = self.pid_of_part("openbox")
+        for process in (window_manager, self.curtain.pid):
+            self.addCleanup(lambda pid=process: os.kill(pid, signal.SIGCONT) if Path(f"/proc/{pid}").exists() else None)
+        self.display.watch_requests()
+        os.kill(self.curtain.pid, signal.SIGSTOP)
+        xterm.raise_from_task_list()
+        self.wait_shown(xterm)
+        # The window manager gets Curtain's request and the user's next one at once, and Curtain learns of both together.
+        os.kill(window_manager, signal.SIGSTOP)
+        os.kill(self.curtain.pid, signal.SIGCONT)
+
+        def asks_to_hide():
+            return self.display.has_request(xterm.id, "WM_CHANGE_STATE")
+        wait_until(asks_to_hide, "Curtain asks to hide the window")
+        # Once for its coming to the front, once for its return to the screen.
+        wait_until(lambda: stays(lambda: not asks_to_hide()), "Curtain asks no more")
+        os.kill(self.curtain.pid, signal.SIGSTOP)
+        xterm.raise_from_task_list()
+        urxvt.ask_for_state("ABOVE")
+        os.kill(window_manager, signal.SIGCONT)
+        wait_until(lambda: urxvt.has_state("ABOVE"), "the window manager has done it all")
+        self.assertFalse(xterm.is_hidden)
+        os.kill(self.curtain.pid, signal.SIGCONT)
+        self.wait_hidden(xterm)
+        self.assert_stays_hidden(xterm)
 
     def test_hides_a_further_instance_and_brings_it_back_with_its_app(self):
         first = self.open_xterm()

@@ -212,6 +212,12 @@ const X11Window* X11WindowModel::find(xcb_window_t window) const {
     return found == entries_.end() ? nullptr : &found->second.window;
 }
 
+void X11WindowModel::expectHidden(xcb_window_t window) {
+    if (const auto entry = entries_.find(window); entry != entries_.end()) {
+        entry->second.isExpectedHidden = true;
+    }
+}
+
 std::vector<xcb_window_t> X11WindowModel::stackingOrder() {
     return receiveNumbers(requestNumbers(connection_.root(), netClientListStacking));
 }
@@ -261,15 +267,20 @@ void X11WindowModel::sessionPropertyChanged(xcb_atom_t property) {
 
 void X11WindowModel::windowPropertyChanged(xcb_window_t window, xcb_atom_t property) {
     const auto found = entries_.find(window);
-    const auto known =
-        std::ranges::find(properties(), property, [this](const Property& one) { return one.atomIn(*this); });
-    if (found == entries_.end() || known == properties().end()) {
+    const auto bit = bitOf(property);
+    if (found == entries_.end() || bit == 0) {
         return;
     }
     auto& entry = found->second;
-    entry.staleProperties |= 1U << static_cast<unsigned>(known - properties().begin());
+    entry.staleProperties |= bit;
     entry.wasMapped = entry.wasMapped && property != atom(netWmState);
     windowsChanged();
+}
+
+std::uint32_t X11WindowModel::bitOf(xcb_atom_t property) const {
+    const auto found =
+        std::ranges::find(properties(), property, [this](const Property& one) { return one.atomIn(*this); });
+    return found == properties().end() ? 0 : 1U << static_cast<unsigned>(found - properties().begin());
 }
 
 void X11WindowModel::windowMapped(xcb_window_t window, bool isMapped) {
@@ -366,6 +377,12 @@ void X11WindowModel::readStaleWindows(Changes& changes) {
             continue;
         }
         entry.window.isHiddenMarkStale = isHiddenMarkStale(entry);
+        const bool isBackUnseen = (entry.staleProperties & bitOf(atom(netWmState))) != 0 &&
+                                  std::exchange(entry.isExpectedHidden, false) && !isHidden(before) &&
+                                  entry.window.isManaged && !isHidden(entry.window);
+        if (isBackUnseen) {
+            changes.returned.push_back(entry.window.id);
+        }
         entry.staleProperties = 0;
         entry.isViewableStale = false;
         entry.wasMapped = false;

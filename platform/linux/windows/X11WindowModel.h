@@ -45,7 +45,7 @@ public:
         std::vector<xcb_window_t> opened;
         /// Windows whose class or process changed, and those that the list named before their time.
         std::vector<xcb_window_t> identified;
-        /// Windows that were hidden and came back.
+        /// Windows that were hidden, or asked to be, and are to be seen again or still.
         std::vector<xcb_window_t> returned;
         std::optional<xcb_window_t> activated;
 
@@ -97,6 +97,8 @@ public:
     bool isHidden(const X11Window& window) const {
         return isMarkedHidden(window) && !window.isHiddenMarkStale;
     }
+    /// To be called when a window is asked to hide. It may be back before its hiding is noticed.
+    void expectHidden(xcb_window_t window);
 
     /// Bottom to top; asks the server.
     std::vector<xcb_window_t> stackingOrder();
@@ -115,10 +117,13 @@ private:
         bool isViewableStale = false;
         /// Mapped after the window manager last wrote its state.
         bool wasMapped = false;
+        bool isExpectedHidden = false;
     };
 
     static const std::vector<Property>& properties();
 
+    /// In `Entry::staleProperties`; 0 for a property that is not read.
+    std::uint32_t bitOf(xcb_atom_t property) const;
     void handleEvent(const xcb_generic_event_t& event);
     void sessionPropertyChanged(xcb_atom_t property);
     void windowPropertyChanged(xcb_window_t window, xcb_atom_t property);

@@ -61,6 +61,7 @@ void X11WindowSystem::hide(std::span<const WindowId> windows) {
         connection_.sendToWindowManager(xcbWindow(window), model_.atom(X11WindowModel::wmChangeState),
                                         std::array{iconicState});
         requestHidden(xcbWindow(window), true);
+        model_.expectHidden(xcbWindow(window));
         awaitingShow_.erase(window);
     }
     connection_.flush();

@@ -1,0 +1,44 @@
+"""Checks that the tour tells the truth: that it ends well with Curtain, and only with it."""
+
+import os
+import struct
+import subprocess
+import tempfile
+import unittest
+from pathlib import Path
+
+SCRIPTS = Path(__file__).resolve().parents[2] / "scripts"
+PICTURES = ["01-before-the-call.png", "02-privacy-mode.png", "03-hidden-again.png", "04-after-the-call.png"]
+
+
+class TourTest(unittest.TestCase):
+    def setUp(self):
+        scratch = tempfile.TemporaryDirectory(prefix="curtain-test-")
+        self.addCleanup(scratch.cleanup)
+        self.pictures = Path(scratch.name) / "tour"
+
+    def take(self, program):
+        done = subprocess.run([SCRIPTS / "virtual-desktop", "--", SCRIPTS / "tour", program, self.pictures], text=True,
+                              capture_output=True, timeout=60)
+        return done.returncode, done.stdout, done.stderr
+
+    def test_tells_and_shows_what_curtain_does(self):
+        status, story, complaints = self.take(os.environ["CURTAIN"])
+        self.assertEqual((status, complaints), (0, ""), story)
+        self.assertIn("Everything happened as told.", story)
+        self.assertEqual(sorted(path.name for path in self.pictures.iterdir()), PICTURES)
+        for name in PICTURES:
+            size = struct.unpack_from(">II", (self.pictures / name).read_bytes(), 16)
+            self.assertEqual(size, (1280, 800), name)
+
+    def test_fails_when_the_program_ends(self):
+        status, _, complaints = self.take("/bin/true")
+        self.assertEqual((status, complaints), (1, "The tour failed: Curtain ended by itself.\n"))
+
+    def test_fails_without_a_program(self):
+        status, _, complaints = self.take("/no/such/program")
+        self.assertEqual((status, complaints), (1, "The tour failed: there is no program /no/such/program.\n"))
+
+
+if __name__ == "__main__":
+    unittest.main()
