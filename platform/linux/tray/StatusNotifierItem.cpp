@@ -1,5 +1,6 @@
 #include "platform/linux/tray/StatusNotifierItem.h"
 
+#include "platform/linux/tray/DBusMenu.h"
 #include "platform/linux/tray/StatusNotifierProtocol.h"
 
 #include <QByteArray>
@@ -69,6 +70,7 @@ namespace {
 
 using namespace StatusNotifierProtocol;
 
+const auto menuPath = QStringLiteral("/Menu");
 constexpr std::array panelSizes{16, 18, 22, 24, 32, 36, 44, 48, 64};
 
 constexpr auto introspection = R"xml(
@@ -150,7 +152,8 @@ public:
           toolkit_(toolkit),
           tint_(tint),
           connectionName_(QStringLiteral("StatusNotifierItem-%1").arg(reinterpret_cast<quintptr>(this))),
-          bus_(QDBusConnection::connectToBus(QDBusConnection::SessionBus, connectionName_)) {
+          bus_(QDBusConnection::connectToBus(QDBusConnection::SessionBus, connectionName_)),
+          menu_(bus_, menuPath, content_.menu) {
         qDBusRegisterMetaType<StatusNotifierPixmap>();
         qDBusRegisterMetaType<QList<StatusNotifierPixmap>>();
         qDBusRegisterMetaType<StatusNotifierToolTip>();
@@ -227,8 +230,7 @@ private:
             {QStringLiteral("ToolTip"),
              QVariant::fromValue(StatusNotifierToolTip{QStringLiteral("Curtain")})},
             {QStringLiteral("ItemIsMenu"), false},
-            // What panels understand as: call ContextMenu, the program draws its menu itself.
-            {QStringLiteral("Menu"), QVariant::fromValue(QDBusObjectPath(QStringLiteral("/NO_DBUSMENU")))},
+            {QStringLiteral("Menu"), QVariant::fromValue(QDBusObjectPath(menuPath))},
         };
     }
 
@@ -248,6 +250,7 @@ private:
     const TemplateTint& tint_;
     QString connectionName_;
     QDBusConnection bus_;
+    DBusMenu menu_;
 };
 
 StatusNotifierItem::StatusNotifierItem(const QString& watcher, TrayIconContent content,

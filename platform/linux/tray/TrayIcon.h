@@ -9,6 +9,7 @@
 #include <QRect>
 
 #include <functional>
+#include <optional>
 
 namespace LinuxPlatform {
 
@@ -17,6 +18,8 @@ struct TrayIconContent {
     Platform::Image image;
     /// The second argument is where the click or the icon is, in pixels of the screen; null when not known.
     std::function<void(const Platform::Event&, const QRect&)> onClick;
+    /// What a right click would open now, for panels that draw menus themselves.
+    std::function<std::optional<Platform::Menu>()> menu;
 };
 
 /// An icon in a panel's tray. Its destruction removes it.

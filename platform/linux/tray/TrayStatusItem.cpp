@@ -54,7 +54,11 @@ void TrayStatusItem::setAction(std::uint64_t eventMask, Action action) {
 }
 
 void TrayStatusItem::popUpMenu(const Platform::Menu& menu) {
-    toolkit_.popUpMenu(menu, lastClick_);
+    if (menuReceiver_ != nullptr) {
+        *menuReceiver_ = menu;
+    } else {
+        toolkit_.popUpMenu(menu, lastClick_);
+    }
 }
 
 TrayStatusItem::Place TrayStatusItem::bestPlace() const {
@@ -77,7 +81,8 @@ void TrayStatusItem::takeBestPlace() {
         return;
     }
     hasBeenShown_ = true;
-    TrayIconContent content{*image_, [this](const auto& event, const auto& where) { clicked(event, where); }};
+    TrayIconContent content{*image_, [this](const auto& event, const auto& where) { clicked(event, where); },
+                            [this] { return menuOfRightClick(); }};
     if (place_.watcher.isEmpty()) {
         icon_ = std::make_unique<XembedIcon>(*x11_, place_.manager, std::move(content), toolkit_, tint_);
     } else {
@@ -91,6 +96,14 @@ void TrayStatusItem::clicked(const Platform::Event& event, const QRect& place) {
     if ((eventMask_ >> event.type & 1U) != 0 && action_) {
         action_(event);
     }
+}
+
+std::optional<Platform::Menu> TrayStatusItem::menuOfRightClick() {
+    std::optional<Platform::Menu> menu;
+    menuReceiver_ = &menu;
+    clicked({Platform::EventType::rightMouseUp, 0}, {});
+    menuReceiver_ = nullptr;
+    return menu;
 }
 
 void TrayStatusItem::followColorScheme() {

@@ -45,6 +45,7 @@ private:
     Place bestPlace() const;
     void takeBestPlace();
     void clicked(const Platform::Event& event, const QRect& place);
+    std::optional<Platform::Menu> menuOfRightClick();
     void followColorScheme();
 
     X11Connection* x11_;
@@ -61,6 +62,8 @@ private:
     std::uint64_t eventMask_ = 0;
     Action action_;
     QRect lastClick_;
+    /// Where the menu goes instead of onto the screen while somebody else draws it.
+    std::optional<Platform::Menu>* menuReceiver_ = nullptr;
     Place place_;
     std::unique_ptr<TrayIcon> icon_;
     Platform::Lifetime lifetime_;

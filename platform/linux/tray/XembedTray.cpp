@@ -45,19 +45,25 @@ XembedTray::XembedTray(X11Connection& connection, std::function<void()> onChange
 
 void XembedTray::handle(const xcb_generic_event_t& event) {
     const auto type = event.response_type & 0x7FU;
-    bool isAboutManager = false;
     if (type == XCB_CLIENT_MESSAGE) {
         const auto& message = reinterpret_cast<const xcb_client_message_event_t&>(event);
-        isAboutManager = message.type == announcement_ && message.data.data32[1] == selection_;
-    } else if (type == XCB_DESTROY_NOTIFY) {
-        isAboutManager = reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window == manager_;
-    }
-    if (isAboutManager) {
-        const auto before = manager_;
-        findManager();
-        if (manager_ != before) {
-            onChange_();
+        if (message.type == announcement_ && message.data.data32[1] == selection_) {
+            follow();
         }
+    } else if (type == XCB_DESTROY_NOTIFY && manager_ != XCB_WINDOW_NONE &&
+               reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window == manager_) {
+        // Its successor may be there already, and even have the same number.
+        manager_ = XCB_WINDOW_NONE;
+        onChange_();
+        follow();
+    }
+}
+
+void XembedTray::follow() {
+    const auto before = manager_;
+    findManager();
+    if (manager_ != before) {
+        onChange_();
     }
 }
 

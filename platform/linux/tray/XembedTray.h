@@ -18,6 +18,7 @@ public:
 
 private:
     void handle(const xcb_generic_event_t& event);
+    void follow();
     void findManager();
 
     X11Connection& connection_;
