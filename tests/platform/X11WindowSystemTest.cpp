@@ -262,6 +262,20 @@ TEST_F(X11WindowSystemTest, RequestsAboutWindowsThatAreGoneAreHarmless) {
     EXPECT_TRUE(connection->isAlive());
 }
 
+TEST_F(X11WindowSystemTest, EventsThatAClientSendsAreNotBelieved) {
+    const auto window = openListed("a", "A");
+    xcb_destroy_notify_event_t forged{};
+    forged.response_type = XCB_DESTROY_NOTIFY;
+    forged.event = window;
+    forged.window = window;
+    xcb_send_event(client.get(), 0, window, XCB_EVENT_MASK_STRUCTURE_NOTIFY,
+                   reinterpret_cast<const char*>(&forged));
+    client.sync();
+    // Opened later, so whatever the forged event did has been done once it is there.
+    openListed("b", "B");
+    EXPECT_TRUE(system.exists(window)) << "even if the window manager is less careful";
+}
+
 TEST_F(X11WindowSystemTest, FiveHundredWindowsOpenAtOnce) {
     std::vector<xcb_window_t> opened;
     for (int count = 0; count < 500; ++count) {
