@@ -109,9 +109,13 @@ struct X11WindowFixture : testing::Test {
         EXPECT_TRUE(spinUntil([&] { return client.activeWindow() == window; }));
     }
 
-    void setState(xcb_window_t window, std::string_view state) {
-        client.ask(window, "_NET_WM_STATE", {add, client.atom(state), XCB_ATOM_NONE, pager});
-        EXPECT_TRUE(spinUntil([&] { return hasState(window, state); }));
+    /// One or two states in one request.
+    void setState(xcb_window_t window, std::string_view state, std::string_view secondState = {}) {
+        const auto second = secondState.empty() ? xcb_atom_t{XCB_ATOM_NONE} : client.atom(secondState);
+        client.ask(window, "_NET_WM_STATE", {add, client.atom(state), second, pager});
+        EXPECT_TRUE(spinUntil([&] {
+            return hasState(window, state) && (secondState.empty() || hasState(window, secondState));
+        }));
     }
 
     bool hasState(xcb_window_t window, std::string_view state) const {

@@ -4,8 +4,11 @@
 
 #include <xcb/xcb.h>
 
+#include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
+#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <span>
@@ -29,7 +32,7 @@ public:
         return reply->atom;
     }
 
-    /// A window that is not shown yet.
+    /// A window that is not shown yet; its place is its user's, so that no window manager looks for another.
     xcb_window_t create(std::string_view instanceName, std::string_view className) {
         const auto window = xcb_generate_id(get());
         xcb_create_window(get(), XCB_COPY_FROM_PARENT, window, root(), 30, 40, 200, 150, 0,
@@ -38,6 +41,8 @@ public:
         value.push_back('\0');
         value.append(className).push_back('\0');
         setBytes(window, "WM_CLASS", value);
+        constexpr std::array<std::uint32_t, 18> userPlacedAndSized{1U | 2U};
+        setNumbers(window, "WM_NORMAL_HINTS", XCB_ATOM_WM_SIZE_HINTS, userPlacedAndSized);
         return window;
     }
 

@@ -2,6 +2,7 @@
 
 #include "platform/linux/apps/AsciiCase.h"
 #include "platform/linux/apps/BundleIdentifiers.h"
+#include "platform/linux/apps/LegacyText.h"
 
 #include <algorithm>
 #include <array>
@@ -44,9 +45,10 @@ std::optional<AppIdentifier> AppIdentity::identify(const WindowHints& hints) {
     if (const auto* const entry = entryFor(hints, program)) {
         return AppIdentifier{entry->bundleIdentifier, entry->name.empty() ? entry->id : entry->name};
     }
-    const auto name = !hints.className.empty()      ? hints.className
-                      : !hints.instanceName.empty() ? hints.instanceName
-                                                    : program.value_or(std::string{});
+    // The settings could not be written with an identifier that is not Unicode.
+    const auto name = utf8FromLegacyText(!hints.className.empty()      ? hints.className
+                                         : !hints.instanceName.empty() ? hints.instanceName
+                                                                       : program.value_or(std::string{}));
     if (name.empty()) {
         return std::nullopt;
     }

@@ -1,5 +1,7 @@
 #include "platform/linux/windows/X11WindowModel.h"
 
+#include "platform/linux/apps/LegacyText.h"
+
 #include <xcb/res.h>
 
 #include <algorithm>
@@ -62,15 +64,16 @@ std::string_view bytesIn(const xcb_get_property_reply_t& reply) {
     return {static_cast<const char*>(xcb_get_property_value(&reply)), reply.value_len};
 }
 
-/// Up to the first zero byte.
+/// Up to the first zero byte, in UTF-8.
 std::string textIn(std::string_view bytes) {
-    return std::string(bytes.substr(0, bytes.find('\0')));
+    return utf8FromLegacyText(bytes.substr(0, bytes.find('\0')));
 }
 
 void readClass(X11Window& window, const xcb_get_property_reply_t& reply) {
     const auto bytes = bytesIn(reply);
+    const auto end = std::min(bytes.find('\0'), bytes.size());
     window.instanceName = textIn(bytes);
-    window.className = textIn(bytes.substr(std::min(window.instanceName.size() + 1, bytes.size())));
+    window.className = textIn(bytes.substr(std::min(end + 1, bytes.size())));
 }
 
 } // namespace
