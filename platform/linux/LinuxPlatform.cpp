@@ -23,6 +23,7 @@
 #include <QGuiApplication>
 #include <QPalette>
 
+#include <QDBusConnection>
 #include <glib.h>
 
 #include <utility>
@@ -82,6 +83,10 @@ Platform::Platform makeLinuxPlatform() {
     platform.workspace =
         std::make_unique<LinuxWorkspace>(*session->windowSystem, session->identity, session->entries);
     platform.statusBar = std::make_unique<TrayStatusBar>(*platform.mainQueue, *platform.log, trayToolkit());
+    if (!QDBusConnection::sessionBus().isConnected()) {
+        platform.log->writeLine(
+            "Curtain: there is no session bus, so the icon shows only in trays of X windows");
+    }
     platform.foundation = std::move(session);
     return platform;
 }

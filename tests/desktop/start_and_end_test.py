@@ -7,6 +7,7 @@ import unittest
 from desktop_case import SECONDS_TO_END, SHORTCUT_MASK, XTERM, DesktopCase, Display, Key, wait_until
 
 NOT_SAVED = "Curtain: the settings cannot be saved in {} (Not a directory); changes last until Curtain ends\n"
+NO_BUS = "Curtain: there is no session bus, so the icon shows only in trays of X windows\n"
 # In the toolkit's words.
 SERVER_GONE = "The X11 connection broke (error 1). Did the X11 server die?\n"
 
@@ -51,6 +52,7 @@ class StartTest(DesktopCase):
             "no address": {"DBUS_SESSION_BUS_ADDRESS": "nonsense"},
             "not set": {"DBUS_SESSION_BUS_ADDRESS": None, "XDG_RUNTIME_DIR": str(empty)},
         }
+        self.expected_complaints = NO_BUS
         for name, environment in addresses.items():
             with self.subTest(name):
                 self.assert_works(XTERM, **environment)

@@ -23,6 +23,7 @@ PORTAL = "org.freedesktop.portal.Desktop"
 TRAYER = ["trayer", "--edge", "top", "--align", "right", "--widthtype", "request", "--height", "28"]
 DARK = ["--transparent", "true", "--tint", "0x202020", "--alpha", "0"]
 TOGGLE = "ctrl+alt+super+h"
+NO_BUS = "Curtain: there is no session bus, so the icon shows only in trays of X windows\n"
 
 # Rows and columns of the status images, in units of 18: the first is ink only when the curtain is closed, the other always.
 MIDDLE, ROD = (9, 9), (9, 3)
@@ -142,6 +143,8 @@ def icon_pixel(window, place):
 
 
 class TrayTest(unittest.TestCase):
+    expected_complaints = ""
+
     def setUp(self):
         self.curtain = None
         # The menu of the one before may have been open at the pointer.
@@ -180,13 +183,13 @@ class TrayTest(unittest.TestCase):
         shortcut.unlink(missing_ok=True)
         self.curtain = self.start(program or CURTAIN, ready=shortcut.exists, stderr=subprocess.PIPE,
                                   env=os.environ | environment)
-        self.addCleanup(self.assert_clean_end, self.curtain)
+        self.addCleanup(self.assert_clean_end, self.curtain, self.expected_complaints)
 
-    def assert_clean_end(self, curtain):
+    def assert_clean_end(self, curtain, expected_complaints):
         if curtain.poll() is None:
             curtain.terminate()
         _, complaints = curtain.communicate(timeout=20)
-        self.assertEqual((curtain.returncode, complaints.decode()), (0, ""))
+        self.assertEqual((curtain.returncode, complaints.decode()), (0, expected_complaints))
 
     def host(self, method, *arguments):
         return call(WATCHER, "/Host", f"com.curtain.TestHost.{method}", *arguments)
@@ -349,12 +352,11 @@ class TrayTest(unittest.TestCase):
                                            "org.kde.StatusNotifierItem", "IconName")[0], "the closed curtain")
 
     def test_works_without_a_session_bus(self):
+        self.expected_complaints = NO_BUS
         self.start_trayer()
-        for address in ("", "unix:path=/nonexistent/bus"):
-            with self.subTest(address):
-                self.start_curtain(DBUS_SESSION_BUS_ADDRESS=address)
-                self.assert_shortcut_toggles(self.wait_for_icon())
-                self.end(self.curtain)
+        self.start_curtain(DBUS_SESSION_BUS_ADDRESS="unix:path=/nonexistent/bus")
+        self.assert_shortcut_toggles(self.wait_for_icon())
+        self.end(self.curtain)
 
     # Clicks
 
