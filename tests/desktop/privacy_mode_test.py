@@ -166,7 +166,9 @@ class PrivacyModeTest(DesktopCase):
                 small = xterm.geometry
                 for state in states:
                     xterm.ask_for_state(state)
-                wait_until(lambda: all(map(xterm.has_state, states)) and xterm.geometry != small, "it is large")
+                # Window managers answer one state after the other.
+                wait_until(lambda: all(map(xterm.has_state, states)) and xterm.geometry.width > small.width
+                           and xterm.geometry.height > small.height, "it is large")
                 large = xterm.geometry
                 self.start_curtain(XTERM)
                 self.toggle()
