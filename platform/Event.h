@@ -6,8 +6,11 @@ namespace Platform {
 
 /// Kinds of input events; a mask of them has the bit with that number set.
 namespace EventType {
+inline constexpr std::uint64_t leftMouseDown = 1;
 inline constexpr std::uint64_t leftMouseUp = 2;
+inline constexpr std::uint64_t rightMouseDown = 3;
 inline constexpr std::uint64_t rightMouseUp = 4;
+inline constexpr std::uint64_t keyDown = 10;
 } // namespace EventType
 
 /// Bits of `Event::modifierFlags`.
@@ -19,6 +22,8 @@ inline constexpr std::uint64_t control = 0x40000;
 struct Event {
     std::uint64_t type = 0;
     std::uint64_t modifierFlags = 0;
+    /// Of key events, as in `hotkeys/KeyCodes.h`.
+    std::uint64_t keyCode = 0;
 };
 
 } // namespace Platform

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -13,6 +14,10 @@ public:
     /// The paths of everything directly inside a folder, hidden files included, in the file system's order;
     /// absent when the folder cannot be read.
     virtual std::optional<std::vector<std::string>> contentsOfDirectory(const std::string& path) = 0;
+    /// Returns whether the file is gone.
+    virtual bool removeItem(const std::string& path) = 0;
+    /// Writes the whole file, replacing one of that name. Returns whether it is there as given.
+    virtual bool write(const std::vector<std::byte>& contents, const std::string& path) = 0;
 };
 
 } // namespace Platform

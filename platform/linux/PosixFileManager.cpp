@@ -1,6 +1,7 @@
 #include "platform/linux/PosixFileManager.h"
 
 #include <filesystem>
+#include <fstream>
 #include <system_error>
 
 namespace LinuxPlatform {
@@ -13,6 +14,19 @@ std::optional<std::vector<std::string>> PosixFileManager::contentsOfDirectory(co
         contents.push_back(iterator->path().string());
     }
     return error ? std::nullopt : std::optional(std::move(contents));
+}
+
+bool PosixFileManager::removeItem(const std::string& path) {
+    std::error_code error;
+    std::filesystem::remove(path, error);
+    return !error;
+}
+
+bool PosixFileManager::write(const std::vector<std::byte>& contents, const std::string& path) {
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    file.write(reinterpret_cast<const char*>(contents.data()), static_cast<std::streamsize>(contents.size()));
+    file.close();
+    return file.good();
 }
 
 } // namespace LinuxPlatform

@@ -8,6 +8,8 @@ namespace QtPlatform {
 class QtApplication : public Platform::Application {
 public:
     void setActivationPolicy(Platform::ActivationPolicy policy) override;
+    void activate(bool ignoringOtherApps) override;
+    std::optional<std::string> bundleIdentifier() const override;
     void terminate() override;
 };
 

@@ -3,6 +3,7 @@
 #include "platform/Bundle.h"
 #include "platform/FileManager.h"
 
+#include <cstddef>
 #include <filesystem>
 #include <map>
 #include <set>
@@ -16,6 +17,8 @@ class FakeInstallation : public Platform::FileManager, public Platform::Bundles 
 public:
     std::vector<std::string> listedFolders;
     std::set<std::string> unreadableFolders;
+    std::vector<std::string> removedFiles;
+    std::map<std::string, std::vector<std::byte>> writtenFiles;
 
     void install(const std::string& path, const Platform::Bundle& bundle) {
         addFile(path);
@@ -31,6 +34,16 @@ public:
         const auto found = folders_.find(path);
         return found == folders_.end() || unreadableFolders.contains(path) ? std::nullopt
                                                                            : std::optional(found->second);
+    }
+
+    bool removeItem(const std::string& path) override {
+        removedFiles.push_back(path);
+        return writtenFiles.erase(path) != 0;
+    }
+
+    bool write(const std::vector<std::byte>& contents, const std::string& path) override {
+        writtenFiles[path] = contents;
+        return true;
     }
 
     std::optional<Platform::Bundle> open(const std::string& path) override {

@@ -24,11 +24,18 @@ public:
 
     std::optional<Platform::ActivationPolicy> policy;
     bool isTerminated = false;
+    std::optional<std::string> identifier = "com.curtain.Curtain";
 
     void setActivationPolicy(Platform::ActivationPolicy newPolicy) override {
         policy = newPolicy;
         events_.emplace_back("activation policy");
     }
+
+    void activate(bool ignoringOtherApps) override {
+        events_.emplace_back(ignoringOtherApps ? "activate ignoring other apps" : "activate");
+    }
+
+    std::optional<std::string> bundleIdentifier() const override { return identifier; }
 
     void terminate() override { isTerminated = true; }
 

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "Curtain/DesktopController.h"
+#include "core/HideEngine.h"
+#include "core/PreferencesStore.h"
+
+namespace Curtain::FixEverything {
+
+/// Privacy mode on for all private apps, and the desktop icons hidden where the user wants that. Returns
+/// whether notifications still need the user's attention. Main thread only.
+bool run(CurtainCore::HideEngine& engine, CurtainCore::PreferencesStore& store,
+         const DesktopController& desktop);
+
+} // namespace Curtain::FixEverything

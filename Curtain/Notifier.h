@@ -1,0 +1,58 @@
+#pragma once
+
+#include "platform/Application.h"
+#include "platform/MainQueue.h"
+#include "platform/UserNotificationCenter.h"
+#include "platform/UuidSource.h"
+
+#include <functional>
+#include <string>
+
+namespace Curtain {
+
+/// Posts the program's notifications and routes the user's answers. Main thread only.
+class Notifier : public Platform::UserNotificationCenterDelegate {
+public:
+    static constexpr const char* undoAction = "CURTAIN_UNDO";
+    static constexpr const char* revealAction = "CURTAIN_REVEAL";
+    static constexpr const char* activatedCategory = "CURTAIN_ACTIVATED";
+    static constexpr const char* rehiddenCategory = "CURTAIN_REHIDDEN";
+    static constexpr const char* bundleKey = "bundleID";
+
+    /// The services outlive the notifier.
+    Notifier(Platform::UserNotificationCenter& center, const Platform::Application& application,
+             Platform::UuidSource& uuids, Platform::MainQueue& mainQueue);
+    ~Notifier() override;
+    Notifier(const Notifier&) = delete;
+    Notifier& operator=(const Notifier&) = delete;
+
+    std::function<void()> onUndo;
+    std::function<void(const std::string& bundleID)> onReveal;
+    std::function<std::string()> languageProvider;
+
+    /// Whether notifications can be used at all; otherwise nothing below does anything.
+    bool enabled() const { return enabled_; }
+
+    /// Takes the answers from now on, and registers the kinds of notifications.
+    void becomeDelegate();
+    void notifyActivated();
+    void notifyRehidden(const std::string& appName, const std::string& bundleID);
+    void notifyPrompt();
+    /// `completion` runs on the main queue, whatever the answer.
+    void requestAuthorization(std::function<void()> completion);
+
+    void didReceive(const Platform::NotificationResponse& response,
+                    const std::function<void()>& completion) override;
+    void willPresent(const Platform::NotificationRequest& request,
+                     const std::function<void(std::uint64_t options)>& completion) override;
+
+private:
+    void registerCategories();
+
+    Platform::UserNotificationCenter& center_;
+    Platform::UuidSource& uuids_;
+    Platform::MainQueue& mainQueue_;
+    bool enabled_;
+};
+
+} // namespace Curtain

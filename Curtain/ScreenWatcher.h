@@ -1,0 +1,19 @@
+#pragma once
+
+#include "platform/ScreenWatcherProbe.h"
+
+#include <functional>
+
+namespace Curtain {
+
+/// Asks whether some process watches the screen.
+class ScreenWatcher {
+public:
+    /// Looks the question up, once. `probe` outlives the watcher.
+    explicit ScreenWatcher(Platform::ScreenWatcherProbe& probe);
+
+    /// Empty where it cannot be asked; the screen then counts as never watched.
+    std::function<bool()> fn;
+};
+
+} // namespace Curtain

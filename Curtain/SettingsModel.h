@@ -1,0 +1,55 @@
+#pragma once
+
+#include "Curtain/AppCatalog.h"
+#include "core/PreferencesStore.h"
+#include "platform/Locale.h"
+#include "platform/Log.h"
+#include "platform/LoginItem.h"
+
+#include <QObject>
+
+#include <string>
+#include <utility>
+
+namespace Curtain {
+
+/// The settings window's working copy of the preferences: every change is saved at once. Main thread only.
+class SettingsModel : public QObject {
+    Q_OBJECT
+
+public:
+    /// The services outlive the model.
+    SettingsModel(CurtainCore::PreferencesStore& store, Platform::Locale& locale,
+                  Platform::LoginItem& loginItem, Platform::Log& log);
+
+    const CurtainCore::Preferences& prefs() const { return prefs_; }
+    /// The code of the language of all texts.
+    std::string lang() const;
+
+    /// Takes over what others have stored since.
+    void reload();
+    template <class Field>
+    void set(Field CurtainCore::Preferences::*field, Field value) {
+        reload();
+        prefs_.*field = std::move(value);
+        save();
+    }
+    bool isSelected(const CatalogEntry& entry) const;
+    void toggle(const CatalogEntry& entry);
+    /// The preference keeps the user's wish even where the system refuses it.
+    void setLaunchAtLogin(bool on);
+
+Q_SIGNALS:
+    void prefsChanged();
+
+private:
+    void save();
+
+    CurtainCore::PreferencesStore& store_;
+    Platform::Locale& locale_;
+    Platform::LoginItem& loginItem_;
+    Platform::Log& log_;
+    CurtainCore::Preferences prefs_;
+};
+
+} // namespace Curtain

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "Curtain/ScreenWatcher.h"
+#include "core/ShareDetector.h"
+#include "platform/MainQueue.h"
+#include "platform/Subscription.h"
+#include "platform/Workspace.h"
+
+#include <functional>
+#include <set>
+#include <string>
+
+namespace Curtain {
+
+/// Asks every three seconds whether a call may be going on, and reports changes. Main thread only.
+class ShareMonitor {
+public:
+    /// The services outlive the monitor.
+    ShareMonitor(Platform::ScreenWatcherProbe& probe, Platform::Workspace& workspace,
+                 Platform::MainQueue& mainQueue);
+
+    /// Apps whose running counts as a sign of a call.
+    std::set<std::string> triggerBundleIDs;
+    std::function<void(CurtainCore::DetectionConfidence)> onConfidenceChanged;
+
+    void start();
+
+private:
+    void tick();
+
+    ScreenWatcher watcher_;
+    Platform::Workspace& workspace_;
+    Platform::MainQueue& mainQueue_;
+    CurtainCore::ShareDetector detector_;
+    Platform::Subscription timer_;
+    CurtainCore::DetectionConfidence lastConfidence_ = CurtainCore::DetectionConfidence::none;
+};
+
+} // namespace Curtain

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace Platform {
+
+/// Whether this program starts with the user's session.
+class LoginItem {
+public:
+    virtual ~LoginItem() = default;
+
+    /// Each returns the error in words, or nothing when it succeeded.
+    virtual std::optional<std::string> registerItem() = 0;
+    virtual std::optional<std::string> unregisterItem() = 0;
+};
+
+} // namespace Platform

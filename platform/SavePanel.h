@@ -1,0 +1,29 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Platform {
+
+struct SavePanelOptions {
+    std::string proposedName;
+    /// Absent for the panel's own choice.
+    std::optional<std::string> folder;
+    /// The only kind of file that can be saved, such as "image/jpeg".
+    std::string mimeType;
+};
+
+/// The desktop's dialog for saving a file. Main thread only.
+class SavePanel {
+public:
+    virtual ~SavePanel() = default;
+
+    /// Opens the dialog and returns; `completion` receives the chosen path, absent when the user cancelled.
+    /// One at a time: a second call brings the open one to the front and keeps its options.
+    virtual void open(const SavePanelOptions& options,
+                      std::function<void(const std::optional<std::string>& path)> completion) = 0;
+};
+
+} // namespace Platform

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+namespace Platform {
+
+/// Tells whether some process watches the screen.
+class ScreenWatcherProbe {
+public:
+    virtual ~ScreenWatcherProbe() = default;
+
+    /// The query behind a symbol's name; empty where no such question can ever be answered here. Queries are
+    /// cheap, do not block, and may outlive each other but not the probe. Main thread only.
+    virtual std::function<bool()> lookUp(const std::string& symbol) = 0;
+};
+
+} // namespace Platform

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "platform/Geometry.h"
+
+#include <optional>
+#include <vector>
+
+namespace Platform {
+
+/// One monitor.
+struct Screen {
+    Rect frame;
+    /// The part that panels leave free. Panels, on whichever edge, are the menu bar.
+    Rect visibleFrame;
+
+    bool operator==(const Screen&) const = default;
+};
+
+/// The monitors, as they are at the time of the call. Main thread only.
+class Screens {
+public:
+    virtual ~Screens() = default;
+
+    virtual std::vector<Screen> screens() = 0;
+    /// The one that holds the status item's panel, or else the first; absent without any.
+    virtual std::optional<Screen> main() = 0;
+    virtual Point mouseLocation() = 0;
+};
+
+} // namespace Platform
