@@ -5,6 +5,7 @@
 #include "platform/UserNotificationCenter.h"
 #include "platform/UuidSource.h"
 
+#include <cstdint>
 #include <functional>
 #include <string>
 
@@ -28,6 +29,7 @@ public:
 
     std::function<void()> onUndo;
     std::function<void(const std::string& bundleID)> onReveal;
+    /// The code of the language of the texts, asked at each post; English until it is set.
     std::function<std::string()> languageProvider;
 
     /// Whether notifications can be used at all; otherwise nothing below does anything.
@@ -48,11 +50,13 @@ public:
 
 private:
     void registerCategories();
+    void reveal(const Platform::NotificationContent& content) const;
 
     Platform::UserNotificationCenter& center_;
     Platform::UuidSource& uuids_;
     Platform::MainQueue& mainQueue_;
     bool enabled_;
+    bool isDelegate_ = false;
 };
 
 } // namespace Curtain

@@ -1,0 +1,120 @@
+#include "Curtain/Notifier.h"
+
+#include "Curtain/PlatformWording.h"
+
+#include <utility>
+
+namespace Curtain {
+namespace {
+
+using CurtainCore::LocKey;
+using Platform::NotificationOption::alert;
+using Platform::NotificationOption::banner;
+using Platform::NotificationOption::sound;
+
+std::string text(LocKey key, const std::string& lang) {
+    return std::string(PlatformWording::string(key, lang));
+}
+
+} // namespace
+
+Notifier::Notifier(Platform::UserNotificationCenter& center, const Platform::Application& application,
+                   Platform::UuidSource& uuids, Platform::MainQueue& mainQueue)
+    : languageProvider([] { return "en"; }),
+      center_(center),
+      uuids_(uuids),
+      mainQueue_(mainQueue),
+      enabled_(application.bundleIdentifier().has_value()) {}
+
+Notifier::~Notifier() {
+    if (isDelegate_) {
+        center_.setDelegate(nullptr);
+    }
+}
+
+void Notifier::becomeDelegate() {
+    if (!enabled_) {
+        return;
+    }
+    isDelegate_ = true;
+    center_.setDelegate(this);
+    registerCategories();
+}
+
+void Notifier::notifyActivated() {
+    if (!enabled_) {
+        return;
+    }
+    registerCategories();
+    const auto lang = languageProvider();
+    center_.add(
+        {uuids_.makeUuid(),
+         {text(LocKey::privacyOnTitle, lang), text(LocKey::privacyOnBody, lang), activatedCategory, {}}});
+}
+
+void Notifier::notifyRehidden(const std::string& appName, const std::string& bundleID) {
+    if (!enabled_) {
+        return;
+    }
+    registerCategories();
+    const auto lang = languageProvider();
+    center_.add({"rehidden." + bundleID,
+                 {text(LocKey::rehiddenTitle, lang),
+                  appName + " " + text(LocKey::rehiddenReason, lang),
+                  rehiddenCategory,
+                  {{bundleKey, bundleID}}}});
+}
+
+void Notifier::notifyPrompt() {
+    if (!enabled_) {
+        return;
+    }
+    const auto lang = languageProvider();
+    center_.add({uuids_.makeUuid(),
+                 {text(LocKey::sharePromptTitle, lang), text(LocKey::sharePromptBody, lang), {}, {}}});
+}
+
+void Notifier::requestAuthorization(std::function<void()> completion) {
+    if (!enabled_) {
+        return;
+    }
+    center_.requestAuthorization(alert | sound,
+                                 [&mainQueue = mainQueue_, completion = std::move(completion)](bool) mutable {
+                                     mainQueue.async(std::move(completion));
+                                 });
+}
+
+void Notifier::didReceive(const Platform::NotificationResponse& response,
+                          const std::function<void()>& completion) {
+    const auto& action = response.actionIdentifier;
+    const auto& content = response.request.content;
+    if (action == undoAction) {
+        if (onUndo) {
+            onUndo();
+        }
+    } else if (action == revealAction || (action == Platform::NotificationResponse::defaultActionIdentifier &&
+                                          content.categoryIdentifier == rehiddenCategory)) {
+        reveal(content);
+    }
+    completion();
+}
+
+void Notifier::willPresent(const Platform::NotificationRequest& /*request*/,
+                           const std::function<void(std::uint64_t options)>& completion) {
+    completion(banner | sound);
+}
+
+void Notifier::registerCategories() {
+    const auto lang = languageProvider();
+    center_.setNotificationCategories({{activatedCategory, {{undoAction, text(LocKey::undo, lang)}}},
+                                       {rehiddenCategory, {{revealAction, text(LocKey::reveal, lang)}}}});
+}
+
+void Notifier::reveal(const Platform::NotificationContent& content) const {
+    const auto bundleID = content.userInfo.find(bundleKey);
+    if (bundleID != content.userInfo.end() && onReveal) {
+        onReveal(bundleID->second);
+    }
+}
+
+} // namespace Curtain
