@@ -9,6 +9,10 @@
 #include "platform/Log.h"
 #include "platform/MainQueue.h"
 #include "platform/StatusItem.h"
+#include "platform/UserFolders.h"
+#include "platform/UuidSource.h"
+#include "platform/WallClock.h"
+#include "platform/WorkQueue.h"
 #include "platform/Workspace.h"
 
 #include <memory>
@@ -19,12 +23,16 @@ namespace Platform {
 struct Platform {
     std::unique_ptr<Log> log;
     std::unique_ptr<MainQueue> mainQueue;
+    std::unique_ptr<WorkQueues> workQueues;
+    std::unique_ptr<WallClock> wallClock;
+    std::unique_ptr<UuidSource> uuids;
     /// What the ports that follow share among themselves.
     std::shared_ptr<void> foundation;
     std::unique_ptr<CurtainCore::UserDefaults> userDefaults;
     std::unique_ptr<Locale> locale;
     std::unique_ptr<Resources> resources;
     std::unique_ptr<FileManager> fileManager;
+    std::unique_ptr<UserFolders> userFolders;
     std::unique_ptr<Bundles> bundles;
     ApplicationFolders applicationFolders;
     std::unique_ptr<Application> application;

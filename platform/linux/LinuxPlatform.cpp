@@ -2,10 +2,12 @@
 
 #include "platform/linux/PosixFileManager.h"
 #include "platform/linux/StandardErrorLog.h"
+#include "platform/linux/ThreadWorkQueues.h"
 #include "platform/linux/apps/AppIdentity.h"
 #include "platform/linux/apps/DesktopEntries.h"
 #include "platform/linux/apps/DesktopEntryBundles.h"
 #include "platform/linux/defaults/FileUserDefaults.h"
+#include "platform/linux/folders/XdgUserFolders.h"
 #include "platform/linux/hotkeys/NoHotKeyService.h"
 #include "platform/linux/hotkeys/X11HotKeyService.h"
 #include "platform/linux/locale/EnvironmentLocale.h"
@@ -19,6 +21,8 @@
 #include "platform/qt/QtApplication.h"
 #include "platform/qt/QtMainQueue.h"
 #include "platform/qt/QtResources.h"
+#include "platform/qt/QtUuidSource.h"
+#include "platform/qt/QtWallClock.h"
 
 #include <QGuiApplication>
 #include <QPalette>
@@ -63,6 +67,9 @@ Platform::Platform makeLinuxPlatform() {
     Platform::Platform platform;
     platform.log = std::make_unique<StandardErrorLog>();
     platform.mainQueue = std::make_unique<QtPlatform::QtMainQueue>();
+    platform.workQueues = std::make_unique<ThreadWorkQueues>();
+    platform.wallClock = std::make_unique<QtPlatform::QtWallClock>();
+    platform.uuids = std::make_unique<QtPlatform::QtUuidSource>();
     auto session = std::make_shared<Session>();
     if (session->x11) {
         session->windowSystem = std::make_unique<X11WindowSystem>(*session->x11, *platform.mainQueue);
@@ -77,6 +84,7 @@ Platform::Platform makeLinuxPlatform() {
     platform.locale = std::make_unique<EnvironmentLocale>();
     platform.resources = std::make_unique<QtPlatform::QtResources>();
     platform.fileManager = std::make_unique<PosixFileManager>();
+    platform.userFolders = std::make_unique<XdgUserFolders>();
     platform.bundles = std::make_unique<DesktopEntryBundles>(session->entries);
     platform.applicationFolders = applicationFolders();
     platform.application = std::make_unique<QtPlatform::QtApplication>();

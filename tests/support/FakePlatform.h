@@ -3,11 +3,14 @@
 #include "platform/Platform.h"
 #include "tests/support/FakeHotKeyService.h"
 #include "tests/support/FakeInstallation.h"
+#include "tests/support/FakeUserFolders.h"
 #include "tests/support/FakeWorkspace.h"
 #include "tests/support/HandDrivenQueue.h"
+#include "tests/support/HandDrivenWorkQueues.h"
 #include "tests/support/MemoryUserDefaults.h"
 #include "tests/support/RecordingLog.h"
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -69,6 +72,24 @@ public:
     }
 };
 
+class FakeWallClock : public Platform::WallClock {
+public:
+    std::chrono::system_clock::time_point time;
+
+    std::chrono::system_clock::time_point now() override { return time; }
+    std::string localTimestamp(std::chrono::system_clock::time_point moment) override {
+        return std::to_string(moment.time_since_epoch() / std::chrono::seconds(1));
+    }
+};
+
+class FakeUuidSource : public Platform::UuidSource {
+public:
+    std::string makeUuid() override { return "uuid-" + std::to_string(++count_); }
+
+private:
+    int count_ = 0;
+};
+
 class FakeStatusBar : public Platform::StatusBar {
 public:
     explicit FakeStatusBar(std::vector<std::string>& events) : events_(events) {}
@@ -125,10 +146,14 @@ struct FakePlatform {
     Platform::Platform platform;
     RecordingLog& log = add<RecordingLog>(platform.log);
     HandDrivenQueue& mainQueue = add<HandDrivenQueue>(platform.mainQueue);
+    HandDrivenWorkQueues& workQueues = add<HandDrivenWorkQueues>(platform.workQueues);
+    FakeWallClock& wallClock = add<FakeWallClock>(platform.wallClock);
+    FakeUuidSource& uuids = add<FakeUuidSource>(platform.uuids);
     MemoryUserDefaults& userDefaults = add<MemoryUserDefaults>(platform.userDefaults);
     FakeLocale& locale = add<FakeLocale>(platform.locale);
     FakeResources& resources = add<FakeResources>(platform.resources);
     FakeInstallation& fileManager = add<FakeInstallation>(platform.fileManager);
+    FakeUserFolders& userFolders = add<FakeUserFolders>(platform.userFolders);
     FakeInstallation& bundles = add<FakeInstallation>(platform.bundles);
     FakeApplication& application = add<FakeApplication>(platform.application, events);
     FakeWorkspace& workspace = add<FakeWorkspace>(platform.workspace);

@@ -11,8 +11,8 @@
 
 namespace TestSupport {
 
-/// Work queues whose tasks run inside `runAll` only, in the order in which they were handed in, on the caller's
-/// thread. `async` may be called from any thread.
+/// Work queues whose tasks run inside `runAll` only, in the order in which they were handed in, on the
+/// caller's thread. `async` may be called from any thread.
 class HandDrivenWorkQueues : public Platform::WorkQueues {
 public:
     /// The labels of all serial queues that were made.
