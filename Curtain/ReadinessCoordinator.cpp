@@ -1,0 +1,56 @@
+#include "Curtain/ReadinessCoordinator.h"
+
+#include "Curtain/PrivateAppsInspector.h"
+
+#include <algorithm>
+
+namespace Curtain {
+
+ReadinessCoordinator::ReadinessCoordinator(CurtainCore::PreferencesStore& store,
+                                           Platform::Workspace& workspace, const DesktopController& desktop,
+                                           const DesktopChecker& desktopChecker)
+    : isPrivacyModeActive([] { return false; }),
+      cameraReadinessProvider([] { return ProviderReadiness{}; }),
+      micReadinessProvider([] { return ProviderReadiness{}; }),
+      store_(store),
+      workspace_(workspace),
+      desktop_(desktop),
+      desktopChecker_(desktopChecker) {}
+
+void ReadinessCoordinator::refresh() {
+    using CurtainCore::NotificationStatus;
+    const auto preferences = store_.load();
+    CurtainCore::ReadinessInput input;
+    input.privateAppsVisible = PrivateAppsInspector::report(workspace_, preferences.targetApps).visible;
+    const auto desktop = preferences.checkDesktopFiles ? desktopChecker_.check()
+                                                       : DesktopChecker::Report{0, desktop_.iconsHidden()};
+    input.desktopFileCount = desktop.fileCount;
+    input.desktopHidden = desktop.iconsHidden;
+    input.notifications = preferences.checkNotifications && !preferences.notificationsMarkedHandled
+                              ? NotificationStatus::mayAppear
+                              : NotificationStatus::protected_;
+    const auto camera = cameraReadinessProvider();
+    input.cameraEvaluated = camera.evaluated;
+    input.cameraOK = camera.ok;
+    const auto microphone = micReadinessProvider();
+    input.micEvaluated = microphone.evaluated;
+    input.micOK = microphone.ok;
+    input.privacyModeActive = isPrivacyModeActive();
+    state_ = engine_.build(input);
+    Q_EMIT stateChanged();
+}
+
+void ReadinessCoordinator::toggleTargetApp(const CatalogEntry& entry) {
+    auto preferences = store_.load();
+    auto& apps = preferences.targetApps;
+    const auto found = std::ranges::find(apps, entry.bundleID, &CurtainCore::TargetApp::bundleID);
+    if (found != apps.end()) {
+        apps.erase(found);
+    } else {
+        apps.push_back({entry.bundleID, entry.name});
+    }
+    store_.save(preferences);
+    refresh();
+}
+
+} // namespace Curtain
