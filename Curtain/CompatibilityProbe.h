@@ -6,6 +6,8 @@
 #include "platform/SystemVersion.h"
 #include "platform/Workspace.h"
 
+#include <optional>
+
 namespace Curtain {
 
 /// Finds out whether this system is good for Curtain. Main thread only.
@@ -21,7 +23,10 @@ public:
 
     explicit CompatibilityProbe(const Services& services) : services_(services) {}
 
+    /// What is not known counts as not there.
     CurtainCore::CompatibilityResult run() const;
+    /// Why apps cannot be hidden here; absent where they can, and where it is not known.
+    std::optional<Platform::HidingObstacle> hidingObstacle() const;
 
 private:
     Services services_;

@@ -9,6 +9,7 @@
 #include "platform/Log.h"
 #include "platform/MainQueue.h"
 #include "platform/StatusItem.h"
+#include "platform/SystemVersion.h"
 #include "platform/UserFolders.h"
 #include "platform/UuidSource.h"
 #include "platform/WallClock.h"
@@ -37,6 +38,7 @@ struct Platform {
     ApplicationFolders applicationFolders;
     std::unique_ptr<Application> application;
     std::unique_ptr<Workspace> workspace;
+    std::unique_ptr<SystemVersion> systemVersion;
     std::unique_ptr<HotKeyService> hotKeyService;
     std::unique_ptr<StatusBar> statusBar;
 };

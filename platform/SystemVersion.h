@@ -1,13 +1,28 @@
 #pragma once
 
+#include <optional>
+
 namespace Platform {
 
+/// Why no app can be hidden.
+enum class HidingObstacle {
+    /// The session's windows are those of a Wayland compositor that lets nobody hide them.
+    waylandSession,
+    /// Nothing manages the windows.
+    noWindowManager,
+    /// What hides them is installed, and the desktop loads it when its next session begins.
+    nextSessionNeeded,
+};
+
+/// Main thread only; answers at once.
 class SystemVersion {
 public:
     virtual ~SystemVersion() = default;
 
     /// 14 where apps can be hidden, 0 where they cannot.
     virtual int majorVersion() = 0;
+    /// Absent where apps can be hidden, and where it is not known why they cannot.
+    virtual std::optional<HidingObstacle> hidingObstacle() = 0;
 };
 
 } // namespace Platform

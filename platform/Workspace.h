@@ -57,6 +57,8 @@ public:
 
     /// The path of the app's bundle; absent when no app with this identifier is known.
     virtual std::optional<std::string> urlForApplicationWithBundleIdentifier(const std::string& bundleID) = 0;
+    /// The path of the bundle of an app that opens such addresses; absent when there is none.
+    virtual std::optional<std::string> urlForApplicationToOpen(const std::string& url) = 0;
     virtual std::optional<Image> iconForFile(const std::string& path) = 0;
 };
 

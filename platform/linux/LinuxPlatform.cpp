@@ -12,6 +12,7 @@
 #include "platform/linux/hotkeys/X11HotKeyService.h"
 #include "platform/linux/locale/EnvironmentLocale.h"
 #include "platform/linux/tray/TrayStatusBar.h"
+#include "platform/linux/windows/InterfaceLevel.h"
 #include "platform/linux/windows/LinuxWorkspace.h"
 #include "platform/linux/windows/NoWindowSystem.h"
 #include "platform/linux/windows/X11WindowSystem.h"
@@ -90,6 +91,7 @@ Platform::Platform makeLinuxPlatform() {
     platform.application = std::make_unique<QtPlatform::QtApplication>();
     platform.workspace =
         std::make_unique<LinuxWorkspace>(*session->windowSystem, session->identity, session->entries);
+    platform.systemVersion = std::make_unique<InterfaceLevel>(*session->windowSystem);
     platform.statusBar = std::make_unique<TrayStatusBar>(*platform.mainQueue, *platform.log, trayToolkit());
     if (!QDBusConnection::sessionBus().isConnected()) {
         platform.log->writeLine(

@@ -1,5 +1,7 @@
 #include "platform/linux/apps/DesktopEntryBundles.h"
+#include "platform/linux/windows/LinuxWorkspace.h"
 #include "tests/platform/AppsWorld.h"
+#include "tests/support/FakeWindowSystem.h"
 
 #include <gmock/gmock.h>
 
@@ -217,6 +219,32 @@ TEST_F(DesktopEntriesTest, CommandsNameTheirProgram) {
         EXPECT_EQ(entry->program, program) << command;
         EXPECT_EQ(entry->hasArguments, hasArguments) << command;
     }
+}
+
+TEST_F(DesktopEntriesTest, AddressesThatAnEntryOpensAreKnownByTheirSchemes) {
+    addProgram("browser");
+    install(user / "browser.desktop", "Name=Browser\nExec=browser %U\n"
+                                      "MimeType=text/html;x-scheme-handler/http;X-Scheme-Handler/HTTPS;\n");
+    installPlain(user / "editor.desktop");
+    EXPECT_THAT(entries.withId("browser")->urlSchemes, ElementsAre("http", "https"));
+    EXPECT_THAT(entries.withId("editor")->urlSchemes, IsEmpty());
+}
+
+TEST_F(DesktopEntriesTest, AnAppForAnAddressIsOneThatShows) {
+    TestSupport::FakeWindowSystem windows;
+    LinuxPlatform::AppIdentity identity(entries, LinuxPlatform::ProcessTable(proc));
+    LinuxPlatform::LinuxWorkspace workspace(windows, identity, entries);
+    EXPECT_EQ(workspace.urlForApplicationToOpen("https:"), std::nullopt);
+
+    addProgram("browser");
+    const std::string lines = "Name=Browser\nExec=browser %U\nMimeType=x-scheme-handler/https;\n";
+    install(user / "helper.desktop", lines + "NoDisplay=true\n");
+    EXPECT_EQ(workspace.urlForApplicationToOpen("https:"), std::nullopt);
+    install(user / "browser.desktop", lines);
+    EXPECT_EQ(workspace.urlForApplicationToOpen("https:"), (user / "browser.desktop").string());
+    EXPECT_EQ(workspace.urlForApplicationToOpen("HTTPS://example.org/?a:b"),
+              (user / "browser.desktop").string());
+    EXPECT_EQ(workspace.urlForApplicationToOpen("mailto:ada@example.org"), std::nullopt);
 }
 
 TEST_F(DesktopEntriesTest, BrokenFilesAreLeftOut) {

@@ -1,5 +1,7 @@
 #include "platform/linux/windows/LinuxWorkspace.h"
 
+#include "platform/linux/windows/InterfaceLevel.h"
+#include "platform/linux/windows/NoWindowSystem.h"
 #include "tests/support/FakeWindowSystem.h"
 
 #include <gmock/gmock.h>
@@ -72,6 +74,24 @@ TEST_F(LinuxWorkspaceTest, WindowsOfOneProcessFollowTheirOwnApps) {
 TEST_F(LinuxWorkspaceTest, WindowThatTellsNothingBelongsToNoApp) {
     windows.open(1, "", 10);
     EXPECT_THAT(workspace->runningApplications(), IsEmpty());
+}
+
+TEST_F(LinuxWorkspaceTest, InterfaceLevelSaysWhetherWindowsCanBeHiddenNow) {
+    LinuxPlatform::InterfaceLevel level(windows);
+    EXPECT_EQ(level.majorVersion(), 14);
+    EXPECT_EQ(level.hidingObstacle(), std::nullopt);
+    windows.obstacle = Platform::HidingObstacle::nextSessionNeeded;
+    EXPECT_EQ(level.majorVersion(), 0);
+    EXPECT_EQ(level.hidingObstacle(), Platform::HidingObstacle::nextSessionNeeded);
+    windows.obstacle.reset();
+    EXPECT_EQ(level.majorVersion(), 14);
+}
+
+TEST_F(LinuxWorkspaceTest, WithoutAWindowSystemNothingCanBeHidden) {
+    LinuxPlatform::NoWindowSystem none;
+    LinuxPlatform::InterfaceLevel level(none);
+    EXPECT_EQ(level.majorVersion(), 0);
+    EXPECT_EQ(level.hidingObstacle(), Platform::HidingObstacle::waylandSession);
 }
 
 TEST_F(LinuxWorkspaceTest, InstancesWithAVisibleWindowComeFirst) {

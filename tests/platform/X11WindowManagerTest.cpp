@@ -67,6 +67,7 @@ TEST_F(X11WindowManagerTest, WithoutAManagerThereAreNoWindowsAndNothingHangs) {
     const auto window = client.open("a", "A");
     PrivacyMode privacy(system, mainQueue);
     EXPECT_THAT(system.windows(), IsEmpty());
+    EXPECT_EQ(system.hidingObstacle(), Platform::HidingObstacle::noWindowManager);
     EXPECT_EQ(privacy.hiding.isHidden("a"), std::nullopt);
     system.hide(std::array{WindowId{window}});
     system.show(std::array{WindowId{window}});
@@ -143,6 +144,21 @@ TEST_F(X11WindowManagerTest, WindowThatIsShownWithItsMarkOnIsVisibleAndAnnounced
     xcb_unmap_window(client.get(), window);
     client.sync();
     EXPECT_TRUE(spinUntil([&] { return isHidden(window); }));
+}
+
+TEST_F(X11WindowManagerTest, WindowsCanBeHiddenAsSoonAndAsLongAsThereIsAManager) {
+    EXPECT_EQ(system.hidingObstacle(), Platform::HidingObstacle::noWindowManager);
+    std::optional<ScriptedWindowManager> manager(std::in_place);
+    EXPECT_TRUE(spinUntil([&] { return !system.hidingObstacle(); }));
+    manager.reset();
+    EXPECT_TRUE(spinUntil([&] { return system.hidingObstacle().has_value(); }));
+}
+
+TEST_F(X11WindowManagerTest, WindowsCanBeHiddenUnderAManagerThatOnlyListsThem) {
+    const auto window = client.open("a", "A");
+    client.setNumbers(client.root(), "_NET_CLIENT_LIST", XCB_ATOM_WINDOW, std::array{window});
+    client.sync();
+    EXPECT_TRUE(spinUntil([&] { return !system.hidingObstacle(); }));
 }
 
 TEST_F(X11WindowManagerTest, ListOfAManagerThatIsGoneSaysNothing) {

@@ -3,6 +3,7 @@
 #include "platform/Platform.h"
 #include "tests/support/FakeHotKeyService.h"
 #include "tests/support/FakeInstallation.h"
+#include "tests/support/FakeSystemVersion.h"
 #include "tests/support/FakeUserFolders.h"
 #include "tests/support/FakeWorkspace.h"
 #include "tests/support/HandDrivenQueue.h"
@@ -157,6 +158,7 @@ struct FakePlatform {
     FakeInstallation& bundles = add<FakeInstallation>(platform.bundles);
     FakeApplication& application = add<FakeApplication>(platform.application, events);
     FakeWorkspace& workspace = add<FakeWorkspace>(platform.workspace);
+    FakeSystemVersion& systemVersion = add<FakeSystemVersion>(platform.systemVersion);
     FakeHotKeyService& hotKeyService = add<FakeHotKeyService>(platform.hotKeyService);
     FakeStatusBar& statusBar = add<FakeStatusBar>(platform.statusBar, events);
 

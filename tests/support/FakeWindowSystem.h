@@ -18,6 +18,7 @@ public:
 
     std::vector<LinuxPlatform::Window> list;
     bool takesEffect = true;
+    std::optional<Platform::HidingObstacle> obstacle;
     /// Exist, but no window manager has them in its list.
     std::vector<WindowId> unmanaged;
     std::vector<std::vector<WindowId>> hidden;
@@ -52,6 +53,7 @@ public:
         }
     }
 
+    std::optional<Platform::HidingObstacle> hidingObstacle() override { return obstacle; }
     std::uint64_t generation() override { return generation_; }
     const std::vector<LinuxPlatform::Window>& windows() override { return list; }
 

@@ -54,6 +54,8 @@ class FakeWorkspace : public Platform::Workspace {
 public:
     std::vector<std::string> calls;
     std::map<std::string, std::string> urls;
+    /// By the scheme of an address.
+    std::map<std::string, std::string> handlers;
     std::map<std::string, Platform::Image> icons;
     std::vector<Platform::WorkspaceNotification> observed;
     int queries = 0;
@@ -108,6 +110,11 @@ public:
     std::optional<std::string> urlForApplicationWithBundleIdentifier(const std::string& bundleID) override {
         const auto found = urls.find(bundleID);
         return found == urls.end() ? std::nullopt : std::optional(found->second);
+    }
+
+    std::optional<std::string> urlForApplicationToOpen(const std::string& url) override {
+        const auto found = handlers.find(url.substr(0, url.find(':')));
+        return found == handlers.end() ? std::nullopt : std::optional(found->second);
     }
 
     std::optional<Platform::Image> iconForFile(const std::string& path) override {

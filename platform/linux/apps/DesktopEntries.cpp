@@ -60,6 +60,19 @@ Command parseCommand(const char* commandLine) {
     return command;
 }
 
+std::vector<std::string> urlSchemes(GAppInfo* app) {
+    constexpr std::string_view prefix = "x-scheme-handler/";
+    std::vector<std::string> schemes;
+    const char** types = g_app_info_get_supported_types(app);
+    for (; types != nullptr && *types != nullptr; ++types) {
+        const auto type = asciiLowerCase(*types);
+        if (type.starts_with(prefix)) {
+            schemes.push_back(type.substr(prefix.size()));
+        }
+    }
+    return schemes;
+}
+
 std::optional<DesktopEntry> readEntry(const fs::path& path, std::string id) {
     // Opening a named pipe would wait for its writer.
     std::error_code error;
@@ -85,6 +98,7 @@ std::optional<DesktopEntry> readEntry(const fs::path& path, std::string id) {
     auto command = parseCommand(g_app_info_get_commandline(app));
     entry.program = std::move(command.program);
     entry.hasArguments = command.hasArguments;
+    entry.urlSchemes = urlSchemes(app);
     entry.shouldShow = g_app_info_should_show(app) != FALSE;
     return entry;
 }

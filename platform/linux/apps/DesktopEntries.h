@@ -26,6 +26,8 @@ struct DesktopEntry {
     /// Whether its command says more than the program and what to open, as entries for one function of a
     /// program do.
     bool hasArguments = false;
+    /// The schemes of the addresses that it opens, in small letters.
+    std::vector<std::string> urlSchemes;
     /// Whether it belongs in a list of apps on this desktop.
     bool shouldShow = true;
 };

@@ -1,5 +1,10 @@
 #include "platform/linux/windows/LinuxWorkspace.h"
 
+#include "platform/linux/apps/AsciiCase.h"
+
+#include <algorithm>
+#include <string_view>
+
 namespace LinuxPlatform {
 namespace {
 
@@ -99,6 +104,15 @@ std::optional<std::string>
 LinuxWorkspace::urlForApplicationWithBundleIdentifier(const std::string& bundleID) {
     const auto* const entry = entries_.withBundleIdentifier(bundleID);
     return entry != nullptr ? std::optional(entry->path) : std::nullopt;
+}
+
+std::optional<std::string> LinuxWorkspace::urlForApplicationToOpen(const std::string& url) {
+    const auto scheme = asciiLowerCase(std::string_view(url).substr(0, url.find(':')));
+    const auto& all = entries_.all();
+    const auto found = std::ranges::find_if(all, [&](const DesktopEntry& entry) {
+        return entry.shouldShow && std::ranges::find(entry.urlSchemes, scheme) != entry.urlSchemes.end();
+    });
+    return found == all.end() ? std::nullopt : std::optional(found->path);
 }
 
 std::optional<Platform::Image> LinuxWorkspace::iconForFile(const std::string& path) {

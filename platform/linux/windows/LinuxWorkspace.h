@@ -23,6 +23,7 @@ public:
     Platform::Subscription addObserver(Platform::WorkspaceNotification notification,
                                        Observer observer) override;
     std::optional<std::string> urlForApplicationWithBundleIdentifier(const std::string& bundleID) override;
+    std::optional<std::string> urlForApplicationToOpen(const std::string& url) override;
     std::optional<Platform::Image> iconForFile(const std::string& path) override;
 
 private:

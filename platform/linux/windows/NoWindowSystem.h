@@ -7,6 +7,9 @@ namespace LinuxPlatform {
 /// Stands in where the session lets nobody list or hide windows: there are none.
 class NoWindowSystem : public WindowSystem {
 public:
+    std::optional<Platform::HidingObstacle> hidingObstacle() override {
+        return Platform::HidingObstacle::waylandSession;
+    }
     std::uint64_t generation() override { return 0; }
     const std::vector<Window>& windows() override { return windows_; }
     bool exists(WindowId /*window*/) const override { return false; }

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "platform/Subscription.h"
+#include "platform/SystemVersion.h"
 #include "platform/linux/apps/AppIdentity.h"
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -40,6 +42,9 @@ public:
     using EventHandler = std::function<void(WindowEvent, const Window&)>;
 
     virtual ~WindowSystem() = default;
+
+    /// Why windows cannot be hidden at this moment; absent where they can.
+    virtual std::optional<Platform::HidingObstacle> hidingObstacle() { return std::nullopt; }
 
     /// Changes whenever `windows` does.
     virtual std::uint64_t generation() = 0;

@@ -84,6 +84,11 @@ public:
     /// Changes whenever a window or the list of windows does.
     std::uint64_t generation() const { return generation_; }
 
+    /// Whether a window manager is there, as of the last `update`. One that does not say so is known by its
+    /// list of windows.
+    bool hasManager() const {
+        return managerWindow_ != XCB_WINDOW_NONE ? !isManagerGone_ : !clientList_.empty();
+    }
     /// Managed windows in the window manager's order, oldest first; none while there is no window manager.
     const std::vector<xcb_window_t>& managedWindows() const { return clientList_; }
     /// None when no window has the focus.

@@ -38,6 +38,11 @@ X11WindowSystem::X11WindowSystem(X11Connection& connection, Platform::MainQueue&
     scheduleTakeIn();
 }
 
+std::optional<Platform::HidingObstacle> X11WindowSystem::hidingObstacle() {
+    takeIn();
+    return model_.hasManager() ? std::nullopt : std::optional(Platform::HidingObstacle::noWindowManager);
+}
+
 std::uint64_t X11WindowSystem::generation() {
     takeIn();
     return model_.generation();

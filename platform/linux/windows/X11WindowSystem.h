@@ -23,6 +23,7 @@ public:
     /// Both outlive this object.
     X11WindowSystem(X11Connection& connection, Platform::MainQueue& mainQueue);
 
+    std::optional<Platform::HidingObstacle> hidingObstacle() override;
     std::uint64_t generation() override;
     const std::vector<Window>& windows() override;
     bool exists(WindowId window) const override;
