@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/CaptureServices.h"
+#include "platform/Lifetime.h"
 #include "platform/MainQueue.h"
 #include "platform/MediaAuthorization.h"
 #include "platform/WorkQueue.h"
@@ -8,6 +9,7 @@
 #include <QObject>
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -30,6 +32,9 @@ struct CameraChoice {
 /// the main thread.
 class CameraPreviewManager : public QObject {
     Q_OBJECT
+    // What the views of the picture and the photo read.
+    Q_PROPERTY(std::shared_ptr<Platform::CaptureSession> session READ session CONSTANT)
+    Q_PROPERTY(std::shared_ptr<const Platform::Picture> capturedPhoto READ capturedPhoto NOTIFY changed)
 
 public:
     struct Services {
@@ -50,6 +55,7 @@ public:
     std::shared_ptr<const Platform::Picture> capturedPhoto() const;
     /// The last test photo as the camera encoded it.
     const std::optional<std::vector<std::byte>>& capturedData() const;
+    /// Forgets the photo, its data and one that is still on its way.
     void clearCapturedPhoto();
     /// The camera that is configured now.
     const std::optional<std::string>& activeDeviceID() const;
@@ -62,6 +68,9 @@ public:
     /// Takes a test photo and publishes it; without a running session nothing happens.
     void capture();
 
+    /// The camera with that identifier, else the default one, else the first.
+    static std::optional<Platform::CaptureDevice> device(Platform::CaptureServices& capture,
+                                                         const std::optional<std::string>& id);
     static std::vector<CameraChoice> availableCameras(Platform::CaptureServices& capture);
     /// `completion` runs on the main thread, whatever the answer.
     static void requestPermission(const Services& services, std::function<void()> completion);
@@ -69,6 +78,31 @@ public:
 Q_SIGNALS:
     /// Any of the published values has changed.
     void changed();
+
+private:
+    /// What the background tasks share with the manager, and may outlive it with.
+    struct Running;
+
+    void configureAndRun(const std::optional<std::string>& deviceID);
+    void configure(const Platform::CaptureDevice& device);
+    void runOrStop(bool shouldRun);
+    void capturePhoto(std::function<void(std::optional<std::vector<std::byte>>)> completion);
+    void setStatus(CameraStatus status);
+
+    Services services_;
+    std::shared_ptr<Platform::CaptureSession> session_;
+    std::shared_ptr<Platform::PhotoOutput> photoOutput_;
+    std::shared_ptr<Running> running_;
+    bool isStarted_ = false;
+    CameraStatus status_ = CameraStatus::unavailable;
+    bool mirrored_ = false;
+    std::shared_ptr<const Platform::Picture> capturedPhoto_;
+    std::optional<std::vector<std::byte>> capturedData_;
+    /// Counts the photos put away, so that one taken before is not published after.
+    std::uint64_t photosCleared_ = 0;
+    std::optional<std::string> activeDeviceID_;
+    std::optional<std::string> configuredDeviceID_;
+    Platform::Lifetime lifetime_;
 };
 
 } // namespace Curtain

@@ -3,6 +3,7 @@
 #include "core/UserDefaults.h"
 #include "platform/Application.h"
 #include "platform/Bundle.h"
+#include "platform/CaptureServices.h"
 #include "platform/FileManager.h"
 #include "platform/HotKeyService.h"
 #include "platform/Locale.h"
@@ -41,6 +42,7 @@ struct Platform {
     std::unique_ptr<SystemVersion> systemVersion;
     std::unique_ptr<HotKeyService> hotKeyService;
     std::unique_ptr<StatusBar> statusBar;
+    std::unique_ptr<CaptureServices> captureServices;
 };
 
 } // namespace Platform

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "platform/Platform.h"
+#include "tests/support/FakeCaptureServices.h"
 #include "tests/support/FakeHotKeyService.h"
 #include "tests/support/FakeInstallation.h"
 #include "tests/support/FakeSystemVersion.h"
 #include "tests/support/FakeUserFolders.h"
+#include "tests/support/FakeUuidSource.h"
 #include "tests/support/FakeWorkspace.h"
 #include "tests/support/HandDrivenQueue.h"
 #include "tests/support/HandDrivenWorkQueues.h"
@@ -83,14 +85,6 @@ public:
     }
 };
 
-class FakeUuidSource : public Platform::UuidSource {
-public:
-    std::string makeUuid() override { return "uuid-" + std::to_string(++count_); }
-
-private:
-    int count_ = 0;
-};
-
 class FakeStatusBar : public Platform::StatusBar {
 public:
     explicit FakeStatusBar(std::vector<std::string>& events) : events_(events) {}
@@ -161,6 +155,7 @@ struct FakePlatform {
     FakeSystemVersion& systemVersion = add<FakeSystemVersion>(platform.systemVersion);
     FakeHotKeyService& hotKeyService = add<FakeHotKeyService>(platform.hotKeyService);
     FakeStatusBar& statusBar = add<FakeStatusBar>(platform.statusBar, events);
+    FakeCaptureServices& captureServices = add<FakeCaptureServices>(platform.captureServices);
 
 private:
     template <class Fake, class Port, class... Arguments>
