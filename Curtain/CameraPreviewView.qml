@@ -1,10 +1,23 @@
+import Curtain.Items 1.0
 import QtQuick
 
-/// The live picture of a capture session. It fills the view and is cropped, never letterboxed.
+/// The live picture of a capture session. It fills the view and is cropped, never letterboxed; without one the
+/// view is dark.
 Rectangle {
+    id: root
+
     /// The camera manager whose session is shown.
     property QtObject camera
     property bool mirrored: false
 
     color: "black"
+
+    VideoPreview {
+        anchors.fill: parent
+        session: root.camera ? root.camera.session : undefined
+        transform: Scale {
+            origin.x: root.width / 2
+            xScale: root.mirrored ? -1 : 1
+        }
+    }
 }

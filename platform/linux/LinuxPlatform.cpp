@@ -18,6 +18,7 @@
 #include "platform/linux/windows/X11WindowSystem.h"
 #include "platform/linux/x11/X11Connection.h"
 #include "platform/qt/ImageRendering.h"
+#include "platform/qt/Items.h"
 #include "platform/qt/PopUpMenu.h"
 #include "platform/qt/QtApplication.h"
 #include "platform/qt/QtMainQueue.h"
@@ -65,6 +66,7 @@ TrayToolkit trayToolkit() {
 } // namespace
 
 Platform::Platform makeLinuxPlatform() {
+    QtPlatform::registerItems();
     Platform::Platform platform;
     platform.log = std::make_unique<StandardErrorLog>();
     platform.mainQueue = std::make_unique<QtPlatform::QtMainQueue>();

@@ -1,5 +1,6 @@
 #include "Curtain/CompatibilityProbe.h"
 
+#include "tests/support/FakeCaptureServices.h"
 #include "tests/support/FakeSystemVersion.h"
 #include "tests/support/FakeWorkspace.h"
 
@@ -12,14 +13,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
-struct Cameras : Platform::CaptureServices {
-    std::vector<Platform::CaptureDevice> list;
-
-    std::vector<Platform::CaptureDevice> devices() override { return list; }
-    std::optional<Platform::CaptureDevice> defaultDevice() override { return std::nullopt; }
-    std::shared_ptr<Platform::CaptureSession> makeSession() override { return nullptr; }
-};
-
 struct Microphones : Platform::AudioServices {
     bool isThere = false;
 
@@ -28,7 +21,7 @@ struct Microphones : Platform::AudioServices {
 
 struct CompatibilityProbeTest : testing::Test {
     TestSupport::FakeSystemVersion system;
-    Cameras cameras;
+    TestSupport::FakeCaptureServices cameras;
     Microphones microphones;
     TestSupport::FakeWorkspace workspace;
     Curtain::CompatibilityProbe probe{{system, cameras, microphones, workspace}};
@@ -55,10 +48,10 @@ TEST_F(CompatibilityProbeTest, TheSystemsVersionDecides) {
 }
 
 TEST_F(CompatibilityProbeTest, OneDeviceOfAKindIsEnough) {
-    cameras.list = {{"camera", "Camera"}};
+    cameras.cameras = {{"camera", "Camera"}};
     EXPECT_TRUE(probe.run().hasCamera);
     EXPECT_FALSE(probe.run().hasMicrophone);
-    cameras.list.clear();
+    cameras.cameras.clear();
     microphones.isThere = true;
     EXPECT_FALSE(probe.run().hasCamera);
     EXPECT_TRUE(probe.run().hasMicrophone);

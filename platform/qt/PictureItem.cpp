@@ -1,0 +1,104 @@
+#include "platform/qt/PictureItem.h"
+
+#include <QImage>
+#include <QQuickWindow>
+#include <QSGImageNode>
+#include <QSGTexture>
+
+#include <utility>
+
+namespace QtPlatform {
+namespace {
+
+/// Shares the picture's pixels.
+QImage image(const std::shared_ptr<const Platform::Picture>& picture) {
+    auto owner = std::make_unique<std::shared_ptr<const Platform::Picture>>(picture);
+    return {reinterpret_cast<const uchar*>(picture->pixels.data()),
+            picture->width,
+            picture->height,
+            static_cast<qsizetype>(picture->width) * 4,
+            QImage::Format_RGB32,
+            [](void* finished) { delete static_cast<std::shared_ptr<const Platform::Picture>*>(finished); },
+            owner.release()};
+}
+
+/// The largest rectangle of that shape inside the other, in its middle.
+QRectF inscribed(const QSizeF& shape, const QRectF& outer) {
+    QRectF inner({}, shape.scaled(outer.size(), Qt::KeepAspectRatio));
+    inner.moveCenter(outer.center());
+    return inner;
+}
+
+} // namespace
+
+PictureItem::PictureItem(QQuickItem* parent) : QQuickItem(parent) {
+    setFlag(ItemHasContents);
+}
+
+void PictureItem::setPicture(std::shared_ptr<const Platform::Picture> picture) {
+    if (picture && (picture->width <= 0 || picture->height <= 0)) {
+        picture = nullptr;
+    }
+    if (picture == picture_) {
+        return;
+    }
+    picture_ = std::move(picture);
+    isTextureOutdated_ = true;
+    update();
+    Q_EMIT pictureChanged();
+}
+
+QVariant PictureItem::pictureVariant() const {
+    return QVariant::fromValue(picture_);
+}
+
+void PictureItem::setPictureVariant(const QVariant& picture) {
+    setPicture(picture.value<std::shared_ptr<const Platform::Picture>>());
+}
+
+void PictureItem::setFillMode(FillMode mode) {
+    if (std::exchange(fillMode_, mode) != mode) {
+        update();
+        Q_EMIT fillModeChanged();
+    }
+}
+
+void PictureItem::geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) {
+    QQuickItem::geometryChange(newGeometry, oldGeometry);
+    if (newGeometry.size() != oldGeometry.size()) {
+        update();
+    }
+}
+
+QSGNode* PictureItem::updatePaintNode(QSGNode* oldNode, UpdatePaintNodeData*) {
+    auto* node = static_cast<QSGImageNode*>(oldNode);
+    if (!picture_ || width() <= 0 || height() <= 0) {
+        delete node;
+        return nullptr;
+    }
+    if (!node || std::exchange(isTextureOutdated_, false)) {
+        auto* texture = window()->createTextureFromImage(image(picture_), QQuickWindow::TextureIsOpaque);
+        if (!texture) {
+            delete node;
+            return nullptr;
+        }
+        if (!node) {
+            node = window()->createImageNode();
+            node->setOwnsTexture(true);
+            node->setFiltering(QSGTexture::Linear);
+        }
+        node->setTexture(texture);
+        isTextureOutdated_ = false;
+    }
+    const QRectF whole(0, 0, picture_->width, picture_->height);
+    if (fillMode_ == AspectFill) {
+        node->setSourceRect(inscribed(size(), whole));
+        node->setRect(boundingRect());
+    } else {
+        node->setSourceRect(whole);
+        node->setRect(inscribed(whole.size(), boundingRect()));
+    }
+    return node;
+}
+
+} // namespace QtPlatform
