@@ -9,6 +9,7 @@
 #include <QObject>
 
 #include <string>
+#include <type_traits>
 #include <utility>
 
 namespace Curtain {
@@ -28,13 +29,14 @@ public:
 
     /// Takes over what others have stored since.
     void reload();
+    /// Changes one field of what is stored.
     template <class Field>
-    void set(Field CurtainCore::Preferences::*field, Field value) {
-        reload();
-        prefs_.*field = std::move(value);
-        save();
+    void set(Field CurtainCore::Preferences::*field, std::type_identity_t<Field> value) {
+        change([&](auto& stored) { stored.*field = std::move(value); });
     }
     bool isSelected(const CatalogEntry& entry) const;
+    /// Takes the app out of the private ones, or puts it at their end. What the user saw decides which, even
+    /// where others have changed the list meanwhile.
     void toggle(const CatalogEntry& entry);
     /// The preference keeps the user's wish even where the system refuses it.
     void setLaunchAtLogin(bool on);
@@ -43,6 +45,12 @@ Q_SIGNALS:
     void prefsChanged();
 
 private:
+    template <class Change>
+    void change(const Change& apply) {
+        prefs_ = store_.load();
+        apply(prefs_);
+        save();
+    }
     void save();
 
     CurtainCore::PreferencesStore& store_;

@@ -8,6 +8,7 @@
 #include "platform/HotKeyService.h"
 #include "platform/Locale.h"
 #include "platform/Log.h"
+#include "platform/LoginItem.h"
 #include "platform/MainQueue.h"
 #include "platform/StatusItem.h"
 #include "platform/SystemVersion.h"
@@ -38,6 +39,7 @@ struct Platform {
     std::unique_ptr<Bundles> bundles;
     ApplicationFolders applicationFolders;
     std::unique_ptr<Application> application;
+    std::unique_ptr<LoginItem> loginItem;
     std::unique_ptr<Workspace> workspace;
     std::unique_ptr<SystemVersion> systemVersion;
     std::unique_ptr<HotKeyService> hotKeyService;

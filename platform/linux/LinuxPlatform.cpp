@@ -11,6 +11,7 @@
 #include "platform/linux/hotkeys/NoHotKeyService.h"
 #include "platform/linux/hotkeys/X11HotKeyService.h"
 #include "platform/linux/locale/EnvironmentLocale.h"
+#include "platform/linux/login/AutostartEntry.h"
 #include "platform/linux/tray/TrayStatusBar.h"
 #include "platform/linux/windows/InterfaceLevel.h"
 #include "platform/linux/windows/LinuxWorkspace.h"
@@ -91,6 +92,8 @@ Platform::Platform makeLinuxPlatform() {
     platform.bundles = std::make_unique<DesktopEntryBundles>(session->entries);
     platform.applicationFolders = applicationFolders();
     platform.application = std::make_unique<QtPlatform::QtApplication>();
+    platform.loginItem = std::make_unique<AutostartEntry>(
+        g_get_user_config_dir(), QCoreApplication::applicationFilePath().toStdString());
     platform.workspace =
         std::make_unique<LinuxWorkspace>(*session->windowSystem, session->identity, session->entries);
     platform.systemVersion = std::make_unique<InterfaceLevel>(*session->windowSystem);

@@ -7,6 +7,7 @@
 #include "tests/support/FakeSystemVersion.h"
 #include "tests/support/FakeUserFolders.h"
 #include "tests/support/FakeUuidSource.h"
+#include "tests/support/FakeLoginItem.h"
 #include "tests/support/FakeWorkspace.h"
 #include "tests/support/HandDrivenQueue.h"
 #include "tests/support/HandDrivenWorkQueues.h"
@@ -151,6 +152,7 @@ struct FakePlatform {
     FakeUserFolders& userFolders = add<FakeUserFolders>(platform.userFolders);
     FakeInstallation& bundles = add<FakeInstallation>(platform.bundles);
     FakeApplication& application = add<FakeApplication>(platform.application, events);
+    FakeLoginItem& loginItem = add<FakeLoginItem>(platform.loginItem);
     FakeWorkspace& workspace = add<FakeWorkspace>(platform.workspace);
     FakeSystemVersion& systemVersion = add<FakeSystemVersion>(platform.systemVersion);
     FakeHotKeyService& hotKeyService = add<FakeHotKeyService>(platform.hotKeyService);

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "platform/LoginItem.h"
+
+#include <filesystem>
+#include <string>
+
+namespace LinuxPlatform {
+
+/// Starts the program with the session by an entry in the user's autostart folder, as the Desktop Application
+/// Autostart standard of freedesktop.org describes it.
+class AutostartEntry : public Platform::LoginItem {
+public:
+    /// `configFolder` is XDG_CONFIG_HOME, `program` the absolute path of what is to be started.
+    AutostartEntry(const std::filesystem::path& configFolder, std::filesystem::path program);
+
+    /// An entry that the user has switched off in the desktop's own tool stays off, which is an error.
+    std::optional<std::string> registerItem() override;
+    std::optional<std::string> unregisterItem() override;
+
+private:
+    std::filesystem::path path_;
+    std::filesystem::path program_;
+};
+
+} // namespace LinuxPlatform
