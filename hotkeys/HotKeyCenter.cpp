@@ -24,8 +24,13 @@ HotKeyCenter::~HotKeyCenter() {
 
 void HotKeyCenter::registerShortcut(const Shortcut& shortcut, Handler onKeyDown, Handler onKeyUp) {
     const bool isRegistered =
-        std::ranges::any_of(hotKeys_, [&](const auto& entry) { return entry.second.shortcut == shortcut; });
+        std::ranges::any_of(hotKeys_, [&](const auto& entry) { return entry.second.shortcut == shortcut; }) ||
+        std::ranges::find(waiting_, shortcut, &HotKey::shortcut) != waiting_.end();
     if (isRegistered) {
+        return;
+    }
+    if (isPaused_) {
+        waiting_.push_back({shortcut, std::move(onKeyDown), std::move(onKeyUp)});
         return;
     }
     const auto id = ++lastId_;
@@ -50,6 +55,23 @@ void HotKeyCenter::unregisterShortcut(const Shortcut& shortcut) {
         }
         return matches;
     });
+    std::erase_if(waiting_, [&](const auto& hotKey) { return hotKey.shortcut == shortcut; });
+}
+
+void HotKeyCenter::pause() {
+    isPaused_ = true;
+    for (auto& [id, hotKey] : hotKeys_) {
+        service_.unregisterHotKey({signature, id});
+        waiting_.push_back(std::move(hotKey));
+    }
+    hotKeys_.clear();
+}
+
+void HotKeyCenter::resume() {
+    isPaused_ = false;
+    for (auto& hotKey : std::exchange(waiting_, {})) {
+        registerShortcut(hotKey.shortcut, std::move(hotKey.onKeyDown), std::move(hotKey.onKeyUp));
+    }
 }
 
 void HotKeyCenter::handle(Platform::HotKeyEvent event, Platform::HotKeyID id) {

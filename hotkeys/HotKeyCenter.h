@@ -8,6 +8,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <vector>
 
 namespace KeyboardShortcuts {
 
@@ -28,6 +29,11 @@ public:
     void registerShortcut(const Shortcut& shortcut, Handler onKeyDown, Handler onKeyUp);
     void unregisterShortcut(const Shortcut& shortcut);
 
+    /// Gives the keys back to whoever has the keyboard until `resume`. Shortcuts may be registered and
+    /// unregistered meanwhile.
+    void pause();
+    void resume();
+
 private:
     struct HotKey {
         Shortcut shortcut;
@@ -41,6 +47,9 @@ private:
     Platform::Log& log_;
     std::uint32_t lastId_ = 0;
     std::map<std::uint32_t, HotKey> hotKeys_;
+    bool isPaused_ = false;
+    /// Those to be registered after the pause.
+    std::vector<HotKey> waiting_;
     std::optional<Platform::Subscription> eventHandler_;
 };
 

@@ -56,6 +56,11 @@ std::uint64_t modifierFlags(std::int64_t carbon) {
     return result;
 }
 
+bool isFunctionKey(std::int64_t keyCode) {
+    const auto name = keyName(keyCode);
+    return name && name->size() > 1 && name->front() == 'F';
+}
+
 std::optional<std::string_view> keyName(std::int64_t keyCode) {
     if (keyCode < 0 || keyCode >= static_cast<std::int64_t>(keyNames.size())) {
         return std::nullopt;

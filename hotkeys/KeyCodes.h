@@ -10,6 +10,11 @@ namespace KeyboardShortcuts {
 /// there.
 namespace KeyCode {
 inline constexpr std::int64_t h = 4;
+inline constexpr std::int64_t tab = 48;
+/// Above the return key; "Backspace" on many keyboards.
+inline constexpr std::int64_t deleteBackward = 51;
+inline constexpr std::int64_t escape = 53;
+inline constexpr std::int64_t forwardDelete = 117;
 } // namespace KeyCode
 
 /// Bits of `carbonModifiers`.
@@ -34,6 +39,8 @@ inline constexpr std::uint64_t function = 0x800000;
 std::int64_t carbonModifiers(std::uint64_t modifierFlags);
 /// The reverse of `carbonModifiers`.
 std::uint64_t modifierFlags(std::int64_t carbonModifiers);
+
+bool isFunctionKey(std::int64_t keyCode);
 
 /// What a US keyboard has on this key, absent for a code without a key.
 std::optional<std::string_view> keyName(std::int64_t keyCode);

@@ -50,6 +50,11 @@ Platform::Subscription KeyboardShortcuts::observeShortcutByNameDidChange(NameObs
     return observers_.add(std::move(observer));
 }
 
+Platform::Subscription KeyboardShortcuts::pause() {
+    center_.pause();
+    return Platform::Subscription([this] { center_.resume(); });
+}
+
 void KeyboardShortcuts::registerIfNeeded(const Name& name) {
     const auto shortcut = store_.shortcut(name);
     if (shortcut && !keyUpActions_[name.rawValue].isEmpty()) {

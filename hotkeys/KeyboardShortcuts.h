@@ -35,6 +35,10 @@ public:
     /// it ends before this object does.
     Platform::Subscription onKeyUp(const Name& name, Action action);
 
+    /// Gives all keys back to whoever has the keyboard, for as long as the subscription lives; one at a time.
+    /// It ends before this object does.
+    Platform::Subscription pause();
+
     /// Calls `observer` with the name after each change of a name's shortcut.
     Platform::Subscription observeShortcutByNameDidChange(NameObserver observer);
 

@@ -21,22 +21,40 @@ std::optional<std::int64_t> integerMember(const nlohmann::json& json, const char
     return isTooLarge ? std::nullopt : std::optional(found->get<std::int64_t>());
 }
 
-} // namespace
-
-std::string Shortcut::description() const {
+std::string modifierNames(std::int64_t modifiers, const Platform::ModifierStyle& style) {
     std::string result;
     const auto append = [&](std::int64_t modifier, std::string_view name) {
-        if ((carbonModifiers & modifier) != 0) {
+        if ((modifiers & modifier) != 0) {
             result.append(name).append("+");
         }
     };
+    if (style.isCommandFirst) {
+        append(CarbonModifier::command, style.command);
+    }
     append(CarbonModifier::function, "Fn");
     append(CarbonModifier::control, "Ctrl");
     append(CarbonModifier::option, "Alt");
     append(CarbonModifier::shift, "Shift");
-    append(CarbonModifier::command, "Super");
-    const auto name = keyName(carbonKeyCode);
-    return result + (name ? std::string(*name) : "key " + std::to_string(carbonKeyCode));
+    if (!style.isCommandFirst) {
+        append(CarbonModifier::command, style.command);
+    }
+    return result;
+}
+
+std::string usName(std::int64_t keyCode) {
+    const auto name = keyName(keyCode);
+    return name ? std::string(*name) : "key " + std::to_string(keyCode);
+}
+
+} // namespace
+
+std::string Shortcut::description() const {
+    return modifierNames(carbonModifiers, {}) + usName(carbonKeyCode);
+}
+
+std::string Shortcut::description(Platform::Keyboard& keyboard) const {
+    return modifierNames(carbonModifiers, keyboard.modifierStyle()) +
+           keyboard.keyLabel(carbonKeyCode).value_or(usName(carbonKeyCode));
 }
 
 std::string encodeShortcut(const Shortcut& shortcut) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "hotkeys/KeyCodes.h"
+#include "platform/Keyboard.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -20,8 +21,10 @@ struct Shortcut {
 
     bool operator==(const Shortcut&) const = default;
 
-    /// For people: "Ctrl+Alt+Super+H".
+    /// For people: "Ctrl+Alt+Super+H", with the key as a US keyboard has it.
     std::string description() const;
+    /// As this desktop writes it and with the key as the user's layout has it.
+    std::string description(Platform::Keyboard& keyboard) const;
 };
 
 /// The stored form: a JSON object with the two numbers.

@@ -8,6 +8,7 @@
 #include "tests/support/FakeUserFolders.h"
 #include "tests/support/FakeUuidSource.h"
 #include "tests/support/FakeLoginItem.h"
+#include "tests/support/FakeUserFolders.h"
 #include "tests/support/FakeWorkspace.h"
 #include "tests/support/HandDrivenQueue.h"
 #include "tests/support/HandDrivenWorkQueues.h"

@@ -1,0 +1,166 @@
+#include "hotkeys/ShortcutRecorder.h"
+
+#include "hotkeys/ShortcutTexts.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace KeyboardShortcuts {
+namespace {
+
+/// Caps Lock and the flag of the numeric keypad do not count.
+constexpr std::uint64_t modifierMask = 0xFFDE0000;
+/// The same without Shift and the function flag.
+constexpr std::uint64_t modifierMaskBesidesShift = 0xFF5C0000;
+
+constexpr std::array<std::string_view, 12> consoleKeys{"F1", "F2", "F3", "F4",  "F5",  "F6",
+                                                       "F7", "F8", "F9", "F10", "F11", "F12"};
+
+} // namespace
+
+ShortcutRecorder::ShortcutRecorder(const Services& services, Name name, std::vector<Shortcut> mainMenu)
+    : services_(services),
+      name_(std::move(name)),
+      mainMenu_(std::move(mainMenu)),
+      nameChanges_(services.shortcuts.observeShortcutByNameDidChange([this](const Name& changedName) {
+          if (changedName == name_) {
+              changed();
+          }
+      })) {}
+
+std::string ShortcutRecorder::description() const {
+    const auto shortcut = services_.shortcuts.getShortcut(name_);
+    return shortcut ? shortcut->description(services_.keyboard) : std::string();
+}
+
+void ShortcutRecorder::begin() {
+    if (isRecording_) {
+        return;
+    }
+    isRecording_ = true;
+    isKeyDown_ = false;
+    refused_.reset();
+    if (!pause_) {
+        pause_ = services_.shortcuts.pause();
+    }
+    changed();
+}
+
+void ShortcutRecorder::end() {
+    if (!isRecording_) {
+        return;
+    }
+    isRecording_ = false;
+    ++question_;
+    if (!isKeyDown_) {
+        pause_.reset();
+    }
+    changed();
+}
+
+bool ShortcutRecorder::keyDown(const KeyPress& press) {
+    if (!isRecording_) {
+        return false;
+    }
+    // Whatever was pressed before is given up.
+    ++question_;
+    isKeyDown_ = true;
+    const auto key = press.keyCode;
+    if ((press.modifierFlags & modifierMask) == 0) {
+        if (key == KeyCode::tab) {
+            return false;
+        }
+        if (key == KeyCode::escape) {
+            end();
+            return true;
+        }
+        if (key == KeyCode::deleteBackward || key == KeyCode::forwardDelete) {
+            clear();
+            end();
+            return true;
+        }
+    }
+    const bool hasModifiers = (press.modifierFlags & modifierMaskBesidesShift) != 0;
+    if (!key || (!hasModifiers && !isFunctionKey(*key))) {
+        services_.keyboard.beep();
+        return true;
+    }
+    judge({*key, carbonModifiers(press.modifierFlags)});
+    return true;
+}
+
+void ShortcutRecorder::keyUp() {
+    isKeyDown_ = false;
+    if (!isRecording_) {
+        pause_.reset();
+    }
+}
+
+void ShortcutRecorder::clear() {
+    services_.shortcuts.setShortcut(std::nullopt, name_);
+}
+
+void ShortcutRecorder::forceUse() {
+    if (const auto shortcut = std::exchange(refused_, std::nullopt)) {
+        accept(*shortcut);
+    }
+}
+
+bool ShortcutRecorder::isForSystem(const Shortcut& shortcut) {
+    // The kernel and the display server act on these before any program sees them.
+    constexpr auto controlAlt = CarbonModifier::control | CarbonModifier::option;
+    const bool isWithControlAlt = (shortcut.carbonModifiers & controlAlt) == controlAlt;
+    const auto* const console = std::ranges::find(consoleKeys, keyName(shortcut.carbonKeyCode));
+    const bool endsSession =
+        shortcut.carbonKeyCode == KeyCode::forwardDelete || shortcut.carbonKeyCode == KeyCode::deleteBackward;
+    return isWithControlAlt && (console != consoleKeys.end() || endsSession);
+}
+
+void ShortcutRecorder::judge(const Shortcut& shortcut) {
+    if (std::ranges::find(mainMenu_, shortcut) != mainMenu_.end()) {
+        alert({shortcut, ShortcutTexts::usedByMenuItem, {}, false});
+        return;
+    }
+    if (isForSystem(shortcut)) {
+        alert({shortcut, ShortcutTexts::disallowed, {}, false});
+        return;
+    }
+    if (shortcut == services_.shortcuts.getShortcut(name_)) {
+        accept(shortcut);
+        return;
+    }
+    services_.systemShortcuts.isTaken(
+        {shortcut.carbonKeyCode, shortcut.carbonModifiers},
+        lifetime_.weak([this, shortcut, question = question_](bool isTaken) {
+            if (question != question_) {
+                return;
+            }
+            if (isTaken) {
+                alert({shortcut, ShortcutTexts::usedBySystem, ShortcutTexts::canBeChanged, true});
+            } else {
+                accept(shortcut);
+            }
+        }));
+}
+
+void ShortcutRecorder::alert(const ShortcutAlert& alert) {
+    end();
+    refused_ = alert.canForceUse ? std::optional(alert.shortcut) : std::nullopt;
+    if (onAlert) {
+        onAlert(alert);
+    }
+}
+
+void ShortcutRecorder::accept(const Shortcut& shortcut) {
+    services_.shortcuts.setShortcut(shortcut, name_);
+    end();
+}
+
+void ShortcutRecorder::changed() {
+    if (onChange) {
+        onChange();
+    }
+}
+
+} // namespace KeyboardShortcuts

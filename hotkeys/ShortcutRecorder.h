@@ -1,0 +1,91 @@
+#pragma once
+
+#include "hotkeys/KeyboardShortcuts.h"
+#include "hotkeys/Name.h"
+#include "platform/Keyboard.h"
+#include "platform/Lifetime.h"
+#include "platform/SystemShortcuts.h"
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace KeyboardShortcuts {
+
+/// A key press in a window.
+struct KeyPress {
+    /// Absent for keys without a virtual key code, such as the modifiers' own.
+    std::optional<std::int64_t> keyCode;
+    /// Bits of `ModifierFlag` and others.
+    std::uint64_t modifierFlags = 0;
+};
+
+/// Why a combination was not taken.
+struct ShortcutAlert {
+    Shortcut shortcut;
+    /// Keys of `ShortcutTexts`; `explanation` is empty for none.
+    std::string_view message;
+    std::string_view explanation;
+    /// Whether the user may have the combination all the same.
+    bool canForceUse = false;
+
+    bool operator==(const ShortcutAlert&) const = default;
+};
+
+/// The rules of the field that records a name's shortcut while it has the focus. Main thread only.
+class ShortcutRecorder {
+public:
+    /// All of them outlive the recorder.
+    struct Services {
+        KeyboardShortcuts& shortcuts;
+        Platform::Keyboard& keyboard;
+        Platform::SystemShortcuts& systemShortcuts;
+    };
+
+    /// `mainMenu` holds the combinations that have a meaning in the program's own windows.
+    ShortcutRecorder(const Services& services, Name name, std::vector<Shortcut> mainMenu);
+
+    /// The shortcut or whether it is being recorded has changed, by whomever.
+    std::function<void()> onChange;
+    std::function<void(const ShortcutAlert&)> onAlert;
+
+    bool isRecording() const { return isRecording_; }
+    /// Empty when there is no shortcut.
+    std::string description() const;
+
+    /// The field has the focus: until the end of the recording no shortcut of the program acts.
+    void begin();
+    void end();
+    /// Returns whether the key is used up; one that is not goes the normal way.
+    bool keyDown(const KeyPress& press);
+    /// A key other than a modifier was let go, or the window lost the keyboard.
+    void keyUp();
+    void clear();
+    /// Takes the combination that the last alert was about.
+    void forceUse();
+
+private:
+    static bool isForSystem(const Shortcut& shortcut);
+    void judge(const Shortcut& shortcut);
+    void alert(const ShortcutAlert& alert);
+    void accept(const Shortcut& shortcut);
+    void changed();
+
+    Services services_;
+    Name name_;
+    std::vector<Shortcut> mainMenu_;
+    bool isRecording_ = false;
+    bool isKeyDown_ = false;
+    /// Outlasts the recording until the keys are let go, lest the keys just recorded count as pressed.
+    std::optional<Platform::Subscription> pause_;
+    /// Counts the questions to the system, so that an answer that is out of date is told.
+    std::uint64_t question_ = 0;
+    std::optional<Shortcut> refused_;
+    Platform::Subscription nameChanges_;
+    Platform::Lifetime lifetime_;
+};
+
+} // namespace KeyboardShortcuts
