@@ -2,15 +2,19 @@
 
 #include "platform/AudioServices.h"
 #include "platform/FileManager.h"
+#include "platform/Lifetime.h"
 #include "platform/Log.h"
 #include "platform/MainQueue.h"
 #include "platform/MediaAuthorization.h"
+#include "platform/Subscription.h"
 #include "platform/UserFolders.h"
 #include "platform/WorkQueue.h"
 
 #include <QObject>
 
 #include <functional>
+#include <memory>
+#include <string>
 
 namespace Curtain {
 
@@ -20,7 +24,7 @@ enum class EchoPhase { idle, recording, playing, done };
 
 /// The microphone check: a live level and a three-second echo test. Everything public belongs to the main
 /// thread.
-class MicrophoneMonitor : public QObject {
+class MicrophoneMonitor : public QObject, public Platform::AudioPlayerDelegate {
     Q_OBJECT
 
 public:
@@ -51,9 +55,36 @@ public:
     /// `completion` runs on the main thread, whatever the answer. Publishes nothing.
     void requestPermission(std::function<void()> completion);
 
+    void audioPlayerDidFinishPlaying(Platform::AudioPlayer& player, bool successfully) override;
+
 Q_SIGNALS:
     /// Any of the published values has changed.
     void changed();
+
+private:
+    struct Shared;
+
+    void startMetering();
+    void failed(MicStatus status, const Platform::AudioEngine* engine);
+    void showLevel(float level);
+    void finishEcho();
+    void recordingClosed();
+    void playRecording();
+    void setStatus(MicStatus status);
+    void setEchoPhase(EchoPhase phase);
+
+    Services services_;
+    std::string echoURL_;
+    float level_ = 0;
+    MicStatus status_ = MicStatus::unknown;
+    EchoPhase echoPhase_ = EchoPhase::idle;
+    std::unique_ptr<Platform::AudioPlayer> player_;
+    bool isRecordingOpen_ = false;
+    bool isEchoDue_ = false;
+    Platform::Lifetime lifetime_;
+    std::shared_ptr<Shared> shared_;
+    std::unique_ptr<Platform::WorkQueue> audioQueue_;
+    Platform::Subscription configObserver_;
 };
 
 } // namespace Curtain

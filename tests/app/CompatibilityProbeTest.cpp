@@ -1,5 +1,6 @@
 #include "Curtain/CompatibilityProbe.h"
 
+#include "tests/support/FakeAudioServices.h"
 #include "tests/support/FakeCaptureServices.h"
 #include "tests/support/FakeSystemVersion.h"
 #include "tests/support/FakeWorkspace.h"
@@ -13,16 +14,10 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
-struct Microphones : Platform::AudioServices {
-    bool isThere = false;
-
-    bool hasInputDevice() override { return isThere; }
-};
-
 struct CompatibilityProbeTest : testing::Test {
     TestSupport::FakeSystemVersion system;
     TestSupport::FakeCaptureServices cameras;
-    Microphones microphones;
+    TestSupport::FakeAudioServices microphones;
     TestSupport::FakeWorkspace workspace;
     Curtain::CompatibilityProbe probe{{system, cameras, microphones, workspace}};
 
@@ -52,7 +47,7 @@ TEST_F(CompatibilityProbeTest, OneDeviceOfAKindIsEnough) {
     EXPECT_TRUE(probe.run().hasCamera);
     EXPECT_FALSE(probe.run().hasMicrophone);
     cameras.cameras.clear();
-    microphones.isThere = true;
+    microphones.isInputDeviceThere = true;
     EXPECT_FALSE(probe.run().hasCamera);
     EXPECT_TRUE(probe.run().hasMicrophone);
 }
