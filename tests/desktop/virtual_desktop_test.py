@@ -12,6 +12,7 @@ from pathlib import Path
 SCRIPT = Path(__file__).resolve().parents[2] / "scripts/virtual-desktop"
 WINDOW_MANAGERS = {"x11-openbox": "openbox", "x11-xfwm4": "xfwm4", "x11-bare": None}
 PARTS = {"dbus-daemon", "Xvfb", "openbox", "trayer", "dunst"}
+MEDIA_PARTS = {"pipewire", "wireplumber", "pipewire-pulse"}
 
 # Prints the pid, start time and name of every process that the world consists of.
 LIST_PROCESSES = """
@@ -59,9 +60,9 @@ class VirtualDesktopTest(unittest.TestCase):
         self.worlds.mkdir()
         self.environment = os.environ | {"TMPDIR": str(self.worlds)}
 
-    def start(self, *command, options=(), **changes):
+    def start(self, *command, options=(), cwd=None, **changes):
         return subprocess.Popen(
-            [SCRIPT, *options, "--", *command], env=self.environment | changes, stdin=subprocess.PIPE,
+            [SCRIPT, *options, "--", *command], cwd=cwd, env=self.environment | changes, stdin=subprocess.PIPE,
             stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
 
     def run_in(self, *command, **keywords):
@@ -159,6 +160,37 @@ class VirtualDesktopTest(unittest.TestCase):
         self.assertEqual(items, f"(['{item}'],)")
         self.assertRegex(registrations, rf"^\(\['{item}', ':[0-9.]+/of/somebody/who/leaves'\],\)$")
 
+    def test_has_no_sound_unless_told_otherwise(self):
+        status, output, _ = self.run_in("pactl", "info")
+        self.assertEqual((status, output), (1, ""))
+
+    def test_has_a_microphone_and_speakers_if_asked_for(self):
+        output = self.ask("pactl get-default-source; pactl get-default-sink; pactl info", options=["--media"])
+        self.assertEqual(output.splitlines()[:2], ["microphone", "speakers"])
+        self.assertIn(f"Server String: {self.worlds}", output)
+
+    def test_hears_with_the_microphone_what_is_fed_to_it(self):
+        # A tone of half scale, whose root of the mean square is 0.35.
+        loudness = self.ask("""
+            ffmpeg -loglevel error -f lavfi -i sine=440:r=48000 -af volume=4 -t 30 -f wav tone.wav
+            paplay --device=microphone_feed tone.wav & player=$!
+            until pactl list short sink-inputs | grep -q .; do :; done
+            parec --device=microphone --format=float32le --channels=1 --rate=48000 2>/dev/null |
+                head -c 384000 >heard
+            kill $player
+            ffmpeg -nostats -f f32le -ar 48000 -i heard -af volumedetect -f null - 2>&1""", options=["--media"],
+            cwd=self.scratch)
+        self.assertRegex(loudness, r"max_volume: -6\.[01] dB")
+
+    def test_is_gone_with_its_sound(self):
+        world, processes = self.start_and_list(self.scratch / "list", options=["--media"])
+        world.communicate("\n", timeout=60)
+        self.assert_gone(processes, PARTS | MEDIA_PARTS)
+
+    def test_tells_the_process_ids_of_its_parts(self):
+        output = self.ask('cd "$VIRTUAL_DESKTOP_PIDS"; for name in *; do echo $name $(cat /proc/$(cat $name)/comm); done')
+        self.assertEqual(output.split(), [name for part in sorted(PARTS) for name in (part, part)])
+
     def test_has_the_screen_size_asked_for(self):
         self.assertIn("1024x768 pixels", self.ask("xdpyinfo", options=["--size", "1024x768"]))
 
@@ -172,7 +204,7 @@ class VirtualDesktopTest(unittest.TestCase):
 
     def test_refuses_what_it_does_not_know(self):
         for options, word in [(["--session", "other"], "other"), (["--tray", "other"], "other"),
-                              (["--media"], "--media"), (["--size", "big"], "big"), (["--other"], "--other")]:
+                              (["--size", "big"], "big"), (["--other"], "--other")]:
             status, output, complaints = self.run_in("true", options=options)
             self.assertEqual((status, output, len(complaints.splitlines())), (2, "", 1), complaints)
             self.assertIn(word, complaints)
