@@ -10,6 +10,7 @@
 #include "platform/Log.h"
 #include "platform/LoginItem.h"
 #include "platform/MainQueue.h"
+#include "platform/ProcessRunner.h"
 #include "platform/StatusItem.h"
 #include "platform/SystemVersion.h"
 #include "platform/UserFolders.h"
@@ -36,6 +37,7 @@ struct Platform {
     std::unique_ptr<Resources> resources;
     std::unique_ptr<FileManager> fileManager;
     std::unique_ptr<UserFolders> userFolders;
+    std::unique_ptr<ProcessRunner> processRunner;
     std::unique_ptr<Bundles> bundles;
     ApplicationFolders applicationFolders;
     std::unique_ptr<Application> application;

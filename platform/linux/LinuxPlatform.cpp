@@ -1,6 +1,7 @@
 #include "platform/linux/LinuxPlatform.h"
 
 #include "platform/linux/PosixFileManager.h"
+#include "platform/linux/PosixProcessRunner.h"
 #include "platform/linux/StandardErrorLog.h"
 #include "platform/linux/ThreadWorkQueues.h"
 #include "platform/linux/apps/AppIdentity.h"
@@ -89,6 +90,7 @@ Platform::Platform makeLinuxPlatform() {
     platform.resources = std::make_unique<QtPlatform::QtResources>();
     platform.fileManager = std::make_unique<PosixFileManager>();
     platform.userFolders = std::make_unique<XdgUserFolders>();
+    platform.processRunner = std::make_unique<PosixProcessRunner>();
     platform.bundles = std::make_unique<DesktopEntryBundles>(session->entries);
     platform.applicationFolders = applicationFolders();
     platform.application = std::make_unique<QtPlatform::QtApplication>();

@@ -4,11 +4,11 @@
 #include "tests/support/FakeCaptureServices.h"
 #include "tests/support/FakeHotKeyService.h"
 #include "tests/support/FakeInstallation.h"
+#include "tests/support/FakeLoginItem.h"
+#include "tests/support/FakeProcessRunner.h"
 #include "tests/support/FakeSystemVersion.h"
 #include "tests/support/FakeUserFolders.h"
 #include "tests/support/FakeUuidSource.h"
-#include "tests/support/FakeLoginItem.h"
-#include "tests/support/FakeUserFolders.h"
 #include "tests/support/FakeWorkspace.h"
 #include "tests/support/HandDrivenQueue.h"
 #include "tests/support/HandDrivenWorkQueues.h"
@@ -151,6 +151,7 @@ struct FakePlatform {
     FakeResources& resources = add<FakeResources>(platform.resources);
     FakeInstallation& fileManager = add<FakeInstallation>(platform.fileManager);
     FakeUserFolders& userFolders = add<FakeUserFolders>(platform.userFolders);
+    FakeProcessRunner& processRunner = add<FakeProcessRunner>(platform.processRunner);
     FakeInstallation& bundles = add<FakeInstallation>(platform.bundles);
     FakeApplication& application = add<FakeApplication>(platform.application, events);
     FakeLoginItem& loginItem = add<FakeLoginItem>(platform.loginItem);
