@@ -6,10 +6,13 @@
 #include "Curtain/MicrophoneMonitor.h"
 #include "core/Compatibility.h"
 #include "core/OnboardingFlow.h"
+#include "core/ReadinessChecklist.h"
+#include "platform/Lifetime.h"
 #include "platform/MediaAuthorization.h"
 #include "platform/UrlOpener.h"
 
 #include <QObject>
+#include <QString>
 
 #include <cstdint>
 #include <functional>
@@ -22,6 +25,30 @@ namespace Curtain {
 /// The wizard's model, for OnboardingWizardView.qml. Main thread only.
 class OnboardingViewModel : public QObject {
     Q_OBJECT
+    Q_PROPERTY(QString lang READ langText CONSTANT)
+    Q_PROPERTY(bool isRightToLeft READ isRightToLeft CONSTANT)
+    /// The current page: "welcome", "compatibility", "desktop", "microphone", "camera" or "summary".
+    Q_PROPERTY(QString page READ page NOTIFY changed)
+    Q_PROPERTY(int stepIndex READ stepIndex NOTIFY changed)
+    Q_PROPERTY(int stepCount READ stepCount NOTIFY changed)
+    Q_PROPERTY(bool isCompatibilityKnown READ isCompatibilityKnown NOTIFY changed)
+    Q_PROPERTY(bool isCompatible READ isCompatible NOTIFY changed)
+    Q_PROPERTY(bool hasCameraOrMicrophone READ hasCameraOrMicrophone NOTIFY changed)
+    Q_PROPERTY(bool hasVideoApps READ hasVideoApps NOTIFY changed)
+    /// The names, ready to be shown.
+    Q_PROPERTY(QString videoApps READ videoApps NOTIFY changed)
+    /// One sentence on why apps cannot be hidden, empty where there is none.
+    Q_PROPERTY(QString hidingObstacle READ hidingObstacle NOTIFY changed)
+    /// Of the current page. On a page that asks for no permission both are false.
+    Q_PROPERTY(bool isGranted READ isGranted NOTIFY changed)
+    Q_PROPERTY(bool isDenied READ isDenied NOTIFY changed)
+    /// One sentence, empty unless the settings page was asked for and there is none.
+    Q_PROPERTY(QString settingsProblem READ settingsProblem NOTIFY changed)
+    Q_PROPERTY(double level READ level NOTIFY changed)
+    Q_PROPERTY(QObject* camera READ camera CONSTANT)
+    Q_PROPERTY(bool hasPreview READ hasPreview NOTIFY changed)
+    Q_PROPERTY(bool isPreviewMirrored READ isPreviewMirrored NOTIFY changed)
+    Q_PROPERTY(QString desktopFileCountText READ desktopFileCountText NOTIFY changed)
 
 public:
     /// All of them outlive the model.
@@ -37,13 +64,79 @@ public:
 
     OnboardingViewModel(const Services& services, std::string lang, CurtainCore::OnboardingStep startAt);
 
-    std::function<void()> onFinish;
+    std::function<void()> onFinish = [] {};
 
-    CameraPreviewManager& cameraManager() const;
-    MicrophoneMonitor& micMonitor() const;
+    CameraPreviewManager& cameraManager() const { return services_.cameraManager; }
+    MicrophoneMonitor& micMonitor() const { return services_.micMonitor; }
+
+    const std::string& lang() const { return lang_; }
+    const CurtainCore::OnboardingFlow& flow() const { return flow_; }
+    const std::optional<CurtainCore::CompatibilityResult>& compatibility() const { return compatibility_; }
+    /// A kind that is absent is neither granted nor denied.
+    const std::map<CurtainCore::PermissionKind, CurtainCore::PermissionStatus>& status() const {
+        return status_;
+    }
+    std::int64_t desktopFileCount() const { return desktopFileCount_; }
+
+    /// To be called when the window has come up, for the first time or again: what the page shows live starts
+    /// again.
+    void windowDidShow();
+    /// To be called when the window closes: camera and microphone stop, and no answer that comes later starts
+    /// them.
+    void windowWillClose();
+
+    QString langText() const;
+    bool isRightToLeft() const;
+    QString page() const;
+    int stepIndex() const;
+    int stepCount() const;
+    bool isCompatibilityKnown() const;
+    bool isCompatible() const;
+    bool hasCameraOrMicrophone() const;
+    bool hasVideoApps() const;
+    QString videoApps() const;
+    QString hidingObstacle() const;
+    bool isGranted() const;
+    bool isDenied() const;
+    QString settingsProblem() const;
+    double level() const;
+    QObject* camera() const;
+    bool hasPreview() const;
+    bool isPreviewMirrored() const;
+    QString desktopFileCountText() const;
+
+    /// The text of a key, by the key's name.
+    Q_INVOKABLE QString text(const QString& key) const;
+    Q_INVOKABLE void advance();
+    /// To be called when the compatibility page is shown. Looks at the system the first time.
+    Q_INVOKABLE void checkCompatibility();
+    /// Asks for the permission of the current page; nothing on a page without one.
+    Q_INVOKABLE void requestCurrentPermission();
+    Q_INVOKABLE void openSystemSettings();
+    Q_INVOKABLE void finish();
 
 Q_SIGNALS:
+    /// Any of the published values has changed, or one of the camera manager's or the microphone monitor's.
     void changed();
+
+private:
+    void desktopAnswered();
+    void microphoneAnswered();
+    void cameraAnswered();
+    void setStatus(CurtainCore::PermissionKind kind, CurtainCore::PermissionStatus status);
+    std::optional<CurtainCore::PermissionStatus> currentStatus() const;
+    void startLiveArea(CurtainCore::PermissionKind kind);
+
+    Services services_;
+    std::string lang_;
+    CurtainCore::OnboardingFlow flow_;
+    std::optional<CurtainCore::CompatibilityResult> compatibility_;
+    std::optional<Platform::HidingObstacle> hidingObstacle_;
+    std::map<CurtainCore::PermissionKind, CurtainCore::PermissionStatus> status_;
+    std::int64_t desktopFileCount_ = 0;
+    bool isSettingsPageMissing_ = false;
+    bool isClosed_ = false;
+    Platform::Lifetime lifetime_;
 };
 
 } // namespace Curtain

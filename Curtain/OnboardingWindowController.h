@@ -22,6 +22,7 @@ public:
     void close();
 
 private:
+    void makeWindow();
     void windowWillClose();
 
     Platform::Windows& windows_;

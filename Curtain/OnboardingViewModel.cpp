@@ -1,0 +1,265 @@
+#include "Curtain/OnboardingViewModel.h"
+
+#include "Curtain/PlatformWording.h"
+#include "Curtain/SettingsLinks.h"
+#include "core/Localizer.h"
+#include "core/RawValue.h"
+
+#include <QStringList>
+
+#include <utility>
+
+namespace Curtain {
+namespace {
+
+using CurtainCore::LocKey;
+using CurtainCore::OnboardingStep;
+using CurtainCore::PermissionKind;
+using CurtainCore::PermissionStatus;
+using Platform::AuthorizationStatus;
+using Platform::MediaType;
+
+QString qt(std::string_view text) {
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+PlatformKey sentence(Platform::HidingObstacle obstacle) {
+    switch (obstacle) {
+    case Platform::HidingObstacle::waylandSession:
+        return PlatformKey::noHidingOnWayland;
+    case Platform::HidingObstacle::noWindowManager:
+        return PlatformKey::noWindowManager;
+    case Platform::HidingObstacle::nextSessionNeeded:
+        return PlatformKey::logOutOnce;
+    }
+    return PlatformKey::noHidingOnWayland;
+}
+
+} // namespace
+
+OnboardingViewModel::OnboardingViewModel(const Services& services, std::string lang, OnboardingStep startAt)
+    : services_(services),
+      lang_(std::move(lang)),
+      flow_(startAt) {
+    // Qt ends both with the model.
+    connect(&services.cameraManager, &CameraPreviewManager::changed, this, &OnboardingViewModel::changed);
+    connect(&services.micMonitor, &MicrophoneMonitor::changed, this, &OnboardingViewModel::changed);
+}
+
+void OnboardingViewModel::windowDidShow() {
+    isClosed_ = false;
+    if (const auto kind = flow_.step().permissionKind();
+        kind && currentStatus() == PermissionStatus::granted) {
+        startLiveArea(*kind);
+    }
+}
+
+void OnboardingViewModel::windowWillClose() {
+    isClosed_ = true;
+    services_.cameraManager.stop();
+    services_.micMonitor.stop();
+}
+
+QString OnboardingViewModel::langText() const {
+    return qt(lang_);
+}
+
+bool OnboardingViewModel::isRightToLeft() const {
+    return CurtainCore::Localizer::isRightToLeft(lang_);
+}
+
+QString OnboardingViewModel::page() const {
+    switch (flow_.step().page()) {
+    case OnboardingStep::Page::welcome:
+        return QStringLiteral("welcome");
+    case OnboardingStep::Page::compatibility:
+        return QStringLiteral("compatibility");
+    case OnboardingStep::Page::permission:
+        return qt(CurtainCore::rawValue(flow_.step().permissionKind().value_or(PermissionKind::desktop)));
+    case OnboardingStep::Page::summary:
+        return QStringLiteral("summary");
+    }
+    return {};
+}
+
+int OnboardingViewModel::stepIndex() const {
+    return static_cast<int>(flow_.progress().index);
+}
+
+int OnboardingViewModel::stepCount() const {
+    return static_cast<int>(flow_.progress().total);
+}
+
+bool OnboardingViewModel::isCompatibilityKnown() const {
+    return compatibility_.has_value();
+}
+
+bool OnboardingViewModel::isCompatible() const {
+    return compatibility_ && compatibility_->isCompatible();
+}
+
+bool OnboardingViewModel::hasCameraOrMicrophone() const {
+    return compatibility_ && (compatibility_->hasCamera || compatibility_->hasMicrophone);
+}
+
+bool OnboardingViewModel::hasVideoApps() const {
+    return compatibility_ && !compatibility_->videoAppNames.empty();
+}
+
+QString OnboardingViewModel::videoApps() const {
+    QStringList names;
+    if (compatibility_) {
+        for (const auto& name : compatibility_->videoAppNames) {
+            names.append(qt(name));
+        }
+    }
+    return names.join(QStringLiteral(" · "));
+}
+
+QString OnboardingViewModel::hidingObstacle() const {
+    return hidingObstacle_ ? qt(PlatformWording::string(sentence(*hidingObstacle_), lang_)) : QString();
+}
+
+bool OnboardingViewModel::isGranted() const {
+    return currentStatus() == PermissionStatus::granted;
+}
+
+bool OnboardingViewModel::isDenied() const {
+    return currentStatus() == PermissionStatus::denied;
+}
+
+QString OnboardingViewModel::settingsProblem() const {
+    return isSettingsPageMissing_ ? qt(PlatformWording::string(PlatformKey::noSettingsPage, lang_))
+                                  : QString();
+}
+
+double OnboardingViewModel::level() const {
+    return static_cast<double>(services_.micMonitor.level());
+}
+
+QObject* OnboardingViewModel::camera() const {
+    return &services_.cameraManager;
+}
+
+bool OnboardingViewModel::hasPreview() const {
+    return services_.cameraManager.status() == CameraStatus::available;
+}
+
+bool OnboardingViewModel::isPreviewMirrored() const {
+    return services_.cameraManager.mirrored();
+}
+
+QString OnboardingViewModel::desktopFileCountText() const {
+    return QString::number(desktopFileCount_);
+}
+
+QString OnboardingViewModel::text(const QString& key) const {
+    const auto name = key.toStdString();
+    const auto known = CurtainCore::fromRawValue<LocKey>(name);
+    return known ? qt(PlatformWording::string(*known, lang_)) : key;
+}
+
+void OnboardingViewModel::advance() {
+    const auto before = flow_;
+    flow_.advance();
+    if (flow_ != before) {
+        isSettingsPageMissing_ = false;
+        Q_EMIT changed();
+    }
+}
+
+void OnboardingViewModel::checkCompatibility() {
+    if (compatibility_) {
+        return;
+    }
+    compatibility_ = services_.compatibilityProbe.run();
+    if (!compatibility_->isCompatible()) {
+        hidingObstacle_ = services_.compatibilityProbe.hidingObstacle();
+    }
+    Q_EMIT changed();
+}
+
+void OnboardingViewModel::requestCurrentPermission() {
+    const auto kind = flow_.step().permissionKind();
+    if (!kind) {
+        return;
+    }
+    switch (*kind) {
+    case PermissionKind::desktop:
+        services_.desktopChecker.requestAccess(lifetime_.weak([this] { desktopAnswered(); }));
+        return;
+    case PermissionKind::microphone:
+        if (services_.authorization.status(MediaType::audio) == AuthorizationStatus::notDetermined) {
+            services_.micMonitor.requestPermission(lifetime_.weak([this] { microphoneAnswered(); }));
+        } else {
+            microphoneAnswered();
+        }
+        return;
+    case PermissionKind::camera:
+        if (services_.authorization.status(MediaType::video) == AuthorizationStatus::notDetermined) {
+            CameraPreviewManager::requestPermission(services_.camera,
+                                                    lifetime_.weak([this] { cameraAnswered(); }));
+        } else {
+            cameraAnswered();
+        }
+        return;
+    }
+}
+
+void OnboardingViewModel::openSystemSettings() {
+    isSettingsPageMissing_ = !services_.urlOpener.open(SettingsLinks::privacyAndSecurity);
+    Q_EMIT changed();
+}
+
+void OnboardingViewModel::finish() {
+    // A copy, since finishing may put another action in its place.
+    const auto action = onFinish;
+    action();
+}
+
+void OnboardingViewModel::desktopAnswered() {
+    desktopFileCount_ = services_.desktopChecker.check().fileCount;
+    setStatus(PermissionKind::desktop, PermissionStatus::granted);
+}
+
+void OnboardingViewModel::microphoneAnswered() {
+    startLiveArea(PermissionKind::microphone);
+    // Not the camera's rule: here everything but a refusal counts.
+    const auto answer = services_.authorization.status(MediaType::audio);
+    const bool isRefused = answer == AuthorizationStatus::restricted || answer == AuthorizationStatus::denied;
+    setStatus(PermissionKind::microphone, isRefused ? PermissionStatus::denied : PermissionStatus::granted);
+}
+
+void OnboardingViewModel::cameraAnswered() {
+    const bool isGranted =
+        services_.authorization.status(MediaType::video) == AuthorizationStatus::authorized;
+    setStatus(PermissionKind::camera, isGranted ? PermissionStatus::granted : PermissionStatus::denied);
+    if (isGranted) {
+        startLiveArea(PermissionKind::camera);
+    }
+}
+
+void OnboardingViewModel::setStatus(PermissionKind kind, PermissionStatus status) {
+    status_[kind] = status;
+    Q_EMIT changed();
+}
+
+std::optional<PermissionStatus> OnboardingViewModel::currentStatus() const {
+    const auto kind = flow_.step().permissionKind();
+    const auto found = kind ? status_.find(*kind) : status_.end();
+    return found == status_.end() ? std::nullopt : std::optional(found->second);
+}
+
+void OnboardingViewModel::startLiveArea(PermissionKind kind) {
+    // An answer may come after the window has closed, and nobody would see that the camera is on.
+    if (isClosed_) {
+        return;
+    }
+    if (kind == PermissionKind::microphone) {
+        services_.micMonitor.start();
+    } else if (kind == PermissionKind::camera) {
+        services_.cameraManager.start(std::nullopt);
+    }
+}
+
+} // namespace Curtain

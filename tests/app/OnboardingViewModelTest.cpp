@@ -1,0 +1,493 @@
+#include "Curtain/OnboardingViewModel.h"
+
+#include "Curtain/PlatformWording.h"
+#include "core/RawValue.h"
+#include "tests/support/OnboardingWorld.h"
+
+#include <gmock/gmock.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace {
+
+using CurtainCore::OnboardingStep;
+using CurtainCore::PermissionKind;
+using CurtainCore::PermissionStatus;
+using Platform::AuthorizationStatus;
+using Platform::MediaType;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Pair;
+
+constexpr auto unheardOf = static_cast<AuthorizationStatus>(17);
+
+struct OnboardingViewModelTest : testing::Test, TestSupport::OnboardingWorld {
+    std::shared_ptr<Curtain::OnboardingViewModel> model = makeModel();
+    int changes = 0;
+
+    void startAt(const OnboardingStep& step) {
+        model = makeModel("en", step);
+        changes = 0;
+        QObject::connect(model.get(), &Curtain::OnboardingViewModel::changed, model.get(),
+                         [this] { ++changes; });
+    }
+    void startAt(PermissionKind kind) { startAt(OnboardingStep::permission(kind)); }
+
+    std::optional<PermissionStatus> statusOf(PermissionKind kind) const {
+        const auto found = model->status().find(kind);
+        return found == model->status().end() ? std::nullopt : std::optional(found->second);
+    }
+
+    void turnBothOn() {
+        cameraManager.start(std::nullopt);
+        micMonitor.start();
+        settle();
+    }
+};
+
+TEST_F(OnboardingViewModelTest, BeginsWithNothingKnown) {
+    EXPECT_EQ(model->flow(), CurtainCore::OnboardingFlow(OnboardingStep::welcome()));
+    EXPECT_EQ(model->lang(), "en");
+    EXPECT_EQ(model->compatibility(), std::nullopt);
+    EXPECT_THAT(model->status(), IsEmpty());
+    EXPECT_EQ(model->desktopFileCount(), 0);
+    EXPECT_FALSE(model->isGranted());
+    EXPECT_FALSE(model->isDenied());
+    EXPECT_FALSE(isCameraOn());
+    EXPECT_FALSE(isMicrophoneOn());
+    model->finish();
+}
+
+TEST_F(OnboardingViewModelTest, AdvancesThroughSixPagesAndStaysOnTheLast) {
+    startAt(OnboardingStep::welcome());
+    std::vector<std::string> pages;
+    for (int step = 0; step < 8; ++step) {
+        pages.push_back(model->page().toStdString());
+        model->advance();
+    }
+    EXPECT_THAT(pages, ElementsAre("welcome", "compatibility", "desktop", "microphone", "camera", "summary",
+                                   "summary", "summary"));
+    EXPECT_EQ(changes, 5);
+    EXPECT_EQ(model->stepIndex(), 5);
+    EXPECT_EQ(model->stepCount(), 6);
+}
+
+TEST_F(OnboardingViewModelTest, MayStartAtAnyPage) {
+    startAt(PermissionKind::microphone);
+    EXPECT_EQ(model->page(), "microphone");
+    EXPECT_EQ(model->stepIndex(), 3);
+    model->advance();
+    EXPECT_EQ(model->page(), "camera");
+}
+
+TEST_F(OnboardingViewModelTest, AnnouncesTheChangesOfCameraAndMicrophoneAsItsOwn) {
+    startAt(OnboardingStep::welcome());
+    Q_EMIT cameraManager.changed();
+    EXPECT_EQ(changes, 1);
+    Q_EMIT micMonitor.changed();
+    EXPECT_EQ(changes, 2);
+}
+
+TEST_F(OnboardingViewModelTest, ChangesAfterTheModelIsGoneReachNobody) {
+    const std::weak_ptr<Curtain::OnboardingViewModel> weak = model;
+    model.reset();
+    EXPECT_TRUE(weak.expired());
+    Q_EMIT cameraManager.changed();
+    Q_EMIT micMonitor.changed();
+}
+
+TEST_F(OnboardingViewModelTest, LooksAtTheSystemOnce) {
+    startAt(OnboardingStep::compatibility());
+    EXPECT_FALSE(model->isCompatibilityKnown());
+    model->checkCompatibility();
+    EXPECT_EQ(changes, 1);
+    ASSERT_TRUE(model->compatibility());
+    EXPECT_TRUE(model->isCompatible());
+    EXPECT_TRUE(model->hasCameraOrMicrophone());
+    EXPECT_FALSE(model->hasVideoApps());
+
+    system.version = 0;
+    workspace.urls["us.zoom.xos"] = "/apps/zoom";
+    model->checkCompatibility();
+    EXPECT_EQ(changes, 1);
+    EXPECT_TRUE(model->isCompatible());
+    EXPECT_FALSE(model->hasVideoApps());
+}
+
+TEST_F(OnboardingViewModelTest, OneDeviceOfEitherKindPutsTheMarkOnTheRow) {
+    const auto hasEither = [this](bool hasCamera, bool hasMicrophone) {
+        capture.cameras.clear();
+        if (hasCamera) {
+            capture.cameras = {{"camera", "Camera"}};
+        }
+        audio.isInputDeviceThere = hasMicrophone;
+        startAt(OnboardingStep::compatibility());
+        model->checkCompatibility();
+        EXPECT_TRUE(model->isCompatible());
+        return model->hasCameraOrMicrophone();
+    };
+    EXPECT_FALSE(hasEither(false, false));
+    EXPECT_TRUE(hasEither(true, false));
+    EXPECT_TRUE(hasEither(false, true));
+    EXPECT_TRUE(hasEither(true, true));
+}
+
+TEST_F(OnboardingViewModelTest, NamesTheCallApps) {
+    workspace.urls = {{"us.zoom.xos", "/a"}, {"com.hnc.Discord", "/b"}};
+    workspace.handlers["https"] = "/browser";
+    startAt(OnboardingStep::compatibility());
+    EXPECT_EQ(model->videoApps(), "");
+    model->checkCompatibility();
+    EXPECT_TRUE(model->hasVideoApps());
+    EXPECT_EQ(model->videoApps(), "Zoom · Discord · Meet");
+}
+
+TEST_F(OnboardingViewModelTest, SaysWhyAppsCannotBeHidden) {
+    struct Case {
+        std::optional<Platform::HidingObstacle> obstacle;
+        std::string text;
+    };
+    const auto sentence = [](Curtain::PlatformKey key) {
+        return std::string(Curtain::PlatformWording::string(key, "en"));
+    };
+    const std::vector<Case> cases{
+        {std::nullopt, ""},
+        {Platform::HidingObstacle::waylandSession, sentence(Curtain::PlatformKey::noHidingOnWayland)},
+        {Platform::HidingObstacle::noWindowManager, sentence(Curtain::PlatformKey::noWindowManager)},
+        {Platform::HidingObstacle::nextSessionNeeded, sentence(Curtain::PlatformKey::logOutOnce)}};
+    system.version = 0;
+    for (const auto& [obstacle, text] : cases) {
+        system.obstacle = obstacle;
+        startAt(OnboardingStep::compatibility());
+        model->checkCompatibility();
+        EXPECT_FALSE(model->isCompatible());
+        EXPECT_EQ(model->hidingObstacle().toStdString(), text);
+    }
+}
+
+TEST_F(OnboardingViewModelTest, AskingOnAPageWithoutAPermissionDoesNothing) {
+    for (const auto& step :
+         {OnboardingStep::welcome(), OnboardingStep::compatibility(), OnboardingStep::summary()}) {
+        startAt(step);
+        model->requestCurrentPermission();
+        settle();
+        EXPECT_THAT(model->status(), IsEmpty());
+        EXPECT_EQ(changes, 0);
+    }
+    EXPECT_THAT(authorization.asked, IsEmpty());
+    EXPECT_THAT(files.listedFolders, IsEmpty());
+}
+
+TEST_F(OnboardingViewModelTest, DesktopIsGrantedWithItsCountOnTheMainThread) {
+    startAt(PermissionKind::desktop);
+    model->requestCurrentPermission();
+    workQueues.runAll();
+    EXPECT_THAT(model->status(), IsEmpty());
+    EXPECT_EQ(model->desktopFileCount(), 0);
+    mainQueue.runReady();
+    EXPECT_THAT(model->status(), ElementsAre(Pair(PermissionKind::desktop, PermissionStatus::granted)));
+    EXPECT_EQ(model->desktopFileCount(), 3);
+    EXPECT_EQ(model->desktopFileCountText(), "3");
+    EXPECT_TRUE(model->isGranted());
+}
+
+TEST_F(OnboardingViewModelTest, DesktopIsGrantedEvenWhenItCannotBeRead) {
+    files.unreadableFolders = {"/home/ada/Desktop"};
+    startAt(PermissionKind::desktop);
+    model->requestCurrentPermission();
+    settle();
+    EXPECT_EQ(statusOf(PermissionKind::desktop), PermissionStatus::granted);
+    EXPECT_EQ(model->desktopFileCount(), 0);
+}
+
+TEST_F(OnboardingViewModelTest, DesktopIsGrantedEvenWhenThereIsNone) {
+    folders.desktopFolder.reset();
+    startAt(PermissionKind::desktop);
+    model->requestCurrentPermission();
+    settle();
+    EXPECT_EQ(statusOf(PermissionKind::desktop), PermissionStatus::granted);
+}
+
+TEST_F(OnboardingViewModelTest, DesktopAnswerMayComeOnALaterPage) {
+    startAt(PermissionKind::desktop);
+    model->requestCurrentPermission();
+    model->advance();
+    settle();
+    EXPECT_THAT(model->status(), ElementsAre(Pair(PermissionKind::desktop, PermissionStatus::granted)));
+    EXPECT_FALSE(model->isGranted()) << "the microphone's page";
+}
+
+TEST_F(OnboardingViewModelTest, MicrophoneIsGrantedUnlessItIsRefused) {
+    const std::vector<std::pair<AuthorizationStatus, PermissionStatus>> expectations{
+        {AuthorizationStatus::restricted, PermissionStatus::denied},
+        {AuthorizationStatus::denied, PermissionStatus::denied},
+        {AuthorizationStatus::authorized, PermissionStatus::granted},
+        {unheardOf, PermissionStatus::granted},
+    };
+    for (const auto& [answer, expected] : expectations) {
+        authorization.statuses[MediaType::audio] = answer;
+        startAt(PermissionKind::microphone);
+        model->requestCurrentPermission();
+        EXPECT_EQ(statusOf(PermissionKind::microphone), expected) << static_cast<int>(answer);
+        EXPECT_THAT(authorization.asked, IsEmpty());
+    }
+}
+
+TEST_F(OnboardingViewModelTest, MicrophoneIsAskedForFirstWhenItIsNotDetermined) {
+    for (const bool isGranted : {true, false}) {
+        authorization.statuses[MediaType::audio] = AuthorizationStatus::notDetermined;
+        startAt(PermissionKind::microphone);
+        model->requestCurrentPermission();
+        EXPECT_THAT(authorization.asked, ElementsAre(MediaType::audio));
+        EXPECT_FALSE(isMicrophoneOn());
+        EXPECT_THAT(model->status(), IsEmpty());
+        authorization.answer(isGranted);
+        EXPECT_THAT(model->status(), IsEmpty()) << "not on the answer's thread";
+        settle();
+        EXPECT_EQ(statusOf(PermissionKind::microphone),
+                  isGranted ? PermissionStatus::granted : PermissionStatus::denied);
+        EXPECT_EQ(isMicrophoneOn(), isGranted);
+        micMonitor.stop();
+    }
+}
+
+TEST_F(OnboardingViewModelTest, MicrophoneWhoseQuestionWasDismissedIsGranted) {
+    authorization.statuses[MediaType::audio] = AuthorizationStatus::notDetermined;
+    startAt(PermissionKind::microphone);
+    model->requestCurrentPermission();
+    authorization.answer(false);
+    authorization.statuses[MediaType::audio] = AuthorizationStatus::notDetermined;
+    settle();
+    EXPECT_EQ(statusOf(PermissionKind::microphone), PermissionStatus::granted);
+}
+
+TEST_F(OnboardingViewModelTest, GrantedMicrophoneIsLive) {
+    startAt(PermissionKind::microphone);
+    model->requestCurrentPermission();
+    EXPECT_TRUE(isMicrophoneOn());
+    EXPECT_FALSE(isCameraOn());
+    EXPECT_TRUE(model->isGranted());
+}
+
+TEST_F(OnboardingViewModelTest, CameraIsGrantedOnlyWhenItIsAuthorized) {
+    const std::vector<std::pair<AuthorizationStatus, PermissionStatus>> expectations{
+        {AuthorizationStatus::restricted, PermissionStatus::denied},
+        {AuthorizationStatus::denied, PermissionStatus::denied},
+        {AuthorizationStatus::authorized, PermissionStatus::granted},
+        {unheardOf, PermissionStatus::denied},
+    };
+    for (const auto& [answer, expected] : expectations) {
+        authorization.statuses[MediaType::video] = answer;
+        startAt(PermissionKind::camera);
+        model->requestCurrentPermission();
+        EXPECT_EQ(statusOf(PermissionKind::camera), expected) << static_cast<int>(answer);
+        EXPECT_EQ(isCameraOn(), expected == PermissionStatus::granted);
+        EXPECT_THAT(authorization.asked, IsEmpty());
+        cameraManager.stop();
+    }
+}
+
+TEST_F(OnboardingViewModelTest, CameraIsAskedForFirstWhenItIsNotDetermined) {
+    for (const bool isGranted : {true, false}) {
+        authorization.statuses[MediaType::video] = AuthorizationStatus::notDetermined;
+        startAt(PermissionKind::camera);
+        model->requestCurrentPermission();
+        EXPECT_THAT(authorization.asked, ElementsAre(MediaType::video));
+        EXPECT_THAT(model->status(), IsEmpty());
+        authorization.answer(isGranted);
+        EXPECT_THAT(model->status(), IsEmpty()) << "not on the answer's thread";
+        settle();
+        EXPECT_EQ(statusOf(PermissionKind::camera),
+                  isGranted ? PermissionStatus::granted : PermissionStatus::denied);
+        EXPECT_EQ(isCameraOn(), isGranted);
+        cameraManager.stop();
+    }
+}
+
+TEST_F(OnboardingViewModelTest, CameraWhoseQuestionWasDismissedIsDenied) {
+    authorization.statuses[MediaType::video] = AuthorizationStatus::notDetermined;
+    startAt(PermissionKind::camera);
+    model->requestCurrentPermission();
+    authorization.answer(false);
+    authorization.statuses[MediaType::video] = AuthorizationStatus::notDetermined;
+    settle();
+    EXPECT_EQ(statusOf(PermissionKind::camera), PermissionStatus::denied);
+    EXPECT_FALSE(isCameraOn());
+    EXPECT_THAT(authorization.asked, IsEmpty()) << "asked once";
+}
+
+TEST_F(OnboardingViewModelTest, TheDefaultCameraIsShown) {
+    capture.cameras = {{"first", "First"}, {"second", "Second"}};
+    capture.defaultCamera = capture.cameras.at(1);
+    startAt(PermissionKind::camera);
+    EXPECT_FALSE(model->hasPreview());
+    model->requestCurrentPermission();
+    EXPECT_EQ(cameraManager.activeDeviceID(), "second");
+    EXPECT_TRUE(model->hasPreview());
+    EXPECT_EQ(model->camera(), &cameraManager);
+}
+
+TEST_F(OnboardingViewModelTest, WithoutACameraThePermissionIsGrantedAllTheSame) {
+    capture.cameras.clear();
+    startAt(PermissionKind::camera);
+    model->requestCurrentPermission();
+    EXPECT_TRUE(model->isGranted());
+    EXPECT_FALSE(model->hasPreview());
+    EXPECT_FALSE(isCameraOn());
+}
+
+TEST_F(OnboardingViewModelTest, StatusIsThatOfTheCurrentPage) {
+    authorization.statuses[MediaType::video] = AuthorizationStatus::denied;
+    startAt(PermissionKind::microphone);
+    model->requestCurrentPermission();
+    EXPECT_TRUE(model->isGranted());
+    model->advance();
+    EXPECT_FALSE(model->isGranted());
+    EXPECT_FALSE(model->isDenied());
+    model->requestCurrentPermission();
+    EXPECT_FALSE(model->isGranted());
+    EXPECT_TRUE(model->isDenied());
+    model->advance();
+    EXPECT_FALSE(model->isGranted());
+    EXPECT_FALSE(model->isDenied());
+}
+
+TEST_F(OnboardingViewModelTest, AnswersAfterTheModelIsGoneDoNothing) {
+    authorization.statuses = {{MediaType::audio, AuthorizationStatus::notDetermined},
+                              {MediaType::video, AuthorizationStatus::notDetermined}};
+    startAt(PermissionKind::desktop);
+    for (int page = 0; page < 3; ++page) {
+        model->requestCurrentPermission();
+        model->advance();
+    }
+    model.reset();
+    authorization.answer(true);
+    EXPECT_FALSE(isCameraOn());
+    EXPECT_FALSE(isMicrophoneOn());
+}
+
+TEST_F(OnboardingViewModelTest, ClosingStopsCameraAndMicrophone) {
+    turnBothOn();
+    ASSERT_TRUE(isCameraOn());
+    ASSERT_TRUE(isMicrophoneOn());
+    model->windowWillClose();
+    EXPECT_FALSE(isCameraOn());
+    EXPECT_FALSE(isMicrophoneOn());
+}
+
+TEST_F(OnboardingViewModelTest, AnAnswerAfterClosingIsKeptButStartsNothing) {
+    authorization.statuses = {{MediaType::audio, AuthorizationStatus::notDetermined},
+                              {MediaType::video, AuthorizationStatus::notDetermined}};
+    startAt(PermissionKind::microphone);
+    model->requestCurrentPermission();
+    model->advance();
+    model->requestCurrentPermission();
+    model->windowWillClose();
+    authorization.answer(true);
+    EXPECT_FALSE(isCameraOn());
+    EXPECT_FALSE(isMicrophoneOn());
+    EXPECT_EQ(statusOf(PermissionKind::microphone), PermissionStatus::granted);
+    EXPECT_EQ(statusOf(PermissionKind::camera), PermissionStatus::granted);
+    model->windowDidShow();
+    EXPECT_TRUE(isCameraOn());
+}
+
+TEST_F(OnboardingViewModelTest, ComingBackStartsTheLiveAreaOfThePageAgain) {
+    startAt(PermissionKind::microphone);
+    model->requestCurrentPermission();
+    model->windowWillClose();
+    ASSERT_FALSE(isMicrophoneOn());
+    model->windowDidShow();
+    EXPECT_TRUE(isMicrophoneOn());
+    EXPECT_FALSE(isCameraOn());
+
+    model->advance();
+    model->requestCurrentPermission();
+    model->windowWillClose();
+    ASSERT_FALSE(isCameraOn());
+    model->windowDidShow();
+    EXPECT_TRUE(isCameraOn());
+    EXPECT_FALSE(isMicrophoneOn());
+}
+
+TEST_F(OnboardingViewModelTest, ComingBackStartsNothingThatWasNotGranted) {
+    authorization.statuses[MediaType::video] = AuthorizationStatus::denied;
+    startAt(PermissionKind::microphone);
+    model->windowDidShow();
+    EXPECT_FALSE(isMicrophoneOn());
+    model->advance();
+    model->requestCurrentPermission();
+    model->windowWillClose();
+    model->windowDidShow();
+    EXPECT_FALSE(isCameraOn());
+    EXPECT_TRUE(model->isDenied());
+    startAt(OnboardingStep::summary());
+    model->windowDidShow();
+    EXPECT_FALSE(isCameraOn());
+    EXPECT_FALSE(isMicrophoneOn());
+}
+
+TEST_F(OnboardingViewModelTest, OpensThePrivacyPageOfTheSettings) {
+    startAt(PermissionKind::camera);
+    model->openSystemSettings();
+    EXPECT_THAT(urlOpener.opened, ElementsAre("x-apple.systempreferences:com.apple.preference.security"));
+    EXPECT_EQ(model->settingsProblem(), "");
+}
+
+TEST_F(OnboardingViewModelTest, SaysThatThereIsNoSettingsPageUntilThereIsOneOrThePageIsLeft) {
+    const auto sentence =
+        std::string(Curtain::PlatformWording::string(Curtain::PlatformKey::noSettingsPage, "en"));
+    urlOpener.canOpen = false;
+    startAt(PermissionKind::microphone);
+    model->openSystemSettings();
+    EXPECT_EQ(model->settingsProblem().toStdString(), sentence);
+    urlOpener.canOpen = true;
+    model->openSystemSettings();
+    EXPECT_EQ(model->settingsProblem(), "");
+    urlOpener.canOpen = false;
+    model->openSystemSettings();
+    model->advance();
+    EXPECT_EQ(model->settingsProblem(), "");
+}
+
+TEST_F(OnboardingViewModelTest, FinishingIsTheOwnersBusiness) {
+    int finished = 0;
+    model->onFinish = [&] { ++finished; };
+    model->finish();
+    EXPECT_EQ(finished, 1);
+    EXPECT_EQ(model->page(), "welcome");
+}
+
+TEST_F(OnboardingViewModelTest, FinishingMayReplaceTheAction) {
+    int finished = 0;
+    model->onFinish = [&] {
+        model->onFinish = [] {};
+        ++finished;
+    };
+    model->finish();
+    EXPECT_EQ(finished, 1);
+}
+
+TEST_F(OnboardingViewModelTest, TextsAreThisPlatformsInTheModelsLanguage) {
+    for (const auto* const lang : {"en", "ar", "ru"}) {
+        const auto translated = makeModel(lang);
+        for (const auto key : CurtainCore::allCases<CurtainCore::LocKey>()) {
+            const auto name = std::string(CurtainCore::rawValue(key));
+            EXPECT_EQ(translated->text(QString::fromStdString(name)).toStdString(),
+                      Curtain::PlatformWording::string(key, lang));
+        }
+    }
+    EXPECT_EQ(model->text("nothing of the kind"), "nothing of the kind");
+}
+
+TEST_F(OnboardingViewModelTest, OnlyArabicIsLaidOutFromRightToLeft) {
+    for (const auto* const lang : {"en", "es", "zh", "hi", "pt", "fr", "ru"}) {
+        EXPECT_FALSE(makeModel(lang)->isRightToLeft()) << lang;
+    }
+    EXPECT_TRUE(makeModel("ar")->isRightToLeft());
+}
+
+} // namespace
