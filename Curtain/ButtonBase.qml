@@ -1,0 +1,26 @@
+import QtQuick
+import QtQuick.Templates as T
+
+/// What all buttons share: keyboard, focus, names for assistive technology, the tip of those without words.
+T.Button {
+    id: control
+
+    /// Said where the button shows no words.
+    property string tip
+
+    implicitWidth: implicitContentWidth + leftPadding + rightPadding
+    implicitHeight: implicitContentHeight + topPadding + bottomPadding
+    focusPolicy: Qt.StrongFocus
+    hoverEnabled: true
+    Accessible.name: text !== "" ? text : tip
+    Keys.onReturnPressed: event => { if (!event.isAutoRepeat) control.clicked(); }
+    Keys.onEnterPressed: event => { if (!event.isAutoRepeat) control.clicked(); }
+
+    Loader {
+        active: control.tip !== "" && control.hovered
+        sourceComponent: Tip {
+            text: control.tip
+            visible: control.hovered && !control.down
+        }
+    }
+}

@@ -1,0 +1,22 @@
+import QtQuick
+
+/// Words in one of the theme's type styles. Plain text only: names from outside may hold anything. Aligned to
+/// the start of the line, whatever the script of the text.
+Text {
+    property var style: Theme.body
+    /// Only names of apps and devices may be cut short.
+    property bool mayElide: false
+
+    color: Theme.ink
+    textFormat: Text.PlainText
+    horizontalAlignment: Text.AlignLeft
+    verticalAlignment: Text.AlignVCenter
+    font.family: Theme.fontFamily
+    font.pixelSize: style.size
+    font.weight: style.weight
+    font.letterSpacing: style.tracking
+    lineHeightMode: Text.FixedHeight
+    lineHeight: style.line
+    elide: mayElide ? Text.ElideRight : Text.ElideNone
+    maximumLineCount: mayElide ? 1 : 1000
+}

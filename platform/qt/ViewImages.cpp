@@ -1,0 +1,95 @@
+#include "platform/qt/ViewImages.h"
+
+#include "platform/qt/ImageRendering.h"
+
+#include <QCoreApplication>
+#include <QMetaObject>
+#include <QUrl>
+
+#include <algorithm>
+#include <utility>
+
+namespace QtPlatform {
+namespace {
+
+constexpr int defaultSize = 24;
+/// No view shows an icon larger than this; a wrong size must not cost memory.
+constexpr int largestSize = 1024;
+
+int sideOf(const QSize& requestedSize) {
+    const auto side = std::max(requestedSize.width(), requestedSize.height());
+    return side > 0 ? std::min(side, largestSize) : defaultSize;
+}
+
+/// Lives on the main thread, where icon themes may be asked.
+class IconJob : public QObject {
+    Q_OBJECT
+
+public:
+    IconJob(QString source, int side) : source_(std::move(source)), side_(side) {}
+
+    void run() {
+        Platform::Image image;
+        image.source = source_.toStdString();
+        Q_EMIT done(renderImage(image, Qt::black, side_));
+        deleteLater();
+    }
+
+Q_SIGNALS:
+    void done(const QImage& image);
+
+private:
+    QString source_;
+    int side_;
+};
+
+class IconResponse : public QQuickImageResponse {
+    Q_OBJECT
+
+public:
+    IconResponse(const QString& source, int side) {
+        auto* const job = new IconJob(source, side);
+        job->moveToThread(QCoreApplication::instance()->thread());
+        connect(job, &IconJob::done, this, &IconResponse::receive);
+        QMetaObject::invokeMethod(job, &IconJob::run, Qt::QueuedConnection);
+    }
+
+    QQuickTextureFactory* textureFactory() const override {
+        return QQuickTextureFactory::textureFactoryForImage(image_);
+    }
+
+    QString errorString() const override {
+        return image_.isNull() ? QStringLiteral("there is no such icon") : QString();
+    }
+
+private:
+    void receive(const QImage& image) {
+        image_ = image;
+        Q_EMIT finished();
+    }
+
+    QImage image_;
+};
+
+} // namespace
+
+QImage SymbolImages::requestImage(const QString& id, QSize* size, const QSize& requestedSize) {
+    const auto slash = id.lastIndexOf('/');
+    const QColor color('#' + id.mid(slash + 1));
+    Platform::Image symbol;
+    symbol.source = (":/curtain/symbols/" + id.left(slash) + ".svg").toStdString();
+    symbol.isTemplate = true;
+    auto image = renderImage(symbol, color, sideOf(requestedSize));
+    if (size != nullptr) {
+        *size = image.size();
+    }
+    return image;
+}
+
+QQuickImageResponse* IconImages::requestImageResponse(const QString& id, const QSize& requestedSize) {
+    return new IconResponse(QUrl::fromPercentEncoding(id.toUtf8()), sideOf(requestedSize));
+}
+
+} // namespace QtPlatform
+
+#include "ViewImages.moc"

@@ -1,0 +1,155 @@
+#include "Curtain/PlatformWording.h"
+#include "core/Localizer.h"
+#include "tests/views/ViewFixture.h"
+
+#include <QDirIterator>
+#include <QTemporaryDir>
+#include <QUrl>
+
+namespace TestSupport {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class GalleryModel : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(bool isRightToLeft MEMBER isRightToLeft CONSTANT)
+    Q_PROPERTY(QString lang MEMBER lang CONSTANT)
+    Q_PROPERTY(QString word MEMBER word CONSTANT)
+    Q_PROPERTY(QString icon MEMBER icon CONSTANT)
+    Q_PROPERTY(QStringList symbols MEMBER symbols CONSTANT)
+
+public:
+    bool isRightToLeft = false;
+    QString lang = "en";
+    QString word = "Word";
+    QString icon;
+    QStringList symbols;
+    std::vector<std::string> presses;
+
+    Q_INVOKABLE void press(const QString& what) { presses.push_back(what.toStdString()); }
+};
+
+class Controls : public ViewTest {
+protected:
+    Controls() {
+        QDirIterator entry(":/curtain/symbols");
+        while (entry.hasNext()) {
+            model->symbols.push_back(QFileInfo(entry.next()).completeBaseName());
+        }
+        model->symbols.sort();
+    }
+
+    ShownView show() { return {{"qrc:/tests/Gallery.qml", model}, QSize(700, 560)}; }
+
+    std::shared_ptr<GalleryModel> model = std::make_shared<GalleryModel>();
+};
+
+TEST_F(Controls, FitTheirWordsInEveryLanguage) {
+    for (const auto& language : languages()) {
+        SCOPED_TRACE(language);
+        const auto text = Curtain::PlatformWording::string(CurtainCore::LocKey::restore, language);
+        model->word = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+        model->lang = QString::fromStdString(language);
+        model->isRightToLeft = CurtainCore::Localizer::isRightToLeft(language);
+        auto view = show();
+        EXPECT_THAT(view.problems(model->isRightToLeft), IsEmpty());
+        view.picture("controls-" + language);
+    }
+}
+
+TEST_F(Controls, AnswerToClicks) {
+    auto view = show();
+    for (const auto* const name :
+         {"primary", "tonal", "quiet", "disabled", "chip", "icon", "switch", "switch"}) {
+        view.click(name);
+    }
+    EXPECT_THAT(model->presses, ElementsAre("primary", "tonal", "quiet", "chip", "icon", "on", "off"));
+}
+
+TEST_F(Controls, AnswerToTheKeyboardInReadingOrder) {
+    auto view = show();
+    view.press(Qt::Key_Tab);
+    view.press(Qt::Key_Space);
+    view.press(Qt::Key_Tab);
+    view.press(Qt::Key_Return);
+    view.press(Qt::Key_Tab);
+    view.press(Qt::Key_Enter);
+    EXPECT_THAT(model->presses, ElementsAre("primary", "tonal", "quiet"));
+}
+
+TEST_F(Controls, ShowWhereTheKeyboardIs) {
+    auto view = show();
+    const auto before = view.picture("controls-unfocused");
+    view.press(Qt::Key_Tab);
+    EXPECT_NE(view.picture("controls-focused"), before);
+}
+
+TEST_F(Controls, MenusAreUsedWithTheKeyboard) {
+    auto view = show();
+    view.click("opensMenu");
+    EXPECT_NE(view.find("first"), nullptr);
+    view.picture("controls-menu");
+    view.press(Qt::Key_Down);
+    view.press(Qt::Key_Down);
+    view.press(Qt::Key_Return);
+    EXPECT_THAT(model->presses, ElementsAre("second"));
+    EXPECT_EQ(view.find("first"), nullptr);
+    view.click("opensMenu");
+    view.press(Qt::Key_Escape);
+    EXPECT_EQ(view.find("first"), nullptr);
+}
+
+TEST_F(Controls, PickersAreUsedWithTheKeyboard) {
+    auto view = show();
+    view.click("picker");
+    view.picture("controls-picker");
+    view.press(Qt::Key_Down);
+    view.press(Qt::Key_Return);
+    EXPECT_THAT(model->presses, ElementsAre("picked 1"));
+}
+
+TEST_F(Controls, SearchIsEmptiedByEscape) {
+    auto view = show();
+    view.click("search");
+    view.type("al");
+    view.press(Qt::Key_Escape);
+    EXPECT_EQ(view.find("search")->property("text").toString(), "");
+    EXPECT_THAT(model->presses, ElementsAre("search a", "search al"));
+}
+
+TEST_F(Controls, SegmentsAreChosen) {
+    auto view = show();
+    const auto area = view.place("segments");
+    view.clickAt(QPointF(area.right() - 20, area.center().y()));
+    EXPECT_THAT(model->presses, ElementsAre("segment 1"));
+}
+
+TEST_F(Controls, IconsArriveLater) {
+    QTemporaryDir folder;
+    const auto path = folder.filePath("a b%.png");
+    QImage square(64, 64, QImage::Format_RGB32);
+    square.fill(Qt::red);
+    ASSERT_TRUE(square.save(path));
+    model->icon = "image://icon/" + QString::fromLatin1(QUrl::toPercentEncoding(path));
+    auto view = show();
+    const auto isRed = [&] {
+        const auto icon = view.place("appIcon");
+        const auto image = view.window().grabWindow();
+        const auto ratio = static_cast<qreal>(image.width()) / view.window().width();
+        return image.pixelColor((icon.center() * ratio).toPoint()) == QColor(Qt::red);
+    };
+    EXPECT_TRUE(ShownView::waitFor(isRed));
+}
+
+TEST_F(Controls, AnIconThatIsNotThereLeavesThePlaceholder) {
+    model->icon = "image://icon/no-such-icon";
+    auto view = show();
+    EXPECT_TRUE(ShownView::waitFor([] { return !takeWarnings().empty(); }));
+}
+
+} // namespace
+} // namespace TestSupport
+
+#include "ControlsTest.moc"
