@@ -1,0 +1,126 @@
+#pragma once
+
+#include <QDBusArgument>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusVirtualObject>
+#include <QStringList>
+#include <QVariantMap>
+
+#include <cstdint>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace TestSupport {
+
+/// A notification server whose user, moods and mistakes are the test's.
+class FakeNotificationServer : public QDBusVirtualObject {
+public:
+    struct Notice {
+        QString application;
+        std::uint32_t replaces = 0;
+        QString icon;
+        QString summary;
+        QString body;
+        QStringList actions;
+        QVariantMap hints;
+        int timeout = 0;
+    };
+
+    enum class Mood {
+        answers,
+        refuses,
+        /// Keeps what it is asked until `answerHeld`.
+        holds,
+        talksNonsense
+    };
+
+    explicit FakeNotificationServer(QDBusConnection bus) : bus_(std::move(bus)) {
+        bus_.registerVirtualObject(path(), this);
+        bus_.registerService(service());
+    }
+
+    ~FakeNotificationServer() override {
+        bus_.unregisterService(service());
+        bus_.unregisterObject(path());
+    }
+    FakeNotificationServer(const FakeNotificationServer&) = delete;
+    FakeNotificationServer& operator=(const FakeNotificationServer&) = delete;
+
+    QStringList capabilities{QStringLiteral("actions"), QStringLiteral("body"),
+                             QStringLiteral("body-markup")};
+    Mood mood = Mood::answers;
+    /// Given to the next notification that replaces none; counts upwards.
+    std::uint32_t nextId = 1;
+    std::vector<Notice> notices;
+    std::vector<std::uint32_t> closed;
+    /// How often it was asked to show something, in whatever mood.
+    int notifications = 0;
+
+    void answerHeld() {
+        mood = Mood::answers;
+        for (const auto& message : std::exchange(held_, {})) {
+            answer(message);
+        }
+    }
+
+    std::size_t heldMessages() const { return held_.size(); }
+
+    void signal(const char* name, const QVariantList& arguments) {
+        auto message = QDBusMessage::createSignal(path(), service(), QString::fromLatin1(name));
+        message.setArguments(arguments);
+        bus_.send(message);
+    }
+
+    void invoke(std::uint32_t id, const char* key) {
+        signal("ActionInvoked", {id, QString::fromLatin1(key)});
+    }
+
+    void close(std::uint32_t id) { signal("NotificationClosed", {id, std::uint32_t{2}}); }
+
+    QString introspect(const QString&) const override { return {}; }
+
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection&) override {
+        notifications += message.member() == QLatin1String("Notify") ? 1 : 0;
+        if (mood == Mood::holds) {
+            message.setDelayedReply(true);
+            held_.push_back(message);
+        } else {
+            answer(message);
+        }
+        return true;
+    }
+
+private:
+    static QString service() { return QStringLiteral("org.freedesktop.Notifications"); }
+    static QString path() { return QStringLiteral("/org/freedesktop/Notifications"); }
+
+    void answer(const QDBusMessage& message) {
+        if (mood == Mood::refuses) {
+            bus_.send(message.createErrorReply(QDBusError::LimitsExceeded, QStringLiteral("no more")));
+        } else if (mood == Mood::talksNonsense) {
+            bus_.send(message.createReply(QVariantList{QStringLiteral("seven")}));
+        } else if (message.member() == QLatin1String("GetCapabilities")) {
+            bus_.send(message.createReply(capabilities));
+        } else if (message.member() == QLatin1String("Notify")) {
+            bus_.send(message.createReply(notify(message.arguments())));
+        } else {
+            closed.push_back(message.arguments().at(0).toUInt());
+            bus_.send(message.createReply());
+        }
+    }
+
+    std::uint32_t notify(const QVariantList& arguments) {
+        notices.push_back({arguments.at(0).toString(), arguments.at(1).toUInt(), arguments.at(2).toString(),
+                           arguments.at(3).toString(), arguments.at(4).toString(),
+                           arguments.at(5).toStringList(), qdbus_cast<QVariantMap>(arguments.at(6)),
+                           arguments.at(7).toInt()});
+        return notices.back().replaces != 0 ? notices.back().replaces : nextId++;
+    }
+
+    QDBusConnection bus_;
+    std::vector<QDBusMessage> held_;
+};
+
+} // namespace TestSupport
