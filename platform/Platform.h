@@ -11,9 +11,11 @@
 #include "platform/LoginItem.h"
 #include "platform/MainQueue.h"
 #include "platform/ProcessRunner.h"
+#include "platform/ScreenWatcherProbe.h"
 #include "platform/StatusItem.h"
 #include "platform/SystemVersion.h"
 #include "platform/UserFolders.h"
+#include "platform/UserNotificationCenter.h"
 #include "platform/UuidSource.h"
 #include "platform/WallClock.h"
 #include "platform/WorkQueue.h"
@@ -46,6 +48,8 @@ struct Platform {
     std::unique_ptr<SystemVersion> systemVersion;
     std::unique_ptr<HotKeyService> hotKeyService;
     std::unique_ptr<StatusBar> statusBar;
+    std::unique_ptr<ScreenWatcherProbe> screenWatcherProbe;
+    std::unique_ptr<UserNotificationCenter> userNotificationCenter;
     std::unique_ptr<CaptureServices> captureServices;
 };
 

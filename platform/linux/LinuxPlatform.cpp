@@ -13,6 +13,8 @@
 #include "platform/linux/hotkeys/X11HotKeyService.h"
 #include "platform/linux/locale/EnvironmentLocale.h"
 #include "platform/linux/login/AutostartEntry.h"
+#include "platform/linux/notifications/DBusNotificationCenter.h"
+#include "platform/linux/screenwatch/ScreenWatch.h"
 #include "platform/linux/tray/TrayStatusBar.h"
 #include "platform/linux/windows/InterfaceLevel.h"
 #include "platform/linux/windows/LinuxWorkspace.h"
@@ -65,6 +67,10 @@ TrayToolkit trayToolkit() {
     };
 }
 
+std::vector<std::unique_ptr<CaptureWatch>> capturesOfThisSession() {
+    return {};
+}
+
 } // namespace
 
 Platform::Platform makeLinuxPlatform() {
@@ -100,6 +106,11 @@ Platform::Platform makeLinuxPlatform() {
         std::make_unique<LinuxWorkspace>(*session->windowSystem, session->identity, session->entries);
     platform.systemVersion = std::make_unique<InterfaceLevel>(*session->windowSystem);
     platform.statusBar = std::make_unique<TrayStatusBar>(*platform.mainQueue, *platform.log, trayToolkit());
+    platform.screenWatcherProbe = std::make_unique<ScreenWatch>(capturesOfThisSession());
+    platform.userNotificationCenter =
+        std::make_unique<DBusNotificationCenter>(QDBusConnection::sessionBus(), *platform.mainQueue,
+                                                 QGuiApplication::applicationDisplayName().toStdString(),
+                                                 QGuiApplication::desktopFileName().toStdString());
     if (!QDBusConnection::sessionBus().isConnected()) {
         platform.log->writeLine(
             "Curtain: there is no session bus, so the icon shows only in trays of X windows");

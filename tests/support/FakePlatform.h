@@ -6,8 +6,10 @@
 #include "tests/support/FakeInstallation.h"
 #include "tests/support/FakeLoginItem.h"
 #include "tests/support/FakeProcessRunner.h"
+#include "tests/support/FakeScreenWatcherProbe.h"
 #include "tests/support/FakeSystemVersion.h"
 #include "tests/support/FakeUserFolders.h"
+#include "tests/support/FakeUserNotificationCenter.h"
 #include "tests/support/FakeUuidSource.h"
 #include "tests/support/FakeWorkspace.h"
 #include "tests/support/HandDrivenQueue.h"
@@ -159,6 +161,9 @@ struct FakePlatform {
     FakeSystemVersion& systemVersion = add<FakeSystemVersion>(platform.systemVersion);
     FakeHotKeyService& hotKeyService = add<FakeHotKeyService>(platform.hotKeyService);
     FakeStatusBar& statusBar = add<FakeStatusBar>(platform.statusBar, events);
+    FakeScreenWatcherProbe& screenWatcherProbe = add<FakeScreenWatcherProbe>(platform.screenWatcherProbe);
+    FakeUserNotificationCenter& userNotificationCenter =
+        add<FakeUserNotificationCenter>(platform.userNotificationCenter);
     FakeCaptureServices& captureServices = add<FakeCaptureServices>(platform.captureServices);
 
 private:

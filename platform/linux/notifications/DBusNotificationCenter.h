@@ -22,7 +22,7 @@
 
 namespace LinuxPlatform {
 
-/// Notifications by way of org.freedesktop.Notifications (Desktop Notifications Specification 1.2) on the
+/// Notifications by way of org.freedesktop.Notifications (version 1.2 of that protocol) on the
 /// session bus. A server that is slow, that ends and comes back or that appears late still gets what was
 /// posted shortly before; nothing waits for it. What stood on the screen of a server that ended is gone.
 class DBusNotificationCenter : public Platform::UserNotificationCenter {
