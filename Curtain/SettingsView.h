@@ -4,6 +4,8 @@
 #include "Curtain/SettingsModel.h"
 #include "hotkeys/KeyboardShortcuts.h"
 #include "platform/CaptureServices.h"
+#include "platform/Keyboard.h"
+#include "platform/SystemShortcuts.h"
 #include "platform/UrlOpener.h"
 
 #include <QObject>
@@ -22,6 +24,8 @@ public:
         KeyboardShortcuts::KeyboardShortcuts& shortcuts;
         Platform::CaptureServices& capture;
         Platform::UrlOpener& urlOpener;
+        Platform::Keyboard& keyboard;
+        Platform::SystemShortcuts& systemShortcuts;
     };
 
     explicit SettingsView(const Services& services);

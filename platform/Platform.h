@@ -6,6 +6,7 @@
 #include "platform/CaptureServices.h"
 #include "platform/FileManager.h"
 #include "platform/HotKeyService.h"
+#include "platform/Keyboard.h"
 #include "platform/Locale.h"
 #include "platform/Log.h"
 #include "platform/LoginItem.h"
@@ -13,6 +14,7 @@
 #include "platform/ProcessRunner.h"
 #include "platform/ScreenWatcherProbe.h"
 #include "platform/StatusItem.h"
+#include "platform/SystemShortcuts.h"
 #include "platform/SystemVersion.h"
 #include "platform/UserFolders.h"
 #include "platform/UserNotificationCenter.h"
@@ -47,6 +49,8 @@ struct Platform {
     std::unique_ptr<Workspace> workspace;
     std::unique_ptr<SystemVersion> systemVersion;
     std::unique_ptr<HotKeyService> hotKeyService;
+    std::unique_ptr<Keyboard> keyboard;
+    std::unique_ptr<SystemShortcuts> systemShortcuts;
     std::unique_ptr<StatusBar> statusBar;
     std::unique_ptr<ScreenWatcherProbe> screenWatcherProbe;
     std::unique_ptr<UserNotificationCenter> userNotificationCenter;

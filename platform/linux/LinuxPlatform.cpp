@@ -9,8 +9,14 @@
 #include "platform/linux/apps/DesktopEntryBundles.h"
 #include "platform/linux/defaults/FileUserDefaults.h"
 #include "platform/linux/folders/XdgUserFolders.h"
+#include "platform/linux/hotkeys/DesktopShortcuts.h"
+#include "platform/linux/hotkeys/GSettingsShortcuts.h"
+#include "platform/linux/hotkeys/I3Shortcuts.h"
+#include "platform/linux/hotkeys/KdeShortcuts.h"
 #include "platform/linux/hotkeys/NoHotKeyService.h"
 #include "platform/linux/hotkeys/X11HotKeyService.h"
+#include "platform/linux/hotkeys/XfconfShortcuts.h"
+#include "platform/linux/hotkeys/XkbKeyboard.h"
 #include "platform/linux/locale/EnvironmentLocale.h"
 #include "platform/linux/login/AutostartEntry.h"
 #include "platform/linux/notifications/DBusNotificationCenter.h"
@@ -71,6 +77,24 @@ std::vector<std::unique_ptr<CaptureWatch>> capturesOfThisSession() {
     return {};
 }
 
+std::string currentDesktop() {
+    const auto* const value = g_getenv("XDG_CURRENT_DESKTOP");
+    return value != nullptr ? value : "";
+}
+
+/// A list that is not this session's costs a question that fails at once.
+std::vector<std::unique_ptr<ShortcutList>> shortcutLists() {
+    std::vector<std::unique_ptr<ShortcutList>> lists;
+    const auto bus = QDBusConnection::sessionBus();
+    if (bus.isConnected()) {
+        lists.push_back(std::make_unique<XfconfShortcuts>(bus));
+        lists.push_back(std::make_unique<KdeShortcuts>(bus));
+    }
+    lists.push_back(std::make_unique<GSettingsShortcuts>(GSettingsShortcuts::schemasOf(currentDesktop())));
+    lists.push_back(std::make_unique<I3Shortcuts>(I3Shortcuts::socketOfSession()));
+    return lists;
+}
+
 } // namespace
 
 Platform::Platform makeLinuxPlatform() {
@@ -90,6 +114,11 @@ Platform::Platform makeLinuxPlatform() {
         session->windowSystem = std::make_unique<NoWindowSystem>();
         platform.hotKeyService = std::make_unique<NoHotKeyService>();
     }
+    auto keyboard = std::make_unique<XkbKeyboard>(session->x11.get(), currentDesktop());
+    platform.systemShortcuts = std::make_unique<DesktopShortcuts>(
+        *platform.hotKeyService, *platform.mainQueue,
+        [keys = keyboard.get()](std::int64_t keyCode) { return keys->symbols(keyCode); }, shortcutLists());
+    platform.keyboard = std::move(keyboard);
     platform.userDefaults = std::make_unique<FileUserDefaults>(
         std::filesystem::path(g_get_user_config_dir()) / "curtain", *platform.log);
     platform.locale = std::make_unique<EnvironmentLocale>();

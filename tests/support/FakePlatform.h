@@ -7,6 +7,9 @@
 #include "tests/support/FakeLoginItem.h"
 #include "tests/support/FakeProcessRunner.h"
 #include "tests/support/FakeScreenWatcherProbe.h"
+#include "tests/support/FakeKeyboard.h"
+#include "tests/support/FakeLoginItem.h"
+#include "tests/support/FakeSystemShortcuts.h"
 #include "tests/support/FakeSystemVersion.h"
 #include "tests/support/FakeUserFolders.h"
 #include "tests/support/FakeUserNotificationCenter.h"
@@ -160,6 +163,8 @@ struct FakePlatform {
     FakeWorkspace& workspace = add<FakeWorkspace>(platform.workspace);
     FakeSystemVersion& systemVersion = add<FakeSystemVersion>(platform.systemVersion);
     FakeHotKeyService& hotKeyService = add<FakeHotKeyService>(platform.hotKeyService);
+    FakeKeyboard& keyboard = add<FakeKeyboard>(platform.keyboard);
+    FakeSystemShortcuts& systemShortcuts = add<FakeSystemShortcuts>(platform.systemShortcuts);
     FakeStatusBar& statusBar = add<FakeStatusBar>(platform.statusBar, events);
     FakeScreenWatcherProbe& screenWatcherProbe = add<FakeScreenWatcherProbe>(platform.screenWatcherProbe);
     FakeUserNotificationCenter& userNotificationCenter =

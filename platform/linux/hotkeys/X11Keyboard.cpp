@@ -1,5 +1,7 @@
 #include "platform/linux/hotkeys/X11Keyboard.h"
 
+#include "platform/linux/hotkeys/KeyPositions.h"
+
 #include <algorithm>
 #include <array>
 #include <string_view>
@@ -25,26 +27,6 @@ constexpr xcb_keysym_t superRight = 0xFFEC;
 constexpr xcb_keysym_t numLock = 0xFF7F;
 constexpr xcb_keysym_t scrollLock = 0xFF14;
 
-/// The X Keyboard Extension's names of the keys, indexed by virtual key code; empty for a code without a key.
-constexpr std::array<std::string_view, 128> keyNames{
-    "AC01", "AC02", "AC03", "AC04", "AC06", "AC05", "AB01", "AB02", // 0
-    "AB03", "AB04", "LSGT", "AB05", "AD01", "AD02", "AD03", "AD04", // 8
-    "AD06", "AD05", "AE01", "AE02", "AE03", "AE04", "AE06", "AE05", // 16
-    "AE12", "AE09", "AE07", "AE11", "AE08", "AE10", "AD12", "AD09", // 24
-    "AD07", "AD11", "AD08", "AD10", "RTRN", "AC09", "AC07", "AC11", // 32
-    "AC08", "AC10", "BKSL", "AB08", "AB10", "AB06", "AB07", "AB09", // 40
-    "TAB",  "SPCE", "TLDE", "BKSP", "",     "ESC",  "",     "",     // 48
-    "",     "",     "",     "",     "",     "",     "",     "",     // 56
-    "FK17", "KPDL", "",     "KPMU", "",     "KPAD", "",     "NMLK", // 64
-    "",     "",     "",     "KPDV", "KPEN", "",     "KPSU", "FK18", // 72
-    "FK19", "KPEQ", "KP0",  "KP1",  "KP2",  "KP3",  "KP4",  "KP5",  // 80
-    "KP6",  "KP7",  "FK20", "KP8",  "KP9",  "",     "",     "",     // 88
-    "FK05", "FK06", "FK07", "FK03", "FK08", "FK09", "",     "FK11", // 96
-    "",     "FK13", "FK16", "FK14", "",     "FK10", "COMP", "FK12", // 104
-    "",     "FK15", "INS",  "HOME", "PGUP", "DELE", "FK04", "END",  // 112
-    "FK02", "PGDN", "FK01", "LEFT", "RGHT", "DOWN", "UP",   "",     // 120
-};
-
 std::string textOf(const xcb_xkb_key_name_t& name) {
     const std::string_view text(name.name, sizeof name.name);
     return std::string(text.substr(0, text.find('\0')));
@@ -59,10 +41,7 @@ X11Keyboard::X11Keyboard(X11Connection& connection) {
 
 std::optional<X11Keyboard::Combination>
 X11Keyboard::translate(const Platform::HotKeyCombination& combination) const {
-    if (combination.keyCode < 0 || combination.keyCode >= static_cast<std::int64_t>(keyNames.size())) {
-        return std::nullopt;
-    }
-    const auto key = keyCodes_.find(keyNames[static_cast<std::size_t>(combination.keyCode)]);
+    const auto key = keyCodes_.find(KeyPositions::xkbName(combination.keyCode));
     if (key == keyCodes_.end()) {
         return std::nullopt;
     }

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "platform/linux/hotkeys/Accelerator.h"
+
+#include <QObject>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace LinuxPlatform {
+
+/// The key bindings in the configuration of i3 or sway, asked for over its socket.
+class I3Shortcuts : public ShortcutList {
+public:
+    explicit I3Shortcuts(std::string socketPath);
+
+    /// Where I3SOCK or SWAYSOCK say; empty when this session is neither of the two.
+    static std::string socketOfSession();
+
+    void ask(const WantedShortcut& wanted, Answer answer) override;
+
+    /// The combinations that are bound outside of modes, variables resolved.
+    static std::vector<Accelerator> bindings(std::string_view configuration);
+
+private:
+    std::string socketPath_;
+    QObject questions_;
+};
+
+} // namespace LinuxPlatform
