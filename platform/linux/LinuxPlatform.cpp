@@ -21,6 +21,7 @@
 #include "platform/linux/login/AutostartEntry.h"
 #include "platform/linux/notifications/DBusNotificationCenter.h"
 #include "platform/linux/screenwatch/ScreenWatch.h"
+#include "platform/linux/screenwatch/X11CaptureWatch.h"
 #include "platform/linux/tray/TrayStatusBar.h"
 #include "platform/linux/windows/InterfaceLevel.h"
 #include "platform/linux/windows/LinuxWorkspace.h"
@@ -74,7 +75,14 @@ TrayToolkit trayToolkit() {
 }
 
 std::vector<std::unique_ptr<CaptureWatch>> capturesOfThisSession() {
-    return {};
+    std::vector<std::unique_ptr<CaptureWatch>> roads;
+    // The X server of a Wayland session shows its clients nothing but black.
+    const bool isWayland = qEnvironmentVariable("XDG_SESSION_TYPE") == QLatin1String("wayland") ||
+                           !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+    if (auto road = isWayland ? nullptr : X11CaptureWatch::open()) {
+        roads.push_back(std::move(road));
+    }
+    return roads;
 }
 
 std::string currentDesktop() {

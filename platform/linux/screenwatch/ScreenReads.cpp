@@ -1,0 +1,74 @@
+#include "platform/linux/screenwatch/ScreenReads.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace LinuxPlatform {
+namespace {
+
+/// In cells: a tenth of the screen. A magnifier reads less.
+constexpr std::size_t largeRead = 14;
+/// In cells: half of the screen. Whoever reads so much in small pieces does not follow the pointer.
+constexpr std::size_t largeSecond = 72;
+/// A screenshot may fall into two seconds.
+constexpr ScreenReads::Time longerThanAScreenshot = std::chrono::seconds(1);
+
+} // namespace
+
+void ScreenReads::add(Time time, const ScreenArea& area) {
+    const int left = std::max(area.x, 0);
+    const int top = std::max(area.y, 0);
+    const int right = std::min(area.x + area.width, width_);
+    const int bottom = std::min(area.y + area.height, height_);
+    if (left >= right || top >= bottom) {
+        return;
+    }
+    last_ = std::max(last_, time);
+    const auto [place, isNew] = seconds_.try_emplace(std::chrono::floor<std::chrono::seconds>(time));
+    auto& second = place->second;
+    if (isNew) {
+        second.first = time;
+    }
+    second.last = time;
+    const auto column = [&](int x) { return x * columns / width_; };
+    const auto row = [&](int y) { return y * rows / height_; };
+    std::size_t count = 0;
+    for (int y = row(top); y <= row(bottom - 1); ++y) {
+        for (int x = column(left); x <= column(right - 1); ++x) {
+            second.cells.set(static_cast<std::size_t>(y * columns + x));
+            ++count;
+        }
+    }
+    second.hasLargeRead = second.hasLargeRead || count >= largeRead;
+    forgetBefore(time - memory);
+}
+
+bool ScreenReads::isCapture(Time now, bool followsChanges) {
+    forgetBefore(now - memory);
+    std::optional<Time> first;
+    Time last{};
+    for (const auto& [number, second] : seconds_) {
+        if (followsChanges || isMuch(second)) {
+            first = first.value_or(second.first);
+            last = second.last;
+        }
+    }
+    if (first && last - *first >= longerThanAScreenshot) {
+        isCapture_ = true;
+    } else if (!followsChanges && now - last_ > memory) {
+        isCapture_ = false;
+    }
+    return isCapture_;
+}
+
+bool ScreenReads::isMuch(const Second& second) {
+    return second.hasLargeRead || second.cells.count() >= largeSecond;
+}
+
+void ScreenReads::forgetBefore(Time time) {
+    while (!seconds_.empty() && seconds_.begin()->second.last < time) {
+        seconds_.erase(seconds_.begin());
+    }
+}
+
+} // namespace LinuxPlatform

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <bitset>
+#include <chrono>
+#include <map>
+
+namespace LinuxPlatform {
+
+/// A part of the screen, in pixels; it may reach beyond.
+struct ScreenArea {
+    int x = 0;
+    int y = 0;
+    int width = 0;
+    int height = 0;
+};
+
+/// Judges from what one program reads of the screen's picture whether it captures the screen.
+///
+/// A capture reads again and again, and much: a good part of the screen at a time, or what has changed.
+/// A screenshot reads once, a magnifier or a colour picker little at a time.
+class ScreenReads {
+public:
+    using Time = std::chrono::milliseconds;
+
+    ScreenReads(int screenWidth, int screenHeight) : width_(screenWidth), height_(screenHeight) {}
+
+    /// Times do not run backwards.
+    void add(Time time, const ScreenArea& area);
+
+    /// `followsChanges`: the program asks the server what has changed on the screen.
+    bool isCapture(Time now, bool followsChanges);
+
+    /// Whether any of it still matters.
+    bool isOver(Time now) const { return !isCapture_ && now - last_ > memory; }
+
+    /// How long a capture may pause.
+    static constexpr Time memory = std::chrono::seconds(10);
+
+private:
+    static constexpr int columns = 16;
+    static constexpr int rows = 9;
+
+    /// What was read within one second.
+    struct Second {
+        Time first{};
+        Time last{};
+        std::bitset<columns * rows> cells;
+        bool hasLargeRead = false;
+    };
+
+    static bool isMuch(const Second& second);
+    void forgetBefore(Time time);
+
+    int width_;
+    int height_;
+    std::map<std::chrono::seconds, Second> seconds_;
+    Time last_{};
+    bool isCapture_ = false;
+};
+
+} // namespace LinuxPlatform

@@ -1,0 +1,135 @@
+#include "platform/linux/screenwatch/ScreenReads.h"
+
+#include <gmock/gmock.h>
+
+#include <chrono>
+
+namespace {
+
+using LinuxPlatform::ScreenArea;
+using LinuxPlatform::ScreenReads;
+using namespace std::chrono_literals;
+
+constexpr int width = 1600;
+constexpr int height = 900;
+constexpr ScreenArea whole{0, 0, width, height};
+/// A cell is 100 pixels wide and high.
+constexpr ScreenArea tenth{0, 0, 700, 200};
+constexpr ScreenArea small{100, 100, 300, 200};
+
+struct ScreenReadsTest : testing::Test {
+    ScreenReads reads{width, height};
+
+    void addEvery(ScreenReads::Time period, ScreenReads::Time from, ScreenReads::Time to, ScreenArea area) {
+        for (auto time = from; time <= to; time += period) {
+            reads.add(time, area);
+        }
+    }
+};
+
+TEST_F(ScreenReadsTest, NothingReadIsNoCapture) {
+    EXPECT_FALSE(reads.isCapture(5s, true));
+    EXPECT_FALSE(reads.isCapture(50s, false));
+}
+
+TEST_F(ScreenReadsTest, ReadingAgainAndAgainIsACapture) {
+    addEvery(66ms, 0s, 900ms, whole);
+    EXPECT_FALSE(reads.isCapture(1s, false));
+    addEvery(66ms, 960ms, 2s, whole);
+    EXPECT_TRUE(reads.isCapture(2s, false));
+}
+
+TEST_F(ScreenReadsTest, OneFrameASecondIsEnough) {
+    addEvery(1s, 500ms, 1500ms, whole);
+    EXPECT_TRUE(reads.isCapture(2s, false));
+}
+
+TEST_F(ScreenReadsTest, ScreenshotThatFallsIntoTwoSecondsIsNoCapture) {
+    addEvery(100ms, 600ms, 1400ms, whole);
+    EXPECT_FALSE(reads.isCapture(2s, false));
+}
+
+TEST_F(ScreenReadsTest, ATenthOfTheScreenIsMuch) {
+    addEvery(1s, 0s, 3s, tenth);
+    EXPECT_TRUE(reads.isCapture(3s, false));
+}
+
+TEST_F(ScreenReadsTest, LessIsNot) {
+    addEvery(100ms, 0s, 9s, small);
+    EXPECT_FALSE(reads.isCapture(9s, false));
+}
+
+TEST_F(ScreenReadsTest, LittleByLittleAllOverTheScreenIsMuch) {
+    for (auto time = 0ms; time < 3s; time += 10ms) {
+        const auto line = static_cast<int>(time / 10ms) * 37 % height;
+        reads.add(time, {0, line, width, 1});
+    }
+    EXPECT_TRUE(reads.isCapture(3s, false));
+    ScreenReads tiles(width, height);
+    for (auto time = 0ms; time < 3s; time += 5ms) {
+        const auto tile = static_cast<int>(time / 5ms) % 144;
+        tiles.add(time, {tile % 16 * 100, tile / 16 * 100, 32, 32});
+    }
+    EXPECT_TRUE(tiles.isCapture(3s, false));
+}
+
+TEST_F(ScreenReadsTest, WanderingMagnifierIsNoCapture) {
+    for (auto time = 0ms; time < 10s; time += 50ms) {
+        const auto step = static_cast<int>(time / 50ms);
+        reads.add(time, {step * 23 % 1300, step * 11 % 700, 300, 200});
+        EXPECT_FALSE(reads.isCapture(time, false)) << step;
+    }
+}
+
+TEST_F(ScreenReadsTest, WhoFollowsChangesMayReadLittle) {
+    reads.add(1s, {0, 0, 1, 1});
+    reads.add(2500ms, {0, 0, 1, 1});
+    EXPECT_FALSE(reads.isCapture(3s, false));
+    EXPECT_TRUE(reads.isCapture(3s, true));
+}
+
+TEST_F(ScreenReadsTest, LastsTenSecondsBeyondTheLastRead) {
+    addEvery(500ms, 0s, 3s, whole);
+    EXPECT_TRUE(reads.isCapture(3s, false));
+    EXPECT_TRUE(reads.isCapture(13s, false));
+    EXPECT_FALSE(reads.isOver(13s));
+    EXPECT_FALSE(reads.isCapture(13001ms, false));
+    EXPECT_TRUE(reads.isOver(13001ms));
+}
+
+TEST_F(ScreenReadsTest, LastsAsLongAsChangesAreFollowed) {
+    addEvery(500ms, 0s, 3s, whole);
+    EXPECT_TRUE(reads.isCapture(3s, true));
+    EXPECT_TRUE(reads.isCapture(600s, true));
+    EXPECT_FALSE(reads.isOver(600s));
+    EXPECT_FALSE(reads.isCapture(601s, false));
+}
+
+TEST_F(ScreenReadsTest, BeginsAnew) {
+    addEvery(500ms, 0s, 3s, whole);
+    EXPECT_TRUE(reads.isCapture(3s, false));
+    EXPECT_FALSE(reads.isCapture(60s, false));
+    reads.add(61s, whole);
+    EXPECT_FALSE(reads.isCapture(61s, false));
+    reads.add(63s, whole);
+    EXPECT_TRUE(reads.isCapture(63s, false));
+}
+
+TEST_F(ScreenReadsTest, ScreenshotsFarApartAreNoCapture) {
+    for (auto time = 0s; time < 120s; time += 11s) {
+        reads.add(time, whole);
+        EXPECT_FALSE(reads.isCapture(time, false));
+    }
+}
+
+TEST_F(ScreenReadsTest, AreasOutsideAndEmptyOnesAreNothing) {
+    for (const auto& area : {ScreenArea{width, 0, 900, 900}, ScreenArea{-900, 0, 900, 900},
+                             ScreenArea{0, height, 900, 900}, ScreenArea{0, 0, 0, 900}}) {
+        addEvery(500ms, 0s, 5s, area);
+    }
+    EXPECT_FALSE(reads.isCapture(5s, true));
+    addEvery(500ms, 5s, 9s, {-100, -100, width + 500, height + 500});
+    EXPECT_TRUE(reads.isCapture(9s, false));
+}
+
+} // namespace

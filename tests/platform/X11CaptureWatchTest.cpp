@@ -1,0 +1,205 @@
+#include "platform/linux/screenwatch/X11CaptureWatch.h"
+
+#include "tests/support/ChildProcess.h"
+#include "tests/support/EventLoop.h"
+#include "tests/support/X11TestClient.h"
+
+#include <QElapsedTimer>
+
+#include <gmock/gmock.h>
+
+#include <chrono>
+#include <csignal>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+using LinuxPlatform::X11CaptureWatch;
+using TestSupport::ChildProcess;
+using TestSupport::spinUntil;
+using namespace std::chrono_literals;
+
+constexpr auto twoPolls = 6s;
+/// Beyond what the rule needs, for a machine that is busy.
+constexpr auto patience = 20s;
+
+class X11CaptureWatchTest : public testing::Test {
+protected:
+    std::unique_ptr<X11CaptureWatch> watch_ = X11CaptureWatch::open();
+    TestSupport::X11TestClient client_;
+
+    void SetUp() override { ASSERT_TRUE(watch_); }
+
+    static std::unique_ptr<ChildProcess> read(const std::string& name, const std::string& kind,
+                                              const std::vector<std::string>& area, const std::string& period,
+                                              const std::vector<std::string>& options = {}) {
+        std::vector<std::string> command{SCREEN_READER, name, kind};
+        command.insert(command.end(), area.begin(), area.end());
+        command.push_back(period);
+        command.insert(command.end(), options.begin(), options.end());
+        return std::make_unique<ChildProcess>(command);
+    }
+
+    /// How often the reader of that name has read.
+    std::uint32_t count(const std::string& name) const {
+        const auto numbers = client_.numbers(client_.root(), name);
+        return numbers.empty() ? 0 : numbers.front();
+    }
+
+    /// Asks several times a second until the answer is that.
+    bool becomes(bool isCaptured, std::chrono::milliseconds deadline = patience) {
+        QElapsedTimer sinceLast;
+        return spinUntil(
+            [&] {
+                if (sinceLast.isValid() && sinceLast.elapsed() < 200) {
+                    return false;
+                }
+                sinceLast.start();
+                return watch_->isScreenCaptured() == isCaptured;
+            },
+            deadline);
+    }
+
+    /// Lives through what happens meanwhile, without asking.
+    static void pass(std::chrono::milliseconds duration) {
+        spinUntil([] { return false; }, duration);
+    }
+
+    const std::vector<std::string> whole_{"0", "0", "1280", "800"};
+};
+
+TEST_F(X11CaptureWatchTest, NobodyReadsAnIdleDesktop) {
+    EXPECT_FALSE(watch_->isScreenCaptured());
+}
+
+TEST_F(X11CaptureWatchTest, CaptureIsSeenWithinTwoPollsAndItsEndAtOnce) {
+    const auto reader = read("RECORDER", "image", whole_, "66");
+    ASSERT_TRUE(spinUntil([&] { return count("RECORDER") > 0; }, patience));
+    EXPECT_TRUE(becomes(true, twoPolls));
+    reader->end(SIGKILL);
+    EXPECT_TRUE(becomes(false, 3s));
+}
+
+TEST_F(X11CaptureWatchTest, CaptureByCopiesIsSeenFromItsFirstCopy) {
+    // What browsers do: nothing of theirs is there before the capture begins.
+    const auto reader = read("BROWSER", "copy", whole_, "200");
+    ASSERT_TRUE(spinUntil([&] { return count("BROWSER") > 15; }, patience));
+    EXPECT_TRUE(watch_->isScreenCaptured()) << "the first poll tells";
+}
+
+TEST_F(X11CaptureWatchTest, CaptureThatBeganBeforeIsSeen) {
+    watch_.reset();
+    const auto copying = read("EARLY", "copy", whole_, "100");
+    ASSERT_TRUE(spinUntil([&] { return count("EARLY") > 0; }, patience));
+    watch_ = X11CaptureWatch::open();
+    EXPECT_TRUE(becomes(true, twoPolls));
+}
+
+TEST_F(X11CaptureWatchTest, WhoFollowsChangesIsSeenByLittle) {
+    const auto reader = read("FOLLOWER", "image", {"5", "5", "20", "10"}, "400", {"damage"});
+    EXPECT_TRUE(becomes(true));
+}
+
+TEST_F(X11CaptureWatchTest, CaptureOfACopyByAClientThatWasNoisyBeforeIsSeen) {
+    const auto reader = read("NOISY", "copied", whole_, "100", {"noisy"});
+    ASSERT_TRUE(spinUntil([&] { return !client_.numbers(client_.root(), "NOISY").empty(); }, patience));
+    // Its copies are looked into, and recorded no more.
+    const auto before = watch_->roundTrips();
+    ASSERT_TRUE(becomes(false));
+    EXPECT_EQ(watch_->roundTrips(), before + 1);
+    client_.setNumbers(client_.root(), "GO", XCB_ATOM_CARDINAL, std::array{1U});
+    EXPECT_TRUE(becomes(true));
+    xcb_delete_property(client_.get(), client_.root(), client_.atom("GO"));
+    client_.sync();
+}
+
+TEST_F(X11CaptureWatchTest, InnocentReadersAreNone) {
+    const std::vector<std::string> small{"100", "100", "200", "150"};
+    std::vector<std::unique_ptr<ChildProcess>> readers;
+    const std::vector<std::string> names{"PICKER",       "MAGNIFIER", "SCREENSHOTS",
+                                         "ROOTSCROLLER", "OWNER",     "COMPOSITOR"};
+    readers.push_back(read(names[0], "image", {"300", "300", "9", "9"}, "50"));
+    readers.push_back(read(names[1], "image", small, "50", {"moves"}));
+    readers.push_back(read(names[2], "image", whole_, "500", {"reconnects"}));
+    readers.push_back(read(names[3], "scroll", whole_, "100"));
+    readers.push_back(read(names[4], "own", whole_, "100"));
+    readers.push_back(read(names[5], "image", whole_, "100", {"damage", "compositor"}));
+    TestSupport::X11TestClient self;
+    QElapsedTimer time;
+    time.start();
+    int answers = 0;
+    const auto haveAllRead = [&] {
+        for (const auto& name : names) {
+            if (count(name) < 8) {
+                return false;
+            }
+        }
+        return true;
+    };
+    const bool isDone = spinUntil(
+        [&] {
+            xcb_get_image_unchecked(self.get(), XCB_IMAGE_FORMAT_Z_PIXMAP, self.root(), 0, 0, 1280, 800, ~0U);
+            self.sync();
+            EXPECT_FALSE(watch_->isScreenCaptured()) << "after " << time.elapsed() << " ms";
+            ++answers;
+            return (time.elapsed() > 5000 && haveAllRead()) || testing::Test::HasFailure();
+        },
+        patience);
+    EXPECT_TRUE(isDone) << "each reader has read";
+    EXPECT_GT(answers, 10);
+    const auto recorder = read("RECORDER", "image", whole_, "100");
+    EXPECT_TRUE(becomes(true)) << "they do not hide one that does";
+}
+
+TEST_F(X11CaptureWatchTest, IdleDesktopCostsNothing) {
+    ASSERT_FALSE(watch_->isScreenCaptured());
+    const auto roundTrips = watch_->roundTrips();
+    const auto wakeUps = watch_->wakeUps();
+    pass(5500ms);
+    EXPECT_EQ(watch_->wakeUps(), wakeUps);
+    for (int poll = 0; poll < 20; ++poll) {
+        EXPECT_FALSE(watch_->isScreenCaptured());
+    }
+    EXPECT_EQ(watch_->roundTrips(), roundTrips) << "a poll asks the server nothing";
+}
+
+TEST_F(X11CaptureWatchTest, CaptureCostsOneRoundTripAPollAndNoWakeUp) {
+    const auto reader = read("RECORDER", "image", whole_, "66");
+    ASSERT_TRUE(becomes(true));
+    const auto wakeUps = watch_->wakeUps();
+    pass(3s);
+    const auto roundTrips = watch_->roundTrips();
+    EXPECT_TRUE(watch_->isScreenCaptured());
+    EXPECT_EQ(watch_->roundTrips(), roundTrips + 1);
+    EXPECT_EQ(watch_->wakeUps(), wakeUps);
+}
+
+TEST_F(X11CaptureWatchTest, ReadsThatNobodyAsksForAreTakenInNowAndThen) {
+    const auto reader = read("RECORDER", "image", whole_, "20");
+    const auto wakeUps = watch_->wakeUps();
+    EXPECT_TRUE(spinUntil([&] { return watch_->wakeUps() >= wakeUps + 2; }, patience));
+    EXPECT_LE(watch_->wakeUps(), wakeUps + 3);
+    EXPECT_TRUE(watch_->isScreenCaptured());
+}
+
+TEST_F(X11CaptureWatchTest, ThousandCapturesThatComeAndGoLeaveNothing) {
+    for (int connection = 0; connection < 1000; ++connection) {
+        TestSupport::X11TestClient passing;
+        xcb_get_image_unchecked(passing.get(), XCB_IMAGE_FORMAT_Z_PIXMAP, passing.root(), 0, 0, 1280, 800,
+                                ~0U);
+        if (connection % 10 == 0) {
+            passing.sync();
+            EXPECT_FALSE(watch_->isScreenCaptured());
+        }
+    }
+    EXPECT_TRUE(becomes(false));
+    const auto roundTrips = watch_->roundTrips();
+    EXPECT_FALSE(watch_->isScreenCaptured());
+    EXPECT_EQ(watch_->roundTrips(), roundTrips);
+    const auto recorder = read("RECORDER", "image", whole_, "100");
+    EXPECT_TRUE(becomes(true));
+}
+
+} // namespace
