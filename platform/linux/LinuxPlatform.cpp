@@ -7,6 +7,7 @@
 #include "platform/linux/apps/AppIdentity.h"
 #include "platform/linux/apps/DesktopEntries.h"
 #include "platform/linux/apps/DesktopEntryBundles.h"
+#include "platform/linux/camera/LinuxCaptureServices.h"
 #include "platform/linux/defaults/FileUserDefaults.h"
 #include "platform/linux/folders/XdgUserFolders.h"
 #include "platform/linux/hotkeys/DesktopShortcuts.h"
@@ -152,6 +153,8 @@ Platform::Platform makeLinuxPlatform() {
         platform.log->writeLine(
             "Curtain: there is no session bus, so the icon shows only in trays of X windows");
     }
+    platform.captureServices = std::make_unique<LinuxCaptureServices>(
+        *platform.mainQueue, std::make_unique<PipeWireCameras>(), nullptr);
     platform.foundation = std::move(session);
     return platform;
 }

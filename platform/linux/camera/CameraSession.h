@@ -1,0 +1,89 @@
+#pragma once
+
+#include "platform/CaptureServices.h"
+#include "platform/MainQueue.h"
+#include "platform/linux/camera/CameraStack.h"
+#include "platform/linux/camera/FrameDistributor.h"
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace LinuxPlatform {
+
+/// A camera of one of the stacks.
+class CameraInput : public Platform::CaptureInput {
+public:
+    CameraInput(Platform::CaptureDevice device, std::shared_ptr<CameraStack> stack);
+
+    const Platform::CaptureDevice& device() const override;
+    CameraStack& stack() const;
+
+private:
+    Platform::CaptureDevice device_;
+    std::shared_ptr<CameraStack> stack_;
+};
+
+class CameraPhotoOutput;
+
+/// A session with at most one camera and one photo output.
+class CameraSession : public Platform::CaptureSession {
+public:
+    /// `mainQueue` outlives the session.
+    explicit CameraSession(Platform::MainQueue& mainQueue);
+    CameraSession(const CameraSession&) = delete;
+    CameraSession& operator=(const CameraSession&) = delete;
+    ~CameraSession() override;
+
+    void beginConfiguration() override;
+    void commitConfiguration() override;
+    std::vector<std::shared_ptr<Platform::CaptureInput>> inputs() const override;
+    void removeInput(const std::shared_ptr<Platform::CaptureInput>& input) override;
+    bool canAddInput(const std::shared_ptr<Platform::CaptureInput>& input) const override;
+    void addInput(const std::shared_ptr<Platform::CaptureInput>& input) override;
+    std::vector<std::shared_ptr<Platform::PhotoOutput>> outputs() const override;
+    bool canAddOutput(const std::shared_ptr<Platform::PhotoOutput>& output) const override;
+    void addOutput(const std::shared_ptr<Platform::PhotoOutput>& output) override;
+    bool isRunning() const override;
+    void startRunning() override;
+    void stopRunning() override;
+    std::unique_ptr<Platform::VideoPreview> makePreview(std::function<void()> onPictureChanged) override;
+
+private:
+    /// Makes the input count.
+    void commit();
+    /// Opens and closes the feed as the committed input and `isRunning_` ask for, with the lock held.
+    void apply();
+    void closeFeed();
+
+    std::shared_ptr<FrameDistributor> distributor_;
+    std::shared_ptr<CameraPhotoOutput> output_;
+    int openConfigurations_ = 0;
+    std::shared_ptr<CameraInput> input_;
+
+    std::atomic<bool> isRunning_ = false;
+    std::mutex mutex_;
+    /// The input as last committed.
+    std::shared_ptr<CameraInput> committedInput_;
+    std::shared_ptr<CameraInput> feedInput_;
+    std::unique_ptr<CameraFeed> feed_;
+};
+
+/// Takes the next frame of the session that it was added to.
+class CameraPhotoOutput : public Platform::PhotoOutput {
+public:
+    std::vector<Platform::PhotoCodec> availablePhotoCodecTypes() const override;
+    void capturePhoto(const Platform::PhotoSettings& settings,
+                      std::weak_ptr<Platform::PhotoReceiver> receiver) override;
+
+    /// Called by the session that it is added to.
+    void attach(std::weak_ptr<FrameDistributor> distributor);
+
+private:
+    std::weak_ptr<FrameDistributor> distributor_;
+};
+
+} // namespace LinuxPlatform

@@ -1,0 +1,423 @@
+#include "platform/linux/camera/PipeWireCameras.h"
+
+#include "platform/linux/camera/LinuxCaptureServices.h"
+#include "tests/platform/CameraWorld.h"
+
+#include <gmock/gmock.h>
+
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+
+namespace {
+
+using LinuxPlatform::LinuxCaptureServices;
+using LinuxPlatform::PipeWireCameras;
+using Platform::CaptureDevice;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using TestSupport::ChildProcess;
+using TestSupport::RecordingPhotoReceiver;
+using TestSupport::showsBars;
+using TestSupport::spinUntil;
+using TestSupport::VirtualCamera;
+
+constexpr auto patience = std::chrono::seconds(20);
+
+std::vector<std::byte> bytesOf(std::string_view text) {
+    std::vector<std::byte> bytes;
+    for (const char letter : text) {
+        bytes.push_back(static_cast<std::byte>(letter));
+    }
+    return bytes;
+}
+
+bool contains(const std::vector<std::byte>& data, std::string_view text) {
+    const auto wanted = bytesOf(text);
+    return std::ranges::search(data, wanted).begin() != data.end();
+}
+
+struct PipeWireCamerasTest : testing::Test {
+    TestSupport::TemporaryFolder folder;
+    QtPlatform::QtMainQueue mainQueue;
+    LinuxCaptureServices services{mainQueue, std::make_unique<PipeWireCameras>(), nullptr};
+    std::shared_ptr<Platform::CaptureSession> session = services.makeSession();
+    std::shared_ptr<Platform::PhotoOutput> output = services.makePhotoOutput();
+    std::unique_ptr<Platform::VideoPreview> preview;
+    int pictures = 0;
+
+    void SetUp() override {
+        // Cameras of an earlier test may still be on their way out.
+        ASSERT_TRUE(spinUntil([&] { return services.devices().empty(); }, patience));
+    }
+
+    void TearDown() override { session->stopRunning(); }
+
+    std::unique_ptr<VirtualCamera> plugIn(const std::string& name, const std::string& description,
+                                          const std::string& formats,
+                                          const std::vector<std::string>& options = {}) {
+        const auto count = [&] {
+            const auto devices = services.devices();
+            return std::ranges::count_if(
+                devices, [&](const CaptureDevice& device) { return device.uniqueID.starts_with(name); });
+        };
+        const auto before = count();
+        auto camera = std::make_unique<VirtualCamera>(folder, name, description, formats, options);
+        EXPECT_TRUE(spinUntil([&] { return count() > before; }, patience));
+        return camera;
+    }
+
+    void choose(const std::string& id) {
+        session->beginConfiguration();
+        for (const auto& input : session->inputs()) {
+            session->removeInput(input);
+        }
+        for (const auto& device : services.devices()) {
+            if (device.uniqueID == id) {
+                session->addInput(services.makeInput(device));
+            }
+        }
+        if (session->canAddOutput(output)) {
+            session->addOutput(output);
+        }
+        session->commitConfiguration();
+        ASSERT_EQ(session->inputs().size(), 1U);
+    }
+
+    void look(int width = 332, int height = 187) {
+        preview = session->makePreview([this] { ++pictures; });
+        preview->setSize(width, height);
+    }
+
+    bool comesOn() {
+        return spinUntil([&] { return preview->picture() != nullptr; }, patience);
+    }
+    bool goesDark() {
+        return spinUntil([&] { return preview->picture() == nullptr; }, patience);
+    }
+};
+
+TEST_F(PipeWireCamerasTest, CamerasAreListedBuiltInFirstThenByName) {
+    const auto network = plugIn("b-phone", "A Phone", "yuyv");
+    const auto other = plugIn("a-phone", "A Phone", "yuyv");
+    const auto builtIn = plugIn("inside", "Integrated Camera", "yuyv");
+    EXPECT_THAT(services.devices(),
+                ElementsAre(CaptureDevice{"inside", "Integrated Camera"}, CaptureDevice{"a-phone", "A Phone"},
+                            CaptureDevice{"b-phone", "A Phone"}));
+}
+
+TEST_F(PipeWireCamerasTest, FirstListIsComplete) {
+    const auto one = plugIn("one", "One", "yuyv");
+    const auto two = plugIn("two", "Two", "yuyv");
+    PipeWireCameras fresh;
+    EXPECT_EQ(fresh.devices().size(), 2U);
+    EXPECT_TRUE(fresh.isReachable());
+}
+
+TEST_F(PipeWireCamerasTest, DefaultCameraIsTheSessionManagersChoice) {
+    const auto one = plugIn("one", "One", "yuyv");
+    const auto two = plugIn("two", "Two", "yuyv");
+    ChildProcess choice(
+        {"pw-metadata", "0", "default.configured.video.source", R"({"name":"two"})", "Spa:String:JSON"});
+    EXPECT_TRUE(spinUntil([&] { return services.defaultDevice() == CaptureDevice{"two", "Two"}; }, patience));
+    ChildProcess other(
+        {"pw-metadata", "0", "default.configured.video.source", R"({"name":"one"})", "Spa:String:JSON"});
+    EXPECT_TRUE(spinUntil([&] { return services.defaultDevice() == CaptureDevice{"one", "One"}; }, patience));
+    PipeWireCameras fresh;
+    EXPECT_EQ(fresh.defaultDevice(), (CaptureDevice{"one", "One"}));
+}
+
+TEST_F(PipeWireCamerasTest, CamerasComeAndGo) {
+    auto one = plugIn("one", "One", "yuyv");
+    const auto two = plugIn("two", "Two", "yuyv");
+    one->unplug();
+    EXPECT_TRUE(spinUntil(
+        [&] {
+            return services.devices() == std::vector{CaptureDevice{"two", "Two"}};
+        },
+        patience));
+    one = plugIn("one", "One", "yuyv");
+    EXPECT_THAT(services.devices(), ElementsAre(CaptureDevice{"one", "One"}, CaptureDevice{"two", "Two"}));
+}
+
+TEST_F(PipeWireCamerasTest, CamerasOfTheSameNameAreToldApart) {
+    const auto one = plugIn("same", "Same Camera", "yuyv");
+    const auto two = plugIn("same", "Same Camera", "jpeg", {"log=" + (folder.path() / "second").string()});
+    ASSERT_THAT(services.devices(),
+                ElementsAre(CaptureDevice{"same", "Same Camera"}, CaptureDevice{"same#2", "Same Camera"}));
+    choose("same#2");
+    look();
+    session->startRunning();
+    ASSERT_TRUE(comesOn());
+    EXPECT_THAT(TestSupport::readFile(folder.path() / "second"), testing::HasSubstr("streaming"));
+    EXPECT_FALSE(one->isStreaming());
+}
+
+TEST_F(PipeWireCamerasTest, RawPicturesHaveTheCamerasColors) {
+    const auto camera = plugIn("raw", "Raw Camera", "yuyv");
+    choose("raw");
+    look();
+    session->startRunning();
+    EXPECT_TRUE(session->isRunning());
+    ASSERT_TRUE(comesOn());
+    const auto picture = preview->picture();
+    EXPECT_TRUE(showsBars(*picture));
+    // Half of 1280 by 720 is enough for the view.
+    EXPECT_EQ(picture->width, 640);
+    EXPECT_EQ(picture->height, 360);
+    EXPECT_TRUE(spinUntil([&] { return pictures >= 5; }, patience)) << "pictures keep coming";
+}
+
+TEST_F(PipeWireCamerasTest, JpegIsPreferredAndDecodedAsSmallAsItMayBe) {
+    const auto camera = plugIn("both", "Camera", "both");
+    choose("both");
+    look();
+    session->startRunning();
+    ASSERT_TRUE(comesOn());
+    EXPECT_THAT(camera->log(), testing::HasSubstr("jpeg 1280x720"));
+    EXPECT_TRUE(showsBars(*preview->picture()));
+    EXPECT_EQ(preview->picture()->width, 640);
+    preview->setSize(1280, 720);
+    EXPECT_TRUE(spinUntil([&] { return preview->picture() && preview->picture()->width == 1280; }, patience));
+}
+
+TEST_F(PipeWireCamerasTest, PhotoIsTheCamerasOwnJpeg) {
+    const auto camera = plugIn("jpeg", "Camera", "both");
+    choose("jpeg");
+    session->startRunning();
+    const auto receiver = std::make_shared<RecordingPhotoReceiver>();
+    output->capturePhoto({Platform::PhotoCodec::jpeg}, receiver);
+    ASSERT_TRUE(spinUntil([&] { return receiver->photo().has_value(); }, patience));
+    const auto data = receiver->photo()->fileDataRepresentation;
+    ASSERT_TRUE(data);
+    EXPECT_TRUE(contains(*data, "VirtualCamera jpeg frame "));
+    const auto picture = services.decodeImage(*data);
+    ASSERT_TRUE(picture);
+    EXPECT_EQ(picture->width, 1280);
+    EXPECT_TRUE(showsBars(*picture));
+    EXPECT_EQ(receiver->calls(), 1);
+}
+
+TEST_F(PipeWireCamerasTest, PhotoOfARawCameraIsEncodedAtFullSize) {
+    const auto camera = plugIn("raw", "Camera", "yuyv");
+    choose("raw");
+    look();
+    session->startRunning();
+    ASSERT_TRUE(comesOn());
+    const auto receiver = std::make_shared<RecordingPhotoReceiver>();
+    output->capturePhoto({Platform::PhotoCodec::jpeg}, receiver);
+    ASSERT_TRUE(spinUntil([&] { return receiver->photo().has_value(); }, patience));
+    const auto data = receiver->photo()->fileDataRepresentation;
+    ASSERT_TRUE(data);
+    EXPECT_FALSE(contains(*data, "VirtualCamera"));
+    const auto picture = services.decodeImage(*data);
+    ASSERT_TRUE(picture);
+    EXPECT_EQ(picture->width, 1280);
+    EXPECT_EQ(picture->height, 720);
+    EXPECT_TRUE(showsBars(*picture));
+}
+
+TEST_F(PipeWireCamerasTest, StoppingLetsTheCameraGoAndDarkensThePreview) {
+    const auto camera = plugIn("cam", "Camera", "both");
+    choose("cam");
+    look();
+    session->startRunning();
+    ASSERT_TRUE(comesOn());
+    const auto before = std::chrono::steady_clock::now();
+    session->stopRunning();
+    EXPECT_FALSE(session->isRunning());
+    EXPECT_EQ(preview->picture(), nullptr);
+    EXPECT_TRUE(spinUntil([&] { return !camera->isStreaming(); }, patience));
+    RecordProperty("millisecondsToLetGo", static_cast<int>((std::chrono::steady_clock::now() - before) /
+                                                           std::chrono::milliseconds(1)));
+    session->startRunning();
+    EXPECT_TRUE(comesOn());
+}
+
+TEST_F(PipeWireCamerasTest, PhotoThatWaitsWhenTheSessionStopsEndsWithout) {
+    const auto camera = plugIn("mute", "Camera", "yuyv", {"silent"});
+    choose("mute");
+    session->startRunning();
+    const auto receiver = std::make_shared<RecordingPhotoReceiver>();
+    output->capturePhoto({}, receiver);
+    session->stopRunning();
+    ASSERT_TRUE(receiver->photo());
+    EXPECT_EQ(receiver->photo()->fileDataRepresentation, std::nullopt);
+    output->capturePhoto({}, receiver);
+    EXPECT_EQ(receiver->calls(), 2);
+}
+
+TEST_F(PipeWireCamerasTest, SwitchingShowsTheOtherCamera) {
+    const auto one = plugIn("one", "One", "jpeg");
+    const auto two = plugIn("two", "Two", "yuyv", {"size=640x480"});
+    choose("one");
+    look();
+    session->startRunning();
+    ASSERT_TRUE(comesOn());
+    choose("two");
+    EXPECT_TRUE(spinUntil([&] { return preview->picture() && preview->picture()->height == 480; }, patience));
+    EXPECT_TRUE(spinUntil([&] { return !one->isStreaming() && two->isStreaming(); }, patience));
+}
+
+TEST_F(PipeWireCamerasTest, UnpluggingDarkensAndPluggingInAgainResumes) {
+    auto camera = plugIn("cam", "Camera", "both");
+    const auto other = plugIn("other", "Other", "yuyv");
+    choose("cam");
+    look();
+    session->startRunning();
+    ASSERT_TRUE(comesOn());
+    camera->unplug();
+    EXPECT_TRUE(goesDark());
+    EXPECT_TRUE(session->isRunning());
+    EXPECT_FALSE(other->isStreaming()) << "the other camera is not taken in its place";
+    camera = plugIn("cam", "Camera", "both");
+    EXPECT_TRUE(comesOn());
+}
+
+TEST_F(PipeWireCamerasTest, CameraThatNeverDeliversStaysDarkAndDoesNotBlock) {
+    const auto camera = plugIn("mute", "Camera", "both", {"silent"});
+    choose("mute");
+    look();
+    session->startRunning();
+    EXPECT_TRUE(spinUntil([&] { return camera->isStreaming(); }, patience));
+    EXPECT_EQ(preview->picture(), nullptr);
+    session->stopRunning();
+    EXPECT_TRUE(spinUntil([&] { return !camera->isStreaming(); }, patience));
+}
+
+TEST_F(PipeWireCamerasTest, PreviewThatShowsNothingCostsNoPicture) {
+    const auto camera = plugIn("cam", "Camera", "both");
+    choose("cam");
+    look();
+    session->startRunning();
+    ASSERT_TRUE(comesOn());
+    preview->setSize(0, 0);
+    EXPECT_EQ(preview->picture(), nullptr);
+    preview->setSize(100, 50);
+    EXPECT_TRUE(comesOn());
+    preview.reset();
+    look();
+    EXPECT_EQ(preview->picture(), nullptr) << "an old picture";
+    EXPECT_TRUE(comesOn());
+}
+
+TEST_F(PipeWireCamerasTest, DamagedFramesAreShownAsFarAsTheyGo) {
+    const auto camera = plugIn("cut", "Camera", "jpeg", {"truncated"});
+    choose("cut");
+    look();
+    session->startRunning();
+    ASSERT_TRUE(comesOn());
+    EXPECT_TRUE(showsBars(*preview->picture()));
+}
+
+TEST_F(PipeWireCamerasTest, FramesThatAreNoneStayDark) {
+    const auto noise = plugIn("noise", "Noise", "jpeg", {"broken"});
+    const auto half = plugIn("half", "Half", "yuyv", {"truncated"});
+    const auto witness = plugIn("witness", "Witness", "yuyv");
+    for (const auto& [id, camera] : {std::pair{"noise", noise.get()}, std::pair{"half", half.get()}}) {
+        choose(id);
+        look();
+        session->startRunning();
+        ASSERT_TRUE(spinUntil([&] { return camera->isStreaming(); }, patience));
+        // By the time that another camera has delivered, this one has, too.
+        const auto second = services.makeSession();
+        second->addInput(services.makeInput({"witness", "Witness"}));
+        int seen = 0;
+        const auto watcher = second->makePreview([&] { ++seen; });
+        watcher->setSize(16, 9);
+        second->startRunning();
+        ASSERT_TRUE(spinUntil([&] { return seen >= 3; }, patience));
+        EXPECT_EQ(preview->picture(), nullptr) << id;
+        session->stopRunning();
+    }
+}
+
+TEST_F(PipeWireCamerasTest, JpegOfAnotherSizeThanAnnouncedIsShownAsItIs) {
+    for (const auto* fault : {"smaller", "larger"}) {
+        const auto camera = plugIn(fault, "Camera", "jpeg", {fault});
+        choose(fault);
+        look();
+        session->startRunning();
+        ASSERT_TRUE(comesOn()) << fault;
+        EXPECT_TRUE(showsBars(*preview->picture())) << fault;
+        session->stopRunning();
+    }
+}
+
+TEST_F(PipeWireCamerasTest, CameraOfImpossibleSizeStaysDark) {
+    const auto ordinary = plugIn("ordinary", "Camera", "yuyv");
+    for (const auto& [id, size] : {std::pair{"tiny", "size=0x0"}, std::pair{"huge", "size=16384x16384"}}) {
+        const auto camera = plugIn(id, "Odd", "both", {size});
+        choose(id);
+        look();
+        session->startRunning();
+        EXPECT_FALSE(camera->isStreaming());
+        choose("ordinary");
+        EXPECT_TRUE(comesOn()) << "after a camera with " << size;
+        session->stopRunning();
+    }
+}
+
+TEST_F(PipeWireCamerasTest, ManyStartsAndStopsLeaveNothingBehind) {
+    const auto camera = plugIn("cam", "Camera", "both");
+    choose("cam");
+    look();
+    const auto openFiles = [] {
+        const std::filesystem::directory_iterator files("/proc/self/fd");
+        return std::distance(begin(files), end(files));
+    };
+    session->startRunning();
+    ASSERT_TRUE(comesOn());
+    session->stopRunning();
+    const auto before = openFiles();
+    for (int turn = 0; turn < 20; ++turn) {
+        session->startRunning();
+        ASSERT_TRUE(comesOn());
+        session->stopRunning();
+    }
+    EXPECT_TRUE(spinUntil([&] { return openFiles() <= before; }, patience));
+}
+
+/// Runs last: afterwards, the virtual desktop's own daemon is gone.
+TEST_F(PipeWireCamerasTest, ZDaemonThatEndsAndComesBack) {
+    auto camera = plugIn("cam", "Camera", "both");
+    choose("cam");
+    look();
+    session->startRunning();
+    ASSERT_TRUE(comesOn());
+
+    const auto pids = std::filesystem::path(std::getenv("VIRTUAL_DESKTOP_PIDS"));
+    const auto pid = std::stoi(TestSupport::readFile(pids / "pipewire"));
+    // Whoever does not answer costs a list, never a hang.
+    kill(pid, SIGSTOP);
+    {
+        PipeWireCameras fresh;
+        const auto begin = std::chrono::steady_clock::now();
+        EXPECT_THAT(fresh.devices(), IsEmpty());
+        EXPECT_FALSE(fresh.isReachable());
+        EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
+        const auto again = std::chrono::steady_clock::now();
+        EXPECT_THAT(fresh.devices(), IsEmpty());
+        EXPECT_LT(std::chrono::steady_clock::now() - again, std::chrono::milliseconds(250));
+    }
+    kill(pid, SIGCONT);
+    EXPECT_EQ(services.devices().size(), 1U);
+
+    kill(pid, SIGKILL);
+    EXPECT_TRUE(goesDark());
+    EXPECT_TRUE(spinUntil([&] { return services.devices().empty(); }, patience));
+    EXPECT_EQ(services.defaultDevice(), std::nullopt);
+    EXPECT_TRUE(session->isRunning());
+
+    // Nothing is left of the first one by then.
+    const auto socket = std::filesystem::path(std::getenv("XDG_RUNTIME_DIR")) / "pipewire-0";
+    std::filesystem::remove(socket);
+    const ChildProcess daemon({"pipewire"});
+    ASSERT_TRUE(spinUntil([&] { return std::filesystem::exists(socket); }, patience));
+    const ChildProcess sessionManager({"wireplumber"});
+    camera = plugIn("cam", "Camera", "both");
+    EXPECT_TRUE(comesOn());
+    EXPECT_TRUE(showsBars(*preview->picture()));
+}
+
+} // namespace

@@ -1,0 +1,368 @@
+/// A camera of PipeWire that behaves like one on USB: several formats, JPEG of its own.
+///
+/// usage: VirtualCamera NAME DESCRIPTION jpeg|yuyv|both [OPTION...]
+///
+/// It shows four upright bars, red, green, blue and gray, and a white square that moves. Each JPEG carries a
+/// comment "VirtualCamera NAME frame N". It lives until it is told to end.
+///
+/// Options: log=FILE   gets a line for each format and state, "streaming" and "paused" among them
+///          path=PATH  object.path, such as v4l2:/dev/video7
+///          size=WxH   what it announces and delivers instead of 1280x720 and 640x480
+///          rate=N     frames a second, instead of 30
+///          photo      a picture full of detail instead of flat bars
+///          silent     never delivers a frame
+///          truncated  ends each frame half way
+///          smaller, larger  delivers another size than announced
+///          broken     delivers noise
+
+#include <pipewire/pipewire.h>
+#include <spa/param/buffers.h>
+#include <spa/param/video/format-utils.h>
+
+#include <turbojpeg.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <csignal>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#pragma GCC diagnostic ignored "-Wold-style-cast"
+#pragma GCC diagnostic ignored "-Wpedantic"
+#pragma GCC diagnostic ignored "-Wmissing-field-initializers"
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+constexpr int frames = 8;
+constexpr int squareSide = 100;
+
+struct Size {
+    int width = 0;
+    int height = 0;
+};
+
+struct Options {
+    std::string name;
+    std::string description;
+    std::string formats;
+    std::string log;
+    std::string path;
+    std::vector<Size> sizes{{1280, 720}, {640, 480}};
+    int rate = 30;
+    bool isPhoto = false;
+    std::string fault;
+};
+
+struct Color {
+    int red = 0;
+    int green = 0;
+    int blue = 0;
+};
+
+/// A cheap hash: detail that does not compress away, the same every time.
+int grain(int x, int y) {
+    auto value = static_cast<std::uint32_t>(x * 374761393 + y * 668265263);
+    value = (value ^ (value >> 13U)) * 1274126177U;
+    return static_cast<int>((value >> 24U) & 0x1FU) - 16;
+}
+
+Color colorAt(int x, int y, int frame, Size size, bool isPhoto) {
+    const int left = frame * 64 % std::max(size.width - squareSide, 1);
+    const int top = size.height / 2 - squareSide / 2;
+    if (x >= left && x < left + squareSide && y >= top && y < top + squareSide) {
+        return {255, 255, 255};
+    }
+    if (isPhoto) {
+        const auto wave = [&](double scale) { return 100 + 80 * std::sin((x + y * 0.6) / scale); };
+        const int noise = grain(x, y);
+        return {static_cast<int>(wave(40)) + noise, static_cast<int>(wave(90)) + noise,
+                static_cast<int>(wave(23)) + noise};
+    }
+    constexpr std::array<Color, 4> bars{{{255, 0, 0}, {0, 255, 0}, {0, 0, 255}, {128, 128, 128}}};
+    return bars[static_cast<std::size_t>(x * 4 / size.width)];
+}
+
+Bytes jpegFrame(int frame, Size size, const Options& options) {
+    Bytes pixels;
+    pixels.reserve(static_cast<std::size_t>(size.width * size.height) * 3);
+    for (int y = 0; y < size.height; ++y) {
+        for (int x = 0; x < size.width; ++x) {
+            const auto color = colorAt(x, y, frame, size, options.isPhoto);
+            for (const int part : {color.red, color.green, color.blue}) {
+                pixels.push_back(static_cast<std::uint8_t>(part));
+            }
+        }
+    }
+    auto* compressor = tjInitCompress();
+    unsigned char* data = nullptr;
+    unsigned long length = 0;
+    tjCompress2(compressor, pixels.data(), size.width, 0, size.height, TJPF_RGB, &data, &length, TJSAMP_422,
+                85, 0);
+    const auto comment = "VirtualCamera " + options.name + " frame " + std::to_string(frame);
+    // The comment goes right behind the two bytes that begin every JPEG.
+    Bytes jpeg(data, data + 2);
+    jpeg.insert(jpeg.end(), {0xFF, 0xFE, 0, static_cast<std::uint8_t>(comment.size() + 2)});
+    jpeg.insert(jpeg.end(), comment.begin(), comment.end());
+    jpeg.insert(jpeg.end(), data + 2, data + length);
+    tjFree(data);
+    tjDestroy(compressor);
+    return jpeg;
+}
+
+Bytes yuyvFrame(int frame, Size size, const Options& options) {
+    Bytes data;
+    data.reserve(static_cast<std::size_t>(size.width * size.height) * 2);
+    for (int y = 0; y < size.height; ++y) {
+        for (int x = 0; x < size.width; ++x) {
+            // Both pixels of a pair have the colour of the first.
+            const auto c = colorAt(x & ~1, y, frame, size, options.isPhoto);
+            const auto luma = 16 + (66 * c.red + 129 * c.green + 25 * c.blue + 128) / 256;
+            const auto blue = 128 + (-38 * c.red - 74 * c.green + 112 * c.blue + 128) / 256;
+            const auto red = 128 + (112 * c.red - 94 * c.green - 18 * c.blue + 128) / 256;
+            data.push_back(static_cast<std::uint8_t>(luma));
+            data.push_back(static_cast<std::uint8_t>(x % 2 == 0 ? blue : red));
+        }
+    }
+    return data;
+}
+
+class Camera {
+public:
+    explicit Camera(Options options) : options_(std::move(options)) {}
+
+    int run() {
+        loop_ = pw_main_loop_new(nullptr);
+        auto* loop = pw_main_loop_get_loop(loop_);
+        for (const int signal : {SIGTERM, SIGINT}) {
+            pw_loop_add_signal(
+                loop, signal, [](void* self, int) { pw_main_loop_quit(static_cast<Camera*>(self)->loop_); },
+                this);
+        }
+        timer_ = pw_loop_add_timer(
+            loop,
+            [](void* self, std::uint64_t) { pw_stream_trigger_process(static_cast<Camera*>(self)->stream_); },
+            this);
+        auto* properties = pw_properties_new(PW_KEY_MEDIA_CLASS, "Video/Source", PW_KEY_MEDIA_ROLE, "Camera",
+                                             PW_KEY_NODE_NAME, options_.name.c_str(), PW_KEY_NODE_DESCRIPTION,
+                                             options_.description.c_str(), nullptr);
+        if (!options_.path.empty()) {
+            pw_properties_set(properties, PW_KEY_OBJECT_PATH, options_.path.c_str());
+        }
+        stream_ = pw_stream_new_simple(loop, options_.name.c_str(), properties, &events, this);
+        connect();
+        pw_main_loop_run(loop_);
+        pw_stream_destroy(stream_);
+        pw_main_loop_destroy(loop_);
+        return hasFailed_ ? EXIT_FAILURE : EXIT_SUCCESS;
+    }
+
+private:
+    void connect() {
+        std::array<std::uint8_t, 4096> memory{};
+        spa_pod_builder builder{};
+        spa_pod_builder_init(&builder, memory.data(), memory.size());
+        const spa_fraction rate{static_cast<std::uint32_t>(options_.rate), 1};
+        std::vector<const spa_pod*> formats;
+        const auto offer = [&](spa_media_subtype subtype) {
+            spa_pod_frame object;
+            spa_pod_frame choice;
+            spa_pod_builder_push_object(&builder, &object, SPA_TYPE_OBJECT_Format, SPA_PARAM_EnumFormat);
+            spa_pod_builder_add(&builder, SPA_FORMAT_mediaType, SPA_POD_Id(SPA_MEDIA_TYPE_video),
+                                SPA_FORMAT_mediaSubtype, SPA_POD_Id(subtype), SPA_FORMAT_VIDEO_framerate,
+                                SPA_POD_Fraction(&rate), 0);
+            if (subtype == SPA_MEDIA_SUBTYPE_raw) {
+                spa_pod_builder_add(&builder, SPA_FORMAT_VIDEO_format, SPA_POD_Id(SPA_VIDEO_FORMAT_YUY2), 0);
+            }
+            spa_pod_builder_prop(&builder, SPA_FORMAT_VIDEO_size, 0);
+            spa_pod_builder_push_choice(&builder, &choice, SPA_CHOICE_Enum, 0);
+            const auto add = [&](Size size) {
+                spa_pod_builder_rectangle(&builder, static_cast<std::uint32_t>(size.width),
+                                          static_cast<std::uint32_t>(size.height));
+            };
+            add(options_.sizes.front());
+            for (const auto size : options_.sizes) {
+                add(size);
+            }
+            spa_pod_builder_pop(&builder, &choice);
+            formats.push_back(static_cast<const spa_pod*>(spa_pod_builder_pop(&builder, &object)));
+        };
+        if (options_.formats != "yuyv") {
+            offer(SPA_MEDIA_SUBTYPE_mjpg);
+        }
+        if (options_.formats != "jpeg") {
+            offer(SPA_MEDIA_SUBTYPE_raw);
+        }
+        pw_stream_connect(stream_, PW_DIRECTION_OUTPUT, PW_ID_ANY,
+                          static_cast<pw_stream_flags>(PW_STREAM_FLAG_DRIVER | PW_STREAM_FLAG_MAP_BUFFERS),
+                          formats.data(), static_cast<std::uint32_t>(formats.size()));
+    }
+
+    void log(const std::string& line) const {
+        if (!options_.log.empty()) {
+            std::ofstream(options_.log, std::ios::app) << line << '\n';
+        }
+    }
+
+    void onParamChanged(std::uint32_t id, const spa_pod* param) {
+        if (id != SPA_PARAM_Format || !param) {
+            return;
+        }
+        std::uint32_t type = 0;
+        std::uint32_t subtype = 0;
+        spa_format_parse(param, &type, &subtype);
+        const bool isJpeg = subtype == SPA_MEDIA_SUBTYPE_mjpg;
+        Size size;
+        if (isJpeg) {
+            spa_video_info_mjpg info{};
+            spa_format_video_mjpg_parse(param, &info);
+            size = {static_cast<int>(info.size.width), static_cast<int>(info.size.height)};
+        } else {
+            spa_video_info_raw info{};
+            spa_format_video_raw_parse(param, &info);
+            size = {static_cast<int>(info.size.width), static_cast<int>(info.size.height)};
+        }
+        log(std::string(isJpeg ? "jpeg " : "yuyv ") + std::to_string(size.width) + "x" +
+            std::to_string(size.height));
+        makeFrames(isJpeg, size);
+        std::size_t largest = static_cast<std::size_t>(size.width * size.height) * 2;
+        for (const auto& frame : frames_) {
+            largest = std::max(largest, frame.size());
+        }
+        std::array<std::uint8_t, 512> memory{};
+        spa_pod_builder builder{};
+        spa_pod_builder_init(&builder, memory.data(), memory.size());
+        const auto* buffers = static_cast<const spa_pod*>(spa_pod_builder_add_object(
+            &builder, SPA_TYPE_OBJECT_ParamBuffers, SPA_PARAM_Buffers, SPA_PARAM_BUFFERS_buffers,
+            SPA_POD_CHOICE_RANGE_Int(4, 2, 8), SPA_PARAM_BUFFERS_blocks, SPA_POD_Int(1),
+            SPA_PARAM_BUFFERS_size, SPA_POD_Int(static_cast<int>(largest)), SPA_PARAM_BUFFERS_stride,
+            SPA_POD_Int(stride_)));
+        pw_stream_update_params(stream_, &buffers, 1);
+    }
+
+    void makeFrames(bool isJpeg, Size announced) {
+        auto size = announced;
+        if (options_.fault == "smaller") {
+            size = {announced.width / 2, announced.height / 2};
+        } else if (options_.fault == "larger") {
+            size = {announced.width * 2, announced.height * 2};
+        }
+        stride_ = isJpeg ? 0 : size.width * 2;
+        frames_.clear();
+        for (int frame = 0; frame < frames; ++frame) {
+            frames_.push_back(isJpeg ? jpegFrame(frame, size, options_) : yuyvFrame(frame, size, options_));
+            auto& data = frames_.back();
+            if (options_.fault == "truncated") {
+                data.resize(data.size() / 2);
+            } else if (options_.fault == "broken") {
+                for (std::size_t at = 0; at < data.size(); ++at) {
+                    data[at] = static_cast<std::uint8_t>(grain(static_cast<int>(at), frame) * 8);
+                }
+            }
+        }
+    }
+
+    void onProcess() {
+        auto* buffer = pw_stream_dequeue_buffer(stream_);
+        if (!buffer) {
+            return;
+        }
+        auto& data = buffer->buffer->datas[0];
+        data.chunk->offset = 0;
+        data.chunk->size = 0;
+        if (data.data && !frames_.empty()) {
+            const auto& frame = frames_[count_++ % frames_.size()];
+            const auto size = std::min<std::size_t>(frame.size(), data.maxsize);
+            std::memcpy(data.data, frame.data(), size);
+            data.chunk->size = static_cast<std::uint32_t>(size);
+            data.chunk->stride = stride_;
+        }
+        pw_stream_queue_buffer(stream_, buffer);
+    }
+
+    void onStateChanged(pw_stream_state state, const char* error) {
+        const bool isStreaming = state == PW_STREAM_STATE_STREAMING;
+        log(pw_stream_state_as_string(state));
+        timespec first{};
+        timespec interval{};
+        if (isStreaming && options_.fault != "silent") {
+            first.tv_nsec = 1;
+            interval.tv_nsec = 1'000'000'000L / options_.rate;
+        }
+        pw_loop_update_timer(pw_main_loop_get_loop(loop_), timer_, &first, &interval, false);
+        if (state == PW_STREAM_STATE_ERROR) {
+            std::fprintf(stderr, "VirtualCamera: %s\n", error ? error : "error");
+            hasFailed_ = true;
+            pw_main_loop_quit(loop_);
+        }
+    }
+
+    static constexpr pw_stream_events events = [] {
+        pw_stream_events events{};
+        events.version = PW_VERSION_STREAM_EVENTS;
+        events.state_changed = [](void* self, pw_stream_state, pw_stream_state state, const char* error) {
+            static_cast<Camera*>(self)->onStateChanged(state, error);
+        };
+        events.param_changed = [](void* self, std::uint32_t id, const spa_pod* param) {
+            static_cast<Camera*>(self)->onParamChanged(id, param);
+        };
+        events.process = [](void* self) { static_cast<Camera*>(self)->onProcess(); };
+        return events;
+    }();
+
+    Options options_;
+    pw_main_loop* loop_ = nullptr;
+    pw_stream* stream_ = nullptr;
+    spa_source* timer_ = nullptr;
+    int stride_ = 0;
+    std::vector<Bytes> frames_;
+    std::size_t count_ = 0;
+    bool hasFailed_ = false;
+};
+
+Options parse(int argumentCount, char** arguments) {
+    if (argumentCount < 4) {
+        std::fprintf(stderr, "usage: VirtualCamera NAME DESCRIPTION jpeg|yuyv|both [OPTION...]\n");
+        std::exit(EXIT_FAILURE);
+    }
+    Options options;
+    options.name = arguments[1];
+    options.description = arguments[2];
+    options.formats = arguments[3];
+    for (int index = 4; index < argumentCount; ++index) {
+        const std::string_view option(arguments[index]);
+        if (option.starts_with("log=")) {
+            options.log = option.substr(4);
+        } else if (option.starts_with("path=")) {
+            options.path = option.substr(5);
+        } else if (option.starts_with("size=")) {
+            Size size;
+            if (std::sscanf(arguments[index], "size=%dx%d", &size.width, &size.height) == 2) {
+                options.sizes = {size};
+            }
+        } else if (option.starts_with("rate=")) {
+            options.rate = std::atoi(arguments[index] + 5);
+        } else if (option == "photo") {
+            options.isPhoto = true;
+        } else {
+            options.fault = option;
+        }
+    }
+    return options;
+}
+
+} // namespace
+
+int main(int argumentCount, char** arguments) {
+    const auto options = parse(argumentCount, arguments);
+    pw_init(nullptr, nullptr);
+    return Camera(options).run();
+}
