@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 
 namespace Platform {
 
@@ -18,12 +19,17 @@ namespace EventModifier {
 inline constexpr std::uint64_t control = 0x40000;
 } // namespace EventModifier
 
+/// Numbers of keys.
+namespace KeyCode {
+inline constexpr std::uint64_t escape = 53;
+} // namespace KeyCode
+
 /// What the user did.
 struct Event {
     std::uint64_t type = 0;
     std::uint64_t modifierFlags = 0;
-    /// Of key events, as in `hotkeys/KeyCodes.h`.
-    std::uint64_t keyCode = 0;
+    /// Of key events; absent for keys that nobody asks for.
+    std::optional<std::uint64_t> keyCode = std::nullopt;
 };
 
 } // namespace Platform

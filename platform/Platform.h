@@ -2,8 +2,10 @@
 
 #include "core/UserDefaults.h"
 #include "platform/Application.h"
+#include "platform/AudioServices.h"
 #include "platform/Bundle.h"
 #include "platform/CaptureServices.h"
+#include "platform/EventMonitors.h"
 #include "platform/FileManager.h"
 #include "platform/HotKeyService.h"
 #include "platform/Keyboard.h"
@@ -11,15 +13,23 @@
 #include "platform/Log.h"
 #include "platform/LoginItem.h"
 #include "platform/MainQueue.h"
+#include "platform/MediaAuthorization.h"
+#include "platform/MenuBar.h"
+#include "platform/Pasteboard.h"
+#include "platform/Popover.h"
 #include "platform/ProcessRunner.h"
+#include "platform/SavePanel.h"
 #include "platform/ScreenWatcherProbe.h"
+#include "platform/Screens.h"
 #include "platform/StatusItem.h"
 #include "platform/SystemShortcuts.h"
 #include "platform/SystemVersion.h"
+#include "platform/UrlOpener.h"
 #include "platform/UserFolders.h"
 #include "platform/UserNotificationCenter.h"
 #include "platform/UuidSource.h"
 #include "platform/WallClock.h"
+#include "platform/Windows.h"
 #include "platform/WorkQueue.h"
 #include "platform/Workspace.h"
 
@@ -54,6 +64,16 @@ struct Platform {
     std::unique_ptr<StatusBar> statusBar;
     std::unique_ptr<ScreenWatcherProbe> screenWatcherProbe;
     std::unique_ptr<UserNotificationCenter> userNotificationCenter;
+    std::unique_ptr<Screens> screens;
+    std::unique_ptr<EventMonitors> eventMonitors;
+    std::unique_ptr<MenuBar> menuBar;
+    std::unique_ptr<Popover> popover;
+    std::unique_ptr<Windows> windows;
+    std::unique_ptr<Pasteboard> pasteboard;
+    std::unique_ptr<SavePanel> savePanel;
+    std::unique_ptr<UrlOpener> urlOpener;
+    std::unique_ptr<MediaAuthorization> mediaAuthorization;
+    std::unique_ptr<AudioServices> audioServices;
     std::unique_ptr<CaptureServices> captureServices;
 };
 

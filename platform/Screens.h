@@ -22,7 +22,7 @@ public:
     virtual ~Screens() = default;
 
     virtual std::vector<Screen> screens() = 0;
-    /// The one that holds the status item's panel, or else the first; absent without any.
+    /// The one that the user works on, which is the one with the pointer; absent without any.
     virtual std::optional<Screen> main() = 0;
     virtual Point mouseLocation() = 0;
 };

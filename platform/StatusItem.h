@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Event.h"
+#include "platform/Geometry.h"
 #include "platform/Image.h"
 #include "platform/Menu.h"
 
@@ -22,6 +23,9 @@ public:
     virtual void setImage(const Image& image) = 0;
     /// `action` is called for those events whose type's bit is set in `eventMask`.
     virtual void setAction(std::uint64_t eventMask, Action action) = 0;
+    /// Where the item is, in pixels of the whole screen; a point without extent where only the last click's
+    /// place is known.
+    virtual std::optional<Rect> frame() const = 0;
     /// Opens a menu at the item. It closes by itself; a second one takes the place of the first.
     virtual void popUpMenu(const Menu& menu) = 0;
 };

@@ -23,20 +23,34 @@
 #include "platform/linux/notifications/DBusNotificationCenter.h"
 #include "platform/linux/screenwatch/ScreenWatch.h"
 #include "platform/linux/screenwatch/X11CaptureWatch.h"
+#include "platform/linux/settingslinks/SettingsLinkOpener.h"
+#include "platform/linux/shell/NoMenuBar.h"
+#include "platform/linux/shell/X11EventMonitors.h"
+#include "platform/linux/shell/X11MenuBar.h"
+#include "platform/linux/shell/X11WindowManager.h"
 #include "platform/linux/tray/TrayStatusBar.h"
 #include "platform/linux/windows/InterfaceLevel.h"
 #include "platform/linux/windows/LinuxWorkspace.h"
 #include "platform/linux/windows/NoWindowSystem.h"
 #include "platform/linux/windows/X11WindowSystem.h"
 #include "platform/linux/x11/X11Connection.h"
+#include "platform/qt/DetachedProgram.h"
 #include "platform/qt/ImageRendering.h"
 #include "platform/qt/Items.h"
 #include "platform/qt/PopUpMenu.h"
 #include "platform/qt/QtApplication.h"
+#include "platform/qt/QtEventMonitors.h"
 #include "platform/qt/QtMainQueue.h"
+#include "platform/qt/QtPasteboard.h"
+#include "platform/qt/QtPopover.h"
 #include "platform/qt/QtResources.h"
+#include "platform/qt/QtSavePanel.h"
+#include "platform/qt/QtScreens.h"
 #include "platform/qt/QtUuidSource.h"
 #include "platform/qt/QtWallClock.h"
+#include "platform/qt/QtWindows.h"
+#include "platform/qt/ViewEngine.h"
+#include "platform/qt/WindowManagerLink.h"
 
 #include <QGuiApplication>
 #include <QPalette>
@@ -49,12 +63,34 @@
 namespace LinuxPlatform {
 namespace {
 
+QtPlatform::WindowManagerLink linkTo(X11WindowManager* windowManager) {
+    if (windowManager == nullptr) {
+        return {};
+    }
+    return {
+        .isComposited = [=] { return windowManager->isComposited(); },
+        .markAsPopover = [=](WId window) { windowManager->markAsPopover(static_cast<xcb_window_t>(window)); },
+        .setInputRegion =
+            [=](WId window, const QRect& pixels) {
+                windowManager->setInputRegion(static_cast<xcb_window_t>(window), pixels);
+            },
+        .activate = [=](WId window) { windowManager->activate(static_cast<xcb_window_t>(window)); },
+        .panels = [=] { return windowManager->panels(); },
+    };
+}
+
 /// What several ports stand on. Later members use earlier ones.
 struct Session {
     DesktopEntries entries{DesktopEntries::standardFolders()};
     AppIdentity identity{entries, ProcessTable()};
     std::unique_ptr<X11Connection> x11 = X11Connection::open();
     std::unique_ptr<WindowSystem> windowSystem;
+    /// A connection of its own: others select the events of the root window on theirs.
+    std::unique_ptr<X11Connection> shellConnection = X11Connection::open();
+    std::unique_ptr<X11WindowManager> windowManager =
+        shellConnection ? std::make_unique<X11WindowManager>(*shellConnection) : nullptr;
+    QtPlatform::QtScreens screens{linkTo(windowManager.get())};
+    QtPlatform::ViewEngine views;
 };
 
 Platform::ApplicationFolders applicationFolders() {
@@ -73,6 +109,27 @@ TrayToolkit trayToolkit() {
         .textColor = QGuiApplication::palette().color(QPalette::WindowText),
         .pixelsPerPoint = qGuiApp->devicePixelRatio(),
     };
+}
+
+/// The popover, the windows and what surrounds them.
+void addShell(Platform::Platform& platform, Session& session) {
+    const auto windowManager = linkTo(session.windowManager.get());
+    auto toolkitMonitors = std::make_unique<QtPlatform::QtEventMonitors>();
+    platform.screens = std::make_unique<QtPlatform::QtScreens>(windowManager);
+    if (session.shellConnection) {
+        platform.eventMonitors =
+            std::make_unique<X11EventMonitors>(*session.shellConnection, std::move(toolkitMonitors));
+        platform.menuBar = std::make_unique<X11MenuBar>(*session.shellConnection);
+    } else {
+        platform.eventMonitors = std::move(toolkitMonitors);
+        platform.menuBar = std::make_unique<NoMenuBar>();
+    }
+    platform.popover = std::make_unique<QtPlatform::QtPopover>(session.views, session.screens, windowManager);
+    platform.windows = std::make_unique<QtPlatform::QtWindows>(session.views, windowManager);
+    platform.pasteboard = std::make_unique<QtPlatform::QtPasteboard>();
+    platform.savePanel = std::make_unique<QtPlatform::QtSavePanel>();
+    platform.urlOpener = std::make_unique<SettingsLinkOpener>(
+        qEnvironmentVariable("XDG_CURRENT_DESKTOP").toStdString(), QtPlatform::startDetached);
 }
 
 std::vector<std::unique_ptr<CaptureWatch>> capturesOfThisSession() {
@@ -149,6 +206,7 @@ Platform::Platform makeLinuxPlatform() {
         std::make_unique<DBusNotificationCenter>(QDBusConnection::sessionBus(), *platform.mainQueue,
                                                  QGuiApplication::applicationDisplayName().toStdString(),
                                                  QGuiApplication::desktopFileName().toStdString());
+    addShell(platform, *session);
     if (!QDBusConnection::sessionBus().isConnected()) {
         platform.log->writeLine(
             "Curtain: there is no session bus, so the icon shows only in trays of X windows");

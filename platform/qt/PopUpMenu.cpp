@@ -1,38 +1,21 @@
 #include "platform/qt/PopUpMenu.h"
 
+#include "platform/qt/ScreenGeometry.h"
+
 #include <QCursor>
 #include <QGuiApplication>
 #include <QMenu>
 #include <QScreen>
 
-#include <algorithm>
-
 namespace QtPlatform {
 namespace {
 
-/// From pixels to Qt's units; the corner of a screen is where its pixels begin.
-QRect inPoints(const QRect& pixels, const QScreen& screen) {
-    const auto corner = screen.geometry().topLeft();
-    const auto ratio = screen.devicePixelRatio();
-    const QPointF offset = QPointF(pixels.topLeft() - corner) / ratio;
-    return QRectF(QPointF(corner) + offset, QSizeF(pixels.size()) / ratio).toAlignedRect();
-}
-
-const QScreen* screenAt(const QPoint& pixel) {
-    const auto screens = QGuiApplication::screens();
-    const auto found = std::ranges::find_if(screens, [&](const auto* screen) {
-        return QRect(screen->geometry().topLeft(), screen->geometry().size() * screen->devicePixelRatio())
-            .contains(pixel);
-    });
-    return found == screens.end() ? nullptr : *found;
-}
-
 QPoint position(const QRect& place, const QSize& menu) {
-    const auto* const screen = screenAt(place.center());
+    const auto* const screen = ScreenGeometry::screenAt(place.center());
     if (place.isNull() || screen == nullptr) {
         return QCursor::pos();
     }
-    const auto owner = inPoints(place, *screen);
+    const auto owner = ScreenGeometry::inPoints(place, *screen).toAlignedRect();
     const bool isInUpperHalf = owner.center().y() < screen->geometry().center().y();
     return {owner.left(), isInUpperHalf ? owner.bottom() + 1 : owner.top() - menu.height()};
 }

@@ -51,8 +51,12 @@ public:
     /// The view's root item, in the language that the model's property `lang` names, which keeps the view's
     /// model alive. Aborts when the description is not in order: it is part of the program.
     std::unique_ptr<QQuickItem> makeItem(const Platform::View& view);
+    /// Gives an item that this engine made the model of another view of the same source.
+    void setModel(QQuickItem& item, const Platform::View& view);
 
 private:
+    void prepareFor(QObject& model);
+
     DesktopStyle style_;
     std::unique_ptr<QQmlEngine> engine_;
 };

@@ -1,18 +1,23 @@
 #pragma once
 
 #include "platform/Platform.h"
+#include "tests/support/FakeAudioServices.h"
 #include "tests/support/FakeCaptureServices.h"
 #include "tests/support/FakeHotKeyService.h"
 #include "tests/support/FakeInstallation.h"
 #include "tests/support/FakeKeyboard.h"
 #include "tests/support/FakeLoginItem.h"
+#include "tests/support/FakeMediaAuthorization.h"
 #include "tests/support/FakeProcessRunner.h"
 #include "tests/support/FakeScreenWatcherProbe.h"
+#include "tests/support/FakeShell.h"
 #include "tests/support/FakeSystemShortcuts.h"
 #include "tests/support/FakeSystemVersion.h"
+#include "tests/support/FakeUrlOpener.h"
 #include "tests/support/FakeUserFolders.h"
 #include "tests/support/FakeUserNotificationCenter.h"
 #include "tests/support/FakeUuidSource.h"
+#include "tests/support/FakeWindows.h"
 #include "tests/support/FakeWorkspace.h"
 #include "tests/support/HandDrivenQueue.h"
 #include "tests/support/HandDrivenWorkQueues.h"
@@ -129,6 +134,7 @@ private:
             bar_.action_ = std::move(action);
         }
 
+        std::optional<Platform::Rect> frame() const override { return std::nullopt; }
         void popUpMenu(const Platform::Menu& menu) override { bar_.menus.push_back(menu); }
 
     private:
@@ -168,6 +174,16 @@ struct FakePlatform {
     FakeScreenWatcherProbe& screenWatcherProbe = add<FakeScreenWatcherProbe>(platform.screenWatcherProbe);
     FakeUserNotificationCenter& userNotificationCenter =
         add<FakeUserNotificationCenter>(platform.userNotificationCenter);
+    FakeScreens& screens = add<FakeScreens>(platform.screens);
+    FakeEventMonitors& eventMonitors = add<FakeEventMonitors>(platform.eventMonitors, events);
+    FakeMenuBar& menuBar = add<FakeMenuBar>(platform.menuBar);
+    FakePopover& popover = add<FakePopover>(platform.popover, events);
+    FakeWindows& windows = add<FakeWindows>(platform.windows, events);
+    FakePasteboard& pasteboard = add<FakePasteboard>(platform.pasteboard);
+    FakeSavePanel& savePanel = add<FakeSavePanel>(platform.savePanel, events);
+    FakeUrlOpener& urlOpener = add<FakeUrlOpener>(platform.urlOpener);
+    FakeMediaAuthorization& mediaAuthorization = add<FakeMediaAuthorization>(platform.mediaAuthorization);
+    FakeAudioServices& audioServices = add<FakeAudioServices>(platform.audioServices);
     FakeCaptureServices& captureServices = add<FakeCaptureServices>(platform.captureServices);
 
 private:

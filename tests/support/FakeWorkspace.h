@@ -65,6 +65,12 @@ public:
         return *applications_.back();
     }
 
+    /// The name of the first instance.
+    std::optional<std::string>& nameOf(const std::string& identifier) {
+        const auto instances = runningApplicationsWithBundleIdentifier(identifier);
+        return static_cast<FakeRunningApplication&>(*instances.at(0)).name;
+    }
+
     void quitAll() { applications_.clear(); }
 
     void post(Platform::WorkspaceNotification notification,

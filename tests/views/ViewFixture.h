@@ -36,7 +36,9 @@ inline const std::vector<std::string>& languages() {
 /// A view in a window of its own, off screen. Pictures go to the folder CURTAIN_SCREENS where that is set.
 class ShownView {
 public:
-    ShownView(Platform::View view, const QSize& size) : item_(engine_.makeItem(view)) {
+    ShownView(Platform::View view, const QSize& size)
+        : view_(std::move(view)),
+          item_(engine_.makeItem(view_)) {
         window_.setColor(QColor(0xF4, 0xF5, 0xF8));
         window_.resize(size);
         item_->setParentItem(window_.contentItem());
@@ -157,6 +159,7 @@ private:
         return nullptr;
     }
 
+    Platform::View view_;
     QtPlatform::ViewEngine engine_;
     QQuickWindow window_;
     std::unique_ptr<QQuickItem> item_;

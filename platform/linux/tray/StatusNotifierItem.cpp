@@ -263,6 +263,10 @@ void StatusNotifierItem::setImage(const Platform::Image& image) {
     object_->setImage(image);
 }
 
+std::optional<QRect> StatusNotifierItem::geometry() const {
+    return std::nullopt;
+}
+
 void StatusNotifierItem::updateTint() {
     object_->announceIcon();
 }

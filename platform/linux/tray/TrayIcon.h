@@ -28,6 +28,8 @@ public:
     virtual ~TrayIcon() = default;
 
     virtual void setImage(const Platform::Image& image) = 0;
+    /// Where it is, in pixels of the screen; absent when the panel does not tell.
+    virtual std::optional<QRect> geometry() const = 0;
     /// The colour for templates may have changed.
     virtual void updateTint() = 0;
 };

@@ -53,6 +53,18 @@ void TrayStatusItem::setAction(std::uint64_t eventMask, Action action) {
     action_ = std::move(action);
 }
 
+std::optional<Platform::Rect> TrayStatusItem::frame() const {
+    if (const auto geometry = icon_ ? icon_->geometry() : std::nullopt) {
+        return Platform::Rect{static_cast<double>(geometry->x()), static_cast<double>(geometry->y()),
+                              static_cast<double>(geometry->width()),
+                              static_cast<double>(geometry->height())};
+    }
+    if (lastClick_.isNull()) {
+        return std::nullopt;
+    }
+    return Platform::Rect{static_cast<double>(lastClick_.x()), static_cast<double>(lastClick_.y()), 0, 0};
+}
+
 void TrayStatusItem::popUpMenu(const Platform::Menu& menu) {
     if (menuReceiver_ != nullptr) {
         *menuReceiver_ = menu;

@@ -30,6 +30,7 @@ public:
 
     void setImage(const Platform::Image& image) override;
     void setAction(std::uint64_t eventMask, Action action) override;
+    std::optional<Platform::Rect> frame() const override;
     void popUpMenu(const Platform::Menu& menu) override;
 
 private:

@@ -254,7 +254,7 @@ void XembedIcon::released(const xcb_button_release_event_t& event) {
     if ((event.state & XCB_MOD_MASK_CONTROL) != 0) {
         click.modifierFlags |= Platform::EventModifier::control;
     }
-    content_.onClick(click, geometry());
+    content_.onClick(click, geometry().value_or(QRect()));
 }
 
 void XembedIcon::setImage(const Platform::Image& image) {
@@ -315,11 +315,11 @@ void XembedIcon::draw() {
     connection_.flush();
 }
 
-QRect XembedIcon::geometry() const {
+std::optional<QRect> XembedIcon::geometry() const {
     const XcbPointer<xcb_translate_coordinates_reply_t> origin(xcb_translate_coordinates_reply(
         connection_.get(), xcb_translate_coordinates(connection_.get(), window_, connection_.root(), 0, 0),
         nullptr));
-    return origin ? QRect(QPoint(origin->dst_x, origin->dst_y), size_) : QRect();
+    return origin ? std::optional(QRect(QPoint(origin->dst_x, origin->dst_y), size_)) : std::nullopt;
 }
 
 } // namespace LinuxPlatform

@@ -24,6 +24,7 @@ public:
     XembedIcon& operator=(const XembedIcon&) = delete;
 
     void setImage(const Platform::Image& image) override;
+    std::optional<QRect> geometry() const override;
     void updateTint() override;
 
 private:
@@ -53,7 +54,6 @@ private:
     void readSurroundings();
     std::optional<QColor> managersColor() const;
     void draw();
-    QRect geometry() const;
 
     X11Connection& connection_;
     xcb_window_t manager_;

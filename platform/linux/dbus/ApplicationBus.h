@@ -1,0 +1,54 @@
+#pragma once
+
+#include <QDBusConnection>
+#include <QString>
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+
+namespace LinuxPlatform {
+
+/// Makes this process the only one of its program in the user's session, and lets others reach it: the
+/// interface org.freedesktop.Application of the Desktop Entry standard 1.5 at the program's name on the
+/// session bus. Main thread only.
+class ApplicationBus {
+public:
+    enum class Claim {
+        /// This process is the one.
+        first,
+        /// Another one is, and has been asked to open.
+        otherOpened,
+        /// Another one is, and does not answer.
+        otherSilent,
+        /// There is no session bus to agree on.
+        noBus,
+    };
+
+    struct Actions {
+        std::function<void()> open;
+        /// By the names under which the desktop entry lists them.
+        std::map<std::string, std::function<void()>> named;
+    };
+
+    /// `name` is the program's bus name, such as "com.curtain.Curtain".
+    ApplicationBus(QDBusConnection bus, QString name);
+    ~ApplicationBus();
+    ApplicationBus(const ApplicationBus&) = delete;
+    ApplicationBus& operator=(const ApplicationBus&) = delete;
+
+    /// Asks a running instance to open, or else becomes it. Waits for the answer, with a deadline.
+    Claim claim();
+    /// What calls do from now on. Calls that came before are done now, in their order.
+    void setActions(Actions actions);
+
+private:
+    class Object;
+
+    QDBusConnection bus_;
+    QString name_;
+    std::unique_ptr<Object> object_;
+};
+
+} // namespace LinuxPlatform

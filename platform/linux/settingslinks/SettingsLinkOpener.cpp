@@ -1,0 +1,74 @@
+#include "platform/linux/settingslinks/SettingsLinkOpener.h"
+
+#include <array>
+#include <sstream>
+#include <string_view>
+#include <utility>
+
+namespace LinuxPlatform {
+namespace {
+
+constexpr std::string_view cameraPrivacy =
+    "x-apple.systempreferences:com.apple.preference.security?Privacy_Camera";
+constexpr std::string_view focus = "x-apple.systempreferences:com.apple.Focus-Settings.extension";
+constexpr std::string_view privacyAndSecurity = "x-apple.systempreferences:com.apple.preference.security";
+
+/// A page of a desktop's control centre; "" as the desktop stands for every desktop.
+struct Page {
+    std::string_view url;
+    std::string_view desktop;
+    std::string_view program;
+    std::string_view argument;
+};
+
+/// Earlier pages are tried first.
+constexpr std::array pages{
+    Page{cameraPrivacy, "GNOME", "gnome-control-center", "camera"},
+    Page{cameraPrivacy, "GNOME", "gnome-control-center", "privacy"},
+    Page{cameraPrivacy, "KDE", "systemsettings", "kcm_app-permissions"},
+    Page{cameraPrivacy, "X-Cinnamon", "cinnamon-settings", "privacy"},
+    Page{cameraPrivacy, "Pantheon", "io.elementary.settings", "settings://privacy"},
+    Page{privacyAndSecurity, "GNOME", "gnome-control-center", "privacy"},
+    Page{privacyAndSecurity, "KDE", "systemsettings", "kcm_app-permissions"},
+    Page{privacyAndSecurity, "X-Cinnamon", "cinnamon-settings", "privacy"},
+    Page{privacyAndSecurity, "Pantheon", "io.elementary.settings", "settings://privacy"},
+    Page{focus, "GNOME", "gnome-control-center", "notifications"},
+    Page{focus, "KDE", "systemsettings", "kcm_notifications"},
+    Page{focus, "X-Cinnamon", "cinnamon-settings", "notifications"},
+    Page{focus, "MATE", "mate-notification-properties", ""},
+    Page{focus, "LXQt", "lxqt-config-notificationd", ""},
+    Page{focus, "Pantheon", "io.elementary.settings", "settings://notifications"},
+    Page{focus, "", "xfce4-notifyd-config", ""},
+};
+
+} // namespace
+
+SettingsLinkOpener::SettingsLinkOpener(const std::string& desktops, Launch launch)
+    : launch_(std::move(launch)) {
+    std::istringstream list(desktops);
+    for (std::string desktop; std::getline(list, desktop, ':');) {
+        desktops_.push_back(desktop);
+    }
+}
+
+bool SettingsLinkOpener::open(const std::string& url) {
+    for (const auto& page : pages) {
+        bool isHere = page.desktop.empty();
+        for (const auto& desktop : desktops_) {
+            isHere = isHere || desktop == page.desktop;
+        }
+        if (!isHere || page.url != url) {
+            continue;
+        }
+        std::vector<std::string> command{std::string(page.program)};
+        if (!page.argument.empty()) {
+            command.emplace_back(page.argument);
+        }
+        if (launch_(command)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace LinuxPlatform

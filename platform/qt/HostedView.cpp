@@ -1,0 +1,39 @@
+#include "platform/qt/HostedView.h"
+
+#include <QQuickItem>
+#include <QQuickWindow>
+
+#include <utility>
+
+namespace QtPlatform {
+
+HostedView::HostedView(ViewEngine& engine, QQuickWindow& window) : engine_(engine), window_(window) {}
+
+HostedView::~HostedView() = default;
+
+void HostedView::setContent(Platform::View content) {
+    if (item_ && content.source == content_.source) {
+        engine_.setModel(*item_, content);
+    } else {
+        item_ = engine_.makeItem(content);
+        item_->setParentItem(window_.contentItem());
+        item_->setFocus(true);
+        place();
+    }
+    // The earlier model goes only now that nothing reads it any more.
+    content_ = std::move(content);
+}
+
+void HostedView::setGeometry(const Platform::Rect& geometry) {
+    geometry_ = geometry;
+    place();
+}
+
+void HostedView::place() {
+    if (item_) {
+        item_->setPosition({geometry_.x, geometry_.y});
+        item_->setSize({geometry_.width, geometry_.height});
+    }
+}
+
+} // namespace QtPlatform

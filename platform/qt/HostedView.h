@@ -1,0 +1,38 @@
+#pragma once
+
+#include "platform/Geometry.h"
+#include "platform/View.h"
+#include "platform/qt/ViewEngine.h"
+
+#include <memory>
+
+class QQuickItem;
+class QQuickWindow;
+
+namespace QtPlatform {
+
+/// A view inside a window, filling a part of it.
+class HostedView {
+public:
+    /// Both outlive the hosted view.
+    HostedView(ViewEngine& engine, QQuickWindow& window);
+    ~HostedView();
+    HostedView(const HostedView&) = delete;
+    HostedView& operator=(const HostedView&) = delete;
+
+    /// A view of the same source as before stays and only gets the other model.
+    void setContent(Platform::View content);
+    /// In points of the window.
+    void setGeometry(const Platform::Rect& geometry);
+
+private:
+    void place();
+
+    ViewEngine& engine_;
+    QQuickWindow& window_;
+    Platform::Rect geometry_;
+    Platform::View content_;
+    std::unique_ptr<QQuickItem> item_;
+};
+
+} // namespace QtPlatform

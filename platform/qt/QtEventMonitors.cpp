@@ -1,0 +1,75 @@
+#include "platform/qt/QtEventMonitors.h"
+
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QObject>
+
+#include <utility>
+
+namespace QtPlatform {
+namespace {
+
+using Platform::Event;
+namespace EventType = Platform::EventType;
+
+Event toEvent(const QKeyEvent& event) {
+    Event result;
+    result.type = EventType::keyDown;
+    if (event.modifiers().testFlag(Qt::ControlModifier)) {
+        result.modifierFlags |= Platform::EventModifier::control;
+    }
+    if (event.key() == Qt::Key_Escape) {
+        result.keyCode = Platform::KeyCode::escape;
+    }
+    return result;
+}
+
+/// Sees what the application's windows receive, before they do.
+class KeyFilter : public QObject {
+public:
+    explicit KeyFilter(std::function<bool(const Event&)> callback) : callback_(std::move(callback)) {
+        QCoreApplication::instance()->installEventFilter(this);
+    }
+
+    bool eventFilter(QObject* receiver, QEvent* event) override {
+        // Only the window: the same event visits its items later.
+        return event->type() == QEvent::KeyPress && receiver->isWindowType() &&
+               callback_(toEvent(static_cast<const QKeyEvent&>(*event)));
+    }
+
+private:
+    std::function<bool(const Event&)> callback_;
+};
+
+} // namespace
+
+QtEventMonitors::QtEventMonitors() : focusWatcher_(std::make_unique<QObject>()) {
+    QObject::connect(qGuiApp, &QGuiApplication::applicationStateChanged, focusWatcher_.get(),
+                     [this](Qt::ApplicationState state) {
+                         if (state != Qt::ApplicationActive) {
+                             globalMonitors_.tell({EventType::leftMouseDown, 0, std::nullopt});
+                         }
+                     });
+}
+
+QtEventMonitors::~QtEventMonitors() = default;
+
+Platform::Subscription QtEventMonitors::addGlobalMonitor(std::uint64_t eventMask,
+                                                         std::function<void(const Event&)> callback) {
+    return globalMonitors_.add([eventMask, callback = std::move(callback)](const Event& event) {
+        if ((eventMask >> event.type & 1U) != 0) {
+            callback(event);
+        }
+    });
+}
+
+Platform::Subscription QtEventMonitors::addLocalMonitor(std::uint64_t eventMask,
+                                                        std::function<bool(const Event&)> callback) {
+    if ((eventMask >> EventType::keyDown & 1U) == 0) {
+        return {};
+    }
+    return Platform::Subscription(
+        [filter = std::make_shared<KeyFilter>(std::move(callback))]() mutable { filter.reset(); });
+}
+
+} // namespace QtPlatform

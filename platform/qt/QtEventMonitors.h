@@ -1,0 +1,31 @@
+#pragma once
+
+#include "platform/EventMonitors.h"
+#include "platform/Subscribers.h"
+
+#include <memory>
+
+class QObject;
+
+namespace QtPlatform {
+
+/// The keys of this program; and in place of clicks on other programs, which not every desktop tells, the
+/// loss of the keyboard to another program. Needs a QGuiApplication.
+class QtEventMonitors : public Platform::EventMonitors {
+public:
+    QtEventMonitors();
+    ~QtEventMonitors() override;
+    QtEventMonitors(const QtEventMonitors&) = delete;
+    QtEventMonitors& operator=(const QtEventMonitors&) = delete;
+
+    Platform::Subscription addGlobalMonitor(std::uint64_t eventMask,
+                                            std::function<void(const Platform::Event&)> callback) override;
+    Platform::Subscription addLocalMonitor(std::uint64_t eventMask,
+                                           std::function<bool(const Platform::Event&)> callback) override;
+
+private:
+    Platform::Subscribers<Platform::Event> globalMonitors_;
+    std::unique_ptr<QObject> focusWatcher_;
+};
+
+} // namespace QtPlatform

@@ -1,0 +1,139 @@
+#include "platform/qt/QtPopover.h"
+
+#include "platform/qt/PopoverPlacement.h"
+#include "platform/qt/ScreenGeometry.h"
+
+#include <QCursor>
+#include <QGuiApplication>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QScreen>
+
+#include <utility>
+
+namespace QtPlatform {
+namespace {
+
+/// How far the shadow reaches beyond the content, as its picture is drawn.
+constexpr QMargins shadowMargins(40, 32, 40, 48);
+constexpr const char* shadowSource = "qrc:/curtain/PopoverShadow.qml";
+
+} // namespace
+
+/// Tells when it is hidden, whoever hides it.
+class QtPopover::PopoverWindow : public QQuickWindow {
+public:
+    explicit PopoverWindow(const QtPopover& owner) : owner_(owner) {
+        setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint | Qt::NoDropShadowWindowHint);
+        setTitle(QGuiApplication::applicationDisplayName());
+        QObject::connect(this, &QWindow::visibleChanged, this, [this](bool isNowVisible) {
+            if (!isNowVisible && owner_.onDidClose_) {
+                // The callback may replace itself.
+                const auto callback = owner_.onDidClose_;
+                callback();
+            }
+        });
+    }
+
+private:
+    const QtPopover& owner_;
+};
+
+QtPopover::QtPopover(ViewEngine& engine, const QtScreens& screens, WindowManagerLink windowManager)
+    : engine_(engine),
+      screens_(screens),
+      windowManager_(std::move(windowManager)) {}
+
+QtPopover::~QtPopover() {
+    onDidClose_ = nullptr;
+}
+
+bool QtPopover::isShown() const {
+    return window_ && window_->isVisible();
+}
+
+void QtPopover::setContent(Platform::View content) {
+    makeWindow();
+    view_->setContent(std::move(content));
+}
+
+void QtPopover::setContentSize(const Platform::Size& size) {
+    contentSize_ = size;
+}
+
+void QtPopover::show(Platform::StatusItem& relativeTo) {
+    makeWindow();
+    const bool isTranslucent = !windowManager_.isComposited || windowManager_.isComposited();
+    const auto margins = isTranslucent ? shadowMargins : QMargins();
+    const QSize size(static_cast<int>(contentSize_.width), static_cast<int>(contentSize_.height));
+    const QRect content(position(relativeTo), size);
+    window_->setColor(isTranslucent ? QColor(Qt::transparent) : QColor(Qt::white));
+    window_->setGeometry(content.marginsAdded(margins));
+    shadow_->setVisible(isTranslucent);
+    shadow_->setSize(window_->size());
+    view_->setGeometry({static_cast<double>(margins.left()), static_cast<double>(margins.top()),
+                        contentSize_.width, contentSize_.height});
+    window_->create();
+    if (windowManager_.markAsPopover) {
+        windowManager_.markAsPopover(window_->winId());
+    }
+    window_->show();
+    window_->raise();
+    window_->requestActivate();
+    if (windowManager_.setInputRegion) {
+        const auto ratio = window_->devicePixelRatio();
+        const QRectF clickable(margins.left() * ratio, margins.top() * ratio, size.width() * ratio,
+                               size.height() * ratio);
+        windowManager_.setInputRegion(window_->winId(), clickable.toAlignedRect());
+    }
+    if (windowManager_.activate) {
+        windowManager_.activate(window_->winId());
+    }
+}
+
+void QtPopover::close() {
+    if (window_) {
+        window_->hide();
+    }
+}
+
+void QtPopover::setOnDidClose(std::function<void()> callback) {
+    onDidClose_ = std::move(callback);
+}
+
+void QtPopover::makeWindow() {
+    if (window_) {
+        return;
+    }
+    window_ = std::make_unique<PopoverWindow>(*this);
+    // Both a translucent and an opaque window: which of them it is going to be is known when it is shown.
+    auto format = window_->requestedFormat();
+    constexpr int alphaBits = 8;
+    format.setAlphaBufferSize(alphaBits);
+    window_->setFormat(format);
+    shadow_ = engine_.makeItem({shadowSource, std::make_shared<QObject>()});
+    shadow_->setParentItem(window_->contentItem());
+    view_ = std::make_unique<HostedView>(engine_, *window_);
+}
+
+QPoint QtPopover::position(const Platform::StatusItem& item) const {
+    const auto frame = item.frame();
+    auto* screen = QGuiApplication::screenAt(QCursor::pos());
+    std::optional<QRectF> place;
+    if (frame) {
+        const QRect pixels(static_cast<int>(frame->x), static_cast<int>(frame->y),
+                           static_cast<int>(frame->width), static_cast<int>(frame->height));
+        if (auto* const itemsScreen = ScreenGeometry::screenAt(pixels.topLeft())) {
+            screen = itemsScreen;
+            place = ScreenGeometry::inPoints(pixels, *screen);
+        }
+    }
+    if (screen == nullptr) {
+        screen = QGuiApplication::primaryScreen();
+    }
+    return PopoverPlacement::topLeft(place, {contentSize_.width, contentSize_.height}, screen->geometry(),
+                                     screens_.visibleFrame(*screen), QGuiApplication::isRightToLeft())
+        .toPoint();
+}
+
+} // namespace QtPlatform

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "platform/Popover.h"
+#include "platform/qt/HostedView.h"
+#include "platform/qt/QtScreens.h"
+#include "platform/qt/WindowManagerLink.h"
+
+#include <QPoint>
+
+#include <memory>
+
+class QQuickItem;
+
+namespace QtPlatform {
+
+/// A popover as a frameless window above all others. With a compositor it has rounded corners and a shadow
+/// around it; without one it has square edges. The window is made the first time it is needed and then kept.
+class QtPopover : public Platform::Popover {
+public:
+    /// Both references outlive the popover.
+    QtPopover(ViewEngine& engine, const QtScreens& screens, WindowManagerLink windowManager);
+    ~QtPopover() override;
+    QtPopover(const QtPopover&) = delete;
+    QtPopover& operator=(const QtPopover&) = delete;
+
+    bool isShown() const override;
+    void setContent(Platform::View content) override;
+    void setContentSize(const Platform::Size& size) override;
+    void show(Platform::StatusItem& relativeTo) override;
+    void close() override;
+    void setOnDidClose(std::function<void()> callback) override;
+
+private:
+    class PopoverWindow;
+
+    void makeWindow();
+    /// Where the content goes, in points of the screens.
+    QPoint position(const Platform::StatusItem& item) const;
+
+    ViewEngine& engine_;
+    const QtScreens& screens_;
+    WindowManagerLink windowManager_;
+    Platform::Size contentSize_;
+    std::function<void()> onDidClose_;
+    std::unique_ptr<PopoverWindow> window_;
+    std::unique_ptr<QQuickItem> shadow_;
+    std::unique_ptr<HostedView> view_;
+};
+
+} // namespace QtPlatform

@@ -1,0 +1,124 @@
+#include "platform/qt/QtWindows.h"
+
+#include "platform/qt/HostedView.h"
+
+#include <QCursor>
+#include <QGuiApplication>
+#include <QMouseEvent>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QScreen>
+
+#include <utility>
+
+namespace QtPlatform {
+namespace {
+
+Qt::WindowFlags flagsFor(const Platform::WindowStyle& style) {
+    auto flags = Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint;
+    flags.setFlag(Qt::WindowCloseButtonHint, style.isClosable);
+    flags.setFlag(Qt::WindowMinimizeButtonHint, style.isMinimizable);
+    flags.setFlag(Qt::WindowMaximizeButtonHint, style.isResizable);
+    return flags;
+}
+
+/// Tells before it closes, whoever closes it, and lets itself be dragged where nothing takes the mouse.
+class FramedWindow : public QQuickWindow {
+public:
+    explicit FramedWindow(bool isMovableByBackground) : isMovableByBackground_(isMovableByBackground) {}
+
+    std::function<void()> onWillClose;
+
+protected:
+    bool event(QEvent* event) override {
+        if (event->type() == QEvent::Close && isVisible() && onWillClose) {
+            const auto callback = onWillClose;
+            callback();
+        }
+        return QQuickWindow::event(event);
+    }
+
+    void mousePressEvent(QMouseEvent* event) override {
+        event->ignore();
+        QQuickWindow::mousePressEvent(event);
+        if (isMovableByBackground_ && !event->isAccepted() && event->button() == Qt::LeftButton) {
+            startSystemMove();
+        }
+    }
+
+private:
+    bool isMovableByBackground_;
+};
+
+class QtWindow : public Platform::Window {
+public:
+    QtWindow(ViewEngine& engine, WindowManagerLink windowManager, Platform::View content,
+             const Platform::Size& size, const Platform::WindowStyle& style)
+        : windowManager_(std::move(windowManager)),
+          window_(style.isMovableByBackground),
+          view_(engine, window_) {
+        const QSize fixed(static_cast<int>(size.width), static_cast<int>(size.height));
+        window_.setFlags(flagsFor(style));
+        window_.setTitle(QGuiApplication::applicationDisplayName());
+        window_.resize(fixed);
+        if (!style.isResizable) {
+            window_.setMinimumSize(fixed);
+            window_.setMaximumSize(fixed);
+        }
+        view_.setGeometry({0, 0, size.width, size.height});
+        view_.setContent(std::move(content));
+    }
+
+    bool isVisible() const override { return window_.isVisible(); }
+
+    void setTitle(const std::string& title) override { window_.setTitle(QString::fromStdString(title)); }
+
+    void center() override {
+        const auto* const atPointer = QGuiApplication::screenAt(QCursor::pos());
+        const auto* const screen = atPointer != nullptr ? atPointer : QGuiApplication::primaryScreen();
+        if (screen == nullptr) {
+            return;
+        }
+        QRect frame(QPoint(), window_.size());
+        frame.moveCenter(screen->availableGeometry().center());
+        window_.setPosition(frame.topLeft());
+    }
+
+    void makeKeyAndOrderFront() override {
+        window_.show();
+        window_.raise();
+        window_.requestActivate();
+    }
+
+    void orderFrontRegardless() override {
+        window_.raise();
+        if (windowManager_.activate && window_.isVisible()) {
+            windowManager_.activate(window_.winId());
+        }
+    }
+
+    void close() override { window_.close(); }
+
+    void setOnWillClose(std::function<void()> callback) override {
+        window_.onWillClose = std::move(callback);
+    }
+
+private:
+    WindowManagerLink windowManager_;
+    FramedWindow window_;
+    HostedView view_;
+};
+
+} // namespace
+
+QtWindows::QtWindows(ViewEngine& engine, WindowManagerLink windowManager)
+    : engine_(engine),
+      windowManager_(std::move(windowManager)) {}
+
+std::unique_ptr<Platform::Window> QtWindows::makeWindow(Platform::View content,
+                                                        const Platform::Size& contentSize,
+                                                        const Platform::WindowStyle& style) {
+    return std::make_unique<QtWindow>(engine_, windowManager_, std::move(content), contentSize, style);
+}
+
+} // namespace QtPlatform

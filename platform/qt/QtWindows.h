@@ -1,0 +1,23 @@
+#pragma once
+
+#include "platform/Windows.h"
+#include "platform/qt/ViewEngine.h"
+#include "platform/qt/WindowManagerLink.h"
+
+namespace QtPlatform {
+
+/// Windows of fixed size with the frame of the window manager. A hidden title stays in the task list.
+class QtWindows : public Platform::Windows {
+public:
+    /// `engine` outlives the windows.
+    QtWindows(ViewEngine& engine, WindowManagerLink windowManager);
+
+    std::unique_ptr<Platform::Window> makeWindow(Platform::View content, const Platform::Size& contentSize,
+                                                 const Platform::WindowStyle& style) override;
+
+private:
+    ViewEngine& engine_;
+    WindowManagerLink windowManager_;
+};
+
+} // namespace QtPlatform

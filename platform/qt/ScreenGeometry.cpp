@@ -1,0 +1,26 @@
+#include "platform/qt/ScreenGeometry.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+
+#include <algorithm>
+
+namespace QtPlatform::ScreenGeometry {
+
+QScreen* screenAt(const QPoint& pixel) {
+    const auto screens = QGuiApplication::screens();
+    const auto found = std::ranges::find_if(screens, [&](const auto* screen) {
+        return QRect(screen->geometry().topLeft(), screen->geometry().size() * screen->devicePixelRatio())
+            .contains(pixel);
+    });
+    return found == screens.end() ? nullptr : *found;
+}
+
+QRectF inPoints(const QRect& pixels, const QScreen& screen) {
+    const auto corner = screen.geometry().topLeft();
+    const auto ratio = screen.devicePixelRatio();
+    const QPointF offset = QPointF(pixels.topLeft() - corner) / ratio;
+    return {QPointF(corner) + offset, QSizeF(pixels.size()) / ratio};
+}
+
+} // namespace QtPlatform::ScreenGeometry

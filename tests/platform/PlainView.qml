@@ -1,0 +1,7 @@
+import QtQuick
+
+Rectangle {
+    property var model
+
+    color: "#2266cc"
+}

@@ -1,0 +1,155 @@
+#pragma once
+
+#include "platform/EventMonitors.h"
+#include "platform/MenuBar.h"
+#include "platform/Pasteboard.h"
+#include "platform/Popover.h"
+#include "platform/SavePanel.h"
+#include "platform/Screens.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace TestSupport {
+
+class FakePopover : public Platform::Popover {
+public:
+    explicit FakePopover(std::vector<std::string>& events) : events_(events) {}
+
+    Platform::View content;
+    Platform::Size size;
+    int showings = 0;
+
+    bool isShown() const override { return isShown_; }
+    void setContent(Platform::View view) override { content = std::move(view); }
+    void setContentSize(const Platform::Size& newSize) override { size = newSize; }
+    void show(Platform::StatusItem& /*relativeTo*/) override {
+        isShown_ = true;
+        ++showings;
+        events_.emplace_back("show popover");
+    }
+    void close() override {
+        if (isShown_) {
+            isShown_ = false;
+            events_.emplace_back("close popover");
+            if (onDidClose_) {
+                onDidClose_();
+            }
+        }
+    }
+    void setOnDidClose(std::function<void()> callback) override {
+        events_.emplace_back("popover delegate");
+        onDidClose_ = std::move(callback);
+    }
+
+private:
+    std::vector<std::string>& events_;
+    bool isShown_ = false;
+    std::function<void()> onDidClose_;
+};
+
+class FakeScreens : public Platform::Screens {
+public:
+    std::vector<Platform::Screen> all{{{0, 0, 1440, 900}, {0, 28, 1440, 872}}};
+    Platform::Point pointer{700, 400};
+
+    std::vector<Platform::Screen> screens() override { return all; }
+    std::optional<Platform::Screen> main() override {
+        return all.empty() ? std::nullopt : std::optional(all.front());
+    }
+    Platform::Point mouseLocation() override { return pointer; }
+};
+
+class FakeEventMonitors : public Platform::EventMonitors {
+public:
+    explicit FakeEventMonitors(std::vector<std::string>& events) : events_(events) {}
+
+    std::optional<std::uint64_t> globalMask;
+    std::optional<std::uint64_t> localMask;
+
+    /// A click that goes to another program.
+    void clickElsewhere(std::uint64_t type) {
+        if (globalMask && (*globalMask >> type & 1U) != 0) {
+            global_({type, 0, std::nullopt});
+        }
+    }
+
+    /// Returns whether the key was swallowed.
+    bool pressKey(std::optional<std::uint64_t> keyCode) {
+        return localMask && (*localMask >> Platform::EventType::keyDown & 1U) != 0 &&
+               local_({Platform::EventType::keyDown, 0, keyCode});
+    }
+
+    Platform::Subscription addGlobalMonitor(std::uint64_t eventMask,
+                                            std::function<void(const Platform::Event&)> callback) override {
+        events_.emplace_back("global monitor");
+        globalMask = eventMask;
+        global_ = std::move(callback);
+        return Platform::Subscription([this] { globalMask.reset(); });
+    }
+    Platform::Subscription addLocalMonitor(std::uint64_t eventMask,
+                                           std::function<bool(const Platform::Event&)> callback) override {
+        events_.emplace_back("local monitor");
+        localMask = eventMask;
+        local_ = std::move(callback);
+        return Platform::Subscription([this] { localMask.reset(); });
+    }
+
+private:
+    std::vector<std::string>& events_;
+    std::function<void(const Platform::Event&)> global_;
+    std::function<bool(const Platform::Event&)> local_;
+};
+
+class FakeMenuBar : public Platform::MenuBar {
+public:
+    std::optional<std::string> owner;
+    std::optional<std::string> frontmost;
+
+    std::optional<std::string> owningApplication() override { return owner; }
+    std::optional<std::string> frontmostApplication() override { return frontmost; }
+};
+
+class FakePasteboard : public Platform::Pasteboard {
+public:
+    std::vector<std::vector<std::byte>> images;
+    int clearings = 0;
+
+    void clearContents() override {
+        images.clear();
+        ++clearings;
+    }
+    bool writeImage(const std::vector<std::byte>& encoded) override {
+        images.push_back(encoded);
+        return true;
+    }
+};
+
+class FakeSavePanel : public Platform::SavePanel {
+public:
+    explicit FakeSavePanel(std::vector<std::string>& events) : events_(events) {}
+
+    std::vector<Platform::SavePanelOptions> openings;
+
+    /// What the user does with the panel.
+    void choose(const std::optional<std::string>& path) { completion_(path); }
+
+    void open(const Platform::SavePanelOptions& options,
+              std::function<void(const std::optional<std::string>& path)> completion) override {
+        events_.emplace_back("save panel");
+        openings.push_back(options);
+        completion_ = std::move(completion);
+    }
+
+private:
+    std::vector<std::string>& events_;
+    std::function<void(const std::optional<std::string>& path)> completion_;
+};
+
+} // namespace TestSupport
