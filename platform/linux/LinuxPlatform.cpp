@@ -21,6 +21,7 @@
 #include "platform/linux/locale/EnvironmentLocale.h"
 #include "platform/linux/login/AutostartEntry.h"
 #include "platform/linux/notifications/DBusNotificationCenter.h"
+#include "platform/linux/screenwatch/PipeWireCaptureWatch.h"
 #include "platform/linux/screenwatch/ScreenWatch.h"
 #include "platform/linux/screenwatch/X11CaptureWatch.h"
 #include "platform/linux/settingslinks/SettingsLinkOpener.h"
@@ -138,6 +139,9 @@ std::vector<std::unique_ptr<CaptureWatch>> capturesOfThisSession() {
     const bool isWayland = qEnvironmentVariable("XDG_SESSION_TYPE") == QLatin1String("wayland") ||
                            !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
     if (auto road = isWayland ? nullptr : X11CaptureWatch::open()) {
+        roads.push_back(std::move(road));
+    }
+    if (auto road = PipeWireCaptureWatch::open()) {
         roads.push_back(std::move(road));
     }
     return roads;

@@ -1,0 +1,281 @@
+#include "platform/linux/screenwatch/PipeWireCaptureWatch.h"
+
+#include "platform/linux/screenwatch/ScreenCastGraph.h"
+
+#include <QSocketNotifier>
+
+#include <pipewire/pipewire.h>
+
+#include <cerrno>
+#include <charconv>
+#include <cstdint>
+#include <map>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace LinuxPlatform {
+namespace {
+
+using Id = ScreenCastGraph::Id;
+
+struct Destroy {
+    void operator()(pw_loop* loop) const { pw_loop_destroy(loop); }
+    void operator()(pw_context* context) const { pw_context_destroy(context); }
+    void operator()(pw_core* core) const { pw_core_disconnect(core); }
+    void operator()(pw_proxy* proxy) const { pw_proxy_destroy(proxy); }
+};
+
+template <class Object>
+using Owned = std::unique_ptr<Object, Destroy>;
+
+std::string text(const spa_dict* properties, const char* key) {
+    const char* const value = properties != nullptr ? spa_dict_lookup(properties, key) : nullptr;
+    return value != nullptr ? value : "";
+}
+
+Id number(const spa_dict* properties, const char* key) {
+    const auto digits = text(properties, key);
+    Id value = 0;
+    std::from_chars(digits.data(), digits.data() + digits.size(), value);
+    return value;
+}
+
+bool isDevice(const spa_dict* properties) {
+    return !text(properties, PW_KEY_DEVICE_ID).empty() || !text(properties, PW_KEY_DEVICE_API).empty();
+}
+
+} // namespace
+
+class PipeWireCaptureWatch::Registry {
+public:
+    Registry() {
+        pw_init(nullptr, nullptr);
+        loop_.reset(pw_loop_new(nullptr));
+        if (!loop_) {
+            return;
+        }
+        // A listener needs no threads of high priority.
+        context_.reset(pw_context_new(
+            loop_.get(), pw_properties_new(PW_KEY_CONFIG_NAME, "client.conf", "module.rt", "false", nullptr),
+            0));
+        notifier_ = std::make_unique<QSocketNotifier>(pw_loop_get_fd(loop_.get()), QSocketNotifier::Read);
+        QObject::connect(notifier_.get(), &QSocketNotifier::activated, notifier_.get(),
+                         [this] { iterate(); });
+    }
+
+    ~Registry() {
+        notifier_.reset();
+        disconnect();
+        context_.reset();
+        loop_.reset();
+        pw_deinit();
+    }
+    Registry(const Registry&) = delete;
+    Registry& operator=(const Registry&) = delete;
+
+    bool isUsable() const { return context_ != nullptr; }
+    bool isConnected() const { return core_ != nullptr; }
+
+    bool isScreenCast() {
+        if (!core_) {
+            connect();
+        }
+        iterate();
+        return graph_.isScreenCast();
+    }
+
+private:
+    /// A bound object of the server, whose properties are told by its own events.
+    struct Bound {
+        Registry* registry = nullptr;
+        Id id = 0;
+        Owned<pw_proxy> proxy;
+        spa_hook hook{};
+
+        ~Bound() {
+            if (proxy) {
+                spa_hook_remove(&hook);
+            }
+        }
+    };
+
+    void connect() {
+        core_.reset(pw_context_connect(context_.get(), nullptr, 0));
+        if (!core_) {
+            return;
+        }
+        static constexpr pw_core_events coreEvents = [] {
+            pw_core_events events{};
+            events.version = PW_VERSION_CORE_EVENTS;
+            events.error = [](void* data, std::uint32_t id, int, int result, const char*) {
+                if (id == PW_ID_CORE && result == -EPIPE) {
+                    static_cast<Registry*>(data)->isLost_ = true;
+                }
+            };
+            return events;
+        }();
+        static constexpr pw_registry_events registryEvents = [] {
+            pw_registry_events events{};
+            events.version = PW_VERSION_REGISTRY_EVENTS;
+            events.global = [](void* data, std::uint32_t id, std::uint32_t, const char* type, std::uint32_t,
+                               const spa_dict* properties) {
+                static_cast<Registry*>(data)->appeared(id, type, properties);
+            };
+            events.global_remove = [](void* data, std::uint32_t id) {
+                static_cast<Registry*>(data)->disappeared(id);
+            };
+            return events;
+        }();
+        pw_proxy_add_object_listener(reinterpret_cast<pw_proxy*>(core_.get()), &coreHook_, &coreEvents, this);
+        registry_ = pw_core_get_registry(core_.get(), PW_VERSION_REGISTRY, 0);
+        registryProxy_.reset(reinterpret_cast<pw_proxy*>(registry_));
+        if (registry_ == nullptr) {
+            isLost_ = true;
+            return;
+        }
+        pw_proxy_add_object_listener(registryProxy_.get(), &registryHook_, &registryEvents, this);
+    }
+
+    void disconnect() {
+        bound_.clear();
+        graph_.clear();
+        if (registryProxy_) {
+            spa_hook_remove(&registryHook_);
+            registryProxy_.reset();
+            registry_ = nullptr;
+        }
+        if (core_) {
+            spa_hook_remove(&coreHook_);
+            core_.reset();
+        }
+        isLost_ = false;
+    }
+
+    void iterate() {
+        pw_loop_enter(loop_.get());
+        while (pw_loop_iterate(loop_.get(), 0) > 0) {
+        }
+        pw_loop_leave(loop_.get());
+        // Not from inside its own event.
+        if (isLost_) {
+            disconnect();
+        }
+    }
+
+    void appeared(Id id, std::string_view type, const spa_dict* properties) {
+        if (type == PW_TYPE_INTERFACE_Node) {
+            auto& node = graph_.nodes[id];
+            node.mediaClass = text(properties, PW_KEY_MEDIA_CLASS);
+            node.name = text(properties, PW_KEY_NODE_NAME);
+            node.role = text(properties, PW_KEY_MEDIA_ROLE);
+            node.client = number(properties, PW_KEY_CLIENT_ID);
+            node.isDevice = isDevice(properties);
+            if (node.isVideoSource()) {
+                followNode(id);
+            }
+        } else if (type == PW_TYPE_INTERFACE_Client) {
+            auto& client = graph_.clients[id];
+            client.application = text(properties, PW_KEY_APP_NAME);
+            client.access = text(properties, PW_KEY_ACCESS);
+            followClient(id);
+        } else if (type == PW_TYPE_INTERFACE_Link) {
+            graph_.links[id] = {number(properties, PW_KEY_LINK_OUTPUT_NODE),
+                                number(properties, PW_KEY_LINK_INPUT_NODE)};
+        }
+    }
+
+    void disappeared(Id id) {
+        bound_.erase(id);
+        graph_.remove(id);
+    }
+
+    void followNode(Id id) {
+        static constexpr pw_node_events events = [] {
+            pw_node_events result{};
+            result.version = PW_VERSION_NODE_EVENTS;
+            result.info = [](void* data, const pw_node_info* info) {
+                const auto& bound = *static_cast<Bound*>(data);
+                auto& node = bound.registry->graph_.nodes[bound.id];
+                node.isRunning = info->state == PW_NODE_STATE_RUNNING;
+                if (info->props != nullptr) {
+                    node.role = text(info->props, PW_KEY_MEDIA_ROLE);
+                    node.isDevice = isDevice(info->props);
+                }
+            };
+            return result;
+        }();
+        auto* const bound = bind(id, PW_TYPE_INTERFACE_Node, PW_VERSION_NODE);
+        if (bound != nullptr) {
+            pw_proxy_add_object_listener(bound->proxy.get(), &bound->hook, &events, bound);
+        }
+    }
+
+    void followClient(Id id) {
+        static constexpr pw_client_events events = [] {
+            pw_client_events result{};
+            result.version = PW_VERSION_CLIENT_EVENTS;
+            result.info = [](void* data, const pw_client_info* info) {
+                const auto& bound = *static_cast<Bound*>(data);
+                if (info->props != nullptr) {
+                    bound.registry->graph_.clients[bound.id] = {
+                        text(info->props, PW_KEY_APP_NAME), text(info->props, PW_KEY_APP_PROCESS_BINARY),
+                        text(info->props, PW_KEY_ACCESS),
+                        text(info->props, "pipewire.access.portal.media_roles")};
+                }
+            };
+            return result;
+        }();
+        auto* const bound = bind(id, PW_TYPE_INTERFACE_Client, PW_VERSION_CLIENT);
+        if (bound != nullptr) {
+            pw_proxy_add_object_listener(bound->proxy.get(), &bound->hook, &events, bound);
+        }
+    }
+
+    Bound* bind(Id id, const char* type, std::uint32_t version) {
+        Owned<pw_proxy> proxy(static_cast<pw_proxy*>(pw_registry_bind(registry_, id, type, version, 0)));
+        if (!proxy) {
+            return nullptr;
+        }
+        auto bound = std::make_unique<Bound>();
+        bound->registry = this;
+        bound->id = id;
+        bound->proxy = std::move(proxy);
+        return (bound_[id] = std::move(bound)).get();
+    }
+
+    Owned<pw_loop> loop_;
+    Owned<pw_context> context_;
+    Owned<pw_core> core_;
+    spa_hook coreHook_{};
+    pw_registry* registry_ = nullptr;
+    Owned<pw_proxy> registryProxy_;
+    spa_hook registryHook_{};
+    std::map<Id, std::unique_ptr<Bound>> bound_;
+    ScreenCastGraph graph_;
+    bool isLost_ = false;
+    std::unique_ptr<QSocketNotifier> notifier_;
+};
+
+std::unique_ptr<PipeWireCaptureWatch> PipeWireCaptureWatch::open() {
+    auto registry = std::make_unique<Registry>();
+    if (!registry->isUsable()) {
+        return nullptr;
+    }
+    return std::unique_ptr<PipeWireCaptureWatch>(new PipeWireCaptureWatch(std::move(registry)));
+}
+
+PipeWireCaptureWatch::PipeWireCaptureWatch(std::unique_ptr<Registry> registry)
+    : registry_(std::move(registry)) {}
+
+PipeWireCaptureWatch::~PipeWireCaptureWatch() = default;
+
+bool PipeWireCaptureWatch::isScreenCaptured() {
+    return registry_->isScreenCast();
+}
+
+bool PipeWireCaptureWatch::isConnected() const {
+    return registry_->isConnected();
+}
+
+} // namespace LinuxPlatform
