@@ -1,0 +1,366 @@
+#include "platform/linux/camera/FrameDecoder.h"
+#include "platform/linux/camera/RawVideo.h"
+
+#include "tests/platform/CameraWorld.h"
+
+#include <gmock/gmock.h>
+
+#include <array>
+#include <cstdint>
+#include <random>
+
+namespace {
+
+using LinuxPlatform::FrameDecoder;
+using LinuxPlatform::JpegCodec;
+using LinuxPlatform::PixelLayout;
+using LinuxPlatform::VideoFormat;
+using LinuxPlatform::VideoFrame;
+using LinuxPlatform::VideoPlane;
+using TestSupport::isNear;
+using TestSupport::pixelOf;
+using TestSupport::Rgb;
+using TestSupport::showsBars;
+
+using Bytes = std::vector<std::byte>;
+
+constexpr std::array<Rgb, 4> barColors{{{255, 0, 0}, {0, 255, 0}, {0, 0, 255}, {128, 128, 128}}};
+
+std::byte byteOf(int value) {
+    return static_cast<std::byte>(value);
+}
+
+Rgb barAt(int x, int width) {
+    return barColors[static_cast<std::size_t>(x * 4 / width)];
+}
+
+struct Yuv {
+    int y = 0;
+    int u = 0;
+    int v = 0;
+};
+
+Yuv yuvOf(const Rgb& c) {
+    return {16 + (66 * c.red + 129 * c.green + 25 * c.blue + 128) / 256,
+            128 + (-38 * c.red - 74 * c.green + 112 * c.blue + 128) / 256,
+            128 + (112 * c.red - 94 * c.green - 18 * c.blue + 128) / 256};
+}
+
+/// The bars as each layout has them, with `gap` more bytes in a row than needed.
+Bytes packedBars(PixelLayout layout, int width, int height, int gap = 0) {
+    Bytes data;
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            const auto color = barAt(x, width);
+            const auto yuv = yuvOf(color);
+            const auto chroma = x % 2 == 0 ? yuv.u : yuv.v;
+            switch (layout) {
+            case PixelLayout::yuyv:
+                data.insert(data.end(), {byteOf(yuv.y), byteOf(chroma)});
+                break;
+            case PixelLayout::uyvy:
+                data.insert(data.end(), {byteOf(chroma), byteOf(yuv.y)});
+                break;
+            case PixelLayout::bgrx:
+                data.insert(data.end(),
+                            {byteOf(color.blue), byteOf(color.green), byteOf(color.red), std::byte{0}});
+                break;
+            case PixelLayout::rgbx:
+                data.insert(data.end(),
+                            {byteOf(color.red), byteOf(color.green), byteOf(color.blue), std::byte{0}});
+                break;
+            case PixelLayout::bgr:
+                data.insert(data.end(), {byteOf(color.blue), byteOf(color.green), byteOf(color.red)});
+                break;
+            case PixelLayout::rgb:
+                data.insert(data.end(), {byteOf(color.red), byteOf(color.green), byteOf(color.blue)});
+                break;
+            default:
+                data.push_back(byteOf(yuv.y));
+                break;
+            }
+        }
+        data.insert(data.end(), static_cast<std::size_t>(gap), std::byte{0xAA});
+    }
+    return data;
+}
+
+struct ChromaPlanes {
+    Bytes blue;
+    Bytes red;
+    Bytes both;
+};
+
+ChromaPlanes chromaBars(int width, int height) {
+    ChromaPlanes planes;
+    for (int y = 0; y < (height + 1) / 2; ++y) {
+        for (int x = 0; x < (width + 1) / 2; ++x) {
+            const auto yuv = yuvOf(barAt(x * 2, width));
+            planes.blue.push_back(byteOf(yuv.u));
+            planes.red.push_back(byteOf(yuv.v));
+            planes.both.insert(planes.both.end(), {byteOf(yuv.u), byteOf(yuv.v)});
+        }
+    }
+    return planes;
+}
+
+Bytes joined(const std::vector<Bytes>& parts) {
+    Bytes all;
+    for (const auto& part : parts) {
+        all.insert(all.end(), part.begin(), part.end());
+    }
+    return all;
+}
+
+VideoFrame frameOf(PixelLayout layout, int width, int height, const Bytes& data, int stride = 0) {
+    return {{layout, width, height}, {VideoPlane{data, stride}}};
+}
+
+std::shared_ptr<Platform::Picture> barsPicture(int width, int height) {
+    auto picture = std::make_shared<Platform::Picture>();
+    picture->width = width;
+    picture->height = height;
+    picture->pixels = packedBars(PixelLayout::bgrx, width, height);
+    return picture;
+}
+
+Bytes jpegBars(int width, int height) {
+    return *JpegCodec().encode(*barsPicture(width, height));
+}
+
+constexpr std::array packedLayouts{PixelLayout::yuyv, PixelLayout::uyvy, PixelLayout::bgrx,
+                                   PixelLayout::rgbx, PixelLayout::bgr,  PixelLayout::rgb};
+
+TEST(RawVideoTest, PackedLayoutsHaveTheirColors) {
+    for (const auto layout : packedLayouts) {
+        for (const int reduction : {1, 2, 4, 8}) {
+            const auto data = packedBars(layout, 64, 32);
+            const auto picture = pictureOfRawFrame(frameOf(layout, 64, 32, data), reduction);
+            ASSERT_TRUE(picture) << int(layout);
+            EXPECT_EQ(picture->width, 64 / reduction);
+            EXPECT_EQ(picture->height, 32 / reduction);
+            EXPECT_TRUE(showsBars(*picture)) << int(layout) << " by " << reduction;
+        }
+    }
+}
+
+TEST(RawVideoTest, RowsMayHaveGaps) {
+    for (const auto layout : packedLayouts) {
+        const int pixelSize = layout == PixelLayout::yuyv || layout == PixelLayout::uyvy ? 2
+                              : layout == PixelLayout::bgr || layout == PixelLayout::rgb ? 3
+                                                                                         : 4;
+        const auto data = packedBars(layout, 64, 32, 12);
+        const auto picture = pictureOfRawFrame(frameOf(layout, 64, 32, data, 64 * pixelSize + 12), 1);
+        ASSERT_TRUE(picture);
+        EXPECT_TRUE(showsBars(*picture)) << int(layout);
+    }
+}
+
+TEST(RawVideoTest, PlanarLayoutsMayBeInOnePieceOrInSeveral) {
+    const auto luma = packedBars(PixelLayout::gray, 64, 32);
+    const auto chroma = chromaBars(64, 32);
+    const auto nv12 = joined({luma, chroma.both});
+    const auto yuv420 = joined({luma, chroma.blue, chroma.red});
+    const VideoFormat twoPlanes{PixelLayout::nv12, 64, 32};
+    const VideoFormat threePlanes{PixelLayout::yuv420, 64, 32};
+    for (const int reduction : {1, 2, 4, 8}) {
+        for (const auto& frame :
+             {VideoFrame{twoPlanes, {VideoPlane{nv12}}},
+              VideoFrame{twoPlanes, {VideoPlane{luma}, VideoPlane{chroma.both}}},
+              VideoFrame{threePlanes, {VideoPlane{yuv420, 64}}},
+              VideoFrame{threePlanes, {VideoPlane{luma}, VideoPlane{chroma.blue}, VideoPlane{chroma.red}}}}) {
+            const auto picture = pictureOfRawFrame(frame, reduction);
+            ASSERT_TRUE(picture);
+            EXPECT_TRUE(showsBars(*picture)) << int(frame.format.layout) << " by " << reduction;
+        }
+    }
+}
+
+TEST(RawVideoTest, BlackAndWhiteAreExact) {
+    for (const auto& [luma, shade] :
+         {std::pair{16, 0}, std::pair{235, 255}, std::pair{0, 0}, std::pair{255, 255}}) {
+        const Bytes data{byteOf(luma), byteOf(128), byteOf(luma), byteOf(128)};
+        const auto picture = pictureOfRawFrame(frameOf(PixelLayout::yuyv, 2, 1, data), 1);
+        ASSERT_TRUE(picture);
+        EXPECT_TRUE(isNear(pixelOf(*picture, 0, 0), {shade, shade, shade}, 1)) << luma;
+    }
+}
+
+TEST(RawVideoTest, EveryLumaAndChromaStaysInRange) {
+    for (int luma = 0; luma < 256; luma += 5) {
+        for (int blue = 0; blue < 256; blue += 5) {
+            for (int red = 0; red < 256; red += 5) {
+                const Bytes data{byteOf(luma), byteOf(blue), byteOf(luma), byteOf(red)};
+                const auto pixel =
+                    pixelOf(*pictureOfRawFrame(frameOf(PixelLayout::yuyv, 2, 1, data), 1), 0, 0);
+                const double y = 1.164 * (luma - 16);
+                const Rgb exact{
+                    static_cast<int>(std::clamp(y + 1.596 * (red - 128), 0.0, 255.0)),
+                    static_cast<int>(std::clamp(y - 0.391 * (blue - 128) - 0.813 * (red - 128), 0.0, 255.0)),
+                    static_cast<int>(std::clamp(y + 2.018 * (blue - 128), 0.0, 255.0))};
+                ASSERT_TRUE(isNear(pixel, exact, 4)) << luma << " " << blue << " " << red;
+            }
+        }
+    }
+}
+
+TEST(RawVideoTest, OddSizesAreTaken) {
+    for (const auto layout :
+         {PixelLayout::yuyv, PixelLayout::nv12, PixelLayout::yuv420, PixelLayout::gray, PixelLayout::bgr}) {
+        for (int width = 1; width < 20; ++width) {
+            for (int height = 1; height < 6; ++height) {
+                const Bytes data(static_cast<std::size_t>((width + 1) * (height + 1) * 4), std::byte{128});
+                for (const int reduction : {1, 2, 4}) {
+                    const auto picture = pictureOfRawFrame(frameOf(layout, width, height, data), reduction);
+                    EXPECT_EQ(picture != nullptr, width >= reduction && height >= reduction);
+                }
+            }
+        }
+    }
+}
+
+TEST(RawVideoTest, FramesThatAreTooSmallAreNone) {
+    for (const auto layout :
+         {PixelLayout::yuyv, PixelLayout::uyvy, PixelLayout::nv12, PixelLayout::yuv420, PixelLayout::gray,
+          PixelLayout::bgrx, PixelLayout::rgbx, PixelLayout::bgr, PixelLayout::rgb}) {
+        const auto luma = packedBars(layout, 64, 32);
+        const auto whole = joined({luma, chromaBars(64, 32).both});
+        const bool isPlanar = layout == PixelLayout::nv12 || layout == PixelLayout::yuv420;
+        const auto enough = isPlanar ? whole.size() : luma.size();
+        EXPECT_TRUE(pictureOfRawFrame(
+            frameOf(layout, 64, 32, Bytes(whole.begin(), whole.begin() + std::ptrdiff_t(enough))), 1));
+        const Bytes cut(whole.begin(), whole.begin() + std::ptrdiff_t(enough) - 1);
+        EXPECT_FALSE(pictureOfRawFrame(frameOf(layout, 64, 32, cut), 1)) << int(layout);
+        EXPECT_FALSE(pictureOfRawFrame(frameOf(layout, 64, 32, Bytes{}), 1));
+        EXPECT_FALSE(pictureOfRawFrame(frameOf(layout, 64, 32, whole, 3), 1)) << "rows that overlap";
+    }
+}
+
+TEST(RawVideoTest, ImpossibleSizesAreNone) {
+    const Bytes data(1024, std::byte{0});
+    for (const auto& [width, height] : {std::pair{0, 0}, std::pair{0, 8}, std::pair{8, 0}, std::pair{-8, 8},
+                                        std::pair{16384, 1}, std::pair{1, 16384}, std::pair{8192, 8192}}) {
+        EXPECT_FALSE(pictureOfRawFrame(frameOf(PixelLayout::gray, width, height, data), 1));
+    }
+}
+
+TEST(FrameDecoderTest, PictureIsAsSmallAsItMayBe) {
+    FrameDecoder decoder;
+    const auto jpeg = jpegBars(1280, 720);
+    const auto raw = packedBars(PixelLayout::yuyv, 1280, 720);
+    for (const auto& frame :
+         {frameOf(PixelLayout::jpeg, 1280, 720, jpeg), frameOf(PixelLayout::yuyv, 1280, 720, raw)}) {
+        const auto widthFor = [&](int width, int height) {
+            return decoder.picture(frame, width, height)->width;
+        };
+        EXPECT_EQ(widthFor(332, 187), 640);
+        EXPECT_EQ(widthFor(640, 360), 640);
+        EXPECT_EQ(widthFor(641, 360), 1280);
+        EXPECT_EQ(widthFor(332, 400), 1280) << "the height counts, too";
+        EXPECT_EQ(widthFor(320, 180), 320);
+        EXPECT_EQ(widthFor(16, 9), 160);
+        EXPECT_EQ(widthFor(4000, 3000), 1280) << "never larger than the frame";
+        EXPECT_TRUE(showsBars(*decoder.picture(frame, 332, 187)));
+    }
+}
+
+TEST(FrameDecoderTest, PhotoOfJpegIsTheSameBytes) {
+    auto jpeg = jpegBars(320, 180);
+    // Some cameras fill their buffers up behind the end.
+    jpeg.insert(jpeg.end(), 100, std::byte{0});
+    FrameDecoder decoder;
+    EXPECT_EQ(decoder.photo(frameOf(PixelLayout::jpeg, 320, 180, jpeg)), jpeg);
+}
+
+TEST(FrameDecoderTest, PhotoOfARawFrameIsEncodedOnceAtQuality92) {
+    const auto raw = packedBars(PixelLayout::bgrx, 320, 180);
+    FrameDecoder decoder;
+    const auto photo = decoder.photo(frameOf(PixelLayout::bgrx, 320, 180, raw));
+    ASSERT_TRUE(photo);
+    EXPECT_EQ(*photo, jpegBars(320, 180)) << "one encoding of the exact pixels";
+    // The first step of the luma table is 16 at quality 50, so at 92 it is (16 * (200 - 2 * 92) + 50) / 100.
+    const std::array tableMark{std::byte{0xFF}, std::byte{0xDB}};
+    const auto table = std::ranges::search(*photo, tableMark);
+    ASSERT_NE(table.begin(), photo->end());
+    EXPECT_EQ(static_cast<int>(table.begin()[5]), 3);
+}
+
+TEST(FrameDecoderTest, TruncatedJpegIsShownOnlyByACameraThatCanDoNoBetter) {
+    const auto whole = jpegBars(320, 180);
+    const Bytes half(whole.begin(), whole.begin() + std::ptrdiff_t(whole.size() / 2));
+    FrameDecoder poor;
+    EXPECT_TRUE(poor.picture(frameOf(PixelLayout::jpeg, 320, 180, half), 100, 50));
+    FrameDecoder good;
+    EXPECT_TRUE(good.picture(frameOf(PixelLayout::jpeg, 320, 180, whole), 100, 50));
+    EXPECT_FALSE(good.picture(frameOf(PixelLayout::jpeg, 320, 180, half), 100, 50));
+    EXPECT_EQ(good.photo(frameOf(PixelLayout::jpeg, 320, 180, half)), std::nullopt);
+}
+
+TEST(FrameDecoderTest, JpegIsCutAnywhereWithoutHarm) {
+    const auto whole = jpegBars(64, 48);
+    FrameDecoder decoder;
+    for (std::size_t length = 0; length < whole.size(); ++length) {
+        // An own allocation of exactly that size, so that reading on is noticed.
+        const Bytes cut(whole.begin(), whole.begin() + std::ptrdiff_t(length));
+        const auto frame = frameOf(PixelLayout::jpeg, 64, 48, cut);
+        decoder.picture(frame, 30, 20);
+        decoder.photo(frame);
+    }
+}
+
+TEST(FrameDecoderTest, JpegIsDamagedAnywhereWithoutHarm) {
+    const auto whole = jpegBars(64, 48);
+    std::mt19937 random(8);
+    for (int turn = 0; turn < 3000; ++turn) {
+        auto damaged = whole;
+        for (int hit = 0; hit < 1 + turn % 8; ++hit) {
+            damaged[random() % damaged.size()] = byteOf(static_cast<int>(random() % 256));
+        }
+        FrameDecoder decoder;
+        decoder.picture(frameOf(PixelLayout::jpeg, 64, 48, damaged), 30, 20);
+        decoder.photo(frameOf(PixelLayout::jpeg, 64, 48, damaged));
+    }
+}
+
+/// The bytes of a JPEG's frame header say the size; changed there, the rest does not fit.
+Bytes withSize(Bytes jpeg, int width, int height) {
+    const std::array mark{std::byte{0xFF}, std::byte{0xC0}};
+    const auto at = std::ranges::search(jpeg, mark).begin();
+    at[5] = byteOf(height >> 8);
+    at[6] = byteOf(height & 0xFF);
+    at[7] = byteOf(width >> 8);
+    at[8] = byteOf(width & 0xFF);
+    return jpeg;
+}
+
+TEST(FrameDecoderTest, JpegThatClaimsToBeEnormousIsNone) {
+    FrameDecoder decoder;
+    for (const auto& [width, height] : {std::pair{16384, 16384}, std::pair{65535, 65535}, std::pair{8193, 8},
+                                        std::pair{8, 8193}, std::pair{8192, 8192}, std::pair{0, 0}}) {
+        const auto jpeg = withSize(jpegBars(64, 48), width, height);
+        EXPECT_FALSE(decoder.picture(frameOf(PixelLayout::jpeg, 64, 48, jpeg), 30, 20)) << width;
+        EXPECT_FALSE(decoder.photo(frameOf(PixelLayout::jpeg, 64, 48, jpeg))) << width;
+    }
+}
+
+TEST(FrameDecoderTest, JpegsOwnSizeCounts) {
+    const auto jpeg = jpegBars(320, 180);
+    FrameDecoder decoder;
+    const auto picture = decoder.picture(frameOf(PixelLayout::jpeg, 1280, 720, jpeg), 300, 150);
+    ASSERT_TRUE(picture);
+    EXPECT_EQ(picture->width, 320);
+    EXPECT_TRUE(showsBars(*picture));
+}
+
+TEST(JpegCodecTest, WhatIsNoJpegIsNone) {
+    JpegCodec codec;
+    EXPECT_EQ(codec.size({}), std::nullopt);
+    EXPECT_FALSE(codec.decode({}, 1).picture);
+    const Bytes noise(1000, std::byte{0x5A});
+    EXPECT_FALSE(codec.decode(noise, 1).picture);
+    const auto jpeg = jpegBars(32, 16);
+    EXPECT_EQ(codec.size(jpeg), (JpegCodec::Size{32, 16}));
+    EXPECT_TRUE(codec.decode(jpeg, 1).picture) << "and it still works afterwards";
+}
+
+} // namespace
