@@ -13,9 +13,21 @@ T.Button {
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
     Accessible.name: text !== "" ? text : tip
+    // A key that is held down counts once, also where it leads to another button.
+    Keys.onSpacePressed: event => event.accepted = event.isAutoRepeat
+    Keys.onReleased: event => event.accepted = event.isAutoRepeat
     Keys.onReturnPressed: event => { if (!event.isAutoRepeat) control.clicked(); }
     Keys.onEnterPressed: event => { if (!event.isAutoRepeat) control.clicked(); }
 
+    // The mouse takes the ring away, also from a button that has the keyboard already.
+    PointHandler {
+        target: null
+        onActiveChanged: {
+            if (active && control.visualFocus) {
+                control.focusReason = Qt.MouseFocusReason;
+            }
+        }
+    }
     Loader {
         active: control.tip !== "" && control.hovered
         sourceComponent: Tip {

@@ -133,6 +133,17 @@ QString OnboardingViewModel::settingsProblem() const {
                                   : QString();
 }
 
+QString OnboardingViewModel::deviceProblem() const {
+    const auto kind = flow_.step().permissionKind();
+    if (kind == PermissionKind::microphone && services_.micMonitor.status() == MicStatus::noInputDevice) {
+        return qt(PlatformWording::string(LocKey::micNoInput, lang_));
+    }
+    if (kind == PermissionKind::camera && services_.cameraManager.status() == CameraStatus::noCameraFound) {
+        return qt(PlatformWording::string(LocKey::noCameraFound, lang_));
+    }
+    return {};
+}
+
 double OnboardingViewModel::level() const {
     return static_cast<double>(services_.micMonitor.level());
 }
@@ -149,8 +160,9 @@ bool OnboardingViewModel::isPreviewMirrored() const {
     return services_.cameraManager.mirrored();
 }
 
-QString OnboardingViewModel::desktopFileCountText() const {
-    return QString::number(desktopFileCount_);
+QString OnboardingViewModel::desktopSummary() const {
+    return qt(PlatformWording::string(LocKey::wizSummaryDesktop, lang_))
+        .replace(QStringLiteral("%@"), QString::number(desktopFileCount_));
 }
 
 QString OnboardingViewModel::text(const QString& key) const {
@@ -164,6 +176,7 @@ void OnboardingViewModel::advance() {
     flow_.advance();
     if (flow_ != before) {
         isSettingsPageMissing_ = false;
+        Q_EMIT flowChanged();
         Q_EMIT changed();
     }
 }

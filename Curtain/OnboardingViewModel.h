@@ -28,9 +28,9 @@ class OnboardingViewModel : public QObject {
     Q_PROPERTY(QString lang READ langText CONSTANT)
     Q_PROPERTY(bool isRightToLeft READ isRightToLeft CONSTANT)
     /// The current page: "welcome", "compatibility", "desktop", "microphone", "camera" or "summary".
-    Q_PROPERTY(QString page READ page NOTIFY changed)
-    Q_PROPERTY(int stepIndex READ stepIndex NOTIFY changed)
-    Q_PROPERTY(int stepCount READ stepCount NOTIFY changed)
+    Q_PROPERTY(QString page READ page NOTIFY flowChanged)
+    Q_PROPERTY(int stepIndex READ stepIndex NOTIFY flowChanged)
+    Q_PROPERTY(int stepCount READ stepCount NOTIFY flowChanged)
     Q_PROPERTY(bool isCompatibilityKnown READ isCompatibilityKnown NOTIFY changed)
     Q_PROPERTY(bool isCompatible READ isCompatible NOTIFY changed)
     Q_PROPERTY(bool hasCameraOrMicrophone READ hasCameraOrMicrophone NOTIFY changed)
@@ -44,11 +44,14 @@ class OnboardingViewModel : public QObject {
     Q_PROPERTY(bool isDenied READ isDenied NOTIFY changed)
     /// One sentence, empty unless the settings page was asked for and there is none.
     Q_PROPERTY(QString settingsProblem READ settingsProblem NOTIFY changed)
+    /// A few words on why the live area of the current page shows nothing; empty where there is something.
+    Q_PROPERTY(QString deviceProblem READ deviceProblem NOTIFY changed)
     Q_PROPERTY(double level READ level NOTIFY changed)
     Q_PROPERTY(QObject* camera READ camera CONSTANT)
     Q_PROPERTY(bool hasPreview READ hasPreview NOTIFY changed)
     Q_PROPERTY(bool isPreviewMirrored READ isPreviewMirrored NOTIFY changed)
-    Q_PROPERTY(QString desktopFileCountText READ desktopFileCountText NOTIFY changed)
+    /// How many files there are to hide, in words.
+    Q_PROPERTY(QString desktopSummary READ desktopSummary NOTIFY changed)
 
 public:
     /// All of them outlive the model.
@@ -99,11 +102,12 @@ public:
     bool isGranted() const;
     bool isDenied() const;
     QString settingsProblem() const;
+    QString deviceProblem() const;
     double level() const;
     QObject* camera() const;
     bool hasPreview() const;
     bool isPreviewMirrored() const;
-    QString desktopFileCountText() const;
+    QString desktopSummary() const;
 
     /// The text of a key, by the key's name.
     Q_INVOKABLE QString text(const QString& key) const;
@@ -116,6 +120,8 @@ public:
     Q_INVOKABLE void finish();
 
 Q_SIGNALS:
+    /// The current page is another one; comes before `changed`.
+    void flowChanged();
     /// Any of the published values has changed, or one of the camera manager's or the microphone monitor's.
     void changed();
 

@@ -95,6 +95,9 @@ QtObject {
     readonly property color levelOrange: "#F58A2B"
     readonly property real levelUnlit: 0.18
 
+    // The live areas of the wizard before there is something to see
+    readonly property color placeholder: Qt.rgba(0, 0, 0, 0.06)
+
     // Progress dots
     readonly property color progressStart: accent
     readonly property color progressEnd: "#7C8FF0"

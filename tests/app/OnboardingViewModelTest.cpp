@@ -190,7 +190,7 @@ TEST_F(OnboardingViewModelTest, DesktopIsGrantedWithItsCountOnTheMainThread) {
     mainQueue.runReady();
     EXPECT_THAT(model->status(), ElementsAre(Pair(PermissionKind::desktop, PermissionStatus::granted)));
     EXPECT_EQ(model->desktopFileCount(), 3);
-    EXPECT_EQ(model->desktopFileCountText(), "3");
+    EXPECT_EQ(model->desktopSummary(), "Desktop · 3 files to hide");
     EXPECT_TRUE(model->isGranted());
 }
 
@@ -337,6 +337,22 @@ TEST_F(OnboardingViewModelTest, WithoutACameraThePermissionIsGrantedAllTheSame) 
     EXPECT_TRUE(model->isGranted());
     EXPECT_FALSE(model->hasPreview());
     EXPECT_FALSE(isCameraOn());
+}
+
+TEST_F(OnboardingViewModelTest, SaysWhatKeepsALiveAreaDark) {
+    capture.cameras.clear();
+    audio.inputFormat = {0, 0};
+    startAt(PermissionKind::microphone);
+    EXPECT_EQ(model->deviceProblem(), "");
+    model->requestCurrentPermission();
+    settle();
+    EXPECT_EQ(model->deviceProblem(), "No input device");
+    model->advance();
+    EXPECT_EQ(model->deviceProblem(), "");
+    model->requestCurrentPermission();
+    EXPECT_EQ(model->deviceProblem(), "No camera found");
+    model->advance();
+    EXPECT_EQ(model->deviceProblem(), "");
 }
 
 TEST_F(OnboardingViewModelTest, StatusIsThatOfTheCurrentPage) {

@@ -1,0 +1,42 @@
+import QtQuick
+
+/// The wizard's last page.
+WizardPage {
+    id: page
+
+    button.text: vm.text("wizSummaryStart")
+    button.onClicked: vm.finish()
+
+    Symbol {
+        objectName: "seal"
+        anchors.horizontalCenter: parent.horizontalCenter
+        y: 64
+        name: "checkmark.seal.fill"
+        size: 56
+        color: Theme.green
+    }
+    WizardTitle {
+        id: title
+        objectName: "title"
+        y: 140
+        text: page.vm.text("wizSummaryTitle")
+    }
+    WizardCard {
+        objectName: "rows"
+        y: Math.max(192, title.y + title.height + 16)
+
+        WizardRow {
+            objectName: "desktop"
+            isFirst: true
+            title: page.vm.desktopSummary
+        }
+        WizardRow {
+            objectName: "microphone"
+            title: page.vm.text("wizSummaryMic")
+        }
+        WizardRow {
+            objectName: "camera"
+            title: page.vm.text("wizSummaryCam")
+        }
+    }
+}

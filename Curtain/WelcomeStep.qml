@@ -1,0 +1,39 @@
+import QtQuick
+
+/// The wizard's first page.
+WizardPage {
+    id: page
+
+    button.text: vm.text("wizWelcomeCTA")
+    button.y: 370
+    button.onClicked: vm.advance()
+
+    Image {
+        objectName: "logo"
+        anchors.horizontalCenter: parent.horizontalCenter
+        y: 74
+        source: "qrc:/curtain/logo.svg"
+        sourceSize: Qt.size(200, 52)
+        Accessible.role: Accessible.Graphic
+        Accessible.name: "Curtain"
+    }
+    WizardTitle {
+        id: title
+        objectName: "title"
+        y: 160
+        style: Theme.display
+        text: page.vm.text("wizWelcomeTitle")
+    }
+    WizardText {
+        objectName: "body"
+        y: title.y + title.height + 10
+        inset: 12
+        text: page.vm.text("wizWelcomeBody")
+    }
+    WizardText {
+        objectName: "note"
+        y: 418
+        style: Theme.small
+        text: page.vm.text("wizWelcomeMicro")
+    }
+}
