@@ -9,10 +9,12 @@ Rectangle {
     /// The camera manager whose session is shown.
     property QtObject camera
     property bool mirrored: false
+    readonly property bool hasPicture: preview.hasPicture
 
     color: "black"
 
     VideoPreview {
+        id: preview
         anchors.fill: parent
         session: root.camera ? root.camera.session : undefined
         transform: Scale {

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "Curtain/AppCatalog.h"
+#include "Curtain/AppListModel.h"
+#include "Curtain/AppSearch.h"
 #include "Curtain/CameraPreviewManager.h"
 #include "Curtain/MicrophoneMonitor.h"
 #include "Curtain/ReadinessCoordinator.h"
@@ -9,8 +11,12 @@
 #include "platform/Workspace.h"
 
 #include <QObject>
+#include <QString>
+#include <QStringList>
+#include <QVariantList>
 
 #include <functional>
+#include <memory>
 #include <string>
 
 namespace Curtain {
@@ -29,9 +35,53 @@ struct MeetingReadinessActions {
     std::function<void()> onQuit;
 };
 
-/// The content of the popover, for MeetingReadinessView.qml. Main thread only.
+/// The content of the popover, for MeetingReadinessView.qml: what its rows and buttons show, and what they
+/// do. A tone is the name of a status colour: "green", "orange", "red" or "gray". Main thread only.
 class MeetingReadinessView : public QObject {
     Q_OBJECT
+    Q_PROPERTY(QString lang READ lang CONSTANT)
+    Q_PROPERTY(bool isRightToLeft READ isRightToLeft CONSTANT)
+    Q_PROPERTY(QObject* camera READ camera CONSTANT)
+
+    Q_PROPERTY(QString capsuleText READ capsuleText NOTIFY stateChanged)
+    Q_PROPERTY(QString capsuleTone READ capsuleTone NOTIFY stateChanged)
+    Q_PROPERTY(bool isPrivacyModeOn READ isPrivacyModeOn NOTIFY stateChanged)
+    Q_PROPERTY(bool showsRisk READ showsRisk NOTIFY stateChanged)
+    Q_PROPERTY(int score READ score NOTIFY stateChanged)
+    Q_PROPERTY(QString riskLabel READ riskLabel NOTIFY stateChanged)
+    Q_PROPERTY(QString riskTone READ riskTone NOTIFY stateChanged)
+    Q_PROPERTY(bool hasIssues READ hasIssues NOTIFY stateChanged)
+    Q_PROPERTY(QVariantList issues READ issues NOTIFY stateChanged)
+
+    Q_PROPERTY(QString cameraStatus READ cameraStatus NOTIFY stateChanged)
+    Q_PROPERTY(QString cameraDetail READ cameraDetail NOTIFY stateChanged)
+    Q_PROPERTY(QString notificationsStatus READ notificationsStatus NOTIFY stateChanged)
+    Q_PROPERTY(QString notificationsDetail READ notificationsDetail NOTIFY stateChanged)
+    Q_PROPERTY(QString desktopStatus READ desktopStatus NOTIFY stateChanged)
+    Q_PROPERTY(QString desktopDetail READ desktopDetail NOTIFY stateChanged)
+    Q_PROPERTY(bool isDesktopHidden READ isDesktopHidden NOTIFY stateChanged)
+    Q_PROPERTY(QString privateAppsStatus READ privateAppsStatus NOTIFY stateChanged)
+    Q_PROPERTY(QString privateAppsDetail READ privateAppsDetail NOTIFY stateChanged)
+
+    Q_PROPERTY(QString microphoneStatus READ microphoneStatus NOTIFY microphoneChanged)
+    Q_PROPERTY(QString microphoneDetail READ microphoneDetail NOTIFY microphoneChanged)
+    Q_PROPERTY(QString echoLabel READ echoLabel NOTIFY microphoneChanged)
+    Q_PROPERTY(double microphoneLevel READ microphoneLevel NOTIFY microphoneLevelChanged)
+
+    Q_PROPERTY(QString cameraState READ cameraState NOTIFY cameraChanged)
+    Q_PROPERTY(bool hasPhoto READ hasPhoto NOTIFY cameraChanged)
+    Q_PROPERTY(bool isMirrored READ isMirrored NOTIFY cameraChanged)
+    Q_PROPERTY(bool isReady READ isReady NOTIFY readyChanged)
+
+    Q_PROPERTY(QObject* privateApps READ privateApps CONSTANT)
+    Q_PROPERTY(bool hasPrivateApps READ hasPrivateApps NOTIFY appsChanged)
+    Q_PROPERTY(QStringList visibilities READ visibilities NOTIFY stateChanged)
+    Q_PROPERTY(QObject* editedApps READ editedApps CONSTANT)
+    Q_PROPERTY(bool editingApps READ editingApps WRITE setEditingApps NOTIFY editingAppsChanged)
+    Q_PROPERTY(QString appQuery READ appQuery WRITE setAppQuery NOTIFY appQueryChanged)
+    Q_PROPERTY(
+        bool showingTestShare READ showingTestShare WRITE setShowingTestShare NOTIFY showingTestShareChanged)
+    Q_PROPERTY(QString settingsProblem READ settingsProblem NOTIFY settingsProblemChanged)
 
 public:
     /// All of them outlive the view.
@@ -47,6 +97,129 @@ public:
     };
 
     MeetingReadinessView(const Services& services, std::string lang, MeetingReadinessActions actions);
+
+    QString lang() const { return QString::fromStdString(lang_); }
+    bool isRightToLeft() const;
+    QObject* camera() const { return &services_.camera; }
+
+    QString capsuleText() const;
+    QString capsuleTone() const;
+    bool isPrivacyModeOn() const { return state().privacyModeActive; }
+    bool showsRisk() const { return showsRisk_; }
+    int score() const { return state().score; }
+    QString riskLabel() const;
+    QString riskTone() const;
+    bool hasIssues() const { return !state().issues.empty(); }
+    /// Each with its `key`, `text` and `tone`.
+    QVariantList issues() const;
+
+    /// "ok", "warning", "danger" or "unknown", like that of every row.
+    QString cameraStatus() const;
+    QString cameraDetail() const;
+    QString notificationsStatus() const;
+    QString notificationsDetail() const;
+    QString desktopStatus() const;
+    QString desktopDetail() const;
+    bool isDesktopHidden() const { return state().desktopHidden; }
+    QString privateAppsStatus() const;
+    QString privateAppsDetail() const;
+
+    QString microphoneStatus() const;
+    QString microphoneDetail() const;
+    QString echoLabel() const;
+    double microphoneLevel() const;
+
+    /// "available", "noPermission", "noCameraFound" or "unavailable".
+    QString cameraState() const;
+    bool hasPhoto() const { return services_.camera.capturedPhoto() != nullptr; }
+    bool isMirrored() const { return services_.camera.mirrored(); }
+    /// Whether a camera that shows a picture deserves the ready badge.
+    bool isReady() const;
+
+    QObject* privateApps() { return &privateApps_; }
+    bool hasPrivateApps() const { return !privateApps_.rows().empty(); }
+    /// Those that occur among the private apps.
+    QStringList visibilities() const;
+    /// The private apps, and below them the others that match the query.
+    QObject* editedApps() { return &editedApps_; }
+    bool editingApps() const { return editingApps_; }
+    void setEditingApps(bool editing);
+    const QString& appQuery() const { return appQuery_; }
+    void setAppQuery(const QString& query);
+    bool showingTestShare() const { return showingTestShare_; }
+    void setShowingTestShare(bool showing);
+    /// What to say after a settings page could not be opened; empty otherwise.
+    QString settingsProblem() const;
+
+    /// The text behind a name; aborts when there is none.
+    Q_INVOKABLE QString text(const QString& key) const;
+    /// To be called on every opening of the popover.
+    Q_INVOKABLE void didOpen();
+
+    Q_INVOKABLE void fixEverything() { actions_.onFixEverything(); }
+    Q_INVOKABLE void hidePrivateApps() { actions_.onHidePrivateApps(); }
+    Q_INVOKABLE void restore() { actions_.onRestore(); }
+    Q_INVOKABLE void toggleDesktop() { actions_.onToggleDesktop(); }
+    Q_INVOKABLE void selectCamera(const QString& id) { actions_.onSelectCamera(id.toStdString()); }
+    Q_INVOKABLE void takePhoto() { actions_.onTakePhoto(); }
+    Q_INVOKABLE void copyPhoto() { actions_.onCopyPhoto(); }
+    Q_INVOKABLE void savePhoto() { actions_.onSavePhoto(); }
+    Q_INVOKABLE void openSettings() { actions_.onOpenSettings(); }
+    Q_INVOKABLE void quit() { actions_.onQuit(); }
+
+    Q_INVOKABLE void discardPhoto() { services_.camera.clearCapturedPhoto(); }
+    Q_INVOKABLE void toggleMirrored() { services_.camera.setMirrored(!isMirrored()); }
+    /// The cameras at this moment, each with its `id`, `name` and whether it `isActive`.
+    Q_INVOKABLE QVariantList cameras() const;
+    Q_INVOKABLE void startEcho() { services_.mic.startEcho(); }
+    Q_INVOKABLE void openCameraSettings();
+    Q_INVOKABLE void openFocus();
+    /// Whether a row of the edited apps only parts the others.
+    Q_INVOKABLE bool isDivider(int row) const;
+    /// Makes one of the edited apps private, or no longer private.
+    Q_INVOKABLE void toggleApp(const QString& bundleID);
+
+Q_SIGNALS:
+    void stateChanged();
+    void microphoneChanged();
+    void microphoneLevelChanged();
+    void cameraChanged();
+    /// A new photo is there.
+    void photoTaken();
+    void readyChanged();
+    void appsChanged();
+    void editingAppsChanged();
+    void appQueryChanged();
+    void showingTestShareChanged();
+    void settingsProblemChanged();
+
+private:
+    const CurtainCore::ReadinessState& state() const { return services_.coordinator.state(); }
+    CurtainCore::ReadinessStatus microphoneMark() const;
+    void readState();
+    void readCamera();
+    void readMicrophone();
+    void readReady();
+    void fillLists();
+    void loadCatalog();
+    void setSettingsProblem(bool isThere);
+    QString iconSource(const std::string& bundleID) const;
+
+    Services services_;
+    std::string lang_;
+    MeetingReadinessActions actions_;
+    AppListModel privateApps_;
+    AppListModel editedApps_;
+    AppSearch catalog_;
+    QString appQuery_;
+    bool showsRisk_ = true;
+    bool editingApps_ = false;
+    bool showingTestShare_ = false;
+    bool isSettingsPageMissing_ = false;
+    bool wasReady_ = false;
+    std::shared_ptr<const Platform::Picture> photo_;
+    MicStatus micStatus_;
+    EchoPhase echoPhase_;
 };
 
 } // namespace Curtain

@@ -15,8 +15,9 @@ Text {
     font.pixelSize: style.size
     font.weight: style.weight
     font.letterSpacing: style.tracking
-    lineHeightMode: Text.FixedHeight
-    lineHeight: style.line
+    // A fixed height would put a single line at the bottom of its box.
+    lineHeightMode: wrapMode === Text.NoWrap ? Text.ProportionalHeight : Text.FixedHeight
+    lineHeight: wrapMode === Text.NoWrap ? 1 : style.line
     elide: mayElide ? Text.ElideRight : Text.ElideNone
     maximumLineCount: mayElide ? 1 : 1000
 }

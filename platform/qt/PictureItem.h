@@ -14,6 +14,7 @@ class PictureItem : public QQuickItem {
     Q_OBJECT
     /// A std::shared_ptr<const Platform::Picture>; anything else is no picture.
     Q_PROPERTY(QVariant picture READ pictureVariant WRITE setPictureVariant NOTIFY pictureChanged)
+    Q_PROPERTY(bool hasPicture READ hasPicture NOTIFY pictureChanged)
     Q_PROPERTY(FillMode fillMode READ fillMode WRITE setFillMode NOTIFY fillModeChanged)
 
 public:
@@ -25,6 +26,7 @@ public:
 
     const std::shared_ptr<const Platform::Picture>& picture() const { return picture_; }
     void setPicture(std::shared_ptr<const Platform::Picture> picture);
+    bool hasPicture() const { return picture_ != nullptr; }
     QVariant pictureVariant() const;
     void setPictureVariant(const QVariant& picture);
 

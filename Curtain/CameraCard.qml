@@ -1,0 +1,199 @@
+import QtQuick
+
+/// What the camera sees, or why it sees nothing.
+Item {
+    id: card
+
+    required property QtObject model
+    property bool isMirroredLayout: false
+
+    readonly property string cameraState: model.cameraState
+
+    Rectangle {
+        anchors.fill: parent
+        radius: Theme.cardRadius
+        color: card.cameraState === "noPermission" || card.cameraState === "noCameraFound" ? Theme.card : Theme.stage
+        border.width: 1
+        border.color: card.cameraState === "noPermission" || card.cameraState === "noCameraFound" ? Theme.hairline : Theme.pictureBorder
+    }
+
+    Loader {
+        id: preview
+        anchors.fill: parent
+        active: card.cameraState === "available"
+        sourceComponent: Item {
+            CameraPreviewView {
+                id: picture
+                objectName: "preview"
+                anchors.fill: parent
+                camera: card.model.camera
+                mirrored: card.model.isMirrored
+                color: Theme.stage
+            }
+            RoundFrame {
+                anchors.fill: parent
+            }
+            Rectangle {
+                objectName: "readyBadge"
+                anchors.left: parent.left
+                anchors.leftMargin: 10
+                anchors.bottom: parent.bottom
+                anchors.bottomMargin: 10
+                width: badge.implicitWidth + 22
+                height: 26
+                radius: 13
+                color: Theme.overlay
+                visible: card.model.isReady && picture.hasPicture
+                Accessible.role: Accessible.StaticText
+                Accessible.name: words.text
+
+                Row {
+                    id: badge
+                    anchors.centerIn: parent
+                    spacing: 7
+
+                    Symbol {
+                        anchors.verticalCenter: parent.verticalCenter
+                        name: "checkmark.seal.fill"
+                        size: 16
+                        color: Theme.photoGreen
+                    }
+                    // Raised, to be read on a very bright picture too.
+                    Text {
+                        id: words
+                        anchors.verticalCenter: parent.verticalCenter
+                        textFormat: Text.PlainText
+                        text: card.model.text("youAreReady")
+                        font.family: Theme.fontFamily
+                        font.pixelSize: Theme.smallStrong.size
+                        font.weight: Theme.smallStrong.weight
+                        color: Theme.overlayInk
+                        style: Text.Raised
+                        styleColor: Theme.raisedText
+                        Accessible.ignored: true
+                    }
+                }
+            }
+            Row {
+                anchors.right: parent.right
+                anchors.rightMargin: 10
+                y: 10
+                spacing: 8
+
+                IconButton {
+                    objectName: "mirror"
+                    implicitWidth: 30
+                    isOverPicture: true
+                    symbol: "arrow.left.and.right.righttriangle.left.righttriangle.right"
+                    tip: card.model.text("cameraPreview")
+                    Accessible.checkable: true
+                    Accessible.checked: card.model.isMirrored
+                    onClicked: card.model.toggleMirrored()
+                }
+                IconButton {
+                    id: cameraButton
+                    objectName: "cameraMenu"
+                    implicitWidth: 30
+                    isOverPicture: true
+                    symbol: "arrow.triangle.2.circlepath.camera"
+                    symbolSize: 18
+                    tip: card.model.text("camera")
+                    Accessible.role: Accessible.ButtonMenu
+                    onClicked: {
+                        choices.model = card.model.cameras();
+                        menu.openBelow(cameraButton, 6);
+                    }
+
+                    PopupMenu {
+                        id: menu
+                        isMirrored: card.isMirroredLayout
+
+                        Instantiator {
+                            id: choices
+                            model: []
+                            delegate: PopupMenuItem {
+                                required property var modelData
+
+                                objectName: "camera " + modelData.id
+                                text: modelData.name
+                                canBeChosen: true
+                                isChosen: modelData.isActive
+                                mayElide: true
+                                onTriggered: card.model.selectCamera(modelData.id)
+                            }
+                            onObjectAdded: (index, object) => menu.insertItem(index, object)
+                            onObjectRemoved: (index, object) => menu.removeItem(object)
+                        }
+                    }
+                }
+            }
+        }
+    }
+
+    Column {
+        anchors.centerIn: parent
+        width: parent.width - 32
+        visible: card.cameraState === "noPermission"
+        spacing: 10
+
+        Symbol {
+            anchors.horizontalCenter: parent.horizontalCenter
+            name: "video.slash"
+            size: 30
+            color: Theme.ink2
+        }
+        StyledText {
+            width: parent.width
+            horizontalAlignment: Text.AlignHCenter
+            wrapMode: Text.WordWrap
+            text: card.model.text("cameraNeedsAccess")
+            style: Theme.bodyMedium
+        }
+        ActionButton {
+            objectName: "cameraSettings"
+            anchors.horizontalCenter: parent.horizontalCenter
+            kind: "tonal"
+            implicitHeight: 32
+            text: card.model.text("openSystemSettings")
+            onClicked: card.model.openCameraSettings()
+        }
+        StyledText {
+            width: parent.width
+            visible: text !== ""
+            horizontalAlignment: Text.AlignHCenter
+            wrapMode: Text.WordWrap
+            text: card.model.settingsProblem
+            style: Theme.small
+            color: Theme.ink2
+        }
+    }
+    StyledText {
+        anchors.centerIn: parent
+        width: parent.width - 32
+        visible: card.cameraState === "noCameraFound"
+        horizontalAlignment: Text.AlignHCenter
+        wrapMode: Text.WordWrap
+        text: card.model.text("noCameraFound")
+        color: Theme.ink2
+    }
+    Column {
+        anchors.centerIn: parent
+        width: parent.width - 32
+        visible: card.cameraState === "unavailable"
+        spacing: 8
+
+        Symbol {
+            anchors.horizontalCenter: parent.horizontalCenter
+            name: "video"
+            size: 34
+            color: Theme.stageSymbol
+        }
+        StyledText {
+            width: parent.width
+            horizontalAlignment: Text.AlignHCenter
+            text: card.model.text("cameraPreview")
+            style: Theme.small
+            color: Theme.stageInk
+        }
+    }
+}

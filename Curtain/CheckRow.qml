@@ -1,0 +1,78 @@
+import QtQuick
+
+/// One row of the readiness check: mark, symbol, label, detail, and at the end a chip that acts.
+Item {
+    id: row
+
+    required property string icon
+    required property string label
+    required property string status
+    required property string detail
+    required property string action
+    /// Whether the chip remedies what is wrong.
+    property bool remedies: false
+    property real chipWidth: 108
+    /// What stands between detail and chip takes this much room.
+    property real reserved: 0
+    readonly property real leastChipWidth: chip.implicitWidth
+
+    readonly property string tone: ({ "ok": "green", "warning": "orange", "danger": "red" })[status] ?? "gray"
+    readonly property string detailTone: ({ "ok": "green", "warning": "orange", "danger": "orange" })[status] ?? "gray"
+
+    signal acted
+
+    implicitHeight: 32
+    Accessible.role: Accessible.Grouping
+    Accessible.name: label + ": " + detail
+
+    Symbol {
+        id: mark
+        objectName: row.objectName + ".mark"
+        anchors.left: parent.left
+        anchors.verticalCenter: parent.verticalCenter
+        name: ({ "ok": "checkmark.circle.fill", "warning": "exclamationmark.circle.fill",
+            "danger": "exclamationmark.circle.fill" })[row.status] ?? "circle"
+        size: 16
+        color: Theme.solid(row.tone)
+    }
+    Symbol {
+        id: symbol
+        objectName: row.objectName + ".symbol"
+        anchors.left: mark.right
+        anchors.leftMargin: 10
+        anchors.verticalCenter: parent.verticalCenter
+        name: row.icon
+        size: 18
+        color: Theme.solid(row.tone)
+    }
+    FittingText {
+        id: words
+        objectName: row.objectName + ".label"
+        anchors.left: symbol.right
+        anchors.leftMargin: 10
+        width: 110
+        height: parent.height
+        text: row.label
+        normalStyle: Theme.bodyMedium
+    }
+    FittingText {
+        objectName: row.objectName + ".detail"
+        anchors.left: words.right
+        anchors.leftMargin: 8
+        anchors.right: chip.left
+        anchors.rightMargin: 14 + row.reserved
+        height: parent.height
+        text: row.detail
+        color: Theme.text(row.detailTone)
+    }
+    ChipButton {
+        id: chip
+        objectName: row.objectName + ".chip"
+        anchors.right: parent.right
+        anchors.verticalCenter: parent.verticalCenter
+        width: row.chipWidth
+        text: row.action
+        tonal: row.remedies && (row.status === "warning" || row.status === "danger")
+        onClicked: row.acted()
+    }
+}

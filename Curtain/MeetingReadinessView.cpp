@@ -1,0 +1,472 @@
+#include "Curtain/MeetingReadinessView.h"
+
+#include "Curtain/NotificationChecker.h"
+#include "Curtain/SettingsLinks.h"
+#include "Curtain/ViewText.h"
+#include "core/Localizer.h"
+
+#include <QCollator>
+#include <QUrl>
+
+#include <algorithm>
+#include <array>
+#include <set>
+#include <utility>
+
+namespace Curtain {
+namespace {
+
+using CurtainCore::ReadinessState;
+using CurtainCore::ReadinessStatus;
+using CurtainCore::RiskLevel;
+
+QString statusName(ReadinessStatus status) {
+    switch (status) {
+    case ReadinessStatus::ok:
+        return QStringLiteral("ok");
+    case ReadinessStatus::warning:
+        return QStringLiteral("warning");
+    case ReadinessStatus::danger:
+        return QStringLiteral("danger");
+    case ReadinessStatus::unknown:
+        return QStringLiteral("unknown");
+    }
+    return {};
+}
+
+bool isBad(ReadinessStatus status) {
+    return status == ReadinessStatus::warning || status == ReadinessStatus::danger;
+}
+
+QString riskColour(RiskLevel risk) {
+    switch (risk) {
+    case RiskLevel::low:
+        return QStringLiteral("green");
+    case RiskLevel::medium:
+    case RiskLevel::high:
+        return QStringLiteral("orange");
+    case RiskLevel::veryHigh:
+        return QStringLiteral("red");
+    }
+    return {};
+}
+
+QString keyName(CurtainCore::LocKey key) {
+    const auto name = CurtainCore::rawValue(key);
+    return QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size()));
+}
+
+bool isSevere(const CurtainCore::ReadinessIssue& issue) {
+    return issue.severity == ReadinessStatus::danger;
+}
+
+/// Both lists are in that order already.
+std::vector<CatalogEntry> merged(const std::vector<CatalogEntry>& one,
+                                 const std::vector<CatalogEntry>& other) {
+    QCollator collator;
+    if (collator.locale().language() == QLocale::C) {
+        collator.setLocale(QLocale(QLocale::English));
+    }
+    collator.setCaseSensitivity(Qt::CaseInsensitive);
+    std::set<std::string> known;
+    for (const auto& entry : one) {
+        known.insert(entry.bundleID);
+    }
+    auto all = one;
+    for (const auto& entry : other) {
+        if (known.insert(entry.bundleID).second) {
+            const auto place = std::ranges::upper_bound(all, entry, [&](const auto& left, const auto& right) {
+                return collator.compare(QString::fromStdString(left.name),
+                                        QString::fromStdString(right.name)) < 0;
+            });
+            all.insert(place, entry);
+        }
+    }
+    return all;
+}
+
+} // namespace
+
+MeetingReadinessView::MeetingReadinessView(const Services& services, std::string lang,
+                                           MeetingReadinessActions actions)
+    : services_(services),
+      lang_(std::move(lang)),
+      actions_(std::move(actions)),
+      privateApps_([this](const std::string& bundleID) { return iconSource(bundleID); }),
+      editedApps_([this](const std::string& bundleID) { return iconSource(bundleID); }),
+      micStatus_(services.mic.status()),
+      echoPhase_(services.mic.echoPhase()) {
+    connect(&services_.coordinator, &ReadinessCoordinator::stateChanged, this,
+            &MeetingReadinessView::readState);
+    connect(&services_.camera, &CameraPreviewManager::changed, this, &MeetingReadinessView::readCamera);
+    connect(&services_.mic, &MicrophoneMonitor::changed, this, &MeetingReadinessView::readMicrophone);
+    photo_ = services_.camera.capturedPhoto();
+    showsRisk_ = services_.store.load().showEmbarrassmentScore;
+    wasReady_ = isReady();
+    fillLists();
+}
+
+bool MeetingReadinessView::isRightToLeft() const {
+    return CurtainCore::Localizer::isRightToLeft(lang_);
+}
+
+QString MeetingReadinessView::capsuleText() const {
+    if (std::ranges::any_of(state().issues, isSevere)) {
+        return text(QStringLiteral("sharingExposes"));
+    }
+    const auto tone = capsuleTone();
+    return text(tone == "orange" ? QStringLiteral("needsAttention")
+                : tone == "gray" ? QStringLiteral("readyForCall")
+                                 : QStringLiteral("youAreReady"));
+}
+
+QString MeetingReadinessView::capsuleTone() const {
+    const auto& now = state();
+    if (std::ranges::any_of(now.issues, isSevere)) {
+        // The sentence is a warning, whatever the score.
+        return now.risk == RiskLevel::low ? riskColour(RiskLevel::medium) : riskColour(now.risk);
+    }
+    // The level comes and goes with every word that is spoken; the checklist's row stays.
+    const auto isMicrophoneOut = microphoneMark() == ReadinessStatus::danger;
+    const std::array rows{now.camera, isMicrophoneOut ? ReadinessStatus::danger : now.microphone,
+                          now.notifications, now.desktop, now.privateApps};
+    if (!now.issues.empty() || std::ranges::any_of(rows, isBad)) {
+        return QStringLiteral("orange");
+    }
+    return std::ranges::count(rows, ReadinessStatus::unknown) > 0 ? QStringLiteral("gray")
+                                                                  : QStringLiteral("green");
+}
+
+QString MeetingReadinessView::riskLabel() const {
+    static constexpr std::array keys{"riskLow", "riskMedium", "riskHigh", "riskVeryHigh"};
+    return text(QString::fromLatin1(keys.at(static_cast<std::size_t>(state().risk))));
+}
+
+QString MeetingReadinessView::riskTone() const {
+    return riskColour(state().risk);
+}
+
+QVariantList MeetingReadinessView::issues() const {
+    QVariantList all;
+    for (const auto& issue : state().issues) {
+        const auto key = keyName(issue.key);
+        all.push_back(QVariantMap{
+            {QStringLiteral("key"), key},
+            {QStringLiteral("text"), text(key)},
+            {QStringLiteral("tone"), isSevere(issue) ? QStringLiteral("red") : QStringLiteral("orange")}});
+    }
+    return all;
+}
+
+QString MeetingReadinessView::cameraStatus() const {
+    return statusName(state().camera);
+}
+
+QString MeetingReadinessView::cameraDetail() const {
+    switch (state().camera) {
+    case ReadinessStatus::ok:
+        return text(QStringLiteral("looksGood"));
+    case ReadinessStatus::unknown:
+        return text(QStringLiteral("notCheckedYet"));
+    default:
+        return text(QStringLiteral("attentionNeeded"));
+    }
+}
+
+QString MeetingReadinessView::notificationsStatus() const {
+    return statusName(state().notifications);
+}
+
+QString MeetingReadinessView::notificationsDetail() const {
+    switch (state().notifications) {
+    case ReadinessStatus::ok:
+        return text(QStringLiteral("notifHandled"));
+    case ReadinessStatus::unknown:
+        return text(QStringLiteral("notCheckedYet"));
+    default:
+        return text(QStringLiteral("notificationsMayAppear"));
+    }
+}
+
+QString MeetingReadinessView::desktopStatus() const {
+    return statusName(state().desktop);
+}
+
+QString MeetingReadinessView::desktopDetail() const {
+    return state().desktopHidden
+               ? text(QStringLiteral("desktopHidden"))
+               : QString::number(state().desktopFileCount) + ' ' + text(QStringLiteral("filesOnDesktop"));
+}
+
+QString MeetingReadinessView::privateAppsStatus() const {
+    return statusName(state().privateApps);
+}
+
+QString MeetingReadinessView::privateAppsDetail() const {
+    if (state().privateApps == ReadinessStatus::ok) {
+        return text(QStringLiteral("youAreReady"));
+    }
+    const auto visible =
+        std::ranges::count(privateApps_.rows(), PrivateAppVisibility::visible, &AppListRow::visibility);
+    return QString::number(visible) + ' ' + text(QStringLiteral("privateAppsVisible"));
+}
+
+ReadinessStatus MeetingReadinessView::microphoneMark() const {
+    switch (micStatus_) {
+    case MicStatus::working:
+        return ReadinessStatus::ok;
+    case MicStatus::noPermission:
+    case MicStatus::noInputDevice:
+        return ReadinessStatus::danger;
+    case MicStatus::silent:
+    case MicStatus::unavailable:
+    case MicStatus::unknown:
+        break;
+    }
+    return ReadinessStatus::unknown;
+}
+
+QString MeetingReadinessView::microphoneStatus() const {
+    return statusName(microphoneMark());
+}
+
+QString MeetingReadinessView::microphoneDetail() const {
+    switch (micStatus_) {
+    case MicStatus::working:
+        return text(QStringLiteral("micWorking"));
+    case MicStatus::silent:
+        return text(QStringLiteral("micSaySomething"));
+    case MicStatus::noPermission:
+        return text(QStringLiteral("micAccessDenied"));
+    case MicStatus::noInputDevice:
+        return text(QStringLiteral("micNoInput"));
+    case MicStatus::unavailable:
+    case MicStatus::unknown:
+        break;
+    }
+    return text(QStringLiteral("notCheckedYet"));
+}
+
+QString MeetingReadinessView::echoLabel() const {
+    switch (echoPhase_) {
+    case EchoPhase::recording:
+        return text(QStringLiteral("recordingTitle"));
+    case EchoPhase::playing:
+        return text(QStringLiteral("playingTitle"));
+    case EchoPhase::idle:
+    case EchoPhase::done:
+        break;
+    }
+    return text(QStringLiteral("recordTitle"));
+}
+
+double MeetingReadinessView::microphoneLevel() const {
+    const auto isMetering = micStatus_ == MicStatus::working || micStatus_ == MicStatus::silent;
+    return isMetering ? std::clamp(static_cast<double>(services_.mic.level()), 0.0, 1.0) : 0.0;
+}
+
+QString MeetingReadinessView::cameraState() const {
+    switch (services_.camera.status()) {
+    case CameraStatus::available:
+        return QStringLiteral("available");
+    case CameraStatus::noPermission:
+        return QStringLiteral("noPermission");
+    case CameraStatus::noCameraFound:
+        return QStringLiteral("noCameraFound");
+    case CameraStatus::unavailable:
+        break;
+    }
+    return QStringLiteral("unavailable");
+}
+
+bool MeetingReadinessView::isReady() const {
+    const auto& now = state();
+    const std::array rows{now.camera, microphoneMark(), now.notifications, now.desktop, now.privateApps};
+    return services_.camera.status() == CameraStatus::available && now.issues.empty() &&
+           std::ranges::none_of(rows, isBad);
+}
+
+QStringList MeetingReadinessView::visibilities() const {
+    static constexpr std::array names{std::pair{PrivateAppVisibility::visible, "visible"},
+                                      std::pair{PrivateAppVisibility::hidden, "hidden"},
+                                      std::pair{PrivateAppVisibility::notRunning, "notRunning"}};
+    QStringList found;
+    for (const auto& [visibility, name] : names) {
+        if (std::ranges::count(privateApps_.rows(), visibility, &AppListRow::visibility) > 0) {
+            found.push_back(QString::fromLatin1(name));
+        }
+    }
+    return found;
+}
+
+void MeetingReadinessView::setEditingApps(bool editing) {
+    if (editing == editingApps_) {
+        return;
+    }
+    editingApps_ = editing;
+    if (editing) {
+        loadCatalog();
+    } else {
+        catalog_ = {};
+    }
+    setAppQuery({});
+    fillLists();
+    Q_EMIT editingAppsChanged();
+}
+
+void MeetingReadinessView::setAppQuery(const QString& query) {
+    if (query != appQuery_) {
+        appQuery_ = query;
+        fillLists();
+        Q_EMIT appQueryChanged();
+    }
+}
+
+void MeetingReadinessView::setShowingTestShare(bool showing) {
+    if (showing != showingTestShare_) {
+        showingTestShare_ = showing;
+        Q_EMIT showingTestShareChanged();
+    }
+}
+
+QString MeetingReadinessView::settingsProblem() const {
+    return isSettingsPageMissing_ ? text(QStringLiteral("noSettingsPage")) : QString();
+}
+
+QString MeetingReadinessView::text(const QString& key) const {
+    return viewText(key, lang_);
+}
+
+void MeetingReadinessView::didOpen() {
+    setEditingApps(false);
+    setSettingsProblem(false);
+    setShowingTestShare(services_.store.load().runTestShareModeOnOpen);
+    readState();
+}
+
+QVariantList MeetingReadinessView::cameras() const {
+    QVariantList all;
+    for (const auto& camera : CameraPreviewManager::availableCameras(services_.capture)) {
+        all.push_back(
+            QVariantMap{{QStringLiteral("id"), QString::fromStdString(camera.id)},
+                        {QStringLiteral("name"), shownName(camera.name, camera.id)},
+                        {QStringLiteral("isActive"), services_.camera.activeDeviceID() == camera.id}});
+    }
+    return all;
+}
+
+void MeetingReadinessView::openCameraSettings() {
+    setSettingsProblem(!services_.urlOpener.open(SettingsLinks::cameraPrivacy));
+}
+
+void MeetingReadinessView::openFocus() {
+    setSettingsProblem(!NotificationChecker::openFocusSettings(services_.urlOpener));
+}
+
+bool MeetingReadinessView::isDivider(int row) const {
+    const auto& rows = editedApps_.rows();
+    const auto index = static_cast<std::size_t>(row);
+    return index < rows.size() && rows[index].kind == AppListRow::Kind::divider;
+}
+
+void MeetingReadinessView::toggleApp(const QString& bundleID) {
+    const auto& rows = editedApps_.rows();
+    const auto found = std::ranges::find(rows, bundleID.toStdString(),
+                                         [](const AppListRow& row) { return row.app.bundleID; });
+    if (found != rows.end()) {
+        services_.coordinator.toggleTargetApp(CatalogEntry(found->app));
+    }
+}
+
+void MeetingReadinessView::readState() {
+    showsRisk_ = services_.store.load().showEmbarrassmentScore;
+    fillLists();
+    Q_EMIT stateChanged();
+    readReady();
+}
+
+void MeetingReadinessView::readCamera() {
+    Q_EMIT cameraChanged();
+    if (photo_ != services_.camera.capturedPhoto()) {
+        photo_ = services_.camera.capturedPhoto();
+        if (photo_) {
+            Q_EMIT photoTaken();
+        }
+    }
+    readReady();
+}
+
+void MeetingReadinessView::readMicrophone() {
+    const auto status = services_.mic.status();
+    const auto phase = services_.mic.echoPhase();
+    if (status == micStatus_ && phase == echoPhase_) {
+        Q_EMIT microphoneLevelChanged();
+        return;
+    }
+    const auto markBefore = microphoneMark();
+    micStatus_ = status;
+    echoPhase_ = phase;
+    Q_EMIT microphoneLevelChanged();
+    Q_EMIT microphoneChanged();
+    if (markBefore != microphoneMark()) {
+        Q_EMIT stateChanged();
+        readReady();
+    }
+}
+
+void MeetingReadinessView::readReady() {
+    if (const auto ready = isReady(); ready != wasReady_) {
+        wasReady_ = ready;
+        Q_EMIT readyChanged();
+    }
+}
+
+void MeetingReadinessView::fillLists() {
+    const auto hadPrivateApps = hasPrivateApps();
+    const auto targets = services_.store.load().targetApps;
+    std::vector<AppListRow> rows;
+    std::set<std::string> known;
+    for (const auto& app : PrivateAppsInspector::rows(services_.workspace, targets)) {
+        rows.push_back({AppListRow::Kind::privateApp, {app.bundleID, app.name}, app.visibility});
+        known.insert(app.bundleID);
+    }
+    privateApps_.setRows(rows);
+    if (editingApps_) {
+        std::vector<AppListRow> candidates;
+        for (auto& entry : catalog_.matching(appQuery_)) {
+            if (!known.contains(entry.bundleID)) {
+                candidates.push_back({AppListRow::Kind::candidate, std::move(entry), {}});
+            }
+        }
+        if (!rows.empty() && !candidates.empty()) {
+            rows.push_back({AppListRow::Kind::divider, {}, {}});
+        }
+        rows.insert(rows.end(), candidates.begin(), candidates.end());
+        editedApps_.setRows(std::move(rows));
+    } else {
+        editedApps_.setRows({});
+    }
+    if (hadPrivateApps != hasPrivateApps()) {
+        Q_EMIT appsChanged();
+    }
+}
+
+void MeetingReadinessView::loadCatalog() {
+    catalog_ = AppSearch(merged(services_.catalog.installedApps(), services_.catalog.runningApps()));
+}
+
+void MeetingReadinessView::setSettingsProblem(bool isThere) {
+    if (isThere != isSettingsPageMissing_) {
+        isSettingsPageMissing_ = isThere;
+        Q_EMIT settingsProblemChanged();
+    }
+}
+
+QString MeetingReadinessView::iconSource(const std::string& bundleID) const {
+    const auto icon = services_.catalog.icon(bundleID);
+    return icon ? "image://icon/" +
+                      QString::fromLatin1(QUrl::toPercentEncoding(QString::fromStdString(icon->source)))
+                : QString();
+}
+
+} // namespace Curtain

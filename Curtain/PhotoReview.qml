@@ -1,0 +1,80 @@
+import QtQuick
+
+/// The test photo, and what can be done with it.
+Item {
+    id: review
+
+    required property QtObject model
+
+    Rectangle {
+        id: area
+        objectName: "photo"
+        width: parent.width
+        height: 238
+        color: Theme.photoMat
+
+        PhotoView {
+            anchors.fill: parent
+            camera: review.model.camera
+        }
+        Rectangle {
+            id: flash
+            objectName: "flash"
+            anchors.fill: parent
+            color: Theme.flash
+            opacity: 0
+            visible: opacity > 0
+
+            SequentialAnimation {
+                id: flashing
+                running: true
+                NumberAnimation { target: flash; property: "opacity"; to: 1; duration: Theme.flashInTime; easing.type: Theme.easing }
+                NumberAnimation { target: flash; property: "opacity"; to: 0; duration: Theme.flashOutTime; easing.type: Theme.easing }
+            }
+            Connections {
+                target: review.model
+                function onPhotoTaken() {
+                    flashing.restart();
+                }
+            }
+        }
+        RoundFrame {
+            anchors.fill: parent
+        }
+    }
+    ActionButton {
+        objectName: "photoBack"
+        anchors.left: parent.left
+        y: 250
+        width: Math.max(112, implicitWidth)
+        implicitHeight: 32
+        kind: "quiet"
+        symbol: "chevron.backward"
+        text: review.model.text("cancel")
+        onClicked: review.model.discardPhoto()
+    }
+    Row {
+        anchors.right: parent.right
+        y: 250
+        spacing: 8
+
+        ActionButton {
+            objectName: "photoCopy"
+            width: Math.max(112, implicitWidth)
+            implicitHeight: 32
+            kind: "quiet"
+            symbol: "doc.on.clipboard"
+            text: review.model.text("copyClip")
+            onClicked: review.model.copyPhoto()
+        }
+        ActionButton {
+            objectName: "photoSave"
+            width: Math.max(112, implicitWidth)
+            implicitHeight: 32
+            kind: "tonal"
+            symbol: "square.and.arrow.down"
+            text: review.model.text("saveFile")
+            onClicked: review.model.savePhoto()
+        }
+    }
+}

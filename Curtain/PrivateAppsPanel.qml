@@ -1,0 +1,315 @@
+import QtQuick
+import QtQuick.Templates as T
+
+/// The private apps with their visibility, or while `editingApps` those that are private and those that could be.
+Card {
+    id: panel
+
+    required property QtObject model
+
+    StyledText {
+        anchors.left: parent.left
+        anchors.leftMargin: 17
+        anchors.right: edit.left
+        anchors.rightMargin: 8
+        height: 44
+        text: panel.model.text("privateApps")
+        style: Theme.bodyStrong
+        Accessible.role: Accessible.Heading
+    }
+    IconButton {
+        id: edit
+        objectName: "edit"
+        anchors.right: parent.right
+        anchors.rightMargin: 12
+        y: 9
+        symbol: "pencil"
+        on: panel.model.editingApps
+        tip: panel.model.text("editApps")
+        Accessible.checkable: true
+        Accessible.checked: on
+        onClicked: panel.model.editingApps = !panel.model.editingApps
+    }
+    Loader {
+        anchors.fill: parent
+        anchors.topMargin: 45
+        anchors.leftMargin: 17
+        sourceComponent: panel.model.editingApps ? edited : shown
+        onLoaded: fadeIn.restart()
+
+        NumberAnimation on opacity {
+            id: fadeIn
+            from: 0
+            to: 1
+            duration: Theme.fadeTime
+            easing.type: Theme.easing
+        }
+    }
+
+    Component {
+        id: shown
+
+        Item {
+            StateMetrics { id: visibleWord; text: panel.model.visibilities.includes("visible") ? panel.model.text("visible") : "" }
+            StateMetrics { id: hiddenWord; text: panel.model.visibilities.includes("hidden") ? panel.model.text("hidden") : "" }
+            StateMetrics { id: notRunningWord; text: panel.model.visibilities.includes("notRunning") ? panel.model.text("notRunning") : "" }
+
+            ListView {
+                id: list
+
+                readonly property real stateWidth: 14 + Math.ceil(Math.max(visibleWord.advanceWidth,
+                    hiddenWord.advanceWidth, notRunningWord.advanceWidth))
+                readonly property bool canScroll: contentHeight > height
+
+                objectName: "privateAppsList"
+                anchors.left: parent.left
+                width: 303
+                height: 178
+                model: panel.model.privateApps
+                clip: canScroll
+                interactive: canScroll
+                activeFocusOnTab: canScroll
+                boundsBehavior: Flickable.StopAtBounds
+                Accessible.role: Accessible.List
+                Accessible.name: panel.model.text("privateApps")
+                Keys.onDownPressed: contentY = Math.min(contentY + 42, originY + contentHeight - height)
+                Keys.onUpPressed: contentY = Math.max(contentY - 42, originY)
+                T.ScrollBar.vertical: ThinScrollBar {}
+
+                delegate: Item {
+                    id: app
+
+                    required property string name
+                    required property string icon
+                    required property string visibility
+
+                    width: 288
+                    height: 42
+                    Accessible.role: Accessible.ListItem
+                    Accessible.name: name + ": " + panel.model.text(visibility)
+
+                    // The list is a little wider than its rows, for the scroll bar.
+                    LayoutMirroring.enabled: list.LayoutMirroring.enabled
+                    LayoutMirroring.childrenInherit: true
+                    x: list.LayoutMirroring.enabled ? list.width - width : 0
+
+                    AppIcon {
+                        id: appIcon
+                        anchors.left: parent.left
+                        anchors.verticalCenter: parent.verticalCenter
+                        source: app.icon
+                    }
+                    StyledText {
+                        anchors.left: appIcon.right
+                        anchors.leftMargin: 10
+                        anchors.right: state.left
+                        anchors.rightMargin: 10
+                        height: parent.height
+                        text: app.name
+                        style: Theme.bodyMedium
+                        mayElide: true
+                    }
+                    Item {
+                        id: state
+
+                        readonly property string tone: ({ "visible": "red", "hidden": "green" })[app.visibility] ?? "gray"
+
+                        anchors.right: parent.right
+                        width: list.stateWidth
+                        height: parent.height
+
+                        StatusDot {
+                            id: dot
+                            anchors.left: parent.left
+                            anchors.verticalCenter: parent.verticalCenter
+                            tone: state.tone
+                        }
+                        StyledText {
+                            anchors.left: dot.right
+                            anchors.leftMargin: 6
+                            anchors.right: parent.right
+                            height: parent.height
+                            text: panel.model.text(app.visibility)
+                            style: Theme.smallMedium
+                            color: Theme.text(state.tone)
+                        }
+                    }
+                }
+
+                FocusRing { visible: list.activeFocus }
+            }
+            StyledText {
+                objectName: "addPrivateAppsHint"
+                anchors.left: parent.left
+                width: 288
+                height: 178
+                visible: !panel.model.hasPrivateApps
+                horizontalAlignment: Text.AlignHCenter
+                wrapMode: Text.WordWrap
+                text: panel.model.text("addPrivateAppsHint")
+                color: Theme.ink2
+            }
+            ActionButton {
+                objectName: "hidePrivateApps"
+                anchors.left: parent.left
+                y: 184
+                width: 288
+                implicitHeight: 36
+                kind: "tonal"
+                symbol: "eye.slash"
+                enabled: !panel.model.isPrivacyModeOn
+                text: panel.model.text("hidePrivateApps")
+                onClicked: panel.model.hidePrivateApps()
+            }
+        }
+    }
+
+    Component {
+        id: edited
+
+        FocusScope {
+            focus: true
+
+            SearchField {
+                id: search
+                objectName: "search"
+                anchors.left: parent.left
+                width: 288
+                focus: true
+                placeholderText: panel.model.text("searchApps")
+                clearName: panel.model.text("remove")
+                onTextChanged: panel.model.appQuery = text
+                Keys.onDownPressed: choices.forceActiveFocus(Qt.TabFocusReason)
+                Component.onCompleted: forceActiveFocus()
+            }
+            ListView {
+                id: choices
+
+                objectName: "editedApps"
+                anchors.left: parent.left
+                y: 38
+                width: 303
+                height: 146
+                model: panel.model.editedApps
+                clip: true
+                interactive: contentHeight > height
+                activeFocusOnTab: count > 0
+                currentIndex: 0
+                highlightFollowsCurrentItem: true
+                boundsBehavior: Flickable.StopAtBounds
+                Accessible.role: Accessible.List
+                Accessible.name: panel.model.text("editApps")
+                Keys.onDownPressed: step(1)
+                Keys.onUpPressed: step(-1)
+                Keys.onSpacePressed: actOnCurrent()
+                Keys.onReturnPressed: actOnCurrent()
+                Keys.onEnterPressed: actOnCurrent()
+                T.ScrollBar.vertical: ThinScrollBar {}
+
+                function step(by: int): void {
+                    let next = currentIndex + by;
+                    if (next >= 0 && next < count && panel.model.isDivider(next)) {
+                        next += by;
+                    }
+                    currentIndex = Math.max(0, Math.min(count - 1, next));
+                }
+                function actOnCurrent(): void {
+                    if (currentItem) {
+                        currentItem.act();
+                    }
+                }
+
+                delegate: Item {
+                    id: choice
+
+                    required property int index
+                    required property string kind
+                    required property string bundleID
+                    required property string name
+                    required property string icon
+                    readonly property bool isDivider: kind === "divider"
+                    readonly property bool isPrivate: kind === "privateApp"
+                    readonly property bool isCurrent: choices.activeFocus && ListView.isCurrentItem
+
+                    width: choices.width
+                    height: isDivider ? 9 : 32
+                    Accessible.role: isDivider ? Accessible.Separator : Accessible.ListItem
+                    Accessible.name: name
+                    Accessible.focused: isCurrent
+
+                    function act(): void {
+                        panel.model.toggleApp(bundleID);
+                    }
+
+                    Rectangle {
+                        anchors.left: parent.left
+                        width: 288
+                        height: 1
+                        anchors.verticalCenter: parent.verticalCenter
+                        visible: choice.isDivider
+                        color: Theme.hairline
+                    }
+                    Item {
+                        anchors.left: parent.left
+                        width: 288
+                        height: parent.height
+                        visible: !choice.isDivider
+
+                        Rectangle {
+                            anchors.fill: parent
+                            visible: choice.isCurrent
+                            radius: Theme.fieldRadius
+                            color: "transparent"
+                            border.width: 2
+                            border.color: Theme.accent
+                        }
+                        AppIcon {
+                            id: choiceIcon
+                            anchors.left: parent.left
+                            anchors.leftMargin: choice.isCurrent ? 5 : 0
+                            anchors.verticalCenter: parent.verticalCenter
+                            size: 22
+                            source: choice.icon
+                        }
+                        StyledText {
+                            anchors.left: choiceIcon.right
+                            anchors.leftMargin: 10
+                            anchors.right: toggle.left
+                            anchors.rightMargin: 8
+                            height: parent.height
+                            text: choice.name
+                            style: Theme.bodyMedium
+                            mayElide: true
+                        }
+                        IconButton {
+                            id: toggle
+                            objectName: (choice.isPrivate ? "remove " : "add ") + choice.bundleID
+                            anchors.right: parent.right
+                            anchors.rightMargin: -6
+                            anchors.verticalCenter: parent.verticalCenter
+                            // The list has the keyboard; its current row acts.
+                            focusPolicy: Qt.NoFocus
+                            symbol: choice.isPrivate ? "minus.circle.fill" : "plus"
+                            symbolSize: choice.isPrivate ? 19 : 18
+                            ink: choice.isPrivate ? Theme.gray : Theme.accent
+                            inkHover: choice.isPrivate ? Theme.red : Theme.accentHover
+                            tip: panel.model.text(choice.isPrivate ? "remove" : "add")
+                            Accessible.name: tip + ": " + choice.name
+                            onClicked: choice.act()
+                        }
+                    }
+                }
+            }
+            ActionButton {
+                objectName: "saveApps"
+                anchors.left: parent.left
+                y: 188
+                width: 288
+                implicitHeight: 36
+                kind: "tonal"
+                text: panel.model.text("saveFile")
+                onClicked: panel.model.editingApps = false
+            }
+        }
+    }
+}

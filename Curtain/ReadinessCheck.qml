@@ -1,0 +1,102 @@
+import QtQuick
+
+/// The five checks.
+Card {
+    id: section
+
+    required property QtObject model
+
+    readonly property real chipWidth: Math.max(108, cameraRow.leastChipWidth, microphoneRow.leastChipWidth,
+        notificationsRow.leastChipWidth, desktopRow.leastChipWidth, privateAppsRow.leastChipWidth)
+
+    implicitHeight: 194
+
+    StyledText {
+        anchors.left: parent.left
+        anchors.leftMargin: 17
+        y: 9
+        height: 18
+        text: section.model.text("readinessCheck")
+        style: Theme.bodyStrong
+        Accessible.role: Accessible.Heading
+    }
+    Column {
+        x: 17
+        y: 27
+        width: parent.width - 34
+
+        CheckRow {
+            id: cameraRow
+            objectName: "camera"
+            width: parent.width
+            chipWidth: section.chipWidth
+            icon: "video"
+            label: section.model.text("camera")
+            status: section.model.cameraStatus
+            detail: section.model.cameraDetail
+            action: section.model.text("takePhoto")
+            onActed: section.model.takePhoto()
+        }
+        CheckRow {
+            id: microphoneRow
+            objectName: "microphone"
+            width: parent.width
+            chipWidth: section.chipWidth
+            reserved: 90 + 14
+            icon: "mic"
+            label: section.model.text("microphone")
+            status: section.model.microphoneStatus
+            detail: section.model.microphoneDetail
+            action: section.model.echoLabel
+            onActed: section.model.startEcho()
+
+            LevelMeter {
+                objectName: "meter"
+                anchors.right: parent.right
+                anchors.rightMargin: section.chipWidth + 14
+                anchors.verticalCenter: parent.verticalCenter
+                value: section.model.microphoneLevel
+                name: section.model.text("microphone")
+            }
+        }
+        CheckRow {
+            id: notificationsRow
+            objectName: "notifications"
+            width: parent.width
+            chipWidth: section.chipWidth
+            icon: "bell"
+            label: section.model.text("notifications")
+            status: section.model.notificationsStatus
+            detail: section.model.notificationsDetail
+            action: section.model.text("openFocus")
+            remedies: true
+            onActed: section.model.openFocus()
+        }
+        CheckRow {
+            id: desktopRow
+            objectName: "desktop"
+            width: parent.width
+            chipWidth: section.chipWidth
+            icon: "folder"
+            label: section.model.text("desktop")
+            status: section.model.desktopStatus
+            detail: section.model.desktopDetail
+            action: section.model.text(section.model.isDesktopHidden ? "showDesktop" : "hideDesktop")
+            remedies: true
+            onActed: section.model.toggleDesktop()
+        }
+        CheckRow {
+            id: privateAppsRow
+            objectName: "privateApps"
+            width: parent.width
+            chipWidth: section.chipWidth
+            icon: "lock"
+            label: section.model.text("privateApps")
+            status: section.model.privateAppsStatus
+            detail: section.model.privateAppsDetail
+            action: section.model.text(section.model.isPrivacyModeOn ? "restore" : "hideApps")
+            remedies: true
+            onActed: section.model.isPrivacyModeOn ? section.model.restore() : section.model.hidePrivateApps()
+        }
+    }
+}

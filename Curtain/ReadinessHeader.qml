@@ -1,0 +1,98 @@
+import QtQuick
+
+/// Logo, title, the state in a few words, and the menu.
+Item {
+    id: header
+
+    required property QtObject model
+    property bool isMirroredLayout: false
+
+    signal testShareMode
+
+    Image {
+        id: logo
+        anchors.left: parent.left
+        anchors.leftMargin: -1
+        anchors.verticalCenter: parent.verticalCenter
+        width: 36
+        height: 36
+        sourceSize: Qt.size(36, 36)
+        source: "qrc:/curtain/app-icon.svg"
+        Accessible.ignored: true
+    }
+    StyledText {
+        id: title
+        anchors.left: parent.left
+        anchors.leftMargin: 44
+        height: 20
+        text: "Curtain"
+        style: Theme.appTitle
+        Accessible.role: Accessible.Heading
+    }
+    Row {
+        anchors.left: title.left
+        y: 20
+        height: 16
+        spacing: 5
+
+        Symbol {
+            anchors.verticalCenter: parent.verticalCenter
+            visible: header.model.isPrivacyModeOn
+            name: "eye.slash"
+            size: 14
+            color: Theme.accent
+        }
+        StyledText {
+            objectName: "tagline"
+            height: parent.height
+            text: header.model.text(header.model.isPrivacyModeOn ? "privacyOnTitle" : "tagline")
+            style: header.model.isPrivacyModeOn ? Theme.smallMedium : Theme.small
+            color: header.model.isPrivacyModeOn ? Theme.accent : Theme.ink2
+        }
+    }
+    Capsule {
+        objectName: "capsule"
+        anchors.right: menuButton.left
+        anchors.rightMargin: 10
+        y: 5
+        hasDot: true
+        tone: header.model.capsuleTone
+        text: header.model.capsuleText
+    }
+    IconButton {
+        id: menuButton
+        objectName: "menuButton"
+        anchors.right: parent.right
+        y: 2
+        implicitWidth: 32
+        symbol: "ellipsis"
+        symbolSize: 20
+        tip: header.model.text("open")
+        Accessible.role: Accessible.ButtonMenu
+        onClicked: menu.openBelow(menuButton, 4)
+
+        PopupMenu {
+            id: menu
+            objectName: "menu"
+            isMirrored: header.isMirroredLayout
+            leastWidth: 208
+
+            PopupMenuItem {
+                objectName: "menuTestShareMode"
+                text: header.model.text("testShareMode")
+                onTriggered: header.testShareMode()
+            }
+            PopupMenuItem {
+                objectName: "menuSettings"
+                text: header.model.text("settings")
+                onTriggered: header.model.openSettings()
+            }
+            PopupMenuDivider {}
+            PopupMenuItem {
+                objectName: "menuQuit"
+                text: header.model.text("quit")
+                onTriggered: header.model.quit()
+            }
+        }
+    }
+}

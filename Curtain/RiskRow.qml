@@ -1,0 +1,75 @@
+import QtQuick
+
+/// How much a shared screen would expose.
+Card {
+    id: row
+
+    required property QtObject model
+    property int shownScore: model.score
+    property bool isReady: false
+
+    implicitHeight: 84
+    color: Theme.riskCard(model.riskTone)
+    border.color: Theme.riskEdge(model.riskTone)
+    Accessible.role: Accessible.Grouping
+    Accessible.name: caption.text + ": " + model.score + " / 100, " + model.riskLabel
+    Component.onCompleted: isReady = true
+
+    Behavior on shownScore {
+        enabled: row.isReady
+        NumberAnimation { duration: Theme.scoreTime; easing.type: Theme.easing }
+    }
+
+    Symbol {
+        id: shield
+        objectName: "shield"
+        anchors.left: parent.left
+        anchors.leftMargin: 17
+        anchors.verticalCenter: parent.verticalCenter
+        name: "shield.lefthalf.filled"
+        size: 26
+        color: Theme.solid(row.model.riskTone)
+    }
+    StyledText {
+        id: caption
+        anchors.left: shield.right
+        anchors.leftMargin: 14
+        anchors.right: parent.right
+        anchors.rightMargin: 16
+        y: 16
+        height: 16
+        text: row.model.text("screenShareRisk")
+        style: Theme.smallMedium
+        color: Theme.ink2
+    }
+    ScoreText {
+        id: score
+        objectName: "score"
+        anchors.left: shield.right
+        anchors.leftMargin: 14
+        y: 32
+        value: row.shownScore
+        range: "/ 100"
+        gap: 5
+        Accessible.ignored: true
+    }
+    TextMetrics {
+        id: word
+        text: row.model.riskLabel
+        font.family: Theme.fontFamily
+        font.pixelSize: Theme.bodyStrong.size
+        font.weight: Theme.bodyStrong.weight
+    }
+    Capsule {
+        objectName: "riskCapsule"
+        anchors.right: parent.right
+        anchors.rightMargin: 17
+        y: 36
+        implicitHeight: 28
+        inset: word.advanceWidth + 26 + 12 < row.width - 34 - 26 - 14 - score.width ? 13 : 9
+        tone: row.model.riskTone
+        color: Theme.riskTint(row.model.riskTone)
+        text: row.model.riskLabel
+        style: Theme.bodyStrong
+    }
+}

@@ -1,0 +1,8 @@
+import QtQuick
+
+/// How wide a word of an app's state is.
+TextMetrics {
+    font.family: Theme.fontFamily
+    font.pixelSize: Theme.smallMedium.size
+    font.weight: Theme.smallMedium.weight
+}

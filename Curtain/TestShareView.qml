@@ -1,0 +1,230 @@
+import QtQuick
+import QtQuick.Templates as T
+
+/// What the other side would see if the screen were shared now.
+T.Popup {
+    id: panel
+
+    required property QtObject model
+    property bool isMirrored: false
+
+    signal fixEverything
+    signal done
+
+    modal: true
+    focus: true
+    width: 440
+    height: Math.min(content.implicitHeight + topPadding + bottomPadding, parent ? parent.height - 16 : 600)
+    x: parent ? Math.round((parent.width - width) / 2) : 0
+    // A little above the middle, where the eye rests.
+    y: parent ? Math.max(8, Math.round((parent.height - height) * 0.466)) : 0
+    leftPadding: 25
+    rightPadding: 25
+    topPadding: 21
+    bottomPadding: 25
+    closePolicy: T.Popup.CloseOnEscape | T.Popup.CloseOnPressOutside
+    onClosed: done()
+
+    T.Overlay.modal: Rectangle {
+        color: Theme.scrim
+        radius: panel.parent && panel.parent.isRounded ? Theme.popoverRadius : 0
+    }
+    enter: Transition {
+        ParallelAnimation {
+            NumberAnimation { property: "opacity"; from: 0; to: 1; duration: Theme.panelInTime; easing.type: Theme.easing }
+            NumberAnimation { property: "rise"; target: content; from: 8; to: 0; duration: Theme.panelInTime; easing.type: Theme.easing }
+        }
+    }
+    exit: Transition {
+        NumberAnimation { property: "opacity"; from: 1; to: 0; duration: Theme.panelOutTime; easing.type: Theme.easing }
+    }
+    background: Item {
+        Shadow {}
+        Rectangle {
+            anchors.fill: parent
+            radius: Theme.panelRadius
+            color: Theme.card
+            border.width: 1
+            border.color: Theme.edge
+        }
+    }
+    contentItem: Flickable {
+        id: scroller
+        contentWidth: width
+        contentHeight: content.implicitHeight
+        clip: contentHeight > height
+        interactive: contentHeight > height
+        boundsBehavior: Flickable.StopAtBounds
+        LayoutMirroring.enabled: panel.isMirrored
+        LayoutMirroring.childrenInherit: true
+        Accessible.role: Accessible.Dialog
+        Accessible.name: heading.text
+
+        Item {
+            id: content
+
+            property real rise: 0
+
+            y: rise
+            width: scroller.width
+            implicitHeight: heading.height + picture.height + lines.height + 10 + 19 + 36 + 14 + 40 + 12
+
+            StyledText {
+                id: heading
+                anchors.left: parent.left
+                anchors.right: close.left
+                anchors.rightMargin: 4
+                height: Math.max(32, implicitHeight)
+                wrapMode: Text.WordWrap
+                text: panel.model.text("ifYouSharedNow")
+                style: Theme.panelTitle
+                Accessible.role: Accessible.Heading
+            }
+            Item {
+                id: picture
+                anchors.top: heading.bottom
+                anchors.topMargin: 12
+                width: 390
+                height: 150
+                Accessible.ignored: true
+
+                function has(key: string): bool {
+                    return panel.model.issues.some(issue => issue.key === key);
+                }
+
+                Image {
+                    anchors.fill: parent
+                    fillMode: Image.PreserveAspectCrop
+                    sourceSize.width: 390
+                    source: "qrc:/curtain/wallpaper.svg"
+                    clip: true
+                }
+                Image {
+                    objectName: "shareFiles"
+                    anchors.fill: parent
+                    sourceSize: Qt.size(390, 150)
+                    visible: picture.has("desktop")
+                    source: "qrc:/curtain/share-files.svg"
+                }
+                Image {
+                    objectName: "shareWindows"
+                    anchors.fill: parent
+                    sourceSize: Qt.size(390, 150)
+                    visible: picture.has("privateApps")
+                    source: "qrc:/curtain/share-windows.svg"
+                }
+                Image {
+                    objectName: "shareNotice"
+                    anchors.fill: parent
+                    sourceSize: Qt.size(390, 150)
+                    visible: picture.has("notifications")
+                    source: "qrc:/curtain/share-notice.svg"
+                }
+                RoundFrame {
+                    anchors.fill: parent
+                    radius: Theme.buttonRadius
+                    behind: Theme.card
+                }
+            }
+            Column {
+                id: lines
+                anchors.top: picture.bottom
+                anchors.topMargin: 10
+                width: parent.width
+
+                Repeater {
+                    model: panel.model.hasIssues ? panel.model.issues : [{ key: "", text: panel.model.text("youAreReady"), tone: "green" }]
+
+                    Item {
+                        id: line
+
+                        required property var modelData
+
+                        objectName: "issue " + modelData.key
+                        width: lines.width
+                        height: Math.max(32, words.implicitHeight + 8)
+
+                        Symbol {
+                            id: mark
+                            anchors.left: parent.left
+                            anchors.verticalCenter: parent.verticalCenter
+                            name: line.modelData.key === "" ? "checkmark.circle.fill" : "exclamationmark.triangle"
+                            size: 19
+                            color: Theme.solid(line.modelData.tone)
+                        }
+                        StyledText {
+                            id: words
+                            anchors.left: mark.right
+                            anchors.leftMargin: 10
+                            anchors.right: parent.right
+                            height: parent.height
+                            wrapMode: Text.WordWrap
+                            text: line.modelData.text
+                            style: Theme.listLine
+                            color: line.modelData.key === "" ? Theme.greenText : Theme.ink
+                        }
+                    }
+                }
+            }
+            Rectangle {
+                id: rule
+                anchors.top: lines.bottom
+                anchors.topMargin: 10
+                width: parent.width
+                height: 1
+                color: Theme.hairline
+            }
+            Item {
+                id: scoreLine
+                anchors.top: rule.bottom
+                anchors.topMargin: 8
+                width: parent.width
+                height: 36
+
+                StyledText {
+                    anchors.left: parent.left
+                    anchors.right: score.left
+                    anchors.rightMargin: 12
+                    height: parent.height
+                    wrapMode: Text.WordWrap
+                    text: panel.model.text("embarrassmentScore")
+                    style: Theme.bodyMedium
+                    color: Theme.ink2
+                }
+                ScoreText {
+                    id: score
+                    objectName: "testShareScore"
+                    anchors.right: parent.right
+                    anchors.verticalCenter: parent.verticalCenter
+                    value: panel.model.score
+                    range: "/100"
+                    valueStyle: Theme.display
+                    Accessible.role: Accessible.StaticText
+                    Accessible.name: value + range
+                }
+            }
+            ActionButton {
+                objectName: "testShareFix"
+                anchors.top: scoreLine.bottom
+                anchors.topMargin: 14
+                width: parent.width
+                kind: panel.model.hasIssues ? "primary" : "tonal"
+                symbol: "wand.and.stars"
+                text: panel.model.text("fixEverything")
+                onClicked: panel.fixEverything()
+            }
+            // The last in the order of the keyboard, though it stands at the top.
+            IconButton {
+                id: close
+                objectName: "testShareClose"
+                anchors.right: parent.right
+                anchors.rightMargin: -8
+                implicitWidth: 32
+                symbol: "xmark"
+                symbolSize: 18
+                tip: panel.model.text("cancel")
+                onClicked: panel.close()
+            }
+        }
+    }
+}

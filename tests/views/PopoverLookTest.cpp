@@ -1,0 +1,150 @@
+#include "core/Localizer.h"
+#include "tests/views/ReadinessWorld.h"
+#include "tests/views/ViewFixture.h"
+
+namespace TestSupport {
+namespace {
+
+using testing::IsEmpty;
+
+class PopoverLook : public ViewTest {
+protected:
+    static constexpr QSize size{700, 618};
+
+    /// Shows the popover in every language and looks for anything wrong with its words.
+    static void inEveryLanguage(const std::string& name, const std::function<void(ReadinessWorld&)>& prepare,
+                                const std::function<void(ShownView&, ReadinessWorld&)>& act = nullptr,
+                                const QSize& viewSize = size) {
+        for (const auto& language : languages()) {
+            SCOPED_TRACE(language);
+            ReadinessWorld world;
+            prepare(world);
+            world.makeView(language);
+            ShownView shown(world.content(), viewSize);
+            if (act) {
+                act(shown, world);
+                shown.settle();
+            }
+            EXPECT_THAT(shown.problems(CurtainCore::Localizer::isRightToLeft(language)), IsEmpty());
+            shown.picture("popover-" + name + "-" + language);
+        }
+    }
+};
+
+TEST_F(PopoverLook, Issues) {
+    inEveryLanguage("issues", [](auto& world) { world.makeRisky(); });
+}
+
+TEST_F(PopoverLook, Clear) {
+    inEveryLanguage("clear", [](auto& world) { world.makeClear(); });
+}
+
+TEST_F(PopoverLook, FirstOpen) {
+    inEveryLanguage("first-open", [](auto& world) {
+        world.change([](auto& preferences) { preferences.showEmbarrassmentScore = false; });
+    });
+}
+
+TEST_F(PopoverLook, NoCameraAccess) {
+    inEveryLanguage("no-camera-access", [](auto& world) {
+        world.makeRisky();
+        world.workspace.run("org.app.Albums");
+        world.workspace.run("org.app.Safe");
+        world.authorization.statuses[Platform::MediaType::video] = Platform::AuthorizationStatus::denied;
+        world.authorization.statuses[Platform::MediaType::audio] = Platform::AuthorizationStatus::denied;
+        world.camera.start(std::nullopt);
+        world.mic.start();
+        world.runAll();
+        world.cameraReadiness = {true, false};
+        world.micReadiness = {true, false};
+        world.coordinator.refresh();
+    });
+}
+
+TEST_F(PopoverLook, NoSettingsPage) {
+    inEveryLanguage(
+        "no-settings-page",
+        [](auto& world) {
+            world.authorization.statuses[Platform::MediaType::video] = Platform::AuthorizationStatus::denied;
+            world.camera.start(std::nullopt);
+            world.urlOpener.canOpen = false;
+        },
+        [](auto& shown, auto& /*world*/) { shown.click("cameraSettings"); });
+}
+
+TEST_F(PopoverLook, NoCamera) {
+    inEveryLanguage("no-camera", [](auto& world) {
+        world.capture.cameras.clear();
+        world.camera.start(std::nullopt);
+        world.runAll();
+        world.audio.inputFormat = {0, 0};
+        world.startMicrophone();
+    });
+}
+
+TEST_F(PopoverLook, Edit) {
+    inEveryLanguage(
+        "edit",
+        [](auto& world) {
+            world.makeRisky();
+            for (const auto* const name : {"Calendar", "Journal", "Photo Albums", "Wallet", "Alarm"}) {
+                world.install(std::string("org.app.") + name, name);
+            }
+        },
+        [](auto& shown, auto& /*world*/) {
+            shown.click("edit");
+            shown.type("al");
+        });
+}
+
+TEST_F(PopoverLook, PhotoReview) {
+    inEveryLanguage("photo-review", [](auto& world) {
+        world.makeRisky();
+        world.takePhoto();
+    });
+}
+
+TEST_F(PopoverLook, Menu) {
+    inEveryLanguage(
+        "menu", [](auto& world) { world.makeRisky(); },
+        [](auto& shown, auto& /*world*/) {
+            shown.click("menuButton");
+            shown.press(Qt::Key_Down);
+        });
+}
+
+TEST_F(PopoverLook, CameraMenu) {
+    inEveryLanguage(
+        "camera-menu", [](auto& world) { world.makeRisky(); },
+        [](auto& shown, auto& /*world*/) { shown.click("cameraMenu"); });
+}
+
+TEST_F(PopoverLook, TestShare) {
+    inEveryLanguage("test-share", [](auto& world) {
+        world.makeRisky();
+        world.change([](auto& preferences) { preferences.runTestShareModeOnOpen = true; });
+    });
+}
+
+TEST_F(PopoverLook, TestShareClear) {
+    inEveryLanguage("test-share-clear", [](auto& world) {
+        world.makeClear();
+        world.change([](auto& preferences) { preferences.runTestShareModeOnOpen = true; });
+    });
+}
+
+TEST_F(PopoverLook, ShortScreen) {
+    inEveryLanguage(
+        "short-screen", [](auto& world) { world.makeRisky(); }, nullptr, QSize(700, 492));
+}
+
+TEST_F(PopoverLook, Recording) {
+    inEveryLanguage("recording", [](auto& world) {
+        world.makeRisky();
+        world.mic.startEcho();
+        world.runAll();
+    });
+}
+
+} // namespace
+} // namespace TestSupport
