@@ -72,9 +72,9 @@ struct Platform {
     std::unique_ptr<Pasteboard> pasteboard;
     std::unique_ptr<SavePanel> savePanel;
     std::unique_ptr<UrlOpener> urlOpener;
-    std::unique_ptr<MediaAuthorization> mediaAuthorization;
     std::unique_ptr<AudioServices> audioServices;
     std::unique_ptr<CaptureServices> captureServices;
+    std::unique_ptr<MediaAuthorization> mediaAuthorization;
 };
 
 } // namespace Platform

@@ -7,6 +7,7 @@
 #include "platform/linux/apps/AppIdentity.h"
 #include "platform/linux/apps/DesktopEntries.h"
 #include "platform/linux/apps/DesktopEntryBundles.h"
+#include "platform/linux/audio/PulseAudioServices.h"
 #include "platform/linux/camera/LinuxCaptureServices.h"
 #include "platform/linux/defaults/FileUserDefaults.h"
 #include "platform/linux/folders/XdgUserFolders.h"
@@ -20,6 +21,7 @@
 #include "platform/linux/hotkeys/XkbKeyboard.h"
 #include "platform/linux/locale/EnvironmentLocale.h"
 #include "platform/linux/login/AutostartEntry.h"
+#include "platform/linux/media/LinuxMediaAuthorization.h"
 #include "platform/linux/notifications/DBusNotificationCenter.h"
 #include "platform/linux/screenwatch/PipeWireCaptureWatch.h"
 #include "platform/linux/screenwatch/ScreenWatch.h"
@@ -211,6 +213,9 @@ Platform::Platform makeLinuxPlatform() {
                                                  QGuiApplication::applicationDisplayName().toStdString(),
                                                  QGuiApplication::desktopFileName().toStdString());
     addShell(platform, *session);
+    platform.audioServices = std::make_unique<PulseAudioServices>(*platform.mainQueue);
+    platform.mediaAuthorization = std::make_unique<LinuxMediaAuthorization>(
+        QDBusConnection::sessionBus(), LinuxMediaAuthorization::isThisProcessSandboxed());
     if (!QDBusConnection::sessionBus().isConnected()) {
         platform.log->writeLine(
             "Curtain: there is no session bus, so the icon shows only in trays of X windows");

@@ -182,9 +182,9 @@ struct FakePlatform {
     FakePasteboard& pasteboard = add<FakePasteboard>(platform.pasteboard);
     FakeSavePanel& savePanel = add<FakeSavePanel>(platform.savePanel, events);
     FakeUrlOpener& urlOpener = add<FakeUrlOpener>(platform.urlOpener);
-    FakeMediaAuthorization& mediaAuthorization = add<FakeMediaAuthorization>(platform.mediaAuthorization);
     FakeAudioServices& audioServices = add<FakeAudioServices>(platform.audioServices);
     FakeCaptureServices& captureServices = add<FakeCaptureServices>(platform.captureServices);
+    FakeMediaAuthorization& mediaAuthorization = add<FakeMediaAuthorization>(platform.mediaAuthorization);
 
 private:
     template <class Fake, class Port, class... Arguments>

@@ -1,0 +1,303 @@
+#include "platform/linux/audio/PulseAudioEngine.h"
+
+#include "platform/linux/audio/SoundServer.h"
+#include "platform/linux/audio/TapBuffers.h"
+
+#include <pulse/error.h>
+#include <pulse/stream.h>
+
+#include <atomic>
+#include <cmath>
+#include <cstdint>
+#include <future>
+#include <map>
+#include <mutex>
+#include <utility>
+
+namespace LinuxPlatform {
+namespace {
+
+/// How much the server hands over at a time; the tap's buffers are cut from that.
+constexpr std::uint32_t fragmentFrames = 1024;
+
+using Stream = std::unique_ptr<pa_stream, void (*)(pa_stream*)>;
+
+void release(pa_stream* stream) {
+    pa_stream_set_state_callback(stream, nullptr, nullptr);
+    pa_stream_set_read_callback(stream, nullptr, nullptr);
+    pa_stream_disconnect(stream);
+    pa_stream_unref(stream);
+}
+
+Platform::AudioFormat formatOf(const std::optional<InputDevice>& device) {
+    return device ? Platform::AudioFormat{device->spec.channels, static_cast<double>(device->spec.rate)}
+                  : Platform::AudioFormat{};
+}
+
+/// What a question on the loop's thread was answered, or nothing when that took too long.
+template <class Answer>
+std::optional<Answer> within(std::future<Answer> answer) {
+    // The server's patience ends first, where that is what is waited for.
+    if (answer.wait_for(2 * SoundServer::patience) != std::future_status::ready) {
+        return std::nullopt;
+    }
+    return answer.get();
+}
+
+} // namespace
+
+/// Those who want to know of changes, told on the loop's thread.
+class PulseAudioEngine::Observers {
+public:
+    Platform::Subscription add(std::function<void()> handler, std::shared_ptr<Observers> self) {
+        const std::scoped_lock lock(mutex_);
+        const auto token = ++lastToken_;
+        handlers_.emplace(token, std::move(handler));
+        return Platform::Subscription([self = std::move(self), token] {
+            const std::scoped_lock ending(self->mutex_);
+            self->handlers_.erase(token);
+        });
+    }
+
+    void tell() {
+        const std::scoped_lock lock(mutex_);
+        for (const auto& [token, handler] : handlers_) {
+            handler();
+        }
+    }
+
+private:
+    /// Held while a handler runs, so that the end of a subscription waits for it.
+    std::mutex mutex_;
+    int lastToken_ = 0;
+    std::map<int, std::function<void()>> handlers_;
+};
+
+/// The stream from the server to the tap. The loop's thread only, but for what says otherwise.
+class PulseAudioEngine::Recording : public std::enable_shared_from_this<Recording> {
+public:
+    using Started = std::function<void(std::optional<Platform::AudioError>)>;
+
+    Recording(SoundServer& server, std::shared_ptr<Observers> observers)
+        : server_(server),
+          observers_(std::move(observers)) {}
+
+    void observeInput() {
+        inputChanges_ = server_.addInputObserver([this] {
+            if (started_) {
+                // Whoever is starting the engine need not know; the tap follows in any case.
+                connect();
+            } else {
+                close();
+            }
+            observers_->tell();
+        });
+    }
+
+    /// `started` is called once.
+    void open(Started started) {
+        close();
+        started_ = std::move(started);
+        server_.whenKnown([weak = weak_from_this()] {
+            const auto self = weak.lock();
+            if (self && self->started_) {
+                self->connect();
+            }
+        });
+    }
+
+    /// Opens the stream again if it is not in the tap's format.
+    void adapt() {
+        if (stream_ && formatOfTap() != streamFormat_) {
+            open([](const auto& /*error*/) {});
+        }
+    }
+
+    void close() { failed("it was stopped"); }
+
+    void end() {
+        inputChanges_ = {};
+        close();
+    }
+
+    /// Any thread.
+    bool isRunning() const { return isRunning_; }
+
+    /// Any thread but the loop's.
+    void setTap(std::size_t bufferSize, const Platform::AudioFormat& format, TapBlock block) {
+        const std::scoped_lock lock(tapMutex_);
+        tap_.emplace(Tap{format, TapBuffers(bufferSize, format.channelCount), std::move(block)});
+    }
+
+    void removeTap() {
+        std::optional<Tap> removed;
+        const std::scoped_lock lock(tapMutex_);
+        removed.swap(tap_);
+    }
+
+private:
+    struct Tap {
+        Platform::AudioFormat format;
+        TapBuffers buffers;
+        TapBlock block;
+    };
+
+    static Recording& self(void* data) { return *static_cast<Recording*>(data); }
+
+    std::optional<Platform::AudioFormat> formatOfTap() {
+        const std::scoped_lock lock(tapMutex_);
+        return tap_ ? std::optional(tap_->format) : std::nullopt;
+    }
+
+    void connect() {
+        auto* const context = server_.context();
+        const auto& device = server_.defaultInput();
+        if (context == nullptr || !device) {
+            failed(context == nullptr ? server_.problem() : "there is no microphone");
+            return;
+        }
+        // The device's own format, said outright: asked to fill it in, servers have handed over another one.
+        // Where the device has just changed, the server converts until the tap follows.
+        streamFormat_ = formatOfTap().value_or(formatOf(device));
+        const pa_sample_spec spec{PA_SAMPLE_FLOAT32NE, static_cast<std::uint32_t>(streamFormat_.sampleRate),
+                                  static_cast<std::uint8_t>(streamFormat_.channelCount)};
+        const bool isNative = spec.channels == device->channels.channels;
+        stream_ =
+            Stream(pa_stream_new(context, "Microphone check", &spec, isNative ? &device->channels : nullptr),
+                   &release);
+        if (!stream_) {
+            failed(pa_strerror(pa_context_errno(context)));
+            return;
+        }
+        pa_stream_set_state_callback(
+            stream_.get(), [](pa_stream*, void* data) { self(data).streamChanged(); }, this);
+        pa_stream_set_read_callback(
+            stream_.get(), [](pa_stream*, std::size_t, void* data) { self(data).read(); }, this);
+        constexpr auto serversChoice = static_cast<std::uint32_t>(-1);
+        const pa_buffer_attr buffering{serversChoice, serversChoice, serversChoice, serversChoice,
+                                       fragmentFrames * static_cast<std::uint32_t>(pa_frame_size(&spec))};
+        if (pa_stream_connect_record(
+                stream_.get(), device->name.c_str(), &buffering,
+                static_cast<pa_stream_flags_t>(PA_STREAM_ADJUST_LATENCY | PA_STREAM_DONT_MOVE)) < 0) {
+            failed(pa_strerror(pa_context_errno(context)));
+        }
+    }
+
+    void streamChanged() {
+        switch (pa_stream_get_state(stream_.get())) {
+        case PA_STREAM_READY:
+            isRunning_ = true;
+            if (const auto started = std::exchange(started_, nullptr)) {
+                started(std::nullopt);
+            }
+            return;
+        case PA_STREAM_FAILED:
+        case PA_STREAM_TERMINATED:
+            failed(pa_strerror(pa_context_errno(pa_stream_get_context(stream_.get()))));
+            return;
+        default:
+            return;
+        }
+    }
+
+    void failed(const std::string& problem) {
+        isRunning_ = false;
+        stream_.reset();
+        if (const auto started = std::exchange(started_, nullptr)) {
+            started(Platform::AudioError{problem});
+        }
+    }
+
+    void read() {
+        const void* data = nullptr;
+        std::size_t bytes = 0;
+        while (stream_ && pa_stream_peek(stream_.get(), &data, &bytes) == 0 && bytes > 0) {
+            deliver(static_cast<const float*>(data),
+                    bytes / pa_frame_size(pa_stream_get_sample_spec(stream_.get())));
+            pa_stream_drop(stream_.get());
+        }
+    }
+
+    void deliver(const float* samples, std::size_t frames) {
+        const std::scoped_lock lock(tapMutex_);
+        if (tap_ && tap_->format == streamFormat_) {
+            tap_->buffers.push(samples, frames, [this](const float* full, std::size_t count) {
+                tap_->block({tap_->format, full, count});
+            });
+        }
+    }
+
+    SoundServer& server_;
+    std::shared_ptr<Observers> observers_;
+    Platform::Subscription inputChanges_;
+    Stream stream_{nullptr, &release};
+    Platform::AudioFormat streamFormat_;
+    Started started_;
+    std::atomic<bool> isRunning_ = false;
+    /// Held while the tap is called, so that its removal waits for it.
+    std::mutex tapMutex_;
+    std::optional<Tap> tap_;
+};
+
+PulseAudioEngine::PulseAudioEngine(std::shared_ptr<SoundServer> server)
+    : server_(std::move(server)),
+      observers_(std::make_shared<Observers>()),
+      recording_(std::make_shared<Recording>(*server_, observers_)) {
+    server_->loop().post([recording = recording_] { recording->observeInput(); });
+}
+
+PulseAudioEngine::~PulseAudioEngine() {
+    recording_->removeTap();
+    server_->loop().post([recording = std::move(recording_)] { recording->end(); });
+}
+
+bool PulseAudioEngine::isRunning() const {
+    return recording_->isRunning();
+}
+
+std::optional<Platform::AudioError> PulseAudioEngine::start() {
+    if (isRunning()) {
+        return std::nullopt;
+    }
+    using Outcome = std::optional<Platform::AudioError>;
+    const auto promise = std::make_shared<std::promise<Outcome>>();
+    auto outcome = promise->get_future();
+    server_->loop().post([recording = recording_, promise] {
+        recording->open([promise](const Outcome& error) { promise->set_value(error); });
+    });
+    const auto answer = within(std::move(outcome));
+    if (!answer) {
+        stop();
+        return Platform::AudioError{"the sound server does not answer"};
+    }
+    return *answer;
+}
+
+void PulseAudioEngine::stop() {
+    server_->loop().post([recording = recording_] { recording->close(); });
+}
+
+Platform::Subscription PulseAudioEngine::addConfigurationChangeObserver(std::function<void()> handler) {
+    return observers_->add(std::move(handler), observers_);
+}
+
+Platform::AudioFormat PulseAudioEngine::inputFormat() {
+    const auto promise = std::make_shared<std::promise<Platform::AudioFormat>>();
+    auto format = promise->get_future();
+    server_->loop().post([&server = *server_, promise] {
+        server.whenKnown([&server, promise] { promise->set_value(formatOf(server.defaultInput())); });
+    });
+    return within(std::move(format)).value_or(Platform::AudioFormat{});
+}
+
+void PulseAudioEngine::installTap(std::size_t bufferSize, const Platform::AudioFormat& format,
+                                  TapBlock block) {
+    recording_->setTap(bufferSize, format, std::move(block));
+    server_->loop().post([recording = recording_] { recording->adapt(); });
+}
+
+void PulseAudioEngine::removeTap() {
+    recording_->removeTap();
+}
+
+} // namespace LinuxPlatform

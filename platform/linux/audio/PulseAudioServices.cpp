@@ -1,0 +1,56 @@
+#include "platform/linux/audio/PulseAudioServices.h"
+
+#include "platform/linux/audio/CafRecording.h"
+#include "platform/linux/audio/PulseAudioEngine.h"
+#include "platform/linux/audio/PulseAudioPlayer.h"
+#include "platform/linux/audio/SoundServer.h"
+
+#include <chrono>
+#include <future>
+
+namespace LinuxPlatform {
+namespace {
+
+/// The main thread waits no longer than this for a list of devices.
+constexpr std::chrono::milliseconds moment{300};
+
+} // namespace
+
+PulseAudioServices::PulseAudioServices(Platform::MainQueue& mainQueue) : mainQueue_(mainQueue) {}
+
+PulseAudioServices::~PulseAudioServices() = default;
+
+bool PulseAudioServices::hasInputDevice() {
+    const auto connection = server();
+    const auto promise = std::make_shared<std::promise<bool>>();
+    auto answer = promise->get_future();
+    connection->loop().post([&sound = *connection, promise] {
+        sound.whenKnown([&sound, promise] { promise->set_value(sound.hasMicrophone()); });
+    });
+    return answer.wait_for(moment) == std::future_status::ready && answer.get();
+}
+
+std::shared_ptr<Platform::AudioEngine> PulseAudioServices::makeEngine() {
+    return std::make_shared<PulseAudioEngine>(server());
+}
+
+std::variant<std::unique_ptr<Platform::AudioFile>, Platform::AudioError>
+PulseAudioServices::openFileForWriting(const std::string& path, const Platform::AudioFormat& settings) {
+    return CafRecording::create(path, settings);
+}
+
+std::variant<std::unique_ptr<Platform::AudioPlayer>, Platform::AudioError>
+PulseAudioServices::makePlayer(const std::string& path) {
+    return PulseAudioPlayer::open(path, mainQueue_, [this] { return server(); });
+}
+
+std::shared_ptr<SoundServer> PulseAudioServices::server() {
+    auto existing = shared_.lock();
+    if (!existing) {
+        existing = std::make_shared<SoundServer>();
+        shared_ = existing;
+    }
+    return existing;
+}
+
+} // namespace LinuxPlatform

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "platform/AudioServices.h"
+#include "platform/MainQueue.h"
+
+#include <memory>
+
+namespace LinuxPlatform {
+
+class SoundServer;
+
+/// Sound through PulseAudio, or PipeWire in its place. There is a connection, and its thread, only while
+/// somebody records or plays.
+class PulseAudioServices : public Platform::AudioServices {
+public:
+    /// `mainQueue` outlives this object.
+    explicit PulseAudioServices(Platform::MainQueue& mainQueue);
+    ~PulseAudioServices() override;
+    PulseAudioServices(const PulseAudioServices&) = delete;
+    PulseAudioServices& operator=(const PulseAudioServices&) = delete;
+
+    bool hasInputDevice() override;
+    std::shared_ptr<Platform::AudioEngine> makeEngine() override;
+    std::variant<std::unique_ptr<Platform::AudioFile>, Platform::AudioError>
+    openFileForWriting(const std::string& path, const Platform::AudioFormat& settings) override;
+    std::variant<std::unique_ptr<Platform::AudioPlayer>, Platform::AudioError>
+    makePlayer(const std::string& path) override;
+
+private:
+    std::shared_ptr<SoundServer> server();
+
+    Platform::MainQueue& mainQueue_;
+    std::weak_ptr<SoundServer> shared_;
+};
+
+} // namespace LinuxPlatform

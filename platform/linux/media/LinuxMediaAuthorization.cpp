@@ -1,0 +1,83 @@
+#include "platform/linux/media/LinuxMediaAuthorization.h"
+
+#include <QCoreApplication>
+#include <QStringList>
+#include <QVariant>
+
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+namespace LinuxPlatform {
+
+using Platform::AuthorizationStatus;
+using Platform::MediaType;
+
+LinuxMediaAuthorization::LinuxMediaAuthorization(QDBusConnection sessionBus, bool isSandboxed)
+    : sessionBus_(std::move(sessionBus)) {
+    for (const auto type : {MediaType::audio, MediaType::video}) {
+        accesses_[type].status =
+            isSandboxed ? AuthorizationStatus::notDetermined : AuthorizationStatus::authorized;
+    }
+}
+
+bool LinuxMediaAuthorization::isThisProcessSandboxed() {
+    std::error_code error;
+    return std::filesystem::exists("/.flatpak-info", error);
+}
+
+AuthorizationStatus LinuxMediaAuthorization::status(MediaType type) {
+    return accesses_.at(type).status;
+}
+
+void LinuxMediaAuthorization::requestAccess(MediaType type, std::function<void(bool isGranted)> completion) {
+    auto& access = accesses_.at(type);
+    if (access.status != AuthorizationStatus::notDetermined) {
+        completion(access.status == AuthorizationStatus::authorized);
+        return;
+    }
+    access.waiting.push_back(std::move(completion));
+    if (!access.request) {
+        ask(type);
+    }
+}
+
+void LinuxMediaAuthorization::ask(MediaType type) {
+    const auto answer = [this, type](std::optional<unsigned> response) {
+        constexpr unsigned granted = 0;
+        constexpr unsigned refused = 1;
+        if (!response || *response == granted) {
+            answered(type, AuthorizationStatus::authorized);
+        } else {
+            // Neither yes nor no: the user may be asked again.
+            answered(type,
+                     *response == refused ? AuthorizationStatus::denied : AuthorizationStatus::notDetermined);
+        }
+    };
+    switch (type) {
+    case MediaType::audio:
+        accesses_.at(type).request = std::make_unique<PortalRequest>(
+            sessionBus_, QStringLiteral("org.freedesktop.portal.Device"), QStringLiteral("AccessDevice"),
+            QVariantList{static_cast<unsigned>(QCoreApplication::applicationPid()),
+                         QStringList{QStringLiteral("microphone")}},
+            answer);
+        return;
+    case MediaType::video:
+        accesses_.at(type).request =
+            std::make_unique<PortalRequest>(sessionBus_, QStringLiteral("org.freedesktop.portal.Camera"),
+                                            QStringLiteral("AccessCamera"), QVariantList{}, answer);
+        return;
+    }
+}
+
+void LinuxMediaAuthorization::answered(MediaType type, AuthorizationStatus status) {
+    auto& access = accesses_.at(type);
+    access.status = status;
+    // Kept until here: it is what is calling.
+    const auto request = std::move(access.request);
+    for (const auto& completion : std::exchange(access.waiting, {})) {
+        completion(status == AuthorizationStatus::authorized);
+    }
+}
+
+} // namespace LinuxPlatform

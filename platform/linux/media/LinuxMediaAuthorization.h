@@ -1,0 +1,42 @@
+#pragma once
+
+#include "platform/MediaAuthorization.h"
+#include "platform/linux/dbus/PortalRequest.h"
+
+#include <QDBusConnection>
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <vector>
+
+namespace LinuxPlatform {
+
+/// Outside a sandbox every program may use the devices. Inside one the portal asks the user, once in the life
+/// of this object; where it cannot be asked, the sandbox itself lets the program use a device, or does not
+/// show it.
+class LinuxMediaAuthorization : public Platform::MediaAuthorization {
+public:
+    LinuxMediaAuthorization(QDBusConnection sessionBus, bool isSandboxed);
+
+    static bool isThisProcessSandboxed();
+
+    Platform::AuthorizationStatus status(Platform::MediaType type) override;
+    /// Main thread only, as is the completion.
+    void requestAccess(Platform::MediaType type, std::function<void(bool isGranted)> completion) override;
+
+private:
+    struct Access {
+        Platform::AuthorizationStatus status = Platform::AuthorizationStatus::authorized;
+        std::vector<std::function<void(bool isGranted)>> waiting;
+        std::unique_ptr<PortalRequest> request;
+    };
+
+    void ask(Platform::MediaType type);
+    void answered(Platform::MediaType type, Platform::AuthorizationStatus status);
+
+    QDBusConnection sessionBus_;
+    std::map<Platform::MediaType, Access> accesses_;
+};
+
+} // namespace LinuxPlatform

@@ -1,0 +1,190 @@
+#pragma once
+
+#include "tests/support/ChildProcess.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <array>
+#include <chrono>
+#include <cmath>
+#include <csignal>
+#include <cstddef>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <numbers>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace TestSupport {
+
+/// What a shell command prints; empty if it fails.
+inline std::string outputOf(const std::string& command) {
+    const std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen((command + " 2>/dev/null").c_str(), "r"), &pclose);
+    std::string output;
+    std::array<char, 4096> piece{};
+    while (const auto count = std::fread(piece.data(), 1, piece.size(), pipe.get())) {
+        output.append(piece.data(), count);
+    }
+    return output;
+}
+
+/// For what happens in other processes; false when it does not happen in time.
+template <class Condition>
+bool waitUntil(const Condition& condition, std::chrono::milliseconds deadline = std::chrono::seconds(15)) {
+    const auto end = std::chrono::steady_clock::now() + deadline;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > end) {
+            return false;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return true;
+}
+
+inline std::vector<float> tone(double frequency, double amplitude, double seconds, int rate = 48000) {
+    std::vector<float> samples(static_cast<std::size_t>(seconds * rate));
+    for (std::size_t frame = 0; frame < samples.size(); ++frame) {
+        samples[frame] = static_cast<float>(
+            amplitude * std::sin(2 * std::numbers::pi * frequency * static_cast<double>(frame) / rate));
+    }
+    return samples;
+}
+
+inline void writeSamples(const std::filesystem::path& path, const std::vector<float>& samples) {
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(samples.data()),
+               static_cast<std::streamsize>(samples.size() * sizeof(float)));
+}
+
+inline std::vector<float> readSamples(const std::filesystem::path& path) {
+    const auto bytes = readFile(path);
+    std::vector<float> samples(bytes.size() / sizeof(float));
+    std::copy_n(bytes.data(), samples.size() * sizeof(float), reinterpret_cast<char*>(samples.data()));
+    return samples;
+}
+
+/// The sound server, microphone and speakers of a virtual desktop that was started with --media. Afterwards
+/// they are as they were.
+class SoundWorld {
+public:
+    SoundWorld() = default;
+    ~SoundWorld() {
+        silence();
+        thaw();
+        if (!isServerThere()) {
+            startServer();
+        }
+        for (const auto& module : modules_) {
+            outputOf("pactl unload-module " + module);
+        }
+        if (!hasSource("microphone")) {
+            plugIn();
+        }
+        makeDefault("microphone");
+        outputOf("pactl set-source-mute microphone 0; pactl set-source-volume microphone 100%");
+    }
+    SoundWorld(const SoundWorld&) = delete;
+    SoundWorld& operator=(const SoundWorld&) = delete;
+
+    /// Plays samples into the microphone, until they end or something else is fed.
+    void feed(const std::vector<float>& samples, const std::string& sink = "microphone_feed",
+              int rate = 48000, int channels = 1) {
+        silence();
+        const auto path = folder_.path() / "feed";
+        writeSamples(path, samples);
+        player_ = std::make_unique<ChildProcess>(std::vector<std::string>{
+            "pacat", "--playback", "--raw", "--device=" + sink, "--format=float32le",
+            "--rate=" + std::to_string(rate), "--channels=" + std::to_string(channels), path.string()});
+    }
+
+    void silence() { player_.reset(); }
+
+    /// Another microphone; it hears what is fed to the sink NAME_feed.
+    void addMicrophone(const std::string& name, int rate, const std::string& channels) {
+        const auto format = " rate=" + std::to_string(rate) + " channels=2 channel_map=" + channels;
+        load("module-null-sink sink_name=" + name + "_feed" + format);
+        load("module-remap-source master=" + name + "_feed.monitor source_name=" + name + format);
+        waitUntil([&] { return hasSource(name); });
+    }
+
+    static void makeDefault(const std::string& name) {
+        outputOf("pactl set-default-source " + name);
+        waitUntil([&] { return outputOf("pactl get-default-source") == name + "\n"; });
+    }
+
+    static void unplug() {
+        outputOf("pactl unload-module module-remap-source");
+        waitUntil([] { return !hasSource("microphone"); });
+    }
+
+    static void plugIn() {
+        outputOf(
+            "pactl load-module module-remap-source master=microphone_feed.monitor source_name=microphone "
+            "channels=1 channel_map=mono");
+        waitUntil([] { return hasSource("microphone"); });
+        makeDefault("microphone");
+    }
+
+    static void killServer() {
+        ::kill(serverProcess(), SIGKILL);
+        replacement().reset();
+        waitUntil([] { return !isServerThere(); });
+    }
+
+    /// With devices as before.
+    static void startServer() {
+        replacement() = std::make_unique<ChildProcess>(std::vector<std::string>{"pipewire-pulse"});
+        waitUntil(isServerThere);
+        outputOf("pactl load-module module-null-sink sink_name=speakers rate=48000 channels=2 "
+                 "channel_map=front-left,front-right");
+        outputOf("pactl load-module module-null-sink sink_name=microphone_feed rate=48000 channels=1 "
+                 "channel_map=mono");
+        waitUntil([] { return hasSource("microphone_feed.monitor"); });
+        plugIn();
+        outputOf("pactl set-default-sink speakers");
+    }
+
+    static void freeze() { ::kill(serverProcess(), SIGSTOP); }
+    static void thaw() { ::kill(serverProcess(), SIGCONT); }
+
+    /// The program's own recording streams, as the server lists them.
+    static bool hasOurRecording() {
+        return outputOf("pactl list source-outputs").find("application.name = \"Curtain\"") !=
+               std::string::npos;
+    }
+
+    static bool hasSource(const std::string& name) {
+        return outputOf("pactl list short sources").find("\t" + name + "\t") != std::string::npos;
+    }
+
+private:
+    static bool isServerThere() { return !outputOf("timeout 5 pactl info").empty(); }
+
+    /// The server that a test has started in place of the first one; it serves the tests that follow.
+    static std::unique_ptr<ChildProcess>& replacement() {
+        static std::unique_ptr<ChildProcess> process;
+        return process;
+    }
+
+    static pid_t serverProcess() {
+        return replacement() ? replacement()->id()
+                             : std::stoi(readFile(std::filesystem::path(std::getenv("VIRTUAL_DESKTOP_PIDS")) /
+                                                  "pipewire-pulse"));
+    }
+
+    void load(const std::string& module) {
+        auto number = outputOf("pactl load-module " + module);
+        number.erase(number.find_last_not_of('\n') + 1);
+        // Those that stand on others go first.
+        modules_.insert(modules_.begin(), number);
+    }
+
+    TemporaryFolder folder_;
+    std::unique_ptr<ChildProcess> player_;
+    std::vector<std::string> modules_;
+};
+
+} // namespace TestSupport
