@@ -9,6 +9,7 @@
 #include "platform/linux/apps/DesktopEntryBundles.h"
 #include "platform/linux/audio/PulseAudioServices.h"
 #include "platform/linux/camera/LinuxCaptureServices.h"
+#include "platform/linux/camera/V4l2Cameras.h"
 #include "platform/linux/defaults/FileUserDefaults.h"
 #include "platform/linux/folders/XdgUserFolders.h"
 #include "platform/linux/hotkeys/DesktopShortcuts.h"
@@ -221,7 +222,8 @@ Platform::Platform makeLinuxPlatform() {
             "Curtain: there is no session bus, so the icon shows only in trays of X windows");
     }
     platform.captureServices = std::make_unique<LinuxCaptureServices>(
-        *platform.mainQueue, std::make_unique<PipeWireCameras>(), nullptr);
+        *platform.mainQueue, std::make_unique<PipeWireCameras>(),
+        std::make_unique<V4l2Cameras>(std::make_unique<KernelVideoDeviceCalls>(), "/sys"));
     platform.foundation = std::move(session);
     return platform;
 }

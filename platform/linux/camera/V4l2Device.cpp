@@ -1,0 +1,191 @@
+#include "platform/linux/camera/V4l2Device.h"
+
+#include <linux/videodev2.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <utility>
+
+namespace LinuxPlatform {
+namespace {
+
+constexpr std::uint32_t bufferCount = 4;
+constexpr std::uint32_t mostFormats = 64;
+
+/// Best first.
+constexpr std::array layouts{
+    std::pair{std::uint32_t{V4L2_PIX_FMT_MJPEG}, PixelLayout::jpeg},
+    std::pair{std::uint32_t{V4L2_PIX_FMT_JPEG}, PixelLayout::jpeg},
+    std::pair{std::uint32_t{V4L2_PIX_FMT_YUYV}, PixelLayout::yuyv},
+    std::pair{std::uint32_t{V4L2_PIX_FMT_UYVY}, PixelLayout::uyvy},
+    std::pair{std::uint32_t{V4L2_PIX_FMT_NV12}, PixelLayout::nv12},
+    std::pair{std::uint32_t{V4L2_PIX_FMT_YUV420}, PixelLayout::yuv420},
+    std::pair{std::uint32_t{V4L2_PIX_FMT_XBGR32}, PixelLayout::bgrx},
+    std::pair{std::uint32_t{V4L2_PIX_FMT_BGR24}, PixelLayout::bgr},
+    std::pair{std::uint32_t{V4L2_PIX_FMT_RGB24}, PixelLayout::rgb},
+    std::pair{std::uint32_t{V4L2_PIX_FMT_GREY}, PixelLayout::gray},
+};
+
+std::optional<PixelLayout> layoutOf(std::uint32_t format) {
+    const auto* const found = std::ranges::find(layouts, format, [](const auto& pair) { return pair.first; });
+    return found == layouts.end() ? std::nullopt : std::optional(found->second);
+}
+
+template <std::size_t Size>
+std::string textOf(const std::uint8_t (&field)[Size]) {
+    const auto* end = std::find(field, field + Size, 0);
+    return {field, end};
+}
+
+} // namespace
+
+V4l2Device::V4l2Device(VideoDeviceCalls& calls, const std::string& path)
+    : calls_(calls),
+      device_(calls.open(path)) {}
+
+V4l2Device::~V4l2Device() {
+    if (isStreaming_) {
+        int type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
+        calls_.control(device_, VIDIOC_STREAMOFF, &type);
+    }
+    for (const auto buffer : buffers_) {
+        calls_.unmap(buffer);
+    }
+    if (device_ >= 0) {
+        calls_.close(device_);
+    }
+}
+
+std::optional<V4l2Device::Description> V4l2Device::describe() {
+    v4l2_capability capability{};
+    if (device_ < 0 || calls_.control(device_, VIDIOC_QUERYCAP, &capability) < 0) {
+        return std::nullopt;
+    }
+    const auto abilities = (capability.capabilities & V4L2_CAP_DEVICE_CAPS) != 0 ? capability.device_caps
+                                                                                 : capability.capabilities;
+    constexpr std::uint32_t needed = V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_STREAMING;
+    if ((abilities & needed) != needed || !bestFormat()) {
+        return std::nullopt;
+    }
+    return Description{textOf(capability.card), textOf(capability.bus_info)};
+}
+
+bool V4l2Device::start() {
+    const auto best = device_ < 0 ? std::nullopt : bestFormat();
+    if (!best) {
+        return false;
+    }
+    v4l2_format format{};
+    format.type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
+    const bool isJpeg = layoutOf(*best) == PixelLayout::jpeg;
+    // Uncompressed pictures of a good size come through USB at a few a second.
+    format.fmt.pix.width = isJpeg ? 1280 : 640;
+    format.fmt.pix.height = isJpeg ? 720 : 480;
+    format.fmt.pix.pixelformat = *best;
+    format.fmt.pix.field = V4L2_FIELD_ANY;
+    if (calls_.control(device_, VIDIOC_S_FMT, &format) < 0) {
+        return false;
+    }
+    const auto& chosen = format.fmt.pix;
+    const auto layout = layoutOf(chosen.pixelformat);
+    if (!layout || chosen.width == 0 || chosen.height == 0 || chosen.width > largestFrameSide ||
+        chosen.height > largestFrameSide) {
+        return false;
+    }
+    format_ = {*layout, static_cast<int>(chosen.width), static_cast<int>(chosen.height)};
+    stride_ = *layout == PixelLayout::jpeg ? 0 : static_cast<int>(chosen.bytesperline);
+    v4l2_streamparm rate{};
+    rate.type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
+    rate.parm.capture.timeperframe = {1, 30};
+    // A camera that has one rate only may refuse.
+    calls_.control(device_, VIDIOC_S_PARM, &rate);
+    if (!mapBuffers()) {
+        return false;
+    }
+    int type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
+    isStreaming_ = calls_.control(device_, VIDIOC_STREAMON, &type) >= 0;
+    return isStreaming_;
+}
+
+V4l2Device::Turn V4l2Device::next(int wakeUp, std::chrono::milliseconds time,
+                                  const std::function<void(const VideoFrame&)>& deliver) {
+    if (!calls_.wait(device_, wakeUp, time)) {
+        return Turn::nothing;
+    }
+    v4l2_buffer buffer{};
+    buffer.type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
+    buffer.memory = V4L2_MEMORY_MMAP;
+    if (const int result = calls_.control(device_, VIDIOC_DQBUF, &buffer); result < 0) {
+        return result == -EAGAIN ? Turn::nothing : Turn::failed;
+    }
+    if (buffer.index >= buffers_.size()) {
+        return Turn::failed;
+    }
+    const bool isSound = (buffer.flags & V4L2_BUF_FLAG_ERROR) == 0 && buffer.bytesused > 0;
+    if (isSound) {
+        const auto memory = buffers_[buffer.index];
+        const auto used = std::min<std::size_t>(buffer.bytesused, memory.size());
+        deliver({format_, {VideoPlane{memory.first(used), stride_}}});
+    }
+    if (!queue(buffer.index)) {
+        return Turn::failed;
+    }
+    return isSound ? Turn::frame : Turn::nothing;
+}
+
+std::optional<std::uint32_t> V4l2Device::bestFormat() {
+    std::optional<std::size_t> best;
+    for (std::uint32_t index = 0; index < mostFormats; ++index) {
+        v4l2_fmtdesc format{};
+        format.index = index;
+        format.type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
+        if (calls_.control(device_, VIDIOC_ENUM_FMT, &format) < 0) {
+            break;
+        }
+        for (std::size_t rank = 0; rank < best.value_or(layouts.size()); ++rank) {
+            if (layouts[rank].first == format.pixelformat) {
+                best = rank;
+            }
+        }
+    }
+    return best ? std::optional(layouts[*best].first) : std::nullopt;
+}
+
+bool V4l2Device::mapBuffers() {
+    v4l2_requestbuffers request{};
+    request.count = bufferCount;
+    request.type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
+    request.memory = V4L2_MEMORY_MMAP;
+    if (calls_.control(device_, VIDIOC_REQBUFS, &request) < 0 || request.count == 0) {
+        return false;
+    }
+    for (std::uint32_t index = 0; index < request.count; ++index) {
+        v4l2_buffer buffer{};
+        buffer.index = index;
+        buffer.type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
+        buffer.memory = V4L2_MEMORY_MMAP;
+        if (calls_.control(device_, VIDIOC_QUERYBUF, &buffer) < 0) {
+            return false;
+        }
+        const auto memory = calls_.map(device_, buffer.length, buffer.m.offset);
+        if (memory.empty()) {
+            return false;
+        }
+        buffers_.push_back(memory);
+        if (!queue(index)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool V4l2Device::queue(std::uint32_t index) {
+    v4l2_buffer buffer{};
+    buffer.index = index;
+    buffer.type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
+    buffer.memory = V4L2_MEMORY_MMAP;
+    return calls_.control(device_, VIDIOC_QBUF, &buffer) >= 0;
+}
+
+} // namespace LinuxPlatform

@@ -1,0 +1,225 @@
+#include "platform/linux/camera/V4l2Cameras.h"
+
+#include "tests/support/FakeVideoDevices.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+
+#include <chrono>
+#include <condition_variable>
+
+namespace {
+
+using LinuxPlatform::PixelLayout;
+using LinuxPlatform::V4l2Cameras;
+using LinuxPlatform::VideoFormat;
+using Platform::CaptureDevice;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using TestSupport::FakeVideoDevice;
+using TestSupport::FakeVideoDevices;
+
+constexpr auto patience = std::chrono::seconds(20);
+
+struct RecordingSink : LinuxPlatform::FrameSink {
+    struct Frame {
+        VideoFormat format;
+        int stride = 0;
+        std::vector<std::byte> data;
+    };
+
+    void onFrame(const LinuxPlatform::VideoFrame& frame) override {
+        const auto& plane = frame.planes[0];
+        add([&] { frames.push_back({frame.format, plane.stride, {plane.data.begin(), plane.data.end()}}); });
+    }
+    void onDark() override {
+        add([&] { ++darks; });
+    }
+
+    template <class Condition>
+    bool waitUntil(const Condition& condition) {
+        std::unique_lock lock(mutex);
+        return changed.wait_for(lock, patience, condition);
+    }
+
+    std::mutex mutex;
+    std::condition_variable changed;
+    std::vector<Frame> frames;
+    int darks = 0;
+
+private:
+    template <class Change>
+    void add(const Change& change) {
+        {
+            const std::scoped_lock lock(mutex);
+            change();
+        }
+        changed.notify_all();
+    }
+};
+
+struct V4l2CamerasTest : testing::Test {
+    TestSupport::TemporaryFolder system;
+    FakeVideoDevices* devices = nullptr;
+    std::unique_ptr<V4l2Cameras> cameras = [this] {
+        auto calls = std::make_unique<FakeVideoDevices>();
+        devices = calls.get();
+        return std::make_unique<V4l2Cameras>(std::move(calls), system.path());
+    }();
+    RecordingSink sink;
+
+    std::shared_ptr<FakeVideoDevice> plugIn(const std::string& path, const std::string& card = "Camera",
+                                            const std::string& bus = "usb-1") {
+        auto device = std::make_shared<FakeVideoDevice>();
+        device->card = card;
+        device->bus = bus;
+        const std::scoped_lock lock(devices->mutex);
+        devices->byPath[path] = device;
+        return device;
+    }
+
+    template <class Change>
+    void change(const Change& what) {
+        const std::scoped_lock lock(devices->mutex);
+        what();
+    }
+
+    void deliver(FakeVideoDevice& device, const std::vector<std::byte>& frame) {
+        change([&] { device.frames.push_back(frame); });
+    }
+
+    bool waitFor(const std::function<bool()>& condition) {
+        const auto end = std::chrono::steady_clock::now() + patience;
+        while (std::chrono::steady_clock::now() < end) {
+            {
+                const std::scoped_lock lock(devices->mutex);
+                if (condition()) {
+                    return true;
+                }
+            }
+            std::this_thread::yield();
+        }
+        return false;
+    }
+};
+
+const std::vector frame{std::byte{1}, std::byte{2}, std::byte{3}};
+
+TEST_F(V4l2CamerasTest, OnlyCamerasWithALayoutThatCanBeReadAreListed) {
+    plugIn("/dev/video0", "Camera", "usb-1");
+    plugIn("/dev/video1", "Metadata", "usb-1")->abilities = V4L2_CAP_META_CAPTURE | V4L2_CAP_STREAMING;
+    plugIn("/dev/video2", "Output", "usb-2")->abilities = V4L2_CAP_VIDEO_OUTPUT | V4L2_CAP_STREAMING;
+    plugIn("/dev/video3", "Depth", "usb-3")->formats = {V4L2_PIX_FMT_Z16};
+    plugIn("/dev/video4", "Forbidden", "usb-4")->isAllowed = false;
+    EXPECT_THAT(cameras->devices(), ElementsAre(CaptureDevice{"v4l2:usb-1", "Camera"}));
+    EXPECT_EQ(cameras->defaultDevice(), std::nullopt);
+    EXPECT_EQ(devices->opened, 0) << "looking leaves nothing open";
+}
+
+TEST_F(V4l2CamerasTest, CamerasWithTheSameNameAndPlugAreToldApart) {
+    plugIn("/dev/video0", "Camera", "usb-1");
+    plugIn("/dev/video2", "Camera", "usb-1");
+    EXPECT_THAT(cameras->devices(),
+                ElementsAre(CaptureDevice{"v4l2:usb-1", "Camera"}, CaptureDevice{"v4l2:usb-1#2", "Camera"}));
+}
+
+TEST_F(V4l2CamerasTest, JpegIsPreferredAndItsBytesArriveUnchanged) {
+    const auto device = plugIn("/dev/video0");
+    const auto feed = cameras->open("v4l2:usb-1", sink);
+    deliver(*device, frame);
+    ASSERT_TRUE(sink.waitUntil([&] { return !sink.frames.empty(); }));
+    EXPECT_EQ(sink.frames.front().format, (VideoFormat{PixelLayout::jpeg, 1280, 720}));
+    EXPECT_EQ(sink.frames.front().data, frame);
+}
+
+TEST_F(V4l2CamerasTest, RawFramesBringTheDriversSizeAndStride) {
+    const auto device = plugIn("/dev/video0");
+    device->formats = {V4L2_PIX_FMT_GREY, V4L2_PIX_FMT_YUYV};
+    device->forcedWidth = 352;
+    device->forcedHeight = 288;
+    device->bytesPerLine = 768;
+    const auto feed = cameras->open("v4l2:usb-1", sink);
+    deliver(*device, frame);
+    ASSERT_TRUE(sink.waitUntil([&] { return !sink.frames.empty(); }));
+    EXPECT_EQ(sink.frames.front().format, (VideoFormat{PixelLayout::yuyv, 352, 288}));
+    EXPECT_EQ(sink.frames.front().stride, 768);
+}
+
+TEST_F(V4l2CamerasTest, BuffersGoRoundForMoreFramesThanThereAre) {
+    const auto device = plugIn("/dev/video0");
+    const auto feed = cameras->open("v4l2:usb-1", sink);
+    for (int turn = 0; turn < 20; ++turn) {
+        deliver(*device, {static_cast<std::byte>(turn)});
+    }
+    ASSERT_TRUE(sink.waitUntil([&] { return sink.frames.size() == 20; }));
+    EXPECT_EQ(sink.frames.back().data, std::vector{std::byte{19}});
+}
+
+TEST_F(V4l2CamerasTest, FramesThatTheDriverCallsBrokenAreDropped) {
+    const auto device = plugIn("/dev/video0");
+    change([&] { device->marksFramesAsBroken = true; });
+    const auto feed = cameras->open("v4l2:usb-1", sink);
+    deliver(*device, frame);
+    ASSERT_TRUE(waitFor([&] { return device->isStreaming && device->frames.empty(); }));
+    change([&] { device->marksFramesAsBroken = false; });
+    deliver(*device, {std::byte{9}});
+    ASSERT_TRUE(sink.waitUntil([&] { return !sink.frames.empty(); }));
+    EXPECT_EQ(sink.frames.front().data, std::vector{std::byte{9}});
+}
+
+TEST_F(V4l2CamerasTest, EndingTheFeedLetsTheCameraGo) {
+    const auto device = plugIn("/dev/video0");
+    auto feed = cameras->open("v4l2:usb-1", sink);
+    ASSERT_TRUE(waitFor([&] { return device->isStreaming; }));
+    feed.reset();
+    EXPECT_FALSE(device->isStreaming);
+    EXPECT_EQ(devices->opened, 0);
+    EXPECT_EQ(devices->mapped, 0);
+}
+
+TEST_F(V4l2CamerasTest, UnpluggingDarkensAndPluggingInAgainUnderAnotherNumberResumes) {
+    auto device = plugIn("/dev/video0");
+    const auto feed = cameras->open("v4l2:usb-1", sink);
+    deliver(*device, frame);
+    ASSERT_TRUE(sink.waitUntil([&] { return !sink.frames.empty(); }));
+    change([&] {
+        device->failure = ENODEV;
+        devices->byPath.clear();
+    });
+    ASSERT_TRUE(sink.waitUntil([&] { return sink.darks == 1; }));
+    EXPECT_TRUE(waitFor([&] { return devices->opened == 0 && devices->mapped == 0; }));
+    device = plugIn("/dev/video5");
+    deliver(*device, {std::byte{7}});
+    ASSERT_TRUE(sink.waitUntil([&] { return sink.frames.size() == 2; }));
+    EXPECT_EQ(sink.frames.back().data, std::vector{std::byte{7}});
+}
+
+TEST_F(V4l2CamerasTest, CameraThatAnotherProgramUsesIsTriedAgain) {
+    const auto device = plugIn("/dev/video0");
+    change([&] { device->isBusy = true; });
+    const auto feed = cameras->open("v4l2:usb-1", sink);
+    ASSERT_TRUE(sink.waitUntil([&] { return sink.darks > 0; }));
+    change([&] { device->isBusy = false; });
+    deliver(*device, frame);
+    EXPECT_TRUE(sink.waitUntil([&] { return !sink.frames.empty(); }));
+}
+
+TEST_F(V4l2CamerasTest, CameraOfImpossibleSizeIsNotStarted) {
+    for (const std::uint32_t size : {0U, 16384U}) {
+        const auto device = plugIn("/dev/video0");
+        device->forcedWidth = size == 0 ? 1 : size;
+        device->forcedHeight = size;
+        const auto before = sink.darks;
+        const auto feed = cameras->open("v4l2:usb-1", sink);
+        ASSERT_TRUE(sink.waitUntil([&] { return sink.darks > before; }));
+        change([&] { EXPECT_FALSE(device->isStreaming); });
+    }
+}
+
+TEST_F(V4l2CamerasTest, CameraThatIsNotThereCostsNothingToEnd) {
+    auto feed = cameras->open("v4l2:none", sink);
+    feed.reset();
+    EXPECT_THAT(sink.frames, IsEmpty());
+}
+
+} // namespace
