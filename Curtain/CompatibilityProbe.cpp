@@ -12,6 +12,11 @@ constexpr auto webAddress = "https:";
 
 } // namespace
 
+void CompatibilityProbe::prepare() const {
+    services_.capture.prepare();
+    services_.audio.prepare();
+}
+
 CurtainCore::CompatibilityResult CompatibilityProbe::run() const {
     auto& workspace = services_.workspace;
     const auto isInstalled = [&](std::string_view bundleID) {

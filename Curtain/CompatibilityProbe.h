@@ -23,6 +23,8 @@ public:
 
     explicit CompatibilityProbe(const Services& services) : services_(services) {}
 
+    /// Begins to look for devices, so that `run` does not wait for their lists.
+    void prepare() const;
     /// What is not known counts as not there.
     CurtainCore::CompatibilityResult run() const;
     /// Why apps cannot be hidden here; absent where they can, and where it is not known.

@@ -48,6 +48,9 @@ OnboardingViewModel::OnboardingViewModel(const Services& services, std::string l
 
 void OnboardingViewModel::windowDidShow() {
     isClosed_ = false;
+    if (!compatibility_) {
+        services_.compatibilityProbe.prepare();
+    }
     if (const auto kind = flow_.step().permissionKind();
         kind && currentStatus() == PermissionStatus::granted) {
         startLiveArea(*kind);

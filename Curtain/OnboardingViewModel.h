@@ -82,7 +82,7 @@ public:
     std::int64_t desktopFileCount() const { return desktopFileCount_; }
 
     /// To be called when the window has come up, for the first time or again: what the page shows live starts
-    /// again.
+    /// again, and the search for devices begins before the page that lists them.
     void windowDidShow();
     /// To be called when the window closes: camera and microphone stop, and no answer that comes later starts
     /// them.

@@ -116,6 +116,8 @@ class CaptureServices {
 public:
     virtual ~CaptureServices() = default;
 
+    /// Begins to look for cameras, so that the first `devices` need not wait. Does not wait itself.
+    virtual void prepare() {}
     /// Built-in ones first, then external ones, then those of the network and of phones. The first call may
     /// wait a moment for the system's list, later ones do not.
     virtual std::vector<CaptureDevice> devices() = 0;

@@ -117,6 +117,18 @@ TEST_F(OnboardingViewModelTest, LooksAtTheSystemOnce) {
     EXPECT_FALSE(model->hasVideoApps());
 }
 
+TEST_F(OnboardingViewModelTest, BeginsToLookForDevicesWithTheFirstPage) {
+    startAt(OnboardingStep::welcome());
+    EXPECT_EQ(capture.preparations + audio.preparations, 0);
+    model->windowDidShow();
+    EXPECT_EQ(capture.preparations, 1);
+    EXPECT_EQ(audio.preparations, 1);
+    model->checkCompatibility();
+    model->windowWillClose();
+    model->windowDidShow();
+    EXPECT_EQ(capture.preparations + audio.preparations, 2) << "what was found is not looked for again";
+}
+
 TEST_F(OnboardingViewModelTest, OneDeviceOfEitherKindPutsTheMarkOnTheRow) {
     const auto hasEither = [this](bool hasCamera, bool hasMicrophone) {
         capture.cameras.clear();

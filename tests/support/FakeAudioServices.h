@@ -94,6 +94,9 @@ public:
         playback->delegate->audioPlayerDidFinishPlaying(*playback->player, successfully);
     }
 
+    int preparations = 0;
+
+    void prepare() override { ++preparations; }
     bool hasInputDevice() override { return isInputDeviceThere; }
 
     std::shared_ptr<Platform::AudioEngine> makeEngine() override {

@@ -190,6 +190,9 @@ public:
     std::vector<std::byte> image = bytesOf("image");
     std::shared_ptr<const Platform::Picture> decodedImage = plainPicture(2, 1, 10, 20, 30);
 
+    int preparations = 0;
+
+    void prepare() override { ++preparations; }
     std::vector<Platform::CaptureDevice> devices() override { return cameras; }
     std::optional<Platform::CaptureDevice> defaultDevice() override { return defaultCamera; }
     std::shared_ptr<Platform::CaptureInput> makeInput(const Platform::CaptureDevice& device) override {

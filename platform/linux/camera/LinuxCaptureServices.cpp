@@ -14,6 +14,10 @@ LinuxCaptureServices::LinuxCaptureServices(Platform::MainQueue& mainQueue,
       pipeWire_(std::move(pipeWire)),
       directCameras_(std::move(directCameras)) {}
 
+void LinuxCaptureServices::prepare() {
+    pipeWire_->prepare();
+}
+
 std::vector<Platform::CaptureDevice> LinuxCaptureServices::devices() {
     return stack()->devices();
 }

@@ -16,6 +16,7 @@ public:
     LinuxCaptureServices(Platform::MainQueue& mainQueue, std::unique_ptr<PipeWireCameras> pipeWire,
                          std::unique_ptr<CameraStack> directCameras);
 
+    void prepare() override;
     std::vector<Platform::CaptureDevice> devices() override;
     std::optional<Platform::CaptureDevice> defaultDevice() override;
     std::shared_ptr<Platform::CaptureInput> makeInput(const Platform::CaptureDevice& device) override;

@@ -579,6 +579,10 @@ PipeWireCameras::PipeWireCameras(Connector connector)
 
 PipeWireCameras::~PipeWireCameras() = default;
 
+void PipeWireCameras::prepare() {
+    client_->reach();
+}
+
 std::vector<Platform::CaptureDevice> PipeWireCameras::devices() {
     std::vector<Platform::CaptureDevice> devices;
     for (auto& camera : client_->snapshot().cameras) {

@@ -21,6 +21,8 @@ public:
     /// The feeds have ended before.
     ~PipeWireCameras() override;
 
+    /// Begins to ask the daemon what there is, without waiting for its answer.
+    void prepare();
     std::vector<Platform::CaptureDevice> devices() override;
     std::optional<Platform::CaptureDevice> defaultDevice() override;
     std::unique_ptr<CameraFeed> open(const std::string& uniqueID, FrameSink& sink) override;
