@@ -13,9 +13,8 @@ using namespace std::chrono_literals;
 constexpr int width = 1600;
 constexpr int height = 900;
 constexpr ScreenArea whole{0, 0, width, height};
-/// A cell is 100 pixels wide and high.
-constexpr ScreenArea tenth{0, 0, 700, 200};
-constexpr ScreenArea small{100, 100, 300, 200};
+constexpr ScreenArea eighth{0, 0, width / 4, height / 2};
+constexpr ScreenArea small{100, 100, width / 4, height / 2 - 10};
 
 struct ScreenReadsTest : testing::Test {
     ScreenReads reads{width, height};
@@ -49,8 +48,8 @@ TEST_F(ScreenReadsTest, ScreenshotThatFallsIntoTwoSecondsIsNoCapture) {
     EXPECT_FALSE(reads.isCapture(2s, false));
 }
 
-TEST_F(ScreenReadsTest, ATenthOfTheScreenIsMuch) {
-    addEvery(1s, 0s, 3s, tenth);
+TEST_F(ScreenReadsTest, AnEighthOfTheScreenIsMuch) {
+    addEvery(1s, 0s, 3s, eighth);
     EXPECT_TRUE(reads.isCapture(3s, false));
 }
 
@@ -59,24 +58,29 @@ TEST_F(ScreenReadsTest, LessIsNot) {
     EXPECT_FALSE(reads.isCapture(9s, false));
 }
 
-TEST_F(ScreenReadsTest, LittleByLittleAllOverTheScreenIsMuch) {
+TEST_F(ScreenReadsTest, LineByLineAllOverTheScreenIsMuch) {
     for (auto time = 0ms; time < 3s; time += 10ms) {
         const auto line = static_cast<int>(time / 10ms) * 37 % height;
         reads.add(time, {0, line, width, 1});
     }
     EXPECT_TRUE(reads.isCapture(3s, false));
-    ScreenReads tiles(width, height);
-    for (auto time = 0ms; time < 3s; time += 5ms) {
-        const auto tile = static_cast<int>(time / 5ms) % 144;
-        tiles.add(time, {tile % 16 * 100, tile / 16 * 100, 32, 32});
+    ScreenReads oneOfTwoMonitors(width, height);
+    for (auto time = 0ms; time < 3s; time += 10ms) {
+        const auto line = static_cast<int>(time / 10ms) * 37 % height;
+        oneOfTwoMonitors.add(time, {width / 2, line, width / 2, 1});
     }
-    EXPECT_TRUE(tiles.isCapture(3s, false));
+    EXPECT_TRUE(oneOfTwoMonitors.isCapture(3s, false));
+}
+
+TEST_F(ScreenReadsTest, FewLinesAreLittle) {
+    addEvery(10ms, 0s, 3s, {0, 300, width, 1});
+    EXPECT_FALSE(reads.isCapture(3s, false));
 }
 
 TEST_F(ScreenReadsTest, WanderingMagnifierIsNoCapture) {
     for (auto time = 0ms; time < 10s; time += 50ms) {
         const auto step = static_cast<int>(time / 50ms);
-        reads.add(time, {step * 23 % 1300, step * 11 % 700, 300, 200});
+        reads.add(time, {step * 97 % 1200, step * 53 % 600, 400, 300});
         EXPECT_FALSE(reads.isCapture(time, false)) << step;
     }
 }

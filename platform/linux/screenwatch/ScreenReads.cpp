@@ -6,10 +6,12 @@
 namespace LinuxPlatform {
 namespace {
 
-/// In cells: a tenth of the screen. A magnifier reads less.
-constexpr std::size_t largeRead = 14;
-/// In cells: half of the screen. Whoever reads so much in small pieces does not follow the pointer.
-constexpr std::size_t largeSecond = 72;
+/// The part of the screen, as one in so many, that a magnifier never reads at a time.
+constexpr int largePart = 8;
+/// Whoever reads wider strips than the screen's width divided by this does not follow the pointer.
+constexpr int stripPart = 2;
+/// In cells: half of the screen, read in strips within a second.
+constexpr std::size_t muchInStrips = 72;
 /// A screenshot may fall into two seconds.
 constexpr ScreenReads::Time longerThanAScreenshot = std::chrono::seconds(1);
 
@@ -24,23 +26,26 @@ void ScreenReads::add(Time time, const ScreenArea& area) {
         return;
     }
     last_ = std::max(last_, time);
+    forgetBefore(time - memory);
     const auto [place, isNew] = seconds_.try_emplace(std::chrono::floor<std::chrono::seconds>(time));
     auto& second = place->second;
     if (isNew) {
         second.first = time;
     }
     second.last = time;
+    const int width = right - left;
+    const int height = bottom - top;
+    second.hasLargeRead = second.hasLargeRead || width * height >= width_ * height_ / largePart;
+    if (width < width_ / stripPart) {
+        return;
+    }
     const auto column = [&](int x) { return x * columns / width_; };
     const auto row = [&](int y) { return y * rows / height_; };
-    std::size_t count = 0;
     for (int y = row(top); y <= row(bottom - 1); ++y) {
         for (int x = column(left); x <= column(right - 1); ++x) {
-            second.cells.set(static_cast<std::size_t>(y * columns + x));
-            ++count;
+            second.strips.set(static_cast<std::size_t>(y * columns + x));
         }
     }
-    second.hasLargeRead = second.hasLargeRead || count >= largeRead;
-    forgetBefore(time - memory);
 }
 
 bool ScreenReads::isCapture(Time now, bool followsChanges) {
@@ -62,7 +67,7 @@ bool ScreenReads::isCapture(Time now, bool followsChanges) {
 }
 
 bool ScreenReads::isMuch(const Second& second) {
-    return second.hasLargeRead || second.cells.count() >= largeSecond;
+    return second.hasLargeRead || second.strips.count() >= muchInStrips;
 }
 
 void ScreenReads::forgetBefore(Time time) {

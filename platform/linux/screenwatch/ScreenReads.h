@@ -16,8 +16,8 @@ struct ScreenArea {
 
 /// Judges from what one program reads of the screen's picture whether it captures the screen.
 ///
-/// A capture reads again and again, and much: a good part of the screen at a time, or what has changed.
-/// A screenshot reads once, a magnifier or a colour picker little at a time.
+/// A capture reads again and again, and much: a good part of the screen at a time, strip by strip, or what
+/// has changed. A screenshot reads once, a magnifier or a colour picker little at a time.
 class ScreenReads {
 public:
     using Time = std::chrono::milliseconds;
@@ -44,7 +44,8 @@ private:
     struct Second {
         Time first{};
         Time last{};
-        std::bitset<columns * rows> cells;
+        /// Where strips were read, in cells of the screen.
+        std::bitset<columns * rows> strips;
         bool hasLargeRead = false;
     };
 
