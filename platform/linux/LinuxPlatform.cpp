@@ -8,6 +8,8 @@
 #include "platform/linux/apps/DesktopEntries.h"
 #include "platform/linux/apps/DesktopEntryBundles.h"
 #include "platform/linux/audio/PulseAudioServices.h"
+#include "platform/linux/camera/CameraPortal.h"
+#include "platform/linux/camera/CameraRights.h"
 #include "platform/linux/camera/LinuxCaptureServices.h"
 #include "platform/linux/camera/V4l2Cameras.h"
 #include "platform/linux/defaults/FileUserDefaults.h"
@@ -168,6 +170,24 @@ std::vector<std::unique_ptr<ShortcutList>> shortcutLists() {
     return lists;
 }
 
+void addCamera(Platform::Platform& platform) {
+    const auto bus = QDBusConnection::sessionBus();
+    const bool isSandboxed = LinuxMediaAuthorization::isThisProcessSandboxed();
+    PipeWireCameras::Connector connector;
+    if (isSandboxed) {
+        connector = [bus] { return openPipeWireRemote(bus); };
+    }
+    platform.captureServices = std::make_unique<LinuxCaptureServices>(
+        *platform.mainQueue, std::make_unique<PipeWireCameras>(connector),
+        std::make_unique<V4l2Cameras>(std::make_unique<KernelVideoDeviceCalls>(), "/sys"));
+    // The daemon may hand out cameras whose devices are closed to the user.
+    platform.mediaAuthorization =
+        std::make_unique<LinuxMediaAuthorization>(bus, isSandboxed, [&capture = *platform.captureServices] {
+            KernelVideoDeviceCalls calls;
+            return mayUseCameras(calls) || !capture.devices().empty();
+        });
+}
+
 } // namespace
 
 Platform::Platform makeLinuxPlatform() {
@@ -215,15 +235,11 @@ Platform::Platform makeLinuxPlatform() {
                                                  QGuiApplication::desktopFileName().toStdString());
     addShell(platform, *session);
     platform.audioServices = std::make_unique<PulseAudioServices>(*platform.mainQueue);
-    platform.mediaAuthorization = std::make_unique<LinuxMediaAuthorization>(
-        QDBusConnection::sessionBus(), LinuxMediaAuthorization::isThisProcessSandboxed());
     if (!QDBusConnection::sessionBus().isConnected()) {
         platform.log->writeLine(
             "Curtain: there is no session bus, so the icon shows only in trays of X windows");
     }
-    platform.captureServices = std::make_unique<LinuxCaptureServices>(
-        *platform.mainQueue, std::make_unique<PipeWireCameras>(),
-        std::make_unique<V4l2Cameras>(std::make_unique<KernelVideoDeviceCalls>(), "/sys"));
+    addCamera(platform);
     platform.foundation = std::move(session);
     return platform;
 }

@@ -169,6 +169,11 @@ class VirtualDesktopTest(unittest.TestCase):
         self.assertEqual(output.splitlines()[:2], ["microphone", "speakers"])
         self.assertIn(f"Server String: {self.worlds}", output)
 
+    def test_has_cameras_if_asked_for(self):
+        nodes = self.ask("pw-cli list-objects Node", options=["--media", "--camera", os.environ["VIRTUAL_CAMERA"]])
+        for name in ("front_camera", "desk_camera"):
+            self.assertIn(f'node.name = "{name}"', nodes)
+
     def test_hears_with_the_microphone_what_is_fed_to_it(self):
         # A tone of half scale, whose root of the mean square is 0.35.
         loudness = self.ask("""
@@ -204,7 +209,8 @@ class VirtualDesktopTest(unittest.TestCase):
 
     def test_refuses_what_it_does_not_know(self):
         for options, word in [(["--session", "other"], "other"), (["--tray", "other"], "other"),
-                              (["--size", "big"], "big"), (["--other"], "--other")]:
+                              (["--size", "big"], "big"), (["--other"], "--other"),
+                              (["--camera", "program"], "--media")]:
             status, output, complaints = self.run_in("true", options=options)
             self.assertEqual((status, output, len(complaints.splitlines())), (2, "", 1), complaints)
             self.assertIn(word, complaints)

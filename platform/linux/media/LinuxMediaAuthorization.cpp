@@ -13,8 +13,10 @@ namespace LinuxPlatform {
 using Platform::AuthorizationStatus;
 using Platform::MediaType;
 
-LinuxMediaAuthorization::LinuxMediaAuthorization(QDBusConnection sessionBus, bool isSandboxed)
-    : sessionBus_(std::move(sessionBus)) {
+LinuxMediaAuthorization::LinuxMediaAuthorization(QDBusConnection sessionBus, bool isSandboxed,
+                                                 std::function<bool()> mayUseCameras)
+    : sessionBus_(std::move(sessionBus)),
+      mayUseCameras_(std::move(mayUseCameras)) {
     for (const auto type : {MediaType::audio, MediaType::video}) {
         accesses_[type].status =
             isSandboxed ? AuthorizationStatus::notDetermined : AuthorizationStatus::authorized;
@@ -27,13 +29,16 @@ bool LinuxMediaAuthorization::isThisProcessSandboxed() {
 }
 
 AuthorizationStatus LinuxMediaAuthorization::status(MediaType type) {
-    return accesses_.at(type).status;
+    const auto status = accesses_.at(type).status;
+    const bool isForbidden = type == MediaType::video && status == AuthorizationStatus::authorized &&
+                             mayUseCameras_ && !mayUseCameras_();
+    return isForbidden ? AuthorizationStatus::denied : status;
 }
 
 void LinuxMediaAuthorization::requestAccess(MediaType type, std::function<void(bool isGranted)> completion) {
     auto& access = accesses_.at(type);
     if (access.status != AuthorizationStatus::notDetermined) {
-        completion(access.status == AuthorizationStatus::authorized);
+        completion(status(type) == AuthorizationStatus::authorized);
         return;
     }
     access.waiting.push_back(std::move(completion));

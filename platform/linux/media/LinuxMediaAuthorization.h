@@ -12,12 +12,14 @@
 
 namespace LinuxPlatform {
 
-/// Outside a sandbox every program may use the devices. Inside one the portal asks the user, once in the life
-/// of this object; where it cannot be asked, the sandbox itself lets the program use a device, or does not
-/// show it.
+/// Outside a sandbox every program may use the devices that its user may open. Inside one the portal asks the
+/// user, once in the life of this object; where it cannot be asked, the sandbox itself lets the program use a
+/// device, or does not show it.
 class LinuxMediaAuthorization : public Platform::MediaAuthorization {
 public:
-    LinuxMediaAuthorization(QDBusConnection sessionBus, bool isSandboxed);
+    /// `mayUseCameras` says whether the user may open cameras; without it, he may. It is asked each time.
+    LinuxMediaAuthorization(QDBusConnection sessionBus, bool isSandboxed,
+                            std::function<bool()> mayUseCameras = nullptr);
 
     static bool isThisProcessSandboxed();
 
@@ -36,6 +38,7 @@ private:
     void answered(Platform::MediaType type, Platform::AuthorizationStatus status);
 
     QDBusConnection sessionBus_;
+    std::function<bool()> mayUseCameras_;
     std::map<Platform::MediaType, Access> accesses_;
 };
 
