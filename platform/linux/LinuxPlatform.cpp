@@ -1,7 +1,6 @@
 #include "platform/linux/LinuxPlatform.h"
 
 #include "platform/linux/PosixFileManager.h"
-#include "platform/linux/PosixProcessRunner.h"
 #include "platform/linux/StandardErrorLog.h"
 #include "platform/linux/ThreadWorkQueues.h"
 #include "platform/linux/apps/AppIdentity.h"
@@ -13,6 +12,7 @@
 #include "platform/linux/camera/LinuxCaptureServices.h"
 #include "platform/linux/camera/V4l2Cameras.h"
 #include "platform/linux/defaults/FileUserDefaults.h"
+#include "platform/linux/desktopicons/LinuxDesktopIcons.h"
 #include "platform/linux/folders/XdgUserFolders.h"
 #include "platform/linux/hotkeys/DesktopShortcuts.h"
 #include "platform/linux/hotkeys/GSettingsShortcuts.h"
@@ -218,7 +218,9 @@ Platform::Platform makeLinuxPlatform() {
     platform.resources = std::make_unique<QtPlatform::QtResources>();
     platform.fileManager = std::make_unique<PosixFileManager>();
     platform.userFolders = std::make_unique<XdgUserFolders>();
-    platform.processRunner = std::make_unique<PosixProcessRunner>();
+    platform.processRunner = std::make_unique<LinuxDesktopIcons>(
+        session->x11.get(), QDBusConnection::sessionBus(), *platform.mainQueue, *platform.log,
+        std::filesystem::path(g_get_user_state_dir()) / "curtain");
     platform.bundles = std::make_unique<DesktopEntryBundles>(session->entries);
     platform.applicationFolders = applicationFolders();
     platform.application = std::make_unique<QtPlatform::QtApplication>();

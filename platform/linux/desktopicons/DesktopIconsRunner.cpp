@@ -1,0 +1,103 @@
+#include "platform/linux/desktopicons/DesktopIconsRunner.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace LinuxPlatform {
+namespace {
+
+using Arguments = std::vector<std::string>;
+
+constexpr auto defaultsPath = "/usr/bin/defaults";
+constexpr auto killallPath = "/usr/bin/killall";
+constexpr auto hiddenAnswer = "0\n";
+constexpr auto shownAnswer = "1\n";
+/// A desktop that has to start first is taken at its word for so long.
+constexpr Platform::MainQueue::Seconds timeToAppear{5};
+
+const Arguments& readingArguments() {
+    static const Arguments arguments{"read", "com.apple.finder", "CreateDesktop"};
+    return arguments;
+}
+
+Arguments writingArguments(const char* value) {
+    return {"write", "com.apple.finder", "CreateDesktop", "-bool", value};
+}
+
+} // namespace
+
+DesktopIconsRunner::DesktopIconsRunner(Platform::ProcessRunner& programs, Platform::MainQueue& clock,
+                                       Desktops desktops, Look look)
+    : programs_(programs),
+      clock_(clock),
+      desktops_(std::move(desktops)),
+      look_(std::move(look)) {}
+
+std::string DesktopIconsRunner::run(const std::string& path, const Arguments& arguments) {
+    if (path == defaultsPath) {
+        if (arguments == readingArguments()) {
+            return read();
+        }
+        if (arguments == writingArguments("true")) {
+            write(true);
+            return {};
+        }
+        if (arguments == writingArguments("false")) {
+            write(false);
+            return {};
+        }
+    }
+    if (path == killallPath && arguments == Arguments{"Finder"}) {
+        // The desktops have followed their settings already.
+        return {};
+    }
+    return programs_.run(path, arguments);
+}
+
+std::string DesktopIconsRunner::read() {
+    const auto scene = look_();
+    if (!scene.busNames) {
+        return {};
+    }
+    std::vector<DesktopIcons> found;
+    for (const auto& desktop : desktops_) {
+        found.push_back(desktop->icons(scene));
+    }
+    const auto has = [&](DesktopIcons icons) { return std::ranges::count(found, icons) > 0; };
+    if (has(DesktopIcons::shown)) {
+        askedToShow_.reset();
+        return shownAnswer;
+    }
+    if (has(DesktopIcons::unknown)) {
+        return {};
+    }
+    if (isComingBack()) {
+        return shownAnswer;
+    }
+    const bool nothingDraws = scene.isEveryWindowKnown && scene.desktopWindows.empty();
+    return has(DesktopIcons::hidden) || nothingDraws ? hiddenAnswer : "";
+}
+
+void DesktopIconsRunner::write(bool shown) {
+    const auto scene = look_();
+    if (!scene.busNames) {
+        return;
+    }
+    askedToShow_.reset();
+    for (const auto& desktop : desktops_) {
+        const auto icons = desktop->icons(scene);
+        if (shown && icons == DesktopIcons::hidden) {
+            if (desktop->show(scene)) {
+                askedToShow_ = clock_.now();
+            }
+        } else if (!shown && icons == DesktopIcons::shown) {
+            desktop->hide(scene);
+        }
+    }
+}
+
+bool DesktopIconsRunner::isComingBack() const {
+    return askedToShow_ && clock_.now() - *askedToShow_ < timeToAppear;
+}
+
+} // namespace LinuxPlatform

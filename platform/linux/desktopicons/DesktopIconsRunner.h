@@ -1,0 +1,41 @@
+#pragma once
+
+#include "platform/MainQueue.h"
+#include "platform/ProcessRunner.h"
+#include "platform/linux/desktopicons/IconDesktop.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace LinuxPlatform {
+
+/// Answers the two programs with which the application reads and changes the icons on the desktop, for the
+/// desktops that are at work at this moment; starts every other program. Main thread only.
+class DesktopIconsRunner : public Platform::ProcessRunner {
+public:
+    using Desktops = std::vector<std::unique_ptr<IconDesktop>>;
+    using Look = std::function<DesktopScene()>;
+
+    /// `programs` and `clock` outlive this object.
+    DesktopIconsRunner(Platform::ProcessRunner& programs, Platform::MainQueue& clock, Desktops desktops,
+                       Look look);
+
+    std::string run(const std::string& path, const std::vector<std::string>& arguments) override;
+
+private:
+    /// "0" when the icons are hidden everywhere or it is known that nothing draws any, "1" when they are
+    /// shown anywhere, nothing when it cannot be known.
+    std::string read();
+    void write(bool shown);
+    bool isComingBack() const;
+
+    Platform::ProcessRunner& programs_;
+    Platform::MainQueue& clock_;
+    Desktops desktops_;
+    Look look_;
+    std::optional<Platform::MainQueue::Seconds> askedToShow_;
+};
+
+} // namespace LinuxPlatform

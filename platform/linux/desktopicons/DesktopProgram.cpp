@@ -1,0 +1,42 @@
+#include "platform/linux/desktopicons/DesktopProgram.h"
+
+#include <glib.h>
+
+#include <fstream>
+
+#include <unistd.h>
+
+namespace LinuxPlatform {
+
+bool startDesktopProgram(const std::vector<std::string>& command) {
+    auto words = command;
+    std::vector<char*> pointers;
+    for (auto& word : words) {
+        pointers.push_back(word.data());
+    }
+    pointers.push_back(nullptr);
+    constexpr auto flags = static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL |
+                                                    G_SPAWN_STDERR_TO_DEV_NULL);
+    // A session of its own: what ends our terminal is not to end the desktop.
+    const auto leaveOurSession = [](void*) { ::setsid(); };
+    return g_spawn_async(g_get_home_dir(), pointers.data(), nullptr, flags, leaveOurSession, nullptr, nullptr,
+                         nullptr) != FALSE;
+}
+
+std::vector<std::string> profileArguments(std::uint32_t process, const std::filesystem::path& root) {
+    std::ifstream commandLine(root / std::to_string(process) / "cmdline", std::ios::binary);
+    std::string word;
+    while (std::getline(commandLine, word, '\0')) {
+        if (word.starts_with("--profile=")) {
+            return {word};
+        }
+        if (word == "--profile" || word == "-p") {
+            std::string profile;
+            return std::getline(commandLine, profile, '\0') ? std::vector<std::string>{"--profile=" + profile}
+                                                            : std::vector<std::string>{};
+        }
+    }
+    return {};
+}
+
+} // namespace LinuxPlatform

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "core/UserDefaults.h"
+
+#include <optional>
+#include <string>
+
+namespace LinuxPlatform {
+
+/// A desktop's setting as it was before it was changed, kept on disk until it is given back.
+class EarlierValue {
+public:
+    /// `state` outlives this object; `name` is the value's own in there.
+    EarlierValue(CurtainCore::UserDefaults& state, std::string name);
+
+    std::optional<std::string> get() const;
+    /// Whether there is a value that was kept since the user logged in to this session.
+    bool isOfThisSession() const;
+    void keep(const std::string& value);
+    void forget();
+
+private:
+    CurtainCore::UserDefaults& state_;
+    std::string name_;
+};
+
+} // namespace LinuxPlatform

@@ -1,0 +1,112 @@
+#include "platform/linux/desktopicons/GnomeDesktop.h"
+
+#include <QDBusArgument>
+#include <QStringList>
+#include <QVariantMap>
+
+#include <utility>
+
+namespace LinuxPlatform {
+namespace {
+
+constexpr auto busName = "org.gnome.Shell";
+/// As the shell numbers them.
+constexpr double stateOfWorkingExtension = 1;
+
+const QStringList& knownExtensions() {
+    static const QStringList identifiers{
+        QStringLiteral("ding@rastersoft.com"),
+        QStringLiteral("gtk4-ding@smedius.gitlab.com"),
+        QStringLiteral("desktopicons-neo@darkdemon"),
+        QStringLiteral("desktop-icons@csoriano"),
+    };
+    return identifiers;
+}
+
+QDBusMessage askShell(DesktopBus& bus, const QString& method, const QVariantList& arguments) {
+    return bus.call(QString::fromLatin1(busName), QStringLiteral("/org/gnome/Shell"),
+                    QStringLiteral("org.gnome.Shell.Extensions"), method, arguments);
+}
+
+} // namespace
+
+GnomeDesktop::GnomeDesktop(DesktopBus& bus, EarlierValue earlier) : bus_(bus), earlier_(std::move(earlier)) {}
+
+DesktopIcons GnomeDesktop::icons(const DesktopScene& scene) {
+    if (!scene.hasName(busName)) {
+        return DesktopIcons::absent;
+    }
+    const auto installed = extensions();
+    if (!installed) {
+        return DesktopIcons::unknown;
+    }
+    for (const auto& [identifier, isAtWork] : *installed) {
+        if (isAtWork) {
+            return DesktopIcons::shown;
+        }
+    }
+    return DesktopIcons::hidden;
+}
+
+void GnomeDesktop::hide(const DesktopScene&) {
+    const auto installed = extensions();
+    if (!installed) {
+        return;
+    }
+    QStringList atWork;
+    for (const auto& [identifier, isAtWork] : *installed) {
+        if (isAtWork) {
+            atWork.append(identifier);
+        }
+    }
+    earlier_.keep(atWork.join(QLatin1Char('\n')).toStdString());
+    bool isChanged = false;
+    for (const auto& identifier : atWork) {
+        isChanged = call(QStringLiteral("DisableExtension"), identifier) || isChanged;
+    }
+    if (!isChanged) {
+        earlier_.forget();
+    }
+}
+
+bool GnomeDesktop::show(const DesktopScene&) {
+    const auto earlier = earlier_.get();
+    if (!earlier) {
+        return false;
+    }
+    bool isDone = true;
+    for (const auto& identifier : QString::fromStdString(*earlier).split(QLatin1Char('\n'))) {
+        if (knownExtensions().contains(identifier)) {
+            isDone = call(QStringLiteral("EnableExtension"), identifier) && isDone;
+        }
+    }
+    if (isDone) {
+        earlier_.forget();
+    }
+    return isDone;
+}
+
+std::optional<std::map<QString, bool>> GnomeDesktop::extensions() {
+    const auto answer = askShell(bus_, QStringLiteral("ListExtensions"), {});
+    const auto list = answer.arguments().value(0);
+    if (!isReply(answer) || list.metaType() != QMetaType::fromType<QDBusArgument>() ||
+        list.value<QDBusArgument>().currentSignature() != QStringLiteral("a{sa{sv}}")) {
+        return std::nullopt;
+    }
+    const auto all = qdbus_cast<QMap<QString, QVariantMap>>(list.value<QDBusArgument>());
+    std::map<QString, bool> installed;
+    for (const auto& identifier : knownExtensions()) {
+        if (const auto found = all.constFind(identifier); found != all.constEnd()) {
+            installed[identifier] =
+                found->value(QStringLiteral("state")).toDouble() == stateOfWorkingExtension;
+        }
+    }
+    return installed;
+}
+
+bool GnomeDesktop::call(const QString& method, const QString& extension) {
+    const auto answer = askShell(bus_, method, {extension});
+    return isReply(answer) && answer.arguments().value(0).toBool();
+}
+
+} // namespace LinuxPlatform

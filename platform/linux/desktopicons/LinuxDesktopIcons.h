@@ -1,0 +1,36 @@
+#pragma once
+
+#include "platform/Log.h"
+#include "platform/linux/PosixProcessRunner.h"
+#include "platform/linux/defaults/FileUserDefaults.h"
+#include "platform/linux/desktopicons/DesktopBus.h"
+#include "platform/linux/desktopicons/DesktopIconsRunner.h"
+#include "platform/linux/desktopicons/X11DesktopWindows.h"
+
+#include <filesystem>
+
+namespace LinuxPlatform {
+
+/// The runner of this session, with all desktops that are known. Main thread only.
+class LinuxDesktopIcons : public Platform::ProcessRunner {
+public:
+    /// `x11` is null in a session without an X server. Earlier settings are kept in `stateFolder`. The
+    /// services outlive this object.
+    LinuxDesktopIcons(X11Connection* x11, const QDBusConnection& bus, Platform::MainQueue& clock,
+                      Platform::Log& log, const std::filesystem::path& stateFolder);
+
+    std::string run(const std::string& path, const std::vector<std::string>& arguments) override;
+
+private:
+    DesktopIconsRunner::Desktops makeDesktops();
+    DesktopScene look();
+
+    PosixProcessRunner programs_;
+    FileUserDefaults state_;
+    DesktopBus bus_;
+    X11Connection* x11_;
+    std::optional<X11DesktopWindows> windows_;
+    DesktopIconsRunner runner_;
+};
+
+} // namespace LinuxPlatform

@@ -1,0 +1,76 @@
+#include "platform/linux/desktopicons/PcmanfmQtDesktop.h"
+
+#include <QDBusVariant>
+
+#include <utility>
+
+namespace LinuxPlatform {
+namespace {
+
+constexpr auto busName = "org.pcmanfm.PCManFM";
+
+QString service() {
+    return QString::fromLatin1(busName);
+}
+
+QString path() {
+    return QStringLiteral("/Application");
+}
+
+QString interface() {
+    return QStringLiteral("org.pcmanfm.Application");
+}
+
+} // namespace
+
+PcmanfmQtDesktop::PcmanfmQtDesktop(DesktopBus& bus, EarlierValue earlier, StartDesktopProgram start)
+    : bus_(bus),
+      earlier_(std::move(earlier)),
+      start_(std::move(start)) {}
+
+DesktopIcons PcmanfmQtDesktop::icons(const DesktopScene& scene) {
+    if (scene.hasName(busName)) {
+        const auto answer =
+            bus_.call(service(), path(), QStringLiteral("org.freedesktop.DBus.Properties"),
+                      QStringLiteral("Get"), {interface(), QStringLiteral("desktopManagerEnabled")});
+        const auto isOn = answer.arguments().value(0).value<QDBusVariant>().variant();
+        if (!isReply(answer) || isOn.metaType() != QMetaType::fromType<bool>()) {
+            return DesktopIcons::unknown;
+        }
+        if (isOn.toBool()) {
+            return DesktopIcons::shown;
+        }
+    }
+    return earlier_.isOfThisSession() ? DesktopIcons::hidden : DesktopIcons::absent;
+}
+
+void PcmanfmQtDesktop::hide(const DesktopScene&) {
+    const auto process = bus_.process(service());
+    const auto profile = process ? profileArguments(*process) : std::vector<std::string>{};
+    earlier_.keep(profile.empty() ? std::string() : profile.front());
+    if (!switchDesktop(false)) {
+        earlier_.forget();
+    }
+}
+
+bool PcmanfmQtDesktop::show(const DesktopScene& scene) {
+    const bool isDone = scene.hasName(busName) ? switchDesktop(true) : startDesktop();
+    if (isDone) {
+        earlier_.forget();
+    }
+    return isDone;
+}
+
+bool PcmanfmQtDesktop::startDesktop() {
+    std::vector<std::string> command{"pcmanfm-qt", "--desktop"};
+    if (const auto profile = earlier_.get(); profile && !profile->empty()) {
+        command.push_back(*profile);
+    }
+    return start_(command);
+}
+
+bool PcmanfmQtDesktop::switchDesktop(bool isOn) {
+    return isReply(bus_.call(service(), path(), interface(), QStringLiteral("desktopManager"), {isOn}));
+}
+
+} // namespace LinuxPlatform

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "platform/linux/desktopicons/DesktopBus.h"
+#include "platform/linux/desktopicons/EarlierValue.h"
+#include "platform/linux/desktopicons/IconDesktop.h"
+
+#include <QJsonArray>
+
+namespace LinuxPlatform {
+
+/// Plasma, whose desktops show a folder: a filter in front of it hides everything. The desktops are reached
+/// through the scripts that the shell runs for others.
+class PlasmaDesktop : public IconDesktop {
+public:
+    /// `bus` outlives this object.
+    PlasmaDesktop(DesktopBus& bus, EarlierValue earlier);
+
+    /// Hidden also when no desktop shows a folder.
+    DesktopIcons icons(const DesktopScene& scene) override;
+    void hide(const DesktopScene& scene) override;
+    bool show(const DesktopScene& scene) override;
+
+private:
+    /// The filters of the desktops that show a folder; absent when the shell does not say.
+    std::optional<QJsonArray> filters();
+    bool setFilters(const QJsonArray& filters);
+    /// What a script prints; absent when it was not run.
+    std::optional<QString> evaluate(const QString& script);
+
+    DesktopBus& bus_;
+    /// The filters of the desktops that were changed.
+    EarlierValue earlier_;
+};
+
+} // namespace LinuxPlatform

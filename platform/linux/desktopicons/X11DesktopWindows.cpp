@@ -1,0 +1,96 @@
+#include "platform/linux/desktopicons/X11DesktopWindows.h"
+
+#include <algorithm>
+#include <array>
+#include <span>
+#include <string_view>
+
+namespace LinuxPlatform {
+namespace {
+
+constexpr std::uint32_t longestList = 1U << 16U;
+constexpr std::uint32_t longestClass = 256;
+constexpr std::uint32_t mostTypes = 64;
+
+std::span<const std::uint32_t> numbersIn(const XcbPointer<xcb_get_property_reply_t>& reply) {
+    if (!reply || reply->format != 32) {
+        return {};
+    }
+    return {static_cast<const std::uint32_t*>(xcb_get_property_value(reply.get())), reply->value_len};
+}
+
+/// The second of the two names in the property.
+std::string classIn(const XcbPointer<xcb_get_property_reply_t>& reply) {
+    if (!reply || reply->format != 8) {
+        return {};
+    }
+    const std::string_view bytes(static_cast<const char*>(xcb_get_property_value(reply.get())),
+                                 reply->value_len);
+    const auto end = bytes.find('\0');
+    return end == std::string_view::npos
+               ? std::string()
+               : std::string(bytes.substr(end + 1, bytes.find('\0', end + 1) - end - 1));
+}
+
+} // namespace
+
+X11DesktopWindows::X11DesktopWindows(X11Connection& connection) : connection_(connection) {
+    constexpr std::array<std::string_view, atomCount> names{"_NET_CLIENT_LIST", "_NET_WM_WINDOW_TYPE",
+                                                            "_NET_WM_WINDOW_TYPE_DESKTOP", "_NET_WM_PID"};
+    atoms_ = connection_.atoms(names);
+}
+
+std::vector<DesktopScene::Window> X11DesktopWindows::list() {
+    struct Questions {
+        xcb_get_window_attributes_cookie_t attributes;
+        xcb_get_property_cookie_t type;
+        xcb_get_property_cookie_t className;
+        xcb_get_property_cookie_t process;
+    };
+    auto* const xcb = connection_.get();
+    const auto ask = [&](xcb_window_t window, xcb_atom_t property, std::uint32_t length) {
+        return xcb_get_property(xcb, 0, window, property, XCB_GET_PROPERTY_TYPE_ANY, 0, length);
+    };
+    std::vector<Questions> questions;
+    for (const auto window : candidates()) {
+        questions.push_back(
+            {xcb_get_window_attributes(xcb, window), ask(window, atoms_[windowType], mostTypes),
+             ask(window, XCB_ATOM_WM_CLASS, longestClass), ask(window, atoms_[processId], 1)});
+    }
+    std::vector<DesktopScene::Window> windows;
+    for (const auto& question : questions) {
+        const auto attributes = connection_.reply<xcb_get_window_attributes_reply>(question.attributes);
+        const auto type = connection_.reply<xcb_get_property_reply>(question.type);
+        const auto className = connection_.reply<xcb_get_property_reply>(question.className);
+        const auto process = connection_.reply<xcb_get_property_reply>(question.process);
+        const bool isShown = attributes && attributes->map_state != XCB_MAP_STATE_UNMAPPED;
+        if (isShown && std::ranges::count(numbersIn(type), atoms_[desktopType]) > 0) {
+            const auto numbers = numbersIn(process);
+            windows.push_back(
+                {classIn(className), numbers.empty() ? std::nullopt : std::optional(numbers.front())});
+        }
+    }
+    return windows;
+}
+
+std::vector<xcb_window_t> X11DesktopWindows::candidates() {
+    const auto listQuestion = xcb_get_property(connection_.get(), 0, connection_.root(), atoms_[clientList],
+                                               XCB_GET_PROPERTY_TYPE_ANY, 0, longestList);
+    const auto treeQuestion = xcb_query_tree(connection_.get(), connection_.root());
+    const auto listReply = connection_.reply<xcb_get_property_reply>(listQuestion);
+    const auto tree = connection_.reply<xcb_query_tree_reply>(treeQuestion);
+    const auto managed = numbersIn(listReply);
+    std::vector<xcb_window_t> windows(managed.begin(), managed.end());
+    if (tree) {
+        // Window managers need not manage a desktop.
+        const std::span<const xcb_window_t> top(
+            xcb_query_tree_children(tree.get()),
+            static_cast<std::size_t>(xcb_query_tree_children_length(tree.get())));
+        windows.insert(windows.end(), top.begin(), top.end());
+    }
+    std::ranges::sort(windows);
+    windows.erase(std::ranges::unique(windows).begin(), windows.end());
+    return windows;
+}
+
+} // namespace LinuxPlatform

@@ -1,0 +1,294 @@
+#include "Curtain/DesktopController.h"
+#include "platform/linux/desktopicons/DesktopProgram.h"
+#include "platform/linux/desktopicons/GSettingsKey.h"
+#include "platform/linux/desktopicons/LinuxDesktopIcons.h"
+
+#include "tests/support/ChildProcess.h"
+#include "tests/support/DesktopPicture.h"
+#include "tests/support/EventLoop.h"
+#include "tests/support/HandDrivenQueue.h"
+#include "tests/support/RecordingLog.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <QDBusConnectionInterface>
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace {
+
+using LinuxPlatform::DesktopScene;
+using LinuxPlatform::GSettingsKey;
+using LinuxPlatform::LinuxDesktopIcons;
+using LinuxPlatform::X11Connection;
+using LinuxPlatform::X11DesktopWindows;
+using testing::IsEmpty;
+using TestSupport::ChildProcess;
+using TestSupport::DesktopPicture;
+using TestSupport::readFile;
+using TestSupport::spinUntil;
+using TestSupport::writeFile;
+
+/// These programs take their time on a busy machine.
+constexpr std::chrono::seconds patience{30};
+
+/// The program of a service that the bus of the virtual desktop does not start by itself.
+std::string serviceProgram(const std::string& name) {
+    const auto description = readFile("/usr/share/dbus-1/services/" + name + ".service");
+    const auto begin = description.find("Exec=") + 5;
+    return description.substr(begin, description.find('\n', begin) - begin);
+}
+
+/// The real programs that draw icons, one after another on the same screen, as the application sees them.
+struct IconProgramsTest : testing::Test {
+    TestSupport::TemporaryFolder stateFolder;
+    TestSupport::HandDrivenQueue clock;
+    TestSupport::RecordingLog log;
+    TestSupport::X11TestClient client;
+    std::unique_ptr<X11Connection> connection = X11Connection::open();
+    X11DesktopWindows windows{*connection};
+    std::vector<std::unique_ptr<ChildProcess>> programs;
+    std::unique_ptr<LinuxDesktopIcons> runner = makeRunner();
+
+    IconProgramsTest() {
+        const std::filesystem::path home = std::getenv("HOME");
+        for (const auto* name : {"letter.txt", "plan.txt", "photo.txt"}) {
+            writeFile(home / "Desktop" / name, "words");
+        }
+        EXPECT_TRUE(spinUntil([&] { return windows.list().empty() && isBare(); }, patience));
+    }
+
+    ~IconProgramsTest() override {
+        // Those that a test had started anew are not among the programs.
+        for (const auto& window : windows.list()) {
+            ::kill(static_cast<pid_t>(window.process.value()), SIGTERM);
+        }
+        EXPECT_TRUE(spinUntil([&] { return windows.list().empty(); }, patience));
+        for (auto program = programs.rbegin(); program != programs.rend(); ++program) {
+            (*program)->end(SIGTERM);
+        }
+    }
+
+    std::unique_ptr<LinuxDesktopIcons> makeRunner() {
+        return std::make_unique<LinuxDesktopIcons>(connection.get(), QDBusConnection::sessionBus(), clock,
+                                                   log, stateFolder.path());
+    }
+
+    void start(const std::vector<std::string>& command) {
+        programs.push_back(std::make_unique<ChildProcess>(command));
+    }
+
+    void startService(const std::string& name) {
+        start({serviceProgram(name)});
+        EXPECT_TRUE(spinUntil([&] { return hasName(name); }, patience)) << name;
+    }
+
+    static bool hasName(const std::string& name) {
+        return QDBusConnection::sessionBus().interface()->isServiceRegistered(QString::fromStdString(name));
+    }
+
+    bool iconsHidden() { return Curtain::DesktopController(*runner).iconsHidden(); }
+    void setIconsHidden(bool hidden) { Curtain::DesktopController(*runner).setIconsHidden(hidden); }
+
+    DesktopPicture picture() const { return DesktopPicture::take(client); }
+    bool isBare() const { return picture().isBare(); }
+
+    /// The picture once the icons are on it and it has not changed for a while.
+    DesktopPicture pictureWithIcons() {
+        EXPECT_TRUE(spinUntil([&] { return !isBare(); }, patience));
+        auto last = picture();
+        int equalOnes = 0;
+        EXPECT_TRUE(spinUntil(
+            [&] {
+                auto next = picture();
+                equalOnes = next == last ? equalOnes + 1 : 0;
+                last = std::move(next);
+                return equalOnes >= 30;
+            },
+            patience));
+        return last;
+    }
+
+    bool showsAgain(const DesktopPicture& before) {
+        return spinUntil([&] { return picture() == before; }, patience);
+    }
+
+    std::vector<std::filesystem::path> keptFiles() const {
+        return {std::filesystem::directory_iterator(stateFolder.path()), {}};
+    }
+
+    /// What every desktop has to do, whatever its ways; `setting` reads what the user had chosen.
+    template <class Setting>
+    void hideAndShow(const Setting& setting) {
+        const auto before = pictureWithIcons();
+        const auto settingBefore = setting();
+        EXPECT_FALSE(iconsHidden());
+
+        setIconsHidden(true);
+        EXPECT_TRUE(spinUntil([&] { return isBare(); }, patience));
+        EXPECT_TRUE(spinUntil([&] { return iconsHidden(); }, patience));
+        EXPECT_EQ(keptFiles().size(), 1U);
+
+        // Hiding once more must not take the hidden icons for the user's choice, nor must our own end.
+        setIconsHidden(true);
+        runner = makeRunner();
+        EXPECT_TRUE(iconsHidden());
+
+        setIconsHidden(false);
+        EXPECT_FALSE(iconsHidden());
+        EXPECT_TRUE(showsAgain(before));
+        EXPECT_FALSE(iconsHidden());
+        EXPECT_EQ(setting(), settingBefore);
+        EXPECT_THAT(keptFiles(), IsEmpty());
+    }
+};
+
+struct XfceTest : IconProgramsTest {
+    XfceTest() {
+        startService("org.xfce.Xfconf");
+        xfconf({"/desktop-icons", "-r", "-R"});
+        // A plain background.
+        xfconf({"/backdrop/screen0/monitorscreen/workspace0/image-style", "-n", "-t", "int", "-s", "0"});
+        start({"xfdesktop"});
+        EXPECT_TRUE(spinUntil([&] { return hasName("org.xfce.xfdesktop"); }, patience));
+    }
+
+    std::string xfconf(std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), {"-c", "xfce4-desktop", "-p"});
+        return LinuxPlatform::PosixProcessRunner(patience).run("/usr/bin/xfconf-query", arguments);
+    }
+
+    std::string style() { return xfconf({"/desktop-icons/style"}); }
+};
+
+TEST_F(XfceTest, WithoutASetting) {
+    hideAndShow([this] { return style(); });
+}
+
+TEST_F(XfceTest, GivesBackWhichIconsTheUserHadChosen) {
+    xfconf({"/desktop-icons/style", "-n", "-t", "int", "-s", "2"});
+    xfconf({"/desktop-icons/file-icons/show-home", "-n", "-t", "bool", "-s", "false"});
+    hideAndShow([this] { return style() + xfconf({"/desktop-icons/file-icons/show-home"}); });
+    EXPECT_EQ(style(), "2\n");
+
+    // Icons of minimised windows count as icons.
+    xfconf({"/desktop-icons/style", "-t", "int", "-s", "1"});
+    EXPECT_FALSE(iconsHidden());
+    setIconsHidden(true);
+    EXPECT_EQ(style(), "0\n");
+    setIconsHidden(false);
+    EXPECT_EQ(style(), "1\n");
+}
+
+TEST_F(XfceTest, FollowsWhatOthersDo) {
+    pictureWithIcons();
+    xfconf({"/desktop-icons/style", "-n", "-t", "int", "-s", "0"});
+    EXPECT_TRUE(iconsHidden());
+    // The user had hidden them: there is nothing to give back.
+    setIconsHidden(true);
+    EXPECT_THAT(keptFiles(), IsEmpty());
+    setIconsHidden(false);
+    EXPECT_EQ(style(), "2\n");
+    EXPECT_FALSE(iconsHidden());
+}
+
+TEST_F(XfceTest, AFrozenSettingsServiceIsNotWaitedForAgainAndAgain) {
+    EXPECT_FALSE(iconsHidden());
+    const auto service = programs.front()->id();
+    ::kill(service, SIGSTOP);
+    const auto start = std::chrono::steady_clock::now();
+    for (int round = 0; round < 50; ++round) {
+        EXPECT_FALSE(iconsHidden());
+    }
+    setIconsHidden(true);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+    ::kill(service, SIGCONT);
+    clock.advance(11);
+    EXPECT_TRUE(spinUntil([&] { return clock.advance(11), !iconsHidden(); }, patience));
+    setIconsHidden(true);
+    EXPECT_TRUE(iconsHidden());
+    setIconsHidden(false);
+}
+
+struct GSettingsTest : IconProgramsTest {
+    GSettingsTest() { startService("ca.desrt.dconf"); }
+
+    static std::string gsettings(const std::vector<std::string>& arguments) {
+        return LinuxPlatform::PosixProcessRunner(patience).run("/usr/bin/gsettings", arguments);
+    }
+};
+
+TEST_F(GSettingsTest, Nemo) {
+    gsettings({"set", "org.nemo.preferences", "treat-root-as-normal", "true"});
+    start({"nemo-desktop"});
+    hideAndShow([] { return gsettings({"get", "org.nemo.desktop", "desktop-layout"}); });
+    EXPECT_FALSE(GSettingsKey("org.nemo.desktop", "desktop-layout").chosenValue());
+
+    gsettings({"set", "org.nemo.desktop", "desktop-layout", "true::true"});
+    hideAndShow([] { return gsettings({"get", "org.nemo.desktop", "desktop-layout"}); });
+    EXPECT_EQ(GSettingsKey("org.nemo.desktop", "desktop-layout").chosenValue(), "'true::true'");
+
+    gsettings({"set", "org.nemo.desktop", "desktop-layout", "false::false"});
+    EXPECT_TRUE(spinUntil([&] { return iconsHidden(); }, patience));
+    setIconsHidden(false);
+    EXPECT_EQ(GSettingsKey("org.nemo.desktop", "desktop-layout").value(), "'true::false'");
+}
+
+TEST_F(GSettingsTest, CajaWhichEndsWithItsDesktop) {
+    start({"caja", "--no-default-window", "--force-desktop"});
+    hideAndShow([] { return gsettings({"get", "org.mate.background", "show-desktop-icons"}); });
+    EXPECT_FALSE(GSettingsKey("org.mate.background", "show-desktop-icons").chosenValue());
+}
+
+TEST_F(IconProgramsTest, Pcmanfm) {
+    start({"pcmanfm", "--desktop", "--profile", "LXDE"});
+    EXPECT_TRUE(spinUntil([&] { return !windows.list().empty(); }, patience));
+    hideAndShow([&] {
+        const auto list = windows.list();
+        return list.empty() ? std::vector<std::string>{}
+                            : LinuxPlatform::profileArguments(list.front().process.value());
+    });
+    EXPECT_EQ(LinuxPlatform::profileArguments(windows.list().at(0).process.value()),
+              std::vector<std::string>{"--profile=LXDE"});
+}
+
+TEST_F(IconProgramsTest, PcmanfmQt) {
+    start({"pcmanfm-qt", "--desktop", "--profile=lxqt"});
+    EXPECT_TRUE(spinUntil([&] { return !windows.list().empty(); }, patience));
+    hideAndShow([&] {
+        const auto list = windows.list();
+        return list.empty() ? std::vector<std::string>{}
+                            : LinuxPlatform::profileArguments(list.front().process.value());
+    });
+}
+
+TEST_F(IconProgramsTest, WhereNothingDrawsIconsTheyAreHiddenAndNothingIsWritten) {
+    EXPECT_TRUE(iconsHidden());
+    setIconsHidden(false);
+    EXPECT_TRUE(iconsHidden());
+    setIconsHidden(true);
+    EXPECT_THAT(keptFiles(), IsEmpty());
+}
+
+TEST_F(IconProgramsTest, AnUnknownDesktopIsTakenToShowIcons) {
+    const auto window = client.create("pinboard", "Pinboard");
+    const std::array<std::uint32_t, 1> type{client.atom("_NET_WM_WINDOW_TYPE_DESKTOP")};
+    client.setNumbers(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM, type);
+    EXPECT_TRUE(iconsHidden());
+    client.map(window);
+    EXPECT_TRUE(spinUntil([&] { return !iconsHidden(); }, patience));
+    setIconsHidden(true);
+    EXPECT_FALSE(iconsHidden());
+    EXPECT_THAT(keptFiles(), IsEmpty());
+    client.destroy(window);
+    EXPECT_TRUE(spinUntil([&] { return iconsHidden(); }, patience));
+}
+
+} // namespace
