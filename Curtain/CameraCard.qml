@@ -8,13 +8,14 @@ Item {
     property bool isMirroredLayout: false
 
     readonly property string cameraState: model.cameraState
+    readonly property bool isExplained: cameraState === "noPermission" || cameraState === "noCameraFound"
 
     Rectangle {
         anchors.fill: parent
         radius: Theme.cardRadius
-        color: card.cameraState === "noPermission" || card.cameraState === "noCameraFound" ? Theme.card : Theme.stage
-        border.width: 1
-        border.color: card.cameraState === "noPermission" || card.cameraState === "noCameraFound" ? Theme.hairline : Theme.pictureBorder
+        color: card.isExplained ? Theme.card : Theme.stage
+        border.width: card.isExplained ? 1 : 0
+        border.color: Theme.hairline
     }
 
     Loader {

@@ -5,8 +5,6 @@ Rectangle {
     id: meter
 
     property real value: 0
-    readonly property real from: 0
-    readonly property real to: 1
     property string name
     property string tone: "green"
 
@@ -16,6 +14,7 @@ Rectangle {
     color: Theme.well
     Accessible.role: Accessible.ProgressBar
     Accessible.name: name
+    Accessible.description: Math.round(value * 100) + "%"
 
     Rectangle {
         anchors.left: parent.left

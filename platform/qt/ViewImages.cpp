@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 #include <QMetaObject>
+#include <QPainter>
 #include <QUrl>
 
 #include <algorithm>
@@ -80,6 +81,12 @@ QImage SymbolImages::requestImage(const QString& id, QSize* size, const QSize& r
     symbol.source = (":/curtain/symbols/" + id.left(slash) + ".svg").toStdString();
     symbol.isTemplate = true;
     auto image = renderImage(symbol, color, sideOf(requestedSize));
+    if (color.alpha() < 255 && !image.isNull()) {
+        // The symbol's own strokes overlap, so that only the whole picture can be made transparent.
+        QPainter painter(&image);
+        painter.setCompositionMode(QPainter::CompositionMode_DestinationIn);
+        painter.fillRect(image.rect(), QColor(0, 0, 0, color.alpha()));
+    }
     if (size != nullptr) {
         *size = image.size();
     }

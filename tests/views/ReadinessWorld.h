@@ -187,6 +187,7 @@ struct ReadinessWorld {
 
     /// Nothing to be seen, and privacy mode on.
     void makeClear() {
+        workspace.quitAll();
         setPrivateApps({{"org.app.Messages", "Messages"}, {"org.app.Albums", "Photo Albums"}});
         workspace.run("org.app.Messages").hidden = true;
         runner.setting = "0\n";

@@ -1,0 +1,550 @@
+#include "core/Localizer.h"
+#include "tests/views/ReadinessWorld.h"
+#include "tests/views/ViewFixture.h"
+
+#include <QAccessible>
+#include <QAccessibleInterface>
+#include <QElapsedTimer>
+
+#include <cmath>
+
+namespace TestSupport {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
+
+class Popover : public ViewTest {
+protected:
+    static constexpr QSize size{700, 618};
+
+    ReadinessWorld world;
+    std::unique_ptr<ShownView> shown;
+
+    ShownView& show(const std::string& lang = "en", const QSize& viewSize = size) {
+        world.makeView(lang);
+        shown = std::make_unique<ShownView>(world.content(), viewSize);
+        return *shown;
+    }
+
+    std::string focused() const {
+        auto* item = shown->window().activeFocusItem();
+        // The row of a list stands for the list.
+        while (item != nullptr && item->objectName().isEmpty()) {
+            item = item->parentItem();
+        }
+        return item == nullptr ? std::string() : item->objectName().toStdString();
+    }
+
+    static std::string property(QQuickItem* item, const char* name) {
+        return item == nullptr ? "no such item" : item->property(name).toString().toStdString();
+    }
+
+    /// Mark, its colour, the symbol's and the detail's colour.
+    std::vector<std::string> look(const QString& row) {
+        const auto colour = [&](const char* part) {
+            return shown->find(row + part)->property("color").value<QColor>().name().toStdString();
+        };
+        return {property(shown->find(row + ".mark"), "name"), colour(".mark"), colour(".symbol"),
+                colour(".detail")};
+    }
+};
+
+const std::string green = "#1e9e57";
+const std::string orange = "#d96b00";
+const std::string red = "#d93434";
+const std::string gray = "#858c9b";
+
+TEST_F(Popover, StandsWhereItWasDrawn) {
+    world.makeRisky();
+    show();
+    const auto expectPlace = [&](const char* name, double x, double y, double width, double height) {
+        const auto place = shown->place(name);
+        EXPECT_NEAR(place.x(), x, 1) << name;
+        EXPECT_NEAR(place.y(), y, 1) << name;
+        EXPECT_NEAR(place.width(), width, 1) << name;
+        EXPECT_NEAR(place.height(), height, 1) << name;
+    };
+    expectPlace("cameraCard", 16, 62, 332, 186);
+    expectPlace("mirror", 270, 72, 30, 30);
+    expectPlace("cameraMenu", 308, 72, 30, 30);
+    expectPlace("riskRow", 16, 260, 332, 84);
+    expectPlace("shield", 33, 289, 26, 26);
+    expectPlace("privateAppsPanel", 362, 62, 322, 282);
+    expectPlace("edit", 644, 71, 28, 28);
+    expectPlace("hidePrivateApps", 379, 291, 288, 36);
+    expectPlace("readinessCheck", 16, 356, 668, 194);
+    expectPlace("menuButton", 652, 16, 32, 32);
+    EXPECT_NEAR(shown->place("capsule").right(), 642, 1);
+    EXPECT_NEAR(shown->place("capsule").y(), 19, 1);
+    EXPECT_NEAR(shown->place("riskCapsule").right(), 331, 1);
+    double y = 383;
+    for (const auto* const row : {"camera", "microphone", "notifications", "desktop", "privateApps"}) {
+        expectPlace(row, 33, y, 634, 32);
+        EXPECT_NEAR(shown->place(QString(row) + ".symbol").x(), 59, 1);
+        EXPECT_NEAR(shown->place(QString(row) + ".label").x(), 87, 1);
+        EXPECT_NEAR(shown->place(QString(row) + ".label").width(), 110, 0.1);
+        EXPECT_NEAR(shown->place(QString(row) + ".detail").x(), 205, 1);
+        EXPECT_NEAR(shown->place(QString(row) + ".chip").right(), 667, 1);
+        EXPECT_NEAR(shown->place(QString(row) + ".chip").height(), 24, 0.1);
+        y += 32;
+    }
+    const auto meter = shown->place("meter");
+    EXPECT_EQ(meter.size(), QSizeF(90, 7));
+    EXPECT_NEAR(meter.right() + 14, shown->place("microphone.chip").left(), 1);
+    expectPlace("fixEverything", 16, 562, 466, 40);
+    expectPlace("restore", 494, 562, 190, 40);
+}
+
+TEST_F(Popover, IsMirroredInArabic) {
+    world.makeRisky();
+    std::map<std::string, QRectF> places;
+    const auto names = {"cameraCard", "mirror",           "cameraMenu",    "riskRow",
+                        "shield",     "privateAppsPanel", "edit",          "meter",
+                        "menuButton", "hidePrivateApps",  "fixEverything", "restore"};
+    show();
+    for (const auto* const name : names) {
+        places[name] = shown->place(name);
+    }
+    show("ar");
+    for (const auto* const name : names) {
+        const auto place = shown->place(name);
+        if (std::string(name) == "meter") {
+            // As far from the chips, whose width the language decides.
+            EXPECT_NEAR(place.left() - 14, shown->place("microphone.chip").right(), 1);
+            continue;
+        }
+        EXPECT_NEAR(place.left(), 700 - places[name].right(), 1) << name;
+        EXPECT_NEAR(place.y(), places[name].y(), 1) << name;
+    }
+    // A score is read from left to right everywhere.
+    EXPECT_LT(shown->placeOfText("80").left(), shown->placeOfText("/ 100").left());
+}
+
+TEST_F(Popover, UnknownRowsAreGrayCircles) {
+    show();
+    for (const auto* const row : {"camera", "microphone", "notifications", "desktop", "privateApps"}) {
+        EXPECT_THAT(look(row), ElementsAre("circle", gray, gray, "#565d6d")) << row;
+    }
+    EXPECT_EQ(property(shown->find("capsule"), "tone"), "gray");
+}
+
+TEST_F(Popover, MarksFollowTheStatus) {
+    world.makeRisky();
+    world.cameraReadiness = {true, false};
+    world.coordinator.refresh();
+    show();
+    EXPECT_THAT(look("camera"), ElementsAre("exclamationmark.circle.fill", red, red, "#9c4700"));
+    EXPECT_THAT(look("microphone"), ElementsAre("checkmark.circle.fill", green, green, "#12703a"));
+    EXPECT_THAT(look("notifications"), ElementsAre("exclamationmark.circle.fill", orange, orange, "#9c4700"));
+    EXPECT_THAT(look("privateApps"), ElementsAre("exclamationmark.circle.fill", red, red, "#9c4700"));
+    const std::vector<std::pair<const char*, const char*>> symbols{{"camera", "video"},
+                                                                   {"microphone", "mic"},
+                                                                   {"notifications", "bell"},
+                                                                   {"desktop", "folder"},
+                                                                   {"privateApps", "lock"}};
+    for (const auto& [row, symbol] : symbols) {
+        EXPECT_EQ(property(shown->find(QString(row) + ".symbol"), "name"), symbol);
+    }
+}
+
+TEST_F(Popover, ARefreshChangesWhatIsShown) {
+    world.makeRisky();
+    show();
+    EXPECT_THAT(shown->texts(), Contains(QString("2 visible")));
+    world.makeClear();
+    shown->settle();
+    EXPECT_THAT(shown->texts(), Not(Contains(QString("2 visible"))));
+    EXPECT_THAT(shown->texts(), Contains(QString("Privacy mode on")));
+    EXPECT_EQ(property(shown->find("privateApps.chip"), "text"), "Restore");
+    EXPECT_EQ(property(shown->find("desktop.chip"), "text"), "Show desktop");
+    EXPECT_EQ(property(shown->find("fixEverything"), "kind"), "tonal");
+    EXPECT_FALSE(shown->find("hidePrivateApps")->isEnabled());
+    EXPECT_TRUE(shown->find("restore")->isEnabled());
+}
+
+TEST_F(Popover, MediumAndHighRiskLookAlike) {
+    show();
+    const auto colours = [&] {
+        world.coordinator.refresh();
+        shown->settle();
+        return std::vector{property(shown->find("riskCapsule"), "text"),
+                           property(shown->find("riskCapsule"), "color"),
+                           property(shown->find("shield"), "color")};
+    };
+    const auto medium = colours();
+    world.setPrivateApps({{"a", "A"}});
+    world.workspace.run("a");
+    const auto high = colours();
+    EXPECT_EQ(medium[0], "Medium Risk");
+    EXPECT_EQ(high[0], "High Risk");
+    EXPECT_EQ(medium[1], high[1]);
+    EXPECT_EQ(medium[2], high[2]);
+}
+
+TEST_F(Popover, EveryButtonActs) {
+    world.makeRisky();
+    show();
+    for (const auto* const name : {"camera.chip", "desktop.chip", "privateApps.chip", "hidePrivateApps",
+                                   "fixEverything", "restore", "notifications.chip"}) {
+        shown->click(name);
+    }
+    EXPECT_THAT(world.actions, ElementsAre("takePhoto", "toggleDesktop", "hidePrivateApps", "hidePrivateApps",
+                                           "fixEverything", "restore"));
+    EXPECT_THAT(world.urlOpener.opened, testing::SizeIs(1));
+    const auto isMirrored = world.camera.mirrored();
+    shown->click("mirror");
+    EXPECT_NE(world.camera.mirrored(), isMirrored);
+    shown->click("microphone.chip");
+    EXPECT_EQ(world.mic.echoPhase(), Curtain::EchoPhase::recording);
+}
+
+TEST_F(Popover, ThePrivateAppsButtonRestoresInPrivacyMode) {
+    world.makeClear();
+    show();
+    shown->click("privateApps.chip");
+    EXPECT_THAT(world.actions, ElementsAre("restore"));
+}
+
+TEST_F(Popover, TheMenuLeadsToPanelSettingsAndEnd) {
+    world.makeRisky();
+    show();
+    shown->click("menuButton");
+    EXPECT_NEAR(shown->place("menuTestShareMode").left(), 482, 1);
+    shown->click("menuSettings");
+    shown->click("menuButton");
+    shown->click("menuQuit");
+    EXPECT_THAT(world.actions, ElementsAre("openSettings", "quit"));
+    shown->click("menuButton");
+    shown->click("menuTestShareMode");
+    EXPECT_THAT(shown->texts(), Contains(QString("If you shared your screen right now…")));
+}
+
+TEST_F(Popover, TheCameraMenuMarksAndSwitches) {
+    world.startCamera();
+    show();
+    shown->click("cameraMenu");
+    EXPECT_TRUE(shown->find("camera front")->property("isChosen").toBool());
+    EXPECT_FALSE(shown->find("camera desk")->property("isChosen").toBool());
+    shown->click("camera desk");
+    EXPECT_THAT(world.actions, ElementsAre("selectCamera desk"));
+    world.capture.cameras.pop_back();
+    shown->click("cameraMenu");
+    EXPECT_NE(shown->find("camera front"), nullptr);
+    EXPECT_EQ(shown->find("camera desk"), nullptr);
+}
+
+TEST_F(Popover, ThePanelSaysWhatWouldBeSeen) {
+    world.makeRisky();
+    world.change([](auto& preferences) { preferences.runTestShareModeOnOpen = true; });
+    show();
+    for (const auto* const name : {"issue privateApps", "issue desktop", "issue notifications",
+                                   "shareWindows", "shareFiles", "shareNotice"}) {
+        EXPECT_NE(shown->find(name), nullptr) << name;
+    }
+    EXPECT_EQ(property(shown->find("testShareScore"), "value"), "80");
+    shown->click("testShareFix");
+    EXPECT_THAT(world.actions, ElementsAre("fixEverything"));
+    world.makeClear();
+    shown->settle();
+    EXPECT_EQ(shown->find("issue privateApps"), nullptr);
+    EXPECT_EQ(shown->find("shareWindows"), nullptr);
+    EXPECT_THAT(shown->texts(), Contains(QString("You're ready.")));
+    shown->click("testShareClose");
+    EXPECT_FALSE(world.view->showingTestShare());
+    EXPECT_EQ(shown->find("testShareFix"), nullptr);
+    // The panel comes back with the next opening.
+    shown->window().hide();
+    shown->window().show();
+    EXPECT_TRUE(ShownView::waitFor([&] { return world.view->showingTestShare(); }));
+    shown->settle();
+    shown->press(Qt::Key_Escape);
+    EXPECT_FALSE(world.view->showingTestShare());
+}
+
+TEST_F(Popover, APhotoTakesThePlaceOfTheColumnsUntilItGoes) {
+    world.makeRisky();
+    show();
+    world.takePhoto();
+    shown->settle();
+    EXPECT_EQ(shown->find("cameraCard"), nullptr);
+    EXPECT_EQ(shown->find("privateAppsPanel"), nullptr);
+    EXPECT_NEAR(shown->place("photo").height(), 238, 0.1);
+    EXPECT_EQ(shown->find("flash"), nullptr) << "the flash must have gone";
+    shown->click("photoCopy");
+    shown->click("photoSave");
+    EXPECT_THAT(world.actions, ElementsAre("copyPhoto", "savePhoto"));
+    shown->click("photoBack");
+    EXPECT_EQ(world.camera.capturedPhoto(), nullptr);
+    EXPECT_NE(shown->find("cameraCard"), nullptr);
+    EXPECT_NE(shown->find("privateAppsPanel"), nullptr);
+}
+
+TEST_F(Popover, TheCameraMayVanish) {
+    world.startCamera();
+    show();
+    EXPECT_NE(shown->find("mirror"), nullptr);
+    world.capture.cameras.clear();
+    world.camera.start(std::nullopt);
+    world.audio.inputFormat = {0, 0};
+    world.runAll();
+    shown->settle();
+    EXPECT_EQ(shown->find("mirror"), nullptr);
+    EXPECT_THAT(shown->texts(), Contains(QString("No camera found")));
+}
+
+TEST_F(Popover, TheBadgeWaitsForAPicture) {
+    world.makeClear();
+    world.capture.session->show(nullptr);
+    show();
+    EXPECT_EQ(shown->find("readyBadge"), nullptr);
+    world.capture.session->show(portrait(664, 372));
+    EXPECT_TRUE(ShownView::waitFor([&] { return shown->find("readyBadge") != nullptr; }));
+}
+
+TEST_F(Popover, WithoutTheRiskRowTheCameraTakesItsRoom) {
+    world.makeRisky();
+    world.change([](auto& preferences) { preferences.showEmbarrassmentScore = false; });
+    show();
+    EXPECT_EQ(shown->find("riskRow"), nullptr);
+    EXPECT_NEAR(shown->place("cameraCard").height(), 282, 0.1);
+}
+
+TEST_F(Popover, AppsAreEditedWithTheMouse) {
+    world.makeRisky();
+    world.install("org.app.Calendar", "Calendar");
+    world.install("org.app.Journal", "Journal");
+    show();
+    shown->click("edit");
+    EXPECT_TRUE(shown->find("search")->hasActiveFocus());
+    shown->click("remove org.app.Mail");
+    EXPECT_THAT(world.store.load().targetApps, testing::SizeIs(3));
+    shown->type("cal");
+    EXPECT_EQ(world.view->appQuery(), "cal");
+    shown->click("saveApps");
+    EXPECT_FALSE(world.view->editingApps());
+    EXPECT_NE(shown->find("hidePrivateApps"), nullptr);
+}
+
+TEST_F(Popover, AppsAreEditedWithTheKeyboard) {
+    world.setPrivateApps({{"org.app.Mail", "Mail"}});
+    world.install("org.app.Calendar", "Calendar");
+    world.install("org.app.Journal", "Journal");
+    show();
+    shown->click("edit");
+    shown->press(Qt::Key_Down);
+    EXPECT_EQ(focused(), "editedApps");
+    shown->press(Qt::Key_Down);
+    shown->press(Qt::Key_Space);
+    EXPECT_THAT(world.store.load().targetApps,
+                ElementsAre(CurtainCore::TargetApp{"org.app.Mail", "Mail"},
+                            CurtainCore::TargetApp{"org.app.Calendar", "Calendar"}));
+    shown->press(Qt::Key_Tab);
+    EXPECT_EQ(focused(), "saveApps");
+    shown->press(Qt::Key_Return);
+    EXPECT_FALSE(world.view->editingApps());
+}
+
+TEST_F(Popover, EscapeEmptiesTheSearchAndIsThenForThePopover) {
+    show();
+    shown->click("edit");
+    shown->type("cal");
+    shown->press(Qt::Key_Escape);
+    EXPECT_EQ(world.view->appQuery(), "");
+    EXPECT_TRUE(world.view->editingApps());
+}
+
+TEST_F(Popover, TheKeyboardGoesFromTopToBottom) {
+    world.makeRisky();
+    show();
+    std::vector<std::string> order;
+    for (int step = 0; step < 12; ++step) {
+        shown->press(Qt::Key_Tab);
+        order.push_back(focused());
+    }
+    EXPECT_THAT(order, ElementsAre("menuButton", "mirror", "cameraMenu", "edit", "hidePrivateApps",
+                                   "camera.chip", "microphone.chip", "notifications.chip", "desktop.chip",
+                                   "privateApps.chip", "fixEverything", "restore"));
+    shown->press(Qt::Key_Backtab, Qt::ShiftModifier);
+    shown->press(Qt::Key_Space);
+    EXPECT_THAT(world.actions, ElementsAre("fixEverything"));
+    shown->picture("popover-focus-en");
+}
+
+TEST_F(Popover, ThePanelKeepsTheKeyboard) {
+    world.makeRisky();
+    world.change([](auto& preferences) { preferences.runTestShareModeOnOpen = true; });
+    show();
+    for (int step = 0; step < 4; ++step) {
+        shown->press(Qt::Key_Tab);
+        EXPECT_THAT(focused(), testing::AnyOf("testShareFix", "testShareClose"));
+    }
+}
+
+TEST_F(Popover, AShortScreenScrollsToWhatHasTheKeyboard) {
+    world.makeRisky();
+    show("en", QSize(700, 492));
+    EXPECT_NEAR(shown->place("fixEverything").y(), 436, 0.1);
+    EXPECT_NEAR(shown->place("middle").height(), 362, 0.1);
+    for (int step = 0; step < 10; ++step) {
+        shown->press(Qt::Key_Tab);
+    }
+    EXPECT_EQ(focused(), "privateApps.chip");
+    EXPECT_LE(shown->place("privateApps.chip").bottom(), 424);
+    for (int step = 0; step < 8; ++step) {
+        shown->press(Qt::Key_Backtab, Qt::ShiftModifier);
+    }
+    EXPECT_EQ(focused(), "mirror");
+    EXPECT_GE(shown->place("mirror").top(), 62);
+}
+
+TEST_F(Popover, SaysItsValuesToAssistiveTechnology) {
+    world.makeRisky();
+    show();
+    const auto says = [&](const char* name, QAccessible::Role role, const QString& text) {
+        auto* const interface = QAccessible::queryAccessibleInterface(shown->find(name));
+        ASSERT_NE(interface, nullptr) << name;
+        EXPECT_EQ(interface->role(), role) << name;
+        EXPECT_EQ(interface->text(QAccessible::Name), text) << name;
+    };
+    says("capsule", QAccessible::StaticText, "Sharing now could expose private stuff.");
+    says("riskRow", QAccessible::Grouping, "Screen Share Risk: 80 / 100, High Risk");
+    says("camera", QAccessible::Grouping, "Camera: Looks good");
+    says("camera.chip", QAccessible::Button, "Take photo");
+    says("meter", QAccessible::ProgressBar, "Microphone");
+    says("privateAppsList", QAccessible::List, "Private apps");
+    says("edit", QAccessible::Button, "Edit apps");
+    auto* const meter = QAccessible::queryAccessibleInterface(shown->find("meter"));
+    EXPECT_EQ(meter->text(QAccessible::Description), "60%");
+}
+
+TEST_F(Popover, RestsWhileNothingChanges) {
+    world.makeRisky();
+    show();
+    int frames = 0;
+    QObject::connect(&shown->window(), &QQuickWindow::frameSwapped, [&] { ++frames; });
+    QTest::qWait(500);
+    EXPECT_EQ(frames, 0);
+}
+
+TEST_F(Popover, ARefreshIsOneFrame) {
+    world.makeRisky();
+    show();
+    shown->engine().style().setReducedMotion(true);
+    shown->settle();
+    const auto drawn = [&] {
+        QStringList all;
+        for (const auto& text : paintedTexts(*shown->window().contentItem())) {
+            const auto bounds = text.bounds.toAlignedRect();
+            all.push_back(QStringLiteral("%1 %2 %3").arg(text.text).arg(bounds.x()).arg(bounds.y()));
+        }
+        return all;
+    };
+    const auto before = drawn();
+    QStringList first;
+    int frames = 0;
+    QObject::connect(&shown->window(), &QQuickWindow::afterRendering, [&] {
+        if (++frames == 1) {
+            first = drawn();
+        }
+    });
+    world.workspace.quitAll();
+    world.runner.setting = "0\n";
+    world.coordinator.refresh();
+    EXPECT_TRUE(ShownView::waitFor([&] { return frames > 0; }));
+    QTest::qWait(300);
+    EXPECT_NE(first, before);
+    EXPECT_EQ(first, drawn());
+    // A layout that moves an item asks for another frame, though the one being made shows the move already.
+    EXPECT_LE(frames, 2);
+}
+
+TEST_F(Popover, NothingMovesWhereMotionIsReduced) {
+    world.makeRisky();
+    show();
+    shown->engine().style().setReducedMotion(true);
+    world.workspace.quitAll();
+    world.coordinator.refresh();
+    EXPECT_EQ(property(shown->find("riskRow"), "shownScore"), std::to_string(world.view->score()));
+}
+
+TEST_F(Popover, BearsStrangeNames) {
+    const std::string combining = "Z\u0351\u036B\u0343a\u0363\u0351l\u0349\u0361go";
+    const std::vector<std::string> names{std::string(10'000, 'W'),
+                                         "<b>bold</b><img src='file:///etc/passwd'>",
+                                         "line\nbreak\r\n\ttab",
+                                         "\u202Egnp.exe",
+                                         "تطبيق خاص جدًا باسم طويل",
+                                         "אפליקציה פרטית",
+                                         combining,
+                                         "👩‍👩‍👧‍👦 Family 🏳️‍🌈",
+                                         "",
+                                         "\xFF\xFE\xFD"};
+    std::vector<CurtainCore::TargetApp> apps;
+    for (std::size_t index = 0; index < names.size(); ++index) {
+        apps.push_back({"app" + std::to_string(index), names[index]});
+        world.install("candidate" + std::to_string(index), names[index]);
+    }
+    world.setPrivateApps(apps);
+    world.capture.cameras = {{"a", names[0]}, {"b", names[1]}, {"c", ""}};
+    world.startCamera();
+    world.coordinator.refresh();
+    show();
+    const auto withoutFonts = [](std::vector<std::string> problems) {
+        std::erase_if(problems, [](const auto& problem) { return problem.starts_with("without a font"); });
+        return problems;
+    };
+    EXPECT_THAT(withoutFonts(shown->problems(false)), IsEmpty());
+    shown->picture("popover-strange-names");
+    shown->click("cameraMenu");
+    EXPECT_THAT(withoutFonts(shown->problems(false)), IsEmpty());
+    shown->press(Qt::Key_Escape);
+    shown->click("edit");
+    EXPECT_THAT(withoutFonts(shown->problems(false)), IsEmpty());
+}
+
+TEST_F(Popover, BearsFiveHundredPrivateApps) {
+    std::vector<CurtainCore::TargetApp> apps;
+    for (int number = 0; number < 500; ++number) {
+        apps.push_back({"app" + std::to_string(number), "App " + std::to_string(number)});
+        world.workspace.run("app" + std::to_string(number));
+    }
+    world.setPrivateApps(apps);
+    world.coordinator.refresh();
+    show();
+    EXPECT_THAT(shown->problems(false), IsEmpty());
+    EXPECT_THAT(shown->texts(), Contains(QString("500 visible")));
+    EXPECT_THAT(shown->texts(), Contains(QString("App 3")));
+    EXPECT_THAT(shown->texts(), Not(Contains(QString("App 40"))));
+    shown->find("privateAppsList")->forceActiveFocus(Qt::TabFocusReason);
+    for (int step = 0; step < 40; ++step) {
+        QTest::keyClick(&shown->window(), Qt::Key_Down);
+    }
+    shown->settle();
+    EXPECT_THAT(shown->texts(), Contains(QString("App 40")));
+}
+
+TEST_F(Popover, SearchesFiveThousandAppsWithoutAStall) {
+    for (int number = 0; number < 5000; ++number) {
+        world.install("app" + std::to_string(number), "Application number " + std::to_string(number));
+    }
+    show();
+    shown->click("edit");
+    QElapsedTimer timer;
+    for (const auto letter : {'a', 'p', 'p', '4', '9'}) {
+        timer.start();
+        QTest::keyClick(&shown->window(), letter);
+        shown->window().grabWindow();
+        RecordProperty(std::string("milliseconds") + letter, static_cast<int>(timer.elapsed()));
+        // A stall is what a person notices; a busy machine is no stall.
+        EXPECT_LT(timer.elapsed(), 500);
+    }
+    shown->find("search")->setProperty("text", "4999");
+    shown->settle();
+    EXPECT_THAT(shown->texts(), Contains(QString("Application number 4999")));
+}
+
+} // namespace
+} // namespace TestSupport
