@@ -16,7 +16,8 @@ class AudioServices {
 public:
     virtual ~AudioServices() = default;
 
-    /// Begins to look for microphones, so that the first `hasInputDevice` need not wait. Does not wait itself.
+    /// Begins to look for microphones, so that the first `hasInputDevice` need not wait. Does not wait
+    /// itself.
     virtual void prepare() {}
     /// Whether there is a microphone, the default one or another. May wait a moment for the sound server.
     virtual bool hasInputDevice() = 0;
