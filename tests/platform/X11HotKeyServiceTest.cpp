@@ -1,6 +1,7 @@
 #include "platform/linux/hotkeys/X11HotKeyService.h"
 
 #include "platform/qt/QtMainQueue.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/X11TestClient.h"
 
@@ -8,7 +9,12 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
+#include <memory>
 #include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -18,6 +24,7 @@ using Platform::HotKeyEvent;
 using Platform::HotKeyID;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using TestSupport::ChildProcess;
 using TestSupport::spinUntil;
 using TestSupport::X11TestClient;
 
@@ -215,6 +222,135 @@ TEST_F(X11HotKeyServiceTest, SeveralCombinationsAreToldApart) {
     settle();
     EXPECT_THAT(events,
                 ElementsAre(std::pair(HotKeyEvent::pressed, 2U), std::pair(HotKeyEvent::released, 2U)));
+}
+
+TEST_F(X11HotKeyServiceTest, KeyThatIsHeldWhileItsCombinationIsUnregisteredSaysNoMore) {
+    ASSERT_EQ(service->registerHotKey(toggle, toggleID), 0);
+    typist.pressModifiers();
+    typist.press(hKey);
+    ASSERT_TRUE(spinUntil([&] { return !events.empty(); }));
+    service->unregisterHotKey(toggleID);
+    ASSERT_EQ(service->registerHotKey(toggle, {1, 2}), 0);
+    typist.release(hKey);
+    typist.releaseModifiers();
+    settle();
+    EXPECT_THAT(events, ElementsAre(std::pair(HotKeyEvent::pressed, 1U)));
+    events.clear();
+    typeToggle();
+    settle();
+    EXPECT_THAT(events,
+                ElementsAre(std::pair(HotKeyEvent::pressed, 2U), std::pair(HotKeyEvent::released, 2U)));
+}
+
+TEST_F(X11HotKeyServiceTest, RefusedCombinationStaysRefused) {
+    const auto other = X11Connection::open();
+    std::optional<X11HotKeyService> holder(std::in_place, *other, mainQueue);
+    ASSERT_EQ(holder->registerHotKey(toggle, {1, 1}), 0);
+    ASSERT_EQ(service->registerHotKey(toggle, toggleID), Platform::hotKeyExists);
+    holder.reset();
+    typeToggle();
+    settle();
+    EXPECT_THAT(events, IsEmpty()) << "whoever was told so would not expect it";
+}
+
+/// Programs that a desktop's keyboard settings run change the keyboard under way.
+struct X11KeyboardChangeTest : X11HotKeyServiceTest {
+    X11KeyboardChangeTest() { EXPECT_EQ(service->registerHotKey(toggle, toggleID), 0); }
+    ~X11KeyboardChangeTest() override { run({"setxkbmap", "us"}); }
+
+    static void run(const std::vector<std::string>& command) {
+        EXPECT_TRUE(ChildProcess(command).succeeds()) << command.front();
+    }
+
+    static void moveSuperToAnotherModifier() {
+        run({"xmodmap", "-e", "clear mod3", "-e", "clear mod4", "-e", "add mod3 = Super_L Super_R"});
+    }
+
+    void expectWorks() {
+        // What the server said before it said this has been taken in.
+        settle();
+        typeToggle();
+        settle();
+        EXPECT_THAT(events, pressedAndReleased);
+        events.clear();
+    }
+
+    void expectSilence() {
+        settle();
+        typeToggle();
+        settle();
+        EXPECT_THAT(events, IsEmpty());
+    }
+};
+
+TEST_F(X11KeyboardChangeTest, LayoutsMayChange) {
+    for (const auto* const layout : {"ru", "fr", "us,ru", "de", "us"}) {
+        SCOPED_TRACE(layout);
+        run({"setxkbmap", layout});
+        expectWorks();
+    }
+}
+
+TEST_F(X11KeyboardChangeTest, ModifierMayMoveToAnotherBit) {
+    moveSuperToAnotherModifier();
+    expectWorks();
+    run({"setxkbmap", "us"});
+    expectWorks();
+}
+
+TEST_F(X11KeyboardChangeTest, KeyboardWithoutTheModifierIsWaitedOut) {
+    run({"xmodmap", "-e", "clear mod4"});
+    expectSilence();
+    run({"setxkbmap", "us"});
+    expectWorks();
+}
+
+TEST_F(X11KeyboardChangeTest, KeyThatIsHeldWhileTheKeyboardChangesIsReleasedOnce) {
+    typist.pressModifiers();
+    typist.press(hKey);
+    // The server does not change what modifiers are while one of their keys is down.
+    typist.releaseModifiers();
+    ASSERT_TRUE(spinUntil([&] { return !events.empty(); }));
+    moveSuperToAnotherModifier();
+    settle();
+    EXPECT_THAT(events, ElementsAre(std::pair(HotKeyEvent::pressed, 1U)));
+    typist.release(hKey);
+    settle();
+    EXPECT_THAT(events, pressedAndReleased);
+}
+
+TEST_F(X11KeyboardChangeTest, HeldKeyStaysOnePressAfterwards) {
+    run({"xset", "r", "rate", "50", "50"});
+    run({"setxkbmap", "fr"});
+    settle();
+    typist.pressModifiers();
+    typist.press(hKey);
+    EXPECT_FALSE(spinUntil([&] { return events.size() > 1; }, std::chrono::milliseconds(250)));
+    typist.release(hKey);
+    typist.releaseModifiers();
+    settle();
+    EXPECT_THAT(events, pressedAndReleased);
+    run({"xset", "r", "rate"});
+}
+
+TEST_F(X11KeyboardChangeTest, CombinationThatAnotherProgramHasGetsAnotherTryWhenTheFocusChanges) {
+    X11TestClient other;
+    const auto openFocused = [&] {
+        const auto window = other.open("a", "A");
+        ASSERT_TRUE(spinUntil([&] { return other.activeWindow() == window; }));
+    };
+    openFocused();
+    // What the combination becomes when the modifier moves.
+    xcb_grab_key(other.get(), 0, other.root(), XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1 | XCB_MOD_MASK_3, hKey,
+                 XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+    other.sync();
+    moveSuperToAnotherModifier();
+    expectSilence();
+    xcb_ungrab_key(other.get(), XCB_GRAB_ANY, other.root(), XCB_MOD_MASK_ANY);
+    other.sync();
+    expectSilence();
+    openFocused();
+    expectWorks();
 }
 
 TEST_F(X11HotKeyServiceTest, NothingIsCalledOnceTheServiceIsGone) {

@@ -47,6 +47,13 @@ public:
         }
     }
 
+    /// Waits for an end of its own accord; true if it did what it was for.
+    bool succeeds() {
+        int status = 0;
+        const auto pid = std::exchange(pid_, 0);
+        return pid != 0 && waitpid(pid, &status, 0) == pid && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    }
+
 private:
     pid_t pid_ = 0;
 };

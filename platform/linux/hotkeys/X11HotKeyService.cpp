@@ -1,6 +1,8 @@
 #include "platform/linux/hotkeys/X11HotKeyService.h"
 
 #include <algorithm>
+#include <array>
+#include <string_view>
 #include <utility>
 
 // A member of a structure in there has this name.
@@ -15,6 +17,7 @@ X11HotKeyService::X11HotKeyService(X11Connection& connection, Platform::MainQueu
       mainQueue_(mainQueue),
       keyboard_(connection) {
     detectAutoRepeat();
+    watchActiveWindow();
     eventHandler_ = connection.addEventHandler([this](const auto& event) { handleEvent(event); });
 }
 
@@ -36,7 +39,7 @@ Platform::HotKeyStatus X11HotKeyService::registerHotKey(const Platform::HotKeyCo
     if (!grab(*translated)) {
         return Platform::hotKeyExists;
     }
-    hotKeys_.push_back({id, combination, translated, false});
+    hotKeys_.push_back({id, combination, translated, std::nullopt});
     return 0;
 }
 
@@ -73,6 +76,13 @@ void X11HotKeyService::detectAutoRepeat() {
     connection_.flush();
 }
 
+void X11HotKeyService::watchActiveWindow() {
+    activeWindowProperty_ = connection_.atoms(std::array{std::string_view("_NET_ACTIVE_WINDOW")}).front();
+    const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
+    xcb_change_window_attributes(connection_.get(), connection_.root(), XCB_CW_EVENT_MASK, &mask);
+    connection_.flush();
+}
+
 void X11HotKeyService::handleEvent(const xcb_generic_event_t& event) {
     const auto type = static_cast<std::uint8_t>(event.response_type & 0x7FU);
     if (type == XCB_KEY_PRESS) {
@@ -81,6 +91,9 @@ void X11HotKeyService::handleEvent(const xcb_generic_event_t& event) {
         keyReleased(reinterpret_cast<const xcb_key_release_event_t&>(event));
     } else if (type == XCB_MAPPING_NOTIFY || (keyboardEvent_ != 0 && type == keyboardEvent_)) {
         scheduleKeyboardChange();
+    } else if (type == XCB_PROPERTY_NOTIFY &&
+               reinterpret_cast<const xcb_property_notify_event_t&>(event).atom == activeWindowProperty_) {
+        scheduleAnotherTry();
     }
 }
 
@@ -88,7 +101,7 @@ void X11HotKeyService::keyPressed(const xcb_key_press_event_t& event) {
     const auto modifiers = static_cast<std::uint16_t>(event.state & keyboard_.significantModifiers());
     for (auto& hotKey : hotKeys_) {
         const bool matches = hotKey.grabbed == X11Keyboard::Combination{event.detail, modifiers};
-        if (matches && !std::exchange(hotKey.isPressed, true)) {
+        if (matches && !std::exchange(hotKey.pressedKey, event.detail)) {
             deliver(Platform::HotKeyEvent::pressed, hotKey.id);
         }
     }
@@ -97,8 +110,8 @@ void X11HotKeyService::keyPressed(const xcb_key_press_event_t& event) {
 void X11HotKeyService::keyReleased(const xcb_key_release_event_t& event) {
     for (auto& hotKey : hotKeys_) {
         // The modifiers may be up already.
-        const bool matches = hotKey.grabbed && hotKey.grabbed->keyCode == event.detail;
-        if (matches && std::exchange(hotKey.isPressed, false)) {
+        if (hotKey.pressedKey == event.detail) {
+            hotKey.pressedKey.reset();
             deliver(Platform::HotKeyEvent::released, hotKey.id);
         }
     }
@@ -131,10 +144,28 @@ void X11HotKeyService::keyboardChanged() {
     }
     keyboard_ = std::move(keyboard);
     for (auto& hotKey : hotKeys_) {
-        hotKey.isPressed = false;
-        hotKey.grabbed = keyboard_.translate(hotKey.combination);
-        if (hotKey.grabbed && !grab(*hotKey.grabbed)) {
-            hotKey.grabbed.reset();
+        hotKey.grabbed.reset();
+    }
+    grabMissing();
+}
+
+void X11HotKeyService::scheduleAnotherTry() {
+    // Nothing tells that another program gives a combination back; but when one quits, the focus changes.
+    const bool isMissing =
+        std::ranges::any_of(hotKeys_, [](const HotKey& hotKey) { return !hotKey.grabbed; });
+    if (isMissing && !std::exchange(isAnotherTryScheduled_, true)) {
+        mainQueue_.async(lifetime_.weak([this] {
+            isAnotherTryScheduled_ = false;
+            grabMissing();
+        }));
+    }
+}
+
+void X11HotKeyService::grabMissing() {
+    for (auto& hotKey : hotKeys_) {
+        const auto wanted = hotKey.grabbed ? std::nullopt : keyboard_.translate(hotKey.combination);
+        if (wanted && grab(*wanted)) {
+            hotKey.grabbed = wanted;
         }
     }
 }

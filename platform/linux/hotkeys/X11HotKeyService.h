@@ -29,18 +29,22 @@ private:
     struct HotKey {
         Platform::HotKeyID id;
         Platform::HotKeyCombination combination;
-        /// Absent while the keyboard does not have the combination or another program took it at a change of
-        /// the keyboard.
+        /// Absent while the keyboard does not have the combination, or where another program had it when the
+        /// keyboard changed.
         std::optional<X11Keyboard::Combination> grabbed;
-        bool isPressed = false;
+        /// The key that is down, be the combination another one meanwhile.
+        std::optional<xcb_keycode_t> pressedKey;
     };
 
     void detectAutoRepeat();
+    void watchActiveWindow();
     void handleEvent(const xcb_generic_event_t& event);
     void keyPressed(const xcb_key_press_event_t& event);
     void keyReleased(const xcb_key_release_event_t& event);
     void scheduleKeyboardChange();
     void keyboardChanged();
+    void scheduleAnotherTry();
+    void grabMissing();
     bool grab(const X11Keyboard::Combination& combination);
     void ungrab(const X11Keyboard::Combination& combination);
     void deliver(Platform::HotKeyEvent event, Platform::HotKeyID id);
@@ -49,7 +53,9 @@ private:
     Platform::MainQueue& mainQueue_;
     X11Keyboard keyboard_;
     std::uint8_t keyboardEvent_ = 0;
+    xcb_atom_t activeWindowProperty_ = XCB_ATOM_NONE;
     bool isKeyboardChangeScheduled_ = false;
+    bool isAnotherTryScheduled_ = false;
     std::vector<HotKey> hotKeys_;
     Platform::Subscribers<Platform::HotKeyEvent, Platform::HotKeyID> handlers_;
     Platform::Subscription eventHandler_;
