@@ -53,6 +53,8 @@ bench:
 	cmake --build $(BENCH) --parallel $(JOBS)
 	@set -e; for program in $$(find $(BENCH)/bench -maxdepth 1 -type f -executable | sort); do \
 		echo "$$program"; $$program; done
+	cmake --install $(BENCH) --prefix $(BENCH)/stage >/dev/null
+	scripts/virtual-desktop --tray xembed -- python3 -B bench/tray_benchmark.py $(BENCH)/stage/bin/curtain
 
 lint: tests
 	scripts/format --check

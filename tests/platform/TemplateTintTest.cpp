@@ -5,7 +5,6 @@
 namespace {
 
 using LinuxPlatform::ColorScheme;
-using LinuxPlatform::PanelLook;
 using LinuxPlatform::TemplateTint;
 
 const QColor black(0, 0, 0);

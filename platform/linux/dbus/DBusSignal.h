@@ -20,11 +20,9 @@ public:
     DBusSignal(QDBusConnection bus, const QString& sender, const QString& path, const QString& interface,
                const QString& name, Handler handler);
 
-private Q_SLOTS:
-    // NOLINTNEXTLINE(readability-redundant-access-specifiers): what Qt reads there is no repetition
-    void receive(const QDBusMessage& message);
-
 private:
+    Q_SLOT void receive(const QDBusMessage& message);
+
     Handler handler_;
 };
 

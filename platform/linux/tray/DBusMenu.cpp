@@ -119,8 +119,8 @@ bool looksAlike(const Platform::Menu& one, const Platform::Menu& other) {
 
 } // namespace
 
-DBusMenu::DBusMenu(const QDBusConnection& bus, QString path, Content content)
-    : bus_(bus),
+DBusMenu::DBusMenu(QDBusConnection bus, QString path, Content content)
+    : bus_(std::move(bus)),
       path_(std::move(path)),
       content_(std::move(content)) {
     qDBusRegisterMetaType<DBusMenuLayout>();

@@ -21,7 +21,7 @@ public:
     /// What the menu holds now; asked for when the panel is about to show it.
     using Content = std::function<std::optional<Platform::Menu>()>;
 
-    DBusMenu(const QDBusConnection& bus, QString path, Content content);
+    DBusMenu(QDBusConnection bus, QString path, Content content);
     ~DBusMenu() override;
     DBusMenu(const DBusMenu&) = delete;
     DBusMenu& operator=(const DBusMenu&) = delete;

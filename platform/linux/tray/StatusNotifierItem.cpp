@@ -103,12 +103,12 @@ QString iconThemesFolder() {
 /// The name under which the panel finds the picture by itself, to draw a symbolic one in its own colour.
 /// Empty when only pixels can be given.
 QString iconName(const Platform::Image& image) {
-    const auto source = QString::fromStdString(image.source);
+    auto source = QString::fromStdString(image.source);
     if (!source.startsWith('/') && !source.startsWith(':')) {
         return source;
     }
     const auto themes = iconThemesFolder();
-    const auto name = QStringLiteral("com.curtain.Curtain-%1-symbolic").arg(QFileInfo(source).baseName());
+    auto name = QStringLiteral("com.curtain.Curtain-%1-symbolic").arg(QFileInfo(source).baseName());
     const bool isInstalled =
         image.isTemplate && !themes.isEmpty() &&
         QFileInfo::exists(QStringLiteral("%1/hicolor/symbolic/apps/%2.svg").arg(themes, name));
