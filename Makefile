@@ -53,6 +53,10 @@ bench:
 	cmake --build $(BENCH) --parallel $(JOBS)
 	@set -e; for program in $$(find $(BENCH)/bench -maxdepth 1 -type f -executable | sort); do \
 		echo "$$program"; $$program; done
+	@set -e; for program in $$(find $(BENCH)/bench/display -type f -executable | sort); do \
+		for session in x11-openbox x11-xfwm4; do \
+			echo "$$program ($$session)"; \
+			scripts/virtual-desktop --session $$session --tray none -- $$program; done; done
 	cmake --install $(BENCH) --prefix $(BENCH)/stage >/dev/null
 	scripts/virtual-desktop --tray xembed -- python3 -B bench/tray_benchmark.py $(BENCH)/stage/bin/curtain
 

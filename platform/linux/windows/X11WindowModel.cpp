@@ -144,7 +144,8 @@ public:
     xcb_window_t window() const { return window_; }
 
     /// False when the window is gone.
-    bool finish(X11Window& window) {
+    bool finish(Entry& entry) {
+        auto& window = entry.window;
         bool isThere = false;
         for (const auto& [index, cookie] : requests_) {
             if (const auto reply = model_.connection_.reply<xcb_get_property_reply>(cookie)) {
@@ -155,7 +156,7 @@ public:
         if (attributesRequest_) {
             const auto reply = model_.connection_.reply<xcb_get_window_attributes_reply>(*attributesRequest_);
             isThere = isThere || reply;
-            window.isViewable = reply && reply->map_state == XCB_MAP_STATE_VIEWABLE;
+            entry.isViewable = reply && reply->map_state == XCB_MAP_STATE_VIEWABLE;
         }
         if (processRequest_) {
             readProcess(window);
@@ -244,10 +245,10 @@ void X11WindowModel::handleEvent(const xcb_generic_event_t& event) {
         break;
     }
     case XCB_MAP_NOTIFY:
-        windowMapped(reinterpret_cast<const xcb_map_notify_event_t&>(event).window, true);
+        windowMapped(reinterpret_cast<const xcb_map_notify_event_t&>(event).window);
         break;
     case XCB_UNMAP_NOTIFY:
-        windowMapped(reinterpret_cast<const xcb_unmap_notify_event_t&>(event).window, false);
+        windowUnmapped(reinterpret_cast<const xcb_unmap_notify_event_t&>(event).window);
         break;
     case XCB_DESTROY_NOTIFY:
         windowDestroyed(reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window);
@@ -276,8 +277,14 @@ void X11WindowModel::windowPropertyChanged(xcb_window_t window, xcb_atom_t prope
         return;
     }
     auto& entry = found->second;
+    const bool isManagerStateKnown = entry.window.managerState.has_value();
+    if (property == atom(wmState) && isManagerStateKnown && !entry.isHiddenMarkInDoubt &&
+        !entry.window.isHiddenMarkStale) {
+        // Every hiding and showing changes it, and nobody asks.
+        return;
+    }
     entry.staleProperties |= bit;
-    entry.wasMapped = entry.wasMapped && property != atom(netWmState);
+    entry.isHiddenMarkInDoubt = entry.isHiddenMarkInDoubt && property != atom(netWmState);
     windowsChanged();
 }
 
@@ -287,12 +294,32 @@ std::uint32_t X11WindowModel::bitOf(xcb_atom_t property) const {
     return found == properties().end() ? 0 : 1U << static_cast<unsigned>(found - properties().begin());
 }
 
-void X11WindowModel::windowMapped(xcb_window_t window, bool isMapped) {
+void X11WindowModel::windowMapped(xcb_window_t window) {
     const auto found = entries_.find(window);
-    if (found != entries_.end()) {
-        found->second.wasMapped = isMapped;
-        found->second.isViewableStale = true;
+    if (found == entries_.end()) {
+        return;
+    }
+    auto& entry = found->second;
+    if (isMarkedHidden(entry.window) || (entry.staleProperties & bitOf(atom(netWmState))) != 0) {
+        entry.isHiddenMarkInDoubt = true;
+        entry.isViewableStale = true;
+        entry.staleProperties |= bitOf(atom(wmState));
         windowsChanged();
+    }
+}
+
+void X11WindowModel::windowUnmapped(xcb_window_t window) {
+    const auto found = entries_.find(window);
+    if (found == entries_.end()) {
+        return;
+    }
+    auto& entry = found->second;
+    entry.isHiddenMarkInDoubt = false;
+    entry.isViewableStale = false;
+    entry.isViewable = false;
+    if (std::exchange(entry.window.isHiddenMarkStale, false)) {
+        ++generation_;
+        onChanged_();
     }
 }
 
@@ -375,11 +402,12 @@ void X11WindowModel::readStaleWindows(Changes& changes) {
     for (auto& reading : readings) {
         auto& entry = entries_.at(reading.window());
         const auto before = entry.window;
-        if (!reading.finish(entry.window)) {
+        if (!reading.finish(entry)) {
             std::erase(clientList_, reading.window());
             entries_.erase(reading.window());
             continue;
         }
+        entry.isHiddenMarkInDoubt = entry.isHiddenMarkInDoubt || isFirstUpdate_;
         entry.window.isHiddenMarkStale = isHiddenMarkStale(entry);
         const bool isBackUnseen = (entry.staleProperties & bitOf(atom(netWmState))) != 0 &&
                                   std::exchange(entry.isExpectedHidden, false) && !isHidden(before) &&
@@ -389,7 +417,6 @@ void X11WindowModel::readStaleWindows(Changes& changes) {
         }
         entry.staleProperties = 0;
         entry.isViewableStale = false;
-        entry.wasMapped = false;
         if (!std::exchange(entry.isNew, false)) {
             compare(before, entry.window, changes);
         }
@@ -418,10 +445,9 @@ bool X11WindowModel::isMarkedHidden(const X11Window& window) const {
 }
 
 bool X11WindowModel::isHiddenMarkStale(const Entry& entry) const {
-    const auto& window = entry.window;
-    const bool isShown = window.isViewable && window.managerState != iconicState;
-    return isMarkedHidden(window) && isShown &&
-           (window.isHiddenMarkStale || entry.wasMapped || isFirstUpdate_);
+    const bool isShown = entry.isViewable && entry.window.managerState != iconicState;
+    return isMarkedHidden(entry.window) && isShown &&
+           (entry.isHiddenMarkInDoubt || entry.window.isHiddenMarkStale);
 }
 
 xcb_get_property_cookie_t X11WindowModel::requestNumbers(xcb_window_t window, Atom name) {

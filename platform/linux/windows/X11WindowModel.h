@@ -30,8 +30,6 @@ struct X11Window {
     std::optional<std::uint32_t> desktop;
     /// WM_STATE: absent until a window manager has taken the window in.
     std::optional<std::uint32_t> managerState;
-    /// Nothing between it and the screen is unmapped; known from the last time that it was mapped.
-    bool isViewable = false;
     /// The window was shown without its mark as hidden being taken off.
     bool isHiddenMarkStale = false;
 };
@@ -120,8 +118,10 @@ private:
         std::uint32_t staleProperties = 0;
         bool isNew = true;
         bool isViewableStale = false;
-        /// Mapped after the window manager last wrote its state.
-        bool wasMapped = false;
+        /// Nothing between it and the screen is unmapped. Known only while the mark as hidden is in doubt.
+        bool isViewable = false;
+        /// The window was mapped after the window manager last wrote its state, or before the first reading.
+        bool isHiddenMarkInDoubt = false;
         bool isExpectedHidden = false;
     };
 
@@ -132,7 +132,8 @@ private:
     void handleEvent(const xcb_generic_event_t& event);
     void sessionPropertyChanged(xcb_atom_t property);
     void windowPropertyChanged(xcb_window_t window, xcb_atom_t property);
-    void windowMapped(xcb_window_t window, bool isMapped);
+    void windowMapped(xcb_window_t window);
+    void windowUnmapped(xcb_window_t window);
     void windowDestroyed(xcb_window_t window);
     void windowsChanged();
 
