@@ -86,6 +86,7 @@ class CurtainWindows {
 public:
     X11WindowSystem& system() { return system_; }
     X11Connection& connection() { return *connection_; }
+    Platform::MainQueue& mainQueue() { return mainQueue_; }
 
     /// Until all windows on the screen are hidden, or shown.
     void waitUntil(bool isHidden, std::size_t count) {
@@ -239,7 +240,8 @@ void benchmarkSwitchingOn(std::size_t targetCount, std::size_t runningCount, int
     curtain.waitUntil(false, runningCount);
     LinuxPlatform::DesktopEntries entries{{}};
     LinuxPlatform::AppIdentity identity{entries, LinuxPlatform::ProcessTable("/proc")};
-    LinuxPlatform::LinuxWorkspace workspace(curtain.system(), identity, entries);
+    LinuxPlatform::ScopedApps scopedApps(entries, curtain.mainQueue());
+    LinuxPlatform::LinuxWorkspace workspace(curtain.system(), identity, entries, scopedApps);
     Curtain::SystemAppHiding hiding(workspace);
     CurtainCore::HideEngine engine(hiding);
     std::vector<double> all;

@@ -11,6 +11,7 @@
 #include "platform/linux/camera/CameraRights.h"
 #include "platform/linux/camera/LinuxCaptureServices.h"
 #include "platform/linux/camera/V4l2Cameras.h"
+#include "platform/linux/apps/ScopedApps.h"
 #include "platform/linux/defaults/FileUserDefaults.h"
 #include "platform/linux/desktopicons/LinuxDesktopIcons.h"
 #include "platform/linux/folders/XdgUserFolders.h"
@@ -97,6 +98,7 @@ struct Session {
         shellConnection ? std::make_unique<X11WindowManager>(*shellConnection) : nullptr;
     QtPlatform::QtScreens screens{linkTo(windowManager.get())};
     QtPlatform::ViewEngine views;
+    std::unique_ptr<ScopedApps> scopedApps;
 };
 
 Platform::ApplicationFolders applicationFolders() {
@@ -226,8 +228,9 @@ Platform::Platform makeLinuxPlatform() {
     platform.application = std::make_unique<QtPlatform::QtApplication>();
     platform.loginItem = std::make_unique<AutostartEntry>(
         g_get_user_config_dir(), QCoreApplication::applicationFilePath().toStdString());
-    platform.workspace =
-        std::make_unique<LinuxWorkspace>(*session->windowSystem, session->identity, session->entries);
+    session->scopedApps = std::make_unique<ScopedApps>(session->entries, *platform.mainQueue);
+    platform.workspace = std::make_unique<LinuxWorkspace>(*session->windowSystem, session->identity,
+                                                          session->entries, *session->scopedApps);
     platform.systemVersion = std::make_unique<InterfaceLevel>(*session->windowSystem);
     platform.statusBar = std::make_unique<TrayStatusBar>(*platform.mainQueue, *platform.log, trayToolkit());
     platform.screenWatcherProbe = std::make_unique<ScreenWatch>(capturesOfThisSession());

@@ -229,7 +229,12 @@ TEST(BundleIdentifiers, EveryPackagingOfAKnownProgramHasItsIdentifier) {
          {"google-chrome", "google-chrome-stable", "com.google.Chrome", "Google-chrome"}},
         {"com.tinyspeck.slackmacgap", {"slack", "slack_slack", "com.slack.Slack"}},
         {"com.spotify.client", {"spotify", "spotify_spotify", "com.spotify.Client"}},
-        {"firefox", {"firefox", "firefox_firefox"}},
+        {"firefox", {"firefox", "firefox_firefox", "org.mozilla.firefox"}},
+        {"chromium", {"chromium", "chromium-browser", "chromium_chromium", "org.chromium.Chromium"}},
+        {"thunderbird", {"thunderbird", "thunderbird_thunderbird", "net.thunderbird.Thunderbird"}},
+        {"org.telegram.desktop", {"org.telegram.desktop", "telegramdesktop"}},
+        {"libreoffice-calc", {"libreoffice-calc", "libreoffice_calc", "org.libreoffice.LibreOffice.calc"}},
+        {"gimp", {"gimp", "gimp_gimp", "org.gimp.GIMP"}},
     };
     for (const auto& [identifier, packagings] : programs) {
         for (const auto& packaging : packagings) {
@@ -239,9 +244,8 @@ TEST(BundleIdentifiers, EveryPackagingOfAKnownProgramHasItsIdentifier) {
 }
 
 TEST(BundleIdentifiers, OtherProgramsKeepTheirOwn) {
-    for (const auto* id :
-         {"chromium", "chromium_chromium", "org.chromium.Chromium", "chromium-browser", "google-chrome-beta",
-          "discord-canary", "firefox-esr", "org.gnome.Maps", "zoomer", "zoom.desktop", ""}) {
+    for (const auto* id : {"google-chrome-beta", "google-chrome-unstable", "brave-browser-beta",
+                           "discord-canary", "firefox-esr", "org.gnome.Maps", "zoomer", "zoom.desktop", ""}) {
         EXPECT_EQ(bundleIdentifierFor(id), id);
     }
 }

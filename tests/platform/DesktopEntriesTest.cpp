@@ -353,6 +353,25 @@ TEST_F(DesktopEntriesTest, AProgramIsFoundIfOneEntryStartsIt) {
     EXPECT_THAT(entries.withProgram(""), IsNull());
 }
 
+TEST_F(DesktopEntriesTest, TheOnlyEntryOfAProgramMayTellItSomething) {
+    for (const auto* program : {"app", "browser", "steam", "flatpak", "twice", "java"}) {
+        addProgram(program);
+    }
+    install(system / "app.one.desktop", "Name=App\nExec=app --started-from-file -- %U\n");
+    install(system / "web-app.desktop", "Name=Mail\nExec=browser --app-id=mail\n");
+    install(system / "game.desktop", "Name=Game\nExec=steam steam://rungameid/570\n");
+    install(system / "org.example.Boxed.desktop",
+            "Name=Boxed\nExec=flatpak run org.example.Boxed @@u %U @@\n");
+    install(system / "one.desktop", "Name=One\nExec=twice --one\n");
+    install(system / "two.desktop", "Name=Two\nExec=twice --two\n");
+    install(system / "jar.desktop", "Name=Jar\nExec=java -Xmx1g -jar /opt/viewer-1.2.jar %f\n");
+    EXPECT_EQ(entries.withProgram("app")->id, "app.one");
+    EXPECT_EQ(entries.withProgram("viewer")->id, "jar");
+    for (const auto* program : {"browser", "steam", "flatpak", "twice", "java"}) {
+        EXPECT_THAT(entries.withProgram(program), IsNull()) << program;
+    }
+}
+
 TEST_F(DesktopEntriesTest, AProgramOfSeveralEntriesIsTheOneThatIsCalledLikeIt) {
     addProgram("app");
     install(system / "a.desktop", "Name=A\nExec=app\n");

@@ -3,6 +3,7 @@
 #include "platform/linux/windows/InterfaceLevel.h"
 #include "platform/linux/windows/NoWindowSystem.h"
 #include "tests/support/FakeWindowSystem.h"
+#include "tests/support/HandDrivenQueue.h"
 
 #include <gmock/gmock.h>
 
@@ -22,8 +23,10 @@ struct LinuxWorkspaceTest : testing::Test {
     FakeWindowSystem windows;
     LinuxPlatform::DesktopEntries entries{{}};
     LinuxPlatform::AppIdentity identity{entries, LinuxPlatform::ProcessTable("/nonexistent")};
+    TestSupport::HandDrivenQueue mainQueue;
+    LinuxPlatform::ScopedApps scopedApps{entries, mainQueue, LinuxPlatform::ProcessTable("/nonexistent")};
     std::unique_ptr<LinuxPlatform::LinuxWorkspace> workspace =
-        std::make_unique<LinuxPlatform::LinuxWorkspace>(windows, identity, entries);
+        std::make_unique<LinuxPlatform::LinuxWorkspace>(windows, identity, entries, scopedApps);
 
     std::shared_ptr<Platform::RunningApplication> only(const std::string& bundleID) {
         const auto instances = workspace->runningApplicationsWithBundleIdentifier(bundleID);

@@ -15,6 +15,7 @@ namespace PlatformTests {
 struct PrivacyMode {
     LinuxPlatform::DesktopEntries entries{{}};
     LinuxPlatform::AppIdentity identity{entries, LinuxPlatform::ProcessTable("/nonexistent")};
+    LinuxPlatform::ScopedApps scopedApps;
     LinuxPlatform::LinuxWorkspace workspace;
     Curtain::SystemAppHiding hiding{workspace};
     CurtainCore::HideEngine engine{hiding};
@@ -22,7 +23,8 @@ struct PrivacyMode {
     Platform::Lifetime lifetime;
 
     PrivacyMode(LinuxPlatform::WindowSystem& windows, Platform::MainQueue& mainQueue)
-        : workspace(windows, identity, entries) {
+        : scopedApps(entries, mainQueue, LinuxPlatform::ProcessTable("/nonexistent")),
+          workspace(windows, identity, entries, scopedApps) {
         observer.onAppAppeared = [this, &mainQueue](const std::string& bundleID) {
             mainQueue.asyncAfter(Platform::MainQueue::Seconds(0.2),
                                  lifetime.weak([this, bundleID] { engine.reapply(bundleID); }));

@@ -2,6 +2,7 @@
 
 #include "platform/linux/apps/AsciiCase.h"
 #include "platform/linux/apps/BundleIdentifiers.h"
+#include "platform/linux/apps/InterpretedProgram.h"
 
 #include <gio/gdesktopappinfo.h>
 #include <glib.h>
@@ -32,9 +33,14 @@ bool takesAnArgument(std::string_view option) {
 struct Command {
     std::string program;
     bool hasArguments = false;
+    bool namesContent = false;
 };
 
-/// Skips what stands before the program itself: "env", assignments and options of theirs.
+bool isContent(std::string_view argument) {
+    return !argument.starts_with('%') && (!argument.starts_with('-') || argument.starts_with("--app"));
+}
+
+/// Skips what stands before the program itself: "env", assignments and options of theirs, an interpreter.
 Command parseCommand(const char* commandLine) {
     int count = 0;
     char** arguments = nullptr;
@@ -44,10 +50,13 @@ Command parseCommand(const char* commandLine) {
     const std::unique_ptr<char*, decltype(&g_strfreev)> owner(arguments, &g_strfreev);
     Command command;
     bool isAfterEnv = false;
+    std::vector<std::string> words;
     for (int index = 0; index < count; ++index) {
         const std::string_view argument = arguments[index];
         if (!command.program.empty()) {
             command.hasArguments = command.hasArguments || !argument.starts_with('%');
+            command.namesContent = command.namesContent || isContent(argument);
+            words.emplace_back(argument);
         } else if (argument == "env" || argument.ends_with("/env")) {
             isAfterEnv = true;
         } else if (isAfterEnv && takesAnArgument(argument)) {
@@ -55,7 +64,15 @@ Command parseCommand(const char* commandLine) {
         } else if (!isAfterEnv ||
                    (argument.find('=') == std::string_view::npos && !argument.starts_with('-'))) {
             command.program = fs::path(argument).filename().string();
+            words.emplace_back(argument);
         }
+    }
+    if (auto program = interpretedProgram(words)) {
+        // Options of the interpreter and of the program cannot be told apart.
+        command = {
+            std::move(*program),
+            std::ranges::count_if(words, [](const std::string& word) { return !word.starts_with('%'); }) > 2,
+            false};
     }
     return command;
 }
@@ -99,7 +116,12 @@ std::optional<DesktopEntry> readEntry(const fs::path& path, std::string id) {
     entry.program = std::move(command.program);
     entry.hasArguments = command.hasArguments;
     entry.urlSchemes = urlSchemes(app);
+    entry.namesContent = command.namesContent;
     entry.shouldShow = g_app_info_should_show(app) != FALSE;
+    for (const auto* const key : {"X-Flatpak", "X-SnapInstanceName"}) {
+        const OwnedText sandbox(g_desktop_app_info_get_string(info.get(), key), g_free);
+        entry.sandbox += text(sandbox.get());
+    }
     return entry;
 }
 
@@ -169,6 +191,15 @@ const DesktopEntry* DesktopEntries::withId(std::string_view id) {
     readIfChanged();
     const auto* const exact = find(byId_, id);
     return exact != nullptr ? exact : find(byLowerCaseId_, asciiLowerCase(id));
+}
+
+const DesktopEntry* DesktopEntries::withOneOfIds(std::span<const std::string> ids) {
+    for (const auto& id : ids) {
+        if (const auto* const entry = withId(id)) {
+            return entry;
+        }
+    }
+    return nullptr;
 }
 
 const DesktopEntry* DesktopEntries::withBundleIdentifier(std::string_view bundleID) {
@@ -256,7 +287,6 @@ void DesktopEntries::buildIndexes() {
     }
     std::ranges::stable_sort(order, std::greater{},
                              [&](std::size_t position) { return entries_[position].shouldShow; });
-    std::unordered_map<std::string, int> startedBy;
     for (const auto position : order) {
         const auto& entry = entries_[position];
         add(byId_, entry.id, position);
@@ -265,19 +295,33 @@ void DesktopEntries::buildIndexes() {
         add(byPath_, entry.path, position);
         add(byWindowClass_, entry.startupWMClass, position);
         add(byLowerCaseWindowClass_, asciiLowerCase(entry.startupWMClass), position);
+    }
+    indexPrograms();
+}
+
+void DesktopEntries::indexPrograms() {
+    struct Starters {
+        std::vector<std::size_t> plain;
+        std::vector<std::size_t> shownWithArguments;
+    };
+    std::unordered_map<std::string, Starters> startersOf;
+    for (std::size_t position = 0; position < entries_.size(); ++position) {
+        const auto& entry = entries_[position];
+        auto& starters = startersOf[entry.program];
         if (!entry.hasArguments) {
-            ++startedBy[entry.program];
-            add(byProgram_, entry.program, position);
+            starters.plain.push_back(position);
+        } else if (entry.shouldShow && !entry.namesContent) {
+            starters.shownWithArguments.push_back(position);
         }
     }
-    for (const auto& entry : entries_) {
-        if (startedBy[entry.program] > 1) {
-            const auto own = byId_.find(entry.program);
-            if (own != byId_.end()) {
-                byProgram_[entry.program] = own->second;
-            } else {
-                byProgram_.erase(entry.program);
-            }
+    startersOf.erase(std::string());
+    for (const auto& [program, starters] : startersOf) {
+        // One that stands alone is for the program as a whole, whatever it tells it.
+        const auto& candidates = starters.plain.empty() ? starters.shownWithArguments : starters.plain;
+        if (candidates.size() == 1) {
+            byProgram_.emplace(program, candidates.front());
+        } else if (const auto own = byId_.find(program); !starters.plain.empty() && own != byId_.end()) {
+            byProgram_.emplace(program, own->second);
         }
     }
 }

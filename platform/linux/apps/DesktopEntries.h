@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -21,15 +22,20 @@ struct DesktopEntry {
     /// A name in the icon theme or an absolute path; empty when the entry has none.
     std::string icon;
     std::string startupWMClass;
-    /// The file name of the program that it starts.
+    /// The file name of the program that it starts; of one that an interpreter runs, the name that
+    /// `interpretedProgram` gives it.
     std::string program;
     /// Whether its command says more than the program and what to open, as entries for one function of a
     /// program do.
     bool hasArguments = false;
     /// The schemes of the addresses that it opens, in small letters.
     std::vector<std::string> urlSchemes;
+    /// Whether its command names what the program is to open, as those of a browser's web apps do.
+    bool namesContent = false;
     /// Whether it belongs in a list of apps on this desktop.
     bool shouldShow = true;
+    /// The Flatpak app or the snap from which it comes; empty for others.
+    std::string sandbox;
 };
 
 /// The desktop entries of a list of application folders, subfolders included. An id in an earlier folder
@@ -49,11 +55,14 @@ public:
     /// By id, exactly or, failing that, without regard to case. Null when there is none; valid until the next
     /// call.
     const DesktopEntry* withId(std::string_view id);
+    /// The first that there is.
+    const DesktopEntry* withOneOfIds(std::span<const std::string> ids);
     const DesktopEntry* withBundleIdentifier(std::string_view bundleID);
     const DesktopEntry* withPath(const std::string& path);
     /// The entry whose windows carry this class.
     const DesktopEntry* withWindowClass(std::string_view windowClass, bool ignoringCase);
-    /// The entry that starts this program as such; null when several do and none of them stands out.
+    /// The entry that starts this program as such, or else the only one that starts it at all; null when
+    /// several do and none of them stands out.
     const DesktopEntry* withProgram(std::string_view program);
 
 private:
@@ -62,6 +71,7 @@ private:
     void readIfChanged();
     void read();
     void buildIndexes();
+    void indexPrograms();
     const DesktopEntry* find(const Index& index, std::string_view key);
 
     std::vector<std::filesystem::path> folders_;

@@ -1,6 +1,8 @@
 #include "platform/linux/windows/AppInstances.h"
 
 #include <algorithm>
+#include <span>
+#include <utility>
 
 namespace LinuxPlatform {
 namespace {
@@ -14,17 +16,21 @@ std::uint64_t processOf(const Window& window) {
 
 } // namespace
 
-AppInstances::AppInstances(WindowSystem& windowSystem, AppIdentity& identity, DesktopEntries& entries)
+AppInstances::AppInstances(WindowSystem& windowSystem, AppIdentity& identity, DesktopEntries& entries,
+                           ScopedApps& scopedApps)
     : windowSystem_(windowSystem),
       identity_(identity),
-      entries_(entries) {}
+      entries_(entries),
+      scopedApps_(scopedApps) {}
 
 const std::vector<AppInstance>& AppInstances::all() {
+    lookForWindowless();
     regroupIfChanged();
     return instances_;
 }
 
 std::vector<AppInstanceKey> AppInstances::withBundleIdentifier(const std::string& bundleID) {
+    lookForWindowless();
     regroupIfChanged();
     const auto found = keysByBundleIdentifier_.find(bundleID);
     return found == keysByBundleIdentifier_.end() ? std::vector<AppInstanceKey>{} : found->second;
@@ -44,7 +50,7 @@ std::optional<AppInstanceKey> AppInstances::owning(WindowId window) {
 
 void AppInstances::hide(const AppInstanceKey& key) {
     const auto* const instance = find(key);
-    if (instance == nullptr) {
+    if (instance == nullptr || instance->windows.empty()) {
         return;
     }
     const auto hidden = instance->visibleWindows;
@@ -58,7 +64,7 @@ void AppInstances::hide(const AppInstanceKey& key) {
 
 void AppInstances::unhide(const AppInstanceKey& key) {
     const auto* const instance = find(key);
-    if (instance == nullptr) {
+    if (instance == nullptr || instance->windows.empty()) {
         return;
     }
     std::vector<WindowId> returning;
@@ -75,17 +81,29 @@ void AppInstances::unhide(const AppInstanceKey& key) {
 
 void AppInstances::activate(const AppInstanceKey& key) {
     // A window that its user put away is not to come back with the others.
-    if (const auto* const instance = find(key)) {
+    const auto* const instance = find(key);
+    if (instance != nullptr && !instance->windows.empty()) {
         windowSystem_.activate(instance->visibleWindows);
+    }
+}
+
+void AppInstances::lookForWindowless() {
+    const auto& running = scopedApps_.running();
+    if (std::exchange(scopedGeneration_, scopedApps_.generation()) != scopedApps_.generation()) {
+        scoped_ = running;
+        groupedGeneration_.reset();
     }
 }
 
 void AppInstances::regroupIfChanged() {
     const auto generation = windowSystem_.generation();
-    if (groupedGeneration_ == generation) {
-        return;
+    if (groupedGeneration_ != generation) {
+        groupedGeneration_ = generation;
+        regroup();
     }
-    groupedGeneration_ = generation;
+}
+
+void AppInstances::regroup() {
     if (const auto entriesGeneration = entries_.generation(); entriesGeneration_ != entriesGeneration) {
         entriesGeneration_ = entriesGeneration;
         identities_.clear();
@@ -122,12 +140,32 @@ void AppInstances::regroupIfChanged() {
         owners_.emplace(window.id, key);
     }
 
+    addWindowless();
+
     std::stable_partition(instances_.begin(), instances_.end(),
                           [](const auto& instance) { return !instance.visibleWindows.empty(); });
     for (std::size_t index = 0; index < instances_.size(); ++index) {
         const auto& key = instances_[index].key;
         positions_[key] = index;
         keysByBundleIdentifier_[key.bundleIdentifier].push_back(key);
+    }
+}
+
+void AppInstances::addWindowless() {
+    const auto countWithWindows = instances_.size();
+    for (const auto& app : scoped_) {
+        // Other apps may have windows in there, as the programs in a terminal have.
+        const bool hasWindow = std::ranges::any_of(
+            std::span(instances_).first(countWithWindows), [&](const AppInstance& instance) {
+                const auto process = instance.key.process;
+                return instance.key.bundleIdentifier == app.identifier.bundleIdentifier &&
+                       ((process & connectionFlag) != 0 ||
+                        std::ranges::binary_search(app.processes, static_cast<std::uint32_t>(process)));
+            });
+        const AppInstanceKey key{app.identifier.bundleIdentifier, app.leader};
+        if (!hasWindow && positions_.emplace(key, instances_.size()).second) {
+            instances_.push_back({key, app.identifier.localizedName, {}, {}, false});
+        }
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/linux/apps/AppIdentity.h"
+#include "platform/linux/apps/ScopedApps.h"
 #include "platform/linux/windows/WindowSystem.h"
 
 #include <cstdint>
@@ -33,18 +34,19 @@ struct AppInstance {
     bool isInTaskList = false;
 };
 
-/// Which apps the session's windows make up, and which of their windows were put away on request. Main thread
-/// only.
+/// Which apps the session's windows make up, which run without any, and which of their windows were put away
+/// on request. Main thread only.
 class AppInstances {
 public:
     /// All outlive this object.
-    AppInstances(WindowSystem& windowSystem, AppIdentity& identity, DesktopEntries& entries);
+    AppInstances(WindowSystem& windowSystem, AppIdentity& identity, DesktopEntries& entries,
+                 ScopedApps& scopedApps);
 
-    /// Those with a visible window first, otherwise in the order of their oldest windows; valid until the
-    /// next call.
+    /// Those with a visible window first, otherwise in the order of their oldest windows, those without
+    /// windows last; valid until the next call.
     const std::vector<AppInstance>& all();
     std::vector<AppInstanceKey> withBundleIdentifier(const std::string& bundleID);
-    /// Null when it has no window any more; valid until the next call.
+    /// Null when it is gone; valid until the next call.
     const AppInstance* find(const AppInstanceKey& key);
     std::optional<AppInstanceKey> owning(WindowId window);
 
@@ -55,11 +57,17 @@ public:
 
 private:
     void regroupIfChanged();
+    void regroup();
+    void addWindowless();
+    void lookForWindowless();
     const std::optional<AppIdentifier>& identityOf(const Window& window);
 
     WindowSystem& windowSystem_;
     AppIdentity& identity_;
     DesktopEntries& entries_;
+    ScopedApps& scopedApps_;
+    std::vector<ScopedApp> scoped_;
+    std::uint64_t scopedGeneration_ = 0;
     std::optional<std::uint64_t> groupedGeneration_;
     std::uint64_t entriesGeneration_ = 0;
     std::vector<AppInstance> instances_;

@@ -72,9 +72,10 @@ private:
 
 } // namespace
 
-LinuxWorkspace::LinuxWorkspace(WindowSystem& windowSystem, AppIdentity& identity, DesktopEntries& entries)
+LinuxWorkspace::LinuxWorkspace(WindowSystem& windowSystem, AppIdentity& identity, DesktopEntries& entries,
+                               ScopedApps& scopedApps)
     : entries_(entries),
-      instances_(std::make_shared<AppInstances>(windowSystem, identity, entries)),
+      instances_(std::make_shared<AppInstances>(windowSystem, identity, entries, scopedApps)),
       windowEvents_(windowSystem.addEventHandler(
           [this](WindowEvent event, const Window& window) { handleEvent(event, window); })) {}
 

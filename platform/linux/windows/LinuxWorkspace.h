@@ -11,11 +11,13 @@
 
 namespace LinuxPlatform {
 
-/// The apps of this session, made up from its windows and the installed desktop entries.
+/// The apps of this session, made up from its windows, the installed desktop entries and the units in which
+/// they run.
 class LinuxWorkspace : public Platform::Workspace {
 public:
     /// All outlive the workspace; handles it gave out may outlive it.
-    LinuxWorkspace(WindowSystem& windowSystem, AppIdentity& identity, DesktopEntries& entries);
+    LinuxWorkspace(WindowSystem& windowSystem, AppIdentity& identity, DesktopEntries& entries,
+                   ScopedApps& scopedApps);
 
     Platform::RunningApplications runningApplications() override;
     Platform::RunningApplications
