@@ -1,5 +1,6 @@
 #include "Curtain/AppDelegate.h"
 #include "platform/linux/LinuxPlatform.h"
+#include "platform/linux/dbus/SessionBusCheck.h"
 #include "platform/qt/DisplayCheck.h"
 #include "platform/qt/TerminationSignals.h"
 
@@ -15,6 +16,7 @@ int main(int argumentCount, char** arguments) {
         std::fprintf(stderr, "%s\n", problem->c_str());
         return EXIT_FAILURE;
     }
+    LinuxPlatform::leaveSilentSessionBus();
     std::optional<QtPlatform::PreferredDisplay> display(std::in_place);
     QApplication application(argumentCount, arguments);
     display.reset();

@@ -203,7 +203,8 @@ Platform::Platform makeLinuxPlatform() {
     auto session = std::make_shared<Session>();
     if (session->x11) {
         session->windowSystem = std::make_unique<X11WindowSystem>(*session->x11, *platform.mainQueue);
-        platform.hotKeyService = std::make_unique<X11HotKeyService>(*session->x11, *platform.mainQueue);
+        platform.hotKeyService =
+            std::make_unique<X11HotKeyService>(*session->x11, *platform.mainQueue, *platform.log);
     } else {
         platform.log->writeLine("Curtain: this session has no X server, so apps cannot be hidden in it yet");
         session->windowSystem = std::make_unique<NoWindowSystem>();

@@ -4,7 +4,9 @@
 
 #include <array>
 #include <atomic>
+#include <cerrno>
 #include <csignal>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <utility>
@@ -21,8 +23,11 @@ constexpr std::array endingSignals{SIGINT, SIGTERM, SIGHUP};
 std::atomic<int> announcement = -1;
 
 void announce(int /*signal*/) {
+    // Whatever was interrupted still wants to read its own.
+    const int number = errno;
     const std::uint64_t one = 1;
     [[maybe_unused]] const auto written = write(announcement, &one, sizeof one);
+    errno = number;
 }
 
 /// Readable once one of the signals has arrived. Blocking the signals instead would pass the block on to
@@ -31,10 +36,22 @@ class SignalDescriptor {
 public:
     SignalDescriptor() : descriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
         announcement = descriptor_;
-        setAction(announce);
+        for (std::size_t index = 0; index < endingSignals.size(); ++index) {
+            auto& before = before_.at(index);
+            sigaction(endingSignals.at(index), nullptr, &before);
+            // Whoever started the program so (nohup) wants the signal to do nothing.
+            if (before.sa_handler != SIG_IGN) {
+                struct sigaction action {};
+                action.sa_handler = announce;
+                action.sa_flags = SA_RESTART;
+                sigaction(endingSignals.at(index), &action, nullptr);
+            }
+        }
     }
     ~SignalDescriptor() {
-        setAction(SIG_DFL);
+        for (std::size_t index = 0; index < endingSignals.size(); ++index) {
+            sigaction(endingSignals.at(index), &before_.at(index), nullptr);
+        }
         announcement = -1;
         close(descriptor_);
     }
@@ -49,16 +66,8 @@ public:
     }
 
 private:
-    static void setAction(void (*handler)(int)) {
-        struct sigaction action {};
-        action.sa_handler = handler;
-        action.sa_flags = SA_RESTART;
-        for (const int signal : endingSignals) {
-            sigaction(signal, &action, nullptr);
-        }
-    }
-
     int descriptor_;
+    std::array<struct sigaction, endingSignals.size()> before_{};
 };
 
 } // namespace

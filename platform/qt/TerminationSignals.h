@@ -7,7 +7,8 @@
 namespace QtPlatform {
 
 /// Calls `handler` on the main thread when the process is asked to end (SIGINT, SIGTERM, SIGHUP), so that it
-/// can leave the event loop and clean up. One subscription a process.
+/// can leave the event loop and clean up. A signal that the process was started to ignore stays ignored. One
+/// subscription a process.
 Platform::Subscription onTerminationSignal(std::function<void()> handler);
 
 } // namespace QtPlatform

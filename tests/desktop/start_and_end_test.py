@@ -1,6 +1,7 @@
 """Checks that Curtain starts, lives and ends well where something around it is missing, broken or going away."""
 
 import signal
+import socket
 import time
 import unittest
 
@@ -59,6 +60,16 @@ class StartTest(DesktopCase):
                 wait_until(self.desktop.tray_icon, "the tray icon is there")
                 self.end_curtain()
                 self.desktop.end_programs()
+
+    def test_does_not_wait_for_a_session_bus_that_says_nothing(self):
+        path = self.scratch / "silent"
+        with socket.socket(socket.AF_UNIX) as listener:
+            listener.bind(str(path))
+            listener.listen()
+            self.expected_complaints = NO_BUS
+            self.assert_works(XTERM, DBUS_SESSION_BUS_ADDRESS=f"unix:path={path}")
+            wait_until(self.desktop.tray_icon, "the tray icon is there")
+            self.end_curtain()
 
     def test_leaves_a_damaged_settings_file_as_it_is(self):
         xterm = self.open_xterm()

@@ -2,6 +2,7 @@
 #include "platform/linux/windows/LinuxWorkspace.h"
 #include "tests/platform/AppsWorld.h"
 #include "tests/support/FakeWindowSystem.h"
+#include "tests/support/HandDrivenQueue.h"
 
 #include <gmock/gmock.h>
 
@@ -233,7 +234,9 @@ TEST_F(DesktopEntriesTest, AddressesThatAnEntryOpensAreKnownByTheirSchemes) {
 TEST_F(DesktopEntriesTest, AnAppForAnAddressIsOneThatShows) {
     TestSupport::FakeWindowSystem windows;
     LinuxPlatform::AppIdentity identity(entries, LinuxPlatform::ProcessTable(proc));
-    LinuxPlatform::LinuxWorkspace workspace(windows, identity, entries);
+    TestSupport::HandDrivenQueue queue;
+    LinuxPlatform::ScopedApps scopedApps(entries, queue, LinuxPlatform::ProcessTable(proc));
+    LinuxPlatform::LinuxWorkspace workspace(windows, identity, entries, scopedApps);
     EXPECT_EQ(workspace.urlForApplicationToOpen("https:"), std::nullopt);
 
     addProgram("browser");

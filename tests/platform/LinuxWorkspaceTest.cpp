@@ -4,6 +4,7 @@
 #include "platform/linux/windows/NoWindowSystem.h"
 #include "tests/support/FakeWindowSystem.h"
 #include "tests/support/HandDrivenQueue.h"
+#include "tests/support/WorkspaceContract.h"
 
 #include <gmock/gmock.h>
 
@@ -289,4 +290,36 @@ TEST_F(LinuxWorkspaceTest, HandleOutlivesTheWorkspace) {
     EXPECT_THAT(windows.hidden, IsEmpty());
 }
 
+/// Apps of one window each.
+struct LinuxAppsWorld {
+    FakeWindowSystem windows;
+    LinuxPlatform::DesktopEntries entries{{}};
+    LinuxPlatform::AppIdentity identity{entries, LinuxPlatform::ProcessTable("/nonexistent")};
+    TestSupport::HandDrivenQueue mainQueue;
+    LinuxPlatform::ScopedApps scopedApps{entries, mainQueue, LinuxPlatform::ProcessTable("/nonexistent")};
+    LinuxPlatform::LinuxWorkspace workspace{windows, identity, entries, scopedApps};
+    std::uint32_t lastProcess = 0;
+
+    void run(const std::string& bundleID) {
+        ++lastProcess;
+        windows.open(lastProcess, bundleID, lastProcess);
+    }
+    void quitAll() {
+        while (!windows.list.empty()) {
+            windows.close(windows.list.front().id);
+        }
+    }
+    void tell(WorkspaceNotification notification) {
+        windows.send(notification == WorkspaceNotification::didLaunchApplication ? WindowEvent::opened
+                                                                                 : WindowEvent::activated,
+                     windows.list.front().id);
+    }
+};
+
 } // namespace
+
+namespace TestSupport {
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Linux, WorkspaceContract, LinuxAppsWorld);
+
+} // namespace TestSupport

@@ -1,21 +1,26 @@
 // Ends by itself, with what it says, when it gets one of the signals that end a program.
 //
-// usage: SignalProgram main|threads|ended
+// usage: SignalProgram main|threads|ended|nohup|errno
 //
 // main: any thread may get the signal; threads: only other threads than the main one may; ended: the program
-// has stopped listening by the time it says that it is ready.
+// has stopped listening by the time it says that it is ready; nohup: it was started with SIGHUP ignored, and
+// says whether it is; errno: it gets
+// a signal while its writing would fail, and says whether its own error number survives.
 
 #include "platform/qt/TerminationSignals.h"
 
 #include <QCoreApplication>
 
 #include <array>
+#include <cerrno>
 #include <condition_variable>
 #include <csignal>
 #include <cstdio>
 #include <mutex>
 #include <string_view>
 #include <thread>
+
+#include <unistd.h>
 
 namespace {
 
@@ -30,6 +35,16 @@ void waitToStop(const std::stop_token& stop) {
     std::condition_variable_any().wait(lock, stop, [] { return false; });
 }
 
+bool isHangUpIgnored() {
+    struct sigaction action {};
+    return sigaction(SIGHUP, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+/// All but the standard ones, the one behind the signals among them.
+void closeDescriptors() {
+    close_range(3, ~0U, 0);
+}
+
 void blockSignalsInThisThread() {
     sigset_t all;
     sigfillset(&all);
@@ -40,6 +55,9 @@ void blockSignalsInThisThread() {
 
 int main(int argumentCount, char** arguments) {
     const std::string_view mode = argumentCount > 1 ? arguments[1] : "";
+    if (mode == "nohup") {
+        std::signal(SIGHUP, SIG_IGN);
+    }
     QCoreApplication application(argumentCount, arguments);
     const std::array<std::jthread, 3> threads{std::jthread(waitToStop), std::jthread(waitToStop),
                                               std::jthread(waitToStop)};
@@ -51,6 +69,17 @@ int main(int argumentCount, char** arguments) {
         blockSignalsInThisThread();
     } else if (mode == "ended") {
         subscription = {};
+    } else if (mode == "nohup") {
+        const bool isIgnored = isHangUpIgnored();
+        subscription = {};
+        say(isIgnored && isHangUpIgnored() ? "ignored" : "taken");
+        return 0;
+    } else if (mode == "errno") {
+        closeDescriptors();
+        errno = ENOTTY;
+        std::raise(SIGTERM);
+        say(errno == ENOTTY ? "kept" : "lost");
+        return 0;
     }
     QMetaObject::invokeMethod(
         &application, [] { say("ready"); }, Qt::QueuedConnection);

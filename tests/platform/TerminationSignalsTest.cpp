@@ -29,6 +29,12 @@ struct TerminationSignalsTest : testing::Test {
         ASSERT_TRUE(program.waitForReadyRead(deadline));
         ASSERT_EQ(program.readLine(), "ready\n");
     }
+    /// Lets the program say one thing and end.
+    QByteArray outcome(const QString& mode) {
+        program.start(QFileInfo(QStringLiteral("/proc/self/exe")).canonicalPath() + "/SignalProgram", {mode});
+        EXPECT_TRUE(program.waitForFinished(deadline));
+        return program.readAll();
+    }
     void send(int signal) const { ASSERT_EQ(kill(static_cast<pid_t>(program.processId()), signal), 0); }
     void finish() {
         const bool isFinished = program.waitForFinished(deadline);
@@ -71,6 +77,14 @@ TEST_F(TerminationSignalsTest, WithoutASubscriptionTheyEndTheProgramAtOnce) {
         EXPECT_EQ(program.exitCode(), signal);
         EXPECT_EQ(program.readAll(), "");
     }
+}
+
+TEST_F(TerminationSignalsTest, AHangUpThatWasIgnoredStaysIgnored) {
+    EXPECT_EQ(outcome(QStringLiteral("nohup")), "ignored\n");
+}
+
+TEST_F(TerminationSignalsTest, WhatIsInterruptedKeepsItsErrorNumber) {
+    EXPECT_EQ(outcome(QStringLiteral("errno")), "kept\n");
 }
 
 } // namespace

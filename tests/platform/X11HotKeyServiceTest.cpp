@@ -3,6 +3,8 @@
 #include "platform/qt/QtMainQueue.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/EventLoop.h"
+#include "tests/support/HotKeyServiceContract.h"
+#include "tests/support/RecordingLog.h"
 #include "tests/support/X11TestClient.h"
 
 #include <xcb/xtest.h>
@@ -16,6 +18,8 @@
 #include <utility>
 #include <vector>
 
+#include <sys/socket.h>
+
 namespace {
 
 using LinuxPlatform::X11Connection;
@@ -24,6 +28,7 @@ using Platform::HotKeyEvent;
 using Platform::HotKeyID;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::SizeIs;
 using TestSupport::ChildProcess;
 using TestSupport::spinUntil;
 using TestSupport::X11TestClient;
@@ -72,8 +77,9 @@ private:
 
 struct X11HotKeyServiceTest : testing::Test {
     QtPlatform::QtMainQueue mainQueue;
+    TestSupport::RecordingLog log;
     std::unique_ptr<X11Connection> connection = X11Connection::open();
-    std::optional<X11HotKeyService> service{std::in_place, *connection, mainQueue};
+    std::optional<X11HotKeyService> service{std::in_place, *connection, mainQueue, log};
     std::vector<std::pair<HotKeyEvent, std::uint32_t>> events;
     Platform::Subscription subscription = service->installEventHandler(
         [this](HotKeyEvent event, HotKeyID id) { events.emplace_back(event, id.id); });
@@ -168,7 +174,7 @@ TEST_F(X11HotKeyServiceTest, HeldKeyIsOnePressAndOneRelease) {
 TEST_F(X11HotKeyServiceTest, CombinationThatAnotherClientHoldsIsRefusedWhole) {
     const auto other = X11Connection::open();
     {
-        X11HotKeyService holder(*other, mainQueue);
+        X11HotKeyService holder(*other, mainQueue, log);
         ASSERT_EQ(holder.registerHotKey(toggle, {1, 1}), 0);
         EXPECT_EQ(service->registerHotKey(toggle, toggleID), Platform::hotKeyExists);
     }
@@ -209,7 +215,7 @@ TEST_F(X11HotKeyServiceTest, UnregisteredCombinationGoesBackToTheOthers) {
     settle();
     EXPECT_THAT(events, IsEmpty());
     const auto other = X11Connection::open();
-    X11HotKeyService next(*other, mainQueue);
+    X11HotKeyService next(*other, mainQueue, log);
     EXPECT_EQ(next.registerHotKey(toggle, toggleID), 0);
 }
 
@@ -244,7 +250,7 @@ TEST_F(X11HotKeyServiceTest, KeyThatIsHeldWhileItsCombinationIsUnregisteredSaysN
 
 TEST_F(X11HotKeyServiceTest, RefusedCombinationStaysRefused) {
     const auto other = X11Connection::open();
-    std::optional<X11HotKeyService> holder(std::in_place, *other, mainQueue);
+    std::optional<X11HotKeyService> holder(std::in_place, *other, mainQueue, log);
     ASSERT_EQ(holder->registerHotKey(toggle, {1, 1}), 0);
     ASSERT_EQ(service->registerHotKey(toggle, toggleID), Platform::hotKeyExists);
     holder.reset();
@@ -301,8 +307,10 @@ TEST_F(X11KeyboardChangeTest, ModifierMayMoveToAnotherBit) {
 TEST_F(X11KeyboardChangeTest, KeyboardWithoutTheModifierIsWaitedOut) {
     run({"xmodmap", "-e", "clear mod4"});
     expectSilence();
+    EXPECT_THAT(log.lines, ElementsAre(testing::HasSubstr("does not have the shortcut's keys")));
     run({"setxkbmap", "us"});
     expectWorks();
+    EXPECT_THAT(log.lines, SizeIs(2));
 }
 
 TEST_F(X11KeyboardChangeTest, KeyThatIsHeldWhileTheKeyboardChangesIsReleasedOnce) {
@@ -346,11 +354,24 @@ TEST_F(X11KeyboardChangeTest, CombinationThatAnotherProgramHasGetsAnotherTryWhen
     other.sync();
     moveSuperToAnotherModifier();
     expectSilence();
+    EXPECT_THAT(log.lines, ElementsAre(testing::HasSubstr("another program holds the shortcut")));
+    openFocused();
+    expectSilence();
+    EXPECT_THAT(log.lines, SizeIs(1)) << "said once";
     xcb_ungrab_key(other.get(), XCB_GRAB_ANY, other.root(), XCB_MOD_MASK_ANY);
     other.sync();
     expectSilence();
     openFocused();
     expectWorks();
+    EXPECT_THAT(log.lines, SizeIs(2));
+}
+
+TEST_F(X11HotKeyServiceTest, KeyboardOfWhichTheServerTellsNothingHasNoCombinations) {
+    const auto other = X11Connection::open();
+    ASSERT_EQ(shutdown(xcb_get_file_descriptor(other->get()), SHUT_RDWR), 0);
+    X11HotKeyService deaf(*other, mainQueue, log);
+    constexpr Platform::HotKeyCombination functionKey{96, 0};
+    EXPECT_EQ(deaf.registerHotKey(functionKey, toggleID), Platform::hotKeyInvalid);
 }
 
 TEST_F(X11HotKeyServiceTest, NothingIsCalledOnceTheServiceIsGone) {
@@ -363,4 +384,41 @@ TEST_F(X11HotKeyServiceTest, NothingIsCalledOnceTheServiceIsGone) {
     EXPECT_THAT(events, IsEmpty());
 }
 
+/// Combinations of Control and H or J.
+struct X11KeysWorld {
+    QtPlatform::QtMainQueue mainQueue;
+    TestSupport::RecordingLog log;
+    std::unique_ptr<X11Connection> connection = X11Connection::open();
+    X11HotKeyService service_{*connection, mainQueue, log};
+    Typist typist;
+
+    Platform::HotKeyService& service() { return service_; }
+
+    void type(const Platform::HotKeyCombination& combination) {
+        typist.press(controlKey);
+        typist.tap(combination.keyCode == toggle.keyCode ? hKey : jKey);
+        typist.release(controlKey);
+    }
+
+    /// Events come in order: once those of another combination are here, all earlier ones are.
+    void settle() {
+        constexpr HotKeyID markerID{1, 99};
+        bool isMarkerReleased = false;
+        const auto subscription = service_.installEventHandler([&](HotKeyEvent event, HotKeyID id) {
+            isMarkerReleased = isMarkerReleased || (id == markerID && event == HotKeyEvent::released);
+        });
+        EXPECT_EQ(service_.registerHotKey({40, 0}, markerID), 0);
+        constexpr xcb_keycode_t kKey = 45;
+        typist.tap(kKey);
+        EXPECT_TRUE(spinUntil([&] { return isMarkerReleased; }));
+        service_.unregisterHotKey(markerID);
+    }
+};
+
 } // namespace
+
+namespace TestSupport {
+
+INSTANTIATE_TYPED_TEST_SUITE_P(X11, HotKeyServiceContract, X11KeysWorld);
+
+} // namespace TestSupport

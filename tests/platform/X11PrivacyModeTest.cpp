@@ -28,13 +28,6 @@ using TestSupport::X11TestClient;
 struct X11PrivacyModeTest : PlatformTests::X11WindowFixture {
     PrivacyMode privacy{system, mainQueue};
 
-    /// New windows get the focus, late: a test that gives it to another window has to wait for that.
-    xcb_window_t openFocused(std::string_view instanceName, std::string_view className) {
-        const auto window = openListed(instanceName, className);
-        EXPECT_TRUE(spinUntil([&] { return client.activeWindow() == window; }));
-        return window;
-    }
-
     std::vector<std::uint32_t> stackingOrder() const {
         return client.numbers(client.root(), "_NET_CLIENT_LIST_STACKING");
     }

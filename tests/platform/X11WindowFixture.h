@@ -74,6 +74,13 @@ struct X11WindowFixture : testing::Test {
         return window;
     }
 
+    /// New windows get the focus, late: a test that gives it to another window has to wait for that.
+    xcb_window_t openFocused(std::string_view instanceName, std::string_view className) {
+        const auto window = openListed(instanceName, className);
+        EXPECT_TRUE(spinUntil([&] { return client.activeWindow() == window; }));
+        return window;
+    }
+
     void waitUntilListed(xcb_window_t window) {
         EXPECT_TRUE(spinUntil([&] { return find(window).has_value(); }));
     }

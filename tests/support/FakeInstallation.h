@@ -38,11 +38,15 @@ public:
 
     bool removeItem(const std::string& path) override {
         removedFiles.push_back(path);
-        return writtenFiles.erase(path) != 0;
+        writtenFiles.erase(path);
+        std::erase(folders_[std::filesystem::path(path).parent_path().string()], path);
+        return true;
     }
 
     bool write(const std::vector<std::byte>& contents, const std::string& path) override {
-        writtenFiles[path] = contents;
+        if (writtenFiles.insert_or_assign(path, contents).second) {
+            addFile(path);
+        }
         return true;
     }
 

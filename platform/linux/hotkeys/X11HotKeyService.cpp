@@ -12,9 +12,11 @@
 
 namespace LinuxPlatform {
 
-X11HotKeyService::X11HotKeyService(X11Connection& connection, Platform::MainQueue& mainQueue)
+X11HotKeyService::X11HotKeyService(X11Connection& connection, Platform::MainQueue& mainQueue,
+                                   Platform::Log& log)
     : connection_(connection),
       mainQueue_(mainQueue),
+      log_(log),
       keyboard_(connection) {
     detectAutoRepeat();
     watchActiveWindow();
@@ -39,7 +41,7 @@ Platform::HotKeyStatus X11HotKeyService::registerHotKey(const Platform::HotKeyCo
     if (!grab(*translated)) {
         return Platform::hotKeyExists;
     }
-    hotKeys_.push_back({id, combination, translated, std::nullopt});
+    hotKeys_.push_back({id, combination, translated, std::nullopt, false});
     return 0;
 }
 
@@ -147,6 +149,7 @@ void X11HotKeyService::keyboardChanged() {
         hotKey.grabbed.reset();
     }
     grabMissing();
+    reportMissing();
 }
 
 void X11HotKeyService::scheduleAnotherTry() {
@@ -166,6 +169,20 @@ void X11HotKeyService::grabMissing() {
         const auto wanted = hotKey.grabbed ? std::nullopt : keyboard_.translate(hotKey.combination);
         if (wanted && grab(*wanted)) {
             hotKey.grabbed = wanted;
+            if (std::exchange(hotKey.isReportedMissing, false)) {
+                log_.writeLine("Curtain: the shortcut works again");
+            }
+        }
+    }
+}
+
+void X11HotKeyService::reportMissing() {
+    for (auto& hotKey : hotKeys_) {
+        if (!hotKey.grabbed && !std::exchange(hotKey.isReportedMissing, true)) {
+            log_.writeLine(
+                keyboard_.translate(hotKey.combination)
+                    ? "Curtain: the keyboard has changed, and another program holds the shortcut now"
+                    : "Curtain: the keyboard has changed, and does not have the shortcut's keys now");
         }
     }
 }

@@ -2,6 +2,7 @@
 
 #include "platform/HotKeyService.h"
 #include "platform/Lifetime.h"
+#include "platform/Log.h"
 #include "platform/MainQueue.h"
 #include "platform/Subscribers.h"
 #include "platform/linux/hotkeys/X11Keyboard.h"
@@ -16,8 +17,9 @@ namespace LinuxPlatform {
 /// Hot keys as passive key grabs on the root window, whatever locks are on.
 class X11HotKeyService : public Platform::HotKeyService {
 public:
-    /// Both outlive this object.
-    X11HotKeyService(X11Connection& connection, Platform::MainQueue& mainQueue);
+    /// All outlive this object. `log` is told when a change of the keyboard costs a hot key, and when it is
+    /// back.
+    X11HotKeyService(X11Connection& connection, Platform::MainQueue& mainQueue, Platform::Log& log);
     ~X11HotKeyService() override;
 
     Platform::HotKeyStatus registerHotKey(const Platform::HotKeyCombination& combination,
@@ -34,6 +36,7 @@ private:
         std::optional<X11Keyboard::Combination> grabbed;
         /// The key that is down, be the combination another one meanwhile.
         std::optional<xcb_keycode_t> pressedKey;
+        bool isReportedMissing = false;
     };
 
     void detectAutoRepeat();
@@ -45,12 +48,14 @@ private:
     void keyboardChanged();
     void scheduleAnotherTry();
     void grabMissing();
+    void reportMissing();
     bool grab(const X11Keyboard::Combination& combination);
     void ungrab(const X11Keyboard::Combination& combination);
     void deliver(Platform::HotKeyEvent event, Platform::HotKeyID id);
 
     X11Connection& connection_;
     Platform::MainQueue& mainQueue_;
+    Platform::Log& log_;
     X11Keyboard keyboard_;
     std::uint8_t keyboardEvent_ = 0;
     xcb_atom_t activeWindowProperty_ = XCB_ATOM_NONE;

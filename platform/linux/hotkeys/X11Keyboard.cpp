@@ -41,6 +41,10 @@ X11Keyboard::X11Keyboard(X11Connection& connection) {
 
 std::optional<X11Keyboard::Combination>
 X11Keyboard::translate(const Platform::HotKeyCombination& combination) const {
+    if (lockCombinations_.empty()) {
+        // The server did not tell which modifiers there are.
+        return std::nullopt;
+    }
     const auto key = keyCodes_.find(KeyPositions::xkbName(combination.keyCode));
     if (key == keyCodes_.end()) {
         return std::nullopt;
