@@ -12,6 +12,7 @@
 #include "platform/linux/camera/LinuxCaptureServices.h"
 #include "platform/linux/camera/V4l2Cameras.h"
 #include "platform/linux/apps/ScopedApps.h"
+#include "platform/linux/camera/LinuxCaptureServices.h"
 #include "platform/linux/defaults/FileUserDefaults.h"
 #include "platform/linux/desktopicons/LinuxDesktopIcons.h"
 #include "platform/linux/folders/XdgUserFolders.h"

@@ -187,12 +187,12 @@ TEST_F(AppSourcesTest, ASnapIsKnownByItsMarks) {
 }
 
 TEST_F(AppSourcesTest, AnImageIsKnownByItsFileAndItsEntry) {
-    const std::vector<std::string> environment{"APPIMAGE=/home/u/Thing.AppImage", "APPDIR=/tmp/.mount_x"};
-    machine.add(1, {.executable = "/tmp/.mount_x/usr/bin/thing", .environment = environment});
-    machine.addFileSeenBy(1, "/tmp/.mount_x/org.example.Thing.desktop");
-    machine.addFileSeenBy(1, "/tmp/.mount_x/thing.png");
+    const std::vector<std::string> environment{"APPIMAGE=/home/u/Thing.AppImage", "APPDIR=/mnt/.mount_x"};
+    machine.add(1, {.executable = "/mnt/.mount_x/usr/bin/thing", .environment = environment});
+    machine.addFileSeenBy(1, "/mnt/.mount_x/org.example.Thing.desktop");
+    machine.addFileSeenBy(1, "/mnt/.mount_x/thing.png");
     machine.add(2, {.executable = "/usr/bin/xdg-open", .environment = environment});
-    machine.add(3, {.executable = "/tmp/.mount_xy/thing", .environment = environment});
+    machine.add(3, {.executable = "/mnt/.mount_xy/thing", .environment = environment});
     machine.add(4, {.executable = "/home/u/Thing.AppImage", .environment = environment});
     const AppImageRuntime images(processes);
     EXPECT_EQ(images.image(1), (AppImage{"/home/u/Thing.AppImage", "org.example.Thing"}));
@@ -330,9 +330,9 @@ TEST_F(ProcessIdentityTest, AChainOfScriptsThatNeverEndsIsLeft) {
 }
 
 TEST_F(ProcessIdentityTest, AnImageWithoutAnEntryIsCalledAsItCallsItself) {
-    machine.add(1, {.executable = "/tmp/.mount_x/thing",
-                    .environment = {"APPIMAGE=/home/u/Thing-1.2.AppImage", "APPDIR=/tmp/.mount_x"}});
-    machine.addFileSeenBy(1, "/tmp/.mount_x/org.example.Thing.desktop");
+    machine.add(1, {.executable = "/mnt/.mount_x/thing",
+                    .environment = {"APPIMAGE=/home/u/Thing-1.2.AppImage", "APPDIR=/mnt/.mount_x"}});
+    machine.addFileSeenBy(1, "/mnt/.mount_x/org.example.Thing.desktop");
     EXPECT_EQ(identify(1, "thing-window"), "org.example.Thing");
 }
 

@@ -136,7 +136,7 @@ ProcessSample snap(const char* name, const char* executable) {
 
 ProcessSample appImage(const char* file, const char* executable) {
     auto process = runs(executable);
-    process.environment = {std::string("APPIMAGE=") + file, "APPDIR=/tmp/.mount_a1b2c3"};
+    process.environment = {std::string("APPIMAGE=") + file, "APPDIR=/mnt/.mount_a1b2c3"};
     return process;
 }
 
@@ -247,9 +247,9 @@ const std::vector<Sample> samples{
     {"org.gnu.pan", "tk", "Tk", runs("/usr/bin/python3.11", {"python3", "/usr/share/pan/pan.py", "letter"})},
     {"org.keepassxc.KeePassXC", "keepassxc", "KeePassXC", runs("/usr/bin/keepassxc")},
     {"org.keepassxc.KeePassXC", "keepassxc", "KeePassXC",
-     appImage("/home/u/KeePassXC-2.7.6-x86_64.AppImage", "/tmp/.mount_a1b2c3/usr/bin/keepassxc")},
+     appImage("/home/u/KeePassXC-2.7.6-x86_64.AppImage", "/mnt/.mount_a1b2c3/usr/bin/keepassxc")},
     {"appimagekit_0f-Obsidian", "", "",
-     appImage("/home/u/Applications/Obsidian-1.4.16.AppImage", "/tmp/.mount_a1b2c3/obsidian")},
+     appImage("/home/u/Applications/Obsidian-1.4.16.AppImage", "/mnt/.mount_a1b2c3/obsidian")},
     {"emacs", "emacs", "Emacs", runs("/usr/bin/emacs-gtk")},
     {"gvim", "gvim", "Gvim", runs("/usr/bin/vim.gtk3", {"gvim"})},
     {"org.gnome.Evolution", "evolution", "Evolution", runs("/usr/bin/evolution")},
