@@ -1,7 +1,16 @@
+#include "Curtain/DesktopChecker.h"
 #include "Curtain/DesktopController.h"
+#include "Curtain/FixEverything.h"
+#include "Curtain/ReadinessCoordinator.h"
+#include "platform/linux/PosixFileManager.h"
+#include "platform/linux/ThreadWorkQueues.h"
 #include "platform/linux/desktopicons/DesktopProgram.h"
 #include "platform/linux/desktopicons/GSettingsKey.h"
 #include "platform/linux/desktopicons/LinuxDesktopIcons.h"
+#include "platform/linux/folders/XdgUserFolders.h"
+#include "platform/linux/windows/X11WindowSystem.h"
+#include "platform/qt/QtMainQueue.h"
+#include "tests/platform/PrivacyMode.h"
 
 #include "tests/support/ChildProcess.h"
 #include "tests/support/DesktopPicture.h"
@@ -14,7 +23,7 @@
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstdlib>
 #include <memory>
@@ -215,6 +224,70 @@ TEST_F(XfceTest, AFrozenSettingsServiceIsNotWaitedForAgainAndAgain) {
     setIconsHidden(true);
     EXPECT_TRUE(iconsHidden());
     setIconsHidden(false);
+}
+
+TEST_F(XfceTest, TheOneStepFixOfEverything) {
+    using CurtainCore::LocKey;
+    using CurtainCore::ReadinessIssue;
+    using CurtainCore::ReadinessStatus;
+    pictureWithIcons();
+    QtPlatform::QtMainQueue mainQueue;
+    LinuxPlatform::X11WindowSystem system(*connection, mainQueue);
+    PlatformTests::PrivacyMode privacy(system, mainQueue);
+    const TestSupport::TemporaryFolder settings;
+    LinuxPlatform::FileUserDefaults defaults(settings.path(), log);
+    CurtainCore::PreferencesStore store(defaults);
+    LinuxPlatform::PosixFileManager fileManager;
+    LinuxPlatform::XdgUserFolders folders;
+    LinuxPlatform::ThreadWorkQueues workQueues;
+    const Curtain::DesktopController desktop(*runner);
+    const Curtain::DesktopChecker checker(desktop, fileManager, folders, workQueues, mainQueue);
+    Curtain::ReadinessCoordinator coordinator(store, privacy.workspace, desktop, checker);
+    coordinator.isPrivacyModeActive = [&] { return privacy.engine.isActive(); };
+    auto preferences = store.load();
+    preferences.targetApps = {{"ant", "Ant"}, {"bee", "Bee"}};
+    store.save(preferences);
+    const auto state = [&] {
+        coordinator.refresh();
+        return coordinator.state();
+    };
+
+    client.open("ant", "Ant");
+    client.open("bee", "Bee");
+    const ReadinessIssue notifications(LocKey::notifications, ReadinessStatus::warning);
+    const CurtainCore::ReadinessState before{
+        .desktop = ReadinessStatus::warning,
+        .notifications = ReadinessStatus::warning,
+        .privateApps = ReadinessStatus::danger,
+        .desktopFileCount = 3,
+        .score = 80,
+        .risk = CurtainCore::RiskLevel::high,
+        .issues = {{LocKey::privateApps, ReadinessStatus::danger},
+                   {LocKey::desktop, ReadinessStatus::warning},
+                   notifications},
+        .privacyModeActive = false,
+        .desktopHidden = false,
+    };
+    EXPECT_TRUE(spinUntil([&] { return state() == before; }, patience));
+
+    EXPECT_TRUE(Curtain::FixEverything::run(privacy.engine, store, desktop));
+    const CurtainCore::ReadinessState after{
+        .desktop = ReadinessStatus::ok,
+        .notifications = ReadinessStatus::warning,
+        .privateApps = ReadinessStatus::ok,
+        .desktopFileCount = 3,
+        .score = 20,
+        .risk = CurtainCore::RiskLevel::low,
+        .issues = {notifications},
+        .privacyModeActive = true,
+        .desktopHidden = true,
+    };
+    EXPECT_TRUE(spinUntil([&] { return state() == after; }, patience));
+    EXPECT_TRUE(spinUntil([&] { return isBare(); }, patience));
+
+    privacy.engine.deactivate();
+    desktop.setIconsHidden(false);
+    EXPECT_TRUE(spinUntil([&] { return state() == before; }, patience));
 }
 
 struct GSettingsTest : IconProgramsTest {

@@ -1,0 +1,271 @@
+#include "platform/linux/desktopicons/DesktopIconsRunner.h"
+
+#include "Curtain/DesktopController.h"
+#include "platform/linux/PosixFileManager.h"
+#include "platform/linux/desktopicons/CajaDesktop.h"
+#include "platform/linux/desktopicons/EarlierValue.h"
+#include "platform/linux/desktopicons/PcmanfmDesktop.h"
+#include "tests/support/FakeProcessRunner.h"
+#include "tests/support/HandDrivenQueue.h"
+#include "tests/support/MemoryUserDefaults.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Invocation = TestSupport::FakeProcessRunner::Invocation;
+using LinuxPlatform::DesktopIcons;
+using LinuxPlatform::DesktopIconsRunner;
+using LinuxPlatform::DesktopScene;
+using LinuxPlatform::EarlierValue;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// A desktop in the state that the test puts it into; writes down what it is told.
+class FakeIconDesktop : public LinuxPlatform::IconDesktop {
+public:
+    explicit FakeIconDesktop(std::vector<std::string>& calls) : calls_(calls) {}
+
+    DesktopIcons state = DesktopIcons::absent;
+    DesktopIcons stateAfterShowing = DesktopIcons::shown;
+    bool canShow = true;
+
+    DesktopIcons icons(const DesktopScene&) override { return state; }
+    void hide(const DesktopScene&) override {
+        calls_.emplace_back("hide");
+        state = DesktopIcons::hidden;
+    }
+    bool show(const DesktopScene&) override {
+        calls_.emplace_back("show");
+        state = canShow ? stateAfterShowing : state;
+        return canShow;
+    }
+
+private:
+    std::vector<std::string>& calls_;
+};
+
+struct DesktopIconsRunnerTest : testing::Test {
+    TestSupport::FakeProcessRunner programs;
+    TestSupport::HandDrivenQueue clock;
+    std::vector<std::string> calls;
+    FakeIconDesktop* first = nullptr;
+    FakeIconDesktop* second = nullptr;
+    DesktopScene scene{std::set<std::string>{}, {}, true};
+    DesktopIconsRunner runner{programs, clock, makeDesktops(), [this] { return scene; }};
+
+    DesktopIconsRunner::Desktops makeDesktops() {
+        DesktopIconsRunner::Desktops desktops;
+        for (auto* place : {&first, &second}) {
+            auto desktop = std::make_unique<FakeIconDesktop>(calls);
+            *place = desktop.get();
+            desktops.push_back(std::move(desktop));
+        }
+        return desktops;
+    }
+
+    std::string read() {
+        return runner.run("/usr/bin/defaults", {"read", "com.apple.finder", "CreateDesktop"});
+    }
+    std::string readIn(DesktopIcons one, DesktopIcons other) {
+        first->state = one;
+        second->state = other;
+        return read();
+    }
+    void setIconsHidden(bool hidden) { Curtain::DesktopController(runner).setIconsHidden(hidden); }
+};
+
+TEST_F(DesktopIconsRunnerTest, IconsAreHiddenOnlyWhenEveryDesktopAtWorkHidesThem) {
+    EXPECT_EQ(readIn(DesktopIcons::shown, DesktopIcons::absent), "1\n");
+    EXPECT_EQ(readIn(DesktopIcons::hidden, DesktopIcons::absent), "0\n");
+    EXPECT_EQ(readIn(DesktopIcons::hidden, DesktopIcons::shown), "1\n");
+    EXPECT_EQ(readIn(DesktopIcons::hidden, DesktopIcons::unknown), "");
+    EXPECT_EQ(readIn(DesktopIcons::unknown, DesktopIcons::shown), "1\n");
+    EXPECT_EQ(readIn(DesktopIcons::unknown, DesktopIcons::absent), "");
+}
+
+TEST_F(DesktopIconsRunnerTest, WithoutADesktopItDependsOnWhatCanBeSeen) {
+    EXPECT_EQ(read(), "0\n");
+    scene.desktopWindows = {{"Pinboard", std::nullopt}};
+    EXPECT_EQ(read(), "");
+    scene.desktopWindows.clear();
+    scene.isEveryWindowKnown = false;
+    EXPECT_EQ(read(), "");
+}
+
+TEST_F(DesktopIconsRunnerTest, ABusThatDoesNotAnswerLeavesEverythingOpen) {
+    scene.busNames.reset();
+    EXPECT_EQ(readIn(DesktopIcons::hidden, DesktopIcons::absent), "");
+    first->state = DesktopIcons::shown;
+    setIconsHidden(true);
+    EXPECT_THAT(calls, IsEmpty());
+}
+
+TEST_F(DesktopIconsRunnerTest, WritesOnlyWhatIsNotSoAlready) {
+    first->state = DesktopIcons::hidden;
+    second->state = DesktopIcons::unknown;
+    setIconsHidden(true);
+    EXPECT_THAT(calls, IsEmpty());
+    second->state = DesktopIcons::shown;
+    setIconsHidden(true);
+    EXPECT_THAT(calls, ElementsAre("hide"));
+    setIconsHidden(false);
+    EXPECT_THAT(calls, ElementsAre("hide", "show", "show"));
+    setIconsHidden(false);
+    EXPECT_EQ(calls.size(), 3U);
+    EXPECT_THAT(programs.runs, IsEmpty());
+}
+
+TEST_F(DesktopIconsRunnerTest, ADesktopThatHasToStartFirstIsTakenAtItsWordForAWhile) {
+    first->state = DesktopIcons::hidden;
+    first->stateAfterShowing = DesktopIcons::absent;
+    setIconsHidden(false);
+    EXPECT_EQ(read(), "1\n");
+    clock.advance(4.9);
+    EXPECT_EQ(read(), "1\n");
+    clock.advance(0.2);
+    EXPECT_EQ(read(), "0\n");
+}
+
+TEST_F(DesktopIconsRunnerTest, ADesktopThatCannotShowIsNotTakenAtItsWord) {
+    first->state = DesktopIcons::hidden;
+    first->canShow = false;
+    setIconsHidden(false);
+    EXPECT_EQ(read(), "0\n");
+}
+
+TEST_F(DesktopIconsRunnerTest, TheDesktopsMayChangeBetweenTwoRuns) {
+    EXPECT_EQ(readIn(DesktopIcons::shown, DesktopIcons::absent), "1\n");
+    setIconsHidden(true);
+    EXPECT_EQ(readIn(DesktopIcons::absent, DesktopIcons::shown), "1\n");
+    setIconsHidden(true);
+    EXPECT_EQ(read(), "0\n");
+    EXPECT_THAT(calls, ElementsAre("hide", "hide"));
+}
+
+TEST_F(DesktopIconsRunnerTest, OtherProgramsAreStarted) {
+    runner.run("/usr/bin/defaults", {"read", "com.apple.dock"});
+    runner.run("/usr/bin/killall", {"Dock"});
+    runner.run("/bin/true", {});
+    EXPECT_THAT(programs.runs,
+                ElementsAre(Invocation{"/usr/bin/defaults", {"read", "com.apple.dock"}},
+                            Invocation{"/usr/bin/killall", {"Dock"}}, Invocation{"/bin/true", {}}));
+}
+
+TEST(EarlierValueTest, IsKeptForOthersAndKnowsItsSession) {
+    TestSupport::MemoryUserDefaults state;
+    EarlierValue value(state, "xfce");
+    EXPECT_FALSE(value.get());
+    EXPECT_FALSE(value.isOfThisSession());
+    value.keep("2");
+    EXPECT_EQ(EarlierValue(state, "xfce").get(), "2");
+    EXPECT_TRUE(EarlierValue(state, "xfce").isOfThisSession());
+    EXPECT_FALSE(EarlierValue(state, "caja").get());
+
+    state.values["xfce"] = "another boot 1 :0\n2";
+    EXPECT_EQ(value.get(), "2");
+    EXPECT_FALSE(value.isOfThisSession());
+    for (const auto* damaged : {"", "2", "\xff\n2"}) {
+        state.values["xfce"] = damaged;
+        EXPECT_FALSE(value.get()) << damaged;
+        EXPECT_FALSE(value.isOfThisSession()) << damaged;
+    }
+    value.forget();
+    EXPECT_THAT(state.values, IsEmpty());
+}
+
+TEST(DesktopProgramTest, FindsTheProfileInACommandLine) {
+    const TestSupport::TemporaryFolder root;
+    const auto profileIn = [&](const std::string& commandLine) {
+        TestSupport::writeFile(root.path() / "7" / "cmdline", commandLine);
+        return LinuxPlatform::profileArguments(7, root.path());
+    };
+    using std::string_literals::operator""s;
+    EXPECT_THAT(profileIn("pcmanfm\0--desktop\0--profile\0LXDE\0"s), ElementsAre("--profile=LXDE"));
+    EXPECT_THAT(profileIn("pcmanfm\0-p\0a b\0--desktop\0"s), ElementsAre("--profile=a b"));
+    EXPECT_THAT(profileIn("pcmanfm-qt\0--profile=lxqt\0"s), ElementsAre("--profile=lxqt"));
+    EXPECT_THAT(profileIn("pcmanfm\0--desktop\0"s), IsEmpty());
+    EXPECT_THAT(profileIn("pcmanfm\0--profile\0"s), IsEmpty());
+    EXPECT_THAT(profileIn(""), IsEmpty());
+    EXPECT_THAT(LinuxPlatform::profileArguments(8, root.path()), IsEmpty());
+}
+
+struct PcmanfmDesktopTest : testing::Test {
+    TestSupport::FakeProcessRunner programs;
+    TestSupport::MemoryUserDefaults state;
+    std::vector<std::vector<std::string>> started;
+    bool canStart = true;
+    LinuxPlatform::PcmanfmDesktop desktop{programs, EarlierValue(state, "pcmanfm"),
+                                          [this](const auto& command) {
+                                              started.push_back(command);
+                                              return canStart;
+                                          }};
+    DesktopScene withDesktop{std::set<std::string>{}, {{"Pcmanfm", std::nullopt}}, true};
+    DesktopScene without{std::set<std::string>{}, {}, true};
+};
+
+TEST_F(PcmanfmDesktopTest, OnlyADesktopOfThisSessionThatWasSwitchedOffIsHidden) {
+    EXPECT_EQ(desktop.icons(without), DesktopIcons::absent);
+    EXPECT_EQ(desktop.icons(withDesktop), DesktopIcons::shown);
+    desktop.hide(withDesktop);
+    EXPECT_THAT(programs.runs, ElementsAre(Invocation{"/usr/bin/pcmanfm", {"--desktop-off"}}));
+    EXPECT_EQ(desktop.icons(without), DesktopIcons::hidden);
+    // Somebody else switched it on again.
+    EXPECT_EQ(desktop.icons(withDesktop), DesktopIcons::shown);
+
+    state.values["pcmanfm"] = "another boot 1 :0\n--profile=LXDE";
+    EXPECT_EQ(desktop.icons(without), DesktopIcons::absent);
+}
+
+TEST_F(PcmanfmDesktopTest, WhatCannotBeStartedIsNotForgotten) {
+    EarlierValue(state, "pcmanfm").keep("--profile=LXDE");
+    canStart = false;
+    EXPECT_FALSE(desktop.show(without));
+    EXPECT_EQ(desktop.icons(without), DesktopIcons::hidden);
+    canStart = true;
+    EXPECT_TRUE(desktop.show(without));
+    EXPECT_THAT(started.back(), ElementsAre("pcmanfm", "--desktop", "--profile=LXDE"));
+    EXPECT_EQ(desktop.icons(without), DesktopIcons::absent);
+}
+
+struct PosixDesktopFolderTest : testing::Test {
+    TestSupport::TemporaryFolder folder;
+    LinuxPlatform::PosixFileManager files;
+};
+
+TEST_F(PosixDesktopFolderTest, AFolderThatCannotBeListedIsAbsent) {
+    EXPECT_FALSE(files.contentsOfDirectory((folder.path() / "missing").string()));
+    TestSupport::writeFile(folder.path() / "file", "");
+    EXPECT_FALSE(files.contentsOfDirectory((folder.path() / "file").string()));
+    std::filesystem::create_symlink(folder.path() / "loop", folder.path() / "loop");
+    EXPECT_FALSE(files.contentsOfDirectory((folder.path() / "loop").string()));
+    EXPECT_FALSE(files.contentsOfDirectory(""));
+}
+
+TEST_F(PosixDesktopFolderTest, EntriesAreNotFollowed) {
+    std::filesystem::create_symlink(folder.path() / "loop", folder.path() / "loop");
+    std::filesystem::create_symlink("/", folder.path() / "root");
+    std::filesystem::create_symlink("nowhere", folder.path() / "dangling");
+    EXPECT_EQ(files.contentsOfDirectory(folder.path().string()).value().size(), 3U);
+}
+
+TEST_F(PosixDesktopFolderTest, AHundredThousandEntries) {
+    const auto desktop = folder.path() / "Desktop";
+    std::filesystem::create_directory(desktop);
+    const auto original = desktop / "0";
+    TestSupport::writeFile(original, "");
+    // Links are made faster than files.
+    for (int number = 1; number < 100'000; ++number) {
+        std::filesystem::create_symlink("0", desktop / std::to_string(number));
+    }
+    EXPECT_EQ(files.contentsOfDirectory(desktop.string()).value().size(), 100'000U);
+}
+
+} // namespace

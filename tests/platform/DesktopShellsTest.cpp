@@ -1,0 +1,224 @@
+#include "platform/linux/desktopicons/DesktopBus.h"
+#include "platform/linux/desktopicons/GnomeDesktop.h"
+#include "platform/linux/desktopicons/PlasmaDesktop.h"
+
+#include "tests/support/ChildProcess.h"
+#include "tests/support/EventLoop.h"
+#include "tests/support/HandDrivenQueue.h"
+#include "tests/support/MemoryUserDefaults.h"
+
+#include <gmock/gmock.h>
+
+#include <chrono>
+#include <csignal>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+using LinuxPlatform::DesktopBus;
+using LinuxPlatform::DesktopIcons;
+using LinuxPlatform::DesktopScene;
+using testing::IsEmpty;
+using TestSupport::ChildProcess;
+using TestSupport::spinUntil;
+
+constexpr std::chrono::seconds patience{30};
+
+/// Shells that answer on the bus as the real ones do.
+struct DesktopShellsTest : testing::Test {
+    TestSupport::HandDrivenQueue clock;
+    TestSupport::MemoryUserDefaults state;
+    DesktopBus bus{QDBusConnection::sessionBus(), clock, std::chrono::milliseconds(500)};
+    LinuxPlatform::PlasmaDesktop plasma{bus, {state, "plasma"}};
+    LinuxPlatform::GnomeDesktop gnome{bus, {state, "gnome"}};
+    std::unique_ptr<ChildProcess> shell;
+    std::string shellName;
+
+    void start(const std::string& name, std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), DESKTOP_SHELL_PROGRAM);
+        shell = std::make_unique<ChildProcess>(arguments);
+        shellName = name;
+        EXPECT_TRUE(spinUntil([&] { return scene().hasName(shellName); }, patience));
+    }
+
+    ~DesktopShellsTest() override {
+        shell.reset();
+        EXPECT_TRUE(spinUntil([&] { return !bus.names().value().contains(shellName); }, patience));
+    }
+
+    DesktopScene scene() { return {bus.names(), {}, false}; }
+
+    QVariant ask(const QString& method, const QVariantList& arguments) {
+        const auto answer = DesktopBus(QDBusConnection::sessionBus(), clock, patience)
+                                .call(QString::fromStdString(shellName), QStringLiteral("/com/curtain/Test"),
+                                      QStringLiteral("com.curtain.Test"), method, arguments);
+        EXPECT_TRUE(LinuxPlatform::isReply(answer)) << answer.errorMessage().toStdString();
+        return answer.arguments().value(0);
+    }
+};
+
+struct PlasmaDesktopTest : DesktopShellsTest {
+    void startPlasma(const std::vector<std::string>& desktops) {
+        std::vector<std::string> arguments{"plasma"};
+        arguments.insert(arguments.end(), desktops.begin(), desktops.end());
+        start("org.kde.plasmashell", arguments);
+    }
+
+    void choose(int desktop, const char* key, const char* value) {
+        ask(QStringLiteral("choose"), {desktop, QString::fromLatin1(key), QString::fromLatin1(value)});
+    }
+
+    std::vector<std::string> filter(int desktop) {
+        std::vector<std::string> values;
+        for (const auto* key : {"filterMode", "filterPattern", "filterMimeTypes"}) {
+            values.push_back(
+                ask(QStringLiteral("seen"), {desktop, QString::fromLatin1(key)}).toString().toStdString());
+        }
+        return values;
+    }
+};
+
+using Filter = std::vector<std::string>;
+const Filter hidesAll{"2", "*", "all/all"};
+
+TEST_F(PlasmaDesktopTest, IsAbsentWithoutItsShell) {
+    EXPECT_EQ(plasma.icons(scene()), DesktopIcons::absent);
+}
+
+TEST_F(PlasmaDesktopTest, HidesEveryDesktopThatShowsAFolderAndGivesBackItsFilter) {
+    startPlasma({"1=org.kde.plasma.folder", "7=org.kde.desktopcontainment", "9=org.kde.plasma.folder"});
+    choose(9, "filterMode", "1");
+    choose(9, "filterPattern", "a \"quoted\" \\ name*");
+    choose(9, "filterMimeTypes", "text/plain,image/png");
+    const auto before = filter(9);
+    EXPECT_EQ(plasma.icons(scene()), DesktopIcons::shown);
+
+    plasma.hide(scene());
+    EXPECT_EQ(plasma.icons(scene()), DesktopIcons::hidden);
+    EXPECT_EQ(filter(1), hidesAll);
+    EXPECT_EQ(filter(9), hidesAll);
+    EXPECT_EQ(filter(7), (Filter{"", "", ""}));
+
+    EXPECT_TRUE(plasma.show(scene()));
+    EXPECT_EQ(plasma.icons(scene()), DesktopIcons::shown);
+    EXPECT_EQ(filter(9), before);
+    EXPECT_EQ(filter(1), (Filter{"0", "*", "all/all"}));
+    EXPECT_THAT(state.values, IsEmpty());
+}
+
+TEST_F(PlasmaDesktopTest, LeavesADesktopAloneThatTheUserHadHidden) {
+    startPlasma({"1=org.kde.plasma.folder", "2=org.kde.plasma.folder"});
+    choose(1, "filterMode", "2");
+    EXPECT_EQ(plasma.icons(scene()), DesktopIcons::shown);
+    plasma.hide(scene());
+    plasma.show(scene());
+    EXPECT_EQ(filter(1), (Filter{"2", "", ""}));
+    EXPECT_EQ(plasma.icons(scene()), DesktopIcons::shown);
+}
+
+TEST_F(PlasmaDesktopTest, WithoutAnEarlierFilterTheDefaultIsShown) {
+    startPlasma({"1=org.kde.plasma.folder"});
+    choose(1, "filterMode", "2");
+    EXPECT_EQ(plasma.icons(scene()), DesktopIcons::hidden);
+    EXPECT_TRUE(plasma.show(scene()));
+    EXPECT_EQ(filter(1), (Filter{"0", "*", "all/all"}));
+}
+
+TEST_F(PlasmaDesktopTest, ADamagedEarlierFilterIsNotRunAsAScript) {
+    startPlasma({"1=org.kde.plasma.folder"});
+    plasma.hide(scene());
+    for (const auto* damaged : {"[];print('x')", "[{\"id\":1}]", "{}", "", "[]"}) {
+        LinuxPlatform::EarlierValue(state, "plasma").keep(damaged);
+        EXPECT_TRUE(plasma.show(scene())) << damaged;
+        EXPECT_EQ(filter(1), (Filter{"0", "*", "all/all"})) << damaged;
+        plasma.hide(scene());
+    }
+}
+
+TEST_F(PlasmaDesktopTest, DesktopsWithoutAFolderShowNoIcons) {
+    startPlasma({"7=org.kde.desktopcontainment"});
+    EXPECT_EQ(plasma.icons(scene()), DesktopIcons::hidden);
+    EXPECT_FALSE(plasma.show(scene()));
+}
+
+TEST_F(PlasmaDesktopTest, AnAnswerThatMakesNoSenseIsNoAnswer) {
+    startPlasma({"1=org.kde.plasma.folder"});
+    for (const auto* answer :
+         {"ReferenceError: desktops is not defined", "{\"id\": 1}", "[1]", "null",
+          "[{\"id\":\"1\",\"filterMode\":\"2\",\"filterPattern\":\"*\",\"filterMimeTypes\":\"all/all\"}]"}) {
+        ask(QStringLiteral("answerWith"), {QString::fromLatin1(answer)});
+        EXPECT_EQ(plasma.icons(scene()), DesktopIcons::unknown) << answer;
+        plasma.hide(scene());
+        EXPECT_THAT(state.values, IsEmpty());
+    }
+    ask(QStringLiteral("answerWith"), {QString(8'000'000, QLatin1Char('x'))});
+    EXPECT_EQ(plasma.icons(scene()), DesktopIcons::unknown);
+}
+
+TEST_F(PlasmaDesktopTest, AFrozenShellIsLeftAloneForAWhile) {
+    startPlasma({"1=org.kde.plasma.folder"});
+    const auto now = scene();
+    ::kill(shell->id(), SIGSTOP);
+    const auto begin = std::chrono::steady_clock::now();
+    for (int round = 0; round < 100; ++round) {
+        EXPECT_EQ(plasma.icons(now), DesktopIcons::unknown);
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
+    ::kill(shell->id(), SIGCONT);
+    EXPECT_EQ(plasma.icons(now), DesktopIcons::unknown);
+    EXPECT_TRUE(spinUntil(
+        [&] {
+            clock.advance(11);
+            return plasma.icons(now) == DesktopIcons::shown;
+        },
+        patience));
+}
+
+struct GnomeDesktopTest : DesktopShellsTest {
+    void startGnome(const std::vector<std::string>& extensions) {
+        std::vector<std::string> arguments{"gnome"};
+        arguments.insert(arguments.end(), extensions.begin(), extensions.end());
+        start("org.gnome.Shell", arguments);
+    }
+
+    double stateOf(const char* extension) {
+        return ask(QStringLiteral("state"), {QString::fromLatin1(extension)}).toDouble();
+    }
+};
+
+TEST_F(GnomeDesktopTest, IsAbsentWithoutItsShell) {
+    EXPECT_EQ(gnome.icons(scene()), DesktopIcons::absent);
+}
+
+TEST_F(GnomeDesktopTest, DisablesTheExtensionsAtWorkAndEnablesOnlyThoseAgain) {
+    startGnome({"ding@rastersoft.com=1", "gtk4-ding@smedius.gitlab.com=2", "dock@example.com=1"});
+    EXPECT_EQ(gnome.icons(scene()), DesktopIcons::shown);
+    gnome.hide(scene());
+    EXPECT_EQ(gnome.icons(scene()), DesktopIcons::hidden);
+    EXPECT_EQ(stateOf("ding@rastersoft.com"), 2);
+    EXPECT_EQ(stateOf("dock@example.com"), 1);
+
+    EXPECT_TRUE(gnome.show(scene()));
+    EXPECT_EQ(gnome.icons(scene()), DesktopIcons::shown);
+    EXPECT_EQ(stateOf("ding@rastersoft.com"), 1);
+    EXPECT_EQ(stateOf("gtk4-ding@smedius.gitlab.com"), 2);
+    EXPECT_THAT(state.values, IsEmpty());
+}
+
+TEST_F(GnomeDesktopTest, WithoutAnExtensionAtWorkThereAreNoIconsAndNothingIsChanged) {
+    startGnome({"ding@rastersoft.com=3", "dock@example.com=1"});
+    EXPECT_EQ(gnome.icons(scene()), DesktopIcons::hidden);
+    EXPECT_FALSE(gnome.show(scene()));
+    EXPECT_EQ(stateOf("ding@rastersoft.com"), 3);
+}
+
+TEST_F(GnomeDesktopTest, AnExtensionThatIsGoneIsNotMissed) {
+    startGnome({"ding@rastersoft.com=2"});
+    LinuxPlatform::EarlierValue(state, "gnome").keep("desktop-icons@csoriano");
+    EXPECT_FALSE(gnome.show(scene()));
+    EXPECT_EQ(stateOf("ding@rastersoft.com"), 2);
+}
+
+} // namespace
