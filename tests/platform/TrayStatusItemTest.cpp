@@ -152,8 +152,26 @@ private:
     xcb_window_t panel_ = XCB_WINDOW_NONE;
 };
 
+/// Before anything else is made: a tray that ends gives its icons back to the desktop, where the window manager takes
+/// them in. The next connection gets the identifiers of the last one, so whatever the window manager still does with
+/// the old icon it would do to the new one.
+struct SettledWindowManager {
+    SettledWindowManager() {
+        X11TestClient client;
+        // Nor must the question be about a window that has the identifier of an icon.
+        for (int identifier = 0; identifier < 1000; ++identifier) {
+            xcb_generate_id(client.get());
+        }
+        const auto window = client.create("question", "Question");
+        // It answers one after the other.
+        client.ask(window, "_NET_REQUEST_FRAME_EXTENTS", {});
+        EXPECT_TRUE(spinUntil([&] { return !client.numbers(window, "_NET_FRAME_EXTENTS").empty(); }));
+    }
+};
+
 class TrayStatusItemTest : public testing::Test {
 protected:
+    SettledWindowManager windowManager_;
     std::unique_ptr<X11Connection> connection_ = X11Connection::open();
     TestSupport::HandDrivenQueue queue_;
     TestSupport::RecordingLog log_;
