@@ -14,6 +14,7 @@ import subprocess
 import sys
 import time
 import unittest
+from pathlib import Path
 
 from desktop_case import DesktopCase, chromium, wait_until
 from page_server import PageServer
@@ -171,7 +172,7 @@ class CaptureTest(ScreenWatchCase):
 
     @only_with_all
     def test_simplescreenrecorder(self):
-        recording = self.scratch / "recording.mkv"
+        recording, figures = self.scratch / "recording.mkv", self.scratch / "figures"
         settings = self.scratch / "ssr.conf"
         settings.write_text(f"""[input]
 audio_enabled=false
@@ -181,6 +182,7 @@ video_record_cursor=true
 [output]
 container=mkv
 file={recording}
+add_timestamp=false
 video_allow_frame_skipping=true
 video_codec=h264
 video_h264_crf=23
@@ -190,9 +192,13 @@ hotkey_enable=false
 [welcome]
 skip_page=true
 """)
-        program = self.start("simplescreenrecorder", f"--settingsfile={settings}", "--start-recording")
-        self.check_program("SimpleScreenRecorder", program,
-                           lambda: recording.exists() and recording.stat().st_size > 1000, signal.SIGKILL)
+        program = self.start("simplescreenrecorder", f"--settingsfile={settings}", f"--statsfile={figures}",
+                             "--start-recording")
+
+        def is_recording():
+            words = figures.read_text().split() if figures.exists() else []
+            return "fps_in" in words and float(words[words.index("fps_in") + 1]) > 1
+        self.check_program("SimpleScreenRecorder", program, is_recording, signal.SIGKILL)
 
     def share_in(self, name, browser, page):
         window = self.desktop.window_of(browser)
@@ -335,7 +341,7 @@ class InnocentTest(ScreenWatchCase):
                         "av://lavfi:testsrc=size=320x240:rate=25")
         port = 7900 + os.getpid() % 1000
         server = self.start("x11vnc", "-localhost", "-rfbport", str(port), "-nopw", "-forever", "-quiet")
-        wait_until(lambda: f":{port:04X}" in open("/proc/net/tcp", encoding="ascii").read(), "the server listens",
+        wait_until(lambda: f":{port:04X}" in Path("/proc/net/tcp").read_text(encoding="ascii"), "the server listens",
                    SECONDS_TO_START)
         self.add("x11vnc without a viewer", lambda: server.poll() is None)
         self.check()
