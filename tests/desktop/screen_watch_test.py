@@ -197,7 +197,7 @@ skip_page=true
 
         def is_recording():
             words = figures.read_text().split() if figures.exists() else []
-            return "fps_in" in words and float(words[words.index("fps_in") + 1]) > 1
+            return "frame_rate_in" in words and float(words[words.index("frame_rate_in") + 1]) > 1
         self.check_program("SimpleScreenRecorder", program, is_recording, signal.SIGKILL)
 
     def share_in(self, name, browser, page):
