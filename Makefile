@@ -56,7 +56,7 @@ bench:
 	@set -e; for program in $$(find $(BENCH)/bench/display -type f -executable | sort); do \
 		for session in x11-openbox x11-xfwm4; do \
 			echo "$$program ($$session)"; \
-			scripts/virtual-desktop --session $$session --tray none -- $$program; done; done
+			scripts/virtual-desktop --session $$session --tray none --media -- $$program; done; done
 	cmake --install $(BENCH) --prefix $(BENCH)/stage >/dev/null
 	scripts/virtual-desktop --tray xembed -- python3 -B bench/tray_benchmark.py $(BENCH)/stage/bin/curtain
 
