@@ -1,5 +1,7 @@
 #include "Curtain/AppChoiceModel.h"
 
+#include "Curtain/ViewText.h"
+
 #include <QUrl>
 
 #include <algorithm>
@@ -28,7 +30,7 @@ void AppChoiceModel::setEntries(std::vector<CatalogEntry> entries) {
     searchTexts_.clear();
     searchTexts_.reserve(entries_.size());
     for (const auto& entry : entries_) {
-        searchTexts_.emplace_back(QString::fromStdString(entry.name), lang_);
+        searchTexts_.emplace_back(shownName(entry.name, entry.bundleID), lang_);
     }
     shown_ = matching();
     endResetModel();
@@ -61,7 +63,7 @@ QVariant AppChoiceModel::data(const QModelIndex& index, int role) const {
     }
     switch (role) {
     case Role::name:
-        return QString::fromStdString(entry->name);
+        return shownName(entry->name, entry->bundleID);
     case Role::isSelected:
         return settings_.isSelected(*entry);
     case Role::icon: {
