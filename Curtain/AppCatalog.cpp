@@ -67,6 +67,14 @@ std::vector<CatalogEntry> AppCatalog::runningApps() const {
 }
 
 std::vector<CatalogEntry> AppCatalog::installedApps() const {
+    const auto generation = bundles_.generation();
+    if (!installed_ || installed_->generation != generation) {
+        installed_ = {generation, readInstalledApps()};
+    }
+    return installed_->entries;
+}
+
+std::vector<CatalogEntry> AppCatalog::readInstalledApps() const {
     std::vector<CatalogEntry> entries;
     for (const auto& folder : folders_.paths) {
         const auto contents = fileManager_.contentsOfDirectory(folder);

@@ -4,6 +4,7 @@
 #include "platform/FileManager.h"
 #include "platform/Workspace.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -20,7 +21,8 @@ struct CatalogEntry {
 };
 
 /// Lists the apps that can be chosen as private, each identifier once, sorted by name as people of the
-/// current locale expect, without regard to case. Asks the system afresh on every call.
+/// current locale expect, without regard to case. Running apps are asked for afresh on every call, installed
+/// ones kept until the system says that they have changed. Main thread only.
 class AppCatalog {
 public:
     /// The services outlive the catalog.
@@ -29,7 +31,8 @@ public:
 
     /// Those with an entry in the task list.
     std::vector<CatalogEntry> runningApps() const;
-    /// Those in the application folders, subfolders left out. Reads every app's bundle: not for start-up.
+    /// Those in the application folders, subfolders left out. The first call and the first one after a change
+    /// read every app's bundle: not for start-up.
     std::vector<CatalogEntry> installedApps() const;
     /// Absent when the system knows no app with this identifier.
     std::optional<Platform::Image> icon(const std::string& bundleID) const;
@@ -39,6 +42,14 @@ private:
     Platform::FileManager& fileManager_;
     Platform::Bundles& bundles_;
     Platform::ApplicationFolders folders_;
+    struct Installed {
+        std::uint64_t generation = 0;
+        std::vector<CatalogEntry> entries;
+    };
+
+    std::vector<CatalogEntry> readInstalledApps() const;
+
+    mutable std::optional<Installed> installed_;
 };
 
 } // namespace Curtain

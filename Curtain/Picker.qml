@@ -6,8 +6,27 @@ T.ComboBox {
     id: picker
 
     property string name
+    property real leastWidth: 150
+    /// How far it may grow with its choices.
+    property real mostWidth: leastWidth
 
-    implicitWidth: 150
+    readonly property real widestChoice: {
+        // Named for the binding's sake: the widths depend on them.
+        const all = [count, displayText, metrics.font.family];
+        let widest = 0;
+        for (let index = 0; all && mostWidth > leastWidth && index < count; ++index) {
+            widest = Math.max(widest, metrics.advanceWidth(textAt(index)));
+        }
+        return Math.ceil(widest);
+    }
+
+    FontMetrics {
+        id: metrics
+        font.family: Theme.fontFamily
+        font.pixelSize: Theme.body.size
+    }
+
+    implicitWidth: Math.min(mostWidth, Math.max(leastWidth, widestChoice + leftPadding + rightPadding + 4))
     implicitHeight: 30
     leftPadding: LayoutMirroring.enabled ? 30 : 10
     rightPadding: LayoutMirroring.enabled ? 10 : 30
@@ -79,7 +98,7 @@ T.ComboBox {
         y: picker.height + 4
         x: picker.mirrored ? 0 : picker.width - width
         width: Math.max(picker.width, Math.min(280, list.widest + 12))
-        implicitHeight: Math.min(contentItem.implicitHeight + 12, 280)
+        implicitHeight: Math.min(contentItem.implicitHeight + 12, 316)
         padding: 6
         margins: 8
 

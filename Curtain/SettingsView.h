@@ -1,7 +1,10 @@
 #pragma once
 
 #include "Curtain/AppCatalog.h"
+#include "Curtain/AppChoiceModel.h"
+#include "Curtain/CameraPreviewManager.h"
 #include "Curtain/SettingsModel.h"
+#include "Curtain/ShortcutField.h"
 #include "hotkeys/KeyboardShortcuts.h"
 #include "platform/CaptureServices.h"
 #include "platform/Keyboard.h"
@@ -9,12 +12,36 @@
 #include "platform/UrlOpener.h"
 
 #include <QObject>
+#include <QStringList>
+#include <QVariantMap>
+
+#include <string>
+#include <vector>
 
 namespace Curtain {
 
 /// The content of the settings window with its three tabs, for SettingsView.qml. Main thread only.
 class SettingsView : public QObject {
     Q_OBJECT
+    Q_PROPERTY(QString lang READ lang NOTIFY langChanged)
+    Q_PROPERTY(bool isRightToLeft READ isRightToLeft NOTIFY langChanged)
+    /// By the names of their keys.
+    Q_PROPERTY(QVariantMap texts READ texts NOTIFY langChanged)
+    /// What is switched on, by the names of the keys of the switches' labels.
+    Q_PROPERTY(QVariantMap switches READ switches NOTIFY prefsChanged)
+    Q_PROPERTY(QStringList languages READ languages NOTIFY langChanged)
+    Q_PROPERTY(int languageIndex READ languageIndex WRITE setLanguageIndex NOTIFY prefsChanged)
+    Q_PROPERTY(QStringList cameras READ cameras NOTIFY camerasChanged)
+    Q_PROPERTY(int cameraIndex READ cameraIndex WRITE setCameraIndex NOTIFY camerasChanged)
+    Q_PROPERTY(QStringList micTestModes READ micTestModes NOTIFY langChanged)
+    Q_PROPERTY(int micTestModeIndex READ micTestModeIndex WRITE setMicTestModeIndex NOTIFY prefsChanged)
+    Q_PROPERTY(
+        bool showingInstalled READ showingInstalled WRITE setShowingInstalled NOTIFY showingInstalledChanged)
+    Q_PROPERTY(QString query READ query WRITE setQuery NOTIFY queryChanged)
+    Q_PROPERTY(QAbstractListModel* apps READ apps CONSTANT)
+    Q_PROPERTY(Curtain::ShortcutField* shortcut READ shortcut CONSTANT)
+    /// Whether the button for the settings of notifications found none to open.
+    Q_PROPERTY(bool lacksFocusSettings READ lacksFocusSettings NOTIFY lacksFocusSettingsChanged)
 
 public:
     /// All of them outlive the view.
@@ -26,12 +53,62 @@ public:
         Platform::UrlOpener& urlOpener;
         Platform::Keyboard& keyboard;
         Platform::SystemShortcuts& systemShortcuts;
+        Platform::Locale& locale;
     };
 
     explicit SettingsView(const Services& services);
 
     /// To be called on every showing of the window.
     void willShow();
+
+    QString lang() const;
+    bool isRightToLeft() const;
+    QVariantMap texts() const;
+    QVariantMap switches() const;
+    QStringList languages() const;
+    int languageIndex() const;
+    void setLanguageIndex(int index);
+    QStringList cameras() const;
+    int cameraIndex() const;
+    void setCameraIndex(int index);
+    QStringList micTestModes() const;
+    int micTestModeIndex() const;
+    void setMicTestModeIndex(int index);
+    bool showingInstalled() const { return showingInstalled_; }
+    void setShowingInstalled(bool installed);
+    const QString& query() const { return apps_.query(); }
+    void setQuery(const QString& query);
+    QAbstractListModel* apps() { return &apps_; }
+    ShortcutField* shortcut() { return &shortcut_; }
+    bool lacksFocusSettings() const { return lacksFocusSettings_; }
+
+    Q_INVOKABLE void setSwitch(const QString& key, bool on);
+    Q_INVOKABLE void toggleApp(int row) { apps_.toggle(row); }
+    Q_INVOKABLE void openFocusSettings();
+    /// Takes over what has changed elsewhere, when the user returns to the window.
+    Q_INVOKABLE void refresh();
+
+Q_SIGNALS:
+    void langChanged();
+    void prefsChanged();
+    void camerasChanged();
+    void showingInstalledChanged();
+    void queryChanged();
+    void lacksFocusSettingsChanged();
+    /// The window is about to be shown anew: it remembers nothing of the last time.
+    void shownAnew();
+
+private:
+    void reloadEntries();
+    void modelChanged();
+
+    Services services_;
+    std::string lang_;
+    std::vector<CameraChoice> cameras_;
+    bool showingInstalled_ = false;
+    bool lacksFocusSettings_ = false;
+    AppChoiceModel apps_;
+    ShortcutField shortcut_;
 };
 
 } // namespace Curtain

@@ -11,7 +11,7 @@ Text {
     textFormat: Text.PlainText
     horizontalAlignment: Text.AlignLeft
     verticalAlignment: Text.AlignVCenter
-    font.family: Theme.fontFamily
+    font.family: Theme.familyFor(text)
     font.pixelSize: style.size
     font.weight: style.weight
     font.letterSpacing: style.tracking

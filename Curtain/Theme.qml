@@ -105,6 +105,10 @@ QtObject {
 
     // Type: size, line height, weight, tracking
     readonly property string fontFamily: Desktop.fontFamily
+    /// The family for words of any script: the preferred one has no Indic letters.
+    function familyFor(text: string): string {
+        return /[\u0900-\u0DFF]/.test(text) ? Qt.application.font.family : fontFamily;
+    }
     readonly property var score: ({ size: 30, line: 36, weight: Font.DemiBold, tracking: -0.6 })
     readonly property var scoreOf: ({ size: 15, line: 36, weight: Font.Medium, tracking: 0 })
     readonly property var display: ({ size: 22, line: 28, weight: Font.DemiBold, tracking: -0.2 })

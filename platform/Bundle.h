@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
@@ -21,6 +22,8 @@ public:
 
     /// Absent when there is no usable app at the path.
     virtual std::optional<Bundle> open(const std::string& path) = 0;
+    /// Another number whenever apps have come or gone or what `open` says may have changed.
+    virtual std::uint64_t generation() = 0;
 };
 
 /// Where installed apps are found on this system.

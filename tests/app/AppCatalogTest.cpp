@@ -14,6 +14,7 @@ namespace {
 using Curtain::CatalogEntry;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::SizeIs;
 using TestSupport::FakeInstallation;
 using TestSupport::FakeWorkspace;
 
@@ -141,6 +142,19 @@ TEST_F(AppCatalogTest, EntriesAreEqualAndHashedByBothFields) {
     const std::unordered_set<CatalogEntry> entries{{"a", "A"}, {"a", "A"}, {"a", "B"}, {"b", "A"}};
     EXPECT_EQ(entries.size(), 3U);
     EXPECT_EQ((CatalogEntry{"a", "A"}.id()), "a");
+}
+
+TEST_F(AppCatalogTest, InstalledAppsAreReadAgainOnlyAfterAChange) {
+    installation.install("/Applications/A.app", bundle("a", "A"));
+    EXPECT_THAT(catalog.installedApps(), SizeIs(1));
+    installation.isUnchanged = true;
+    EXPECT_THAT(catalog.installedApps(), SizeIs(1));
+    installation.listedFolders.clear();
+    installation.install("/Applications/B.app", bundle("b", "B"));
+    EXPECT_THAT(catalog.installedApps(), SizeIs(1));
+    EXPECT_THAT(installation.listedFolders, IsEmpty());
+    installation.isUnchanged = false;
+    EXPECT_THAT(catalog.installedApps(), SizeIs(2));
 }
 
 } // namespace

@@ -305,6 +305,40 @@ TEST_F(DesktopEntriesTest, ChangesOfAFolderAreNoticed) {
     EXPECT_THAT(entries.withProgram("own"), NotNull());
 }
 
+TEST_F(DesktopEntriesTest, AFileThatIsWrittenInPlaceIsNoticed) {
+    addProgram("app");
+    install(system / "app.desktop", "Name=Before\nExec=app\n");
+    install(system / "kde/app.desktop", "Name=Before too\nExec=app\n");
+    EXPECT_EQ(nameOf("app"), "Before");
+    const auto generation = bundles.generation();
+    TestSupport::writeFile(system / "app.desktop",
+                           "[Desktop Entry]\nType=Application\nName=After\nExec=app\n");
+    EXPECT_EQ(nameOf("app"), "After");
+    EXPECT_NE(bundles.generation(), generation);
+    TestSupport::writeFile(system / "kde/app.desktop",
+                           "[Desktop Entry]\nType=Application\nName=After too\nExec=app\n");
+    EXPECT_EQ(nameOf("kde-app"), "After too");
+}
+
+TEST_F(DesktopEntriesTest, OtherFilesChangeNothing) {
+    installPlain(system / "app.desktop");
+    entries.all();
+    const auto generation = bundles.generation();
+    TestSupport::writeFile(system / "mimeinfo.cache", "[MIME Cache]\n");
+    fs::remove(system / "mimeinfo.cache");
+    EXPECT_EQ(bundles.generation(), generation);
+}
+
+TEST_F(DesktopEntriesTest, AnEntryThatComesBackUnderAnotherPlaceIsReadThere) {
+    installPlain(system / "app.desktop");
+    EXPECT_THAT(ids(), ElementsAre("app"));
+    fs::create_directories(system / "sub");
+    fs::rename(system / "app.desktop", system / "sub/app.desktop");
+    EXPECT_THAT(ids(), ElementsAre("sub-app"));
+    fs::rename(system / "sub/app.desktop", system / "app.desktop");
+    EXPECT_THAT(ids(), ElementsAre("app"));
+}
+
 TEST_F(DesktopEntriesTest, WithoutAChangeNothingIsReadAgain) {
     installPlain(system / "kde/app.desktop");
     const auto first = entries.generation();

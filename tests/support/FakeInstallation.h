@@ -55,7 +55,13 @@ public:
         return found == bundles_.end() ? std::nullopt : std::optional(found->second);
     }
 
+    /// Whether it says that nothing has changed.
+    bool isUnchanged = false;
+
+    std::uint64_t generation() override { return isUnchanged ? generation_ : ++generation_; }
+
 private:
+    std::uint64_t generation_ = 0;
     std::map<std::string, std::vector<std::string>> folders_;
     std::map<std::string, Platform::Bundle> bundles_;
 };

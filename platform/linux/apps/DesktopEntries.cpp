@@ -12,6 +12,8 @@
 #include <set>
 #include <utility>
 
+#include <sys/stat.h>
+
 namespace LinuxPlatform {
 namespace {
 
@@ -161,7 +163,9 @@ std::string environment(const char* name, std::string otherwise) {
 
 } // namespace
 
-DesktopEntries::DesktopEntries(std::vector<fs::path> folders) : folders_(std::move(folders)) {}
+DesktopEntries::DesktopEntries(std::vector<fs::path> folders)
+    : folders_(std::move(folders)),
+      changes_(suffix) {}
 
 std::vector<fs::path> DesktopEntries::standardFolders() {
     const fs::path dataHome = g_get_user_data_dir();
@@ -224,8 +228,8 @@ const DesktopEntry* DesktopEntries::withProgram(std::string_view program) {
 }
 
 void DesktopEntries::readIfChanged() {
-    const bool isChanged =
-        generation_ == 0 || !std::ranges::equal(watchedFolders_, folderTimes_, {}, changeTime);
+    const bool isChanged = generation_ == 0 || changes_.take() ||
+                           !std::ranges::equal(unwatchedFolders_, folderTimes_, {}, changeTime);
     if (isChanged) {
         read();
     }
@@ -234,7 +238,7 @@ void DesktopEntries::readIfChanged() {
 void DesktopEntries::read() {
     ++generation_;
     entries_.clear();
-    watchedFolders_.clear();
+    unwatchedFolders_.clear();
     folderTimes_.clear();
     std::set<std::string> seen;
     // The folders that are being read, links resolved: one that comes again in itself is a loop.
@@ -246,14 +250,16 @@ void DesktopEntries::read() {
             return;
         }
         ancestors.push_back(resolved);
-        watchedFolders_.push_back(folder);
-        folderTimes_.push_back(changeTime(folder));
+        if (!changes_.add(folder)) {
+            unwatchedFolders_.push_back(folder);
+            folderTimes_.push_back(changeTime(folder));
+        }
         for (const auto& path : sortedContents(folder)) {
             const auto name = path.filename().string();
             if (name.ends_with(suffix)) {
                 auto id = prefix + name.substr(0, name.size() - suffix.size());
                 if (seen.insert(id).second) {
-                    if (auto entry = readEntry(path, std::move(id))) {
+                    if (auto entry = entryIn(path, id)) {
                         entries_.push_back(std::move(*entry));
                     }
                 }
@@ -266,7 +272,28 @@ void DesktopEntries::read() {
     for (const auto& folder : folders_) {
         readFolder(readFolder, folder, "");
     }
+    std::erase_if(files_, [this](const auto& file) { return file.second.generation != generation_; });
     buildIndexes();
+}
+
+std::optional<DesktopEntry> DesktopEntries::entryIn(const fs::path& path, const std::string& id) {
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0) {
+        return std::nullopt;
+    }
+    const decltype(ReadFile::stamp) stamp{
+        static_cast<std::int64_t>(status.st_dev),          static_cast<std::int64_t>(status.st_ino),
+        static_cast<std::int64_t>(status.st_size),         static_cast<std::int64_t>(status.st_mtim.tv_sec),
+        static_cast<std::int64_t>(status.st_mtim.tv_nsec), static_cast<std::int64_t>(status.st_ctim.tv_nsec)};
+    auto& file = files_[path.string()];
+    // Whether a file is an entry may depend on programs elsewhere, so those that are none are tried again.
+    const bool isKnown = file.entry && file.entry->id == id && file.stamp == stamp;
+    if (!isKnown) {
+        file.stamp = stamp;
+        file.entry = readEntry(path, id);
+    }
+    file.generation = generation_;
+    return file.entry;
 }
 
 void DesktopEntries::buildIndexes() {

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "platform/linux/apps/FolderChanges.h"
+
+#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <optional>
@@ -68,16 +71,28 @@ public:
 private:
     using Index = std::unordered_map<std::string, std::size_t>;
 
+    /// What a file said when it looked like this.
+    struct ReadFile {
+        std::array<std::int64_t, 6> stamp{};
+        std::optional<DesktopEntry> entry;
+        std::uint64_t generation = 0;
+    };
+
     void readIfChanged();
     void read();
+    std::optional<DesktopEntry> entryIn(const std::filesystem::path& path, const std::string& id);
     void buildIndexes();
     void indexPrograms();
     const DesktopEntry* find(const Index& index, std::string_view key);
 
     std::vector<std::filesystem::path> folders_;
-    std::vector<std::filesystem::path> watchedFolders_;
+    FolderChanges changes_;
+    /// Those that cannot be watched, for instance because they are not there yet.
+    std::vector<std::filesystem::path> unwatchedFolders_;
     std::vector<std::filesystem::file_time_type> folderTimes_;
     std::uint64_t generation_ = 0;
+    /// Of the last reading, so that a change costs no more than the files that have changed.
+    std::unordered_map<std::string, ReadFile> files_;
     std::vector<DesktopEntry> entries_;
     Index byId_;
     Index byLowerCaseId_;

@@ -13,6 +13,7 @@ public:
     explicit DesktopEntryBundles(DesktopEntries& entries);
 
     std::optional<Platform::Bundle> open(const std::string& path) override;
+    std::uint64_t generation() override { return entries_.generation(); }
 
 private:
     DesktopEntries& entries_;

@@ -1,0 +1,99 @@
+#include "Curtain/AppChoiceModel.h"
+
+#include "Curtain/ViewText.h"
+
+#include <QUrl>
+
+#include <algorithm>
+#include <numeric>
+#include <utility>
+
+namespace Curtain {
+
+AppChoiceModel::AppChoiceModel(SettingsModel& settings, const AppCatalog& catalog, std::string lang)
+    : settings_(settings),
+      catalog_(catalog),
+      lang_(std::move(lang)) {
+    connect(&settings, &SettingsModel::prefsChanged, this, [this] {
+        if (!shown_.empty()) {
+            Q_EMIT dataChanged(index(0), index(rowCount() - 1), {Role::isSelected});
+        }
+    });
+}
+
+void AppChoiceModel::setEntries(std::vector<CatalogEntry> entries) {
+    if (entries == entries_) {
+        return;
+    }
+    beginResetModel();
+    entries_ = std::move(entries);
+    searchTexts_.clear();
+    searchTexts_.reserve(entries_.size());
+    for (const auto& entry : entries_) {
+        searchTexts_.emplace_back(shownName(entry.name, entry.bundleID), lang_);
+    }
+    shown_ = matching();
+    endResetModel();
+}
+
+void AppChoiceModel::setQuery(const QString& query) {
+    query_ = query;
+    auto shown = matching();
+    if (shown != shown_) {
+        beginResetModel();
+        shown_ = std::move(shown);
+        endResetModel();
+    }
+}
+
+void AppChoiceModel::toggle(int row) {
+    if (const auto* const entry = entryAt(row)) {
+        settings_.toggle(*entry);
+    }
+}
+
+int AppChoiceModel::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : static_cast<int>(shown_.size());
+}
+
+QVariant AppChoiceModel::data(const QModelIndex& index, int role) const {
+    const auto* const entry = entryAt(index.row());
+    if (entry == nullptr) {
+        return {};
+    }
+    switch (role) {
+    case Role::name:
+        return shownName(entry->name, entry->bundleID);
+    case Role::isSelected:
+        return settings_.isSelected(*entry);
+    case Role::icon: {
+        const auto image = catalog_.icon(entry->bundleID);
+        return image && !image->source.empty()
+                   ? QStringLiteral("image://icon/") +
+                         QString::fromLatin1(QUrl::toPercentEncoding(QString::fromStdString(image->source)))
+                   : QString();
+    }
+    default:
+        return {};
+    }
+}
+
+QHash<int, QByteArray> AppChoiceModel::roleNames() const {
+    return {{Role::name, "name"}, {Role::isSelected, "isSelected"}, {Role::icon, "icon"}};
+}
+
+std::vector<std::size_t> AppChoiceModel::matching() const {
+    std::vector<std::size_t> rows(entries_.size());
+    std::iota(rows.begin(), rows.end(), std::size_t{0});
+    if (!query_.isEmpty()) {
+        const SearchText wanted(query_, lang_);
+        std::erase_if(rows, [&](std::size_t row) { return !searchTexts_[row].contains(wanted); });
+    }
+    return rows;
+}
+
+const CatalogEntry* AppChoiceModel::entryAt(int row) const {
+    return row >= 0 && row < rowCount() ? &entries_[shown_[static_cast<std::size_t>(row)]] : nullptr;
+}
+
+} // namespace Curtain

@@ -1,0 +1,83 @@
+import QtQuick
+
+/// The language, what happens on opening and at login, and the global shortcut.
+SettingsPage {
+    id: page
+
+    required property QtObject model
+
+    spacing: 12
+
+    Card {
+        width: parent.width
+        height: languageRow.height + 2
+
+        SettingsRow {
+            id: languageRow
+            x: 1
+            y: 1
+            width: parent.width - 2
+            isFirst: true
+            label: page.model.texts.language
+
+            Picker {
+                objectName: "language"
+                name: page.model.texts.language
+                model: page.model.languages
+                currentIndex: page.model.languageIndex
+                onActivated: index => {
+                    currentIndex = Qt.binding(() => page.model.languageIndex);
+                    page.model.languageIndex = index;
+                }
+            }
+        }
+    }
+    Card {
+        width: parent.width
+        height: switches.height + 2
+
+        Column {
+            id: switches
+            x: 1
+            y: 1
+            width: parent.width - 2
+
+            Repeater {
+                model: ["showScore", "runTestOnOpen", "launchAtLogin"]
+
+                SwitchRow {
+                    required property string modelData
+                    required property int index
+
+                    width: parent.width
+                    isFirst: index === 0
+                    label: page.model.texts[modelData]
+                    switchName: modelData
+                    isOn: page.model.switches[modelData]
+                    onFlipped: on => page.model.setSwitch(modelData, on)
+                }
+            }
+        }
+    }
+    Card {
+        width: parent.width
+        height: shortcutRow.height + 2
+
+        SettingsRow {
+            id: shortcutRow
+            x: 1
+            y: 1
+            width: parent.width - 2
+            isFirst: true
+            label: page.model.texts.globalShortcut
+
+            ShortcutRecorder {
+                objectName: "shortcut"
+                shortcut: page.model.shortcut
+                lang: page.model.lang
+                isMirrored: page.model.isRightToLeft
+                name: page.model.texts.globalShortcut
+            }
+        }
+    }
+}

@@ -1,0 +1,149 @@
+import QtQuick
+
+/// Whether sharing is detected, and which apps are private.
+SettingsPage {
+    id: page
+
+    required property QtObject model
+
+    readonly property real listTop: options.height + 10 + segments.height + 8 + search.height + 8
+
+    Card {
+        id: options
+        width: parent.width
+        height: captions.y + captions.height + 13
+
+        SwitchRow {
+            id: autoDetect
+            x: 1
+            y: 7
+            width: parent.width - 2
+            leastHeight: 36
+            isFirst: true
+            label: page.model.texts.autoDetect
+            switchName: "autoDetect"
+            isOn: page.model.switches.autoDetect
+            onFlipped: on => page.model.setSwitch("autoDetect", on)
+        }
+        Column {
+            id: captions
+            x: 1 + Theme.rowInset
+            y: autoDetect.y + autoDetect.height + 3
+            width: parent.width - 2 * x
+            spacing: 6
+
+            Item {
+                objectName: "restartCaption"
+                width: parent.width
+                height: restart.height
+                visible: page.model.switches.autoDetect
+
+                Symbol {
+                    anchors.left: parent.left
+                    y: 1
+                    name: "exclamationmark.triangle.fill"
+                    size: 14
+                    color: Theme.orange
+                }
+                StyledText {
+                    id: restart
+                    anchors.left: parent.left
+                    anchors.leftMargin: 21
+                    anchors.right: parent.right
+                    text: page.model.texts.autoDetectRestart
+                    style: Theme.small
+                    color: Theme.orangeText
+                    wrapMode: Text.Wrap
+                }
+            }
+            StyledText {
+                width: parent.width
+                text: page.model.texts.autoDetectNote
+                style: Theme.small
+                color: Theme.ink2
+                wrapMode: Text.Wrap
+            }
+        }
+    }
+    Item {
+        width: 1
+        height: 10
+    }
+    SegmentedControl {
+        id: segments
+        objectName: "source"
+        width: parent.width
+        name: page.model.texts.tabApps
+        model: [page.model.texts.running, page.model.texts.installed]
+        currentIndex: page.model.showingInstalled ? 1 : 0
+        onActivated: index => page.model.showingInstalled = index === 1
+    }
+    Item {
+        width: 1
+        height: 8
+    }
+    SearchField {
+        id: search
+        objectName: "search"
+        width: parent.width
+        placeholderText: page.model.texts.searchApps
+        clearName: page.model.texts.cancel
+        text: page.model.query
+        onTextChanged: page.model.query = text
+
+        Connections {
+            target: page.model
+            function onQueryChanged(): void {
+                if (search.text !== page.model.query) {
+                    search.text = page.model.query;
+                }
+            }
+        }
+        Keys.onDownPressed: {
+            if (list.count > 0) {
+                list.currentIndex = 0;
+                list.itemAtIndex(0).forceActiveFocus(Qt.TabFocusReason);
+            }
+        }
+    }
+    Item {
+        width: 1
+        height: 8
+    }
+    Card {
+        id: frame
+        objectName: "apps"
+        width: parent.width
+        height: Math.max(110, page.height - Theme.popoverSide - page.listTop)
+
+        ListView {
+            id: list
+            anchors.fill: parent
+            anchors.margins: 1
+            clip: true
+            model: page.model.apps
+            reuseItems: true
+            boundsBehavior: Flickable.StopAtBounds
+            Accessible.role: Accessible.List
+            Accessible.name: page.model.texts.privateApps
+            delegate: AppRow {
+                width: ListView.view.width
+                onFlipped: page.model.toggleApp(index)
+            }
+            ThinScrollBar {
+                id: bar
+                x: list.LayoutMirroring.enabled ? 0 : parent.width - width
+                y: 3
+                height: parent.height - 6
+                orientation: Qt.Vertical
+                size: list.visibleArea.heightRatio
+                position: list.visibleArea.yPosition
+                onPositionChanged: {
+                    if (pressed) {
+                        list.contentY = list.originY + position * list.contentHeight;
+                    }
+                }
+            }
+        }
+    }
+}

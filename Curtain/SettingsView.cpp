@@ -1,0 +1,220 @@
+#include "Curtain/SettingsView.h"
+
+#include "Curtain/HotkeyManager.h"
+#include "Curtain/NotificationChecker.h"
+#include "Curtain/PlatformWording.h"
+#include "core/Localizer.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace Curtain {
+namespace {
+
+using CurtainCore::AppLanguage;
+using CurtainCore::LocKey;
+using CurtainCore::MicrophoneTestMode;
+using CurtainCore::Preferences;
+
+constexpr std::array<std::pair<LocKey, bool Preferences::*>, 7> plainSwitches{{
+    {LocKey::showScore, &Preferences::showEmbarrassmentScore},
+    {LocKey::runTestOnOpen, &Preferences::runTestShareModeOnOpen},
+    {LocKey::autoDetect, &Preferences::autoDetectEnabled},
+    {LocKey::showCameraPreview, &Preferences::showCameraPreview},
+    {LocKey::showMicCheck, &Preferences::showMicrophoneCheck},
+    {LocKey::checkNotifications, &Preferences::checkNotifications},
+    {LocKey::notifHandled, &Preferences::notificationsMarkedHandled},
+}};
+
+/// Each language's own name, in the order of the enumeration, which begins with the system's.
+constexpr std::array<const char*, 8> nativeNames{"English", "Español",   "中文",     "हिन्दी",
+                                                 "العربية", "Português", "Français", "Русский"};
+
+constexpr std::array<std::pair<LocKey, MicrophoneTestMode>, 2> modes{{
+    {LocKey::micPlayback, MicrophoneTestMode::threeSecondPlayback},
+    {LocKey::micLiveMonitor, MicrophoneTestMode::liveMonitor},
+}};
+
+/// The combinations that close the window.
+const std::vector<KeyboardShortcuts::Shortcut>& windowShortcuts() {
+    static const std::vector<KeyboardShortcuts::Shortcut> all{
+        {KeyboardShortcuts::KeyCode::w, KeyboardShortcuts::CarbonModifier::control}};
+    return all;
+}
+
+QString toQString(std::string_view text) {
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+} // namespace
+
+SettingsView::SettingsView(const Services& services)
+    : services_(services),
+      lang_(services.model.lang()),
+      apps_(services.model, services.catalog, services.locale.preferredLanguageCode()),
+      shortcut_({services.shortcuts, services.keyboard, services.systemShortcuts},
+                HotkeyManager::togglePrivacy(services.shortcuts), windowShortcuts(),
+                [this] { return lang_; }) {
+    connect(&services_.model, &SettingsModel::prefsChanged, this, &SettingsView::modelChanged);
+    cameras_ = CameraPreviewManager::availableCameras(services_.capture);
+    reloadEntries();
+}
+
+void SettingsView::willShow() {
+    cameras_ = CameraPreviewManager::availableCameras(services_.capture);
+    Q_EMIT camerasChanged();
+    showingInstalled_ = false;
+    Q_EMIT showingInstalledChanged();
+    setQuery({});
+    lacksFocusSettings_ = false;
+    Q_EMIT lacksFocusSettingsChanged();
+    shortcut_.dismissAlert();
+    refresh();
+    Q_EMIT shownAnew();
+}
+
+QString SettingsView::lang() const {
+    return QString::fromStdString(lang_);
+}
+
+bool SettingsView::isRightToLeft() const {
+    return CurtainCore::Localizer::isRightToLeft(lang_);
+}
+
+QVariantMap SettingsView::texts() const {
+    QVariantMap texts;
+    for (const auto& [key, name] : CurtainCore::RawValues<LocKey>::cases) {
+        texts.insert(toQString(name), toQString(PlatformWording::string(key, lang_)));
+    }
+    for (const auto& [key, name] : CurtainCore::RawValues<PlatformKey>::cases) {
+        texts.insert(toQString(name), toQString(PlatformWording::string(key, lang_)));
+    }
+    return texts;
+}
+
+QVariantMap SettingsView::switches() const {
+    const auto& prefs = services_.model.prefs();
+    QVariantMap switches{{toQString(CurtainCore::rawValue(LocKey::launchAtLogin)), prefs.launchAtLogin}};
+    for (const auto& [key, field] : plainSwitches) {
+        switches.insert(toQString(CurtainCore::rawValue(key)), prefs.*field);
+    }
+    return switches;
+}
+
+void SettingsView::setSwitch(const QString& key, bool on) {
+    const auto wanted = CurtainCore::fromRawValue<LocKey>(key.toStdString());
+    if (wanted == LocKey::launchAtLogin) {
+        services_.model.setLaunchAtLogin(on);
+        return;
+    }
+    for (const auto& [candidate, field] : plainSwitches) {
+        if (candidate == wanted) {
+            services_.model.set(field, on);
+        }
+    }
+}
+
+QStringList SettingsView::languages() const {
+    QStringList names{toQString(PlatformWording::string(LocKey::systemOption, lang_))};
+    for (const auto* const name : nativeNames) {
+        names.push_back(QString::fromUtf8(name));
+    }
+    return names;
+}
+
+int SettingsView::languageIndex() const {
+    return static_cast<int>(services_.model.prefs().language);
+}
+
+void SettingsView::setLanguageIndex(int index) {
+    constexpr auto languages = CurtainCore::allCases<AppLanguage>();
+    if (index >= 0 && index < static_cast<int>(languages.size())) {
+        services_.model.set(&Preferences::language, languages.at(static_cast<std::size_t>(index)));
+    }
+}
+
+QStringList SettingsView::cameras() const {
+    QStringList names{toQString(PlatformWording::string(LocKey::defaultOption, lang_))};
+    for (const auto& camera : cameras_) {
+        names.push_back(QString::fromStdString(camera.name));
+    }
+    return names;
+}
+
+int SettingsView::cameraIndex() const {
+    const auto& selected = services_.model.prefs().selectedCameraID;
+    const auto found = selected ? std::ranges::find(cameras_, *selected, &CameraChoice::id) : cameras_.end();
+    // A camera that is not plugged in stays the user's choice; the default one serves for it meanwhile.
+    return found == cameras_.end() ? 0 : static_cast<int>(found - cameras_.begin()) + 1;
+}
+
+void SettingsView::setCameraIndex(int index) {
+    if (index == 0) {
+        services_.model.set(&Preferences::selectedCameraID, std::nullopt);
+    } else if (index > 0 && index <= static_cast<int>(cameras_.size())) {
+        services_.model.set(&Preferences::selectedCameraID, cameras_[static_cast<std::size_t>(index) - 1].id);
+    }
+}
+
+QStringList SettingsView::micTestModes() const {
+    QStringList names;
+    for (const auto& [key, mode] : modes) {
+        names.push_back(toQString(PlatformWording::string(key, lang_)));
+    }
+    return names;
+}
+
+int SettingsView::micTestModeIndex() const {
+    const auto mode = services_.model.prefs().microphoneTestMode;
+    return mode == MicrophoneTestMode::threeSecondPlayback ? 0 : 1;
+}
+
+void SettingsView::setMicTestModeIndex(int index) {
+    if (index >= 0 && index < static_cast<int>(modes.size())) {
+        services_.model.set(&Preferences::microphoneTestMode,
+                            modes.at(static_cast<std::size_t>(index)).second);
+    }
+}
+
+void SettingsView::setShowingInstalled(bool installed) {
+    if (installed != showingInstalled_) {
+        showingInstalled_ = installed;
+        reloadEntries();
+        Q_EMIT showingInstalledChanged();
+    }
+}
+
+void SettingsView::setQuery(const QString& query) {
+    if (query != apps_.query()) {
+        apps_.setQuery(query);
+        Q_EMIT queryChanged();
+    }
+}
+
+void SettingsView::openFocusSettings() {
+    lacksFocusSettings_ = !NotificationChecker::openFocusSettings(services_.urlOpener);
+    Q_EMIT lacksFocusSettingsChanged();
+}
+
+void SettingsView::refresh() {
+    services_.model.reload();
+    reloadEntries();
+    Q_EMIT shortcut_.changed();
+}
+
+void SettingsView::reloadEntries() {
+    apps_.setEntries(showingInstalled_ ? services_.catalog.installedApps() : services_.catalog.runningApps());
+}
+
+void SettingsView::modelChanged() {
+    if (auto lang = services_.model.lang(); lang != lang_) {
+        lang_ = std::move(lang);
+        Q_EMIT langChanged();
+        Q_EMIT camerasChanged();
+    }
+    Q_EMIT prefsChanged();
+    Q_EMIT camerasChanged();
+}
+
+} // namespace Curtain

@@ -1,0 +1,97 @@
+import QtQuick
+import QtQuick.Window
+
+/// The content of the settings window: three tabs.
+FocusScope {
+    id: view
+
+    required property QtObject model
+    property int currentTab: 0
+
+    implicitWidth: 440
+    implicitHeight: 430
+    focus: true
+    LayoutMirroring.enabled: model.isRightToLeft
+    LayoutMirroring.childrenInherit: true
+    Keys.onEscapePressed: Window.window.close()
+
+    Shortcut {
+        sequences: [StandardKey.Close]
+        onActivated: view.Window.window.close()
+    }
+    Shortcut {
+        sequences: ["Ctrl+Tab", "Ctrl+PgDown"]
+        onActivated: tabs.step(1)
+    }
+    Shortcut {
+        sequences: ["Ctrl+Shift+Tab", "Ctrl+PgUp"]
+        onActivated: tabs.step(-1)
+    }
+    Connections {
+        target: view.model
+        function onLangChanged(): void {
+            Desktop.language = view.model.lang;
+        }
+        function onShownAnew(): void {
+            view.currentTab = 0;
+            Desktop.language = view.model.lang;
+            view.forceActiveFocus();
+        }
+    }
+    Connections {
+        target: view.Window.window
+        function onActiveChanged(): void {
+            if (view.Window.active) {
+                view.model.refresh();
+            }
+        }
+    }
+
+    Rectangle {
+        anchors.fill: parent
+        color: Theme.window
+
+        TapHandler {
+            onTapped: view.forceActiveFocus()
+        }
+    }
+    SettingsTabs {
+        id: tabs
+        objectName: "tabs"
+        x: 16
+        y: 12
+        width: view.width - 32
+        model: [
+            { "text": view.model.texts.tabGeneral, "symbol": "gearshape", "name": "tabGeneral" },
+            { "text": view.model.texts.tabApps, "symbol": "eye.slash", "name": "tabApps" },
+            { "text": view.model.texts.tabPermissions, "symbol": "lock.shield", "name": "tabPermissions" }
+        ]
+        currentIndex: view.currentTab
+        onActivated: index => view.currentTab = index
+    }
+    // A tab is made when it is first looked at, so that the window comes up at once.
+    Repeater {
+        model: ["GeneralSettings.qml", "PrivacyAppsSettings.qml", "PermissionsSettings.qml"]
+
+        Loader {
+            required property string modelData
+            required property int index
+            property bool wasShown: false
+
+            x: 0
+            y: 60
+            width: view.width
+            height: view.height - y
+            visible: view.currentTab === index
+            onVisibleChanged: wasShown = wasShown || visible
+            Component.onCompleted: {
+                wasShown = visible;
+            }
+            onWasShownChanged: {
+                if (wasShown && source == "") {
+                    setSource(modelData, { "model": view.model });
+                }
+            }
+        }
+    }
+}

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "hotkeys/ShortcutRecorder.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QString>
+
+#include <functional>
+#include <optional>
+#include <string>
+
+class QWindow;
+
+namespace Curtain {
+
+/// A field of a window that records a shortcut while it has the focus, for ShortcutRecorder.qml. Main thread
+/// only.
+class ShortcutField : public QObject {
+    Q_OBJECT
+    /// The combination, empty for none.
+    Q_PROPERTY(QString combination READ combination NOTIFY changed)
+    Q_PROPERTY(bool isRecording READ isRecording NOTIFY changed)
+    Q_PROPERTY(bool hasAlert READ hasAlert NOTIFY alertChanged)
+    /// What the alert is about: the refused combination, the message and the explanation, which may be empty.
+    Q_PROPERTY(QString alertCombination READ alertCombination NOTIFY alertChanged)
+    Q_PROPERTY(QString alertMessage READ alertMessage NOTIFY alertChanged)
+    Q_PROPERTY(QString alertExplanation READ alertExplanation NOTIFY alertChanged)
+    Q_PROPERTY(bool canForceUse READ canForceUse NOTIFY alertChanged)
+
+public:
+    /// What the services refer to outlives the field. `lang` answers with the code of the texts' language.
+    ShortcutField(const KeyboardShortcuts::ShortcutRecorder::Services& services, KeyboardShortcuts::Name name,
+                  std::vector<KeyboardShortcuts::Shortcut> mainMenu, std::function<std::string()> lang);
+    ~ShortcutField() override;
+
+    QString combination() const;
+    bool isRecording() const { return recorder_.isRecording(); }
+    bool hasAlert() const { return alert_.has_value(); }
+    QString alertCombination() const;
+    QString alertMessage() const;
+    QString alertExplanation() const;
+    bool canForceUse() const { return alert_ && alert_->canForceUse; }
+
+    /// The field of this window got the focus. All keys go to it until the end, those that others have taken
+    /// included.
+    Q_INVOKABLE void begin(QObject* window);
+    Q_INVOKABLE void end();
+    Q_INVOKABLE void clear() { recorder_.clear(); }
+    Q_INVOKABLE void forceUse();
+    Q_INVOKABLE void dismissAlert();
+    /// A text by its key.
+    Q_INVOKABLE QString text(const QString& key, const QString& lang) const;
+
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+Q_SIGNALS:
+    void changed();
+    void alertChanged();
+
+private:
+    QString localized(std::string_view key) const;
+    void takeKeyboard(bool take);
+
+    Platform::Keyboard& keyboard_;
+    KeyboardShortcuts::ShortcutRecorder recorder_;
+    std::function<std::string()> lang_;
+    QPointer<QWindow> window_;
+    bool hasKeyboard_ = false;
+    std::optional<KeyboardShortcuts::ShortcutAlert> alert_;
+};
+
+} // namespace Curtain

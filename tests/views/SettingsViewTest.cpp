@@ -1,0 +1,514 @@
+#include "Curtain/SettingsView.h"
+
+#include "Curtain/HotkeyManager.h"
+#include "Curtain/PlatformWording.h"
+#include "core/Localizer.h"
+#include "tests/support/FakeCaptureServices.h"
+#include "tests/support/FakePlatform.h"
+#include "tests/support/FakeUrlOpener.h"
+#include "tests/views/ViewFixture.h"
+
+#include <QKeyEvent>
+
+#include <cmath>
+
+namespace TestSupport {
+namespace {
+
+using CurtainCore::AppLanguage;
+using CurtainCore::LocKey;
+using CurtainCore::MicrophoneTestMode;
+using CurtainCore::Preferences;
+using CurtainCore::TargetApp;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
+
+constexpr std::int64_t keyP = 35;
+constexpr quint32 scanCodeOfP = 33;
+
+QString toQString(std::string_view text) {
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+class SettingsViewTest : public ViewTest {
+protected:
+    SettingsViewTest() {
+        camera("front", "Front Camera");
+        camera("usb", "USB Camera");
+        for (const auto* const name :
+             {"Calendar", "Journal", "Mail", "Messages", "Music", "Password Safe", "Zoom"}) {
+            platform.workspace.run("org." + std::string(name)).name = name;
+        }
+        for (const auto* const name : {"Archive", "Café", "Straße", "Zoom"}) {
+            platform.fileManager.install("/apps/" + std::string(name) + ".app",
+                                         {std::string("id.") + name, {{"CFBundleName", name}}});
+            platform.bundles.install("/apps/" + std::string(name) + ".app",
+                                     {std::string("id.") + name, {{"CFBundleName", name}}});
+        }
+        platform.keyboard.keyCodes[scanCodeOfP] = keyP;
+        edit([](auto& prefs) { prefs.targetApps = {{"org.Mail", "Mail"}, {"org.Messages", "Messages"}}; });
+    }
+
+    void camera(const std::string& id, const std::string& name) { capture.cameras.push_back({id, name}); }
+
+    void edit(const std::function<void(Preferences&)>& change) {
+        auto prefs = store.load();
+        change(prefs);
+        store.save(prefs);
+    }
+
+    void speak(const std::string& language) {
+        edit([&](auto& prefs) { prefs.language = *CurtainCore::fromRawValue<AppLanguage>(language); });
+    }
+
+    ShownView show() {
+        model = std::make_unique<Curtain::SettingsModel>(store, platform.locale, platform.loginItem,
+                                                         platform.log);
+        content = std::make_shared<Curtain::SettingsView>(
+            Curtain::SettingsView::Services{*model, catalog, shortcuts, capture, urlOpener, platform.keyboard,
+                                            platform.systemShortcuts, platform.locale});
+        content->willShow();
+        return {{"qrc:/Curtain/SettingsView.qml", content}, QSize(440, 430)};
+    }
+
+    QString text(LocKey key) const { return toQString(Curtain::PlatformWording::string(key, model->lang())); }
+
+    std::optional<KeyboardShortcuts::Shortcut> shortcut() {
+        return shortcuts.getShortcut(Curtain::HotkeyManager::togglePrivacy(shortcuts));
+    }
+
+    /// Presses and lets go a key that has a place on the keyboard, as a real one does.
+    static void strike(ShownView& view, int key, quint32 scanCode, Qt::KeyboardModifiers modifiers) {
+        QKeyEvent press(QEvent::KeyPress, key, modifiers, scanCode, 0, 0);
+        QKeyEvent release(QEvent::KeyRelease, key, modifiers, scanCode, 0, 0);
+        QCoreApplication::sendEvent(&view.window(), &press);
+        QCoreApplication::sendEvent(&view.window(), &release);
+        view.settle();
+    }
+
+    FakePlatform platform;
+    FakeCaptureServices capture;
+    FakeUrlOpener urlOpener;
+    CurtainCore::PreferencesStore store{platform.userDefaults};
+    Curtain::AppCatalog catalog{
+        platform.workspace, platform.fileManager, platform.bundles, {{"/apps"}, "app"}};
+    KeyboardShortcuts::KeyboardShortcuts shortcuts{platform.userDefaults, platform.hotKeyService,
+                                                   platform.log};
+    std::unique_ptr<Curtain::SettingsModel> model;
+    std::shared_ptr<Curtain::SettingsView> content;
+};
+
+TEST_F(SettingsViewTest, FitsItsWordsInEveryLanguage) {
+    for (const auto& language : languages()) {
+        SCOPED_TRACE(language);
+        speak(language);
+        const bool isRightToLeft = CurtainCore::Localizer::isRightToLeft(language);
+        auto view = show();
+        EXPECT_THAT(view.problems(isRightToLeft), IsEmpty());
+        view.picture("settings-general-" + language);
+        view.click("tabApps");
+        EXPECT_THAT(view.problems(isRightToLeft), IsEmpty());
+        view.picture("settings-apps-" + language);
+        view.click("tabPermissions");
+        EXPECT_THAT(view.problems(isRightToLeft), IsEmpty());
+        view.picture("settings-permissions-" + language);
+    }
+}
+
+TEST_F(SettingsViewTest, StandsWhereItIsDrawn) {
+    auto view = show();
+    EXPECT_EQ(view.place("tabs"), QRectF(16, 12, 408, 36));
+    EXPECT_EQ(view.place("language"), QRectF(259, 68, 150, 30));
+    EXPECT_EQ(view.place("showScore"), QRectF(373, 131, 36, 20));
+    EXPECT_EQ(view.place("launchAtLogin"), QRectF(373, 219, 36, 20));
+    EXPECT_EQ(view.place("shortcut"), QRectF(239, 272, 170, 30));
+    view.click("tabApps");
+    EXPECT_EQ(view.place("autoDetect"), QRectF(373, 75, 36, 20));
+    EXPECT_EQ(view.place("source"), QRectF(16, 183, 408, 32));
+    EXPECT_EQ(view.place("search"), QRectF(16, 223, 408, 32));
+    EXPECT_EQ(view.place("apps"), QRectF(16, 263, 408, 151));
+    EXPECT_EQ(view.place("app Calendar").height(), 20);
+    EXPECT_EQ(view.place("app Journal").y() - view.place("app Calendar").y(), 36);
+    view.click("tabPermissions");
+    EXPECT_EQ(view.place("showCameraPreview"), QRectF(373, 93, 36, 20));
+    EXPECT_EQ(view.place("camera"), QRectF(229, 128, 180, 30));
+    EXPECT_EQ(view.place("openFocusSettings").height(), 28);
+}
+
+TEST_F(SettingsViewTest, IsMirroredInArabic) {
+    speak("ar");
+    auto view = show();
+    EXPECT_EQ(view.place("language"), QRectF(440 - 259 - 150, 68, 150, 30));
+    EXPECT_EQ(view.place("showScore"), QRectF(31, 131, 36, 20));
+    EXPECT_GT(view.place("tabGeneral").x(), view.place("tabPermissions").x());
+    view.click("tabApps");
+    EXPECT_EQ(view.place("autoDetect"), QRectF(31, 75, 36, 20));
+}
+
+TEST_F(SettingsViewTest, SwitchesAreSavedAtOnce) {
+    auto view = show();
+    view.click("showScore");
+    EXPECT_FALSE(store.load().showEmbarrassmentScore);
+    view.click("runTestOnOpen");
+    EXPECT_TRUE(store.load().runTestShareModeOnOpen);
+    view.click("launchAtLogin");
+    EXPECT_TRUE(store.load().launchAtLogin);
+    EXPECT_THAT(platform.loginItem.calls, ElementsAre("register"));
+    view.click("tabApps");
+    view.click("autoDetect");
+    EXPECT_FALSE(store.load().autoDetectEnabled);
+    view.click("tabPermissions");
+    view.click("showCameraPreview");
+    view.click("showMicCheck");
+    const auto prefs = store.load();
+    EXPECT_FALSE(prefs.showCameraPreview);
+    EXPECT_FALSE(prefs.showMicrophoneCheck);
+}
+
+TEST_F(SettingsViewTest, AClickOnTheWordsFlipsTheSwitchToo) {
+    auto view = show();
+    view.clickAt(view.placeOfText(text(LocKey::showScore)).center());
+    EXPECT_FALSE(store.load().showEmbarrassmentScore);
+    EXPECT_FALSE(view.find("showScore")->property("checked").toBool());
+}
+
+TEST_F(SettingsViewTest, ARefusedLoginItemLeavesTheSwitchOn) {
+    platform.loginItem.error = "read-only";
+    auto view = show();
+    view.click("launchAtLogin");
+    EXPECT_TRUE(view.find("launchAtLogin")->property("checked").toBool());
+    EXPECT_TRUE(store.load().launchAtLogin);
+    EXPECT_THAT(platform.log.lines, Contains("Curtain SMAppService: read-only"));
+}
+
+TEST_F(SettingsViewTest, AnotherLanguageChangesEveryTextAtOnce) {
+    auto view = show();
+    view.click("language");
+    for (const auto* const name :
+         {"System", "Español", "中文", "हिन्दी", "العربية", "Português", "Français", "Русский"}) {
+        EXPECT_THAT(view.texts(), Contains(QString::fromUtf8(name)));
+    }
+    view.picture("settings-languages");
+    view.clickAt(view.placeOfText(QStringLiteral("Français")).center());
+    EXPECT_EQ(store.load().language, AppLanguage::fr);
+    EXPECT_THAT(view.texts(), Contains(QStringLiteral("Autorisations")));
+    EXPECT_THAT(view.texts(), Not(Contains(QStringLiteral("Permissions"))));
+    EXPECT_THAT(view.texts(), Contains(QStringLiteral("Français")));
+}
+
+TEST_F(SettingsViewTest, TheRestartCaptionIsShownWhileDetectionIsOn) {
+    auto view = show();
+    view.click("tabApps");
+    const auto before = view.place("apps");
+    EXPECT_NE(view.find("restartCaption"), nullptr);
+    view.click("autoDetect");
+    EXPECT_EQ(view.find("restartCaption"), nullptr);
+    EXPECT_LT(view.place("apps").y(), before.y());
+    EXPECT_EQ(view.place("apps").bottom(), before.bottom());
+}
+
+TEST_F(SettingsViewTest, AppsAreAddedAndRemoved) {
+    auto view = show();
+    view.click("tabApps");
+    view.click("app Calendar");
+    EXPECT_THAT(store.load().targetApps,
+                ElementsAre(TargetApp{"org.Mail", "Mail"}, TargetApp{"org.Messages", "Messages"},
+                            TargetApp{"org.Calendar", "Calendar"}));
+    view.click("app Mail");
+    EXPECT_THAT(store.load().targetApps,
+                ElementsAre(TargetApp{"org.Messages", "Messages"}, TargetApp{"org.Calendar", "Calendar"}));
+    EXPECT_FALSE(view.find("app Mail")->property("checked").toBool());
+}
+
+TEST_F(SettingsViewTest, InstalledAndRunningAppsAreListedAfreshEachTime) {
+    auto view = show();
+    view.click("tabApps");
+    const auto area = view.place("source");
+    const auto choose = [&](bool installed) {
+        view.clickAt(QPointF(installed ? area.right() - 40 : area.left() + 40, area.center().y()));
+    };
+    EXPECT_EQ(view.find("app Archive"), nullptr);
+    choose(true);
+    EXPECT_NE(view.find("app Archive"), nullptr);
+    EXPECT_EQ(view.find("app Calendar"), nullptr);
+    platform.workspace.quitAll();
+    platform.workspace.run("org.Editor").name = "Editor";
+    choose(false);
+    EXPECT_NE(view.find("app Editor"), nullptr);
+    EXPECT_EQ(view.find("app Calendar"), nullptr);
+}
+
+TEST_F(SettingsViewTest, SearchingShowsWhatHoldsTheWords) {
+    auto view = show();
+    view.click("tabApps");
+    view.click("search");
+    view.type("zo");
+    EXPECT_NE(view.find("app Zoom"), nullptr);
+    EXPECT_EQ(content->apps()->rowCount(), 1);
+    EXPECT_THAT(view.problems(false), IsEmpty());
+    view.picture("settings-apps-search");
+    view.press(Qt::Key_Escape);
+    EXPECT_EQ(content->apps()->rowCount(), 7);
+    EXPECT_TRUE(view.window().isVisible()) << "Escape emptied the field and nothing else";
+    view.type("xyz");
+    EXPECT_EQ(content->apps()->rowCount(), 0);
+}
+
+TEST_F(SettingsViewTest, CamerasAreChosenByName) {
+    auto view = show();
+    view.click("tabPermissions");
+    view.click("camera");
+    view.clickAt(view.placeOfText(QStringLiteral("USB Camera")).center());
+    EXPECT_EQ(store.load().selectedCameraID, "usb");
+    view.click("camera");
+    view.clickAt(view.placeOfText(text(LocKey::defaultOption)).center());
+    EXPECT_EQ(store.load().selectedCameraID, std::nullopt);
+}
+
+TEST_F(SettingsViewTest, ACameraThatIsNotThereStaysChosen) {
+    edit([](auto& prefs) { prefs.selectedCameraID = "unplugged"; });
+    auto view = show();
+    view.click("tabPermissions");
+    EXPECT_THAT(view.texts(), Contains(text(LocKey::defaultOption)));
+    view.click("showMicCheck");
+    EXPECT_EQ(store.load().selectedCameraID, "unplugged");
+}
+
+TEST_F(SettingsViewTest, CamerasAreThoseOfTheShowing) {
+    auto view = show();
+    camera("late", "Late Camera");
+    view.click("tabPermissions");
+    view.click("camera");
+    EXPECT_THAT(view.texts(), Not(Contains(QStringLiteral("Late Camera"))));
+    view.press(Qt::Key_Escape);
+    content->willShow();
+    view.click("tabPermissions");
+    view.click("camera");
+    EXPECT_THAT(view.texts(), Contains(QStringLiteral("Late Camera")));
+}
+
+TEST_F(SettingsViewTest, TheWayOfTheMicrophoneTestIsChosen) {
+    auto view = show();
+    view.click("tabPermissions");
+    view.click("micTestMode");
+    view.clickAt(view.placeOfText(text(LocKey::micLiveMonitor)).center());
+    EXPECT_EQ(store.load().microphoneTestMode, MicrophoneTestMode::liveMonitor);
+}
+
+TEST_F(SettingsViewTest, OpensTheSettingsOfNotificationsOrSaysThatThereAreNone) {
+    auto view = show();
+    view.click("tabPermissions");
+    view.find("openFocusSettings")->forceActiveFocus(Qt::TabFocusReason);
+    view.press(Qt::Key_Space);
+    EXPECT_THAT(urlOpener.opened,
+                ElementsAre("x-apple.systempreferences:com.apple.Focus-Settings.extension"));
+    EXPECT_EQ(view.find("lacksFocusSettings"), nullptr);
+    urlOpener.canOpen = false;
+    view.press(Qt::Key_Space);
+    EXPECT_TRUE(QRectF(0, 0, 440, 430).contains(view.place("lacksFocusSettings"))) << "scrolled to";
+    EXPECT_THAT(view.problems(false), IsEmpty());
+    view.picture("settings-no-page");
+}
+
+TEST_F(SettingsViewTest, TheKeyboardReachesEveryControlAndWhatItReachesIsShown) {
+    auto view = show();
+    const auto reached = [&](int tab) {
+        std::vector<std::string> names;
+        for (int step = 0; step < tab; ++step) {
+            view.press(Qt::Key_Tab);
+            auto* const item = view.window().activeFocusItem();
+            names.push_back(item->objectName().toStdString());
+            const auto place = item->mapRectToScene(QRectF(0, 0, item->width(), item->height()));
+            EXPECT_TRUE(QRectF(0, 0, 440, 430).contains(place)) << names.back();
+        }
+        return names;
+    };
+    EXPECT_THAT(reached(7), ElementsAre("tabGeneral", "tabApps", "tabPermissions", "language", "showScore",
+                                        "runTestOnOpen", "launchAtLogin"));
+    view.picture("settings-focus");
+    view.click("tabPermissions");
+    EXPECT_THAT(reached(7), ElementsAre("showCameraPreview", "camera", "showMicCheck", "micTestMode",
+                                        "openFocusSettings", "checkNotifications", "notifHandled"));
+    view.picture("settings-permissions-scrolled");
+    view.press(Qt::Key_Space);
+    EXPECT_TRUE(store.load().notificationsMarkedHandled);
+}
+
+TEST_F(SettingsViewTest, TabsAreChangedWithKeys) {
+    auto view = show();
+    view.press(Qt::Key_Tab);
+    view.press(Qt::Key_Right);
+    EXPECT_NE(view.find("search"), nullptr);
+    view.press(Qt::Key_Left);
+    view.press(Qt::Key_Left);
+    EXPECT_NE(view.find("openFocusSettings"), nullptr);
+    view.press(Qt::Key_PageDown, Qt::ControlModifier);
+    EXPECT_NE(view.find("shortcut"), nullptr);
+}
+
+TEST_F(SettingsViewTest, EscapeAndTheCloseKeyCloseTheWindow) {
+    for (const auto& [key, modifiers] :
+         {std::pair(Qt::Key_Escape, Qt::NoModifier), {Qt::Key_W, Qt::ControlModifier}}) {
+        auto view = show();
+        view.press(key, modifiers);
+        EXPECT_FALSE(view.window().isVisible());
+    }
+}
+
+TEST_F(SettingsViewTest, EveryShowingBeginsAnew) {
+    auto view = show();
+    view.click("tabApps");
+    view.click("search");
+    view.type("zo");
+    content->willShow();
+    view.settle();
+    EXPECT_NE(view.find("shortcut"), nullptr);
+    EXPECT_FALSE(content->shortcut()->isRecording());
+    view.click("tabApps");
+    EXPECT_EQ(content->apps()->rowCount(), 7);
+    EXPECT_EQ(view.find("search")->property("text").toString(), "");
+}
+
+TEST_F(SettingsViewTest, AFileChangedByHandIsTakenOver) {
+    auto view = show();
+    edit([](auto& prefs) { prefs.showEmbarrassmentScore = false; });
+    content->refresh();
+    view.settle();
+    EXPECT_FALSE(view.find("showScore")->property("checked").toBool());
+    platform.userDefaults.values["curtain.preferences.v1"] = "{ broken";
+    content->refresh();
+    view.settle();
+    EXPECT_TRUE(view.find("showScore")->property("checked").toBool());
+    view.click("runTestOnOpen");
+    EXPECT_TRUE(store.load().runTestShareModeOnOpen);
+    EXPECT_THAT(platform.userDefaults.copies, ElementsAre("{ broken"));
+}
+
+TEST_F(SettingsViewTest, RecordsACombination) {
+    auto view = show();
+    view.click("shortcut");
+    EXPECT_THAT(view.texts(), Contains(QStringLiteral("Press keys…")));
+    view.picture("settings-recording");
+    strike(view, Qt::Key_P, scanCodeOfP, Qt::ControlModifier | Qt::ShiftModifier);
+    platform.systemShortcuts.answer(false);
+    view.settle();
+    EXPECT_EQ(shortcut(), (KeyboardShortcuts::Shortcut{keyP, 4096 + 512}));
+    EXPECT_THAT(view.texts(), Contains(QStringLiteral("Ctrl+Shift+P")));
+    EXPECT_FALSE(content->shortcut()->isRecording());
+    strike(view, Qt::Key_P, scanCodeOfP, Qt::ControlModifier);
+    EXPECT_THAT(platform.systemShortcuts.questions, testing::SizeIs(1)) << "nothing is recorded any more";
+}
+
+TEST_F(SettingsViewTest, AModifierAloneIsOnTheWayToACombination) {
+    auto view = show();
+    view.click("shortcut");
+    strike(view, Qt::Key_Control, 37, Qt::ControlModifier);
+    strike(view, Qt::Key_Super_L, 133, Qt::MetaModifier);
+    EXPECT_EQ(platform.keyboard.beeps, 0);
+    strike(view, Qt::Key_P, scanCodeOfP, Qt::NoModifier);
+    EXPECT_EQ(platform.keyboard.beeps, 1);
+    EXPECT_TRUE(content->shortcut()->isRecording());
+}
+
+TEST_F(SettingsViewTest, EscapeEndsTheRecordingAndNotTheWindow) {
+    platform.keyboard.keyCodes[9] = 53;
+    auto view = show();
+    view.click("shortcut");
+    strike(view, Qt::Key_Escape, 9, Qt::NoModifier);
+    EXPECT_FALSE(content->shortcut()->isRecording());
+    EXPECT_TRUE(view.window().isVisible());
+    strike(view, Qt::Key_Escape, 9, Qt::NoModifier);
+    EXPECT_FALSE(view.window().isVisible());
+}
+
+TEST_F(SettingsViewTest, TabLeavesTheFieldWithoutAChange) {
+    platform.keyboard.keyCodes[23] = 48;
+    auto view = show();
+    view.click("shortcut");
+    strike(view, Qt::Key_Tab, 23, Qt::NoModifier);
+    EXPECT_FALSE(content->shortcut()->isRecording());
+    EXPECT_EQ(shortcut(), (KeyboardShortcuts::Shortcut{4, 6400}));
+    EXPECT_EQ(platform.keyboard.beeps, 0);
+}
+
+TEST_F(SettingsViewTest, TheShortcutIsClearedWithTheButton) {
+    auto view = show();
+    view.click("clearShortcut");
+    EXPECT_EQ(shortcut(), std::nullopt);
+    EXPECT_EQ(platform.userDefaults.values.at("KeyboardShortcuts_togglePrivacy"), "false");
+    EXPECT_THAT(view.texts(), Contains(QStringLiteral("Record shortcut")));
+    EXPECT_EQ(view.find("clearShortcut"), nullptr);
+    EXPECT_FALSE(content->shortcut()->isRecording());
+}
+
+TEST_F(SettingsViewTest, ATakenCombinationIsRefusedOrForced) {
+    for (const auto& language : languages()) {
+        SCOPED_TRACE(language);
+        speak(language);
+        shortcuts.setShortcut(KeyboardShortcuts::Shortcut{4, 6400},
+                              Curtain::HotkeyManager::togglePrivacy(shortcuts));
+        auto view = show();
+        view.click("shortcut");
+        strike(view, Qt::Key_P, scanCodeOfP, Qt::ControlModifier);
+        platform.systemShortcuts.answer(true);
+        view.settle();
+        const auto alert = view.place("shortcutAlert");
+        EXPECT_EQ(alert.width(), 300);
+        EXPECT_NEAR(alert.center().x(), 220, 1);
+        EXPECT_NEAR(alert.center().y(), 215, 1);
+        EXPECT_TRUE(alert.contains(view.place("alertOk")));
+        EXPECT_THAT(view.problems(language == "ar"), IsEmpty());
+        view.picture("settings-shortcut-taken-" + language);
+        view.click("alertOk");
+        EXPECT_EQ(shortcut(), (KeyboardShortcuts::Shortcut{4, 6400}));
+        EXPECT_TRUE(content->shortcut()->isRecording()) << "another one can be tried at once";
+        strike(view, Qt::Key_P, scanCodeOfP, Qt::ControlModifier);
+        platform.systemShortcuts.answer(true);
+        view.settle();
+        view.click("forceUse");
+        EXPECT_EQ(shortcut(), (KeyboardShortcuts::Shortcut{keyP, 4096}));
+        EXPECT_EQ(view.find("shortcutAlert"), nullptr);
+    }
+}
+
+TEST_F(SettingsViewTest, ACombinationOfTheWindowIsRefused) {
+    platform.keyboard.keyCodes[25] = 13;
+    auto view = show();
+    view.click("shortcut");
+    strike(view, Qt::Key_W, 25, Qt::ControlModifier);
+    EXPECT_TRUE(view.window().isVisible());
+    EXPECT_NE(view.find("shortcutAlert"), nullptr);
+    EXPECT_EQ(view.find("forceUse"), nullptr);
+    view.press(Qt::Key_Escape);
+    EXPECT_EQ(view.find("shortcutAlert"), nullptr);
+    EXPECT_TRUE(view.window().isVisible());
+    EXPECT_EQ(shortcut(), (KeyboardShortcuts::Shortcut{4, 6400}));
+}
+
+TEST_F(SettingsViewTest, TheLongestCombinationAndLongNamesHaveRoom) {
+    shortcuts.setShortcut(KeyboardShortcuts::Shortcut{121, 6400 + 512},
+                          Curtain::HotkeyManager::togglePrivacy(shortcuts));
+    platform.workspace.quitAll();
+    platform.workspace.run("org.long").name = std::string(300, 'W');
+    platform.workspace.run("org.hindi").name = "हिन्दी कैलेंडर";
+    camera("long", std::string(200, 'M'));
+    for (const auto& language : {"en", "ru", "ar"}) {
+        SCOPED_TRACE(language);
+        speak(language);
+        edit([](auto& prefs) { prefs.selectedCameraID = "long"; });
+        auto view = show();
+        const bool isRightToLeft = std::string(language) == "ar";
+        EXPECT_THAT(view.problems(isRightToLeft), IsEmpty());
+        view.picture(std::string("settings-long-shortcut-") + language);
+        view.click("tabApps");
+        EXPECT_THAT(view.problems(isRightToLeft), IsEmpty());
+        view.click("tabPermissions");
+        EXPECT_THAT(view.problems(isRightToLeft), IsEmpty());
+        view.picture(std::string("settings-long-camera-") + language);
+    }
+}
+
+} // namespace
+} // namespace TestSupport
