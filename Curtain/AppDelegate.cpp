@@ -1,77 +1,472 @@
 #include "Curtain/AppDelegate.h"
 
+#include "Curtain/FixEverything.h"
+#include "Curtain/MeetingReadinessView.h"
 #include "Curtain/PlatformWording.h"
 #include "core/Localizer.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <set>
 #include <utility>
 
 namespace Curtain {
 namespace {
 
+using Platform::MainQueue;
+namespace EventType = Platform::EventType;
+
 /// An app that returns is given this long to finish coming to the front before it is hidden again.
-constexpr Platform::MainQueue::Seconds rehideDelay{0.2};
+constexpr MainQueue::Seconds rehideDelay{0.2};
+/// Apps that are hiding and a desktop that changes have settled by then.
+constexpr MainQueue::Seconds secondRefreshDelay{0.4};
+/// What a click opens is open by then.
+constexpr MainQueue::Seconds outsideClickDelay{0.12};
+/// The wizard's window has closed by then.
+constexpr MainQueue::Seconds wizardReleaseDelay{0.2};
+constexpr MainQueue::Seconds rehideNoticeInterval{4.0};
+
 constexpr double statusImageSize = 18;
-constexpr std::uint64_t statusItemEvents =
-    1U << Platform::EventType::leftMouseUp | 1U << Platform::EventType::rightMouseUp;
+constexpr std::uint64_t statusItemEvents = 1U << EventType::leftMouseUp | 1U << EventType::rightMouseUp;
+constexpr std::uint64_t outsideClickEvents = 1U << EventType::leftMouseDown | 1U << EventType::rightMouseDown;
+constexpr std::uint64_t keyEvents = 1U << EventType::keyDown;
+
+constexpr double popoverWidth = 700;
+constexpr double popoverMaximumHeight = 618;
+constexpr double popoverScreenMargin = 8;
+constexpr Platform::Size settingsSize{440, 430};
 
 } // namespace
 
 AppDelegate::AppDelegate(Platform::Platform& platform)
     : platform_(platform),
+      desktopController_(*platform.processRunner),
+      desktopChecker_(desktopController_, *platform.fileManager, *platform.userFolders, *platform.workQueues,
+                      *platform.mainQueue),
+      catalog_(*platform.workspace, *platform.fileManager, *platform.bundles, platform.applicationFolders),
+      cameraServices_{*platform.captureServices, *platform.mediaAuthorization, *platform.mainQueue,
+                      *platform.workQueues},
       hiding_(*platform.workspace),
-      engine_(hiding_),
       workspaceObserver_(*platform.workspace),
       store_(*platform.userDefaults),
       shortcuts_(*platform.userDefaults, *platform.hotKeyService, *platform.log),
-      hotkeys_(shortcuts_) {}
+      hotkeys_(shortcuts_),
+      notifier_(*platform.userNotificationCenter, *platform.application, *platform.uuids,
+                *platform.mainQueue),
+      shareMonitor_(*platform.screenWatcherProbe, *platform.workspace, *platform.mainQueue),
+      cameraManager_(cameraServices_),
+      micMonitor_({*platform.audioServices, *platform.mediaAuthorization, *platform.fileManager,
+                   *platform.userFolders, *platform.mainQueue, *platform.workQueues, *platform.log}),
+      screenWatcher_(*platform.screenWatcherProbe) {}
+
+AppDelegate::~AppDelegate() {
+    platform_.popover->setOnDidClose(nullptr);
+}
+
+CurtainCore::HideEngine& AppDelegate::engine() {
+    if (!engine_) {
+        engine_.emplace(hiding_);
+    }
+    return *engine_;
+}
+
+SettingsModel& AppDelegate::settingsModel() {
+    if (!settingsModel_) {
+        settingsModel_ =
+            std::make_unique<SettingsModel>(store_, *platform_.locale, *platform_.loginItem, *platform_.log);
+    }
+    return *settingsModel_;
+}
+
+ReadinessCoordinator& AppDelegate::coordinator() {
+    if (!coordinator_) {
+        coordinator_ = std::make_unique<ReadinessCoordinator>(store_, *platform_.workspace,
+                                                              desktopController_, desktopChecker_);
+    }
+    return *coordinator_;
+}
 
 void AppDelegate::applicationDidFinishLaunching() {
     platform_.application->setActivationPolicy(Platform::ActivationPolicy::accessory);
+    installReadinessProviders();
+    platform_.popover->setOnDidClose(lifetime_.weak([this] { popoverDidClose(); }));
     statusItem_ = platform_.statusBar->makeStatusItem();
     statusItem_->setAction(statusItemEvents, [this](const auto& event) { statusItemClicked(event); });
     updateIcon();
+    setupPopoverAutoClose();
     workspaceObserver_.onAppAppeared = [this](const std::string& bundleID) { appAppeared(bundleID); };
     workspaceObserver_.start();
     hotkeys_.onToggle = [this] { toggleModeFromHotkey(); };
     hotkeys_.start();
+    notifier_.languageProvider = [this] { return currentLang(); };
+    setupAutoDetection();
+}
+
+void AppDelegate::menuOpen() {
+    togglePopover();
+}
+
+void AppDelegate::open() {
+    if (platform_.popover->isShown()) {
+        platform_.popover->show(*statusItem_);
+    } else {
+        togglePopover();
+    }
+}
+
+void AppDelegate::menuQuit() {
+    platform_.application->terminate();
+}
+
+void AppDelegate::openSettings() {
+    if (platform_.popover->isShown()) {
+        platform_.popover->close();
+    }
+    const bool isFirst = settingsWindow_ == nullptr;
+    if (isFirst) {
+        settingsView_ = std::make_shared<SettingsView>(SettingsView::Services{
+            settingsModel(), catalog_, shortcuts_, *platform_.captureServices, *platform_.urlOpener,
+            *platform_.keyboard, *platform_.systemShortcuts, *platform_.locale});
+    }
+    settingsView_->willShow();
+    if (isFirst) {
+        settingsWindow_ =
+            platform_.windows->makeWindow({"qrc:/Curtain/SettingsView.qml", settingsView_}, settingsSize, {});
+        settingsWindow_->center();
+    }
+    const auto title = PlatformWording::string(CurtainCore::LocKey::settings, currentLang());
+    settingsWindow_->setTitle("Curtain — " + std::string(title));
+    settingsWindow_->makeKeyAndOrderFront();
+    platform_.application->activate(true);
+}
+
+void AppDelegate::toggleModeFromHotkey() {
+    if (engine().isActive()) {
+        engine().deactivate();
+    } else {
+        engine().activate(targetBundleIDs());
+    }
+    autoActivated_ = false;
+    updateIcon();
+    refreshReadiness();
+}
+
+void AppDelegate::installReadinessProviders() {
+    coordinator().isPrivacyModeActive = [this] { return engine().isActive(); };
+    coordinator().cameraReadinessProvider = [this]() -> ProviderReadiness {
+        if (!store_.load().showCameraPreview) {
+            return {};
+        }
+        const auto status = cameraManager_.status();
+        return {status != CameraStatus::unavailable, status == CameraStatus::available};
+    };
+    coordinator().micReadinessProvider = [this]() -> ProviderReadiness {
+        if (!store_.load().showMicrophoneCheck) {
+            return {};
+        }
+        const auto status = platform_.mediaAuthorization->status(Platform::MediaType::audio);
+        return {true, status == Platform::AuthorizationStatus::authorized};
+    };
+}
+
+void AppDelegate::setupPopoverAutoClose() {
+    clickMonitor_ = platform_.eventMonitors->addGlobalMonitor(
+        outsideClickEvents,
+        lifetime_.weak([this](const Platform::Event& /*event*/) { handleOutsideClick(); }));
+    escMonitor_ = platform_.eventMonitors->addLocalMonitor(keyEvents, [this](const Platform::Event& event) {
+        const bool isForPopover = event.keyCode == Platform::KeyCode::escape && platform_.popover->isShown();
+        if (isForPopover) {
+            platform_.popover->close();
+        }
+        return isForPopover;
+    });
+}
+
+void AppDelegate::setupAutoDetection() {
+    if (notifier_.enabled()) {
+        notifier_.becomeDelegate();
+    } else {
+        platform_.log->writeLine("Curtain: notificaciones desactivadas (sin bundle)");
+    }
+    notifier_.onUndo = [this] {
+        if (engine().isActive()) {
+            engine().deactivate();
+            autoActivated_ = false;
+            updateIcon();
+            refreshReadiness();
+        }
+    };
+    notifier_.onReveal = [this](const std::string& bundleID) {
+        engine().reveal(bundleID);
+        updateIcon();
+        refreshReadiness();
+    };
+    const auto preferences = store_.load();
+    if (preferences.autoDetectEnabled) {
+        shareMonitor_.triggerBundleIDs = {preferences.triggerBundleIDs.begin(),
+                                          preferences.triggerBundleIDs.end()};
+        shareMonitor_.onConfidenceChanged = [this](auto confidence) { handleDetection(confidence); };
+        shareMonitor_.start();
+    }
 }
 
 void AppDelegate::statusItemClicked(const std::optional<Platform::Event>& event) {
-    const bool isForMenu = event && (event->type == Platform::EventType::rightMouseUp ||
+    const bool isForMenu = event && (event->type == EventType::rightMouseUp ||
                                      (event->modifierFlags & Platform::EventModifier::control) != 0);
     if (isForMenu) {
         showStatusMenu();
+    } else {
+        togglePopover();
     }
+}
+
+void AppDelegate::togglePopover() {
+    auto& popover = *platform_.popover;
+    if (popover.isShown()) {
+        popover.close();
+        return;
+    }
+    const auto preferences = store_.load();
+    if (!preferences.hasOnboarded) {
+        showOnboardingWizard(CurtainCore::OnboardingStep::welcome());
+        return;
+    }
+    if (preferences.showCameraPreview) {
+        cameraManager_.start(preferences.selectedCameraID);
+    } else {
+        cameraManager_.stop();
+    }
+    if (preferences.showMicrophoneCheck) {
+        micMonitor_.start();
+    } else {
+        micMonitor_.stop();
+    }
+    coordinator().refresh();
+    popover.setContent(makeReadinessView());
+    const auto screen = platform_.screens->main();
+    const double height =
+        screen ? std::min(popoverMaximumHeight, screen->visibleFrame.height - popoverScreenMargin)
+               : popoverMaximumHeight;
+    popover.setContentSize({popoverWidth, height});
+    popover.show(*statusItem_);
 }
 
 void AppDelegate::showStatusMenu() {
     using CurtainCore::LocKey;
+    if (platform_.popover->isShown()) {
+        platform_.popover->close();
+    }
     const auto lang = currentLang();
     const auto text = [&](LocKey key) { return std::string(PlatformWording::string(key, lang)); };
     const Platform::MenuItem separator;
-    // What opens a window comes alive with that window.
     statusItem_->popUpMenu({{{"Curtain " + platform_.resources->shortVersion().value_or("?"), nullptr},
                              separator,
-                             {text(LocKey::open), nullptr},
-                             {text(LocKey::settings), nullptr},
+                             {text(LocKey::open), lifetime_.weak([this] { menuOpen(); })},
+                             {text(LocKey::settings), lifetime_.weak([this] { openSettings(); })},
                              separator,
-                             {text(LocKey::quit), [this] { platform_.application->terminate(); }}},
+                             {text(LocKey::quit), lifetime_.weak([this] { menuQuit(); })}},
                             CurtainCore::Localizer::isRightToLeft(lang)});
 }
 
-void AppDelegate::toggleModeFromHotkey() {
-    if (engine_.isActive()) {
-        engine_.deactivate();
-    } else {
-        engine_.activate(targetBundleIDs());
+void AppDelegate::popoverDidClose() {
+    cameraManager_.stop();
+    micMonitor_.stop();
+    cameraManager_.clearCapturedPhoto();
+}
+
+void AppDelegate::handleOutsideClick() {
+    if (!platform_.popover->isShown()) {
+        return;
     }
-    updateIcon();
+    const auto location = platform_.screens->mouseLocation();
+    const auto screens = platform_.screens->screens();
+    const auto found =
+        std::ranges::find_if(screens, [&](const auto& screen) { return screen.frame.contains(location); });
+    const auto screen = found != screens.end() ? std::optional(*found) : platform_.screens->main();
+    // Whatever is no part of the visible frame belongs to the menu bar, the status item itself included.
+    if (screen && !screen->visibleFrame.contains(location)) {
+        return;
+    }
+    platform_.mainQueue->asyncAfter(outsideClickDelay, lifetime_.weak([this] { closeUnlessPanelIsUsed(); }));
+}
+
+void AppDelegate::closeUnlessPanelIsUsed() {
+    if (!platform_.popover->isShown()) {
+        return;
+    }
+    auto owner = platform_.menuBar->owningApplication();
+    if (!owner) {
+        owner = platform_.menuBar->frontmostApplication();
+    }
+    if (owner != Platform::MenuBar::controlCenter) {
+        platform_.popover->close();
+    }
+}
+
+Platform::View AppDelegate::makeReadinessView() {
+    MeetingReadinessActions actions{
+        .onFixEverything = lifetime_.weak([this] { fixEverything(); }),
+        .onHidePrivateApps = lifetime_.weak([this] { hidePrivateApps(); }),
+        .onRestore = lifetime_.weak([this] { restore(); }),
+        .onToggleDesktop = lifetime_.weak([this] { toggleDesktop(); }),
+        .onSelectCamera = lifetime_.weak([this](const std::string& cameraID) { selectCamera(cameraID); }),
+        .onTakePhoto = lifetime_.weak([this] { cameraManager_.capture(); }),
+        .onCopyPhoto = lifetime_.weak([this] { copyPhoto(); }),
+        .onSavePhoto = lifetime_.weak([this] { savePhoto(); }),
+        .onOpenSettings = lifetime_.weak([this] { openSettings(); }),
+        .onQuit = lifetime_.weak([this] { menuQuit(); }),
+    };
+    const MeetingReadinessView::Services services{
+        coordinator(),        cameraManager_, micMonitor_,         store_, *platform_.captureServices,
+        *platform_.workspace, catalog_,       *platform_.urlOpener};
+    return {"qrc:/Curtain/MeetingReadinessView.qml",
+            std::make_shared<MeetingReadinessView>(services, currentLang(), std::move(actions))};
 }
 
 void AppDelegate::appAppeared(const std::string& bundleID) {
-    platform_.mainQueue->asyncAfter(rehideDelay,
-                                    lifetime_.weak([this, bundleID] { engine_.reapply(bundleID); }));
+    platform_.mainQueue->asyncAfter(rehideDelay, lifetime_.weak([this, bundleID] {
+        if (engine().reapply(bundleID)) {
+            noticeRehidden(bundleID);
+        }
+    }));
+}
+
+void AppDelegate::noticeRehidden(const std::string& bundleID) {
+    if (screenWatcher_.fn && screenWatcher_.fn()) {
+        return;
+    }
+    const auto now = platform_.mainQueue->now();
+    const auto last = lastRehideNotice_.find(bundleID);
+    if (last != lastRehideNotice_.end() && now - last->second < rehideNoticeInterval) {
+        return;
+    }
+    lastRehideNotice_[bundleID] = now;
+    notifier_.notifyRehidden(appName(bundleID), bundleID);
+}
+
+void AppDelegate::handleDetection(CurtainCore::DetectionConfidence confidence) {
+    if (confidence != CurtainCore::DetectionConfidence::high) {
+        undoAutomaticActivation();
+        return;
+    }
+    if (engine().isActive()) {
+        return;
+    }
+    if (store_.load().autoDetectMode == CurtainCore::AutoDetectMode::promptOnly) {
+        notifier_.notifyPrompt();
+        return;
+    }
+    engine().activate(targetBundleIDs());
+    autoActivated_ = true;
+    updateIcon();
+    refreshReadiness();
+    notifier_.notifyActivated();
+}
+
+void AppDelegate::undoAutomaticActivation() {
+    if (autoActivated_ && engine().isActive()) {
+        engine().deactivate();
+        autoActivated_ = false;
+        updateIcon();
+        refreshReadiness();
+    }
+}
+
+void AppDelegate::hidePrivateApps() {
+    if (!engine().isActive()) {
+        engine().activate(targetBundleIDs());
+    }
+    updateIcon();
+    refreshReadiness();
+}
+
+void AppDelegate::fixEverything() {
+    const bool notificationsNeedAttention = FixEverything::run(engine(), store_, desktopController_);
+    updateIcon();
+    refreshReadiness();
+    if (notificationsNeedAttention) {
+        notifier_.notifyPrompt();
+    }
+}
+
+void AppDelegate::restore() {
+    if (desktopController_.iconsHidden()) {
+        desktopController_.setIconsHidden(false);
+    }
+    if (engine().isActive()) {
+        engine().deactivate();
+    }
+    autoActivated_ = false;
+    updateIcon();
+    refreshReadiness();
+}
+
+void AppDelegate::toggleDesktop() {
+    desktopController_.setIconsHidden(!desktopController_.iconsHidden());
+    coordinator().refresh();
+}
+
+void AppDelegate::selectCamera(const std::string& cameraID) {
+    auto preferences = store_.load();
+    preferences.selectedCameraID = cameraID;
+    store_.save(preferences);
+    cameraManager_.start(cameraID);
+}
+
+void AppDelegate::copyPhoto() {
+    const auto& data = cameraManager_.capturedData();
+    if (data && cameraManager_.capturedPhoto()) {
+        platform_.pasteboard->clearContents();
+        platform_.pasteboard->writeImage(*data);
+    }
+}
+
+void AppDelegate::savePhoto() {
+    const auto data = cameraManager_.capturedData();
+    if (!data) {
+        return;
+    }
+    platform_.application->activate(true);
+    const auto name = "Curtain " + platform_.wallClock->localTimestamp(platform_.wallClock->now()) + ".jpg";
+    platform_.savePanel->open({name, platform_.userFolders->pictures(), "image/jpeg"},
+                              lifetime_.weak([this, data = *data](const std::optional<std::string>& path) {
+                                  if (path) {
+                                      platform_.fileManager->write(data, *path);
+                                  }
+                              }));
+}
+
+void AppDelegate::showOnboardingWizard(CurtainCore::OnboardingStep startAt) {
+    if (!onboardingWC_) {
+        const OnboardingViewModel::Services services{
+            cameraManager_,
+            micMonitor_,
+            desktopChecker_,
+            CompatibilityProbe({*platform_.systemVersion, *platform_.captureServices,
+                                *platform_.audioServices, *platform_.workspace}),
+            *platform_.mediaAuthorization,
+            cameraServices_,
+            *platform_.urlOpener};
+        auto viewModel = std::make_shared<OnboardingViewModel>(services, currentLang(), startAt);
+        viewModel->onFinish = lifetime_.weak([this] { finishOnboarding(); });
+        onboardingWC_ = std::make_unique<OnboardingWindowController>(
+            *platform_.windows, *platform_.application, std::move(viewModel));
+    }
+    onboardingWC_->show();
+}
+
+void AppDelegate::finishOnboarding() {
+    auto preferences = store_.load();
+    preferences.hasOnboarded = true;
+    store_.save(preferences);
+    if (notifier_.enabled()) {
+        notifier_.requestAuthorization([] {});
+    }
+    if (onboardingWC_) {
+        onboardingWC_->close();
+    }
+    coordinator().refresh();
+    platform_.mainQueue->asyncAfter(wizardReleaseDelay, lifetime_.weak([this] { onboardingWC_.reset(); }));
 }
 
 std::string AppDelegate::currentLang() const {
@@ -80,7 +475,7 @@ std::string AppDelegate::currentLang() const {
 }
 
 void AppDelegate::updateIcon() {
-    const bool isActive = engine_.isActive();
+    const bool isActive = engine().isActive();
     const auto image = statusImage(isActive ? "close" : "open");
     statusItem_->setImage(image ? *image : symbolImage(isActive ? "eye.slash" : "eye"));
 }
@@ -97,12 +492,30 @@ Platform::Image AppDelegate::symbolImage(const std::string& name) const {
     return {platform_.resources->pathForSystemSymbol(name).value_or(std::string{}), 0, 0, true, "Curtain"};
 }
 
+void AppDelegate::refreshReadiness() {
+    coordinator().refresh();
+    platform_.mainQueue->asyncAfter(secondRefreshDelay, lifetime_.weak([this] { coordinator().refresh(); }));
+}
+
 std::vector<std::string> AppDelegate::targetBundleIDs() const {
     std::vector<std::string> identifiers;
     for (auto& target : store_.load().targetApps) {
         identifiers.push_back(std::move(target.bundleID));
     }
     return identifiers;
+}
+
+std::string AppDelegate::appName(const std::string& bundleID) const {
+    const auto instances = platform_.workspace->runningApplicationsWithBundleIdentifier(bundleID);
+    if (!instances.empty()) {
+        if (const auto name = instances.front()->localizedName()) {
+            return *name;
+        }
+    }
+    const auto targets = store_.load().targetApps;
+    const auto target =
+        std::ranges::find_if(targets, [&](const auto& candidate) { return candidate.bundleID == bundleID; });
+    return target != targets.end() ? target->displayName : bundleID;
 }
 
 } // namespace Curtain

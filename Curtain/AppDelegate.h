@@ -1,6 +1,19 @@
 #pragma once
 
+#include "Curtain/AppCatalog.h"
+#include "Curtain/CameraPreviewManager.h"
+#include "Curtain/CompatibilityProbe.h"
+#include "Curtain/DesktopChecker.h"
+#include "Curtain/DesktopController.h"
 #include "Curtain/HotkeyManager.h"
+#include "Curtain/MicrophoneMonitor.h"
+#include "Curtain/Notifier.h"
+#include "Curtain/OnboardingWindowController.h"
+#include "Curtain/ReadinessCoordinator.h"
+#include "Curtain/ScreenWatcher.h"
+#include "Curtain/SettingsModel.h"
+#include "Curtain/SettingsView.h"
+#include "Curtain/ShareMonitor.h"
 #include "Curtain/SystemAppHiding.h"
 #include "Curtain/WorkspaceObserver.h"
 #include "core/HideEngine.h"
@@ -9,6 +22,7 @@
 #include "platform/Lifetime.h"
 #include "platform/Platform.h"
 
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,35 +30,98 @@
 
 namespace Curtain {
 
-/// The one controller: owns every long-lived object, switches privacy mode and shows its state. Main thread
-/// only.
+/// The one controller: owns every long-lived object, switches privacy mode and shows its state, and opens the
+/// popover and the windows. Main thread only.
 class AppDelegate {
 public:
     /// `platform` outlives the controller.
     explicit AppDelegate(Platform::Platform& platform);
+    ~AppDelegate();
+    AppDelegate(const AppDelegate&) = delete;
+    AppDelegate& operator=(const AppDelegate&) = delete;
 
     /// Start-up; nothing opens.
     void applicationDidFinishLaunching();
 
-private:
-    void statusItemClicked(const std::optional<Platform::Event>& event);
-    void showStatusMenu();
+    /// Opens the popover, or closes it; for a user who has not been through it, the wizard.
+    void menuOpen();
+    /// Opens what `menuOpen` opens, and never closes it.
+    void open();
+    void menuQuit();
+    void openSettings();
+    /// What the shortcut does.
     void toggleModeFromHotkey();
+
+private:
+    // Created on first use.
+    CurtainCore::HideEngine& engine();
+    SettingsModel& settingsModel();
+    ReadinessCoordinator& coordinator();
+
+    void installReadinessProviders();
+    void setupPopoverAutoClose();
+    void setupAutoDetection();
+
+    void statusItemClicked(const std::optional<Platform::Event>& event);
+    void togglePopover();
+    void showStatusMenu();
+    void popoverDidClose();
+    void handleOutsideClick();
+    void closeUnlessPanelIsUsed();
+    Platform::View makeReadinessView();
+
     void appAppeared(const std::string& bundleID);
+    void noticeRehidden(const std::string& bundleID);
+    void handleDetection(CurtainCore::DetectionConfidence confidence);
+    void undoAutomaticActivation();
+    void hidePrivateApps();
+    void fixEverything();
+    void restore();
+    void toggleDesktop();
+    void selectCamera(const std::string& cameraID);
+    void copyPhoto();
+    void savePhoto();
+
+    void showOnboardingWizard(CurtainCore::OnboardingStep startAt);
+    void finishOnboarding();
+
     std::string currentLang() const;
     void updateIcon();
     std::optional<Platform::Image> statusImage(const std::string& name) const;
     Platform::Image symbolImage(const std::string& name) const;
+    void refreshReadiness();
     std::vector<std::string> targetBundleIDs() const;
+    std::string appName(const std::string& bundleID) const;
 
     Platform::Platform& platform_;
+    DesktopController desktopController_;
+    DesktopChecker desktopChecker_;
+    AppCatalog catalog_;
+    CameraPreviewManager::Services cameraServices_;
+
     std::unique_ptr<Platform::StatusItem> statusItem_;
     SystemAppHiding hiding_;
-    CurtainCore::HideEngine engine_;
+    std::optional<CurtainCore::HideEngine> engine_;
     WorkspaceObserver workspaceObserver_;
     CurtainCore::PreferencesStore store_;
+    std::unique_ptr<SettingsModel> settingsModel_;
+    std::shared_ptr<SettingsView> settingsView_;
+    std::unique_ptr<Platform::Window> settingsWindow_;
     KeyboardShortcuts::KeyboardShortcuts shortcuts_;
     HotkeyManager hotkeys_;
+    Notifier notifier_;
+    ShareMonitor shareMonitor_;
+    /// Privacy mode was switched on by detection, not by the user.
+    bool autoActivated_ = false;
+    std::unique_ptr<ReadinessCoordinator> coordinator_;
+    CameraPreviewManager cameraManager_;
+    MicrophoneMonitor micMonitor_;
+    std::unique_ptr<OnboardingWindowController> onboardingWC_;
+    Platform::Subscription escMonitor_;
+    Platform::Subscription clickMonitor_;
+    ScreenWatcher screenWatcher_;
+    /// By bundle identifier.
+    std::map<std::string, Platform::MainQueue::Seconds> lastRehideNotice_;
     Platform::Lifetime lifetime_;
 };
 

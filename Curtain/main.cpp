@@ -1,10 +1,12 @@
 #include "Curtain/AppDelegate.h"
 #include "platform/linux/LinuxPlatform.h"
+#include "platform/linux/dbus/ApplicationBus.h"
 #include "platform/linux/dbus/SessionBusCheck.h"
 #include "platform/qt/DisplayCheck.h"
 #include "platform/qt/TerminationSignals.h"
 
 #include <QApplication>
+#include <QDBusConnection>
 
 #include <cstdio>
 #include <cstdlib>
@@ -21,13 +23,29 @@ int main(int argumentCount, char** arguments) {
     QApplication application(argumentCount, arguments);
     display.reset();
     QApplication::setApplicationName(QStringLiteral("curtain"));
-    QApplication::setApplicationDisplayName(QStringLiteral("Curtain"));
     QApplication::setApplicationVersion(QStringLiteral(CURTAIN_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("com.curtain.Curtain"));
+
+    LinuxPlatform::ApplicationBus bus(QDBusConnection::sessionBus(), QGuiApplication::desktopFileName());
+    switch (bus.claim()) {
+    case LinuxPlatform::ApplicationBus::Claim::otherOpened:
+        return EXIT_SUCCESS;
+    case LinuxPlatform::ApplicationBus::Claim::otherSilent:
+        std::fputs("Curtain: it runs already in this session, but does not answer\n", stderr);
+        return EXIT_FAILURE;
+    case LinuxPlatform::ApplicationBus::Claim::first:
+    case LinuxPlatform::ApplicationBus::Claim::noBus:
+        break;
+    }
 
     auto platform = LinuxPlatform::makeLinuxPlatform();
     Curtain::AppDelegate delegate(platform);
     const auto termination = QtPlatform::onTerminationSignal([] { QApplication::quit(); });
     delegate.applicationDidFinishLaunching();
+    bus.setActions({.open = [&] { delegate.open(); },
+                    .named = {{"open", [&] { delegate.open(); }},
+                              {"settings", [&] { delegate.openSettings(); }},
+                              {"toggle-privacy", [&] { delegate.toggleModeFromHotkey(); }},
+                              {"quit", [&] { delegate.menuQuit(); }}}});
     return QApplication::exec();
 }

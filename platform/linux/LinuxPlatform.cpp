@@ -237,8 +237,7 @@ Platform::Platform makeLinuxPlatform() {
     platform.screenWatcherProbe = std::make_unique<ScreenWatch>(capturesOfThisSession());
     platform.userNotificationCenter =
         std::make_unique<DBusNotificationCenter>(QDBusConnection::sessionBus(), *platform.mainQueue,
-                                                 QGuiApplication::applicationDisplayName().toStdString(),
-                                                 QGuiApplication::desktopFileName().toStdString());
+                                                 "Curtain", QGuiApplication::desktopFileName().toStdString());
     addShell(platform, *session);
     platform.audioServices = std::make_unique<PulseAudioServices>(*platform.mainQueue);
     if (!QDBusConnection::sessionBus().isConnected()) {

@@ -25,7 +25,7 @@ class QtPopover::PopoverWindow : public QQuickWindow {
 public:
     explicit PopoverWindow(const QtPopover& owner) : owner_(owner) {
         setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint | Qt::NoDropShadowWindowHint);
-        setTitle(QGuiApplication::applicationDisplayName());
+        setTitle(QStringLiteral("Curtain"));
         QObject::connect(this, &QWindow::visibleChanged, this, [this](bool isNowVisible) {
             if (!isNowVisible && owner_.onDidClose_) {
                 // The callback may replace itself.

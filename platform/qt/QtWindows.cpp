@@ -4,6 +4,7 @@
 
 #include <QCursor>
 #include <QGuiApplication>
+#include <QIcon>
 #include <QMouseEvent>
 #include <QQuickItem>
 #include <QQuickWindow>
@@ -59,7 +60,7 @@ public:
           view_(engine, window_) {
         const QSize fixed(static_cast<int>(size.width), static_cast<int>(size.height));
         window_.setFlags(flagsFor(style));
-        window_.setTitle(QGuiApplication::applicationDisplayName());
+        window_.setIcon(QIcon(QStringLiteral(":/curtain/app-icon.svg")));
         window_.resize(fixed);
         if (!style.isResizable) {
             window_.setMinimumSize(fixed);

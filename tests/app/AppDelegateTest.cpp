@@ -1,9 +1,7 @@
-#include "Curtain/AppDelegate.h"
+#include "tests/app/AppDelegateFixture.h"
 
 #include "Curtain/PlatformWording.h"
 #include "core/Localizer.h"
-#include "core/PreferencesJson.h"
-#include "tests/support/FakePlatform.h"
 
 #include <gmock/gmock.h>
 
@@ -14,32 +12,13 @@ namespace {
 using Platform::WorkspaceNotification;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using TestSupport::FakePlatform;
+using TestSupport::leftClick;
+using TestSupport::rightClick;
 
 const Platform::Image openImage{"/resources/open.pdf", 18, 18, true, ""};
 const Platform::Image closedImage{"/resources/close.pdf", 18, 18, true, ""};
 
-struct AppDelegateTest : testing::Test {
-    FakePlatform fakes;
-    std::unique_ptr<Curtain::AppDelegate> delegate = std::make_unique<Curtain::AppDelegate>(fakes.platform);
-
-    void makePrivate(const std::vector<std::string>& identifiers) {
-        CurtainCore::Preferences preferences;
-        for (const auto& identifier : identifiers) {
-            preferences.targetApps.push_back({identifier, identifier});
-        }
-        fakes.userDefaults.values["curtain.preferences.v1"] = encodePreferences(preferences).value();
-    }
-
-    void launch() { delegate->applicationDidFinishLaunching(); }
-
-    void pressShortcut() {
-        fakes.hotKeyService.press();
-        fakes.hotKeyService.release();
-    }
-
-    std::vector<std::string> takeCalls() { return std::exchange(fakes.workspace.calls, {}); }
-};
+using AppDelegateTest = TestSupport::AppDelegateFixture;
 
 TEST_F(AppDelegateTest, NothingHappensBeforeTheLaunch) {
     EXPECT_THAT(fakes.events, IsEmpty());
@@ -50,7 +29,10 @@ TEST_F(AppDelegateTest, NothingHappensBeforeTheLaunch) {
 TEST_F(AppDelegateTest, LaunchMakesAnAccessoryWithAnOpenCurtainInThePanel) {
     launch();
     EXPECT_EQ(fakes.application.policy, Platform::ActivationPolicy::accessory);
-    EXPECT_THAT(fakes.events, ElementsAre("activation policy", "status item", "status image"));
+    EXPECT_THAT(fakes.events, ElementsAre("activation policy", "popover delegate", "status item",
+                                          "status image", "global monitor", "local monitor"));
+    EXPECT_EQ(fakes.eventMonitors.globalMask, 10U);
+    EXPECT_EQ(fakes.eventMonitors.localMask, 1024U);
     EXPECT_EQ(fakes.statusBar.items, 1);
     EXPECT_THAT(fakes.statusBar.images, ElementsAre(openImage));
     EXPECT_THAT(fakes.workspace.observed, ElementsAre(WorkspaceNotification::didActivateApplication,
@@ -168,9 +150,6 @@ TEST_F(AppDelegateTest, MissingImagesGiveWayToSymbols) {
                             Platform::Image{"/symbols/eye.slash", 0, 0, true, "Curtain"}));
 }
 
-constexpr Platform::Event leftClick{2, 0};
-constexpr Platform::Event rightClick{4, 0};
-
 struct StatusMenuTest : AppDelegateTest {
     std::vector<std::string> titles() {
         std::vector<std::string> result;
@@ -181,9 +160,7 @@ struct StatusMenuTest : AppDelegateTest {
     }
 
     void choose(CurtainCore::AppLanguage language) {
-        CurtainCore::Preferences preferences;
-        preferences.language = language;
-        fakes.userDefaults.values["curtain.preferences.v1"] = encodePreferences(preferences).value();
+        change([&](auto& record) { record.language = language; });
     }
 };
 
@@ -212,8 +189,9 @@ TEST_F(StatusMenuTest, HasTitleOpenSettingsAndQuit) {
     EXPECT_THAT(titles(), ElementsAre("Curtain 1.2.3", "", "Open", "Settings", "", "Quit"));
     const auto& items = fakes.statusBar.menus.at(0).items;
     EXPECT_TRUE(items[1].isSeparator() && items[4].isSeparator());
-    for (const std::size_t disabled : {0U, 2U, 3U}) {
-        EXPECT_FALSE(items[disabled].action) << items[disabled].title;
+    EXPECT_FALSE(items[0].action);
+    for (const std::size_t enabled : {2U, 3U, 5U}) {
+        EXPECT_TRUE(items[enabled].action) << items[enabled].title;
     }
 }
 

@@ -94,8 +94,10 @@ ApplicationBus::ApplicationBus(QDBusConnection bus, QString name)
       object_(std::make_unique<Object>()) {}
 
 ApplicationBus::~ApplicationBus() {
-    bus_.unregisterObject(pathOf(name_));
-    bus_.unregisterService(name_);
+    if (bus_.isConnected()) {
+        bus_.unregisterObject(pathOf(name_));
+        bus_.unregisterService(name_);
+    }
 }
 
 ApplicationBus::Claim ApplicationBus::claim() {

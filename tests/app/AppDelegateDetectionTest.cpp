@@ -1,0 +1,250 @@
+#include "tests/app/AppDelegateFixture.h"
+
+namespace {
+
+using CurtainCore::AutoDetectMode;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+constexpr double poll = 3.0;
+
+struct DetectionTest : TestSupport::AppDelegateFixture {
+    void SetUp() override {
+        makePrivate({"a"});
+        fakes.workspace.run("a");
+    }
+
+    void watch(bool isWatched) {
+        fakes.screenWatcherProbe.isWatched = isWatched;
+        fakes.mainQueue.advance(poll);
+    }
+
+    std::vector<std::string> titles() {
+        std::vector<std::string> result;
+        for (const auto& request : fakes.userNotificationCenter.added) {
+            result.push_back(request.content.title);
+        }
+        return result;
+    }
+
+    bool isPrivate() { return fakes.statusBar.images.back().source == "/resources/close.pdf"; }
+};
+
+TEST_F(DetectionTest, ASharedScreenSwitchesPrivacyModeOnAndSaysSo) {
+    launch();
+    watch(true);
+    EXPECT_THAT(takeCalls(), ElementsAre("hide a"));
+    EXPECT_TRUE(isPrivate());
+    ASSERT_THAT(fakes.userNotificationCenter.added, SizeIs(1));
+    EXPECT_EQ(fakes.userNotificationCenter.added[0].content.categoryIdentifier, "CURTAIN_ACTIVATED");
+}
+
+TEST_F(DetectionTest, TheEndOfTheSharingUndoesIt) {
+    launch();
+    watch(true);
+    takeCalls();
+    watch(false);
+    EXPECT_THAT(takeCalls(), ElementsAre("unhide a", "activate a 2"));
+    EXPECT_FALSE(isPrivate());
+}
+
+TEST_F(DetectionTest, ACallAppAloneUndoesItTooAndSwitchesNothingOn) {
+    fakes.workspace.run("us.zoom.xos");
+    launch();
+    fakes.mainQueue.advance(poll);
+    EXPECT_FALSE(isPrivate());
+    watch(true);
+    EXPECT_TRUE(isPrivate());
+    watch(false);
+    EXPECT_FALSE(isPrivate());
+}
+
+TEST_F(DetectionTest, InPromptModeOnlyTheQuestionIsPosted) {
+    change([](auto& record) { record.autoDetectMode = AutoDetectMode::promptOnly; });
+    launch();
+    watch(true);
+    EXPECT_THAT(takeCalls(), IsEmpty());
+    EXPECT_FALSE(isPrivate());
+    ASSERT_THAT(fakes.userNotificationCenter.added, SizeIs(1));
+    EXPECT_EQ(fakes.userNotificationCenter.added[0].content.categoryIdentifier, "");
+    // It is read at each report, not at the launch.
+    watch(false);
+    change([](auto& record) { record.autoDetectMode = AutoDetectMode::activateAndNotify; });
+    watch(true);
+    EXPECT_TRUE(isPrivate());
+}
+
+TEST_F(DetectionTest, PrivacyModeOfTheUserIsNeitherAnnouncedNorUndone) {
+    launch();
+    pressShortcut();
+    takeCalls();
+    watch(true);
+    watch(false);
+    EXPECT_THAT(takeCalls(), IsEmpty());
+    EXPECT_TRUE(isPrivate());
+    EXPECT_THAT(fakes.userNotificationCenter.added, IsEmpty());
+}
+
+TEST_F(DetectionTest, TheShortcutTakesOverFromDetection) {
+    launch();
+    watch(true);
+    pressShortcut();
+    pressShortcut();
+    EXPECT_TRUE(isPrivate());
+    watch(false);
+    EXPECT_TRUE(isPrivate());
+}
+
+TEST_F(DetectionTest, UndoSwitchesItOffOnce) {
+    launch();
+    watch(true);
+    takeCalls();
+    const auto request = fakes.userNotificationCenter.added.at(0);
+    fakes.userNotificationCenter.answer(request, "CURTAIN_UNDO");
+    EXPECT_THAT(takeCalls(), ElementsAre("unhide a", "activate a 2"));
+    EXPECT_FALSE(isPrivate());
+    const auto images = fakes.statusBar.images.size();
+    fakes.userNotificationCenter.answer(request, "CURTAIN_UNDO");
+    EXPECT_THAT(takeCalls(), IsEmpty());
+    EXPECT_THAT(fakes.statusBar.images, SizeIs(images));
+}
+
+TEST_F(DetectionTest, ClickingTheNoticeItselfUndoesNothing) {
+    launch();
+    watch(true);
+    fakes.userNotificationCenter.answer(fakes.userNotificationCenter.added.at(0),
+                                        Platform::NotificationResponse::defaultActionIdentifier);
+    EXPECT_TRUE(isPrivate());
+}
+
+TEST_F(DetectionTest, IsNotStartedWhereItIsSwitchedOff) {
+    change([](auto& record) { record.autoDetectEnabled = false; });
+    launch();
+    watch(true);
+    EXPECT_FALSE(isPrivate());
+    // A change counts from the next launch on.
+    change([](auto& record) { record.autoDetectEnabled = true; });
+    watch(true);
+    EXPECT_FALSE(isPrivate());
+}
+
+TEST_F(DetectionTest, WithoutABundleNotificationsAreOffAndDetectionWorks) {
+    delegate.reset();
+    fakes.application.identifier.reset();
+    delegate = std::make_unique<Curtain::AppDelegate>(fakes.platform);
+    launch();
+    EXPECT_THAT(fakes.log.lines, ElementsAre("Curtain: notificaciones desactivadas (sin bundle)"));
+    watch(true);
+    EXPECT_TRUE(isPrivate());
+    EXPECT_THAT(fakes.userNotificationCenter.calls, IsEmpty());
+}
+
+TEST_F(DetectionTest, NoticesSpeakTheLanguageOfTheMoment) {
+    launch();
+    watch(true);
+    const auto english = titles().at(0);
+    watch(false);
+    change([](auto& record) { record.language = CurtainCore::AppLanguage::es; });
+    watch(true);
+    EXPECT_NE(titles().at(1), english);
+}
+
+struct RehideNoticeTest : DetectionTest {
+    void returnOf(const std::string& identifier) {
+        fakes.workspace.bringToFront(identifier);
+        fakes.mainQueue.advance(0.2);
+    }
+
+    std::vector<std::string> noticed() {
+        std::vector<std::string> result;
+        for (const auto& request : fakes.userNotificationCenter.added) {
+            if (request.content.categoryIdentifier == "CURTAIN_REHIDDEN") {
+                result.push_back(request.identifier);
+            }
+        }
+        return result;
+    }
+};
+
+TEST_F(RehideNoticeTest, TwiceWithinFourSecondsIsNoticedOnce) {
+    launch();
+    pressShortcut();
+    takeCalls();
+    returnOf("a");
+    fakes.mainQueue.advance(3.7);
+    returnOf("a");
+    EXPECT_THAT(takeCalls(), ElementsAre("hide a", "hide a"));
+    EXPECT_THAT(noticed(), ElementsAre("rehidden.a"));
+}
+
+TEST_F(RehideNoticeTest, AfterFourSecondsItIsNoticedAgain) {
+    launch();
+    pressShortcut();
+    returnOf("a");
+    fakes.mainQueue.advance(3.8);
+    returnOf("a");
+    EXPECT_THAT(noticed(), ElementsAre("rehidden.a", "rehidden.a"));
+}
+
+TEST_F(RehideNoticeTest, TheLimitIsPerApp) {
+    makePrivate({"a", "b"});
+    fakes.workspace.run("b");
+    launch();
+    pressShortcut();
+    fakes.workspace.bringToFront("a");
+    fakes.workspace.bringToFront("b");
+    fakes.mainQueue.advance(0.2);
+    EXPECT_THAT(noticed(), ElementsAre("rehidden.a", "rehidden.b"));
+}
+
+TEST_F(RehideNoticeTest, AWatchedScreenShowsNoticeOfNothingAndStartsNoInterval) {
+    launch();
+    pressShortcut();
+    fakes.screenWatcherProbe.isWatched = true;
+    returnOf("a");
+    EXPECT_THAT(noticed(), IsEmpty());
+    fakes.screenWatcherProbe.isWatched = false;
+    returnOf("a");
+    EXPECT_THAT(noticed(), ElementsAre("rehidden.a"));
+}
+
+TEST_F(RehideNoticeTest, WhereTheScreenCannotBeAskedAboutNoticesArePosted) {
+    delegate.reset();
+    fakes.screenWatcherProbe.isPresent = false;
+    delegate = std::make_unique<Curtain::AppDelegate>(fakes.platform);
+    launch();
+    pressShortcut();
+    returnOf("a");
+    EXPECT_THAT(noticed(), ElementsAre("rehidden.a"));
+}
+
+TEST_F(RehideNoticeTest, TheNameIsTheRunningAppsThenTheListedOneThenTheIdentifier) {
+    change([](auto& record) { record.targetApps = {{"a", "Listed"}}; });
+    launch();
+    pressShortcut();
+    returnOf("a");
+    EXPECT_THAT(fakes.userNotificationCenter.added.back().content.body, testing::StartsWith("a "));
+    fakes.workspace.nameOf("a") = std::nullopt;
+    fakes.mainQueue.advance(5.0);
+    returnOf("a");
+    EXPECT_THAT(fakes.userNotificationCenter.added.back().content.body, testing::StartsWith("Listed "));
+    change([](auto& record) { record.targetApps.clear(); });
+    fakes.mainQueue.advance(5.0);
+    returnOf("a");
+    EXPECT_THAT(fakes.userNotificationCenter.added.back().content.body, testing::StartsWith("a "));
+}
+
+TEST_F(RehideNoticeTest, RevealShowsTheAppAndDropsItFromPrivacyMode) {
+    launch();
+    pressShortcut();
+    returnOf("a");
+    takeCalls();
+    fakes.userNotificationCenter.answer(fakes.userNotificationCenter.added.back(), "CURTAIN_REVEAL");
+    EXPECT_THAT(takeCalls(), ElementsAre("unhide a", "activate a 2"));
+    EXPECT_TRUE(isPrivate());
+    returnOf("a");
+    EXPECT_THAT(takeCalls(), IsEmpty());
+}
+
+} // namespace

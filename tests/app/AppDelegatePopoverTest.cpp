@@ -1,0 +1,424 @@
+#include "tests/app/AppDelegateFixture.h"
+
+#include "Curtain/MeetingReadinessView.h"
+#include "Curtain/OnboardingViewModel.h"
+#include "tests/support/FakeCaptureServices.h"
+
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
+using testing::SizeIs;
+using TestSupport::FakeProcessRunner;
+using TestSupport::leftClick;
+using TestSupport::rightClick;
+
+namespace EventType = Platform::EventType;
+
+struct PopoverTest : TestSupport::AppDelegateFixture {
+    void SetUp() override {
+        change([](auto& record) { record.hasOnboarded = true; });
+        fakes.captureServices.cameras = {{"front", "Front"}, {"back", "Back"}};
+        fakes.workspace.run("a");
+        launch();
+        takeEvents();
+    }
+
+    void open() {
+        fakes.statusBar.click(leftClick);
+        fakes.workQueues.runAll();
+        ASSERT_TRUE(fakes.popover.isShown());
+    }
+
+    Curtain::MeetingReadinessView& view() {
+        return dynamic_cast<Curtain::MeetingReadinessView&>(*fakes.popover.content.model);
+    }
+
+    bool isCameraOn() { return fakes.captureServices.session->isRunning(); }
+    bool isPrivate() { return fakes.statusBar.images.back().source == "/resources/close.pdf"; }
+
+    void takePhoto() {
+        view().takePhoto();
+        fakes.captureServices.photoOutput->finish(fakes.captureServices.image);
+        fakes.mainQueue.runReady();
+        ASSERT_TRUE(view().hasPhoto());
+    }
+};
+
+TEST_F(PopoverTest, OpensOnAClickAndClosesOnTheNext) {
+    fakes.statusBar.click(leftClick);
+    EXPECT_TRUE(fakes.popover.isShown());
+    EXPECT_EQ(fakes.popover.content.source, "qrc:/Curtain/MeetingReadinessView.qml");
+    fakes.statusBar.click(leftClick);
+    EXPECT_FALSE(fakes.popover.isShown());
+    EXPECT_THAT(takeEvents(), ElementsAre("show popover", "close popover"));
+}
+
+TEST_F(PopoverTest, OpensWithoutAnEvent) {
+    fakes.statusBar.click(std::nullopt);
+    EXPECT_TRUE(fakes.popover.isShown());
+}
+
+TEST_F(PopoverTest, RightAndControlClicksOpenTheMenuInstead) {
+    fakes.statusBar.click(rightClick);
+    fakes.statusBar.click(Platform::Event{EventType::leftMouseUp, 0x40000, std::nullopt});
+    EXPECT_EQ(fakes.popover.showings, 0);
+    EXPECT_THAT(fakes.statusBar.menus, SizeIs(2));
+}
+
+TEST_F(PopoverTest, TheMenuTakesThePlaceOfThePopover) {
+    open();
+    fakes.statusBar.click(rightClick);
+    EXPECT_FALSE(fakes.popover.isShown());
+    EXPECT_THAT(fakes.statusBar.menus, SizeIs(1));
+    fakes.statusBar.menus.at(0).items.at(2).action();
+    EXPECT_TRUE(fakes.popover.isShown());
+}
+
+TEST_F(PopoverTest, IsAsHighAsTheScreenAllows) {
+    open();
+    EXPECT_EQ(fakes.popover.size, (Platform::Size{700, 618}));
+    fakes.popover.close();
+    fakes.screens.all = {{{0, 0, 1024, 528}, {0, 28, 1024, 500}}};
+    open();
+    EXPECT_EQ(fakes.popover.size, (Platform::Size{700, 492}));
+    fakes.popover.close();
+    fakes.screens.all.clear();
+    open();
+    EXPECT_EQ(fakes.popover.size, (Platform::Size{700, 618}));
+}
+
+TEST_F(PopoverTest, CameraAndMicrophoneRunWhileItIsOpen) {
+    open();
+    EXPECT_TRUE(isCameraOn());
+    fakes.statusBar.click(leftClick);
+    fakes.workQueues.runAll();
+    EXPECT_FALSE(isCameraOn());
+}
+
+TEST_F(PopoverTest, CameraAndMicrophoneStayOffWhereTheirChecksAre) {
+    change([](auto& record) {
+        record.showCameraPreview = false;
+        record.showMicrophoneCheck = false;
+    });
+    open();
+    EXPECT_FALSE(isCameraOn());
+    EXPECT_EQ(view().cameraStatus(), "unknown");
+    EXPECT_THAT(fakes.workQueues.labels, Not(IsEmpty()));
+}
+
+TEST_F(PopoverTest, StartsTheChosenCamera) {
+    change([](auto& record) { record.selectedCameraID = "back"; });
+    open();
+    EXPECT_THAT(fakes.captureServices.session->calls, Contains("add back"));
+}
+
+TEST_F(PopoverTest, ClosingForgetsThePhoto) {
+    open();
+    takePhoto();
+    fakes.popover.close();
+    open();
+    EXPECT_FALSE(view().hasPhoto());
+}
+
+TEST_F(PopoverTest, EscapeClosesItAndIsSwallowed) {
+    EXPECT_FALSE(fakes.eventMonitors.pressKey(Platform::KeyCode::escape));
+    open();
+    EXPECT_FALSE(fakes.eventMonitors.pressKey(std::nullopt));
+    EXPECT_TRUE(fakes.popover.isShown());
+    EXPECT_TRUE(fakes.eventMonitors.pressKey(Platform::KeyCode::escape));
+    EXPECT_FALSE(fakes.popover.isShown());
+}
+
+TEST_F(PopoverTest, AClickElsewhereClosesItAfterAMoment) {
+    for (const auto button : {EventType::leftMouseDown, EventType::rightMouseDown}) {
+        open();
+        fakes.eventMonitors.clickElsewhere(button);
+        fakes.mainQueue.advance(0.11);
+        EXPECT_TRUE(fakes.popover.isShown());
+        fakes.mainQueue.advance(0.02);
+        EXPECT_FALSE(fakes.popover.isShown());
+    }
+}
+
+TEST_F(PopoverTest, AClickIntoTheMenuBarDoesNotCloseIt) {
+    open();
+    fakes.screens.pointer = {1400, 10};
+    fakes.eventMonitors.clickElsewhere(EventType::leftMouseDown);
+    fakes.mainQueue.advance(1.0);
+    EXPECT_TRUE(fakes.popover.isShown());
+}
+
+TEST_F(PopoverTest, EachScreenHasItsOwnMenuBar) {
+    fakes.screens.all.push_back({{1440, 0, 1024, 768}, {1440, 0, 1024, 740}});
+    open();
+    fakes.screens.pointer = {2000, 750};
+    fakes.eventMonitors.clickElsewhere(EventType::leftMouseDown);
+    fakes.mainQueue.advance(1.0);
+    EXPECT_TRUE(fakes.popover.isShown());
+    // Outside of every screen the main one decides.
+    fakes.screens.pointer = {700, -20};
+    fakes.eventMonitors.clickElsewhere(EventType::leftMouseDown);
+    fakes.mainQueue.advance(1.0);
+    EXPECT_TRUE(fakes.popover.isShown());
+    fakes.screens.pointer = {2000, 700};
+    fakes.eventMonitors.clickElsewhere(EventType::leftMouseDown);
+    fakes.mainQueue.advance(1.0);
+    EXPECT_FALSE(fakes.popover.isShown());
+}
+
+TEST_F(PopoverTest, APanelsPopUpKeepsItOpen) {
+    open();
+    fakes.menuBar.owner = "com.apple.controlcenter";
+    fakes.eventMonitors.clickElsewhere(EventType::leftMouseDown);
+    fakes.mainQueue.advance(1.0);
+    EXPECT_TRUE(fakes.popover.isShown());
+    // Where nobody owns the bar, the app in front decides.
+    fakes.menuBar.owner.reset();
+    fakes.menuBar.frontmost = "com.apple.controlcenter";
+    fakes.eventMonitors.clickElsewhere(EventType::leftMouseDown);
+    fakes.mainQueue.advance(1.0);
+    EXPECT_TRUE(fakes.popover.isShown());
+    fakes.menuBar.owner = "other";
+    fakes.eventMonitors.clickElsewhere(EventType::leftMouseDown);
+    fakes.mainQueue.advance(1.0);
+    EXPECT_FALSE(fakes.popover.isShown());
+}
+
+TEST_F(PopoverTest, AClickWhileItIsClosedDoesNothing) {
+    fakes.eventMonitors.clickElsewhere(EventType::leftMouseDown);
+    open();
+    fakes.mainQueue.advance(1.0);
+    EXPECT_TRUE(fakes.popover.isShown());
+}
+
+TEST_F(PopoverTest, HidingThePrivateAppsTwiceHidesThemOnce) {
+    makePrivate({"a"});
+    open();
+    view().hidePrivateApps();
+    EXPECT_THAT(takeCalls(), ElementsAre("hide a"));
+    EXPECT_TRUE(isPrivate());
+    EXPECT_TRUE(view().isPrivacyModeOn());
+    view().hidePrivateApps();
+    EXPECT_THAT(takeCalls(), IsEmpty());
+}
+
+TEST_F(PopoverTest, FixEverythingHidesAppsAndIconsAndAsksAboutNotifications) {
+    makePrivate({"a"});
+    open();
+    fakes.processRunner.runs.clear();
+    view().fixEverything();
+    EXPECT_THAT(takeCalls(), ElementsAre("hide a"));
+    EXPECT_THAT(fakes.processRunner.runs, Contains(FakeProcessRunner::writingIcons(false)));
+    EXPECT_TRUE(isPrivate());
+    EXPECT_TRUE(view().isDesktopHidden());
+    ASSERT_THAT(fakes.userNotificationCenter.added, SizeIs(1));
+    EXPECT_EQ(fakes.userNotificationCenter.added[0].content.categoryIdentifier, "");
+}
+
+TEST_F(PopoverTest, FixEverythingIsSilentWhereNotificationsAreHandled) {
+    change([](auto& record) { record.notificationsMarkedHandled = true; });
+    open();
+    view().fixEverything();
+    EXPECT_THAT(fakes.userNotificationCenter.added, IsEmpty());
+}
+
+TEST_F(PopoverTest, RestoreGivesEverythingBack) {
+    makePrivate({"a"});
+    open();
+    view().fixEverything();
+    takeCalls();
+    view().restore();
+    EXPECT_THAT(takeCalls(), ElementsAre("unhide a", "activate a 2"));
+    EXPECT_THAT(fakes.processRunner.runs, Contains(FakeProcessRunner::writingIcons(true)));
+    EXPECT_FALSE(isPrivate());
+    EXPECT_FALSE(view().isDesktopHidden());
+}
+
+TEST_F(PopoverTest, RestoreDoesNotTouchADesktopThatShowsItsIcons) {
+    open();
+    view().restore();
+    EXPECT_THAT(fakes.processRunner.runs, Not(Contains(FakeProcessRunner::writingIcons(true))));
+}
+
+TEST_F(PopoverTest, TheDesktopButtonFlipsTheIcons) {
+    open();
+    view().toggleDesktop();
+    EXPECT_TRUE(view().isDesktopHidden());
+    view().toggleDesktop();
+    EXPECT_FALSE(view().isDesktopHidden());
+}
+
+TEST_F(PopoverTest, ActionsRefreshAtOnceAndOnceMoreALittleLater) {
+    makePrivate({"a"});
+    open();
+    int refreshes = 0;
+    QObject::connect(&view(), &Curtain::MeetingReadinessView::stateChanged, [&] { ++refreshes; });
+    pressShortcut();
+    EXPECT_EQ(refreshes, 1);
+    fakes.mainQueue.advance(0.39);
+    EXPECT_EQ(refreshes, 1);
+    fakes.mainQueue.advance(0.02);
+    EXPECT_EQ(refreshes, 2);
+    fakes.mainQueue.advance(2.0);
+    EXPECT_EQ(refreshes, 2);
+}
+
+TEST_F(PopoverTest, ChoosingACameraStoresAndStartsIt) {
+    open();
+    view().selectCamera("back");
+    EXPECT_EQ(preferences().selectedCameraID, "back");
+    EXPECT_THAT(fakes.captureServices.session->calls, Contains("add back"));
+}
+
+TEST_F(PopoverTest, CopyingPutsThePhotoAloneOnThePasteboard) {
+    open();
+    view().copyPhoto();
+    EXPECT_EQ(fakes.pasteboard.clearings, 0);
+    takePhoto();
+    view().copyPhoto();
+    EXPECT_EQ(fakes.pasteboard.clearings, 1);
+    EXPECT_THAT(fakes.pasteboard.images, ElementsAre(fakes.captureServices.image));
+}
+
+TEST_F(PopoverTest, SavingWritesThePhotoUnchangedWhereTheUserWantsIt) {
+    open();
+    view().savePhoto();
+    EXPECT_THAT(fakes.savePanel.openings, IsEmpty());
+    takePhoto();
+    takeEvents();
+    fakes.wallClock.time = std::chrono::system_clock::time_point(std::chrono::seconds(77));
+    view().savePhoto();
+    EXPECT_THAT(takeEvents(), ElementsAre("activate ignoring other apps", "save panel"));
+    ASSERT_THAT(fakes.savePanel.openings, SizeIs(1));
+    EXPECT_EQ(fakes.savePanel.openings[0].proposedName, "Curtain 77.jpg");
+    EXPECT_EQ(fakes.savePanel.openings[0].folder, "/home/ada/Pictures");
+    EXPECT_EQ(fakes.savePanel.openings[0].mimeType, "image/jpeg");
+    // The popover may be gone by the time the user has decided.
+    fakes.popover.close();
+    fakes.savePanel.choose("/home/ada/me.jpg");
+    EXPECT_EQ(fakes.fileManager.writtenFiles["/home/ada/me.jpg"], fakes.captureServices.image);
+}
+
+TEST_F(PopoverTest, ACancelledPanelWritesNothing) {
+    open();
+    takePhoto();
+    view().savePhoto();
+    fakes.savePanel.choose(std::nullopt);
+    EXPECT_THAT(fakes.fileManager.writtenFiles, IsEmpty());
+}
+
+TEST_F(PopoverTest, SettingsTakeItsPlaceInOneWindow) {
+    open();
+    takeEvents();
+    view().openSettings();
+    EXPECT_FALSE(fakes.popover.isShown());
+    ASSERT_THAT(fakes.windows.all, SizeIs(1));
+    EXPECT_EQ(fakes.windows.all[0]->title, "Curtain — Settings");
+    EXPECT_EQ(fakes.windows.all[0]->size, (Platform::Size{440, 430}));
+    EXPECT_THAT(takeEvents(), ElementsAre("close popover", "centre window", "make window key",
+                                          "activate ignoring other apps"));
+    fakes.windows.all[0]->close();
+    change([](auto& record) { record.language = CurtainCore::AppLanguage::fr; });
+    delegate->openSettings();
+    ASSERT_THAT(fakes.windows.all, SizeIs(1));
+    EXPECT_TRUE(fakes.windows.all[0]->isVisible());
+    EXPECT_EQ(fakes.windows.all[0]->title, "Curtain — Paramètres");
+}
+
+TEST_F(PopoverTest, QuitEndsTheProgram) {
+    open();
+    view().quit();
+    EXPECT_TRUE(fakes.application.isTerminated);
+}
+
+TEST_F(PopoverTest, OpeningFromOutsideNeverCloses) {
+    delegate->open();
+    EXPECT_TRUE(fakes.popover.isShown());
+    delegate->open();
+    EXPECT_TRUE(fakes.popover.isShown());
+}
+
+TEST_F(PopoverTest, SpeaksTheLanguageOfTheMoment) {
+    open();
+    EXPECT_EQ(view().lang(), "en");
+    fakes.popover.close();
+    change([](auto& record) { record.language = CurtainCore::AppLanguage::ar; });
+    open();
+    EXPECT_EQ(view().lang(), "ar");
+}
+
+TEST_F(PopoverTest, AControllerThatIsGoneIsNotCalled) {
+    open();
+    const auto content = fakes.popover.content;
+    delegate.reset();
+    EXPECT_EQ(fakes.eventMonitors.globalMask, std::nullopt);
+    EXPECT_EQ(fakes.eventMonitors.localMask, std::nullopt);
+    fakes.popover.close();
+    fakes.mainQueue.advance(5.0);
+}
+
+struct WizardTest : TestSupport::AppDelegateFixture {
+    Curtain::OnboardingViewModel& model() {
+        return dynamic_cast<Curtain::OnboardingViewModel&>(*fakes.windows.all.at(0)->view.model);
+    }
+};
+
+TEST_F(WizardTest, NothingOpensAtTheLaunch) {
+    launch();
+    EXPECT_THAT(fakes.windows.all, IsEmpty());
+    EXPECT_FALSE(fakes.popover.isShown());
+}
+
+TEST_F(WizardTest, TheFirstClickOpensTheWizardInsteadOfThePopover) {
+    launch();
+    fakes.statusBar.click(leftClick);
+    EXPECT_FALSE(fakes.popover.isShown());
+    ASSERT_THAT(fakes.windows.all, SizeIs(1));
+    EXPECT_TRUE(fakes.windows.all[0]->isVisible());
+    EXPECT_EQ(model().page(), "welcome");
+}
+
+TEST_F(WizardTest, ClosingItHalfWayKeepsItForTheNextClick) {
+    launch();
+    fakes.statusBar.click(leftClick);
+    model().advance();
+    fakes.windows.all[0]->close();
+    EXPECT_FALSE(preferences().hasOnboarded);
+    fakes.statusBar.click(leftClick);
+    ASSERT_THAT(fakes.windows.all, SizeIs(1));
+    EXPECT_TRUE(fakes.windows.all[0]->isVisible());
+    EXPECT_EQ(model().page(), "compatibility");
+}
+
+TEST_F(WizardTest, FinishingStoresItClosesTheWindowAndAsksForNotifications) {
+    launch();
+    fakes.statusBar.click(leftClick);
+    takeEvents();
+    model().onFinish();
+    EXPECT_TRUE(preferences().hasOnboarded);
+    EXPECT_THAT(fakes.userNotificationCenter.authorizationOptions, ElementsAre(6U));
+    EXPECT_FALSE(fakes.windows.all.at(0)->isVisible());
+    EXPECT_FALSE(fakes.popover.isShown());
+    fakes.mainQueue.advance(0.19);
+    EXPECT_THAT(fakes.windows.all, SizeIs(1));
+    fakes.mainQueue.advance(0.02);
+    EXPECT_THAT(fakes.windows.all, IsEmpty());
+    fakes.statusBar.click(leftClick);
+    EXPECT_TRUE(fakes.popover.isShown());
+}
+
+TEST_F(WizardTest, WithoutABundleNobodyIsAskedForNotifications) {
+    delegate.reset();
+    fakes.application.identifier.reset();
+    delegate = std::make_unique<Curtain::AppDelegate>(fakes.platform);
+    launch();
+    fakes.statusBar.click(leftClick);
+    model().onFinish();
+    EXPECT_TRUE(preferences().hasOnboarded);
+    EXPECT_THAT(fakes.userNotificationCenter.calls, IsEmpty());
+}
+
+} // namespace

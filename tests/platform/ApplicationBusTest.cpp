@@ -1,0 +1,120 @@
+#include "platform/linux/dbus/ApplicationBus.h"
+
+#include "tests/support/EventLoop.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingCall>
+#include <QDBusPendingReply>
+#include <QVariantMap>
+
+#include <gmock/gmock.h>
+
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using LinuxPlatform::ApplicationBus;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using TestSupport::spinUntil;
+
+const auto name = QStringLiteral("com.curtain.Test");
+
+struct ApplicationBusTest : testing::Test {
+    QDBusConnection ownConnection =
+        QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("own"));
+    QDBusConnection caller =
+        QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("caller"));
+    std::unique_ptr<ApplicationBus> bus = std::make_unique<ApplicationBus>(ownConnection, name);
+    std::vector<std::string> done;
+
+    ~ApplicationBusTest() override {
+        bus.reset();
+        QDBusConnection::disconnectFromBus(QStringLiteral("own"));
+        QDBusConnection::disconnectFromBus(QStringLiteral("caller"));
+    }
+
+    ApplicationBus::Actions actions() {
+        return {[this] { done.emplace_back("open"); },
+                {{"toggle-privacy", [this] { done.emplace_back("toggle-privacy"); }},
+                 {"quit", [this] { done.emplace_back("quit"); }}}};
+    }
+
+    /// Calls the interface and waits for the answer.
+    QDBusMessage call(const QString& method, const QVariantList& arguments) {
+        auto message = QDBusMessage::createMethodCall(name, QStringLiteral("/com/curtain/Test"),
+                                                      QStringLiteral("org.freedesktop.Application"), method);
+        message.setArguments(arguments);
+        const auto pending = caller.asyncCall(message);
+        EXPECT_TRUE(spinUntil([&] { return pending.isFinished(); }));
+        return pending.reply();
+    }
+
+    QDBusMessage activateAction(const QString& action) {
+        return call(QStringLiteral("ActivateAction"), {action, QVariantList(), QVariantMap()});
+    }
+};
+
+TEST_F(ApplicationBusTest, TheFirstOneIsReachable) {
+    ASSERT_EQ(bus->claim(), ApplicationBus::Claim::first);
+    bus->setActions(actions());
+    EXPECT_EQ(call(QStringLiteral("Activate"), {QVariantMap()}).type(), QDBusMessage::ReplyMessage);
+    EXPECT_EQ(activateAction(QStringLiteral("toggle-privacy")).type(), QDBusMessage::ReplyMessage);
+    EXPECT_EQ(call(QStringLiteral("Open"), {QStringList(), QVariantMap()}).type(),
+              QDBusMessage::ReplyMessage);
+    EXPECT_THAT(done, ElementsAre("open", "toggle-privacy", "open"));
+}
+
+TEST_F(ApplicationBusTest, CallsThatComeEarlyAreDoneLater) {
+    ASSERT_EQ(bus->claim(), ApplicationBus::Claim::first);
+    EXPECT_EQ(activateAction(QStringLiteral("toggle-privacy")).type(), QDBusMessage::ReplyMessage);
+    EXPECT_THAT(done, IsEmpty());
+    bus->setActions(actions());
+    EXPECT_THAT(done, ElementsAre("toggle-privacy"));
+}
+
+TEST_F(ApplicationBusTest, UnknownActionsAndMalformedCallsDoNothing) {
+    ASSERT_EQ(bus->claim(), ApplicationBus::Claim::first);
+    bus->setActions(actions());
+    activateAction(QStringLiteral("format-disk"));
+    EXPECT_EQ(call(QStringLiteral("Activate"), {42}).type(), QDBusMessage::ErrorMessage);
+    EXPECT_EQ(call(QStringLiteral("ActivateAction"), {QStringLiteral("quit")}).type(),
+              QDBusMessage::ErrorMessage);
+    EXPECT_EQ(call(QStringLiteral("Unknown"), {}).type(), QDBusMessage::ErrorMessage);
+    EXPECT_THAT(done, IsEmpty());
+}
+
+TEST_F(ApplicationBusTest, TheSecondOneMakesTheFirstOneOpen) {
+    ASSERT_EQ(bus->claim(), ApplicationBus::Claim::first);
+    bus->setActions(actions());
+    auto claim = ApplicationBus::Claim::noBus;
+    bool isDone = false;
+    std::thread second([&] {
+        ApplicationBus other(caller, name);
+        claim = other.claim();
+        isDone = true;
+    });
+    EXPECT_TRUE(spinUntil([&] { return !done.empty(); }));
+    second.join();
+    EXPECT_TRUE(isDone);
+    EXPECT_EQ(claim, ApplicationBus::Claim::otherOpened);
+    EXPECT_THAT(done, ElementsAre("open"));
+}
+
+TEST_F(ApplicationBusTest, TheNameIsFreeOnceTheFirstOneHasGone) {
+    ASSERT_EQ(bus->claim(), ApplicationBus::Claim::first);
+    bus.reset();
+    ApplicationBus next(caller, name);
+    EXPECT_EQ(next.claim(), ApplicationBus::Claim::first);
+}
+
+TEST_F(ApplicationBusTest, WithoutABusThereIsNothingToAgreeOn) {
+    ApplicationBus lonely(QDBusConnection(QStringLiteral("none")), name);
+    EXPECT_EQ(lonely.claim(), ApplicationBus::Claim::noBus);
+}
+
+} // namespace
