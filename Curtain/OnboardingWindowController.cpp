@@ -45,7 +45,6 @@ void OnboardingWindowController::makeWindow() {
     window_ = windows_.makeWindow({viewAddress, viewModel_}, contentSize, style);
     // For task lists; the title bar shows none.
     window_->setTitle("Curtain");
-    window_->setTitle("Curtain");
     window_->setOnWillClose([this] { windowWillClose(); });
 }
 
