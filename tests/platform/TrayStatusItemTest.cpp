@@ -152,9 +152,9 @@ private:
     xcb_window_t panel_ = XCB_WINDOW_NONE;
 };
 
-/// Before anything else is made: a tray that ends gives its icons back to the desktop, where the window manager takes
-/// them in. The next connection gets the identifiers of the last one, so whatever the window manager still does with
-/// the old icon it would do to the new one.
+/// Before anything else is made: a tray that ends gives its icons back to the desktop, where the window
+/// manager takes them in. The next connection gets the identifiers of the last one, so whatever the window
+/// manager still does with the old icon it would do to the new one.
 struct SettledWindowManager {
     SettledWindowManager() {
         X11TestClient client;
