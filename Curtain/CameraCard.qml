@@ -163,7 +163,7 @@ Item {
             visible: text !== ""
             horizontalAlignment: Text.AlignHCenter
             wrapMode: Text.WordWrap
-            text: card.model.settingsProblem
+            text: card.model.cameraSettingsProblem
             style: Theme.small
             color: Theme.ink2
         }

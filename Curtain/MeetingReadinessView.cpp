@@ -329,8 +329,16 @@ void MeetingReadinessView::setShowingTestShare(bool showing) {
     }
 }
 
-QString MeetingReadinessView::settingsProblem() const {
-    return isSettingsPageMissing_ ? text(QStringLiteral("noSettingsPage")) : QString();
+QString MeetingReadinessView::cameraSettingsProblem() const {
+    return problemWith(SettingsPage::camera);
+}
+
+QString MeetingReadinessView::focusProblem() const {
+    return problemWith(SettingsPage::focus);
+}
+
+QString MeetingReadinessView::problemWith(SettingsPage page) const {
+    return missingPage_ == page ? text(QStringLiteral("noSettingsPage")) : QString();
 }
 
 QString MeetingReadinessView::text(const QString& key) const {
@@ -339,7 +347,7 @@ QString MeetingReadinessView::text(const QString& key) const {
 
 void MeetingReadinessView::didOpen() {
     setEditingApps(false);
-    setSettingsProblem(false);
+    setMissingPage(SettingsPage::none);
     setShowingTestShare(services_.store.load().runTestShareModeOnOpen);
     readState();
 }
@@ -356,11 +364,13 @@ QVariantList MeetingReadinessView::cameras() const {
 }
 
 void MeetingReadinessView::openCameraSettings() {
-    setSettingsProblem(!services_.urlOpener.open(SettingsLinks::cameraPrivacy));
+    const auto isOpen = services_.urlOpener.open(SettingsLinks::cameraPrivacy);
+    setMissingPage(isOpen ? SettingsPage::none : SettingsPage::camera);
 }
 
 void MeetingReadinessView::openFocus() {
-    setSettingsProblem(!NotificationChecker::openFocusSettings(services_.urlOpener));
+    const auto isOpen = NotificationChecker::openFocusSettings(services_.urlOpener);
+    setMissingPage(isOpen ? SettingsPage::none : SettingsPage::focus);
 }
 
 bool MeetingReadinessView::isDivider(int row) const {
@@ -455,9 +465,9 @@ void MeetingReadinessView::loadCatalog() {
     catalog_ = AppSearch(merged(services_.catalog.installedApps(), services_.catalog.runningApps()));
 }
 
-void MeetingReadinessView::setSettingsProblem(bool isThere) {
-    if (isThere != isSettingsPageMissing_) {
-        isSettingsPageMissing_ = isThere;
+void MeetingReadinessView::setMissingPage(SettingsPage page) {
+    if (page != missingPage_) {
+        missingPage_ = page;
         Q_EMIT settingsProblemChanged();
     }
 }

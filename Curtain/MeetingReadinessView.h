@@ -81,7 +81,8 @@ class MeetingReadinessView : public QObject {
     Q_PROPERTY(QString appQuery READ appQuery WRITE setAppQuery NOTIFY appQueryChanged)
     Q_PROPERTY(
         bool showingTestShare READ showingTestShare WRITE setShowingTestShare NOTIFY showingTestShareChanged)
-    Q_PROPERTY(QString settingsProblem READ settingsProblem NOTIFY settingsProblemChanged)
+    Q_PROPERTY(QString cameraSettingsProblem READ cameraSettingsProblem NOTIFY settingsProblemChanged)
+    Q_PROPERTY(QString focusProblem READ focusProblem NOTIFY settingsProblemChanged)
 
 public:
     /// All of them outlive the view.
@@ -148,8 +149,9 @@ public:
     void setAppQuery(const QString& query);
     bool showingTestShare() const { return showingTestShare_; }
     void setShowingTestShare(bool showing);
-    /// What to say after a settings page could not be opened; empty otherwise.
-    QString settingsProblem() const;
+    /// What to say after that settings page could not be opened; empty otherwise.
+    QString cameraSettingsProblem() const;
+    QString focusProblem() const;
 
     /// The text behind a name; aborts when there is none.
     Q_INVOKABLE QString text(const QString& key) const;
@@ -194,6 +196,8 @@ Q_SIGNALS:
     void settingsProblemChanged();
 
 private:
+    enum class SettingsPage { none, camera, focus };
+
     const CurtainCore::ReadinessState& state() const { return services_.coordinator.state(); }
     CurtainCore::ReadinessStatus microphoneMark() const;
     void readState();
@@ -202,7 +206,8 @@ private:
     void readReady();
     void fillLists();
     void loadCatalog();
-    void setSettingsProblem(bool isThere);
+    void setMissingPage(SettingsPage page);
+    QString problemWith(SettingsPage page) const;
     QString iconSource(const std::string& bundleID) const;
 
     Services services_;
@@ -215,7 +220,7 @@ private:
     bool showsRisk_ = true;
     bool editingApps_ = false;
     bool showingTestShare_ = false;
-    bool isSettingsPageMissing_ = false;
+    SettingsPage missingPage_ = SettingsPage::none;
     bool wasReady_ = false;
     std::shared_ptr<const Platform::Picture> photo_;
     MicStatus micStatus_;

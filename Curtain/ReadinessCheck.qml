@@ -67,7 +67,7 @@ Card {
             icon: "bell"
             label: section.model.text("notifications")
             status: section.model.notificationsStatus
-            detail: section.model.notificationsDetail
+            detail: section.model.focusProblem !== "" ? section.model.focusProblem : section.model.notificationsDetail
             action: section.model.text("openFocus")
             remedies: true
             onActed: section.model.openFocus()

@@ -26,6 +26,7 @@
 #include "platform/linux/locale/EnvironmentLocale.h"
 #include "platform/linux/login/AutostartEntry.h"
 #include "platform/linux/media/LinuxMediaAuthorization.h"
+#include "platform/linux/motion/ReducedMotion.h"
 #include "platform/linux/notifications/DBusNotificationCenter.h"
 #include "platform/linux/screenwatch/PipeWireCaptureWatch.h"
 #include "platform/linux/screenwatch/ScreenWatch.h"
@@ -99,6 +100,8 @@ struct Session {
     QtPlatform::QtScreens screens{linkTo(windowManager.get())};
     QtPlatform::ViewEngine views;
     std::unique_ptr<ScopedApps> scopedApps;
+    ReducedMotion motion{QDBusConnection::sessionBus(),
+                         [this](bool isReduced) { views.style().setReducedMotion(isReduced); }};
 };
 
 Platform::ApplicationFolders applicationFolders() {

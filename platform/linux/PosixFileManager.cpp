@@ -5,8 +5,9 @@
 #include <system_error>
 
 namespace LinuxPlatform {
+namespace {
 
-std::optional<std::vector<std::string>> PosixFileManager::contentsOfDirectory(const std::string& path) {
+std::optional<std::vector<std::string>> list(const std::string& path) {
     std::error_code error;
     std::filesystem::directory_iterator iterator(path, error);
     std::vector<std::string> contents;
@@ -14,6 +15,14 @@ std::optional<std::vector<std::string>> PosixFileManager::contentsOfDirectory(co
         contents.push_back(iterator->path().string());
     }
     return error ? std::nullopt : std::optional(std::move(contents));
+}
+
+} // namespace
+
+PosixFileManager::PosixFileManager() : listing_(list) {}
+
+std::optional<std::vector<std::string>> PosixFileManager::contentsOfDirectory(const std::string& path) {
+    return listing_.contents(path);
 }
 
 bool PosixFileManager::removeItem(const std::string& path) {

@@ -36,15 +36,14 @@ protected:
             const auto callback = onWillClose;
             callback();
         }
-        return QQuickWindow::event(event);
-    }
-
-    void mousePressEvent(QMouseEvent* event) override {
-        event->ignore();
-        QQuickWindow::mousePressEvent(event);
-        if (isMovableByBackground_ && !event->isAccepted() && event->button() == Qt::LeftButton) {
+        const bool isRecognized = QQuickWindow::event(event);
+        // mousePressEvent is called before the items see the press, so only here it is known that none took
+        // it.
+        if (isMovableByBackground_ && event->type() == QEvent::MouseButtonPress && !event->isAccepted() &&
+            static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton) {
             startSystemMove();
         }
+        return isRecognized;
     }
 
 private:

@@ -347,6 +347,21 @@ class InnocentTest(ScreenWatchCase):
         self.check()
 
 
+class WithoutRecordTest(DesktopCase):
+    def test_server_without_the_extension_is_no_harm(self):
+        server = self.desktop.start("Xvfb", "-displayfd", "1", "-screen", "0", "640x480x24", "-nolisten", "tcp",
+                                    "-extension", "RECORD")
+        display = ":" + wait_until(lambda: server.output().strip(), "the server is up", SECONDS_TO_START)
+        watch = self.desktop.start(SCREEN_WATCH, environment={"DISPLAY": display})
+        capture = self.desktop.start("ffmpeg", "-nostdin", "-loglevel", "error", "-f", "x11grab", "-video_size", "640x480",
+                                     "-i", display, "-f", "null", "-")
+        wait_until(lambda: watch.output().count("\n") >= 3, "three polls", 5 * POLL_SECONDS)
+        self.assertNotIn("watched", watch.output())
+        self.assertEqual(watch.complaints(), "")
+        self.assertIsNone(watch.poll())
+        self.assertIsNone(capture.poll(), capture.complaints())
+
+
 if __name__ == "__main__":
     try:
         unittest.main(argv=[word for word in sys.argv if word != "--all"])

@@ -256,16 +256,4 @@ TEST_F(PosixDesktopFolderTest, EntriesAreNotFollowed) {
     EXPECT_EQ(files.contentsOfDirectory(folder.path().string()).value().size(), 3U);
 }
 
-TEST_F(PosixDesktopFolderTest, AHundredThousandEntries) {
-    const auto desktop = folder.path() / "Desktop";
-    std::filesystem::create_directory(desktop);
-    const auto original = desktop / "0";
-    TestSupport::writeFile(original, "");
-    // Links are made faster than files.
-    for (int number = 1; number < 100'000; ++number) {
-        std::filesystem::create_symlink("0", desktop / std::to_string(number));
-    }
-    EXPECT_EQ(files.contentsOfDirectory(desktop.string()).value().size(), 100'000U);
-}
-
 } // namespace

@@ -1,75 +1,23 @@
-#include "Curtain/MicrophoneMonitor.h"
-#include "platform/linux/PosixFileManager.h"
-#include "platform/linux/ThreadWorkQueues.h"
-#include "platform/linux/audio/PulseAudioServices.h"
-#include "platform/linux/media/LinuxMediaAuthorization.h"
-#include "platform/qt/QtMainQueue.h"
+#include "tests/platform/MicrophoneCheck.h"
 
-#include "tests/support/EventLoop.h"
-#include "tests/support/FakeUserFolders.h"
-#include "tests/support/RecordingLog.h"
-#include "tests/support/SoundWorld.h"
+#include <sndfile.h>
 
-#include <QDBusConnection>
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <vector>
 
-#include <gmock/gmock.h>
-
-#include <chrono>
-#include <memory>
-#include <optional>
+#include <sys/stat.h>
 
 namespace {
 
-using namespace std::chrono_literals;
 using Curtain::EchoPhase;
 using Curtain::MicStatus;
 using testing::IsEmpty;
+using TestSupport::SoundWorld;
 using TestSupport::tone;
 
-/// A busy computer takes its time.
-constexpr auto patience = 20s;
-
-/// The whole microphone check, on this world's sound server.
-struct MicrophoneCheckTest : testing::Test {
-    TestSupport::SoundWorld sound;
-    TestSupport::TemporaryFolder folder;
-    QtPlatform::QtMainQueue mainQueue;
-    LinuxPlatform::ThreadWorkQueues workQueues;
-    LinuxPlatform::PulseAudioServices audio{mainQueue};
-    LinuxPlatform::LinuxMediaAuthorization authorization{QDBusConnection::sessionBus(), false};
-    LinuxPlatform::PosixFileManager files;
-    TestSupport::FakeUserFolders folders;
-    TestSupport::RecordingLog log;
-    std::optional<Curtain::MicrophoneMonitor> monitor;
-
-    MicrophoneCheckTest() {
-        folders.temporaryFolder = folder.path().string();
-        monitor.emplace(Curtain::MicrophoneMonitor::Services{audio, authorization, files, folders, mainQueue,
-                                                             workQueues, log});
-    }
-
-    template <class Condition>
-    static bool eventually(const Condition& condition) {
-        return TestSupport::spinUntil(condition, patience);
-    }
-
-    bool becomes(MicStatus status) {
-        return eventually([&] { return monitor->status() == status; });
-    }
-    bool becomes(EchoPhase phase) {
-        return eventually([&] { return monitor->echoPhase() == phase; });
-    }
-    bool levelBecomes(float low, float high) {
-        return eventually([&] { return monitor->level() >= low && monitor->level() <= high; });
-    }
-
-    void startMetering() {
-        monitor->start();
-        ASSERT_TRUE(becomes(MicStatus::silent) || monitor->status() == MicStatus::working);
-    }
-
-    std::filesystem::path recording() const { return folder.path() / "curtain-mic-test.caf"; }
-};
+struct MicrophoneCheckTest : TestSupport::MicrophoneCheck {};
 
 TEST_F(MicrophoneCheckTest, AToneAtHalfScaleIsWorkingAtOne) {
     sound.feed(tone(440, 0.5, 60));
@@ -87,19 +35,19 @@ TEST_F(MicrophoneCheckTest, AFaintToneIsSilent) {
 }
 
 TEST_F(MicrophoneCheckTest, NothingListensUnlessAsked) {
-    EXPECT_FALSE(TestSupport::SoundWorld::hasOurRecording());
+    EXPECT_FALSE(SoundWorld::hasOurRecording());
     startMetering();
-    EXPECT_TRUE(eventually(TestSupport::SoundWorld::hasOurRecording));
+    EXPECT_TRUE(eventually(SoundWorld::hasOurRecording));
     monitor->stop();
-    EXPECT_TRUE(eventually([] { return !TestSupport::SoundWorld::hasOurRecording(); }));
+    EXPECT_TRUE(eventually([] { return !SoundWorld::hasOurRecording(); }));
 }
 
 TEST_F(MicrophoneCheckTest, WithoutAMicrophoneThereIsNoInputDevice) {
-    TestSupport::SoundWorld::unplug();
+    SoundWorld::unplug();
     EXPECT_FALSE(audio.hasInputDevice());
     monitor->start();
     EXPECT_TRUE(becomes(MicStatus::noInputDevice));
-    TestSupport::SoundWorld::plugIn();
+    SoundWorld::plugIn();
     EXPECT_TRUE(audio.hasInputDevice());
     sound.feed(tone(440, 0.5, 60));
     monitor->start();
@@ -111,17 +59,17 @@ TEST_F(MicrophoneCheckTest, AMicrophoneThatIsUnpluggedIsNotReplacedByTheSpeakers
     startMetering();
     ASSERT_TRUE(levelBecomes(0.13F, 0.15F));
     sound.feed(tone(440, 0.5, 60), "speakers");
-    TestSupport::SoundWorld::unplug();
-    ASSERT_TRUE(eventually([] { return !TestSupport::SoundWorld::hasOurRecording(); }));
+    SoundWorld::unplug();
+    ASSERT_TRUE(eventually([] { return !SoundWorld::hasOurRecording(); }));
     EXPECT_LT(monitor->level(), 0.5F);
     sound.feed(tone(440, 0.5, 60));
-    TestSupport::SoundWorld::plugIn();
+    SoundWorld::plugIn();
     EXPECT_TRUE(levelBecomes(1, 1));
     EXPECT_TRUE(becomes(MicStatus::working));
 }
 
 TEST_F(MicrophoneCheckTest, TheMeterFollowsTheDefaultMicrophoneAndItsFormat) {
-    sound.addMicrophone("other", 44100, "front-left,front-right");
+    sound.addMicrophone("other", 44100);
     startMetering();
     ASSERT_TRUE(levelBecomes(0, 0));
     // Only the left channel counts.
@@ -131,9 +79,9 @@ TEST_F(MicrophoneCheckTest, TheMeterFollowsTheDefaultMicrophoneAndItsFormat) {
         stereo.push_back(50 * sample);
     }
     sound.feed(stereo, "other_feed", 44100, 2);
-    TestSupport::SoundWorld::makeDefault("other");
+    SoundWorld::makeDefault("other");
     EXPECT_TRUE(levelBecomes(0.13F, 0.15F));
-    TestSupport::SoundWorld::makeDefault("microphone");
+    SoundWorld::makeDefault("microphone");
     EXPECT_TRUE(levelBecomes(0, 0));
 }
 
@@ -145,6 +93,226 @@ TEST_F(MicrophoneCheckTest, AMutedMicrophoneIsSilent) {
     EXPECT_TRUE(becomes(MicStatus::silent));
     TestSupport::outputOf("pactl set-source-mute microphone 0");
     EXPECT_TRUE(becomes(MicStatus::working));
+}
+
+/// A voice, with a faint tone under it, so that its pauses are not silence.
+std::vector<float> speech(const std::filesystem::path& folder) {
+    const auto wave = (folder / "speech.wav").string();
+    const auto raw = (folder / "speech.raw").string();
+    TestSupport::outputOf(
+        "espeak-ng -w " + wave +
+        " 'Good morning. Can you hear me? I am trying my microphone before the call begins, "
+        "so that nobody has to ask whether I am still there. One, two, three, four, five, "
+        "six, seven, eight, nine, ten, eleven, twelve, thirteen, fourteen, fifteen.'");
+    TestSupport::outputOf("ffmpeg -y -i " + wave + " -f f32le -ac 1 -ar 48000 " + raw);
+    auto samples = TestSupport::readSamples(raw);
+    const auto floor = tone(200, 0.005, 60);
+    for (std::size_t frame = 0; frame < samples.size(); ++frame) {
+        samples[frame] += floor[frame];
+    }
+    return samples;
+}
+
+/// Without the silence around it.
+std::vector<float> trimmed(const std::vector<float>& samples) {
+    const auto isLoud = [](float sample) { return std::abs(sample) > 1e-4F; };
+    const auto first = std::find_if(samples.begin(), samples.end(), isLoud);
+    const auto last = std::find_if(samples.rbegin(), std::make_reverse_iterator(first), isLoud).base();
+    return {first, last};
+}
+
+double correlation(const float* one, const float* other, std::size_t count) {
+    double product = 0;
+    double oneSquare = 0;
+    double otherSquare = 0;
+    for (std::size_t index = 0; index < count; ++index) {
+        product += double{one[index]} * other[index];
+        oneSquare += double{one[index]} * one[index];
+        otherSquare += double{other[index]} * other[index];
+    }
+    return product / std::max(std::sqrt(oneSquare * otherSquare), 1e-9);
+}
+
+std::vector<float> coarse(const std::vector<float>& samples, std::size_t factor) {
+    std::vector<float> result(samples.size() / factor);
+    for (std::size_t index = 0; index < result.size(); ++index) {
+        for (std::size_t sample = 0; sample < factor; ++sample) {
+            result[index] += samples[index * factor + sample];
+        }
+    }
+    return result;
+}
+
+/// How alike the shorter sound and some part of the longer one are; 1 for the same.
+double likeness(const std::vector<float>& whole, const std::vector<float>& part) {
+    constexpr std::size_t factor = 48;
+    const auto wholeCoarse = coarse(whole, factor);
+    const auto partCoarse = coarse(part, factor);
+    if (part.empty() || partCoarse.size() + 1 > wholeCoarse.size()) {
+        return 0;
+    }
+    std::size_t best = 0;
+    double bestCoarse = -1;
+    for (std::size_t offset = 0; offset + partCoarse.size() <= wholeCoarse.size(); ++offset) {
+        const auto value = correlation(&wholeCoarse[offset], partCoarse.data(), partCoarse.size());
+        if (value > bestCoarse) {
+            bestCoarse = value;
+            best = offset * factor;
+        }
+    }
+    double result = -1;
+    const auto last = std::min(best + 2 * factor, whole.size() - part.size());
+    for (auto offset = best - std::min(best, 2 * factor); offset <= last; ++offset) {
+        result = std::max(result, correlation(&whole[offset], part.data(), part.size()));
+    }
+    return result;
+}
+
+double rootMeanSquare(const std::vector<float>& samples) {
+    double sum = 0;
+    for (const auto sample : samples) {
+        sum += double{sample} * sample;
+    }
+    return std::sqrt(sum / static_cast<double>(std::max<std::size_t>(samples.size(), 1)));
+}
+
+struct EchoTest : TestSupport::MicrophoneCheck {
+    struct Echo {
+        std::vector<float> recorded;
+        std::vector<float> heard;
+        mode_t mode = 0;
+    };
+
+    /// One whole echo test.
+    Echo echo() {
+        Echo result;
+        TestSupport::SpeakersEar ear(folder.path() / "heard.raw");
+        monitor->startEcho();
+        EXPECT_EQ(monitor->echoPhase(), EchoPhase::recording);
+        struct stat status {};
+        EXPECT_EQ(stat(recording().c_str(), &status), 0);
+        result.mode = status.st_mode & 07777U;
+        EXPECT_TRUE(becomes(EchoPhase::playing));
+        result.recorded = readRecording();
+        EXPECT_TRUE(becomes(EchoPhase::done));
+        result.heard = trimmed(ear.heard());
+        return result;
+    }
+
+    std::vector<float> readRecording() const {
+        SF_INFO info{};
+        auto* const file = sf_open(recording().c_str(), SFM_READ, &info);
+        if (file == nullptr) {
+            return {};
+        }
+        EXPECT_EQ(info.format & SF_FORMAT_TYPEMASK, SF_FORMAT_CAF);
+        EXPECT_EQ(info.format & SF_FORMAT_SUBMASK, SF_FORMAT_FLOAT);
+        EXPECT_EQ(info.samplerate, 48000);
+        EXPECT_EQ(info.channels, 1);
+        std::vector<float> samples(static_cast<std::size_t>(info.frames));
+        sf_readf_float(file, samples.data(), info.frames);
+        sf_close(file);
+        return samples;
+    }
+};
+
+TEST_F(EchoTest, WhatWasSpokenIsHeard) {
+    const auto spoken = speech(folder.path());
+    ASSERT_GT(spoken.size(), std::size_t{10} * 48000);
+    constexpr double seconds = 3.0;
+    // A computer that is too busy loses sound on the way through the virtual devices.
+    for (int attempt = 1; attempt <= 3; ++attempt) {
+        sound.feed(spoken);
+        startMetering();
+        ASSERT_TRUE(levelBecomes(0.5F, 1));
+        const auto result = echo();
+        EXPECT_EQ(result.mode, 0600U);
+        EXPECT_FALSE(std::filesystem::exists(recording()));
+        const auto heardSeconds = static_cast<double>(result.heard.size()) / 48000;
+        const auto likenessOfRecording = likeness(spoken, result.recorded);
+        const auto likenessOfHeard = likeness(spoken, result.heard);
+        const auto loudness = rootMeanSquare(result.heard) / rootMeanSquare(result.recorded);
+        std::printf("recorded %.3f s, heard %.3f s, recorded is like spoken %.4f, heard is like spoken %.4f, "
+                    "loudness "
+                    "%.3f\n",
+                    static_cast<double>(result.recorded.size()) / 48000, heardSeconds, likenessOfRecording,
+                    likenessOfHeard, loudness);
+        const bool isGood = likenessOfHeard > 0.95 && likenessOfRecording > 0.95 &&
+                            std::abs(heardSeconds - seconds) < 0.02 * seconds &&
+                            std::abs(loudness - 1) < 0.05;
+        if (isGood || attempt == 3) {
+            EXPECT_TRUE(isGood);
+            break;
+        }
+    }
+    EXPECT_THAT(log.lines, IsEmpty());
+}
+
+TEST_F(EchoTest, AStopWhileRecordingPlaysWhatThereIs) {
+    sound.feed(tone(440, 0.5, 60));
+    startMetering();
+    ASSERT_TRUE(levelBecomes(1, 1));
+    monitor->startEcho();
+    ASSERT_TRUE(eventually([&] { return file_size(recording()) > 20000; }));
+    monitor->stop();
+    EXPECT_TRUE(becomes(EchoPhase::playing));
+    EXPECT_LT(readRecording().size(), std::size_t{3} * 48000);
+    EXPECT_TRUE(becomes(EchoPhase::done));
+    EXPECT_FALSE(std::filesystem::exists(recording()));
+}
+
+TEST_F(EchoTest, AnotherFormatInTheMiddleEndsTheRecordingButNotTheEcho) {
+    sound.addMicrophone("other", 44100);
+    sound.feed(tone(440, 0.5, 60));
+    startMetering();
+    ASSERT_TRUE(levelBecomes(1, 1));
+    monitor->startEcho();
+    ASSERT_TRUE(eventually([&] { return file_size(recording()) > 20000; }));
+    SoundWorld::makeDefault("other");
+    ASSERT_TRUE(levelBecomes(0, 0));
+    EXPECT_TRUE(becomes(EchoPhase::playing));
+    const auto samples = readRecording();
+    EXPECT_GT(rootMeanSquare(samples), 0.3);
+    EXPECT_LT(samples.size(), std::size_t{3} * 48000);
+    EXPECT_TRUE(becomes(EchoPhase::done));
+}
+
+TEST_F(EchoTest, ALinkThatSomebodyPlantedIsNotFollowed) {
+    const auto victim = folder.path() / "victim";
+    TestSupport::writeFile(victim, "precious");
+    startMetering();
+    std::filesystem::create_symlink(victim, recording());
+    monitor->startEcho();
+    EXPECT_EQ(monitor->echoPhase(), EchoPhase::recording);
+    EXPECT_FALSE(std::filesystem::is_symlink(recording()));
+    EXPECT_EQ(TestSupport::readFile(victim), "precious");
+}
+
+TEST_F(EchoTest, AFolderThatCannotBeWrittenToMeansNoEcho) {
+    for (const auto* place : {"/proc", "/nowhere/at/all"}) {
+        folders.temporaryFolder = place;
+        log.lines.clear();
+        makeMonitor();
+        startMetering();
+        monitor->startEcho();
+        EXPECT_EQ(monitor->echoPhase(), EchoPhase::idle);
+        ASSERT_THAT(log.lines, testing::SizeIs(1));
+        EXPECT_THAT(log.lines.front(), testing::StartsWith("Curtain echo: error al crear archivo: "));
+    }
+}
+
+TEST_F(EchoTest, ARecordingLeftByACrashIsGoneAtTheNextStart) {
+    TestSupport::writeFile(recording(), "left behind");
+    makeMonitor();
+    EXPECT_FALSE(std::filesystem::exists(recording()));
+}
+
+TEST_F(EchoTest, TheEndOfTheProgramTakesTheRecordingAlong) {
+    startMetering();
+    monitor->startEcho();
+    ASSERT_TRUE(std::filesystem::exists(recording()));
+    monitor.reset();
+    EXPECT_FALSE(std::filesystem::exists(recording()));
 }
 
 } // namespace

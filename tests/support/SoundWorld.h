@@ -15,6 +15,7 @@
 #include <memory>
 #include <numbers>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -66,6 +67,41 @@ inline std::vector<float> readSamples(const std::filesystem::path& path) {
     return samples;
 }
 
+/// Writes down what the speakers of a virtual desktop play, at 48000 frames a second.
+class SpeakersEar {
+public:
+    explicit SpeakersEar(const std::filesystem::path& file)
+        : file_(file),
+          recorder_({"parec", "--raw", "--latency-msec=20", "--device=speakers.monitor", "--format=float32le",
+                     "--rate=48000", "--channels=2", file.string()}) {
+        waitUntil([this] { return frames() > 0; });
+    }
+
+    /// What the left one has played so far, and for half a second more.
+    std::vector<float> heard() {
+        // What has been played may still be on its way into the file.
+        const auto before = frames();
+        waitUntil([&] { return frames() > before + 24000; });
+        recorder_.end(SIGTERM);
+        const auto both = readSamples(file_);
+        std::vector<float> left(both.size() / 2);
+        for (std::size_t frame = 0; frame < left.size(); ++frame) {
+            left[frame] = both[2 * frame];
+        }
+        return left;
+    }
+
+private:
+    std::size_t frames() const {
+        std::error_code error;
+        const auto size = std::filesystem::file_size(file_, error);
+        return error ? 0 : size / (2 * sizeof(float));
+    }
+
+    std::filesystem::path file_;
+    ChildProcess recorder_;
+};
+
 /// The sound server, microphone and speakers of a virtual desktop that was started with --media. Afterwards
 /// they are as they were.
 class SoundWorld {
@@ -102,11 +138,23 @@ public:
 
     void silence() { player_.reset(); }
 
-    /// Another microphone; it hears what is fed to the sink NAME_feed.
-    void addMicrophone(const std::string& name, int rate, const std::string& channels) {
-        const auto format = " rate=" + std::to_string(rate) + " channels=2 channel_map=" + channels;
+    /// Another microphone, with two channels; it hears what is fed to the sink NAME_feed.
+    void addMicrophone(const std::string& name, int rate) {
+        const auto format =
+            " rate=" + std::to_string(rate) + " channels=2 channel_map=front-left,front-right";
         load("module-null-sink sink_name=" + name + "_feed" + format);
-        load("module-remap-source master=" + name + "_feed.monitor source_name=" + name + format);
+        if (isPipeWire()) {
+            // Its remapped sources have the server's rate, whatever is asked for.
+            load("module-null-sink media.class=Audio/Source/Virtual sink_name=" + name + format);
+            waitUntil([&] { return hasSource(name); });
+            for (const std::string side : {"FL", "FR"}) {
+                const auto link = "pw-link " + name + "_feed:monitor_" + side + " " + name + ":input_" + side;
+                // The ports come a little later than the source.
+                waitUntil([&] { return std::system((link + " 2>/dev/null").c_str()) == 0; });
+            }
+        } else {
+            load("module-remap-source master=" + name + "_feed.monitor source_name=" + name + format);
+        }
         waitUntil([&] { return hasSource(name); });
     }
 
@@ -161,6 +209,8 @@ public:
     }
 
 private:
+    static bool isPipeWire() { return outputOf("pactl info").find("on PipeWire") != std::string::npos; }
+
     static bool isServerThere() { return !outputOf("timeout 5 pactl info").empty(); }
 
     /// The server that a test has started in place of the first one; it serves the tests that follow.

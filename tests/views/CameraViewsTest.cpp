@@ -13,6 +13,7 @@
 #include <gmock/gmock.h>
 
 #include <array>
+#include <atomic>
 #include <memory>
 
 namespace {
@@ -51,7 +52,8 @@ struct CameraViewsTest : testing::Test {
     TestSupport::HandDrivenWorkQueues workQueues;
     CameraPreviewManager manager{{capture, authorization, mainQueue, workQueues}};
     QQuickView view;
-    int paints = 0;
+    /// Counted on the thread that paints.
+    std::atomic<int> paints = 0;
 
     CameraViewsTest() {
         QtPlatform::registerItems();
@@ -89,7 +91,10 @@ struct CameraViewsTest : testing::Test {
     bool isAtRest() {
         int before = -1;
         // Two looks with an idle event loop between them.
-        return spinUntil([&] { return std::exchange(before, paints) == paints; });
+        return spinUntil([&] {
+            const int now = paints;
+            return std::exchange(before, now) == now;
+        });
     }
 };
 

@@ -277,12 +277,17 @@ TEST_F(ReadinessView, OpensTheSystemsSettings) {
     view().openFocus();
     EXPECT_THAT(world.urlOpener.opened,
                 ElementsAre(Curtain::SettingsLinks::cameraPrivacy, Curtain::SettingsLinks::focus));
-    EXPECT_EQ(view().settingsProblem(), "");
+    EXPECT_EQ(view().cameraSettingsProblem(), "");
+    EXPECT_EQ(view().focusProblem(), "");
     world.urlOpener.canOpen = false;
     view().openFocus();
-    EXPECT_EQ(view().settingsProblem(), "No matching settings page was found on this system.");
+    EXPECT_EQ(view().cameraSettingsProblem(), "");
+    EXPECT_EQ(view().focusProblem(), "No matching settings page was found on this system.");
+    view().openCameraSettings();
+    EXPECT_EQ(view().cameraSettingsProblem(), "No matching settings page was found on this system.");
+    EXPECT_EQ(view().focusProblem(), "");
     view().didOpen();
-    EXPECT_EQ(view().settingsProblem(), "");
+    EXPECT_EQ(view().cameraSettingsProblem(), "");
 }
 
 TEST_F(ReadinessView, ListsTheCamerasOfTheMoment) {

@@ -72,6 +72,16 @@ TEST_F(PopoverLook, NoSettingsPage) {
         [](auto& shown, auto& /*world*/) { shown.click("cameraSettings"); });
 }
 
+TEST_F(PopoverLook, NoFocusPage) {
+    inEveryLanguage(
+        "no-focus-page",
+        [](auto& world) {
+            world.makeRisky();
+            world.urlOpener.canOpen = false;
+        },
+        [](auto& shown, auto& /*world*/) { shown.click("notifications.chip"); });
+}
+
 TEST_F(PopoverLook, NoCamera) {
     inEveryLanguage("no-camera", [](auto& world) {
         world.capture.cameras.clear();

@@ -480,13 +480,14 @@ TEST_F(Popover, BearsStrangeNames) {
                                          "אפליקציה פרטית",
                                          combining,
                                          "👩‍👩‍👧‍👦 Family 🏳️‍🌈",
-                                         "",
-                                         "\xFF\xFE\xFD"};
+                                         ""};
     std::vector<CurtainCore::TargetApp> apps;
     for (std::size_t index = 0; index < names.size(); ++index) {
         apps.push_back({"app" + std::to_string(index), names[index]});
         world.install("candidate" + std::to_string(index), names[index]);
     }
+    // The preferences hold no such name, but a system may.
+    world.install("candidate", "\xFF\xFE\xFD");
     world.setPrivateApps(apps);
     world.capture.cameras = {{"a", names[0]}, {"b", names[1]}, {"c", ""}};
     world.startCamera();
@@ -497,12 +498,18 @@ TEST_F(Popover, BearsStrangeNames) {
         return problems;
     };
     EXPECT_THAT(withoutFonts(shown->problems(false)), IsEmpty());
+    EXPECT_THAT(shown->texts(), Contains(QString(names[1].c_str())));
+    EXPECT_THAT(shown->texts(), Contains(QString("line break tab")));
     shown->picture("popover-strange-names");
     shown->click("cameraMenu");
     EXPECT_THAT(withoutFonts(shown->problems(false)), IsEmpty());
     shown->press(Qt::Key_Escape);
     shown->click("edit");
     EXPECT_THAT(withoutFonts(shown->problems(false)), IsEmpty());
+    shown->find("editedApps")->setProperty("contentY", 160);
+    shown->settle();
+    EXPECT_THAT(withoutFonts(shown->problems(false)), IsEmpty());
+    shown->picture("popover-strange-names-edit");
 }
 
 TEST_F(Popover, BearsFiveHundredPrivateApps) {

@@ -518,6 +518,23 @@ TEST_F(Wizard, ADoubleClickCountsOnce) {
     EXPECT_TRUE(model->isGranted());
 }
 
+TEST_F(Wizard, ThePressOnAButtonIsNotLeftToTheBackground) {
+    auto view = show(OnboardingStep::welcome());
+    const auto isTaken = [&](const QPointF& place) {
+        QMouseEvent press(QEvent::MouseButtonPress, place, view.window().mapToGlobal(place), Qt::LeftButton,
+                          Qt::LeftButton, Qt::NoModifier);
+        press.ignore();
+        QCoreApplication::sendEvent(&view.window(), &press);
+        const bool isAccepted = press.isAccepted();
+        QMouseEvent release(QEvent::MouseButtonRelease, place, view.window().mapToGlobal(place),
+                            Qt::LeftButton, Qt::NoButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(&view.window(), &release);
+        return isAccepted;
+    };
+    EXPECT_FALSE(isTaken({210, 330}));
+    EXPECT_TRUE(isTaken(view.place("goOn").center()));
+}
+
 TEST_F(Wizard, AKeyThatIsHeldDownCountsOnce) {
     auto view = show(OnboardingStep::welcome());
     view.press(Qt::Key_Return);

@@ -11,6 +11,9 @@ namespace LinuxPlatform {
 namespace {
 
 constexpr std::chrono::milliseconds retryInterval{500};
+/// PipeWire 0.3.65 now and then leaves a connection with an old default source, whatever it is asked; a new
+/// one is told the truth.
+constexpr std::chrono::milliseconds longestIgnorance{2000};
 
 SoundServer& server(void* data) {
     return *static_cast<SoundServer*>(data);
@@ -31,7 +34,7 @@ void release(pa_context* context) {
 
 } // namespace
 
-SoundServer::SoundServer() : context_(nullptr, &release) {
+SoundServer::SoundServer() : context_(nullptr, &release), fresh_(nullptr, &release) {
     loop_.post([this] { connect(); });
 }
 
@@ -41,6 +44,7 @@ SoundServer::~SoundServer() {
     loop_.post([this, &isOver] {
         deadline_ = {};
         retry_ = {};
+        nextLook_ = {};
         waiting_.clear();
         context_.reset();
         isOver.set_value();
@@ -68,13 +72,22 @@ Platform::Subscription SoundServer::addInputObserver(std::function<void()> obser
     return inputObservers_.add(std::move(observer));
 }
 
-void SoundServer::connect() {
+SoundServer::Context SoundServer::makeContext() {
     const std::unique_ptr<pa_proplist, decltype(&pa_proplist_free)> properties(pa_proplist_new(),
                                                                                &pa_proplist_free);
     pa_proplist_sets(properties.get(), PA_PROP_APPLICATION_NAME, "Curtain");
     pa_proplist_sets(properties.get(), PA_PROP_APPLICATION_ID, "com.curtain.Curtain");
     pa_proplist_sets(properties.get(), PA_PROP_APPLICATION_ICON_NAME, "com.curtain.Curtain");
-    context_.reset(pa_context_new_with_proplist(loop_.api(), nullptr, properties.get()));
+    return {pa_context_new_with_proplist(loop_.api(), nullptr, properties.get()), &release};
+}
+
+void SoundServer::connect() {
+    isReady_ = false;
+    isRefreshing_ = false;
+    isOutdated_ = false;
+    nextLook_ = {};
+    fresh_.reset();
+    context_ = makeContext();
     deadline_ = loop_.after(patience, [this] { learn({}); });
     if (!context_) {
         lost();
@@ -115,8 +128,6 @@ void SoundServer::contextChanged() {
 
 void SoundServer::lost() {
     isReady_ = false;
-    isRefreshing_ = false;
-    isOutdated_ = false;
     // Not here: the library is still calling from the old connection.
     retry_ = loop_.after(retryInterval, [this] { connect(); });
     learn({});
@@ -160,6 +171,42 @@ void SoundServer::refresh() {
         this));
 }
 
+void SoundServer::lookAfresh() {
+    fresh_ = makeContext();
+    if (!fresh_) {
+        return;
+    }
+    pa_context_set_state_callback(
+        fresh_.get(),
+        [](pa_context* context, void* data) {
+            if (pa_context_get_state(context) == PA_CONTEXT_READY) {
+                forget(pa_context_get_server_info(
+                    context,
+                    [](pa_context*, const pa_server_info* info, void* sameData) {
+                        const bool isNamed = info != nullptr && info->default_source_name != nullptr;
+                        server(sameData).lookedAfresh(isNamed ? info->default_source_name : "");
+                    },
+                    data));
+            }
+        },
+        this);
+    pa_context_connect(fresh_.get(), nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr);
+}
+
+void SoundServer::lookedAfresh(const std::string& defaultName) {
+    // Not here: the library is still calling from the connection that has answered.
+    nextLook_ = loop_.after(std::chrono::milliseconds(0), [this, defaultName] {
+        fresh_.reset();
+        if (defaultName == known_.defaultName) {
+            nextLook_ = loop_.after(longestIgnorance, [this] { lookAfresh(); });
+        } else {
+            // Streams end with their connection, so their owners have to hear of it in any case.
+            wasInputRemoved_ = true;
+            connect();
+        }
+    });
+}
+
 void SoundServer::sourceListed(const pa_source_info& source) {
     if (source.monitor_of_sink != PA_INVALID_INDEX || source.name == nullptr) {
         return;
@@ -177,14 +224,15 @@ void SoundServer::refreshed(bool isComplete) {
         return;
     }
     isRefreshing_ = false;
-    if (isOutdated_ || !isComplete) {
+    if (isOutdated_) {
         // What comes next is newer than this answer.
-        if (isOutdated_) {
-            refresh();
-        }
+        refresh();
         return;
     }
-    learn(growing_);
+    nextLook_ = loop_.after(longestIgnorance, [this] { lookAfresh(); });
+    if (isComplete) {
+        learn(growing_);
+    }
 }
 
 void SoundServer::learn(const Knowledge& knowledge) {

@@ -69,17 +69,22 @@ private:
         bool hasMicrophone = false;
     };
 
+    Context makeContext();
     void connect();
     void contextChanged();
     void lost();
     void eventHappened(pa_subscription_event_type_t type, std::uint32_t index);
     void refresh();
+    /// Asks by a new connection whether the old one is told the truth.
+    void lookAfresh();
+    void lookedAfresh(const std::string& defaultName);
     void sourceListed(const pa_source_info& source);
     void refreshed(bool isComplete);
     void learn(const Knowledge& knowledge);
 
     PulseLoop loop_;
     Context context_;
+    Context fresh_;
     bool isReady_ = false;
     std::string problem_;
     Knowledge known_;
@@ -93,6 +98,7 @@ private:
     bool wasInputRemoved_ = false;
     Platform::Subscription deadline_;
     Platform::Subscription retry_;
+    Platform::Subscription nextLook_;
 };
 
 } // namespace LinuxPlatform

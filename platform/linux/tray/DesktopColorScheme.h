@@ -1,10 +1,9 @@
 #pragma once
 
-#include "platform/linux/dbus/DBusSignal.h"
+#include "platform/linux/dbus/PortalSetting.h"
 #include "platform/linux/tray/TemplateTint.h"
 
 #include <QDBusConnection>
-#include <QVariant>
 
 #include <functional>
 #include <optional>
@@ -20,10 +19,8 @@ public:
     DesktopColorScheme(const QDBusConnection& bus, Handler onChange);
 
 private:
-    void report(QVariant value);
-
     Handler onChange_;
-    DBusSignal changes_;
+    PortalSetting setting_;
 };
 
 } // namespace LinuxPlatform

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <future>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace LinuxPlatform {
+
+/// Lists folders without waiting for one that does not answer, such as one on a drive in a network that is
+/// gone: its listing goes on beside, and until it comes to an end nobody waits for that folder again. May be
+/// used from any thread.
+class FolderListing {
+public:
+    using Contents = std::optional<std::vector<std::string>>;
+    using List = std::function<Contents(const std::string& path)>;
+
+    /// `list` is called on threads of its own, and may outlive this object.
+    explicit FolderListing(List list, std::chrono::milliseconds deadline = std::chrono::seconds(2));
+
+    /// Absent when the folder cannot be read, or not in time.
+    Contents contents(const std::string& path);
+
+private:
+    struct Work {
+        std::shared_future<Contents> result;
+        bool isLate = false;
+    };
+
+    std::shared_ptr<Work> workFor(const std::string& path);
+    static bool isReady(const Work& work);
+
+    List list_;
+    std::chrono::milliseconds deadline_;
+    std::mutex mutex_;
+    std::map<std::string, std::shared_ptr<Work>> underWay_;
+};
+
+} // namespace LinuxPlatform
