@@ -38,7 +38,8 @@ CameraPreviewManager::CameraPreviewManager(const Services& services)
       running_(std::make_shared<Running>(session_)) {}
 
 CameraPreviewManager::~CameraPreviewManager() {
-    running_->isWanted = false;
+    // A view may hold the session for longer.
+    runOrStop(false);
 }
 
 CameraStatus CameraPreviewManager::status() const {

@@ -305,6 +305,13 @@ TEST_F(CameraPreviewManagerTest, LastOfManyStartsAndStopsWins) {
     EXPECT_TRUE(capture.session->isRunning());
 }
 
+TEST_F(CameraPreviewManagerTest, DestroyedManagerTurnsTheCameraOff) {
+    startAndRun();
+    manager.reset();
+    workQueues.runAll();
+    EXPECT_FALSE(capture.session->isRunning());
+}
+
 TEST_F(CameraPreviewManagerTest, DestroyedManagerDoesNotTurnTheCameraOn) {
     manager->start(std::nullopt);
     manager.reset();

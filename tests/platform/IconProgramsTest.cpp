@@ -208,6 +208,22 @@ TEST_F(XfceTest, FollowsWhatOthersDo) {
     EXPECT_FALSE(iconsHidden());
 }
 
+TEST_F(XfceTest, TwoCurtainsOfTheSameUser) {
+    xfconf({"/desktop-icons/style", "-n", "-t", "int", "-s", "1"});
+    const auto otherRunner = makeRunner();
+    const Curtain::DesktopController other(*otherRunner);
+    setIconsHidden(true);
+    EXPECT_TRUE(other.iconsHidden());
+    other.setIconsHidden(true);
+    EXPECT_TRUE(iconsHidden());
+    other.setIconsHidden(false);
+    EXPECT_EQ(style(), "1\n");
+    EXPECT_FALSE(iconsHidden());
+    setIconsHidden(false);
+    EXPECT_EQ(style(), "1\n");
+    EXPECT_THAT(keptFiles(), IsEmpty());
+}
+
 TEST_F(XfceTest, AFrozenSettingsServiceIsNotWaitedForAgainAndAgain) {
     EXPECT_FALSE(iconsHidden());
     const auto service = programs.front()->id();

@@ -241,8 +241,8 @@ TEST_F(PipeWireCamerasTest, StoppingLetsTheCameraGoAndDarkensThePreview) {
     EXPECT_FALSE(session->isRunning());
     EXPECT_EQ(preview->picture(), nullptr);
     EXPECT_TRUE(spinUntil([&] { return !camera->isStreaming(); }, patience));
-    RecordProperty("millisecondsToLetGo", static_cast<int>((std::chrono::steady_clock::now() - before) /
-                                                           std::chrono::milliseconds(1)));
+    // Measured: 5 to 18 ms. The rest of the bound is for a busy machine.
+    EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(2));
     session->startRunning();
     EXPECT_TRUE(comesOn());
 }

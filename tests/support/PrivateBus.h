@@ -7,8 +7,8 @@
 #include <QDBusConnection>
 #include <QString>
 
+#include <chrono>
 #include <string>
-#include <utility>
 
 namespace TestSupport {
 
@@ -16,7 +16,8 @@ namespace TestSupport {
 class PrivateBus {
 public:
     PrivateBus() : daemon_({"dbus-daemon", "--nofork", "--config-file=" + configuration()}) {
-        spinUntil([this] { return std::filesystem::exists(folder_.path() / "bus"); });
+        // Its socket is there before it listens.
+        spinUntil([this] { return isUp(); }, std::chrono::seconds(20));
     }
 
     std::string address() const { return "unix:path=" + (folder_.path() / "bus").string(); }
@@ -27,6 +28,13 @@ public:
     }
 
 private:
+    bool isUp() const {
+        const auto name = QStringLiteral("private-bus-probe");
+        const bool isConnected = connect(name).isConnected();
+        QDBusConnection::disconnectFromBus(name);
+        return isConnected;
+    }
+
     std::string configuration() const {
         const auto path = folder_.path() / "bus.conf";
         writeFile(path, "<busconfig><type>session</type><listen>" + address() +

@@ -1,0 +1,198 @@
+"""Goes the wizard's road with real clicks and keys, in a fresh home.
+
+MEDIA in the environment is "yes" where there are a microphone and a camera.
+"""
+
+import json
+import os
+import subprocess
+import unittest
+
+from desktop_case import DesktopCase, wait_until
+
+HAS_MEDIA = os.environ.get("MEDIA") == "yes"
+WINDOW = "#f4f5f8"
+RETURN, SPACE = 36, 65
+WIDTH, HEIGHT = 420, 460
+PAGES = ["welcome", "compatibility", "desktop", "microphone", "camera", "summary"]
+
+# Places in the window.
+BUTTON = (210, 416)
+WELCOME_BUTTON = (210, 390)
+FILE = (352, 90)
+PANEL_EDGE = (36, 141)
+FIRST_BAR = (84, 129)
+PICTURE = (210, 141)
+
+
+def brightness(colour):
+    return sum(int(colour[at:at + 2], 16) for at in (1, 3, 5))
+
+
+class WizardTest(DesktopCase):
+    def setUp(self):
+        super().setUp()
+        self.side = 80
+        self.home = self.scratch / "home"
+        (self.home / "Desktop").mkdir(parents=True)
+        for name in ("letter.txt", "photo.txt", ".hidden"):
+            (self.home / "Desktop" / name).write_text("")
+
+    def start_fresh(self):
+        self.start_curtain(HOME=str(self.home))
+
+    def click_at(self, x, y):
+        subprocess.run(["xdotool", "mousemove", str(x), str(y), "click", "1"], check=True)
+
+    def click_icon(self):
+        icon = wait_until(self.desktop.tray_icon, "the icon is in the tray").geometry
+        self.click_at(icon.x + icon.width // 2, icon.y + icon.height // 2)
+
+    def open_wizard(self):
+        self.click_icon()
+        window = wait_until(self.wizard, "the wizard is open")
+        wait_until(lambda: self.page(window), "the wizard shows a page")
+        return window
+
+    def wizard(self):
+        return next((window for window in self.desktop.windows_of(self.curtain)
+                     if window.geometry and window.geometry[2:] == (WIDTH, HEIGHT)), None)
+
+    def colour_at(self, window, place):
+        area = window.geometry
+        return area and self.display.colour(area.x + place[0], area.y + place[1])
+
+    def page(self, window):
+        """Told by the one dot that is long enough to reach there."""
+        pages = [page for index, page in enumerate(PAGES)
+                 if self.colour_at(window, (167 + 13 * index + 10, 27)) not in (WINDOW, None)]
+        return pages[0] if len(pages) == 1 else None
+
+    def shows_file(self, window):
+        return brightness(self.colour_at(window, FILE)) > 750
+
+    def wait_page(self, window, page):
+        wait_until(lambda: self.page(window) == page, f"the page is {page}, not {self.page(window)}")
+
+    def wait_for_keyboard(self, window):
+        wait_until(lambda: self.desktop.active_window == window, "the wizard has the keyboard")
+
+    def click(self, window, place):
+        """Never twice in the same place: a double click counts once."""
+        self.side = -self.side
+        area = window.geometry
+        self.click_at(area.x + place[0] + self.side, area.y + place[1])
+
+    def has_onboarded(self):
+        path = self.settings / "curtain" / "curtain.preferences.v1"
+        return path.exists() and json.loads(path.read_text()).get("hasOnboarded", False)
+
+    def speak(self):
+        tone = self.scratch / "tone.wav"
+        subprocess.run(["ffmpeg", "-loglevel", "error", "-f", "lavfi", "-i", "sine=440:r=48000", "-af", "volume=4", "-t", "60",
+                        "-f", "wav", str(tone)], check=True)
+        return self.desktop.start("paplay", "--device=microphone_feed", str(tone))
+
+    def test_leads_from_the_first_click_to_the_popover(self):
+        self.start_fresh()
+        window = self.open_wizard()
+        self.wait_page(window, "welcome")
+        self.wait_for_keyboard(window)
+        self.display.strike(RETURN)
+        self.wait_page(window, "compatibility")
+        self.display.strike(SPACE)
+
+        self.wait_page(window, "desktop")
+        self.assertTrue(self.shows_file(window))
+        self.display.strike(RETURN)
+        wait_until(lambda: not self.shows_file(window), "the files are gone from the picture")
+        self.click(window, BUTTON)
+
+        self.wait_page(window, "microphone")
+        self.assertGreater(brightness(self.colour_at(window, PANEL_EDGE)), 600)
+        self.click(window, BUTTON)
+        wait_until(lambda: brightness(self.colour_at(window, PANEL_EDGE)) < 200, "the level is shown")
+        if HAS_MEDIA:
+            voice = self.speak()
+            wait_until(lambda: brightness(self.colour_at(window, FIRST_BAR)) > 200, "the bars rise with the voice")
+            voice.terminate()
+            wait_until(lambda: brightness(self.colour_at(window, FIRST_BAR)) < 200, "the bars fall")
+        self.click(window, BUTTON)
+
+        self.wait_page(window, "camera")
+        before = self.colour_at(window, PICTURE)
+        self.click(window, BUTTON)
+        wait_until(lambda: self.colour_at(window, PANEL_EDGE) != "#e5e6e9" and
+                   self.colour_at(window, PICTURE) != before, "the camera is shown")
+        self.click(window, BUTTON)
+
+        self.wait_page(window, "summary")
+        self.assertFalse(self.has_onboarded())
+        self.click(window, BUTTON)
+        wait_until(lambda: not self.wizard(), "the wizard is gone")
+        wait_until(self.has_onboarded, "the wizard is done")
+
+        self.click_icon()
+        wait_until(self.popover_is_open, "the popover is open")
+        self.assertIsNone(self.wizard())
+
+    def popover_is_open(self):
+        return any((area := self.display.geometry(window)) and area.width == 700 and self.display.is_viewable(window)
+                   for window in self.all_windows(self.display.root))
+
+    def all_windows(self, window):
+        for child in self.display.children(window):
+            yield child
+            yield from self.all_windows(child)
+
+    def test_comes_back_where_it_was_closed(self):
+        self.start_fresh()
+        window = self.open_wizard()
+        self.wait_for_keyboard(window)
+        for page in ("compatibility", "desktop"):
+            self.display.strike(RETURN)
+            self.wait_page(window, page)
+        self.display.strike(RETURN)
+        wait_until(lambda: not self.shows_file(window), "the files are gone from the picture")
+        subprocess.run(["wmctrl", "-i", "-c", hex(window.id)], check=True)
+        wait_until(lambda: not self.wizard(), "the wizard is closed")
+        self.assertFalse(self.has_onboarded())
+
+        window = self.open_wizard()
+        self.wait_page(window, "desktop")
+        self.assertFalse(self.shows_file(window))
+        self.assertIsNone(self.curtain.poll())
+
+    def test_is_moved_by_its_background_and_not_by_its_buttons(self):
+        self.start_fresh()
+        window = self.open_wizard()
+        place = window.geometry
+        self.drag(window, WELCOME_BUTTON, 60)
+        self.wait_page(window, "compatibility")
+        self.assertEqual(window.geometry, place)
+        self.drag(window, (210, 377), 100)
+        wait_until(lambda: window.geometry.x == place.x + 100, "the window has been moved")
+        self.assertEqual(self.page(window), "compatibility")
+
+    def drag(self, window, place, distance):
+        area = window.geometry
+        start = [str(area.x + place[0]), str(area.y + place[1])]
+        subprocess.run(["xdotool", "mousemove", *start, "mousedown", "1"], check=True)
+        for _ in range(10):
+            subprocess.run(["xdotool", "mousemove_relative", "--sync", str(distance // 10), "0"], check=True)
+        subprocess.run(["xdotool", "mouseup", "1"], check=True)
+
+    def test_a_click_on_the_icon_brings_the_wizard_to_the_front(self):
+        self.start_fresh()
+        window = self.open_wizard()
+        terminal = self.open_xterm(x=420, y=150)
+        terminal.raise_from_task_list()
+        wait_until(lambda: self.desktop.active_window == terminal, "the terminal is in front")
+        self.click_icon()
+        self.wait_for_keyboard(window)
+        wait_until(lambda: self.page(window) == "welcome", "the wizard can be seen")
+        self.assertEqual(len(self.desktop.windows_of(self.curtain)), 1)
+
+
+if __name__ == "__main__":
+    unittest.main()
