@@ -7,6 +7,10 @@ namespace {
 
 constexpr auto busName = "org.mate.Caja";
 
+std::vector<std::string> command() {
+    return {"caja", "--no-default-window", "--force-desktop"};
+}
+
 } // namespace
 
 CajaDesktop::CajaDesktop(EarlierValue earlier, StartDesktopProgram start)
@@ -15,7 +19,12 @@ CajaDesktop::CajaDesktop(EarlierValue earlier, StartDesktopProgram start)
 
 DesktopIcons CajaDesktop::icons(const DesktopScene& scene) {
     if (scene.desktopWindowOf("Caja") != nullptr) {
+        isAwaited_ = false;
         return DesktopIcons::shown;
+    }
+    if (isAwaited_ && !scene.hasName(busName)) {
+        isAwaited_ = false;
+        start_(command());
     }
     const bool wasHiddenHere = setting_.earlier().isOfThisSession();
     if (!scene.hasName(busName) && !wasHiddenHere) {
@@ -29,6 +38,7 @@ DesktopIcons CajaDesktop::icons(const DesktopScene& scene) {
 }
 
 void CajaDesktop::hide(const DesktopScene&) {
+    isAwaited_ = false;
     setting_.hide();
 }
 
@@ -37,10 +47,9 @@ bool CajaDesktop::show(const DesktopScene& scene) {
     if (!setting_.giveBack()) {
         return false;
     }
-    if (scene.hasName(busName)) {
-        return true;
-    }
-    return wasHiddenHere && start_({"caja", "--no-default-window", "--force-desktop"});
+    // It may still be about to end.
+    isAwaited_ = wasHiddenHere && scene.hasName(busName);
+    return scene.hasName(busName) || (wasHiddenHere && start_(command()));
 }
 
 } // namespace LinuxPlatform

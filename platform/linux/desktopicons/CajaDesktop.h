@@ -19,6 +19,8 @@ public:
 private:
     GSettingsIconSwitch setting_;
     StartDesktopProgram start_;
+    /// Ran when it was to show its icons, and has not shown them yet.
+    bool isAwaited_ = false;
 };
 
 } // namespace LinuxPlatform
