@@ -25,9 +25,16 @@ T.Popup {
     closePolicy: T.Popup.CloseOnEscape | T.Popup.CloseOnPressOutside
     onClosed: done()
 
-    T.Overlay.modal: Rectangle {
-        color: Theme.scrim
-        radius: panel.parent && panel.parent.isRounded ? Theme.popoverRadius : 0
+    // The window is larger than what it shows, since its shadow lies around it.
+    T.Overlay.modal: Item {
+        Rectangle {
+            x: panel.parent ? panel.parent.x : 0
+            y: panel.parent ? panel.parent.y : 0
+            width: panel.parent ? panel.parent.width : 0
+            height: panel.parent ? panel.parent.height : 0
+            color: Theme.scrim
+            radius: panel.parent && panel.parent.isRounded ? Theme.popoverRadius : 0
+        }
     }
     enter: Transition {
         ParallelAnimation {

@@ -1,0 +1,179 @@
+"""Uses the popover as people do: with clicks on the icon, on its buttons and beside it, and with keys.
+
+MEDIA in the environment is "yes" where there are a microphone and a camera.
+"""
+
+import json
+import os
+import subprocess
+import unittest
+
+from desktop_case import XTERM, DesktopCase, stays, wait_until, write_preferences
+
+HAS_MEDIA = os.environ.get("MEDIA") == "yes"
+SIZE = (700, 618)
+CARD = "#ffffff"
+PHOTO_MAT = "#e2e5eb"
+
+# Places in the popover.
+FIX_EVERYTHING = (241, 582)
+RESTORE = (589, 582)
+HIDE_APPS_CHIP = (613, 527)
+TAKE_PHOTO = (613, 399)
+PHOTO_BACK, PHOTO_SAVE = (72, 328), (628, 328)
+PHOTO_EDGE = (24, 70)
+MENU, MENU_TEST_SHARE, MENU_SETTINGS = (668, 32), (580, 76), (580, 108)
+SURFACE = (8, 300)
+MIRROR = (285, 87)
+PICTURE_LEFT = (40, 155)
+
+
+class PopoverTest(DesktopCase):
+    def start(self, **preferences):
+        write_preferences(self.settings, targetApps=[XTERM], **({"hasOnboarded": True} | preferences))
+        self.start_curtain()
+        wait_until(self.desktop.tray_icon, "the icon is in the tray")
+
+    def click_at(self, x, y, button=1):
+        subprocess.run(["xdotool", "mousemove", str(x), str(y), "click", str(button)], check=True)
+
+    def press_key(self, *keys):
+        subprocess.run(["xdotool", "key", *keys], check=True)
+
+    def click_icon(self):
+        icon = self.desktop.tray_icon().geometry
+        self.click_at(icon.x + icon.width // 2, icon.y + icon.height // 2)
+
+    def shown_popover(self):
+        return next((window for window in self.desktop.windows_of(self.curtain)
+                     if window.geometry and window.geometry[2:] == SIZE and self.display.is_viewable(window.id)), None)
+
+    def open(self):
+        self.click_icon()
+        popover = wait_until(self.shown_popover, "the popover is open")
+        wait_until(lambda: self.colour(popover, (30, 600)) is not None and
+                   self.desktop.active_window == popover, "the popover has the keyboard")
+        wait_until(lambda: self.colour(popover, SURFACE) == "#f4f5f8", "the popover is drawn")
+        return popover
+
+    def wait_closed(self):
+        wait_until(lambda: self.shown_popover() is None, "the popover is closed")
+
+    def colour(self, popover, place):
+        area = popover.geometry
+        return area and self.display.colour(area.x + place[0], area.y + place[1])
+
+    def click(self, popover, place):
+        area = popover.geometry
+        self.click_at(area.x + place[0], area.y + place[1])
+
+    def stored(self):
+        return json.loads((self.settings / "curtain" / "curtain.preferences.v1").read_text())
+
+    def test_opens_and_closes_by_the_icon(self):
+        self.start()
+        popover = self.open()
+        icon = self.desktop.tray_icon().geometry
+        self.assertGreaterEqual(popover.geometry.y, icon.y + icon.height)
+        self.assertLessEqual(popover.geometry.x + popover.geometry.width, icon.x + icon.width + 8)
+        self.assertTrue(popover.has_state("SKIP_TASKBAR"))
+        self.click_icon()
+        self.wait_closed()
+        self.open()
+
+    def test_a_slow_press_on_the_icon_does_not_open_it_again(self):
+        self.start()
+        self.open()
+        icon = self.desktop.tray_icon().geometry
+        subprocess.run(["xdotool", "mousemove", str(icon.x + 8), str(icon.y + 8), "mousedown", "1"], check=True)
+        self.assertTrue(stays(lambda: self.shown_popover() is not None))
+        subprocess.run(["xdotool", "mouseup", "1"], check=True)
+        self.wait_closed()
+        self.assertTrue(stays(lambda: self.shown_popover() is None))
+
+    def test_escape_closes_it(self):
+        self.start()
+        self.open()
+        self.press_key("Escape")
+        self.wait_closed()
+
+    def test_a_click_elsewhere_closes_it_and_one_inside_does_not(self):
+        self.start()
+        terminal = self.open_xterm(x=60, y=500)
+        popover = self.open()
+        self.click(popover, SURFACE)
+        self.assertTrue(stays(lambda: self.shown_popover() is not None))
+        area = terminal.geometry
+        self.click_at(area.x + 40, area.y + 40)
+        self.wait_closed()
+
+    def test_hides_the_private_apps_and_restores_them(self):
+        self.start()
+        terminal = self.open_xterm(x=60, y=400)
+        popover = self.open()
+        self.click(popover, FIX_EVERYTHING)
+        self.wait_hidden(terminal)
+        self.click(popover, RESTORE)
+        self.wait_shown(terminal)
+        popover = self.shown_popover() or self.open()
+        self.click(popover, HIDE_APPS_CHIP)
+        self.wait_hidden(terminal)
+
+    def test_the_menu_leads_to_test_share_mode_and_to_the_settings(self):
+        self.start()
+        popover = self.open()
+        self.click(popover, MENU)
+        wait_until(lambda: self.colour(popover, (500, 110)) == CARD, "the menu is open")
+        self.click(popover, MENU_TEST_SHARE)
+        wait_until(lambda: self.colour(popover, SURFACE) not in ("#f4f5f8", None), "the panel lies over the popover")
+        # Beside the panel.
+        self.click(popover, SURFACE)
+        wait_until(lambda: self.colour(popover, SURFACE) == "#f4f5f8", "the panel is gone")
+        self.click(popover, MENU)
+        wait_until(lambda: self.colour(popover, (500, 110)) == CARD, "the menu is open again")
+        self.click(popover, MENU_SETTINGS)
+        self.wait_closed()
+        wait_until(lambda: any(window.geometry and window.geometry[2:] == (440, 430)
+                               for window in self.desktop.windows_of(self.curtain)), "the settings are open")
+
+    def test_a_second_start_opens_the_first_ones_popover(self):
+        self.start()
+        second = self.launch_curtain()
+        self.assertEqual(second.wait(10), 0)
+        wait_until(self.shown_popover, "the popover is open")
+        third = self.launch_curtain()
+        self.assertEqual(third.wait(10), 0)
+        self.assertTrue(stays(lambda: self.shown_popover() is not None))
+
+    @unittest.skipUnless(HAS_MEDIA, "there is no camera here")
+    def test_shows_the_camera_and_saves_a_photo(self):
+        self.start()
+        popover = self.open()
+        wait_until(lambda: self.colour(popover, PICTURE_LEFT) == "#fe0000" or
+                   self.colour(popover, PICTURE_LEFT) == "#ff0000", "the camera is seen")
+        self.click(popover, MIRROR)
+        wait_until(lambda: self.colour(popover, PICTURE_LEFT) not in ("#fe0000", "#ff0000"), "it is mirrored")
+        self.click(popover, TAKE_PHOTO)
+        wait_until(lambda: self.colour(popover, PHOTO_EDGE) == PHOTO_MAT, "the photo is there for review")
+        self.click(popover, PHOTO_SAVE)
+        dialog = wait_until(self.save_dialog, "the dialog is open")
+        wait_until(lambda: self.desktop.active_window == dialog, "the dialog has the keyboard")
+        target = self.scratch / "me.jpg"
+        self.press_key("ctrl+a")
+        subprocess.run(["xdotool", "type", str(target)], check=True)
+        self.press_key("Return")
+        wait_until(target.exists, "the photo is saved")
+        # As the camera encoded it.
+        wait_until(lambda: b"VirtualCamera" in target.read_bytes(), "it is the camera's own")
+        self.assertEqual(target.read_bytes()[:2], b"\xff\xd8")
+        popover = wait_until(self.shown_popover, "the popover has stayed")
+        self.click(popover, PHOTO_BACK)
+        wait_until(lambda: self.colour(popover, PHOTO_EDGE) != PHOTO_MAT, "the camera is back")
+
+    def save_dialog(self):
+        return next((window for window in self.desktop.windows_of(self.curtain)
+                     if window.geometry and window.geometry[2:] != SIZE and self.display.is_viewable(window.id)), None)
+
+
+if __name__ == "__main__":
+    unittest.main()
