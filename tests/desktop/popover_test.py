@@ -30,7 +30,7 @@ PICTURE_LEFT = (40, 155)
 
 class PopoverTest(DesktopCase):
     def start(self, **preferences):
-        write_preferences(self.settings, targetApps=[XTERM], **({"hasOnboarded": True} | preferences))
+        write_preferences(self.settings, targetApps=[XTERM], **({"hasOnboarded": True, "autoDetectEnabled": False} | preferences))
         self.start_curtain()
         wait_until(self.desktop.tray_icon, "the icon is in the tray")
 

@@ -8,7 +8,8 @@ import unittest
 from pathlib import Path
 
 SCRIPTS = Path(__file__).resolve().parents[2] / "scripts"
-PICTURES = ["01-before-the-call.png", "02-privacy-mode.png", "03-hidden-again.png", "04-after-the-call.png"]
+PICTURES = ["01-before-the-call.png", "02-privacy-mode.png", "03-hidden-again.png", "04-after-the-call.png",
+            "05-before-the-next-call.png", "06-fixed.png", "07-settings.png"]
 
 
 class TourTest(unittest.TestCase):
