@@ -141,7 +141,7 @@ TEST_F(PulseAudioEngineTest, NobodyIsToldAfterTheirSubscriptionHasEnded) {
 
 TEST_F(PulseAudioEngineTest, DoesNotStartWithoutAMicrophone) {
     SoundWorld::unplug();
-    EXPECT_EQ(engine->inputNode().inputFormat().channelCount, 0U);
+    ASSERT_TRUE(waitUntil([&] { return engine->inputNode().inputFormat().channelCount == 0; }));
     const auto error = engine->start();
     ASSERT_TRUE(error);
     EXPECT_EQ(error->localizedDescription, "there is no microphone");
@@ -150,7 +150,8 @@ TEST_F(PulseAudioEngineTest, DoesNotStartWithoutAMicrophone) {
 TEST_F(PulseAudioEngineTest, StartsAndStopsManyTimes) {
     for (int round = 0; round < 20; ++round) {
         installTap();
-        ASSERT_FALSE(engine->start());
+        const auto error = engine->start();
+        ASSERT_FALSE(error) << error->localizedDescription << " in round " << round;
         engine->inputNode().removeTap();
         engine->stop();
         engine = audio.makeEngine();

@@ -8,6 +8,7 @@
 #include "platform/qt/QtMainQueue.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/EventLoop.h"
+#include "tests/support/RecordingLog.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/X11TestClient.h"
 
@@ -217,7 +218,8 @@ TEST(DesktopShortcuts, FindsAGrabOfAnotherClientAndLeavesTheOwnAlone) {
     const auto connection = X11Connection::open();
     ASSERT_NE(connection, nullptr);
     QtPlatform::QtMainQueue queue;
-    X11HotKeyService service(*connection, queue);
+    TestSupport::RecordingLog log;
+    X11HotKeyService service(*connection, queue, log);
     XkbKeyboard keyboard(connection.get(), "");
     DesktopShortcuts shortcuts(service, queue, [&](std::int64_t key) { return keyboard.symbols(key); }, {});
     const auto isTaken = [&] {
@@ -229,7 +231,7 @@ TEST(DesktopShortcuts, FindsAGrabOfAnotherClientAndLeavesTheOwnAlone) {
     EXPECT_EQ(isTaken(), false);
     {
         const auto other = X11Connection::open();
-        X11HotKeyService holder(*other, queue);
+        X11HotKeyService holder(*other, queue, log);
         ASSERT_EQ(holder.registerHotKey({4, control + option}, {1, 1}), 0);
         EXPECT_EQ(isTaken(), true);
     }

@@ -7,6 +7,7 @@
 #include <pulse/stream.h>
 
 #include <atomic>
+#include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <future>
@@ -19,6 +20,10 @@ namespace {
 
 /// How much the server hands over at a time; the tap's buffers are cut from that.
 constexpr std::uint32_t fragmentFrames = 1024;
+
+/// PipeWire now and then refuses a stream for no reason, an input/output error, and takes the next one.
+constexpr int attempts = 5;
+constexpr std::chrono::milliseconds attemptInterval{50};
 
 using Stream = std::unique_ptr<pa_stream, void (*)(pa_stream*)>;
 
@@ -98,6 +103,7 @@ public:
     void open(Started started) {
         close();
         started_ = std::move(started);
+        attemptsLeft_ = attempts - 1;
         server_.whenKnown([weak = weak_from_this()] {
             const auto self = weak.lock();
             if (self && self->started_) {
@@ -150,6 +156,7 @@ private:
     }
 
     void connect() {
+        nextAttempt_ = {};
         auto* const context = server_.context();
         const auto& device = server_.defaultInput();
         if (context == nullptr || !device) {
@@ -193,7 +200,12 @@ private:
             return;
         case PA_STREAM_FAILED:
         case PA_STREAM_TERMINATED:
-            failed(pa_strerror(pa_context_errno(pa_stream_get_context(stream_.get()))));
+            if (started_ && attemptsLeft_ > 0) {
+                --attemptsLeft_;
+                nextAttempt_ = server_.loop().after(attemptInterval, [this] { connect(); });
+            } else {
+                failed(pa_strerror(pa_context_errno(pa_stream_get_context(stream_.get()))));
+            }
             return;
         default:
             return;
@@ -202,6 +214,7 @@ private:
 
     void failed(const std::string& problem) {
         isRunning_ = false;
+        nextAttempt_ = {};
         stream_.reset();
         if (const auto started = std::exchange(started_, nullptr)) {
             started(Platform::AudioError{problem});
@@ -233,6 +246,8 @@ private:
     Stream stream_{nullptr, &release};
     Platform::AudioFormat streamFormat_;
     Started started_;
+    int attemptsLeft_ = 0;
+    Platform::Subscription nextAttempt_;
     std::atomic<bool> isRunning_ = false;
     /// Held while the tap is called, so that its removal waits for it.
     std::mutex tapMutex_;
