@@ -6,13 +6,15 @@ Item {
 
     property string source
     property real size: 26
+    /// What is not found comes as a single pixel.
+    readonly property bool isFound: picture.status === Image.Ready && picture.implicitWidth > 1
 
     implicitWidth: size
     implicitHeight: size
 
     Symbol {
         anchors.centerIn: parent
-        visible: picture.status !== Image.Ready
+        visible: !icon.isFound
         name: "app.dashed"
         color: Theme.gray
         size: icon.size

@@ -31,14 +31,26 @@ Card {
         onClicked: panel.model.editingApps = !panel.model.editingApps
     }
     Loader {
+        id: content
+
+        property bool hasLoaded: false
+
         anchors.fill: parent
         anchors.topMargin: 45
         anchors.leftMargin: 17
         sourceComponent: panel.model.editingApps ? edited : shown
-        onLoaded: fadeIn.restart()
+        onLoaded: {
+            // The first content is there from the first frame on.
+            if (hasLoaded) {
+                fadeIn.restart();
+            }
+            hasLoaded = true;
+        }
 
-        NumberAnimation on opacity {
+        NumberAnimation {
             id: fadeIn
+            target: content
+            property: "opacity"
             from: 0
             to: 1
             duration: Theme.fadeTime

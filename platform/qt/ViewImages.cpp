@@ -59,13 +59,14 @@ public:
         return QQuickTextureFactory::textureFactoryForImage(image_);
     }
 
-    QString errorString() const override {
-        return image_.isNull() ? QStringLiteral("there is no such icon") : QString();
-    }
-
 private:
     void receive(const QImage& image) {
         image_ = image;
+        if (image_.isNull()) {
+            // An error would be written out, and it is none that an app has no icon.
+            image_ = QImage(1, 1, QImage::Format_ARGB32_Premultiplied);
+            image_.fill(Qt::transparent);
+        }
         Q_EMIT finished();
     }
 

@@ -16,7 +16,7 @@ public:
 
 /// Pictures of the program and icons of the desktop's theme: "image://icon/SOURCE", where SOURCE is that of a
 /// `Platform::Image`, percent-encoded. They are drawn on the main thread, one an event, so that a list of
-/// apps never keeps its window waiting. Null when there is no such picture.
+/// apps never keeps its window waiting. A single clear pixel when there is no such picture.
 class IconImages : public QQuickAsyncImageProvider {
 public:
     QQuickImageResponse* requestImageResponse(const QString& id, const QSize& requestedSize) override;

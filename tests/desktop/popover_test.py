@@ -8,7 +8,7 @@ import os
 import subprocess
 import unittest
 
-from desktop_case import XTERM, DesktopCase, stays, wait_until, write_preferences
+from desktop_case import MOUSEPAD, XTERM, DesktopCase, Rectangle, stays, wait_until, write_preferences
 
 HAS_MEDIA = os.environ.get("MEDIA") == "yes"
 SIZE = (700, 618)
@@ -23,14 +23,21 @@ TAKE_PHOTO = (613, 399)
 PHOTO_BACK, PHOTO_SAVE = (72, 328), (628, 328)
 PHOTO_EDGE = (24, 70)
 MENU, MENU_TEST_SHARE, MENU_SETTINGS = (668, 32), (580, 76), (580, 108)
+# Above the cards.
+MENU_EDGE = (560, 57)
 SURFACE = (8, 300)
 MIRROR = (285, 87)
 PICTURE_LEFT = (40, 155)
+CAMERA_MENU, CAMERA_MENU_BELOW = (323, 87), (300, 115)
+RECORD = (613, 431)
+METER_START = (458, 431)
+GREEN = "#1e9e57"
+EDIT, EDIT_SEARCH, EDIT_FIRST_BUTTON = (658, 85), (523, 123), (646, 161)
 
 
 class PopoverTest(DesktopCase):
     def start(self, **preferences):
-        write_preferences(self.settings, targetApps=[XTERM], **({"hasOnboarded": True, "autoDetectEnabled": False} | preferences))
+        write_preferences(self.settings, **({"targetApps": [XTERM], "hasOnboarded": True, "autoDetectEnabled": False} | preferences))
         self.start_curtain()
         wait_until(self.desktop.tray_icon, "the icon is in the tray")
 
@@ -123,14 +130,14 @@ class PopoverTest(DesktopCase):
         self.start()
         popover = self.open()
         self.click(popover, MENU)
-        wait_until(lambda: self.colour(popover, (500, 110)) == CARD, "the menu is open")
+        wait_until(lambda: self.colour(popover, MENU_EDGE) == CARD, "the menu is open")
         self.click(popover, MENU_TEST_SHARE)
         wait_until(lambda: self.colour(popover, SURFACE) not in ("#f4f5f8", None), "the panel lies over the popover")
         # Beside the panel.
         self.click(popover, SURFACE)
         wait_until(lambda: self.colour(popover, SURFACE) == "#f4f5f8", "the panel is gone")
         self.click(popover, MENU)
-        wait_until(lambda: self.colour(popover, (500, 110)) == CARD, "the menu is open again")
+        wait_until(lambda: self.colour(popover, MENU_EDGE) == CARD, "the menu is open again")
         self.click(popover, MENU_SETTINGS)
         self.wait_closed()
         wait_until(lambda: any(window.geometry and window.geometry[2:] == (440, 430)
@@ -149,10 +156,9 @@ class PopoverTest(DesktopCase):
     def test_shows_the_camera_and_saves_a_photo(self):
         self.start()
         popover = self.open()
-        wait_until(lambda: self.colour(popover, PICTURE_LEFT) == "#fe0000" or
-                   self.colour(popover, PICTURE_LEFT) == "#ff0000", "the camera is seen")
+        wait_until(lambda: self.is_red(popover), "the camera is seen")
         self.click(popover, MIRROR)
-        wait_until(lambda: self.colour(popover, PICTURE_LEFT) not in ("#fe0000", "#ff0000"), "it is mirrored")
+        wait_until(lambda: not self.is_red(popover), "it is mirrored")
         self.click(popover, TAKE_PHOTO)
         wait_until(lambda: self.colour(popover, PHOTO_EDGE) == PHOTO_MAT, "the photo is there for review")
         self.click(popover, PHOTO_SAVE)
@@ -169,6 +175,68 @@ class PopoverTest(DesktopCase):
         popover = wait_until(self.shown_popover, "the popover has stayed")
         self.click(popover, PHOTO_BACK)
         wait_until(lambda: self.colour(popover, PHOTO_EDGE) != PHOTO_MAT, "the camera is back")
+
+    @unittest.skipUnless(HAS_MEDIA, "there is no camera here")
+    def test_switches_to_the_other_camera(self):
+        self.start()
+        popover = self.open()
+        wait_until(lambda: self.is_red(popover), "the camera is seen")
+        self.click(popover, CAMERA_MENU)
+        wait_until(lambda: self.colour(popover, CAMERA_MENU_BELOW) == CARD, "the menu of the cameras is open")
+        # The first camera is the one in use.
+        self.press_key("Down")
+        self.press_key("Down")
+        self.press_key("Return")
+        wait_until(lambda: self.stored().get("selectedCameraID"), "the other camera is stored")
+        wait_until(lambda: self.is_red(popover), "the other camera is seen")
+
+    @unittest.skipUnless(HAS_MEDIA, "there is no microphone here")
+    def test_shows_the_level_and_plays_the_echo(self):
+        self.start()
+        tone = self.scratch / "tone.wav"
+        subprocess.run(["ffmpeg", "-loglevel", "error", "-f", "lavfi", "-i", "sine=440:r=48000", "-af", "volume=4", "-t", "60",
+                        "-f", "wav", str(tone)], check=True)
+        popover = self.open()
+        self.desktop.start("paplay", "--device=microphone_feed", str(tone))
+        wait_until(lambda: self.colour(popover, METER_START) == GREEN, "the meter moves with the voice")
+        area = popover.geometry
+        subprocess.run(["xdotool", "mousemove", str(area.x + RECORD[0]), str(area.y + RECORD[1])], check=True)
+        wait_until(lambda: stays(lambda seen=self.label(): self.label() == seen), "the button is at rest")
+        idle = self.label()
+        self.click(popover, RECORD)
+        wait_until(lambda: self.label() != idle, "it records")
+        recording = self.label()
+        wait_until(lambda: self.label() not in (idle, recording), "it plays what it heard")
+        wait_until(lambda: self.label() == idle, "it is ready for another test")
+
+    def label(self):
+        """How the button of the echo test looks."""
+        area = self.shown_popover().geometry
+        return self.display.pixels(Rectangle(area.x + RECORD[0] - 50, area.y + RECORD[1] - 8, 100, 16))
+
+    def test_makes_an_app_private_and_public_again(self):
+        self.start(targetApps=[])
+        popover = self.open()
+        self.click(popover, EDIT)
+        wait_until(lambda: self.desktop.active_window == popover, "the popover has the keyboard")
+        self.click(popover, EDIT_SEARCH)
+        subprocess.run(["xdotool", "type", "mousepad"], check=True)
+        wait_until(lambda: stays(lambda seen=self.edited(popover): self.edited(popover) == seen), "the search is done")
+        self.click(popover, EDIT_FIRST_BUTTON)
+        wait_until(lambda: [app["bundleID"] for app in self.stored()["targetApps"]] == [MOUSEPAD["bundleID"]],
+                   "the app is private")
+        wait_until(lambda: stays(lambda seen=self.edited(popover): self.edited(popover) == seen), "the list is at rest")
+        self.click(popover, EDIT_FIRST_BUTTON)
+        wait_until(lambda: self.stored()["targetApps"] == [], "the app is public again")
+
+    def edited(self, popover):
+        area = popover.geometry
+        return self.display.pixels(Rectangle(area.x + 379, area.y + 145, 288, 140))
+
+    def is_red(self, popover):
+        colour = self.colour(popover, PICTURE_LEFT) or "#000000"
+        red, green, blue = (int(colour[at:at + 2], 16) for at in (1, 3, 5))
+        return red > 200 and green < 60 and blue < 60
 
     def save_dialog(self):
         return next((window for window in self.desktop.windows_of(self.curtain)
