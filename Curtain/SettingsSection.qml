@@ -11,7 +11,7 @@ Column {
     StyledText {
         x: 15
         width: parent.width - 30
-        height: 22
+        bottomPadding: Math.max(0, 22 - contentHeight)
         text: section.header
         style: Theme.smallStrong
         verticalAlignment: Text.AlignTop
@@ -32,6 +32,8 @@ Column {
     StyledText {
         x: 15
         width: parent.width - 30
+        // Whole points: the fonts of some scripts have heights in between.
+        height: Math.ceil(implicitHeight)
         topPadding: 6
         bottomPadding: 16
         text: section.note
