@@ -51,7 +51,7 @@ void XfceDesktop::hide(const DesktopScene&) {
 bool XfceDesktop::show(const DesktopScene&) {
     auto style = earlier_.get().value_or(fileIcons);
     if (style != unsetStyle && numberIn(style).value_or(0) == 0) {
-        style = fileIcons;
+        style = std::string(fileIcons);
     }
     const bool isDone = setStyle(style);
     if (isDone) {
