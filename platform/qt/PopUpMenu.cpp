@@ -28,6 +28,7 @@ PopUpMenu::~PopUpMenu() = default;
 
 void PopUpMenu::show(const Platform::Menu& menu, const QRect& place) {
     menu_ = std::make_unique<QMenu>();
+    menu_->setWindowTitle(QStringLiteral("Curtain"));
     menu_->setLayoutDirection(menu.isRightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
     for (const auto& item : menu.items) {
         if (item.isSeparator()) {

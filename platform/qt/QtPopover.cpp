@@ -9,6 +9,7 @@
 #include <QQuickWindow>
 #include <QScreen>
 
+#include <algorithm>
 #include <utility>
 
 namespace QtPlatform {
@@ -23,7 +24,7 @@ constexpr const char* shadowSource = "qrc:/curtain/PopoverShadow.qml";
 /// Tells when it is hidden, whoever hides it.
 class QtPopover::PopoverWindow : public QQuickWindow {
 public:
-    explicit PopoverWindow(const QtPopover& owner) : owner_(owner) {
+    explicit PopoverWindow(QtPopover& owner) : owner_(owner) {
         setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint | Qt::NoDropShadowWindowHint);
         setTitle(QStringLiteral("Curtain"));
         QObject::connect(this, &QWindow::visibleChanged, this, [this](bool isNowVisible) {
@@ -35,8 +36,18 @@ public:
         });
     }
 
+protected:
+    void exposeEvent(QExposeEvent* event) override {
+        QQuickWindow::exposeEvent(event);
+        // Before, the window manager may not know the window yet.
+        if (isExposed() && owner_.isActivationDue_) {
+            owner_.isActivationDue_ = false;
+            owner_.activate();
+        }
+    }
+
 private:
-    const QtPopover& owner_;
+    QtPopover& owner_;
 };
 
 QtPopover::QtPopover(ViewEngine& engine, const QtScreens& screens, WindowManagerLink windowManager)
@@ -64,31 +75,51 @@ void QtPopover::setContentSize(const Platform::Size& size) {
 void QtPopover::show(Platform::StatusItem& relativeTo) {
     makeWindow();
     const bool isTranslucent = !windowManager_.isComposited || windowManager_.isComposited();
-    const auto margins = isTranslucent ? shadowMargins : QMargins();
     const QSize size(static_cast<int>(contentSize_.width), static_cast<int>(contentSize_.height));
     const QRect content(position(relativeTo), size);
+    const auto margins = isTranslucent ? marginsAround(content) : QMargins();
     window_->setColor(isTranslucent ? QColor(Qt::transparent) : QColor(Qt::white));
     window_->setGeometry(content.marginsAdded(margins));
     shadow_->setVisible(isTranslucent);
-    shadow_->setSize(window_->size());
+    shadow_->setPosition(QPointF(margins.left() - shadowMargins.left(), margins.top() - shadowMargins.top()));
+    shadow_->setSize(size.grownBy(shadowMargins));
     view_->setGeometry({static_cast<double>(margins.left()), static_cast<double>(margins.top()),
                         contentSize_.width, contentSize_.height});
     window_->create();
     if (windowManager_.markAsPopover) {
         windowManager_.markAsPopover(window_->winId());
     }
+    isActivationDue_ = true;
     window_->show();
     window_->raise();
-    window_->requestActivate();
     if (windowManager_.setInputRegion) {
         const auto ratio = window_->devicePixelRatio();
         const QRectF clickable(margins.left() * ratio, margins.top() * ratio, size.width() * ratio,
                                size.height() * ratio);
         windowManager_.setInputRegion(window_->winId(), clickable.toAlignedRect());
     }
+    activate();
+}
+
+void QtPopover::activate() {
+    window_->requestActivate();
     if (windowManager_.activate) {
         windowManager_.activate(window_->winId());
     }
+}
+
+QMargins QtPopover::marginsAround(const QRect& content) const {
+    const auto* const screen = QGuiApplication::screenAt(content.center());
+    if (screen == nullptr) {
+        return shadowMargins;
+    }
+    // Window managers push windows off the panels.
+    const auto frame = screens_.visibleFrame(*screen).toRect();
+    const auto room = [](int wanted, int available) { return std::clamp(available, 0, wanted); };
+    return {room(shadowMargins.left(), content.left() - frame.left()),
+            room(shadowMargins.top(), content.top() - frame.top()),
+            room(shadowMargins.right(), frame.right() - content.right()),
+            room(shadowMargins.bottom(), frame.bottom() - content.bottom())};
 }
 
 void QtPopover::close() {

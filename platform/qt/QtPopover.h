@@ -5,7 +5,9 @@
 #include "platform/qt/QtScreens.h"
 #include "platform/qt/WindowManagerLink.h"
 
+#include <QMargins>
 #include <QPoint>
+#include <QRect>
 
 #include <memory>
 
@@ -34,6 +36,9 @@ private:
     class PopoverWindow;
 
     void makeWindow();
+    void activate();
+    /// How far the window reaches beyond its content, for the shadow.
+    QMargins marginsAround(const QRect& content) const;
     /// Where the content goes, in points of the screens.
     QPoint position(const Platform::StatusItem& item) const;
 
@@ -41,6 +46,7 @@ private:
     const QtScreens& screens_;
     WindowManagerLink windowManager_;
     Platform::Size contentSize_;
+    bool isActivationDue_ = false;
     std::function<void()> onDidClose_;
     std::unique_ptr<PopoverWindow> window_;
     std::unique_ptr<QQuickItem> shadow_;

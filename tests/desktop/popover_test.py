@@ -219,6 +219,7 @@ class PopoverTest(DesktopCase):
     def test_makes_an_app_private_and_public_again(self):
         self.start(targetApps=[])
         popover = self.open()
+        wait_until(lambda: stays(lambda seen=self.edited(popover): self.edited(popover) == seen), "the popover is at rest")
         self.click(popover, EDIT)
         wait_until(lambda: self.colour(popover, EDIT_FIELD_EDGE) not in (CARD, None), "there is a field to search in")
         self.click(popover, EDIT_SEARCH)

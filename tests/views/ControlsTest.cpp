@@ -146,7 +146,13 @@ TEST_F(Controls, IconsArriveLater) {
 TEST_F(Controls, AnIconThatIsNotThereLeavesThePlaceholder) {
     model->icon = "image://icon/no-such-icon";
     auto view = show();
-    EXPECT_TRUE(ShownView::waitFor([] { return !takeWarnings().empty(); }));
+    auto* const icon = view.find("appIcon");
+    ASSERT_NE(icon, nullptr);
+    auto* const picture = icon->childItems().back();
+    constexpr int ready = 1;
+    ASSERT_TRUE(ShownView::waitFor([&] { return picture->property("status").toInt() == ready; }));
+    EXPECT_FALSE(icon->property("isFound").toBool());
+    EXPECT_THAT(takeWarnings(), testing::IsEmpty());
 }
 
 } // namespace
