@@ -34,6 +34,7 @@ RECORD = (613, 431)
 METER_START = (458, 431)
 GREEN = "#1e9e57"
 EDIT_FIELD_EDGE = (500, 107)
+EDIT_FIRST_ICON, EDIT_SECOND_ICON = (390, 161), (390, 194)
 EDIT, EDIT_SEARCH, EDIT_FIRST_BUTTON = (658, 85), (523, 123), (646, 161)
 
 
@@ -224,7 +225,9 @@ class PopoverTest(DesktopCase):
         wait_until(lambda: self.colour(popover, EDIT_FIELD_EDGE) not in (CARD, None), "there is a field to search in")
         self.click(popover, EDIT_SEARCH)
         subprocess.run(["xdotool", "type", "mousepad"], check=True)
-        wait_until(lambda: stays(lambda seen=self.edited(popover): self.edited(popover) == seen), "the search is done")
+        wait_until(lambda: self.colour(popover, EDIT_FIRST_ICON) != CARD and
+                   self.colour(popover, EDIT_SECOND_ICON) == CARD, "one app is found")
+        wait_until(lambda: stays(lambda seen=self.edited(popover): self.edited(popover) == seen), "the list is at rest")
         self.click(popover, EDIT_FIRST_BUTTON)
         wait_until(lambda: [app["bundleID"] for app in self.stored()["targetApps"]] == [MOUSEPAD["bundleID"]],
                    "the app is private")
