@@ -152,13 +152,16 @@ TEST_F(X11ShellTest, EveryClosingOfThePopoverIsToldOnce) {
     popover.close();
     EXPECT_EQ(closings, 0);
     popover.show(item);
+    auto* const window = shownWindow();
+    ASSERT_NE(window, nullptr);
+    const auto identifier = static_cast<xcb_window_t>(window->winId());
+    ASSERT_TRUE(spinUntil([&] { return client.activeWindow() == identifier; }));
     popover.close();
     popover.close();
     EXPECT_EQ(closings, 1);
+    ASSERT_TRUE(spinUntil([&] { return !client.isListed(identifier); }));
     // The window manager closes it too, for instance by a key.
     popover.show(item);
-    auto* const window = shownWindow();
-    ASSERT_NE(window, nullptr);
     ASSERT_TRUE(spinUntil([&] { return client.activeWindow() == window->winId(); }));
     client.ask(static_cast<xcb_window_t>(window->winId()), "_NET_CLOSE_WINDOW", {0, 2});
     EXPECT_TRUE(spinUntil([&] { return closings == 2; }));
