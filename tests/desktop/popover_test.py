@@ -1,16 +1,14 @@
 """Uses the popover as people do: with clicks on the icon, on its buttons and beside it, and with keys.
 
-MEDIA in the environment is "yes" where there are a microphone and a camera.
+They need the microphone and the cameras of scripts/virtual-desktop.
 """
 
 import json
-import os
 import subprocess
 import unittest
 
 from desktop_case import MOUSEPAD, XTERM, DesktopCase, Rectangle, stays, wait_until, write_preferences
 
-HAS_MEDIA = os.environ.get("MEDIA") == "yes"
 SIZE = (700, 618)
 CARD = "#ffffff"
 PHOTO_MAT = "#e2e5eb"
@@ -156,7 +154,6 @@ class PopoverTest(DesktopCase):
         self.assertEqual(third.wait(10), 0)
         self.assertTrue(stays(lambda: self.shown_popover() is not None))
 
-    @unittest.skipUnless(HAS_MEDIA, "there is no camera here")
     def test_shows_the_camera_and_saves_a_photo(self):
         self.start()
         popover = self.open()
@@ -180,7 +177,6 @@ class PopoverTest(DesktopCase):
         self.click(popover, PHOTO_BACK)
         wait_until(lambda: self.colour(popover, PHOTO_EDGE) != PHOTO_MAT, "the camera is back")
 
-    @unittest.skipUnless(HAS_MEDIA, "there is no camera here")
     def test_switches_to_the_other_camera(self):
         self.start()
         popover = self.open()
@@ -194,7 +190,6 @@ class PopoverTest(DesktopCase):
         wait_until(lambda: self.stored().get("selectedCameraID"), "the other camera is stored")
         wait_until(lambda: self.is_red(popover), "the other camera is seen")
 
-    @unittest.skipUnless(HAS_MEDIA, "there is no microphone here")
     def test_shows_the_level_and_plays_the_echo(self):
         self.start()
         tone = self.scratch / "tone.wav"
