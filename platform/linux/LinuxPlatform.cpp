@@ -31,6 +31,7 @@
 #include "platform/linux/screenwatch/PipeWireCaptureWatch.h"
 #include "platform/linux/screenwatch/ScreenWatch.h"
 #include "platform/linux/screenwatch/X11CaptureWatch.h"
+#include "platform/linux/session/LoginManager.h"
 #include "platform/linux/settingslinks/SettingsLinkOpener.h"
 #include "platform/linux/shell/NoMenuBar.h"
 #include "platform/linux/shell/X11EventMonitors.h"
@@ -102,7 +103,30 @@ struct Session {
     std::unique_ptr<ScopedApps> scopedApps;
     ReducedMotion motion{QDBusConnection::sessionBus(),
                          [this](bool isReduced) { views.style().setReducedMotion(isReduced); }};
+    std::unique_ptr<LoginManager> loginManager;
 };
+
+/// Nothing that is shown needs the login manager, so it is found once all that is shown has been.
+constexpr Platform::MainQueue::Seconds loginManagerDelay{1};
+
+/// What goes on when the computer sleeps, wakes and is turned off.
+LoginManager::Handlers powerHandlers(Platform::Platform& platform, LinuxCaptureServices& cameras,
+                                     PulseAudioServices& sound, LinuxWorkspace& workspace) {
+    const auto setAsleep = [&](bool isAsleep) {
+        cameras.setAsleep(isAsleep);
+        sound.setAsleep(isAsleep);
+    };
+    return {
+        .willSleep = [=] { setAsleep(true); },
+        .didWake =
+            [=, &workspace] {
+                setAsleep(false);
+                // Whatever came up meanwhile counts as coming up now.
+                workspace.announceVisible();
+            },
+        .willEnd = [&application = *platform.application] { application.terminate(); },
+    };
+}
 
 Platform::ApplicationFolders applicationFolders() {
     Platform::ApplicationFolders folders{{}, "desktop"};
@@ -175,22 +199,25 @@ std::vector<std::unique_ptr<ShortcutList>> shortcutLists() {
     return lists;
 }
 
-void addCamera(Platform::Platform& platform) {
+LinuxCaptureServices& addCamera(Platform::Platform& platform) {
     const auto bus = QDBusConnection::sessionBus();
     const bool isSandboxed = LinuxMediaAuthorization::isThisProcessSandboxed();
     PipeWireCameras::Connector connector;
     if (isSandboxed) {
         connector = [bus] { return openPipeWireRemote(bus); };
     }
-    platform.captureServices = std::make_unique<LinuxCaptureServices>(
+    auto cameras = std::make_unique<LinuxCaptureServices>(
         *platform.mainQueue, std::make_unique<PipeWireCameras>(connector),
         std::make_unique<V4l2Cameras>(std::make_unique<KernelVideoDeviceCalls>(), "/sys"));
+    auto& added = *cameras;
+    platform.captureServices = std::move(cameras);
     // The daemon may hand out cameras whose devices are closed to the user.
     platform.mediaAuthorization =
         std::make_unique<LinuxMediaAuthorization>(bus, isSandboxed, [&capture = *platform.captureServices] {
             KernelVideoDeviceCalls calls;
             return mayUseCameras(calls) || !capture.devices().empty();
         });
+    return added;
 }
 
 } // namespace
@@ -233,8 +260,8 @@ Platform::Platform makeLinuxPlatform() {
     platform.loginItem = std::make_unique<AutostartEntry>(
         g_get_user_config_dir(), QCoreApplication::applicationFilePath().toStdString());
     session->scopedApps = std::make_unique<ScopedApps>(session->entries, *platform.mainQueue);
-    platform.workspace = std::make_unique<LinuxWorkspace>(*session->windowSystem, session->identity,
-                                                          session->entries, *session->scopedApps);
+    auto workspace = std::make_unique<LinuxWorkspace>(*session->windowSystem, session->identity,
+                                                      session->entries, *session->scopedApps);
     platform.systemVersion = std::make_unique<InterfaceLevel>(*session->windowSystem);
     platform.statusBar = std::make_unique<TrayStatusBar>(*platform.mainQueue, *platform.log, trayToolkit());
     platform.screenWatcherProbe = std::make_unique<ScreenWatch>(capturesOfThisSession());
@@ -242,12 +269,21 @@ Platform::Platform makeLinuxPlatform() {
         std::make_unique<DBusNotificationCenter>(QDBusConnection::sessionBus(), *platform.mainQueue,
                                                  "Curtain", QGuiApplication::desktopFileName().toStdString());
     addShell(platform, *session);
-    platform.audioServices = std::make_unique<PulseAudioServices>(*platform.mainQueue);
+    auto sound = std::make_unique<PulseAudioServices>(*platform.mainQueue);
     if (!QDBusConnection::sessionBus().isConnected()) {
         platform.log->writeLine(
             "Curtain: there is no session bus, so the icon shows only in trays of X windows");
     }
-    addCamera(platform);
+    auto& cameras = addCamera(platform);
+    platform.mainQueue->asyncAfter(
+        loginManagerDelay,
+        [weak = std::weak_ptr(session), handlers = powerHandlers(platform, cameras, *sound, *workspace)] {
+            if (const auto running = weak.lock()) {
+                running->loginManager = std::make_unique<LoginManager>(LoginManager::systemBus(), handlers);
+            }
+        });
+    platform.audioServices = std::move(sound);
+    platform.workspace = std::move(workspace);
     platform.foundation = std::move(session);
     return platform;
 }

@@ -17,7 +17,7 @@ from desktop_driver import (CHROMIUM, MOUSEPAD, SHORTCUT, SHORTCUT_MASK, SHORTCU
                             Key, Rectangle, TimedOut, chromium, stays, wait_until, write_preferences)
 
 CURTAIN = os.environ["CURTAIN"]
-SECONDS_TO_END = 1
+SECONDS_TO_END = 5
 
 # Colours that tell the windows apart on a screenshot.
 XTERM_COLOUR = "#2040a0"
@@ -85,6 +85,20 @@ class DesktopCase(unittest.TestCase):
 
     def toggle(self):
         self.display.strike(*SHORTCUT)
+
+    def assert_hides_again(self, window):
+        """While privacy mode is on, a private app is brought to the front, and away it goes."""
+        self.display.watch_requests()
+
+        def asks_to_hide():
+            return self.display.has_request(window.id, "WM_CHANGE_STATE")
+        # Curtain may ask twice: for its coming to the front, and for its return to the screen.
+        wait_until(lambda: stays(lambda: not asks_to_hide()), "Curtain asks no more")
+        window.raise_from_task_list()
+        # It may be shown too shortly to be seen, but Curtain only asks to hide what it sees.
+        wait_until(asks_to_hide, "Curtain asks to hide the window")
+        self.wait_hidden(window)
+        self.assert_stays_hidden(window)
 
     # Other people's programs
 

@@ -99,6 +99,45 @@ TEST_F(CameraSessionTest, OneCameraAndOneOutputFitIn) {
     EXPECT_FALSE(session->canAddOutput(std::make_shared<CameraPhotoOutput>()));
 }
 
+TEST_F(CameraSessionTest, CameraIsLetGoWhileTheComputerSleeps) {
+    session->addInput(input("one"));
+    session->startRunning();
+    const auto preview = look();
+    stack->deliver(100);
+    mainQueue.runReady();
+    ASSERT_EQ(shade(*preview), 100);
+    session->setAsleep(true);
+    session->setAsleep(true);
+    mainQueue.runReady();
+    EXPECT_THAT(stack->calls, ElementsAre("open one", "close one"));
+    EXPECT_TRUE(session->isRunning());
+    EXPECT_EQ(shade(*preview), -1);
+
+    session->setAsleep(false);
+    EXPECT_THAT(stack->calls, ElementsAre("open one", "close one", "open one"));
+    stack->deliver(50);
+    mainQueue.runReady();
+    EXPECT_EQ(shade(*preview), 50);
+}
+
+TEST_F(CameraSessionTest, ASessionThatBeginsDuringSleepOpensTheCameraAfterwards) {
+    session->addInput(input("one"));
+    session->setAsleep(true);
+    session->startRunning();
+    EXPECT_THAT(stack->calls, IsEmpty());
+    session->setAsleep(false);
+    EXPECT_THAT(stack->calls, ElementsAre("open one"));
+}
+
+TEST_F(CameraSessionTest, ASessionThatEndsDuringSleepLeavesTheCameraAlone) {
+    session->addInput(input("one"));
+    session->startRunning();
+    session->setAsleep(true);
+    session->stopRunning();
+    session->setAsleep(false);
+    EXPECT_THAT(stack->calls, ElementsAre("open one", "close one"));
+}
+
 TEST_F(CameraSessionTest, CameraIsOpenOnlyWhileTheSessionRuns) {
     session->addInput(input("one"));
     EXPECT_THAT(stack->calls, IsEmpty());

@@ -256,6 +256,23 @@ TEST_F(LinuxWorkspaceTest, WindowEventsBecomeNotifications) {
     EXPECT_THAT(seen, ElementsAre("launched a", "activated a"));
 }
 
+TEST_F(LinuxWorkspaceTest, AppsThatCanBeSeenAreAnnouncedOnceMoreWhenAsked) {
+    windows.open(1, "a", 10);
+    windows.open(2, "a", 10).isHidden = true;
+    windows.open(3, "b", 11).isHidden = true;
+    windows.open(4, "c", 12);
+    std::vector<std::string> seen;
+    const auto activated =
+        workspace->addObserver(WorkspaceNotification::didActivateApplication, [&](const auto& app) {
+            seen.push_back(*app->bundleIdentifier());
+            app->hide();
+        });
+    workspace->announceVisible();
+    EXPECT_THAT(seen, ElementsAre("a", "c"));
+    workspace->announceVisible();
+    EXPECT_THAT(seen, ElementsAre("a", "c")) << "now they are hidden";
+}
+
 TEST_F(LinuxWorkspaceTest, EndedObserversHearNothing) {
     windows.open(1, "a", 10);
     int count = 0;

@@ -48,6 +48,28 @@ TEST_F(SoundServerFaultsTest, TheMeterGoesOnWhenTheServerComesBack) {
     EXPECT_TRUE(eventually([] { return !SoundWorld::hasOurRecording(); }));
 }
 
+TEST_F(SoundServerFaultsTest, TheMicrophoneIsLetGoWhileTheComputerSleeps) {
+    sound.feed(tone(440, 0.5, 60));
+    monitor->start();
+    ASSERT_TRUE(levelBecomes(1, 1));
+    audio.setAsleep(true);
+    EXPECT_TRUE(eventually([] { return !SoundWorld::hasOurRecording(); }));
+    audio.setAsleep(false);
+    EXPECT_TRUE(eventually([] { return SoundWorld::hasOurRecording(); }));
+    monitor->stop();
+    EXPECT_TRUE(eventually([] { return !SoundWorld::hasOurRecording(); }));
+}
+
+TEST_F(SoundServerFaultsTest, TheMeterIsStoppedWhileTheComputerSleeps) {
+    startMetering();
+    audio.setAsleep(true);
+    monitor->stop();
+    audio.setAsleep(false);
+    sound.feed(tone(440, 0.5, 60));
+    monitor->start();
+    EXPECT_TRUE(becomes(MicStatus::working));
+}
+
 TEST_F(SoundServerFaultsTest, AfterAStopTheServerThatCameBackServesTheNextStart) {
     startMetering();
     SoundWorld::killServer();

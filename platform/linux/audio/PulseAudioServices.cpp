@@ -50,6 +50,19 @@ PulseAudioServices::makePlayer(const std::string& path) {
     return PulseAudioPlayer::open(path, mainQueue_, [this] { return server(); });
 }
 
+void PulseAudioServices::setAsleep(bool isAsleep) {
+    const auto connection = shared_.lock();
+    if (!connection) {
+        return;
+    }
+    const auto promise = std::make_shared<std::promise<void>>();
+    connection->loop().post([&sound = *connection, isAsleep, promise] {
+        sound.setAsleep(isAsleep);
+        promise->set_value();
+    });
+    promise->get_future().wait_for(moment);
+}
+
 std::shared_ptr<SoundServer> PulseAudioServices::server() {
     auto existing = shared_.lock();
     if (!existing) {

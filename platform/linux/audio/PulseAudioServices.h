@@ -27,6 +27,10 @@ public:
     std::variant<std::unique_ptr<Platform::AudioPlayer>, Platform::AudioError>
     makePlayer(const std::string& path) override;
 
+    /// When the computer falls asleep, microphones and speakers are let go as if there were none any more;
+    /// when it wakes, they are found again. Waits a moment for the first.
+    void setAsleep(bool isAsleep);
+
 private:
     std::shared_ptr<SoundServer> server();
 

@@ -72,6 +72,25 @@ Platform::Subscription SoundServer::addInputObserver(std::function<void()> obser
     return inputObservers_.add(std::move(observer));
 }
 
+void SoundServer::setAsleep(bool isAsleep) {
+    if (isAsleep == isAsleep_) {
+        return;
+    }
+    isAsleep_ = isAsleep;
+    if (!isAsleep) {
+        connect();
+        return;
+    }
+    isReady_ = false;
+    problem_ = "the computer is asleep";
+    retry_ = {};
+    nextLook_ = {};
+    fresh_.reset();
+    // Those who record stop first.
+    learn({});
+    context_.reset();
+}
+
 SoundServer::Context SoundServer::makeContext() {
     const std::unique_ptr<pa_proplist, decltype(&pa_proplist_free)> properties(pa_proplist_new(),
                                                                                &pa_proplist_free);

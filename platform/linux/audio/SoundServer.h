@@ -59,6 +59,8 @@ public:
     void whenKnown(PulseLoop::Task task);
     /// Tells when the default input, or its format, is not any more what it was known to be.
     Platform::Subscription addInputObserver(std::function<void()> observer);
+    /// Leaves the server while the computer sleeps, and comes back when it wakes.
+    void setAsleep(bool isAsleep);
 
 private:
     using Context = std::unique_ptr<pa_context, void (*)(pa_context*)>;
@@ -86,6 +88,7 @@ private:
     Context context_;
     Context fresh_;
     bool isReady_ = false;
+    bool isAsleep_ = false;
     std::string problem_;
     Knowledge known_;
     bool isKnown_ = false;

@@ -110,6 +110,12 @@ std::unique_ptr<Platform::VideoPreview> CameraSession::makePreview(std::function
     return distributor_->makePreview(std::move(onPictureChanged));
 }
 
+void CameraSession::setAsleep(bool isAsleep) {
+    const std::scoped_lock lock(mutex_);
+    isAsleep_ = isAsleep;
+    apply();
+}
+
 void CameraSession::commit() {
     if (openConfigurations_ > 0) {
         return;
@@ -120,7 +126,7 @@ void CameraSession::commit() {
 }
 
 void CameraSession::apply() {
-    const auto wanted = isRunning_ ? committedInput_ : nullptr;
+    const auto wanted = isRunning_ && !isAsleep_ ? committedInput_ : nullptr;
     if (wanted == feedInput_) {
         return;
     }

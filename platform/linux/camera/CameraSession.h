@@ -52,6 +52,10 @@ public:
     void stopRunning() override;
     std::unique_ptr<Platform::VideoPreview> makePreview(std::function<void()> onPictureChanged) override;
 
+    /// While the computer sleeps, the camera is let go, of a running session too, which picks it up
+    /// afterwards.
+    void setAsleep(bool isAsleep);
+
 private:
     /// Makes the input count.
     void commit();
@@ -66,6 +70,7 @@ private:
 
     std::atomic<bool> isRunning_ = false;
     std::mutex mutex_;
+    bool isAsleep_ = false;
     /// The input as last committed.
     std::shared_ptr<CameraInput> committedInput_;
     std::shared_ptr<CameraInput> feedInput_;

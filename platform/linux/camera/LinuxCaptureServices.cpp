@@ -40,12 +40,23 @@ std::shared_ptr<Platform::PhotoOutput> LinuxCaptureServices::makePhotoOutput() {
 }
 
 std::shared_ptr<Platform::CaptureSession> LinuxCaptureServices::makeSession() {
-    return std::make_shared<CameraSession>(mainQueue_);
+    std::erase_if(sessions_, [](const auto& session) { return session.expired(); });
+    auto session = std::make_shared<CameraSession>(mainQueue_);
+    sessions_.push_back(session);
+    return session;
 }
 
 std::shared_ptr<const Platform::Picture>
 LinuxCaptureServices::decodeImage(const std::vector<std::byte>& encoded) {
     return codec_.decode(encoded, 1).picture;
+}
+
+void LinuxCaptureServices::setAsleep(bool isAsleep) {
+    for (const auto& weak : sessions_) {
+        if (const auto session = weak.lock()) {
+            session->setAsleep(isAsleep);
+        }
+    }
 }
 
 std::shared_ptr<CameraStack> LinuxCaptureServices::stack() {

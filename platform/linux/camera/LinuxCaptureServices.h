@@ -6,8 +6,11 @@
 #include "platform/linux/camera/PipeWireCameras.h"
 
 #include <memory>
+#include <vector>
 
 namespace LinuxPlatform {
+
+class CameraSession;
 
 /// The cameras of the PipeWire daemon or, where there is none, those of the kernel.
 class LinuxCaptureServices : public Platform::CaptureServices {
@@ -25,6 +28,9 @@ public:
     /// JPEG, as photos are.
     std::shared_ptr<const Platform::Picture> decodeImage(const std::vector<std::byte>& encoded) override;
 
+    /// Sessions let their cameras go when the computer falls asleep, and pick them up when it wakes.
+    void setAsleep(bool isAsleep);
+
 private:
     /// The one to ask now.
     std::shared_ptr<CameraStack> stack();
@@ -34,6 +40,7 @@ private:
     std::shared_ptr<PipeWireCameras> pipeWire_;
     std::shared_ptr<CameraStack> directCameras_;
     JpegCodec codec_;
+    std::vector<std::weak_ptr<CameraSession>> sessions_;
 };
 
 } // namespace LinuxPlatform

@@ -94,6 +94,11 @@ std::string sessionBusAddress() {
 
 } // namespace
 
+std::string systemBusAddress() {
+    const auto* const address = std::getenv("DBUS_SYSTEM_BUS_ADDRESS");
+    return address != nullptr && *address != '\0' ? address : "unix:path=/var/run/dbus/system_bus_socket";
+}
+
 bool isBusSilent(std::string_view address, std::chrono::milliseconds patience) {
     const auto name = socketName(address);
     const Socket bus;

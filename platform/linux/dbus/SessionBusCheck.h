@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <string>
 #include <string_view>
 
 namespace LinuxPlatform {
@@ -9,6 +10,9 @@ namespace LinuxPlatform {
 /// nothing for that long. False where there is none, and for addresses of other kinds than Unix sockets.
 /// Source: https://dbus.freedesktop.org/doc, server addresses and authentication.
 bool isBusSilent(std::string_view address, std::chrono::milliseconds patience);
+
+/// Where clients of the system's message bus look for it.
+std::string systemBusAddress();
 
 /// To be called before anything connects to the session bus: libraries wait for its answer without a
 /// deadline. If the bus is silent, this process goes on as one of a session that has no bus.

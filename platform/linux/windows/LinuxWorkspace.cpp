@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <vector>
 
 namespace LinuxPlatform {
 namespace {
@@ -124,6 +125,19 @@ std::optional<Platform::Image> LinuxWorkspace::iconForFile(const std::string& pa
     Platform::Image image;
     image.source = entry->icon;
     return image;
+}
+
+void LinuxWorkspace::announceVisible() {
+    // Copied, since whoever is told may hide them.
+    std::vector<AppInstanceKey> visible;
+    for (const auto& instance : instances_->all()) {
+        if (!instance.visibleWindows.empty()) {
+            visible.push_back(instance.key);
+        }
+    }
+    for (const auto& key : visible) {
+        observers_[Platform::WorkspaceNotification::didActivateApplication].tell(handleFor(key));
+    }
 }
 
 void LinuxWorkspace::handleEvent(WindowEvent event, const Window& window) {

@@ -28,6 +28,9 @@ public:
     std::optional<std::string> urlForApplicationToOpen(const std::string& url) override;
     std::optional<Platform::Image> iconForFile(const std::string& path) override;
 
+    /// Tells the observers of activations once more of every app that can be seen.
+    void announceVisible();
+
 private:
     void handleEvent(WindowEvent event, const Window& window);
     std::shared_ptr<Platform::RunningApplication> handleFor(const AppInstanceKey& key) const;
