@@ -6,7 +6,7 @@ BENCH := build/bench
 # A display decides whether Curtain starts in the user's session or in a virtual desktop.
 HAS_DISPLAY := $(DISPLAY)$(WAYLAND_DISPLAY)
 
-.PHONY: help run test test-long bench lint install clean program tests
+.PHONY: help run test test-long bench lint install package clean program tests
 
 help:
 	@echo "make run         install what is missing, build, and start Curtain"
@@ -15,6 +15,7 @@ help:
 	@echo "make bench       the benchmarks"
 	@echo "make lint        check the format and run clang-tidy"
 	@echo "make install     build and install under PREFIX=$(PREFIX)"
+	@echo "make package     build a Debian package into build/package"
 	@echo "make clean       remove everything that was built"
 
 # The program can be built without the tests' packages; once configured with the tests, the tree stays so.
@@ -66,6 +67,10 @@ lint: tests
 
 install: program
 	cmake --install $(RELEASE) --prefix "$(abspath $(PREFIX))"
+
+package: program
+	cpack --config $(RELEASE)/CPackConfig.cmake -B build/package
+	@rm -r build/package/_CPack_Packages
 
 clean:
 	rm -rf build

@@ -1,0 +1,20 @@
+"""What an installation consists of, below its prefix."""
+
+ICONS = "share/icons/hicolor"
+INSTALLED_FILES = {
+    "bin/curtain",
+    "share/applications/com.curtain.Curtain.desktop",
+    "share/dbus-1/services/com.curtain.Curtain.service",
+    f"{ICONS}/16x16/apps/com.curtain.Curtain.svg",
+    f"{ICONS}/22x22/apps/com.curtain.Curtain.svg",
+    f"{ICONS}/scalable/apps/com.curtain.Curtain.svg",
+    f"{ICONS}/symbolic/apps/com.curtain.Curtain-close-symbolic.svg",
+    f"{ICONS}/symbolic/apps/com.curtain.Curtain-open-symbolic.svg",
+    f"{ICONS}/symbolic/apps/com.curtain.Curtain-symbolic.svg",
+    "share/man/man1/curtain.1",
+    "share/metainfo/com.curtain.Curtain.metainfo.xml",
+}
+
+
+def files_below(folder):
+    return {str(path.relative_to(folder)) for path in folder.rglob("*") if not path.is_dir()}

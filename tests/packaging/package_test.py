@@ -1,0 +1,127 @@
+"""Checks the Debian package.
+
+usage: package_test.py FOLDER [unittest options]
+
+FOLDER holds the package. VERSION in the environment is Curtain's version.
+"""
+
+import gzip
+import os
+import re
+import subprocess
+import sys
+import tarfile
+import tempfile
+import unittest
+from pathlib import Path
+
+from installed_files import INSTALLED_FILES, files_below
+
+FOLDER = None  # main() fills it in
+VERSION = os.environ["VERSION"]
+SOURCE = Path(__file__).resolve().parents[2]
+COMPRESSED = {"share/man/man1/curtain.1", "share/doc/curtain/changelog"}
+
+
+def output(*argv):
+    return subprocess.run(argv, check=True, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True).stdout
+
+
+def packages(field):
+    """The names in a field such as Depends, with the alternatives."""
+    return {re.match(r"\S+", name.strip())[0] for name in re.split("[,|]", field)}
+
+
+class PackageTest(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        architecture = output("dpkg", "--print-architecture").strip()
+        cls.path = FOLDER / f"curtain_{VERSION}_{architecture}.deb"
+        scratch = tempfile.TemporaryDirectory(prefix="curtain-test-")
+        cls.addClassCleanup(scratch.cleanup)
+        cls.root = Path(scratch.name)
+        output("dpkg-deb", "--extract", str(cls.path), str(cls.root))
+
+    def field(self, name):
+        return output("dpkg-deb", "--field", str(self.path), name).strip()
+
+    def test_lintian_has_nothing_to_say(self):
+        done = subprocess.run(["lintian", "--no-cfg", "--no-override", "--allow-root", "--fail-on", "error,warning", str(self.path)],
+                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False)
+        self.assertEqual((done.returncode, done.stdout), (0, ""))
+
+    def test_holds_what_is_installed_and_the_documents(self):
+        names = {f"usr/{name}{'.gz' if name in COMPRESSED else ''}"
+                 for name in INSTALLED_FILES | {"share/doc/curtain/changelog", "share/doc/curtain/copyright"}}
+        self.assertEqual(files_below(self.root), names)
+
+    def test_everything_belongs_to_root_and_can_be_read_by_everyone(self):
+        contents = subprocess.run(["dpkg-deb", "--fsys-tarfile", str(self.path)], check=True, stdout=subprocess.PIPE)
+        archive = self.root / "contents.tar"
+        self.addCleanup(archive.unlink)
+        archive.write_bytes(contents.stdout)
+        with tarfile.open(archive) as files:
+            for file in files:
+                mode = 0o755 if file.isdir() or file.name == "./usr/bin/curtain" else 0o644
+                self.assertEqual((file.uid, file.gid, oct(file.mode)), (0, 0, oct(mode)), file.name)
+
+    def test_runs_nothing_when_it_is_installed_or_removed(self):
+        control = self.root / "control"
+        output("dpkg-deb", "--control", str(self.path), str(control))
+        self.addCleanup(lambda: [path.unlink() for path in control.iterdir()] and control.rmdir())
+        self.assertEqual(files_below(control), {"control", "md5sums"})
+
+    def test_says_what_it_is(self):
+        self.assertEqual(self.field("Package"), "curtain")
+        self.assertEqual(self.field("Version"), VERSION)
+        self.assertEqual(self.field("Section"), "utils")
+        self.assertEqual(self.field("Priority"), "optional")
+        self.assertRegex(self.field("Maintainer"), r"^\S.* <\S+@\S+>$")
+        summary, *rest = self.field("Description").splitlines()
+        self.assertFalse(summary.lower().startswith(("curtain", "a ", "the ")) or summary.endswith("."), summary)
+        self.assertTrue(all(len(line) <= 80 for line in rest), rest)
+
+    def test_depends_on_the_libraries_of_the_program(self):
+        needed = re.findall(r"\(NEEDED\).*\[(lib.*)\]", output("readelf", "--dynamic", str(self.root / "usr/bin/curtain")))
+        self.assertTrue(needed)
+        depends = packages(self.field("Depends"))
+        for library in needed:
+            self.assertTrue(depends & self.packages_with(f"*/{library}"), library)
+
+    def test_depends_on_the_modules_that_the_views_import(self):
+        imports = {name for path in SOURCE.rglob("*.qml") if path.parts[len(SOURCE.parts)] in ("Curtain", "platform")
+                   for name in re.findall(r"^import (Qt[\w.]+)", path.read_text(), re.MULTILINE)}
+        self.assertIn("QtQuick", imports)
+        depends = packages(self.field("Depends"))
+        for name in imports | {"QtQml", "QtQml.Models", "QtQml.WorkerScript"}:
+            self.assertTrue(depends & self.packages_with(f"*/qml/{name.replace('.', '/')}/qmldir"), name)
+
+    def test_depends_on_the_program_of_the_actions(self):
+        self.assertTrue(packages(self.field("Depends")) & self.packages_with("/usr/bin/gdbus"))
+
+    @staticmethod
+    def packages_with(pattern):
+        """The names of the installed packages that hold such a file."""
+        return {line.partition(":")[0] for line in output("dpkg-query", "--search", pattern).splitlines()}
+
+    def test_the_program_is_stripped(self):
+        sections = output("readelf", "--section-headers", "--wide", str(self.root / "usr/bin/curtain"))
+        self.assertIn(" .text ", sections)
+        self.assertNotRegex(sections, r" \.(symtab|debug_info) ")
+
+    def test_compressed_files_carry_no_time_and_no_name(self):
+        for name in COMPRESSED:
+            with self.subTest(name):
+                data = (self.root / f"usr/{name}.gz").read_bytes()
+                self.assertEqual((data[3], data[4:8]), (0, bytes(4)))
+                original = SOURCE / "packaging" / ("debian/changelog" if name.endswith("changelog") else "curtain.1")
+                self.assertEqual(gzip.decompress(data), original.read_bytes())
+
+    def test_names_the_program_where_it_will_be(self):
+        for name in ("applications/com.curtain.Curtain.desktop", "dbus-1/services/com.curtain.Curtain.service"):
+            self.assertIn("\nExec=/usr/bin/curtain\n", (self.root / "usr/share" / name).read_text())
+
+
+if __name__ == "__main__":
+    FOLDER = Path(sys.argv.pop(1))
+    unittest.main()
