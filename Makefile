@@ -44,6 +44,7 @@ test: tests
 	ctest --preset release
 
 test-long: tests
+	scripts/setup --long
 	ctest --preset long
 
 bench:

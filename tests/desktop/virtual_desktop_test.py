@@ -209,7 +209,7 @@ class VirtualDesktopTest(unittest.TestCase):
 
     def test_refuses_what_it_does_not_know(self):
         for options, word in [(["--session", "other"], "other"), (["--tray", "other"], "other"),
-                              (["--size", "big"], "big"), (["--other"], "--other"),
+                              (["--size", "big"], "big"), (["--sound-server", "other"], "other"), (["--other"], "--other"),
                               (["--camera", "program"], "--media")]:
             status, output, complaints = self.run_in("true", options=options)
             self.assertEqual((status, output, len(complaints.splitlines())), (2, "", 1), complaints)

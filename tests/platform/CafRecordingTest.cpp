@@ -1,17 +1,16 @@
 #include "platform/linux/audio/CafRecording.h"
 
+#include "tests/support/FileSizeLimit.h"
 #include "tests/support/ForkedChild.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <sndfile.h>
 
-#include <csignal>
 #include <cstdint>
 #include <filesystem>
 #include <vector>
 
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 namespace {
@@ -117,11 +116,8 @@ TEST_F(CafRecordingTest, AMillionFramesAtOnceAreWritten) {
 }
 
 TEST_F(CafRecordingTest, AFullDiskLosesTheRestAndNothingElse) {
-    // A limit on the size of files, which fails a write as a full disk does.
     TestSupport::ForkedChild child([this] {
-        std::signal(SIGXFSZ, SIG_IGN);
-        const rlimit limit{100'000, 100'000};
-        setrlimit(RLIMIT_FSIZE, &limit);
+        const TestSupport::FileSizeLimit limit(100'000);
         const std::vector<float> samples(1024, 0.5F);
         const AudioFormat format{1, 48000};
         const auto file = mustCreate(format);

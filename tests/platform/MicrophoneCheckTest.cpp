@@ -1,4 +1,5 @@
 #include "tests/platform/MicrophoneCheck.h"
+#include "tests/support/FileSizeLimit.h"
 
 #include <sndfile.h>
 
@@ -83,6 +84,31 @@ TEST_F(MicrophoneCheckTest, TheMeterFollowsTheDefaultMicrophoneAndItsFormat) {
     EXPECT_TRUE(levelBecomes(0.13F, 0.15F));
     SoundWorld::makeDefault("microphone");
     EXPECT_TRUE(levelBecomes(0, 0));
+}
+
+TEST_F(MicrophoneCheckTest, TheMeterFollowsAMicrophoneThatReturnsInAnotherFormat) {
+    sound.feed(tone(440, 0.01, 60));
+    startMetering();
+    ASSERT_TRUE(levelBecomes(0.13F, 0.15F));
+    SoundWorld::unplug();
+    SoundWorld::plugIn("channels=2 channel_map=front-left,front-right remix=yes");
+    sound.feed(tone(440, 0.02, 60));
+    EXPECT_TRUE(levelBecomes(0.27F, 0.30F));
+    // The next test wants the usual one back.
+    SoundWorld::unplug();
+}
+
+TEST_F(MicrophoneCheckTest, AMicrophoneWithEightChannelsAt192KilohertzIsHeard) {
+    sound.addMicrophone("studio", 192000, 8);
+    std::vector<float> eight;
+    for (const auto sample : tone(440, 0.01, 20, 192000)) {
+        eight.push_back(sample);
+        eight.insert(eight.end(), 7, 0.5F);
+    }
+    sound.feed(eight, "studio_feed", 192000, 8);
+    SoundWorld::makeDefault("studio");
+    startMetering();
+    EXPECT_TRUE(levelBecomes(0.13F, 0.15F));
 }
 
 TEST_F(MicrophoneCheckTest, AMutedMicrophoneIsSilent) {
@@ -275,6 +301,39 @@ TEST_F(EchoTest, AnotherFormatInTheMiddleEndsTheRecordingButNotTheEcho) {
     EXPECT_GT(rootMeanSquare(samples), 0.3);
     EXPECT_LT(samples.size(), std::size_t{3} * 48000);
     EXPECT_TRUE(becomes(EchoPhase::done));
+}
+
+TEST_F(EchoTest, AMicrophoneThatComesBackInTheMiddleIsRecordedFurther) {
+    sound.feed(tone(440, 0.5, 60));
+    startMetering();
+    ASSERT_TRUE(levelBecomes(1, 1));
+    monitor->startEcho();
+    ASSERT_TRUE(eventually([&] { return file_size(recording()) > 20000; }));
+    SoundWorld::unplug();
+    ASSERT_TRUE(eventually([] { return !SoundWorld::hasOurRecording(); }));
+    const auto before = file_size(recording());
+    SoundWorld::plugIn();
+    // The three seconds may be over first, on a busy computer.
+    ASSERT_TRUE(eventually(
+        [&] { return monitor->echoPhase() != EchoPhase::recording || file_size(recording()) > before; }));
+    EXPECT_TRUE(becomes(EchoPhase::playing));
+    EXPECT_GT(rootMeanSquare(readRecording()), 0.2);
+    EXPECT_TRUE(becomes(EchoPhase::done));
+}
+
+TEST_F(EchoTest, AFullDiskPlaysWhatThereIs) {
+    sound.feed(tone(440, 0.5, 60));
+    startMetering();
+    ASSERT_TRUE(levelBecomes(1, 1));
+    {
+        const TestSupport::FileSizeLimit limit(100'000);
+        monitor->startEcho();
+        ASSERT_TRUE(becomes(EchoPhase::playing));
+    }
+    EXPECT_LE(file_size(recording()), 100'000U);
+    EXPECT_GT(readRecording().size(), 20'000U);
+    EXPECT_TRUE(becomes(EchoPhase::done));
+    EXPECT_THAT(log.lines, IsEmpty());
 }
 
 TEST_F(EchoTest, ALinkThatSomebodyPlantedIsNotFollowed) {

@@ -114,6 +114,34 @@ TEST_F(SoundServerFaultsTest, TheMeterGoesOnWhenTheServerThaws) {
     EXPECT_TRUE(levelBecomes(0, 0));
 }
 
+TEST_F(SoundServerFaultsTest, AServerThatFreezesInTheMiddleOfAnEchoEndsIt) {
+    sound.feed(tone(440, 0.5, 60));
+    monitor->start();
+    ASSERT_TRUE(levelBecomes(1, 1));
+    monitor->startEcho();
+    ASSERT_TRUE(eventually([&] { return std::filesystem::file_size(recording()) > 20000; }));
+    SoundWorld::freeze();
+    EXPECT_TRUE(becomes(EchoPhase::done));
+    EXPECT_FALSE(std::filesystem::exists(recording()));
+    sound.silence();
+    SoundWorld::thaw();
+    EXPECT_TRUE(levelBecomes(0, 0));
+}
+
+TEST_F(SoundServerFaultsTest, AServerThatComesBackInTheMiddleOfAnEchoPlaysIt) {
+    sound.feed(tone(440, 0.5, 60));
+    monitor->start();
+    ASSERT_TRUE(levelBecomes(1, 1));
+    monitor->startEcho();
+    ASSERT_TRUE(eventually([&] { return std::filesystem::file_size(recording()) > 20000; }));
+    SoundWorld::killServer();
+    SoundWorld::startServer();
+    EXPECT_TRUE(becomes(EchoPhase::playing));
+    EXPECT_TRUE(becomes(EchoPhase::done));
+    sound.feed(tone(440, 0.5, 60));
+    EXPECT_TRUE(levelBecomes(1, 1));
+}
+
 TEST_F(SoundServerFaultsTest, AnEchoThatCannotBePlayedIsDone) {
     startMetering();
     monitor->startEcho();

@@ -14,6 +14,7 @@
 #include <fstream>
 #include <memory>
 #include <numbers>
+#include <sstream>
 #include <string>
 #include <system_error>
 #include <thread>
@@ -106,7 +107,7 @@ private:
 /// they are as they were.
 class SoundWorld {
 public:
-    SoundWorld() = default;
+    SoundWorld() { serverCommand(); }
     ~SoundWorld() {
         silence();
         thaw();
@@ -138,17 +139,28 @@ public:
 
     void silence() { player_.reset(); }
 
-    /// Another microphone, with two channels; it hears what is fed to the sink NAME_feed.
-    void addMicrophone(const std::string& name, int rate) {
-        const auto format =
-            " rate=" + std::to_string(rate) + " channels=2 channel_map=front-left,front-right";
+    /// Another microphone; it hears what is fed to the sink NAME_feed.
+    void addMicrophone(const std::string& name, int rate, std::size_t channels = 2) {
+        struct Channel {
+            std::string map;
+            std::string port;
+        };
+        static const std::vector<Channel> every{
+            {"front-left", "FL"},   {"front-right", "FR"}, {"rear-left", "RL"}, {"rear-right", "RR"},
+            {"front-center", "FC"}, {"lfe", "LFE"},        {"side-left", "SL"}, {"side-right", "SR"}};
+        auto format =
+            " rate=" + std::to_string(rate) + " channels=" + std::to_string(channels) + " channel_map=";
+        for (std::size_t channel = 0; channel < channels; ++channel) {
+            format += (channel == 0 ? "" : ",") + every[channel].map;
+        }
         load("module-null-sink sink_name=" + name + "_feed" + format);
         if (isPipeWire()) {
             // Its remapped sources have the server's rate, whatever is asked for.
             load("module-null-sink media.class=Audio/Source/Virtual sink_name=" + name + format);
             waitUntil([&] { return hasSource(name); });
-            for (const std::string side : {"FL", "FR"}) {
-                const auto link = "pw-link " + name + "_feed:monitor_" + side + " " + name + ":input_" + side;
+            for (std::size_t channel = 0; channel < channels; ++channel) {
+                const auto& port = every[channel].port;
+                const auto link = "pw-link " + name + "_feed:monitor_" + port + " " + name + ":input_" + port;
                 // The ports come a little later than the source.
                 waitUntil([&] { return std::system((link + " 2>/dev/null").c_str()) == 0; });
             }
@@ -164,14 +176,15 @@ public:
     }
 
     static void unplug() {
-        outputOf("pactl unload-module module-remap-source");
+        outputOf("pactl list short modules | awk '/source_name=microphone / {print $1}' | "
+                 "xargs -rn1 pactl unload-module");
         waitUntil([] { return !hasSource("microphone"); });
     }
 
-    static void plugIn() {
+    static void plugIn(const std::string& format = "channels=1 channel_map=mono") {
         outputOf(
-            "pactl load-module module-remap-source master=microphone_feed.monitor source_name=microphone "
-            "channels=1 channel_map=mono");
+            "pactl load-module module-remap-source master=microphone_feed.monitor source_name=microphone " +
+            format);
         waitUntil([] { return hasSource("microphone"); });
         makeDefault("microphone");
     }
@@ -184,7 +197,7 @@ public:
 
     /// With devices as before.
     static void startServer() {
-        replacement() = std::make_unique<ChildProcess>(std::vector<std::string>{"pipewire-pulse"});
+        replacement() = std::make_unique<ChildProcess>(serverCommand());
         waitUntil(isServerThere);
         outputOf("pactl load-module module-null-sink sink_name=speakers rate=48000 channels=2 "
                  "channel_map=front-left,front-right");
@@ -209,7 +222,11 @@ public:
     }
 
 private:
-    static bool isPipeWire() { return outputOf("pactl info").find("on PipeWire") != std::string::npos; }
+    static std::filesystem::path processOf(const std::string& part) {
+        return std::filesystem::path(std::getenv("VIRTUAL_DESKTOP_PIDS")) / part;
+    }
+
+    static bool isPipeWire() { return std::filesystem::exists(processOf("pipewire-pulse")); }
 
     static bool isServerThere() { return !outputOf("timeout 5 pactl info").empty(); }
 
@@ -221,8 +238,20 @@ private:
 
     static pid_t serverProcess() {
         return replacement() ? replacement()->id()
-                             : std::stoi(readFile(std::filesystem::path(std::getenv("VIRTUAL_DESKTOP_PIDS")) /
-                                                  "pipewire-pulse"));
+                             : std::stoi(readFile(processOf(isPipeWire() ? "pipewire-pulse" : "pulseaudio")));
+    }
+
+    /// How the first server was started.
+    static const std::vector<std::string>& serverCommand() {
+        static const auto command = [] {
+            std::istringstream words(readFile("/proc/" + std::to_string(serverProcess()) + "/cmdline"));
+            std::vector<std::string> result;
+            for (std::string word; std::getline(words, word, '\0');) {
+                result.push_back(word);
+            }
+            return result;
+        }();
+        return command;
     }
 
     void load(const std::string& module) {

@@ -44,7 +44,7 @@ SoundServer::~SoundServer() {
     loop_.post([this, &isOver] {
         deadline_ = {};
         retry_ = {};
-        nextLook_ = {};
+        stopLooking();
         waiting_.clear();
         context_.reset();
         isOver.set_value();
@@ -84,8 +84,7 @@ void SoundServer::setAsleep(bool isAsleep) {
     isReady_ = false;
     problem_ = "the computer is asleep";
     retry_ = {};
-    nextLook_ = {};
-    fresh_.reset();
+    stopLooking();
     // Those who record stop first.
     learn({});
     context_.reset();
@@ -104,8 +103,8 @@ void SoundServer::connect() {
     isReady_ = false;
     isRefreshing_ = false;
     isOutdated_ = false;
-    nextLook_ = {};
-    fresh_.reset();
+    stopLooking();
+    retry_ = {};
     context_ = makeContext();
     deadline_ = loop_.after(patience, [this] { learn({}); });
     if (!context_) {
@@ -147,6 +146,8 @@ void SoundServer::contextChanged() {
 
 void SoundServer::lost() {
     isReady_ = false;
+    // What a look learns now would connect beside the retry, and the later one would cut off the earlier.
+    stopLooking();
     // Not here: the library is still calling from the old connection.
     retry_ = loop_.after(retryInterval, [this] { connect(); });
     learn({});
@@ -188,6 +189,11 @@ void SoundServer::refresh() {
             }
         },
         this));
+}
+
+void SoundServer::stopLooking() {
+    nextLook_ = {};
+    fresh_.reset();
 }
 
 void SoundServer::lookAfresh() {
