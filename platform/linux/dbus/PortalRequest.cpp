@@ -13,6 +13,9 @@ namespace {
 const QString portal = QStringLiteral("org.freedesktop.portal.Desktop");
 const QString portalPath = QStringLiteral("/org/freedesktop/portal/desktop");
 
+/// What the portal responds when its dialog ends in another way than by a yes or a no.
+constexpr unsigned noAnswer = 2;
+
 /// Where the portal will answer, so that one can listen before asking.
 QString requestPath(const QDBusConnection& bus, const QString& token) {
     auto sender = bus.baseService().mid(1);
@@ -33,16 +36,26 @@ PortalRequest::PortalRequest(const QDBusConnection& bus, const QString& interfac
     : answered_(std::move(answered)),
       response_(bus, portal, requestPath(bus, token), QStringLiteral("org.freedesktop.portal.Request"),
                 QStringLiteral("Response"),
-                [this](const QDBusMessage& message) { answer(message.arguments().value(0).toUInt()); }) {
+                [this](const QDBusMessage& message) { answer(message.arguments().value(0).toUInt()); }),
+      departure_(portal, bus, QDBusServiceWatcher::WatchForUnregistration) {
+    if (!bus.isConnected()) {
+        // Such a call would never come to an end.
+        QMetaObject::invokeMethod(&context_, [this] { answer(std::nullopt); }, Qt::QueuedConnection);
+        return;
+    }
     auto call = QDBusMessage::createMethodCall(portal, portalPath, interface, method);
     call.setArguments(arguments);
     call << QVariantMap{{QStringLiteral("handle_token"), token}};
-    auto* const watcher = new QDBusPendingCallWatcher(bus.asyncCall(call), &context_);
+    auto* const watcher = new QDBusPendingCallWatcher(bus.asyncCall(call, patience.count()), &context_);
     QObject::connect(watcher, &QDBusPendingCallWatcher::finished, &context_, [this, watcher] {
         watcher->deleteLater();
         if (watcher->isError()) {
             answer(std::nullopt);
+            return;
         }
+        // Its dialog goes with it.
+        QObject::connect(&departure_, &QDBusServiceWatcher::serviceUnregistered, &context_,
+                         [this] { answer(noAnswer); });
     });
 }
 

@@ -3,10 +3,12 @@
 #include "platform/linux/dbus/DBusSignal.h"
 
 #include <QDBusConnection>
+#include <QDBusServiceWatcher>
 #include <QObject>
 #include <QString>
 #include <QVariant>
 
+#include <chrono>
 #include <functional>
 #include <optional>
 
@@ -16,6 +18,9 @@ namespace LinuxPlatform {
 /// nothing, but nobody is told any more. Main thread only; nothing here waits.
 class PortalRequest {
 public:
+    /// How long the portal may take to say that it will ask. The user may take any time.
+    static constexpr std::chrono::milliseconds patience{5000};
+
     /// The portal's response: 0 for yes, 1 for no, others for no answer; absent when the portal cannot be
     /// asked.
     using Answered = std::function<void(std::optional<unsigned> response)>;
@@ -32,6 +37,7 @@ private:
 
     Answered answered_;
     DBusSignal response_;
+    QDBusServiceWatcher departure_;
     /// Receives the method's reply.
     QObject context_;
 };

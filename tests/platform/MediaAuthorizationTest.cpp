@@ -1,0 +1,270 @@
+#include "platform/linux/media/LinuxMediaAuthorization.h"
+
+#include "tests/support/EventLoop.h"
+#include "tests/support/PrivateBus.h"
+
+#include <QDBusArgument>
+#include <QDBusMessage>
+#include <QDBusObjectPath>
+#include <QDBusVirtualObject>
+
+#include <gmock/gmock.h>
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using LinuxPlatform::LinuxMediaAuthorization;
+using Platform::AuthorizationStatus;
+using Platform::MediaType;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+using TestSupport::spinUntil;
+
+constexpr auto patience = std::chrono::seconds(30);
+
+/// A desktop portal that writes down what it is asked and answers when the test says so.
+class FakePortal : public QDBusVirtualObject {
+public:
+    enum class Mood { asksTheUser, refuses, saysNothing };
+
+    explicit FakePortal(QDBusConnection bus) : bus_(std::move(bus)) {
+        bus_.registerVirtualObject(path(), this, QDBusConnection::SubPath);
+        bus_.registerService(service());
+    }
+    ~FakePortal() override {
+        bus_.unregisterService(service());
+        bus_.unregisterObject(path());
+    }
+    FakePortal(const FakePortal&) = delete;
+    FakePortal& operator=(const FakePortal&) = delete;
+
+    Mood mood = Mood::asksTheUser;
+    std::vector<QDBusMessage> questions;
+
+    /// What the user says to the last question: 0 for yes, 1 for no, 2 for the dialog closed.
+    void answer(unsigned response) {
+        const auto request = path() + QStringLiteral("/request/") +
+                             questions.back().service().mid(1).replace(QLatin1Char('.'), QLatin1Char('_')) +
+                             QLatin1Char('/') + token();
+        auto signal = QDBusMessage::createTargetedSignal(questions.back().service(), request,
+                                                         QStringLiteral("org.freedesktop.portal.Request"),
+                                                         QStringLiteral("Response"));
+        signal << response << QVariantMap{};
+        bus_.send(signal);
+    }
+
+    QString introspect(const QString& /*path*/) const override { return {}; }
+
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection& /*connection*/) override {
+        questions.push_back(message);
+        switch (mood) {
+        case Mood::asksTheUser:
+            bus_.send(message.createReply(QVariant::fromValue(QDBusObjectPath(path()))));
+            break;
+        case Mood::refuses:
+            bus_.send(message.createErrorReply(QStringLiteral("org.freedesktop.portal.Error.NotAllowed"),
+                                               QStringLiteral("not in here")));
+            break;
+        case Mood::saysNothing:
+            break;
+        }
+        return true;
+    }
+
+private:
+    static QString path() { return QStringLiteral("/org/freedesktop/portal/desktop"); }
+    static QString service() { return QStringLiteral("org.freedesktop.portal.Desktop"); }
+
+    QString token() const {
+        return qdbus_cast<QVariantMap>(questions.back().arguments().back())
+            .value(QStringLiteral("handle_token"))
+            .toString();
+    }
+
+    QDBusConnection bus_;
+};
+
+/// The same rules for the microphone and the camera.
+struct MediaAuthorizationTest : testing::TestWithParam<MediaType> {
+    TestSupport::PrivateBus bus;
+    QDBusConnection ours = bus.connect(QStringLiteral("ours"));
+    std::unique_ptr<FakePortal> portal =
+        std::make_unique<FakePortal>(bus.connect(QStringLiteral("the portal's")));
+    LinuxMediaAuthorization authorization{ours, true};
+    std::vector<bool> answers;
+
+    void TearDown() override {
+        portal.reset();
+        for (const auto* name : {"ours", "the portal's"}) {
+            QDBusConnection::disconnectFromBus(QLatin1String(name));
+        }
+    }
+
+    AuthorizationStatus status() { return authorization.status(GetParam()); }
+
+    void request() {
+        authorization.requestAccess(GetParam(), [this](bool isGranted) { answers.push_back(isGranted); });
+    }
+    bool isAsked(std::size_t times = 1) {
+        return spinUntil([&] { return portal->questions.size() == times; }, patience);
+    }
+    bool isAnswered(std::size_t times = 1) {
+        return spinUntil([&] { return answers.size() == times; }, patience);
+    }
+};
+
+TEST_P(MediaAuthorizationTest, OutsideASandboxNobodyIsAsked) {
+    LinuxMediaAuthorization outside(ours, false);
+    EXPECT_EQ(outside.status(GetParam()), AuthorizationStatus::authorized);
+    std::optional<bool> answer;
+    outside.requestAccess(GetParam(), [&](bool isGranted) { answer = isGranted; });
+    EXPECT_EQ(answer, true);
+    EXPECT_THAT(portal->questions, IsEmpty());
+}
+
+TEST_P(MediaAuthorizationTest, TheStatusIsKnownWithoutAsking) {
+    EXPECT_EQ(status(), AuthorizationStatus::notDetermined);
+    EXPECT_THAT(portal->questions, IsEmpty());
+}
+
+TEST_P(MediaAuthorizationTest, ThePortalIsAskedForThisDevice) {
+    request();
+    ASSERT_TRUE(isAsked());
+    const auto& question = portal->questions.front();
+    auto arguments = question.arguments();
+    arguments.removeLast();
+    if (GetParam() == MediaType::audio) {
+        EXPECT_EQ(question.interface(), QStringLiteral("org.freedesktop.portal.Device"));
+        EXPECT_EQ(question.member(), QStringLiteral("AccessDevice"));
+        EXPECT_EQ(question.signature(), QStringLiteral("uasa{sv}"));
+        EXPECT_EQ(arguments, (QVariantList{static_cast<unsigned>(QCoreApplication::applicationPid()),
+                                           QStringList{QStringLiteral("microphone")}}));
+    } else {
+        EXPECT_EQ(question.interface(), QStringLiteral("org.freedesktop.portal.Camera"));
+        EXPECT_EQ(question.member(), QStringLiteral("AccessCamera"));
+        EXPECT_EQ(question.signature(), QStringLiteral("a{sv}"));
+        EXPECT_TRUE(arguments.isEmpty());
+    }
+    EXPECT_EQ(status(), AuthorizationStatus::notDetermined);
+}
+
+TEST_P(MediaAuthorizationTest, AYesIsRemembered) {
+    request();
+    ASSERT_TRUE(isAsked());
+    portal->answer(0);
+    ASSERT_TRUE(isAnswered());
+    EXPECT_EQ(status(), AuthorizationStatus::authorized);
+    request();
+    EXPECT_THAT(answers, ElementsAre(true, true));
+    EXPECT_THAT(portal->questions, SizeIs(1));
+}
+
+TEST_P(MediaAuthorizationTest, ANoIsRemembered) {
+    request();
+    ASSERT_TRUE(isAsked());
+    portal->answer(1);
+    ASSERT_TRUE(isAnswered());
+    EXPECT_EQ(status(), AuthorizationStatus::denied);
+    request();
+    EXPECT_THAT(answers, ElementsAre(false, false));
+    EXPECT_THAT(portal->questions, SizeIs(1));
+}
+
+TEST_P(MediaAuthorizationTest, ADialogThatWasClosedMayBeShownAgain) {
+    request();
+    ASSERT_TRUE(isAsked());
+    portal->answer(2);
+    ASSERT_TRUE(isAnswered());
+    EXPECT_THAT(answers, ElementsAre(false));
+    EXPECT_EQ(status(), AuthorizationStatus::notDetermined);
+    request();
+    ASSERT_TRUE(isAsked(2));
+    portal->answer(0);
+    ASSERT_TRUE(isAnswered(2));
+    EXPECT_THAT(answers, ElementsAre(false, true));
+}
+
+TEST_P(MediaAuthorizationTest, TheUserIsAskedOnceHoweverManyWantToKnow) {
+    request();
+    request();
+    ASSERT_TRUE(isAsked());
+    request();
+    portal->answer(0);
+    ASSERT_TRUE(isAnswered(3));
+    EXPECT_THAT(answers, ElementsAre(true, true, true));
+    EXPECT_THAT(portal->questions, SizeIs(1));
+}
+
+TEST_P(MediaAuthorizationTest, TheOtherDeviceIsAnotherQuestion) {
+    request();
+    ASSERT_TRUE(isAsked());
+    portal->answer(1);
+    ASSERT_TRUE(isAnswered());
+    const auto other = GetParam() == MediaType::audio ? MediaType::video : MediaType::audio;
+    EXPECT_EQ(authorization.status(other), AuthorizationStatus::notDetermined);
+}
+
+TEST_P(MediaAuthorizationTest, WhereThePortalRefusesToAskTheSandboxItselfDecides) {
+    portal->mood = FakePortal::Mood::refuses;
+    request();
+    ASSERT_TRUE(isAnswered());
+    EXPECT_THAT(answers, ElementsAre(true));
+    EXPECT_EQ(status(), AuthorizationStatus::authorized);
+}
+
+TEST_P(MediaAuthorizationTest, WithoutAPortalTheSandboxItselfDecides) {
+    portal.reset();
+    request();
+    ASSERT_TRUE(isAnswered());
+    EXPECT_THAT(answers, ElementsAre(true));
+}
+
+TEST_P(MediaAuthorizationTest, WithoutABusTheSandboxItselfDecides) {
+    LinuxMediaAuthorization alone(QDBusConnection(QStringLiteral("none")), true);
+    std::optional<bool> answer;
+    alone.requestAccess(GetParam(), [&](bool isGranted) { answer = isGranted; });
+    EXPECT_TRUE(spinUntil([&] { return answer.has_value(); }, patience));
+    EXPECT_EQ(answer, true);
+}
+
+TEST_P(MediaAuthorizationTest, APortalThatSaysNothingIsNotWaitedForLong) {
+    portal->mood = FakePortal::Mood::saysNothing;
+    request();
+    ASSERT_TRUE(isAsked());
+    ASSERT_TRUE(spinUntil([&] { return !answers.empty(); }, 2 * LinuxPlatform::PortalRequest::patience));
+    EXPECT_THAT(answers, ElementsAre(true));
+}
+
+TEST_P(MediaAuthorizationTest, APortalThatDiesWithItsDialogOpenHasNotBeenAnswered) {
+    request();
+    ASSERT_TRUE(isAsked());
+    portal.reset();
+    ASSERT_TRUE(isAnswered());
+    EXPECT_THAT(answers, ElementsAre(false));
+    EXPECT_EQ(status(), AuthorizationStatus::notDetermined);
+}
+
+TEST_P(MediaAuthorizationTest, AnAnswerAfterTheEndHarmsNobody) {
+    auto shortLived = std::make_unique<LinuxMediaAuthorization>(ours, true);
+    shortLived->requestAccess(GetParam(), [this](bool isGranted) { answers.push_back(isGranted); });
+    ASSERT_TRUE(isAsked());
+    shortLived.reset();
+    portal->answer(0);
+    request();
+    ASSERT_TRUE(isAsked(2));
+    EXPECT_THAT(answers, IsEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Devices, MediaAuthorizationTest, testing::Values(MediaType::audio, MediaType::video),
+                         [](const auto& device) {
+                             return std::string(device.param == MediaType::audio ? "microphone" : "camera");
+                         });
+
+} // namespace
