@@ -40,7 +40,8 @@ PortalRequest::PortalRequest(const QDBusConnection& bus, const QString& interfac
       departure_(portal, bus, QDBusServiceWatcher::WatchForUnregistration) {
     if (!bus.isConnected()) {
         // Such a call would never come to an end.
-        QMetaObject::invokeMethod(&context_, [this] { answer(std::nullopt); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            &context_, [this] { answer(std::nullopt); }, Qt::QueuedConnection);
         return;
     }
     auto call = QDBusMessage::createMethodCall(portal, portalPath, interface, method);
