@@ -42,6 +42,7 @@ ButtonBase {
             }
             StyledText {
                 anchors.verticalCenter: parent.verticalCenter
+                isSpoken: false
                 text: control.text
                 style: control.isLarge ? Theme.button : Theme.bodyStrong
                 color: control.ink

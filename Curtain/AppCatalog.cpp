@@ -16,13 +16,18 @@ void keepFirstOfEachIdentifier(std::vector<CatalogEntry>& entries) {
     std::erase_if(entries, [&](const auto& entry) { return !seen.insert(entry.bundleID).second; });
 }
 
-void sortByName(std::vector<CatalogEntry>& entries) {
+QCollator nameCollator() {
     QCollator collator;
     // That locale has no letters, only bytes.
     if (collator.locale().language() == QLocale::C) {
         collator.setLocale(QLocale(QLocale::English));
     }
     collator.setCaseSensitivity(Qt::CaseInsensitive);
+    return collator;
+}
+
+void sortByName(std::vector<CatalogEntry>& entries) {
+    const auto collator = nameCollator();
     std::vector<std::pair<QCollatorSortKey, std::size_t>> order;
     order.reserve(entries.size());
     for (std::size_t index = 0; index < entries.size(); ++index) {
@@ -72,6 +77,24 @@ std::vector<CatalogEntry> AppCatalog::installedApps() const {
         installed_ = {generation, readInstalledApps()};
     }
     return installed_->entries;
+}
+
+std::vector<CatalogEntry> AppCatalog::allApps() const {
+    auto all = installedApps();
+    const auto isKnown = [&](const CatalogEntry& entry) {
+        return std::ranges::find(all, entry.bundleID, &CatalogEntry::bundleID) != all.end();
+    };
+    const auto collator = nameCollator();
+    const auto isBefore = [&](const CatalogEntry& left, const CatalogEntry& right) {
+        return collator.compare(QString::fromStdString(left.name), QString::fromStdString(right.name)) < 0;
+    };
+    // They are few, and the installed ones, in order already, may be thousands.
+    for (auto& entry : runningApps()) {
+        if (!isKnown(entry)) {
+            all.insert(std::ranges::upper_bound(all, entry, isBefore), std::move(entry));
+        }
+    }
+    return all;
 }
 
 std::vector<CatalogEntry> AppCatalog::readInstalledApps() const {

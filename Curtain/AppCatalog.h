@@ -34,6 +34,8 @@ public:
     /// Those in the application folders, subfolders left out. The first call and the first one after a change
     /// read every app's bundle: not for start-up.
     std::vector<CatalogEntry> installedApps() const;
+    /// The installed and the running ones together.
+    std::vector<CatalogEntry> allApps() const;
     /// Absent when the system knows no app with this identifier.
     std::optional<Platform::Image> icon(const std::string& bundleID) const;
 

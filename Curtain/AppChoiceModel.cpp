@@ -4,8 +4,6 @@
 
 #include <QUrl>
 
-#include <algorithm>
-#include <numeric>
 #include <utility>
 
 namespace Curtain {
@@ -13,7 +11,7 @@ namespace Curtain {
 AppChoiceModel::AppChoiceModel(SettingsModel& settings, const AppCatalog& catalog, std::string lang)
     : settings_(settings),
       catalog_(catalog),
-      lang_(std::move(lang)) {
+      search_(std::move(lang)) {
     connect(&settings, &SettingsModel::prefsChanged, this, [this] {
         if (!shown_.empty()) {
             Q_EMIT dataChanged(index(0), index(rowCount() - 1), {Role::isSelected});
@@ -22,23 +20,18 @@ AppChoiceModel::AppChoiceModel(SettingsModel& settings, const AppCatalog& catalo
 }
 
 void AppChoiceModel::setEntries(std::vector<CatalogEntry> entries) {
-    if (entries == entries_) {
+    if (entries == search_.entries()) {
         return;
     }
     beginResetModel();
-    entries_ = std::move(entries);
-    searchTexts_.clear();
-    searchTexts_.reserve(entries_.size());
-    for (const auto& entry : entries_) {
-        searchTexts_.emplace_back(shownName(entry.name, entry.bundleID), lang_);
-    }
-    shown_ = matching();
+    search_.setEntries(std::move(entries));
+    shown_ = search_.matching(query_);
     endResetModel();
 }
 
 void AppChoiceModel::setQuery(const QString& query) {
     query_ = query;
-    auto shown = matching();
+    auto shown = search_.matching(query_);
     if (shown != shown_) {
         beginResetModel();
         shown_ = std::move(shown);
@@ -82,18 +75,8 @@ QHash<int, QByteArray> AppChoiceModel::roleNames() const {
     return {{Role::name, "name"}, {Role::isSelected, "isSelected"}, {Role::icon, "icon"}};
 }
 
-std::vector<std::size_t> AppChoiceModel::matching() const {
-    std::vector<std::size_t> rows(entries_.size());
-    std::iota(rows.begin(), rows.end(), std::size_t{0});
-    if (!query_.isEmpty()) {
-        const SearchText wanted(query_, lang_);
-        std::erase_if(rows, [&](std::size_t row) { return !searchTexts_[row].contains(wanted); });
-    }
-    return rows;
-}
-
 const CatalogEntry* AppChoiceModel::entryAt(int row) const {
-    return row >= 0 && row < rowCount() ? &entries_[shown_[static_cast<std::size_t>(row)]] : nullptr;
+    return row >= 0 && row < rowCount() ? &search_.entries()[shown_[static_cast<std::size_t>(row)]] : nullptr;
 }
 
 } // namespace Curtain

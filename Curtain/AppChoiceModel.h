@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Curtain/AppCatalog.h"
-#include "Curtain/SearchText.h"
+#include "Curtain/AppSearch.h"
 #include "Curtain/SettingsModel.h"
 
 #include <QAbstractListModel>
@@ -34,14 +34,11 @@ public:
 private:
     enum Role { name = Qt::UserRole, isSelected, icon };
 
-    std::vector<std::size_t> matching() const;
     const CatalogEntry* entryAt(int row) const;
 
     SettingsModel& settings_;
     const AppCatalog& catalog_;
-    std::string lang_;
-    std::vector<CatalogEntry> entries_;
-    std::vector<SearchText> searchTexts_;
+    AppSearch search_;
     QString query_;
     /// The entries that are shown.
     std::vector<std::size_t> shown_;

@@ -316,9 +316,15 @@ Platform::View AppDelegate::makeReadinessView() {
         .onOpenSettings = lifetime_.weak([this] { openSettings(); }),
         .onQuit = lifetime_.weak([this] { menuQuit(); }),
     };
-    const MeetingReadinessView::Services services{
-        coordinator(),        cameraManager_, micMonitor_,         store_, *platform_.captureServices,
-        *platform_.workspace, catalog_,       *platform_.urlOpener};
+    const MeetingReadinessView::Services services{coordinator(),
+                                                  cameraManager_,
+                                                  micMonitor_,
+                                                  store_,
+                                                  *platform_.captureServices,
+                                                  *platform_.workspace,
+                                                  catalog_,
+                                                  *platform_.urlOpener,
+                                                  *platform_.locale};
     return {"qrc:/Curtain/MeetingReadinessView.qml",
             std::make_shared<MeetingReadinessView>(services, currentLang(), std::move(actions))};
 }

@@ -38,6 +38,7 @@ Item {
         anchors.right: toggle.left
         anchors.rightMargin: 12
         anchors.verticalCenter: parent.verticalCenter
+        isSpoken: false
         text: row.name
         mayElide: true
     }

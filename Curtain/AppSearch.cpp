@@ -2,36 +2,32 @@
 
 #include "Curtain/ViewText.h"
 
-#include <cstddef>
+#include <algorithm>
+#include <numeric>
 #include <utility>
 
 namespace Curtain {
-namespace {
 
-QString folded(const QString& text) {
-    auto letters = text.normalized(QString::NormalizationForm_KD);
-    letters.removeIf([](QChar character) { return character.category() == QChar::Mark_NonSpacing; });
-    return letters.toCaseFolded().simplified();
-}
-
-} // namespace
-
-AppSearch::AppSearch(std::vector<CatalogEntry> entries) : entries_(std::move(entries)) {
-    folded_.reserve(entries_.size());
+void AppSearch::setEntries(std::vector<CatalogEntry> entries) {
+    if (entries == entries_) {
+        return;
+    }
+    entries_ = std::move(entries);
+    searchTexts_.clear();
+    searchTexts_.reserve(entries_.size());
     for (const auto& entry : entries_) {
-        folded_.push_back(folded(shownName(entry.name, entry.bundleID)));
+        searchTexts_.emplace_back(shownName(entry.name, entry.bundleID), lang_);
     }
 }
 
-std::vector<CatalogEntry> AppSearch::matching(const QString& query) const {
-    const auto wanted = folded(query);
-    std::vector<CatalogEntry> found;
-    for (std::size_t index = 0; index < entries_.size(); ++index) {
-        if (folded_[index].contains(wanted)) {
-            found.push_back(entries_[index]);
-        }
+std::vector<std::size_t> AppSearch::matching(const QString& query) const {
+    std::vector<std::size_t> places(entries_.size());
+    std::iota(places.begin(), places.end(), std::size_t{0});
+    if (const auto words = query.simplified(); !words.isEmpty()) {
+        const SearchText wanted(words, lang_);
+        std::erase_if(places, [&](std::size_t place) { return !searchTexts_[place].contains(wanted); });
     }
-    return found;
+    return places;
 }
 
 } // namespace Curtain

@@ -1,28 +1,33 @@
 #pragma once
 
 #include "Curtain/AppCatalog.h"
+#include "Curtain/SearchText.h"
 
 #include <QString>
 
+#include <cstddef>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace Curtain {
 
-/// Apps that are searched by name, without regard to case and accents. Folds each name once, so that
-/// thousands are searched while the user types.
+/// Apps that are searched by name, as people compare words. Prepares each name once, so that thousands are
+/// searched while the user types.
 class AppSearch {
 public:
-    AppSearch() = default;
-    /// Each identifier once, in the order of their names.
-    explicit AppSearch(std::vector<CatalogEntry> entries);
+    /// `lang` is the code of the user's language.
+    explicit AppSearch(std::string lang) : lang_(std::move(lang)) {}
 
     const std::vector<CatalogEntry>& entries() const { return entries_; }
-    /// Those whose name contains the query; all for an empty one. In order.
-    std::vector<CatalogEntry> matching(const QString& query) const;
+    void setEntries(std::vector<CatalogEntry> entries);
+    /// The places of the entries whose name holds the query, in order; all for an empty one.
+    std::vector<std::size_t> matching(const QString& query) const;
 
 private:
+    std::string lang_;
     std::vector<CatalogEntry> entries_;
-    std::vector<QString> folded_;
+    std::vector<SearchText> searchTexts_;
 };
 
 } // namespace Curtain

@@ -13,6 +13,7 @@ T.Button {
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
     Accessible.name: text !== "" ? text : tip
+    Accessible.onPressAction: if (control.enabled) { control.clicked(); }
     // A key that is held down counts once, also where it leads to another button.
     Keys.onSpacePressed: event => event.accepted = event.isAutoRepeat
     Keys.onReleased: event => event.accepted = event.isAutoRepeat

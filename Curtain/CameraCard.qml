@@ -30,6 +30,8 @@ Item {
                 camera: card.model.camera
                 mirrored: card.model.isMirrored
                 color: Theme.stage
+                Accessible.role: Accessible.Graphic
+                Accessible.name: card.model.text("cameraPreview")
             }
             RoundFrame {
                 anchors.fill: parent
@@ -81,14 +83,13 @@ Item {
                 y: 10
                 spacing: 8
 
-                IconButton {
+                IconToggle {
                     objectName: "mirror"
                     implicitWidth: 30
                     isOverPicture: true
                     symbol: "arrow.left.and.right.righttriangle.left.righttriangle.right"
-                    tip: card.model.text("cameraPreview")
-                    Accessible.checkable: true
-                    Accessible.checked: card.model.isMirrored
+                    on: card.model.isMirrored
+                    tip: card.model.text("mirrorPicture")
                     onClicked: card.model.toggleMirrored()
                 }
                 IconButton {

@@ -31,7 +31,7 @@ Rectangle {
         }
         StyledText {
             anchors.verticalCenter: parent.verticalCenter
-            Accessible.ignored: true
+            isSpoken: false
             text: capsule.text
             style: capsule.style
             color: Theme.text(capsule.tone)

@@ -14,6 +14,8 @@ Item {
     property real chipWidth: 108
     /// What stands between detail and chip takes this much room.
     property real reserved: 0
+    /// What stands there.
+    default property alias between: slot.data
     readonly property real leastChipWidth: chip.implicitWidth
 
     readonly property string tone: ({ "ok": "green", "warning": "orange", "danger": "red" })[status] ?? "gray"
@@ -47,6 +49,7 @@ Item {
     }
     FittingText {
         id: words
+        isSpoken: false
         objectName: row.objectName + ".label"
         anchors.left: symbol.right
         anchors.leftMargin: 10
@@ -57,6 +60,7 @@ Item {
     }
     FittingText {
         objectName: row.objectName + ".detail"
+        isSpoken: false
         anchors.left: words.right
         anchors.leftMargin: 8
         anchors.right: chip.left
@@ -64,6 +68,10 @@ Item {
         height: parent.height
         text: row.detail
         color: Theme.text(row.detailTone)
+    }
+    Item {
+        id: slot
+        anchors.fill: parent
     }
     ChipButton {
         id: chip

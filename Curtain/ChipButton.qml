@@ -18,6 +18,7 @@ ButtonBase {
     rightPadding: 12
 
     contentItem: StyledText {
+        isSpoken: false
         text: control.text
         style: Theme.smallMedium
         color: control.ink

@@ -5,7 +5,6 @@
 #include "Curtain/ViewText.h"
 #include "core/Localizer.h"
 
-#include <QCollator>
 #include <QUrl>
 
 #include <algorithm>
@@ -60,31 +59,6 @@ bool isSevere(const CurtainCore::ReadinessIssue& issue) {
     return issue.severity == ReadinessStatus::danger;
 }
 
-/// Both lists are in that order already.
-std::vector<CatalogEntry> merged(const std::vector<CatalogEntry>& one,
-                                 const std::vector<CatalogEntry>& other) {
-    QCollator collator;
-    if (collator.locale().language() == QLocale::C) {
-        collator.setLocale(QLocale(QLocale::English));
-    }
-    collator.setCaseSensitivity(Qt::CaseInsensitive);
-    std::set<std::string> known;
-    for (const auto& entry : one) {
-        known.insert(entry.bundleID);
-    }
-    auto all = one;
-    for (const auto& entry : other) {
-        if (known.insert(entry.bundleID).second) {
-            const auto place = std::ranges::upper_bound(all, entry, [&](const auto& left, const auto& right) {
-                return collator.compare(QString::fromStdString(left.name),
-                                        QString::fromStdString(right.name)) < 0;
-            });
-            all.insert(place, entry);
-        }
-    }
-    return all;
-}
-
 } // namespace
 
 MeetingReadinessView::MeetingReadinessView(const Services& services, std::string lang,
@@ -94,6 +68,7 @@ MeetingReadinessView::MeetingReadinessView(const Services& services, std::string
       actions_(std::move(actions)),
       privateApps_([this](const std::string& bundleID) { return iconSource(bundleID); }),
       editedApps_([this](const std::string& bundleID) { return iconSource(bundleID); }),
+      apps_(services.locale.preferredLanguageCode()),
       micStatus_(services.mic.status()),
       echoPhase_(services.mic.echoPhase()) {
     connect(&services_.coordinator, &ReadinessCoordinator::stateChanged, this,
@@ -304,11 +279,7 @@ void MeetingReadinessView::setEditingApps(bool editing) {
         return;
     }
     editingApps_ = editing;
-    if (editing) {
-        loadCatalog();
-    } else {
-        catalog_ = {};
-    }
+    apps_.setEntries(editing ? services_.catalog.allApps() : std::vector<CatalogEntry>());
     setAppQuery({});
     fillLists();
     Q_EMIT editingAppsChanged();
@@ -443,9 +414,10 @@ void MeetingReadinessView::fillLists() {
     privateApps_.setRows(rows);
     if (editingApps_) {
         std::vector<AppListRow> candidates;
-        for (auto& entry : catalog_.matching(appQuery_)) {
+        for (const auto place : apps_.matching(appQuery_)) {
+            const auto& entry = apps_.entries()[place];
             if (!known.contains(entry.bundleID)) {
-                candidates.push_back({AppListRow::Kind::candidate, std::move(entry), {}});
+                candidates.push_back({AppListRow::Kind::candidate, entry, {}});
             }
         }
         if (!rows.empty() && !candidates.empty()) {
@@ -459,10 +431,6 @@ void MeetingReadinessView::fillLists() {
     if (hadPrivateApps != hasPrivateApps()) {
         Q_EMIT appsChanged();
     }
-}
-
-void MeetingReadinessView::loadCatalog() {
-    catalog_ = AppSearch(merged(services_.catalog.installedApps(), services_.catalog.runningApps()));
 }
 
 void MeetingReadinessView::setMissingPage(SettingsPage page) {

@@ -7,6 +7,7 @@
 #include "Curtain/MicrophoneMonitor.h"
 #include "Curtain/ReadinessCoordinator.h"
 #include "core/PreferencesStore.h"
+#include "platform/Locale.h"
 #include "platform/UrlOpener.h"
 #include "platform/Workspace.h"
 
@@ -95,6 +96,7 @@ public:
         Platform::Workspace& workspace;
         const AppCatalog& catalog;
         Platform::UrlOpener& urlOpener;
+        Platform::Locale& locale;
     };
 
     MeetingReadinessView(const Services& services, std::string lang, MeetingReadinessActions actions);
@@ -205,7 +207,6 @@ private:
     void readMicrophone();
     void readReady();
     void fillLists();
-    void loadCatalog();
     void setMissingPage(SettingsPage page);
     QString problemWith(SettingsPage page) const;
     QString iconSource(const std::string& bundleID) const;
@@ -215,7 +216,7 @@ private:
     MeetingReadinessActions actions_;
     AppListModel privateApps_;
     AppListModel editedApps_;
-    AppSearch catalog_;
+    AppSearch apps_;
     QString appQuery_;
     bool showsRisk_ = true;
     bool editingApps_ = false;

@@ -89,6 +89,9 @@ FocusScope {
             placeholder: "mic.fill"
             liveArea: AudioLevelBar {
                 level: wizard.model.level
+                Accessible.role: Accessible.ProgressBar
+                Accessible.name: wizard.model.text("microphone")
+                Accessible.description: Math.round(level * 100) + "%"
 
                 StyledText {
                     objectName: "deviceProblem"
@@ -113,6 +116,8 @@ FocusScope {
                     anchors.fill: parent
                     camera: wizard.model.camera
                     mirrored: wizard.model.isPreviewMirrored
+                    Accessible.role: Accessible.Graphic
+                    Accessible.name: wizard.model.text("cameraPreview")
                 }
                 Rectangle {
                     objectName: "noPicture"

@@ -94,6 +94,7 @@ SettingsPage {
                 onClicked: page.model.openFocusSettings()
 
                 contentItem: StyledText {
+                    isSpoken: false
                     text: focusSettings.text
                     style: Theme.bodyMedium
                     horizontalAlignment: Text.AlignHCenter

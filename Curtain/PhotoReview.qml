@@ -16,6 +16,8 @@ Item {
         PhotoView {
             anchors.fill: parent
             camera: review.model.camera
+            Accessible.role: Accessible.Graphic
+            Accessible.name: review.model.text("camera")
         }
         Rectangle {
             id: flash

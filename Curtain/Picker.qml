@@ -33,10 +33,13 @@ T.ComboBox {
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
     Accessible.name: name
+    Accessible.description: displayText
+    Accessible.onPressAction: popup.open()
     Keys.onReturnPressed: popup.open()
     Keys.onEnterPressed: popup.open()
 
     contentItem: StyledText {
+        isSpoken: false
         text: picker.displayText
         color: picker.enabled ? Theme.ink : Theme.disabledInk
         mayElide: true
@@ -69,6 +72,7 @@ T.ComboBox {
         text: picker.textAt(index)
         highlighted: picker.highlightedIndex === index
         Accessible.name: text
+        Accessible.onPressAction: choice.clicked()
 
         contentItem: Item {
             Symbol {
@@ -81,6 +85,7 @@ T.ComboBox {
             }
             StyledText {
                 id: words
+                isSpoken: false
                 anchors.fill: parent
                 anchors.leftMargin: 24
                 text: choice.text

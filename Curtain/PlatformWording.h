@@ -9,7 +9,7 @@
 
 namespace Curtain {
 
-/// Names a sentence that only Linux needs.
+/// Names a text that only Linux needs: a sentence, or a button's name for assistive technology and its tip.
 enum class PlatformKey {
     /// Why apps cannot be hidden, to stand below `wizCompatOSFail` or alone: the session is a Wayland one
     /// that
@@ -24,6 +24,9 @@ enum class PlatformKey {
     noTray,
     noGlobalShortcuts,
     noShareDetection,
+    mirrorPicture,
+    moreOptions,
+    clearSearch,
 };
 
 /// The texts that the user sees on Linux: those of `CurtainCore::Localizer`, but for the few that would be
@@ -35,7 +38,7 @@ namespace PlatformWording {
 /// placeholder "%@" for a value, as often as the localizer's.
 std::string_view string(CurtainCore::LocKey key, std::string_view lang);
 
-/// A whole sentence or two, without placeholders, in a language chosen in the same way.
+/// A sentence or two or a name, without placeholders, in a language chosen in the same way.
 std::string_view string(PlatformKey key, std::string_view lang);
 
 } // namespace PlatformWording
@@ -44,7 +47,7 @@ std::string_view string(PlatformKey key, std::string_view lang);
 
 template <>
 struct CurtainCore::RawValues<Curtain::PlatformKey> {
-    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 7> cases{{
+    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 10> cases{{
         {Curtain::PlatformKey::noHidingOnWayland, "noHidingOnWayland"},
         {Curtain::PlatformKey::noWindowManager, "noWindowManager"},
         {Curtain::PlatformKey::logOutOnce, "logOutOnce"},
@@ -52,5 +55,8 @@ struct CurtainCore::RawValues<Curtain::PlatformKey> {
         {Curtain::PlatformKey::noTray, "noTray"},
         {Curtain::PlatformKey::noGlobalShortcuts, "noGlobalShortcuts"},
         {Curtain::PlatformKey::noShareDetection, "noShareDetection"},
+        {Curtain::PlatformKey::mirrorPicture, "mirrorPicture"},
+        {Curtain::PlatformKey::moreOptions, "moreOptions"},
+        {Curtain::PlatformKey::clearSearch, "clearSearch"},
     }};
 };

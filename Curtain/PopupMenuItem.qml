@@ -18,8 +18,10 @@ T.MenuItem {
     hoverEnabled: true
     focusPolicy: Qt.TabFocus
     Accessible.name: text
-    Accessible.checkable: canBeChosen
-    Accessible.checked: isChosen
+    Accessible.onPressAction: item.triggered()
+    checkable: canBeChosen
+    checked: isChosen
+    onToggled: checked = Qt.binding(() => item.isChosen)
     Keys.onReturnPressed: item.triggered()
     Keys.onEnterPressed: item.triggered()
 
@@ -34,6 +36,7 @@ T.MenuItem {
         }
         StyledText {
             id: words
+            isSpoken: false
             anchors.fill: parent
             anchors.leftMargin: item.canBeChosen ? 24 : 0
             text: item.text

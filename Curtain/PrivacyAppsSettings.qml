@@ -87,7 +87,7 @@ SettingsPage {
         objectName: "search"
         width: parent.width
         placeholderText: page.model.texts.searchApps
-        clearName: page.model.texts.cancel
+        clearName: page.model.texts.clearSearch
         text: page.model.query
         onTextChanged: page.model.query = text
 

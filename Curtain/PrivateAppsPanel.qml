@@ -17,7 +17,7 @@ Card {
         style: Theme.bodyStrong
         Accessible.role: Accessible.Heading
     }
-    IconButton {
+    IconToggle {
         id: edit
         objectName: "edit"
         anchors.right: parent.right
@@ -26,8 +26,6 @@ Card {
         symbol: "pencil"
         on: panel.model.editingApps
         tip: panel.model.text("editApps")
-        Accessible.checkable: true
-        Accessible.checked: on
         onClicked: panel.model.editingApps = !panel.model.editingApps
     }
     Loader {
@@ -117,6 +115,7 @@ Card {
                         anchors.right: state.left
                         anchors.rightMargin: 10
                         height: parent.height
+                        isSpoken: false
                         text: app.name
                         style: Theme.bodyMedium
                         mayElide: true
@@ -141,6 +140,7 @@ Card {
                             anchors.leftMargin: 6
                             anchors.right: parent.right
                             height: parent.height
+                            isSpoken: false
                             text: panel.model.text(app.visibility)
                             style: Theme.smallMedium
                             color: Theme.text(state.tone)
@@ -189,7 +189,7 @@ Card {
                 width: 288
                 focus: true
                 placeholderText: panel.model.text("searchApps")
-                clearName: panel.model.text("remove")
+                clearName: panel.model.text("clearSearch")
                 onTextChanged: panel.model.appQuery = text
                 Keys.onDownPressed: choices.forceActiveFocus(Qt.TabFocusReason)
                 Component.onCompleted: forceActiveFocus()
@@ -248,6 +248,7 @@ Card {
                     Accessible.role: isDivider ? Accessible.Separator : Accessible.ListItem
                     Accessible.name: name
                     Accessible.focused: isCurrent
+                    Accessible.onPressAction: act()
 
                     function act(): void {
                         panel.model.toggleApp(bundleID);
@@ -289,6 +290,7 @@ Card {
                             anchors.right: toggle.left
                             anchors.rightMargin: 8
                             height: parent.height
+                            isSpoken: false
                             text: choice.name
                             style: Theme.bodyMedium
                             mayElide: true

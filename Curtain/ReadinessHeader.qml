@@ -67,7 +67,7 @@ Item {
         implicitWidth: 32
         symbol: "ellipsis"
         symbolSize: 20
-        tip: header.model.text("open")
+        tip: header.model.text("moreOptions")
         Accessible.role: Accessible.ButtonMenu
         onClicked: menu.openBelow(menuButton, 4)
 

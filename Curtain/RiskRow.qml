@@ -32,6 +32,7 @@ Card {
     }
     StyledText {
         id: caption
+        isSpoken: false
         anchors.left: shield.right
         anchors.leftMargin: 14
         anchors.right: parent.right
@@ -51,7 +52,6 @@ Card {
         value: row.shownScore
         range: "/ 100"
         gap: 5
-        Accessible.ignored: true
     }
     TextMetrics {
         id: word
@@ -62,6 +62,7 @@ Card {
     }
     Capsule {
         objectName: "riskCapsule"
+        Accessible.ignored: true
         anchors.right: parent.right
         anchors.rightMargin: 17
         y: 36

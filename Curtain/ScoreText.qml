@@ -22,12 +22,14 @@ Item {
         StyledText {
             id: number
             property bool isLeftToRight: true
+            isSpoken: false
             height: parent.height
             text: score.value
             style: score.valueStyle
         }
         StyledText {
             property bool isLeftToRight: true
+            isSpoken: false
             anchors.baseline: number.baseline
             text: score.range
             style: Theme.scoreOf

@@ -60,7 +60,7 @@ T.TextField {
         visible: field.text === "" && field.preeditText === ""
         text: field.placeholderText
         color: field.enabled ? Theme.ink3 : Theme.disabledInk
-        Accessible.ignored: true
+        isSpoken: false
     }
     IconButton {
         anchors.right: parent.right

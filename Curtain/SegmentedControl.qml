@@ -42,11 +42,13 @@ Rectangle {
                 Accessible.role: Accessible.PageTab
                 Accessible.name: text
                 Accessible.selected: isCurrent
+                Accessible.onPressAction: segment.clicked()
                 Keys.onReturnPressed: segment.clicked()
                 Keys.onEnterPressed: segment.clicked()
                 onClicked: control.activated(index)
 
                 contentItem: StyledText {
+                    isSpoken: false
                     text: segment.text
                     style: Theme.bodyMedium
                     color: !segment.enabled ? Theme.disabledInk : segment.isCurrent ? Theme.ink : Theme.ink2

@@ -27,6 +27,8 @@ Item {
     }
     StyledText {
         id: words
+        // The control bears them as its name.
+        isSpoken: false
         anchors.left: parent.left
         anchors.leftMargin: Theme.rowInset
         anchors.right: place.left

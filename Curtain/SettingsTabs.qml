@@ -59,6 +59,7 @@ Rectangle {
                 Accessible.role: Accessible.PageTab
                 Accessible.name: text
                 Accessible.selected: isCurrent
+                Accessible.onPressAction: tab.clicked()
                 Keys.onReturnPressed: tab.clicked()
                 Keys.onEnterPressed: tab.clicked()
                 Keys.onLeftPressed: tab.go(tab.mirrored ? 1 : -1)
@@ -91,6 +92,7 @@ Rectangle {
                         }
                         StyledText {
                             anchors.verticalCenter: parent.verticalCenter
+                            isSpoken: false
                             text: tab.text
                             style: tab.isCurrent ? Theme.bodyStrong : Theme.bodyMedium
                             color: tab.ink

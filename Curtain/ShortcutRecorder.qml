@@ -66,6 +66,7 @@ FocusScope {
         }
         StyledText {
             id: words
+            isSpoken: false
             anchors.left: parent.left
             anchors.leftMargin: 10
             anchors.right: clear.visible ? clear.left : parent.right
@@ -153,12 +154,14 @@ FocusScope {
             }
             StyledText {
                 width: parent.width
+                isSpoken: false
                 text: recorder.shortcut.alertMessage
                 wrapMode: Text.Wrap
             }
             StyledText {
                 width: parent.width
                 visible: text !== ""
+                isSpoken: false
                 text: recorder.shortcut.alertExplanation
                 style: Theme.small
                 color: Theme.ink2

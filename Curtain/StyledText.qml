@@ -6,7 +6,12 @@ Text {
     property var style: Theme.body
     /// Only names of apps and devices may be cut short.
     property bool mayElide: false
+    /// Whether assistive technology reads it by itself. Words that are the name of a control or a row are not said twice.
+    property bool isSpoken: true
 
+    Accessible.role: Accessible.StaticText
+    Accessible.name: text
+    Accessible.ignored: !isSpoken || text === ""
     color: Theme.ink
     textFormat: Text.PlainText
     horizontalAlignment: Text.AlignLeft

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Templates as T
 
 /// What the other side would see if the screen were shared now.
-T.Popup {
+T.Dialog {
     id: panel
 
     required property QtObject model
@@ -11,6 +11,7 @@ T.Popup {
     signal fixEverything
     signal done
 
+    title: model.text("ifYouSharedNow")
     modal: true
     focus: true
     width: 440
@@ -64,8 +65,6 @@ T.Popup {
         boundsBehavior: Flickable.StopAtBounds
         LayoutMirroring.enabled: panel.isMirrored
         LayoutMirroring.childrenInherit: true
-        Accessible.role: Accessible.Dialog
-        Accessible.name: heading.text
 
         Item {
             id: content
@@ -83,7 +82,7 @@ T.Popup {
                 anchors.rightMargin: 4
                 height: Math.max(32, implicitHeight)
                 wrapMode: Text.WordWrap
-                text: panel.model.text("ifYouSharedNow")
+                text: panel.title
                 style: Theme.panelTitle
                 Accessible.role: Accessible.Heading
             }
@@ -189,6 +188,8 @@ T.Popup {
                 height: 36
 
                 StyledText {
+                    id: caption
+                    isSpoken: false
                     anchors.left: parent.left
                     anchors.right: score.left
                     anchors.rightMargin: 12
@@ -207,7 +208,7 @@ T.Popup {
                     range: "/100"
                     valueStyle: Theme.display
                     Accessible.role: Accessible.StaticText
-                    Accessible.name: value + range
+                    Accessible.name: caption.text + ": " + value + range
                 }
             }
             ActionButton {

@@ -10,6 +10,8 @@ T.ScrollBar {
     padding: 2
     minimumSize: 0.1
     visible: size < 1
+    // For the mouse; lists scroll to what has the keyboard.
+    Accessible.ignored: true
 
     contentItem: Rectangle {
         implicitWidth: 4

@@ -16,6 +16,7 @@ T.ToolTip {
     closePolicy: T.Popup.CloseOnEscape | T.Popup.CloseOnPressOutsideParent | T.Popup.CloseOnReleaseOutsideParent
 
     contentItem: StyledText {
+        isSpoken: false
         text: tip.text
         style: Theme.small
         color: Theme.accentInk

@@ -11,6 +11,8 @@ T.Switch {
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
     Accessible.name: text
+    Accessible.onPressAction: flip()
+    Accessible.onToggleAction: flip()
     Keys.onReturnPressed: flip()
     Keys.onEnterPressed: flip()
 

@@ -44,6 +44,7 @@ Item {
         StyledText {
             width: parent.width
             style: Theme.listLine
+            isSpoken: false
             text: row.title
             wrapMode: Text.Wrap
         }
@@ -52,6 +53,7 @@ Item {
             width: parent.width
             style: Theme.small
             color: Theme.ink2
+            isSpoken: false
             text: row.detail
             wrapMode: Text.Wrap
         }

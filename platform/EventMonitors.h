@@ -16,8 +16,8 @@ public:
     /// Events that go to other programs.
     virtual Subscription addGlobalMonitor(std::uint64_t eventMask,
                                           std::function<void(const Event&)> callback) = 0;
-    /// Events that go to this program, before anything else sees them. `callback` returns whether it has
-    /// dealt with the event, which then goes nowhere else.
+    /// Events that go to this program, but for those of an open menu, before anything else sees them.
+    /// `callback` returns whether it has dealt with the event, which then goes nowhere else.
     virtual Subscription addLocalMonitor(std::uint64_t eventMask,
                                          std::function<bool(const Event&)> callback) = 0;
 };

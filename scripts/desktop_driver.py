@@ -56,7 +56,7 @@ def wait_until(condition, what, seconds=10):
     deadline = time.monotonic() + seconds
     while not (answer := condition()):
         if time.monotonic() > deadline:
-            raise TimedOut(f"not within {seconds:g} s: {what}")
+            raise TimedOut(f"not within {seconds:g} s: {what() if callable(what) else what}")
         time.sleep(0.005)
     return answer
 

@@ -1,8 +1,11 @@
 #include "platform/qt/QtEventMonitors.h"
 
+#include <QAccessible>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QObject>
+#include <QQuickItem>
+#include <QQuickWindow>
 
 #include <utility>
 
@@ -24,6 +27,20 @@ Event toEvent(const QKeyEvent& event) {
     return result;
 }
 
+/// An open menu keeps the keyboard to itself, like those of the desktop: Escape is for the menu alone.
+bool isForMenu(QObject& window) {
+    const auto* const quickWindow = qobject_cast<QQuickWindow*>(&window);
+    auto* item = quickWindow == nullptr ? nullptr : quickWindow->activeFocusItem();
+    while (item != nullptr) {
+        const auto* const interface = QAccessible::queryAccessibleInterface(item);
+        if (interface != nullptr && interface->role() == QAccessible::PopupMenu) {
+            return true;
+        }
+        item = item->parentItem();
+    }
+    return false;
+}
+
 /// Sees what the application's windows receive, before they do.
 class KeyFilter : public QObject {
 public:
@@ -33,7 +50,7 @@ public:
 
     bool eventFilter(QObject* receiver, QEvent* event) override {
         // Only the window: the same event visits its items later.
-        return event->type() == QEvent::KeyPress && receiver->isWindowType() &&
+        return event->type() == QEvent::KeyPress && receiver->isWindowType() && !isForMenu(*receiver) &&
                callback_(toEvent(static_cast<const QKeyEvent&>(*event)));
     }
 

@@ -92,6 +92,21 @@ TEST_F(AppCatalogTest, InstalledAppsComeFromEveryFolderInOrder) {
     EXPECT_EQ(installation.listedFolders, homeFolders.paths);
 }
 
+TEST_F(AppCatalogTest, AllAppsAreTheInstalledOnesWithTheRunningOnesInTheirPlaces) {
+    installation.install("/Applications/App.app", bundle("app", "App"));
+    installation.install("/Applications/Files.app", bundle("files", "Files"));
+    workspace.run("editor").name = "éditeur";
+    workspace.run("files").name = "another name";
+    workspace.run("zoom").name = "Zoom";
+    EXPECT_THAT(catalog.allApps(), ElementsAre(CatalogEntry{"app", "App"}, CatalogEntry{"editor", "éditeur"},
+                                               CatalogEntry{"files", "Files"}, CatalogEntry{"zoom", "Zoom"}));
+    installation.isUnchanged = true;
+    catalog.allApps();
+    const auto listed = installation.listedFolders.size();
+    catalog.allApps();
+    EXPECT_EQ(installation.listedFolders.size(), listed) << "the installed ones were read again";
+}
+
 TEST_F(AppCatalogTest, OnlyTheExactExtensionCounts) {
     installation.install("/Applications/Upper.APP", bundle("upper", "Upper"));
     installation.install("/Applications/Text.txt", bundle("text", "Text"));

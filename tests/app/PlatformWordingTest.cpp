@@ -197,7 +197,7 @@ TEST(PlatformWording, ReplacedTextsKeepTheirPlaceholders) {
     }
 }
 
-TEST(PlatformWording, TheEnglishSentencesOfItsOwn) {
+TEST(PlatformWording, TheEnglishTextsOfItsOwn) {
     std::vector<std::string> sentences;
     for (const auto key : allCases<PlatformKey>()) {
         sentences.emplace_back(PlatformWording::string(key, "en"));
@@ -208,7 +208,8 @@ TEST(PlatformWording, TheEnglishSentencesOfItsOwn) {
                                        "No matching settings page was found on this system.",
                                        "No system tray was found. Add one to see Curtain's icon.",
                                        "This session doesn't support global shortcuts.",
-                                       "Screen sharing can't be detected in this session."));
+                                       "Screen sharing can't be detected in this session.", "Mirror picture",
+                                       "More options", "Clear search"));
 }
 
 TEST(PlatformWording, AnUnknownLanguageReadsEnglish) {
@@ -288,7 +289,10 @@ TEST_P(PlatformWordingTypography, SentencesEndWhereTheEnglishOnesDo) {
         EXPECT_EQ(text.ends_with("…"), english.ends_with("…")) << text;
     }
     for (const auto key : allCases<PlatformKey>()) {
-        EXPECT_TRUE(PlatformWording::string(key, code).ends_with(fullStop)) << code << ' ' << rawValue(key);
+        // The names of buttons come after the sentences.
+        const bool isSentence = key < PlatformKey::mirrorPicture;
+        EXPECT_EQ(PlatformWording::string(key, code).ends_with(fullStop), isSentence)
+            << code << ' ' << rawValue(key);
     }
 }
 

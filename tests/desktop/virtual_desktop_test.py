@@ -160,6 +160,16 @@ class VirtualDesktopTest(unittest.TestCase):
         self.assertEqual(items, f"(['{item}'],)")
         self.assertRegex(registrations, rf"^\(\['{item}', ':[0-9.]+/of/somebody/who/leaves'\],\)$")
 
+    def test_has_the_bus_of_assistive_technologies_if_asked_for(self):
+        ask = CALL_BUS + "NameHasOwner org.a11y.Bus"
+        self.assertEqual(self.ask(ask).strip(), "(false,)")
+        self.assertEqual(self.ask(ask, options=["--accessibility"]).strip(), "(true,)")
+
+    def test_is_gone_with_the_bus_of_assistive_technologies(self):
+        world, processes = self.start_and_list(self.scratch / "list", options=["--accessibility"])
+        world.communicate("\n", timeout=60)
+        self.assert_gone(processes, PARTS)
+
     def test_has_no_sound_unless_told_otherwise(self):
         status, output, _ = self.run_in("pactl", "info")
         self.assertEqual((status, output), (1, ""))

@@ -6,6 +6,7 @@
 #include "tests/support/FakeHotKeyService.h"
 #include "tests/support/FakeInstallation.h"
 #include "tests/support/FakeKeyboard.h"
+#include "tests/support/FakeLocale.h"
 #include "tests/support/FakeLoginItem.h"
 #include "tests/support/FakeMediaAuthorization.h"
 #include "tests/support/FakeProcessRunner.h"
@@ -58,13 +59,6 @@ public:
 
 private:
     std::vector<std::string>& events_;
-};
-
-class FakeLocale : public Platform::Locale {
-public:
-    std::string language = "en";
-
-    std::string preferredLanguageCode() override { return language; }
 };
 
 class FakeResources : public Platform::Resources {

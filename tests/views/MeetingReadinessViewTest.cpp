@@ -362,8 +362,22 @@ TEST_F(ReadinessView, SearchIgnoresCaseAndAccents) {
         view().setAppQuery(query);
         EXPECT_EQ(names(view().editedApps()), QStringList({"Café Übersicht"})) << query;
     }
+    for (const auto* const query : {"café u", "UBER"}) {
+        view().setAppQuery(query);
+        EXPECT_EQ(names(view().editedApps()), QStringList({"Café Übersicht"})) << query;
+    }
+    view().setAppQuery("othér");
+    EXPECT_EQ(names(view().editedApps()), QStringList()) << "an accent that is typed is meant";
     view().setAppQuery("nothing like it");
     EXPECT_EQ(names(view().editedApps()), QStringList());
+}
+
+TEST_F(ReadinessView, SearchKnowsTheLettersOfTheUsersLanguage) {
+    world.locale.language = "tr";
+    world.install("isik", "Işık");
+    view().setEditingApps(true);
+    view().setAppQuery("IŞIK");
+    EXPECT_EQ(names(view().editedApps()), QStringList({"Işık"}));
 }
 
 TEST_F(ReadinessView, ListsKeepTheirPlaceWhenOneAppChanges) {

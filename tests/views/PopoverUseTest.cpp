@@ -415,7 +415,7 @@ TEST_F(Popover, SaysItsValuesToAssistiveTechnology) {
     says("camera.chip", QAccessible::Button, "Take photo");
     says("meter", QAccessible::ProgressBar, "Microphone");
     says("privateAppsList", QAccessible::List, "Private apps");
-    says("edit", QAccessible::Button, "Edit apps");
+    says("edit", QAccessible::CheckBox, "Edit apps");
     auto* const meter = QAccessible::queryAccessibleInterface(shown->find("meter"));
     EXPECT_EQ(meter->text(QAccessible::Description), "60%");
 }

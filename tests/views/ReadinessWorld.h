@@ -6,6 +6,7 @@
 #include "tests/support/FakeAudioServices.h"
 #include "tests/support/FakeCaptureServices.h"
 #include "tests/support/FakeInstallation.h"
+#include "tests/support/FakeLocale.h"
 #include "tests/support/FakeMediaAuthorization.h"
 #include "tests/support/FakeProcessRunner.h"
 #include "tests/support/FakeUrlOpener.h"
@@ -70,6 +71,7 @@ struct ReadinessWorld {
     FakeMediaAuthorization authorization;
     FakeAudioServices audio;
     FakeUrlOpener urlOpener;
+    FakeLocale locale;
     RecordingLog log;
     Curtain::DesktopController desktop{runner};
     Curtain::DesktopChecker checker{desktop, files, folders, workQueues, mainQueue};
@@ -106,7 +108,7 @@ struct ReadinessWorld {
         callbacks.onQuit = note("quit");
         view = std::make_shared<Curtain::MeetingReadinessView>(
             Curtain::MeetingReadinessView::Services{coordinator, camera, mic, store, capture, workspace,
-                                                    catalog, urlOpener},
+                                                    catalog, urlOpener, locale},
             lang, std::move(callbacks));
         return *view;
     }

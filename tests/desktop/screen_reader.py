@@ -1,0 +1,85 @@
+"""Reads and uses a program over the bus of assistive technologies, as a screen reader does.
+
+The bus is that of scripts/virtual-desktop --accessibility.
+"""
+
+from typing import NamedTuple
+
+from gi.repository import Gio, GLib
+
+ACCESSIBLE, ACTION = "org.a11y.atspi.Accessible", "org.a11y.atspi.Action"
+REGISTRY = ("org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root")
+MILLISECONDS = 5000
+
+# The bits of a state, as the bus numbers them.
+STATES = {4: "checked", 12: "focused", 23: "selected", 25: "showing"}
+
+
+class Gone(Exception):
+    """The element has left the screen while it was asked."""
+
+
+class Element(NamedTuple):
+    """Something on the screen, as it was when it was read."""
+    reader: "ScreenReader"
+    address: tuple
+    role: str
+    name: str
+    description: str
+    states: frozenset
+    depth: int
+
+    def __str__(self):
+        return f"{self.role}: {self.name}"
+
+    def act(self, action="Press"):
+        """What a click does, without the mouse."""
+        actions = [name for name, *_ in self.reader.ask(self.address, ACTION, "GetActions")]
+        done = self.reader.ask(self.address, ACTION, "DoAction", GLib.Variant("(i)", (actions.index(action),)))
+        assert done, f"{self} refused to act"
+
+
+class ScreenReader:
+    """A connection to the bus of assistive technologies."""
+
+    def __init__(self):
+        session = Gio.bus_get_sync(Gio.BusType.SESSION, None)
+        address, = session.call_sync("org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress", None, None,
+                                     Gio.DBusCallFlags.NONE, MILLISECONDS, None).unpack()
+        flags = Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION
+        self._bus = Gio.DBusConnection.new_for_address_sync(address, flags, None, None)
+
+    def close(self):
+        self._bus.close_sync(None)
+
+    def ask(self, address, interface, method, arguments=None):
+        name, path = address
+        try:
+            return self._bus.call_sync(name, path, interface, method, arguments, None, Gio.DBusCallFlags.NONE, MILLISECONDS,
+                                       None).unpack()[0]
+        except GLib.Error as error:
+            raise Gone(error.message) from None
+
+    def elements(self, program="curtain"):
+        """What the program shows, in reading order."""
+        found = []
+        for application in self.ask(REGISTRY, ACCESSIBLE, "GetChildren"):
+            if self._property(application, "Name") == program:
+                for window in self.ask(application, ACCESSIBLE, "GetChildren"):
+                    self._read(window, 0, found)
+        return found
+
+    def _read(self, address, depth, found):
+        low, high = self.ask(address, ACCESSIBLE, "GetState")
+        bits = low | high << 32
+        states = frozenset(name for bit, name in STATES.items() if bits >> bit & 1)
+        if "showing" not in states:
+            return
+        role = self.ask(address, ACCESSIBLE, "GetRoleName")
+        found.append(Element(self, address, role, self._property(address, "Name"),
+                             self._property(address, "Description"), states, depth))
+        for child in self.ask(address, ACCESSIBLE, "GetChildren"):
+            self._read(child, depth + 1, found)
+
+    def _property(self, address, name):
+        return self.ask(address, "org.freedesktop.DBus.Properties", "Get", GLib.Variant("(ss)", (ACCESSIBLE, name)))
