@@ -96,8 +96,9 @@ class PackageTest(unittest.TestCase):
         for name in imports | {"QtQml", "QtQml.Models", "QtQml.WorkerScript"}:
             self.assertTrue(depends & self.packages_with(f"*/qml/{name.replace('.', '/')}/qmldir"), name)
 
-    def test_depends_on_the_program_of_the_actions(self):
-        self.assertTrue(packages(self.field("Depends")) & self.packages_with("/usr/bin/gdbus"))
+    def test_depends_on_the_program_of_the_actions_and_the_configuration_of_pipewire(self):
+        for path in ("/usr/bin/gdbus", "/usr/share/pipewire/client.conf"):
+            self.assertTrue(packages(self.field("Depends")) & self.packages_with(path), path)
 
     @staticmethod
     def packages_with(pattern):
