@@ -6,7 +6,7 @@ BENCH := build/bench
 # A display decides whether Curtain starts in the user's session or in a virtual desktop.
 HAS_DISPLAY := $(DISPLAY)$(WAYLAND_DISPLAY)
 
-.PHONY: help run test test-long bench lint install package clean program tests
+.PHONY: help run configure-tests test test-long bench lint install package clean program tests
 
 help:
 	@echo "make run         install what is missing, build, and start Curtain"
@@ -23,21 +23,27 @@ program:
 	@test -f $(RELEASE)/build.ninja || cmake --preset release -DCURTAIN_BUILD_TESTS=OFF
 	cmake --build --preset release --parallel $(JOBS) --target curtain
 
-tests:
+configure-tests:
 	scripts/setup --tests
 	@grep -qs '^CURTAIN_BUILD_TESTS:BOOL=ON$$' $(RELEASE)/CMakeCache.txt && test -f $(RELEASE)/build.ninja || \
 		cmake --preset release -DCURTAIN_BUILD_TESTS=ON
+
+tests: configure-tests
 	cmake --build --preset release --parallel $(JOBS)
 
+ifneq ($(HAS_DISPLAY),)
 run:
 	scripts/setup
 	@$(MAKE) --no-print-directory program
 	cmake --install $(RELEASE) --prefix build/stage >/dev/null
-ifneq ($(HAS_DISPLAY),)
 	exec build/stage/bin/curtain
 else
-	scripts/setup --tests
-	exec scripts/virtual-desktop -- scripts/tour build/stage/bin/curtain
+# The tour brings a microphone and cameras of its own.
+run: configure-tests
+	cmake --build --preset release --parallel $(JOBS) --target curtain VirtualCamera
+	cmake --install $(RELEASE) --prefix build/stage >/dev/null
+	exec scripts/virtual-desktop --media --camera $(RELEASE)/tests/platform/VirtualCamera -- \
+		scripts/tour build/stage/bin/curtain
 endif
 
 test: tests

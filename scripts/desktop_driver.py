@@ -132,16 +132,19 @@ class Display:
     def selection_owner(self, name):
         return struct.unpack_from("I", self._ask("xcb_get_selection_owner", self.atom(name)), 8)[0]
 
-    def pixels(self, area):
-        """The screen's pixels in the area, four bytes each: blue, green, red and padding; None if it is not inside."""
-        reply = self._ask("xcb_get_image", ctypes.c_uint8(Z_PIXMAP), self.root, ctypes.c_int16(area.x),
+    def pixels(self, area, window=None):
+        """The screen's pixels in the area, four bytes each: blue, green, red and padding; None if it is not inside.
+
+        The area is the screen's, or the window's, where one is given; that is no capture of the screen.
+        """
+        reply = self._ask("xcb_get_image", ctypes.c_uint8(Z_PIXMAP), window or self.root, ctypes.c_int16(area.x),
                           ctypes.c_int16(area.y), ctypes.c_uint16(area.width), ctypes.c_uint16(area.height),
                           ctypes.c_uint32(0xFFFFFFFF))
         return reply[32:] if reply else None
 
-    def colour(self, x, y):
-        """As in "#ff8000"; None outside the screen."""
-        pixels = self.pixels(Rectangle(x, y, 1, 1))
+    def colour(self, x, y, window=None):
+        """As in "#ff8000"; None outside the screen or the window."""
+        pixels = self.pixels(Rectangle(x, y, 1, 1), window)
         return f"#{pixels[2]:02x}{pixels[1]:02x}{pixels[0]:02x}" if pixels else None
 
     def modifiers(self):
@@ -286,6 +289,13 @@ class Window:
         self.display.send_to_window_manager(self.id, "_NET_MOVERESIZE_WINDOW", static_gravity_and_all_four, x, y, width,
                                             height)
         wait_until(lambda: self.geometry == (x, y, width, height), f"{self} is in its place")
+
+    def colour(self, place):
+        """Of what the screen shows in that place of the window; None while it is not on the screen."""
+        return self.display.colour(*place, self.id)
+
+    def pixels(self, area):
+        return self.display.pixels(area, self.id)
 
     @property
     def interior(self):

@@ -8,8 +8,10 @@ import unittest
 from pathlib import Path
 
 SCRIPTS = Path(__file__).resolve().parents[2] / "scripts"
-PICTURES = ["01-before-the-call.png", "02-privacy-mode.png", "03-hidden-again.png", "04-after-the-call.png",
-            "05-before-the-next-call.png", "06-fixed.png", "07-settings.png"]
+PICTURES = ["01-before-the-call.png", "02-wizard.png", "03-wizard-microphone.png", "04-wizard-camera.png",
+            "05-check-before-the-call.png", "06-private-apps.png", "07-privacy-mode.png", "08-hidden-again.png",
+            "09-risks.png", "10-fixed.png", "11-shared-screen.png", "12-settings.png", "13-settings-in-french.png",
+            "14-check-in-french.png"]
 
 
 class TourTest(unittest.TestCase):
@@ -19,8 +21,8 @@ class TourTest(unittest.TestCase):
         self.pictures = Path(scratch.name) / "tour"
 
     def take(self, program):
-        done = subprocess.run([SCRIPTS / "virtual-desktop", "--", SCRIPTS / "tour", program, self.pictures], text=True,
-                              capture_output=True, timeout=60)
+        done = subprocess.run([SCRIPTS / "virtual-desktop", "--media", "--camera", os.environ["VIRTUAL_CAMERA"], "--",
+                               SCRIPTS / "tour", program, self.pictures], text=True, capture_output=True, timeout=240)
         return done.returncode, done.stdout, done.stderr
 
     def test_tells_and_shows_what_curtain_does(self):

@@ -94,6 +94,38 @@ TEST_F(X11WindowManagerTest, WindowsOfAManagerThatHeedsNoRequestStayVisible) {
     EXPECT_TRUE(isOnScreen(window));
 }
 
+TEST_F(X11WindowManagerTest, FocusThatPassesThroughAWindowOnItsWayOutIsNoActivation) {
+    ScriptedWindowManager manager;
+    const auto window = openUnder(manager, ScriptedWindowManager::normal);
+    const auto other = client.open("b", "B");
+    manager.setManagerState(other, ScriptedWindowManager::normal);
+    manager.list({window, other});
+    ASSERT_TRUE(spinUntil([&] { return isListed(window) && isListed(other); }));
+    system.hide(std::array{WindowId{window}});
+    manager.setActive(window);
+    EXPECT_THAT(system.windows(), testing::SizeIs(2));
+    manager.setStates(window, {hiddenState});
+    manager.setActive(other);
+    ASSERT_TRUE(waitForEvent(WindowEvent::activated, other));
+    EXPECT_THAT(events, testing::Not(testing::Contains(std::pair(WindowEvent::activated, WindowId{window}))));
+    // Somebody brings it back.
+    manager.setStates(window, {});
+    manager.setActive(window);
+    EXPECT_TRUE(waitForEvent(WindowEvent::activated, window));
+}
+
+TEST_F(X11WindowManagerTest, WindowThatTheManagerDoesNotHideIsActivatedAsAnyOther) {
+    ScriptedWindowManager manager;
+    const auto window = openUnder(manager, ScriptedWindowManager::normal);
+    ASSERT_TRUE(spinUntil([&] { return isListed(window); }));
+    system.hide(std::array{WindowId{window}});
+    bool isOver = false;
+    mainQueue.asyncAfter(Platform::MainQueue::Seconds(1.1), [&] { isOver = true; });
+    ASSERT_TRUE(spinUntil([&] { return isOver; }));
+    manager.setActive(window);
+    EXPECT_TRUE(waitForEvent(WindowEvent::activated, window));
+}
+
 TEST_F(X11WindowManagerTest, HiddenWindowThatStaysMappedIsHidden) {
     ScriptedWindowManager manager;
     const auto window = openUnder(manager, ScriptedWindowManager::normal);

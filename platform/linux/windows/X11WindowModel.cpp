@@ -222,6 +222,11 @@ void X11WindowModel::expectHidden(xcb_window_t window) {
     }
 }
 
+bool X11WindowModel::isExpectedHidden(xcb_window_t window) const {
+    const auto entry = entries_.find(window);
+    return entry != entries_.end() && entry->second.isExpectedHidden;
+}
+
 std::vector<xcb_window_t> X11WindowModel::stackingOrder() {
     return receiveNumbers(requestNumbers(connection_.root(), netClientListStacking));
 }

@@ -102,6 +102,8 @@ public:
     }
     /// To be called when a window is asked to hide. It may be back before its hiding is noticed.
     void expectHidden(xcb_window_t window);
+    /// Whether it was asked to hide and nothing has been heard of it since.
+    bool isExpectedHidden(xcb_window_t window) const;
 
     /// Bottom to top; asks the server.
     std::vector<xcb_window_t> stackingOrder();

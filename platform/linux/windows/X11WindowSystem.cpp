@@ -18,6 +18,8 @@ constexpr std::uint32_t onAllDesktops = 0xFFFFFFFF;
 /// Window managers answer within a few milliseconds; one that has not shown a single window by now does not
 /// know the polite request.
 constexpr Platform::MainQueue::Seconds showDeadline{0.15};
+/// One that has not hidden a window by now does not heed the request.
+constexpr Platform::MainQueue::Seconds hideDeadline{1};
 
 std::string localHostName() {
     std::array<char, 256> name{};
@@ -60,6 +62,7 @@ bool X11WindowSystem::exists(WindowId window) const {
 
 void X11WindowSystem::hide(std::span<const WindowId> windows) {
     rememberFocus(windows);
+    lastHide_ = mainQueue_.now();
     for (const auto window : windows) {
         // The standard request. Some window managers take it for done where the window is on another
         // workspace, so the state is asked for as well.
@@ -121,6 +124,12 @@ void X11WindowSystem::rememberFocus(std::span<const WindowId> hidden) {
     }
 }
 
+bool X11WindowSystem::isOnItsWayOut(xcb_window_t window) const {
+    // While several windows are hidden, the window manager passes the focus from one to the next. Nobody
+    // chose that.
+    return model_.isExpectedHidden(window) && mainQueue_.now() - lastHide_ < hideDeadline;
+}
+
 Platform::Subscription X11WindowSystem::addEventHandler(EventHandler handler) {
     return handlers_.add(std::move(handler));
 }
@@ -137,7 +146,7 @@ void X11WindowSystem::takeIn() {
     for (const auto window : changes.returned) {
         undelivered_.emplace_back(WindowEvent::activated, window);
     }
-    if (changes.activated) {
+    if (changes.activated && !isOnItsWayOut(*changes.activated)) {
         undelivered_.emplace_back(WindowEvent::activated, *changes.activated);
     }
     if (!changes.empty()) {

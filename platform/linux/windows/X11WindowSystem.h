@@ -44,6 +44,7 @@ private:
     void mapStillHidden(std::size_t countBefore);
     void activateOne();
     void rememberFocus(std::span<const WindowId> hidden);
+    bool isOnItsWayOut(xcb_window_t window) const;
 
     X11Connection& connection_;
     Platform::MainQueue& mainQueue_;
@@ -54,6 +55,7 @@ private:
     /// Asked back and not known to have come.
     std::set<WindowId> awaitingShow_;
     std::uint64_t lastShowWatch_ = 0;
+    Platform::MainQueue::Seconds lastHide_{0};
     std::set<WindowId> awaitingActivation_;
     /// Had the focus when they were hidden; the window manager may pass it from one to the next meanwhile.
     std::vector<xcb_window_t> hiddenWithFocus_;

@@ -1,8 +1,10 @@
-"""Serves the pages beside this file to browsers, and keeps what the pages say."""
+"""Serves the folder pages beside this file to browsers, and keeps what the pages say."""
 
 import http.server
 import threading
 from pathlib import Path
+
+PAGES = Path(__file__).parent / "pages"
 
 
 class PageServer:
@@ -11,7 +13,7 @@ class PageServer:
 
         class Handler(http.server.SimpleHTTPRequestHandler):
             def __init__(self, *arguments):
-                super().__init__(*arguments, directory=str(Path(__file__).parent))
+                super().__init__(*arguments, directory=str(PAGES))
 
             def do_POST(self):  # pylint: disable=invalid-name
                 said.append(self.rfile.read(int(self.headers["Content-Length"])).decode())

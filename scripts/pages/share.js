@@ -1,20 +1,17 @@
-<!doctype html>
-<title>share</title>
-<style>body { background: #28a060; margin: 0 } video, canvas { display: none }</style>
-<video autoplay muted></video>
-<canvas width="64" height="40"></canvas>
-<script>
-// Shares the screen on the first click and tells the server once a second what arrives: the number of frames, and the
-// colour in the middle of the picture.
+// Shares the screen on the first click, stops on the next, and tells the server once a second what arrives: the number
+// of frames, and the colour in one place of the picture. The page has a <video>; its address may name the place as
+// "#0.5,0.5", in parts of the picture's width and height.
 const say = text => fetch("/log", {method: "POST", body: text});
 const video = document.querySelector("video");
-const canvas = document.querySelector("canvas").getContext("2d", {willReadFrequently: true});
+const size = {width: 64, height: 40};
+const canvas = Object.assign(document.createElement("canvas"), size).getContext("2d", {willReadFrequently: true});
+const [across, down] = (location.hash.slice(1) || "0.5,0.5").split(",").map(Number);
 let track;
 let frames = 0;
 
 function tell() {
-  canvas.drawImage(video, 0, 0, 64, 40);
-  const [red, green, blue] = canvas.getImageData(32, 20, 1, 1).data;
+  canvas.drawImage(video, 0, 0, size.width, size.height);
+  const [red, green, blue] = canvas.getImageData(across * size.width, down * size.height, 1, 1).data;
   say(`frames ${frames} ${video.videoWidth}x${video.videoHeight} ${red} ${green} ${blue} ${track.readyState}`);
 }
 
@@ -30,6 +27,7 @@ async function share() {
     track = stream.getVideoTracks()[0];
     video.srcObject = stream;
     await video.play();
+    document.body.classList.add("sharing");
     count();
     say("sharing");
     setInterval(tell, 1000);
@@ -40,7 +38,12 @@ async function share() {
 
 document.onclick = () => {
   say("clicked");
-  track ? (track.stop(), say("stopped")) : share();
+  if (!track) {
+    share();
+    return;
+  }
+  track.stop();
+  document.body.classList.remove("sharing");
+  say("stopped");
 };
 say("loaded");
-</script>
