@@ -41,7 +41,6 @@ namespace Platform {
 struct Platform {
     std::unique_ptr<Log> log;
     std::unique_ptr<MainQueue> mainQueue;
-    std::unique_ptr<WorkQueues> workQueues;
     std::unique_ptr<WallClock> wallClock;
     std::unique_ptr<UuidSource> uuids;
     /// What the ports that follow share among themselves.
@@ -75,6 +74,8 @@ struct Platform {
     std::unique_ptr<AudioServices> audioServices;
     std::unique_ptr<CaptureServices> captureServices;
     std::unique_ptr<MediaAuthorization> mediaAuthorization;
+    /// The first to go: a task that is under way may use any of the others.
+    std::unique_ptr<WorkQueues> workQueues;
 };
 
 } // namespace Platform

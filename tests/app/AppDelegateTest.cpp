@@ -20,6 +20,35 @@ const Platform::Image closedImage{"/resources/close.pdf", 18, 18, true, ""};
 
 using AppDelegateTest = TestSupport::AppDelegateFixture;
 
+/// Notes its own end.
+struct EndingFiles : TestSupport::FakeInstallation {
+    explicit EndingFiles(bool& isThereNow) : isThere(isThereNow) {}
+    ~EndingFiles() override { isThere = false; }
+    bool& isThere;
+};
+
+/// Notes whether the files are still there at its end.
+struct EndingQueues : TestSupport::HandDrivenWorkQueues {
+    EndingQueues(const bool& areFilesThereNow, bool& wereFilesThereThen)
+        : areFilesThere(areFilesThereNow),
+          wereFilesThere(wereFilesThereThen) {}
+    ~EndingQueues() override { wereFilesThere = areFilesThere; }
+    const bool& areFilesThere;
+    bool& wereFilesThere;
+};
+
+TEST(PlatformTest, WorkThatIsUnderWayAtTheEndFindsTheOtherPorts) {
+    bool areFilesThere = true;
+    bool wereFilesThere = false;
+    {
+        Platform::Platform platform;
+        platform.fileManager = std::make_unique<EndingFiles>(areFilesThere);
+        platform.workQueues = std::make_unique<EndingQueues>(areFilesThere, wereFilesThere);
+    }
+    EXPECT_FALSE(areFilesThere);
+    EXPECT_TRUE(wereFilesThere);
+}
+
 TEST_F(AppDelegateTest, NothingHappensBeforeTheLaunch) {
     EXPECT_THAT(fakes.events, IsEmpty());
     EXPECT_THAT(fakes.workspace.observed, IsEmpty());
