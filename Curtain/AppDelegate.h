@@ -104,10 +104,10 @@ private:
     std::optional<CurtainCore::HideEngine> engine_;
     WorkspaceObserver workspaceObserver_;
     CurtainCore::PreferencesStore store_;
+    KeyboardShortcuts::KeyboardShortcuts shortcuts_;
     std::unique_ptr<SettingsModel> settingsModel_;
     std::shared_ptr<SettingsView> settingsView_;
     std::unique_ptr<Platform::Window> settingsWindow_;
-    KeyboardShortcuts::KeyboardShortcuts shortcuts_;
     HotkeyManager hotkeys_;
     Notifier notifier_;
     ShareMonitor shareMonitor_;

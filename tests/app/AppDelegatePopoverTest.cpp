@@ -4,6 +4,8 @@
 #include "Curtain/OnboardingViewModel.h"
 #include "tests/support/FakeCaptureServices.h"
 
+#include <functional>
+
 namespace {
 
 using testing::Contains;
@@ -34,6 +36,12 @@ struct PopoverTest : TestSupport::AppDelegateFixture {
 
     Curtain::MeetingReadinessView& view() {
         return dynamic_cast<Curtain::MeetingReadinessView&>(*fakes.popover.content.model);
+    }
+
+    /// The screen is captured, or no longer, and the next look at it finds that out.
+    void watch(bool isWatched) {
+        fakes.screenWatcherProbe.isWatched = isWatched;
+        fakes.mainQueue.advance(3.0);
     }
 
     bool isCameraOn() { return fakes.captureServices.session->isRunning(); }
@@ -113,6 +121,44 @@ TEST_F(PopoverTest, StartsTheChosenCamera) {
     change([](auto& record) { record.selectedCameraID = "back"; });
     open();
     EXPECT_THAT(fakes.captureServices.session->calls, Contains("add back"));
+}
+
+TEST_F(PopoverTest, TheCamerasRowSaysWhatBecameOfTheCamera) {
+    using Platform::AuthorizationStatus;
+    using Platform::MediaType;
+    const auto statusOnceOpen = [&] {
+        open();
+        const auto status = view().cameraStatus();
+        fakes.popover.close();
+        return status;
+    };
+    fakes.mediaAuthorization.statuses[MediaType::video] = AuthorizationStatus::notDetermined;
+    EXPECT_EQ(statusOnceOpen(), "unknown");
+    fakes.mediaAuthorization.statuses[MediaType::video] = AuthorizationStatus::authorized;
+    EXPECT_EQ(statusOnceOpen(), "ok");
+    fakes.captureServices.cameras.clear();
+    EXPECT_EQ(statusOnceOpen(), "danger");
+    fakes.mediaAuthorization.statuses[MediaType::video] = AuthorizationStatus::denied;
+    EXPECT_EQ(statusOnceOpen(), "danger");
+    change([](auto& record) { record.showCameraPreview = false; });
+    EXPECT_EQ(statusOnceOpen(), "unknown");
+}
+
+TEST_F(PopoverTest, AMicrophoneThatMayNotBeUsedCostsPoints) {
+    using Platform::AuthorizationStatus;
+    const auto scoreOnceOpen = [&](AuthorizationStatus status) {
+        fakes.mediaAuthorization.statuses[Platform::MediaType::audio] = status;
+        open();
+        const int score = view().score();
+        fakes.popover.close();
+        return score;
+    };
+    const int good = scoreOnceOpen(AuthorizationStatus::authorized);
+    EXPECT_EQ(scoreOnceOpen(AuthorizationStatus::denied), good + 10);
+    EXPECT_EQ(scoreOnceOpen(AuthorizationStatus::restricted), good + 10);
+    EXPECT_EQ(scoreOnceOpen(AuthorizationStatus::notDetermined), good + 10);
+    change([](auto& record) { record.showMicrophoneCheck = false; });
+    EXPECT_EQ(scoreOnceOpen(AuthorizationStatus::denied), good);
 }
 
 TEST_F(PopoverTest, ClosingForgetsThePhoto) {
@@ -243,6 +289,34 @@ TEST_F(PopoverTest, RestoreDoesNotTouchADesktopThatShowsItsIcons) {
     EXPECT_THAT(fakes.processRunner.runs, Not(Contains(FakeProcessRunner::writingIcons(true))));
 }
 
+TEST_F(PopoverTest, RestoringTakesOverFromDetection) {
+    open();
+    watch(true);
+    view().restore();
+    view().hidePrivateApps();
+    watch(false);
+    EXPECT_TRUE(isPrivate());
+}
+
+TEST_F(PopoverTest, UndoTakesOverFromDetection) {
+    open();
+    watch(true);
+    fakes.userNotificationCenter.answer(fakes.userNotificationCenter.added.at(0), "CURTAIN_UNDO");
+    view().hidePrivateApps();
+    watch(false);
+    EXPECT_TRUE(isPrivate());
+}
+
+TEST_F(PopoverTest, HidingAndFixingLeaveItToDetection) {
+    open();
+    watch(true);
+    view().hidePrivateApps();
+    view().fixEverything();
+    EXPECT_TRUE(isPrivate());
+    watch(false);
+    EXPECT_FALSE(isPrivate());
+}
+
 TEST_F(PopoverTest, TheDesktopButtonFlipsTheIcons) {
     open();
     view().toggleDesktop();
@@ -264,6 +338,23 @@ TEST_F(PopoverTest, ActionsRefreshAtOnceAndOnceMoreALittleLater) {
     EXPECT_EQ(refreshes, 2);
     fakes.mainQueue.advance(2.0);
     EXPECT_EQ(refreshes, 2);
+}
+
+TEST_F(PopoverTest, EveryChangeOfTheModeRefreshesTwiceAndTheDesktopButtonOnce) {
+    change([](auto& record) { record.showMicrophoneCheck = false; });
+    open();
+    int refreshes = 0;
+    QObject::connect(&view(), &Curtain::MeetingReadinessView::stateChanged, [&] { ++refreshes; });
+    const auto refreshesAfter = [&](const std::function<void()>& action) {
+        refreshes = 0;
+        action();
+        fakes.mainQueue.advance(0.5);
+        return refreshes;
+    };
+    EXPECT_EQ(refreshesAfter([&] { view().hidePrivateApps(); }), 2);
+    EXPECT_EQ(refreshesAfter([&] { view().restore(); }), 2);
+    EXPECT_EQ(refreshesAfter([&] { view().fixEverything(); }), 2);
+    EXPECT_EQ(refreshesAfter([&] { view().toggleDesktop(); }), 1);
 }
 
 TEST_F(PopoverTest, ChoosingACameraStoresAndStartsIt) {
@@ -326,6 +417,16 @@ TEST_F(PopoverTest, SettingsTakeItsPlaceInOneWindow) {
     ASSERT_THAT(fakes.windows.all, SizeIs(1));
     EXPECT_TRUE(fakes.windows.all[0]->isVisible());
     EXPECT_EQ(fakes.windows.all[0]->title, "Curtain — Paramètres");
+}
+
+TEST_F(PopoverTest, EndingWhileAShortcutIsRecordedTakesNoKeys) {
+    delegate->openSettings();
+    ASSERT_THAT(fakes.windows.all, SizeIs(1));
+    auto& settings = dynamic_cast<Curtain::SettingsView&>(*fakes.windows.all[0]->view.model);
+    settings.shortcut()->begin(nullptr);
+    ASSERT_TRUE(settings.shortcut()->isRecording());
+    delegate.reset();
+    EXPECT_THAT(fakes.hotKeyService.registrations, IsEmpty());
 }
 
 TEST_F(PopoverTest, QuitEndsTheProgram) {
