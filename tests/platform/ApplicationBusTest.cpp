@@ -3,13 +3,17 @@
 #include "tests/support/EventLoop.h"
 
 #include <QDBusConnection>
+#include <QDBusError>
 #include <QDBusMessage>
 #include <QDBusPendingCall>
 #include <QDBusPendingReply>
+#include <QDBusVirtualObject>
 #include <QVariantMap>
 
 #include <gmock/gmock.h>
 
+#include <atomic>
+#include <chrono>
 #include <memory>
 #include <string>
 #include <thread>
@@ -103,6 +107,37 @@ TEST_F(ApplicationBusTest, TheSecondOneMakesTheFirstOneOpen) {
     EXPECT_TRUE(isDone);
     EXPECT_EQ(claim, ApplicationBus::Claim::otherOpened);
     EXPECT_THAT(done, ElementsAre("open"));
+}
+
+/// Gives its name up before it answers, as one does that ends.
+class EndingProgram : public QDBusVirtualObject {
+public:
+    QString introspect(const QString& /*path*/) const override { return {}; }
+
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
+        auto bus = connection;
+        bus.unregisterService(name);
+        bus.send(message.createErrorReply(QDBusError::NoReply, QStringLiteral("it has ended")));
+        return true;
+    }
+};
+
+TEST_F(ApplicationBusTest, OneThatIsJustEndingIsReplaced) {
+    const auto path = QStringLiteral("/com/curtain/Test");
+    EndingProgram ending;
+    ASSERT_TRUE(ownConnection.registerVirtualObject(path, &ending));
+    ASSERT_TRUE(ownConnection.registerService(name));
+    auto claim = ApplicationBus::Claim::noBus;
+    std::atomic<bool> isDone = false;
+    std::thread second([&] {
+        ApplicationBus other(caller, name);
+        claim = other.claim();
+        isDone = true;
+    });
+    EXPECT_TRUE(spinUntil([&] { return isDone.load(); }, std::chrono::seconds(20)));
+    second.join();
+    EXPECT_EQ(claim, ApplicationBus::Claim::first);
+    ownConnection.unregisterObject(path);
 }
 
 TEST_F(ApplicationBusTest, TheNameIsFreeOnceTheFirstOneHasGone) {

@@ -114,7 +114,11 @@ ApplicationBus::Claim ApplicationBus::claim() {
     call.setArguments({QVariantMap()});
     call.setAutoStartService(false);
     const auto answer = bus_.call(call, QDBus::Block, answerDeadline);
-    return answer.type() == QDBusMessage::ReplyMessage ? Claim::otherOpened : Claim::otherSilent;
+    if (answer.type() == QDBusMessage::ReplyMessage) {
+        return Claim::otherOpened;
+    }
+    // One that was about to end is gone now.
+    return bus_.registerService(name_) ? Claim::first : Claim::otherSilent;
 }
 
 void ApplicationBus::setActions(Actions actions) {
