@@ -54,6 +54,15 @@ TEST_F(XdgUserFoldersTest, ASettingThatNamesTheHomeFolderMeansNone) {
     EXPECT_EQ(folders.pictures(), std::nullopt);
 }
 
+TEST_F(XdgUserFoldersTest, TheHomeFolderIsKnownByItsNameOnly) {
+    writeUserDirs("XDG_DESKTOP_DIR=\"$HOME/./\"\n");
+    EXPECT_EQ(folders.desktop(), std::nullopt);
+    // Where it leads is not looked up, since that may take for ever.
+    std::filesystem::create_directory_symlink(home(), home() + "/Link");
+    writeUserDirs("XDG_DESKTOP_DIR=\"$HOME/Link\"\n");
+    EXPECT_EQ(folders.desktop(), home() + "/Link");
+}
+
 TEST_F(XdgUserFoldersTest, AChangeCountsAtOnce) {
     writeUserDirs("XDG_DESKTOP_DIR=\"$HOME/One\"\n");
     EXPECT_EQ(folders.desktop(), home() + "/One");

@@ -4,7 +4,6 @@
 #include <glib/gstdio.h>
 
 #include <filesystem>
-#include <system_error>
 
 namespace LinuxPlatform {
 namespace {
@@ -17,9 +16,9 @@ std::optional<std::string> specialFolder(GUserDirectory directory) {
     return path != nullptr ? std::optional<std::string>(path) : std::nullopt;
 }
 
-bool isSameFolder(const std::string& first, const std::string& second) {
-    std::error_code error;
-    return first == second || std::filesystem::equivalent(first, second, error);
+/// By their names only: a folder on a drive that does not answer must not be asked for.
+bool isSameFolder(const std::filesystem::path& first, const std::filesystem::path& second) {
+    return (first / "").lexically_normal() == (second / "").lexically_normal();
 }
 
 } // namespace
