@@ -10,6 +10,7 @@
 ///          size=WxH   what it announces and delivers instead of 1280x720 and 640x480
 ///          rate=N     frames a second, instead of 30
 ///          photo      a picture full of detail instead of flat bars
+///          picture=FILE  a JPEG file that it shows instead, as it is; for the format jpeg
 ///          silent     never delivers a frame
 ///          truncated  ends each frame half way
 ///          smaller, larger  delivers another size than announced
@@ -30,6 +31,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <iterator>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -56,6 +58,7 @@ struct Options {
     std::string formats;
     std::string log;
     std::string path;
+    std::string picture;
     std::vector<Size> sizes{{1280, 720}, {640, 480}};
     int rate = 30;
     bool isPhoto = false;
@@ -92,6 +95,10 @@ Color colorAt(int x, int y, int frame, Size size, bool isPhoto) {
 }
 
 Bytes jpegFrame(int frame, Size size, const Options& options) {
+    if (!options.picture.empty()) {
+        std::ifstream file(options.picture, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
     Bytes pixels;
     pixels.reserve(static_cast<std::size_t>(size.width * size.height) * 3);
     for (int y = 0; y < size.height; ++y) {
@@ -343,6 +350,8 @@ Options parse(int argumentCount, char** arguments) {
             options.log = option.substr(4);
         } else if (option.starts_with("path=")) {
             options.path = option.substr(5);
+        } else if (option.starts_with("picture=")) {
+            options.picture = option.substr(8);
         } else if (option.starts_with("size=")) {
             Size size;
             if (std::sscanf(arguments[index], "size=%dx%d", &size.width, &size.height) == 2) {

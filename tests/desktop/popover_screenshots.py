@@ -1,0 +1,157 @@
+"""Takes the pictures of the popover in docs/screenshots, from the installed program with a live camera and microphone.
+
+usage: popover_screenshots.py FOLDER     in scripts/virtual-desktop with --accessibility, --media and a screen of 1800x1440
+
+The target "screenshots" runs it. VIRTUAL_CAMERA in the environment is tests/support/VirtualCamera.cpp as built.
+"""
+
+import os
+import subprocess
+import sys
+import tempfile
+from pathlib import Path
+
+from desktop_case import CHROMIUM, CURTAIN, MOUSEPAD, XTERM, Desktop, stays, wait_until, write_preferences
+from desktop_driver import private_app
+from screen_reader import Gone, ScreenReader
+
+SCALE = 2
+SIZE = (700 * SCALE, 618 * SCALE)
+# For the shadow.
+MARGIN = 28 * SCALE
+WALLPAPER = "#93a7bc"
+PRIVATE_APPS = [MOUSEPAD, XTERM, CHROMIUM, private_app("firefox-esr", "Firefox ESR")]
+
+# Someone before a wall with a window and shelves.
+SCENERY = """
+fill #c7dbe8 rectangle 120,0 390,400
+fill #f7f3ec rectangle 248,0 262,400 rectangle 120,190 390,204
+fill #8a6f57 rectangle 930,150 1190,166 rectangle 930,330 1190,346
+fill #b5543f rectangle 950,60 985,150
+fill #3f6f8a rectangle 990,80 1030,150
+fill #d9a441 rectangle 1036,50 1066,150
+fill #5d7f56 circle 1120,110 1120,150 ellipse 990,270 46,42 0,360
+fill #a0522d roundrectangle 960,290 1020,330 6,6
+fill #6b5b8f rectangle 1080,230 1112,330 rectangle 1118,250 1150,330
+"""
+PERSON = """
+fill #2b201c ellipse 640,300 172,212 0,360 roundrectangle 468,300 812,560 90,90
+fill #35526f roundrectangle 330,560 950,900 190,190
+fill #d9a27e roundrectangle 575,440 705,625 60,60
+fill #eab995 ellipse 640,335 118,158 0,360
+fill #2b201c ellipse 640,205 132,66 0,360
+fill #f2efe9 polygon 572,572 640,684 708,572 724,600 640,720 556,600
+"""
+
+
+class Photographer:
+    """Shows the popover in one state after another and takes its picture."""
+
+    def __init__(self, scratch, folder):
+        self.scratch = scratch
+        self.folder = Path(folder)
+        self.desktop = Desktop(scratch)
+        self.reader = ScreenReader()
+        self.settings = scratch / "settings"
+        self.settings.mkdir()
+        (scratch / "home/Desktop").mkdir(parents=True)
+        for number in range(12):
+            (scratch / f"home/Desktop/Note {number}.txt").touch()
+
+    def start(self, *argv, **environment):
+        return self.desktop.start(*argv, environment={"HOME": str(self.scratch / "home")} | environment)
+
+    def prepare(self):
+        portrait = self.scratch / "portrait.jpg"
+        subprocess.run(["convert", "-size", "1280x720", "gradient:#efe7dc-#d8cbbb",
+                        "(", "-size", "1280x720", "xc:none", "-draw", SCENERY, "-blur", "0x7", ")", "-composite",
+                        "(", "-size", "1280x720", "xc:none", "-draw", PERSON, ")", "-composite",
+                        "-quality", "90", str(portrait)], check=True)
+        camera = os.environ["VIRTUAL_CAMERA"]
+        self.start(camera, "front_camera", "Integrated Camera", "jpeg", f"picture={portrait}")
+        self.start(camera, "desk_camera", "Desk View Camera", "jpeg", f"picture={portrait}")
+        tone = self.scratch / "tone.wav"
+        subprocess.run(["ffmpeg", "-loglevel", "error", "-f", "lavfi", "-i", "sine=440:r=48000", "-af", "volume=0.3", "-t", "600",
+                        "-f", "wav", str(tone)], check=True)
+        self.start("paplay", "--device=microphone_feed", str(tone))
+        desktop_colour = Path(os.environ["XDG_CONFIG_HOME"]) / "pcmanfm/default/desktop-items-0.conf"
+        desktop_colour.parent.mkdir(parents=True)
+        desktop_colour.write_text(f"[*]\nwallpaper_mode=color\ndesktop_bg={WALLPAPER}\n")
+        self.start("pcmanfm", "--desktop")
+        self.desktop.window_of(self.start("xterm"))
+        self.desktop.window_of(self.start("mousepad"))
+        chromium = self.desktop.window_of(self.start("chromium", "--no-sandbox", "--no-first-run", "--disable-gpu",
+                                                     f"--user-data-dir={self.scratch / 'chromium'}", "about:blank"))
+        chromium.minimise()
+
+    def open(self, **preferences):
+        write_preferences(self.settings, **({"targetApps": PRIVATE_APPS, "hasOnboarded": True, "autoDetectEnabled": False,
+                                             "selectedCameraID": None} | preferences))
+        self.curtain = self.start(CURTAIN, XDG_CONFIG_HOME=str(self.settings), QT_SCALE_FACTOR=str(SCALE))
+        icon = wait_until(self.desktop.tray_icon, "the icon is in the tray").geometry
+        subprocess.run(["xdotool", "mousemove", str(icon.x + 8), str(icon.y + 8), "click", "1"], check=True)
+        wait_until(lambda: any(element.role == "graphic" for element in self.elements()), "the camera is seen")
+        wait_until(lambda: any(element.role == "progress bar" and element.description != "0%" for element in self.elements()),
+                   "the microphone is heard")
+        # Where it hovers over nothing.
+        subprocess.run(["xdotool", "mousemove", "20", "1400"], check=True)
+
+    def close(self):
+        self.curtain.terminate()
+        self.curtain.wait(10)
+        wait_until(lambda: self.desktop.tray_icon() is None, "the icon is gone")
+
+    def elements(self):
+        try:
+            return self.reader.elements()
+        except Gone:
+            return []
+
+    def press(self, role, name, action="Press"):
+        wait_until(lambda: next((element for element in self.elements() if (element.role, element.name) == (role, name)), None),
+                   f"{role}: {name}").act(action)
+
+    def take(self, name):
+        window = wait_until(lambda: next((window for window in self.desktop.windows_of(self.curtain) if window.geometry and
+                                          window.geometry.width >= SIZE[0]), None), "the popover is open")
+        area = window.geometry
+        wait_until(lambda: stays(lambda seen=self.desktop.display.pixels(area): self.desktop.display.pixels(area) == seen),
+                   "the popover is at rest", 30)
+        picture = self.scratch / "screen.png"
+        subprocess.run(["import", "-window", "root", str(picture)], check=True)
+        left = area.x + area.width - SIZE[0] - 2 * MARGIN
+        subprocess.run(["convert", str(picture), "-crop", f"{SIZE[0] + 2 * MARGIN}x{area.y + area.height}+{left}+0", "+repage",
+                        "-dither", "None", "-colors", "256", "-strip", "-define", "png:compression-level=9",
+                        f"PNG8:{self.folder / name}.png"], check=True)
+
+
+def main():
+    with tempfile.TemporaryDirectory(prefix="curtain-screenshots-") as folder:
+        photographer = Photographer(Path(folder), sys.argv[1])
+        try:
+            photographer.prepare()
+            photographer.open()
+            photographer.take("popover")
+            photographer.press("check box", "Edit apps", "Toggle")
+            photographer.take("popover-edit")
+            photographer.press("push button", "Save")
+            photographer.press("push button", "Take photo")
+            photographer.take("popover-photo")
+            photographer.press("push button", "Back")
+            photographer.press("push button", "More options")
+            photographer.press("menu item", "Test Share Mode")
+            photographer.take("popover-test-share")
+            photographer.close()
+            photographer.open(language="ar")
+            photographer.take("popover-arabic")
+            photographer.close()
+            photographer.open(notificationsMarkedHandled=True)
+            photographer.press("push button", "Fix Everything")
+            photographer.take("popover-ready")
+            photographer.close()
+        finally:
+            photographer.desktop.end_programs()
+
+
+if __name__ == "__main__":
+    main()
