@@ -66,7 +66,7 @@ class ActivationTest(DesktopCase):
 
     def wait_window(self, size):
         wait_until(lambda: any(window.geometry and window.geometry[2:] == size for window in self.desktop.windows()),
-                   f"a window of {size} is open")
+                   f"a window of {size} is open", 30)
 
     def assert_runs_and_quits(self):
         process = self.process()
