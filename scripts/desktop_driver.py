@@ -157,6 +157,13 @@ class Display:
                            SUBSTRUCTURE_NOTIFY | SUBSTRUCTURE_REDIRECT, event)
         xcb.xcb_flush(self._connection)
 
+    def touch_root(self):
+        """Makes an event for everybody who watches the root window's properties."""
+        append, string, cut_buffer = 2, 31, 9
+        xcb.xcb_change_property(self._connection, ctypes.c_uint8(append), self.root, cut_buffer, string,
+                                ctypes.c_uint8(8), 0, None)
+        xcb.xcb_flush(self._connection)
+
     def watch_requests(self):
         """From now on has_request() sees what clients ask of the window manager."""
         mask = ctypes.c_uint32(SUBSTRUCTURE_NOTIFY)

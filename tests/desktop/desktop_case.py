@@ -14,7 +14,8 @@ from pathlib import Path
 sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "scripts"))
 # pylint: disable=wrong-import-position,unused-import
 from desktop_driver import (CHROMIUM, MOUSEPAD, SHORTCUT, SHORTCUT_MASK, SHORTCUT_MODIFIERS, XTERM, Desktop, Display,  # noqa
-                            Key, Rectangle, TimedOut, chromium, stays, wait_until, write_preferences)
+                            Key, Program, Rectangle, TimedOut, Window, chromium, stays, wait_until,
+                            write_preferences)
 
 CURTAIN = os.environ["CURTAIN"]
 SECONDS_TO_END = 5
