@@ -109,6 +109,17 @@ struct Session {
 /// Nothing that is shown needs the login manager, so it is found once all that is shown has been.
 constexpr Platform::MainQueue::Seconds loginManagerDelay{1};
 
+/// At the start of a session everything starts at once; a window manager that is not there by then is
+/// missing.
+constexpr Platform::MainQueue::Seconds windowManagerDeadline{15};
+
+void sayThatNoWindowManagerRuns(WindowSystem& windowSystem, Platform::Log& log) {
+    if (windowSystem.hidingObstacle() == Platform::HidingObstacle::noWindowManager) {
+        log.writeLine("Curtain: no window manager looks after the windows of this session, so apps cannot be "
+                      "hidden until one does");
+    }
+}
+
 /// What goes on when the computer sleeps, wakes and is turned off.
 LoginManager::Handlers powerHandlers(Platform::Platform& platform, LinuxCaptureServices& cameras,
                                      PulseAudioServices& sound, LinuxWorkspace& workspace) {
@@ -274,6 +285,12 @@ Platform::Platform makeLinuxPlatform() {
         platform.log->writeLine(
             "Curtain: there is no session bus, so the icon shows only in trays of X windows");
     }
+    platform.mainQueue->asyncAfter(windowManagerDeadline,
+                                   [weak = std::weak_ptr(session), &log = *platform.log] {
+                                       if (const auto running = weak.lock()) {
+                                           sayThatNoWindowManagerRuns(*running->windowSystem, log);
+                                       }
+                                   });
     auto& cameras = addCamera(platform);
     platform.mainQueue->asyncAfter(
         loginManagerDelay,

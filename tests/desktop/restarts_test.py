@@ -14,6 +14,8 @@ from desktop_case import MOUSEPAD, XTERM, DesktopCase, Program, TimedOut, Window
 
 PIDS = Path(os.environ["VIRTUAL_DESKTOP_PIDS"])
 TRAYER = ("trayer", "--edge", "top", "--align", "right", "--widthtype", "request", "--height", "28")
+NO_WINDOW_MANAGER = ("Curtain: no window manager looks after the windows of this session, so apps cannot be hidden until "
+                     "one does\n")
 WINDOW_MANAGERS = {"openbox": ("openbox",), "xfwm4": ("xfwm4", "--compositor=on")}
 
 
@@ -118,6 +120,21 @@ class WindowManagerTest(RestartCase):
             self.first.wait(20)
             self.wait_managed()
         self.each(run)
+
+
+class NoWindowManagerTest(RestartCase):
+    def test_says_once_that_there_is_none_and_works_with_one_that_comes_later(self):
+        self.expected_complaints = NO_WINDOW_MANAGER
+        self.start_curtain(XTERM)
+        wait_until(self.curtain.complaints, "it says what is missing", 40)
+        self.toggle()
+        self.toggle()
+        self.start_window_manager("openbox")
+        xterm = self.open_xterm()
+        self.toggle()
+        self.wait_hidden(xterm)
+        self.toggle()
+        self.wait_shown(xterm)
 
 
 class PartsTest(RestartCase):

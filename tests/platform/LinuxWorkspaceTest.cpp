@@ -10,6 +10,8 @@
 
 #include <memory>
 
+#include <unistd.h>
+
 namespace {
 
 using LinuxPlatform::WindowEvent;
@@ -117,6 +119,13 @@ TEST_F(LinuxWorkspaceTest, RegularAppsHaveAWindowInTheTaskList) {
     windows.open(1, "a", 10).isInTaskList = false;
     windows.open(2, "b", 11).isInTaskList = false;
     windows.open(3, "b", 11);
+    EXPECT_EQ(only("a")->activationPolicy(), ActivationPolicy::accessory);
+    EXPECT_EQ(only("b")->activationPolicy(), ActivationPolicy::regular);
+}
+
+TEST_F(LinuxWorkspaceTest, ThisProgramIsAnAccessoryWhateverItShows) {
+    windows.open(1, "a", static_cast<std::uint32_t>(getpid()));
+    windows.open(2, "b", 10);
     EXPECT_EQ(only("a")->activationPolicy(), ActivationPolicy::accessory);
     EXPECT_EQ(only("b")->activationPolicy(), ActivationPolicy::regular);
 }

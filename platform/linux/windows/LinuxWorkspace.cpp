@@ -3,8 +3,11 @@
 #include "platform/linux/apps/AsciiCase.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <string_view>
 #include <vector>
+
+#include <unistd.h>
 
 namespace LinuxPlatform {
 namespace {
@@ -27,8 +30,11 @@ public:
 
     ActivationPolicy activationPolicy() const override {
         auto policy = ActivationPolicy::prohibited;
+        // Curtain lives in the tray: its own windows come and go, and make no app of it that could be chosen.
+        const bool isThisProgram = key_.process == static_cast<std::uint64_t>(getpid());
         withInstance([&](const AppInstance& instance) {
-            policy = instance.isInTaskList ? ActivationPolicy::regular : ActivationPolicy::accessory;
+            policy = instance.isInTaskList && !isThisProgram ? ActivationPolicy::regular
+                                                             : ActivationPolicy::accessory;
         });
         return policy;
     }
