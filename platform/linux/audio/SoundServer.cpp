@@ -204,7 +204,10 @@ void SoundServer::lookAfresh() {
     pa_context_set_state_callback(
         fresh_.get(),
         [](pa_context* context, void* data) {
-            if (pa_context_get_state(context) == PA_CONTEXT_READY) {
+            const auto state = pa_context_get_state(context);
+            if (!PA_CONTEXT_IS_GOOD(state)) {
+                server(data).lookAgainLater();
+            } else if (state == PA_CONTEXT_READY) {
                 forget(pa_context_get_server_info(
                     context,
                     [](pa_context*, const pa_server_info* info, void* sameData) {
@@ -218,12 +221,16 @@ void SoundServer::lookAfresh() {
     pa_context_connect(fresh_.get(), nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr);
 }
 
+void SoundServer::lookAgainLater() {
+    nextLook_ = loop_.after(longestIgnorance, [this] { lookAfresh(); });
+}
+
 void SoundServer::lookedAfresh(const std::string& defaultName) {
     // Not here: the library is still calling from the connection that has answered.
     nextLook_ = loop_.after(std::chrono::milliseconds(0), [this, defaultName] {
         fresh_.reset();
         if (defaultName == known_.defaultName) {
-            nextLook_ = loop_.after(longestIgnorance, [this] { lookAfresh(); });
+            lookAgainLater();
         } else {
             // Streams end with their connection, so their owners have to hear of it in any case.
             wasInputRemoved_ = true;
@@ -254,7 +261,7 @@ void SoundServer::refreshed(bool isComplete) {
         refresh();
         return;
     }
-    nextLook_ = loop_.after(longestIgnorance, [this] { lookAfresh(); });
+    lookAgainLater();
     if (isComplete) {
         learn(growing_);
     }

@@ -79,6 +79,7 @@ private:
     void refresh();
     /// Asks by a new connection whether the old one is told the truth.
     void lookAfresh();
+    void lookAgainLater();
     void stopLooking();
     void lookedAfresh(const std::string& defaultName);
     void sourceListed(const pa_source_info& source);
