@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <functional>
 #include <set>
 #include <utility>
 
@@ -127,17 +128,30 @@ void AppDelegate::openSettings() {
         settingsView_ = std::make_shared<SettingsView>(SettingsView::Services{
             settingsModel(), catalog_, shortcuts_, *platform_.captureServices, *platform_.urlOpener,
             *platform_.keyboard, *platform_.systemShortcuts, *platform_.locale});
+        QObject::connect(settingsView_.get(), &SettingsView::langChanged, settingsView_.get(),
+                         std::function<void()>(lifetime_.weak([this] { nameSettingsWindow(); })));
     }
-    settingsView_->willShow();
+    if (isFirst || !settingsWindow_->isVisible()) {
+        settingsView_->willShow();
+    } else {
+        // The user is in the middle of something.
+        settingsView_->refresh();
+    }
     if (isFirst) {
         settingsWindow_ =
             platform_.windows->makeWindow({"qrc:/Curtain/SettingsView.qml", settingsView_}, settingsSize, {});
         settingsWindow_->center();
     }
-    const auto title = PlatformWording::string(CurtainCore::LocKey::settings, currentLang());
-    settingsWindow_->setTitle("Curtain — " + std::string(title));
+    nameSettingsWindow();
     settingsWindow_->makeKeyAndOrderFront();
     platform_.application->activate(true);
+}
+
+void AppDelegate::nameSettingsWindow() {
+    if (settingsWindow_) {
+        const auto title = PlatformWording::string(CurtainCore::LocKey::settings, currentLang());
+        settingsWindow_->setTitle("Curtain — " + std::string(title));
+    }
 }
 
 void AppDelegate::toggleModeFromHotkey() {

@@ -82,6 +82,7 @@ private:
     void copyPhoto();
     void savePhoto();
 
+    void nameSettingsWindow();
     void showOnboardingWizard(CurtainCore::OnboardingStep startAt);
     void finishOnboarding();
 

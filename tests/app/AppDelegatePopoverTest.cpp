@@ -2,6 +2,7 @@
 
 #include "Curtain/MeetingReadinessView.h"
 #include "Curtain/OnboardingViewModel.h"
+#include "Curtain/SettingsView.h"
 #include "tests/support/FakeCaptureServices.h"
 
 #include <functional>
@@ -427,6 +428,31 @@ TEST_F(PopoverTest, EndingWhileAShortcutIsRecordedTakesNoKeys) {
     ASSERT_TRUE(settings.shortcut()->isRecording());
     delegate.reset();
     EXPECT_THAT(fakes.hotKeyService.registrations, IsEmpty());
+}
+
+TEST_F(PopoverTest, TheSettingsWindowIsNamedInTheLanguageOfTheMoment) {
+    delegate->openSettings();
+    auto& window = *fakes.windows.all.at(0);
+    auto& settings = dynamic_cast<Curtain::SettingsView&>(*window.view.model);
+    settings.setLanguageIndex(static_cast<int>(CurtainCore::AppLanguage::fr));
+    EXPECT_EQ(window.title, "Curtain — Paramètres");
+}
+
+TEST_F(PopoverTest, SettingsThatAreOpenStayAsTheyAre) {
+    delegate->openSettings();
+    auto& window = *fakes.windows.all.at(0);
+    auto& settings = dynamic_cast<Curtain::SettingsView&>(*window.view.model);
+    settings.setQuery("zo");
+    fakes.captureServices.cameras.push_back({"late", "Late"});
+    change([](auto& record) { record.showEmbarrassmentScore = false; });
+    delegate->openSettings();
+    EXPECT_EQ(settings.query(), "zo");
+    EXPECT_EQ(settings.cameras().size(), 3);
+    EXPECT_FALSE(settings.switches()["showScore"].toBool());
+    window.close();
+    delegate->openSettings();
+    EXPECT_EQ(settings.query(), "");
+    EXPECT_EQ(settings.cameras().size(), 4);
 }
 
 TEST_F(PopoverTest, QuitEndsTheProgram) {
