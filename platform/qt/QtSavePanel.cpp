@@ -20,6 +20,8 @@ void QtSavePanel::open(const Platform::SavePanelOptions& options,
         return;
     }
     dialog_ = std::make_unique<QFileDialog>();
+    // So does the popover, which would cover it otherwise.
+    dialog_->setWindowFlag(Qt::WindowStaysOnTopHint);
     const auto mimeType = QString::fromStdString(options.mimeType);
     dialog_->setAcceptMode(QFileDialog::AcceptSave);
     dialog_->setFileMode(QFileDialog::AnyFile);

@@ -165,6 +165,7 @@ class PopoverTest(DesktopCase):
         self.click(popover, PHOTO_SAVE)
         dialog = wait_until(self.save_dialog, "the dialog is open")
         wait_until(lambda: self.desktop.active_window == dialog, "the dialog has the keyboard")
+        self.assertTrue(dialog.has_state("ABOVE"), "the popover must not cover it")
         target = self.scratch / "me.jpg"
         self.press_key("ctrl+a")
         subprocess.run(["xdotool", "type", str(target)], check=True)
