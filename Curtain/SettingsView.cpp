@@ -3,6 +3,7 @@
 #include "Curtain/HotkeyManager.h"
 #include "Curtain/NotificationChecker.h"
 #include "Curtain/PlatformWording.h"
+#include "Curtain/ViewText.h"
 #include "core/Localizer.h"
 
 #include <algorithm>
@@ -137,7 +138,7 @@ void SettingsView::setLanguageIndex(int index) {
 QStringList SettingsView::cameras() const {
     QStringList names{toQString(PlatformWording::string(LocKey::defaultOption, lang_))};
     for (const auto& camera : cameras_) {
-        names.push_back(QString::fromStdString(camera.name));
+        names.push_back(shownName(camera.name, camera.id));
     }
     return names;
 }

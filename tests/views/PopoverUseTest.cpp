@@ -1,3 +1,4 @@
+#include "Curtain/SettingsLinks.h"
 #include "core/Localizer.h"
 #include "tests/views/ReadinessWorld.h"
 #include "tests/views/ViewFixture.h"
@@ -199,6 +200,27 @@ TEST_F(Popover, EveryButtonActs) {
     EXPECT_NE(world.camera.mirrored(), isMirrored);
     shown->click("microphone.chip");
     EXPECT_EQ(world.mic.echoPhase(), Curtain::EchoPhase::recording);
+}
+
+TEST_F(Popover, WithoutPrivateAppsThePanelSaysHowToGetSome) {
+    show();
+    EXPECT_THAT(shown->texts(), Contains(QString("Add private apps in Settings.")));
+    world.setPrivateApps({{"a", "A"}});
+    world.coordinator.refresh();
+    shown->settle();
+    EXPECT_THAT(shown->texts(), Not(Contains(QString("Add private apps in Settings."))));
+}
+
+TEST_F(Popover, WithoutAccessTheCameraCardLeadsToTheSystemsSettings) {
+    world.authorization.statuses[Platform::MediaType::video] = Platform::AuthorizationStatus::denied;
+    world.camera.start(std::nullopt);
+    show();
+    EXPECT_THAT(shown->texts(), Contains(QString("Curtain needs camera access")));
+    shown->click("cameraSettings");
+    EXPECT_THAT(world.urlOpener.opened, ElementsAre(Curtain::SettingsLinks::cameraPrivacy));
+    world.urlOpener.canOpen = false;
+    shown->click("cameraSettings");
+    EXPECT_THAT(shown->texts(), Contains(world.view->cameraSettingsProblem()));
 }
 
 TEST_F(Popover, ThePrivateAppsButtonRestoresInPrivacyMode) {

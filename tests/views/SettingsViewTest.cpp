@@ -165,6 +165,10 @@ TEST_F(SettingsViewTest, SwitchesAreSavedAtOnce) {
     const auto prefs = store.load();
     EXPECT_FALSE(prefs.showCameraPreview);
     EXPECT_FALSE(prefs.showMicrophoneCheck);
+    EXPECT_TRUE(prefs.checkNotifications);
+    content->setSwitch("checkNotifications", false);
+    EXPECT_FALSE(store.load().checkNotifications);
+    EXPECT_FALSE(store.load().notificationsMarkedHandled);
 }
 
 TEST_F(SettingsViewTest, AClickOnTheWordsFlipsTheSwitchToo) {
@@ -265,6 +269,13 @@ TEST_F(SettingsViewTest, CamerasAreChosenByName) {
     view.click("camera");
     view.clickAt(view.placeOfText(text(LocKey::defaultOption)).center());
     EXPECT_EQ(store.load().selectedCameraID, std::nullopt);
+}
+
+TEST_F(SettingsViewTest, NamesOfCamerasAreOneShortLine) {
+    camera("odd", "Two\nlines\u202E");
+    camera("nameless", "");
+    show();
+    EXPECT_EQ(content->cameras().mid(3), QStringList({"Two lines", "nameless"}));
 }
 
 TEST_F(SettingsViewTest, ACameraThatIsNotThereStaysChosen) {
