@@ -298,7 +298,9 @@ TEST_F(EchoTest, AnotherFormatInTheMiddleEndsTheRecordingButNotTheEcho) {
     ASSERT_TRUE(levelBecomes(0, 0));
     EXPECT_TRUE(becomes(EchoPhase::playing));
     const auto samples = readRecording();
-    EXPECT_GT(rootMeanSquare(samples), 0.3);
+    // The tone and no silence; a computer that is too busy loses some of it on the way through the virtual
+    // devices.
+    EXPECT_GT(rootMeanSquare(samples), 0.1);
     EXPECT_LT(samples.size(), std::size_t{3} * 48000);
     EXPECT_TRUE(becomes(EchoPhase::done));
 }
