@@ -66,7 +66,9 @@ bench:
 			echo "$$program ($$session)"; \
 			scripts/virtual-desktop --session $$session --tray none --media -- $$program; done; done
 	cmake --install $(BENCH) --prefix $(BENCH)/stage >/dev/null
-	scripts/virtual-desktop --tray xembed -- python3 -B bench/tray_benchmark.py $(BENCH)/stage/bin/curtain
+	scripts/virtual-desktop --media -- python3 -B bench/tray_benchmark.py $(BENCH)/stage/bin/curtain \
+		$(BENCH)/bench/peers/BareTrayIcon
+	CURTAIN=$(BENCH)/stage/bin/curtain scripts/virtual-desktop -- python3 -B tests/desktop/toggles_test.py 2000
 
 lint: tests
 	scripts/format --check
