@@ -66,8 +66,8 @@ class ServerResources:
         return counts
 
     def _clients(self, pid):
-        specification = (ctypes.c_uint32 * 2)(0, LOCAL_PROCESS)
-        reply = self._ask(xres, "xcb_res_query_client_ids", ctypes.c_uint32(1), specification)
+        question = (ctypes.c_uint32 * 2)(0, LOCAL_PROCESS)
+        reply = self._ask(xres, "xcb_res_query_client_ids", ctypes.c_uint32(1), question)
         number, = struct.unpack_from("I", reply, 8)
         offset = 32
         for _ in range(number):
