@@ -16,6 +16,8 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -31,12 +33,15 @@ using testing::IsEmpty;
 /// A desktop in the state that the test puts it into; writes down what it is told.
 class FakeIconDesktop : public LinuxPlatform::IconDesktop {
 public:
-    explicit FakeIconDesktop(std::vector<std::string>& calls) : calls_(calls) {}
+    FakeIconDesktop(std::vector<std::string>& calls, std::string windowClass)
+        : calls_(calls),
+          windowClass_(std::move(windowClass)) {}
 
     DesktopIcons state = DesktopIcons::absent;
     DesktopIcons stateAfterShowing = DesktopIcons::shown;
     bool canShow = true;
 
+    std::string_view windowClass() const override { return windowClass_; }
     DesktopIcons icons(const DesktopScene&) override { return state; }
     void hide(const DesktopScene&) override {
         calls_.emplace_back("hide");
@@ -50,6 +55,7 @@ public:
 
 private:
     std::vector<std::string>& calls_;
+    std::string windowClass_;
 };
 
 struct DesktopIconsRunnerTest : testing::Test {
@@ -63,11 +69,13 @@ struct DesktopIconsRunnerTest : testing::Test {
 
     DesktopIconsRunner::Desktops makeDesktops() {
         DesktopIconsRunner::Desktops desktops;
-        for (auto* place : {&first, &second}) {
-            auto desktop = std::make_unique<FakeIconDesktop>(calls);
-            *place = desktop.get();
+        const auto add = [&](FakeIconDesktop*& place, const char* windowClass) {
+            auto desktop = std::make_unique<FakeIconDesktop>(calls, windowClass);
+            place = desktop.get();
             desktops.push_back(std::move(desktop));
-        }
+        };
+        add(first, "First");
+        add(second, "");
         return desktops;
     }
 
@@ -98,6 +106,26 @@ TEST_F(DesktopIconsRunnerTest, WithoutADesktopItDependsOnWhatCanBeSeen) {
     scene.desktopWindows.clear();
     scene.isEveryWindowKnown = false;
     EXPECT_EQ(read(), "");
+}
+
+TEST_F(DesktopIconsRunnerTest, IconsMayBeShownByADesktopThatIsNotKnown) {
+    const DesktopScene::Window ofFirst{"First", std::nullopt};
+    scene.desktopWindows = {ofFirst, ofFirst};
+    EXPECT_EQ(readIn(DesktopIcons::hidden, DesktopIcons::absent), "0\n");
+    scene.desktopWindows = {ofFirst, {"Pinboard", std::nullopt}};
+    EXPECT_EQ(readIn(DesktopIcons::hidden, DesktopIcons::absent), "");
+    EXPECT_EQ(readIn(DesktopIcons::shown, DesktopIcons::absent), "1\n");
+    scene.desktopWindows = {{"", std::nullopt}};
+    EXPECT_EQ(readIn(DesktopIcons::absent, DesktopIcons::hidden), "");
+    // It has a window, whatever it says.
+    scene.desktopWindows = {ofFirst};
+    EXPECT_EQ(readIn(DesktopIcons::absent, DesktopIcons::absent), "");
+    EXPECT_EQ(readIn(DesktopIcons::absent, DesktopIcons::hidden), "");
+}
+
+TEST_F(DesktopIconsRunnerTest, AHiddenDesktopIsEnoughWhereNotEveryWindowIsKnown) {
+    scene.isEveryWindowKnown = false;
+    EXPECT_EQ(readIn(DesktopIcons::hidden, DesktopIcons::absent), "0\n");
 }
 
 TEST_F(DesktopIconsRunnerTest, ABusThatDoesNotAnswerLeavesEverythingOpen) {

@@ -18,7 +18,7 @@ CajaDesktop::CajaDesktop(EarlierValue earlier, StartDesktopProgram start)
       start_(std::move(start)) {}
 
 DesktopIcons CajaDesktop::icons(const DesktopScene& scene) {
-    if (scene.desktopWindowOf("Caja") != nullptr) {
+    if (scene.desktopWindowOf(windowClass()) != nullptr) {
         isAwaited_ = false;
         return DesktopIcons::shown;
     }

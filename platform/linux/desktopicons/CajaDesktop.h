@@ -12,6 +12,8 @@ class CajaDesktop : public IconDesktop {
 public:
     CajaDesktop(EarlierValue earlier, StartDesktopProgram start);
 
+    std::string_view windowClass() const override { return "Caja"; }
+    /// Starts the program again if it ended after `show`, as it may have been about to.
     DesktopIcons icons(const DesktopScene& scene) override;
     void hide(const DesktopScene& scene) override;
     bool show(const DesktopScene& scene) override;

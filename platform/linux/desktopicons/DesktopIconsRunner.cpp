@@ -1,6 +1,8 @@
 #include "platform/linux/desktopicons/DesktopIconsRunner.h"
 
 #include <algorithm>
+#include <set>
+#include <string_view>
 #include <utility>
 
 namespace LinuxPlatform {
@@ -74,8 +76,22 @@ std::string DesktopIconsRunner::read() {
     if (isComingBack()) {
         return shownAnswer;
     }
-    const bool nothingDraws = scene.isEveryWindowKnown && scene.desktopWindows.empty();
-    return has(DesktopIcons::hidden) || nothingDraws ? hiddenAnswer : "";
+    const bool isKnown = has(DesktopIcons::hidden) || scene.isEveryWindowKnown;
+    return isKnown && isEachWindowWithoutIcons(scene.desktopWindows, found) ? hiddenAnswer : "";
+}
+
+/// Whether each belongs to a desktop that hides its icons. `found` is what the desktops say, in their order.
+bool DesktopIconsRunner::isEachWindowWithoutIcons(const std::vector<DesktopScene::Window>& windows,
+                                                  const std::vector<DesktopIcons>& found) const {
+    std::set<std::string_view> classes;
+    for (std::size_t index = 0; index < found.size(); ++index) {
+        if (found[index] == DesktopIcons::hidden) {
+            classes.insert(desktops_[index]->windowClass());
+        }
+    }
+    return std::ranges::all_of(windows, [&](const auto& window) {
+        return !window.className.empty() && classes.contains(window.className);
+    });
 }
 
 void DesktopIconsRunner::write(bool shown) {

@@ -28,6 +28,8 @@ private:
     /// "0" when the icons are hidden everywhere or it is known that nothing draws any, "1" when they are
     /// shown anywhere, nothing when it cannot be known.
     std::string read();
+    bool isEachWindowWithoutIcons(const std::vector<DesktopScene::Window>& windows,
+                                  const std::vector<DesktopIcons>& found) const;
     void write(bool shown);
     bool isComingBack() const;
 

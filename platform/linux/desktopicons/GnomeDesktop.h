@@ -14,6 +14,7 @@ public:
     /// `bus` outlives this object.
     GnomeDesktop(DesktopBus& bus, EarlierValue earlier);
 
+    std::string_view windowClass() const override { return {}; }
     /// Hidden when no such extension is at work.
     DesktopIcons icons(const DesktopScene& scene) override;
     void hide(const DesktopScene& scene) override;

@@ -2,6 +2,8 @@
 
 #include "platform/linux/desktopicons/DesktopScene.h"
 
+#include <string_view>
+
 namespace LinuxPlatform {
 
 enum class DesktopIcons {
@@ -16,7 +18,11 @@ class IconDesktop {
 public:
     virtual ~IconDesktop() = default;
 
-    /// Asked afresh each time.
+    /// The class of the windows in which it draws a desktop on an X server, with or without icons; empty when
+    /// only its icons have a window.
+    virtual std::string_view windowClass() const = 0;
+    /// Asked afresh each time. Changes nothing that the user chose, but may bring to its end what `show`
+    /// began.
     virtual DesktopIcons icons(const DesktopScene& scene) = 0;
     /// To be called when the icons are shown. Remembers how they were, beyond the end of this process.
     virtual void hide(const DesktopScene& scene) = 0;

@@ -9,7 +9,7 @@ NemoDesktop::NemoDesktop(EarlierValue earlier)
 }
 
 DesktopIcons NemoDesktop::icons(const DesktopScene& scene) {
-    if (!scene.hasName("org.NemoDesktop") && scene.desktopWindowOf("Nemo-desktop") == nullptr) {
+    if (!scene.hasName("org.NemoDesktop") && scene.desktopWindowOf(windowClass()) == nullptr) {
         return DesktopIcons::absent;
     }
     const auto isHidden = layout_.isHidden();

@@ -10,6 +10,7 @@ class NemoDesktop : public IconDesktop {
 public:
     explicit NemoDesktop(EarlierValue earlier);
 
+    std::string_view windowClass() const override { return "Nemo-desktop"; }
     DesktopIcons icons(const DesktopScene& scene) override;
     void hide(const DesktopScene& scene) override;
     bool show(const DesktopScene& scene) override;

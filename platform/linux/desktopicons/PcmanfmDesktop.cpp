@@ -3,12 +3,6 @@
 #include <utility>
 
 namespace LinuxPlatform {
-namespace {
-
-constexpr auto windowClass = "Pcmanfm";
-
-} // namespace
-
 PcmanfmDesktop::PcmanfmDesktop(Platform::ProcessRunner& runner, EarlierValue earlier,
                                StartDesktopProgram start)
     : runner_(runner),
@@ -16,14 +10,14 @@ PcmanfmDesktop::PcmanfmDesktop(Platform::ProcessRunner& runner, EarlierValue ear
       start_(std::move(start)) {}
 
 DesktopIcons PcmanfmDesktop::icons(const DesktopScene& scene) {
-    if (scene.desktopWindowOf(windowClass) != nullptr) {
+    if (scene.desktopWindowOf(windowClass()) != nullptr) {
         return DesktopIcons::shown;
     }
     return earlier_.isOfThisSession() ? DesktopIcons::hidden : DesktopIcons::absent;
 }
 
 void PcmanfmDesktop::hide(const DesktopScene& scene) {
-    const auto* const window = scene.desktopWindowOf(windowClass);
+    const auto* const window = scene.desktopWindowOf(windowClass());
     if (window == nullptr) {
         return;
     }

@@ -14,6 +14,7 @@ public:
     /// `runner` outlives this object.
     PcmanfmDesktop(Platform::ProcessRunner& runner, EarlierValue earlier, StartDesktopProgram start);
 
+    std::string_view windowClass() const override { return "Pcmanfm"; }
     DesktopIcons icons(const DesktopScene& scene) override;
     void hide(const DesktopScene& scene) override;
     bool show(const DesktopScene& scene) override;

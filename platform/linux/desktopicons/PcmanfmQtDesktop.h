@@ -14,6 +14,7 @@ public:
     /// `bus` outlives this object.
     PcmanfmQtDesktop(DesktopBus& bus, EarlierValue earlier, StartDesktopProgram start);
 
+    std::string_view windowClass() const override { return "pcmanfm-qt"; }
     DesktopIcons icons(const DesktopScene& scene) override;
     void hide(const DesktopScene& scene) override;
     bool show(const DesktopScene& scene) override;

@@ -15,6 +15,7 @@ public:
     /// `bus` outlives this object.
     PlasmaDesktop(DesktopBus& bus, EarlierValue earlier);
 
+    std::string_view windowClass() const override { return "plasmashell"; }
     /// Hidden also when no desktop shows a folder.
     DesktopIcons icons(const DesktopScene& scene) override;
     void hide(const DesktopScene& scene) override;

@@ -29,7 +29,7 @@ std::optional<int> numberIn(const std::string& style) {
 XfceDesktop::XfceDesktop(DesktopBus& bus, EarlierValue earlier) : bus_(bus), earlier_(std::move(earlier)) {}
 
 DesktopIcons XfceDesktop::icons(const DesktopScene& scene) {
-    if (!scene.hasName("org.xfce.xfdesktop") && scene.desktopWindowOf("Xfdesktop") == nullptr) {
+    if (!scene.hasName("org.xfce.xfdesktop") && scene.desktopWindowOf(windowClass()) == nullptr) {
         return DesktopIcons::absent;
     }
     const auto current = style();

@@ -12,6 +12,7 @@ public:
     /// `bus` outlives this object.
     XfceDesktop(DesktopBus& bus, EarlierValue earlier);
 
+    std::string_view windowClass() const override { return "Xfdesktop"; }
     DesktopIcons icons(const DesktopScene& scene) override;
     void hide(const DesktopScene& scene) override;
     bool show(const DesktopScene& scene) override;
