@@ -42,8 +42,8 @@ else
 run: configure-tests
 	cmake --build --preset release --parallel $(JOBS) --target curtain VirtualCamera
 	cmake --install $(RELEASE) --prefix build/stage >/dev/null
-	exec scripts/virtual-desktop --media --camera $(RELEASE)/tests/platform/VirtualCamera -- \
-		scripts/tour build/stage/bin/curtain
+	exec scripts/virtual-desktop --media -- \
+		scripts/tour build/stage/bin/curtain $(RELEASE)/tests/platform/VirtualCamera
 endif
 
 test: tests

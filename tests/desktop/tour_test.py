@@ -21,8 +21,8 @@ class TourTest(unittest.TestCase):
         self.pictures = Path(scratch.name) / "tour"
 
     def take(self, program):
-        done = subprocess.run([SCRIPTS / "virtual-desktop", "--media", "--camera", os.environ["VIRTUAL_CAMERA"], "--",
-                               SCRIPTS / "tour", program, self.pictures], text=True, capture_output=True, timeout=240)
+        done = subprocess.run([SCRIPTS / "virtual-desktop", "--media", "--", SCRIPTS / "tour", program,
+                               os.environ["VIRTUAL_CAMERA"], self.pictures], text=True, capture_output=True, timeout=240)
         return done.returncode, done.stdout, done.stderr
 
     def test_tells_and_shows_what_curtain_does(self):
