@@ -19,18 +19,24 @@ Rectangle {
 
     Behavior on color { ColorAnimation { duration: Theme.switchTime; easing.type: Theme.easing } }
 
-    Row {
+    // A positioner would move its items a frame later.
+    Item {
         id: row
         anchors.centerIn: parent
-        spacing: 7
+        implicitWidth: words.implicitWidth + (capsule.hasDot ? dot.width + 7 : 0)
+        width: implicitWidth
+        height: words.height
 
         StatusDot {
+            id: dot
+            anchors.left: parent.left
             anchors.verticalCenter: parent.verticalCenter
             visible: capsule.hasDot
             tone: capsule.tone
         }
         StyledText {
-            anchors.verticalCenter: parent.verticalCenter
+            id: words
+            anchors.right: parent.right
             isSpoken: false
             text: capsule.text
             style: capsule.style

@@ -29,26 +29,24 @@ Item {
         style: Theme.appTitle
         Accessible.role: Accessible.Heading
     }
-    Row {
+    Symbol {
         anchors.left: title.left
+        anchors.verticalCenter: tagline.verticalCenter
+        visible: header.model.isPrivacyModeOn
+        name: "eye.slash"
+        size: 14
+        color: Theme.accent
+    }
+    StyledText {
+        id: tagline
+        objectName: "tagline"
+        anchors.left: title.left
+        anchors.leftMargin: header.model.isPrivacyModeOn ? 19 : 0
         y: 20
         height: 16
-        spacing: 5
-
-        Symbol {
-            anchors.verticalCenter: parent.verticalCenter
-            visible: header.model.isPrivacyModeOn
-            name: "eye.slash"
-            size: 14
-            color: Theme.accent
-        }
-        StyledText {
-            objectName: "tagline"
-            height: parent.height
-            text: header.model.text(header.model.isPrivacyModeOn ? "privacyOnTitle" : "tagline")
-            style: header.model.isPrivacyModeOn ? Theme.smallMedium : Theme.small
-            color: header.model.isPrivacyModeOn ? Theme.accent : Theme.ink2
-        }
+        text: header.model.text(header.model.isPrivacyModeOn ? "privacyOnTitle" : "tagline")
+        style: header.model.isPrivacyModeOn ? Theme.smallMedium : Theme.small
+        color: header.model.isPrivacyModeOn ? Theme.accent : Theme.ink2
     }
     Capsule {
         objectName: "capsule"

@@ -9,31 +9,28 @@ Item {
     property var valueStyle: Theme.score
     property real gap: 0
 
-    implicitWidth: row.implicitWidth
+    implicitWidth: number.width + gap + words.width
     implicitHeight: valueStyle.line
 
-    Row {
-        id: row
+    // Not a positioner, which would move its items a frame later.
+    StyledText {
+        id: number
+        property bool isLeftToRight: true
+        isSpoken: false
         height: parent.height
-        spacing: score.gap
+        text: score.value
+        style: score.valueStyle
         LayoutMirroring.enabled: false
-        LayoutMirroring.childrenInherit: true
-
-        StyledText {
-            id: number
-            property bool isLeftToRight: true
-            isSpoken: false
-            height: parent.height
-            text: score.value
-            style: score.valueStyle
-        }
-        StyledText {
-            property bool isLeftToRight: true
-            isSpoken: false
-            anchors.baseline: number.baseline
-            text: score.range
-            style: Theme.scoreOf
-            color: Theme.ink3
-        }
+    }
+    StyledText {
+        id: words
+        property bool isLeftToRight: true
+        isSpoken: false
+        x: number.width + score.gap
+        anchors.baseline: number.baseline
+        text: score.range
+        style: Theme.scoreOf
+        color: Theme.ink3
+        LayoutMirroring.enabled: false
     }
 }

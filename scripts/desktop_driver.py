@@ -21,7 +21,7 @@ xcb.xcb_get_setup.restype = ctypes.POINTER(ctypes.c_uint8)
 xcb.xcb_request_check.restype = ctypes.c_void_p
 xcb.xcb_poll_for_event.restype = ctypes.c_void_p
 
-KEY_PRESS, KEY_RELEASE, CLIENT_MESSAGE = 2, 3, 33
+KEY_PRESS, KEY_RELEASE, BUTTON_PRESS, BUTTON_RELEASE, CLIENT_MESSAGE = 2, 3, 4, 5, 33
 SUBSTRUCTURE_NOTIFY, SUBSTRUCTURE_REDIRECT = 0x80000, 0x100000
 EVENT_MASK_ATTRIBUTE = 1 << 11
 ANY_PROPERTY_TYPE = 0
@@ -191,6 +191,11 @@ class Display:
         """Presses the keys in order and lets them go in the reverse order."""
         self.press(*keys)
         self.release(*reversed(keys))
+
+    def click(self, button=1):
+        """Where the pointer is."""
+        self._fake(BUTTON_PRESS, button)
+        self._fake(BUTTON_RELEASE, button)
 
     def grab_key(self, key, modifiers):
         """Takes the combination for this client; False if another one has it."""

@@ -1,0 +1,137 @@
+"""What the popover costs: time from the click to its first frame, memory and wake-ups while it is open.
+
+usage: popover_benchmark.py CURTAIN [ROUNDS]
+in a virtual desktop with an X11 tray, started with --media and --camera
+
+The figures are for people to read; nothing passes or fails by them.
+"""
+
+import re
+import statistics
+import subprocess
+import sys
+import tempfile
+import time
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "scripts"))
+# pylint: disable=wrong-import-position
+from desktop_driver import MOUSEPAD, XTERM, Desktop, wait_until, write_preferences
+
+SIZE = (700, 618)
+# In the popover: its main button, filled or tonal, and the desktop around.
+BUTTON, BUTTON_COLOURS = (60, 582), ("#3b55d6", "#e7ebfa")
+WARM_OPENINGS = 10
+SETTLE_SECONDS = 3
+IDLE_SECONDS = 10
+MEBIBYTE = 1024
+
+
+class Popover:
+    """A running Curtain whose icon is clicked on."""
+
+    def __init__(self, desktop, program, scratch, **preferences):
+        self.desktop = desktop
+        self.display = desktop.display
+        settings = Path(tempfile.mkdtemp(dir=scratch))
+        write_preferences(settings, **({"targetApps": [XTERM, MOUSEPAD], "hasOnboarded": True, "autoDetectEnabled": False} |
+                                       preferences))
+        self.curtain = desktop.start(program, environment={"XDG_CONFIG_HOME": str(settings)})
+        icon = wait_until(desktop.tray_icon, "the icon is in the tray").geometry
+        subprocess.run(["xdotool", "mousemove", str(icon.x + icon.width // 2), str(icon.y + icon.height // 2)], check=True)
+        time.sleep(SETTLE_SECONDS)
+
+    def window(self):
+        return next((window for window in self.desktop.windows_of(self.curtain)
+                     if window.geometry and window.geometry[2:] == SIZE), None)
+
+    def place(self):
+        area = wait_until(self.window, "the popover is open").geometry
+        return area.x + BUTTON[0], area.y + BUTTON[1]
+
+    def is_drawn(self, place):
+        return self.display.colour(*place) in BUTTON_COLOURS
+
+    def open(self, place):
+        """Milliseconds from the click to the frame on the screen, and how many of them Curtain worked."""
+        work = self.work()
+        start = time.monotonic()
+        self.display.click()
+        wait_until(lambda: self.is_drawn(place), "the popover is drawn")
+        return 1000 * (time.monotonic() - start), self.work() - work
+
+    def close(self, place):
+        self.display.click()
+        wait_until(lambda: not self.is_drawn(place), "the popover is closed")
+        time.sleep(0.3)
+
+    def end(self):
+        self.curtain.terminate()
+        self.curtain.wait(10)
+        wait_until(lambda: self.desktop.tray_icon() is None, "the icon is gone")
+
+    def memory(self):
+        """Set sizes in MiB: proportional, resident and private."""
+        rollup = Path(f"/proc/{self.curtain.pid}/smaps_rollup").read_text()
+        sizes = {name: int(size) / MEBIBYTE for name, size in re.findall(r"^(\w+): +(\d+) kB", rollup, re.MULTILINE)}
+        return f"{sizes['Pss']:.1f} MiB (resident {sizes['Rss']:.1f}, private {sizes['Private_Clean'] + sizes['Private_Dirty']:.1f})"
+
+    def work(self):
+        """Milliseconds of the processor so far, by all threads."""
+        texts = [(thread / "schedstat").read_text() for thread in Path(f"/proc/{self.curtain.pid}/task").iterdir()]
+        return sum(int(text.split()[0]) for text in texts) / 1e6
+
+    def wake_ups(self):
+        """Context switches of all threads so far."""
+        texts = [(thread / "status").read_text() for thread in Path(f"/proc/{self.curtain.pid}/task").iterdir()]
+        return sum(int(count) for text in texts for count in re.findall(r"ctxt_switches:\s+(\d+)", text))
+
+    def idle(self):
+        before = self.wake_ups()
+        time.sleep(IDLE_SECONDS)
+        return self.wake_ups() - before
+
+
+def main():
+    program = sys.argv[1]
+    rounds = int(sys.argv[2]) if len(sys.argv) > 2 else 5
+    with tempfile.TemporaryDirectory(prefix="curtain-benchmark-") as scratch:
+        desktop = Desktop(scratch)
+        quiet = {"showCameraPreview": False, "showMicrophoneCheck": False}
+        popover = Popover(desktop, program, scratch, **quiet)
+        popover.display.click()
+        place = popover.place()
+        wait_until(lambda: popover.is_drawn(place), "the popover is drawn")
+        print(f"load of the machine: {Path('/proc/loadavg').read_text().split()[0]}")
+        # Now and then a cache of the toolkit lets something go.
+        time.sleep(2 * SETTLE_SECONDS)
+        print(f"open and idle, camera and microphone off: {popover.idle()} wake-ups in {IDLE_SECONDS} s (limit: 0)")
+        print(f"proportional set size, open, camera and microphone off: {popover.memory()} (limit: 60)")
+        popover.end()
+        first, again = [], []
+        for _ in range(rounds):
+            popover = Popover(desktop, program, scratch)
+            first.append(popover.open(place))
+            for _ in range(WARM_OPENINGS):
+                popover.close(place)
+                again.append(popover.open(place))
+            popover.end()
+        for name, clicks, limit in (("first", first, 120), ("later", again, 20)):
+            times, work = zip(*clicks)
+            print(f"click to {name} frame: median {statistics.median(times):.0f} ms, from {min(times):.0f} to {max(times):.0f} "
+                  f"(limit: {limit}); of the processor's time {statistics.median(work):.0f} ms ({len(clicks)} clicks)")
+        popover = Popover(desktop, program, scratch, showCameraPreview=False)
+        popover.open(place)
+        time.sleep(SETTLE_SECONDS)
+        print(f"open and idle, microphone on, camera off: {popover.idle()} wake-ups in {IDLE_SECONDS} s")
+        popover.end()
+        popover = Popover(desktop, program, scratch)
+        popover.open(place)
+        time.sleep(SETTLE_SECONDS)
+        print(f"proportional set size, open, camera and microphone on: {popover.memory()} (limit: 60)")
+        popover.end()
+        desktop.end_programs()
+
+
+if __name__ == "__main__":
+    main()
