@@ -6,6 +6,7 @@
 /// It runs itself in a virtual desktop with --media.
 
 #include "Curtain/CameraPreviewManager.h"
+#include "bench/VirtualDesktop.h"
 #include "platform/linux/camera/LinuxCaptureServices.h"
 #include "platform/qt/Items.h"
 #include "platform/qt/QtMainQueue.h"
@@ -177,19 +178,7 @@ private:
 } // namespace
 
 int main(int argumentCount, char** arguments) {
-    if (!std::getenv("CURTAIN_CAMERA_BENCHMARK")) {
-        std::vector<std::string> command{VIRTUAL_DESKTOP, "--tray", "none", "--media", "--"};
-        command.insert(command.end(), {"env", "CURTAIN_CAMERA_BENCHMARK=1"});
-        command.insert(command.end(), arguments, arguments + argumentCount);
-        std::vector<char*> pointers;
-        for (auto& word : command) {
-            pointers.push_back(word.data());
-        }
-        pointers.push_back(nullptr);
-        execv(pointers.front(), pointers.data());
-        std::perror(VIRTUAL_DESKTOP);
-        return EXIT_FAILURE;
-    }
+    continueInVirtualDesktop({"--tray", "none", "--media"}, argumentCount, arguments);
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     const QGuiApplication application(argumentCount, arguments);
     std::setvbuf(stdout, nullptr, _IOLBF, 0);

@@ -1,0 +1,285 @@
+/// What the microphone's meter costs on a real sound server with a virtual microphone, and what GStreamer's
+/// meter costs beside it: both take the same source from the same server, by the same library, and compute
+/// a level for every 1024 frames.
+///
+/// usage: MicrophoneBenchmark [SECONDS]      how long each meter is looked at, 8 unless told
+///
+/// It runs itself in a virtual desktop with --media.
+
+#include "Curtain/MicrophoneMonitor.h"
+#include "bench/VirtualDesktop.h"
+#include "platform/linux/PosixFileManager.h"
+#include "platform/linux/ThreadWorkQueues.h"
+#include "platform/linux/audio/PulseAudioServices.h"
+#include "platform/qt/QtMainQueue.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/EventLoop.h"
+#include "tests/support/FakeMediaAuthorization.h"
+#include "tests/support/FakeUserFolders.h"
+#include "tests/support/RecordingLog.h"
+#include "tests/support/SoundWorld.h"
+
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QTimer>
+
+#include <pulse/context.h>
+#include <pulse/subscribe.h>
+#include <pulse/thread-mainloop.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <memory>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <unistd.h>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using TestSupport::spinUntil;
+
+constexpr auto patience = std::chrono::seconds(30);
+constexpr int rounds = 30;
+
+double milliseconds(Clock::duration duration) {
+    return std::chrono::duration<double, std::milli>(duration).count();
+}
+
+void idleFor(double seconds) {
+    QEventLoop loop;
+    QTimer::singleShot(std::chrono::milliseconds(static_cast<int>(1000 * seconds)), &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
+/// All that a process has used so far.
+double processorSeconds(pid_t process) {
+    const auto line = TestSupport::readFile("/proc/" + std::to_string(process) + "/stat");
+    std::istringstream fields(line.substr(line.rfind(')') + 1));
+    std::string skipped;
+    for (int field = 3; field < 14; ++field) {
+        fields >> skipped;
+    }
+    double user = 0;
+    double system = 0;
+    fields >> user >> system;
+    return (user + system) / static_cast<double>(sysconf(_SC_CLK_TCK));
+}
+
+struct Memory {
+    double residentMegabytes = 0;
+    /// Shared pages divided among those who share them.
+    double proportionalMegabytes = 0;
+};
+
+Memory memoryOf(pid_t process) {
+    std::ifstream file("/proc/" + std::to_string(process) + "/smaps_rollup");
+    Memory memory;
+    for (std::string line; std::getline(file, line);) {
+        std::istringstream fields(line);
+        std::string name;
+        double kilobytes = 0;
+        fields >> name >> kilobytes;
+        if (name == "Rss:") {
+            memory.residentMegabytes = kilobytes / 1024;
+        } else if (name == "Pss:") {
+            memory.proportionalMegabytes = kilobytes / 1024;
+        }
+    }
+    return memory;
+}
+
+void print(const char* what, std::vector<double> values, const char* unit, const char* limit) {
+    std::sort(values.begin(), values.end());
+    std::printf("%-42s median %7.1f, worst %7.1f %s   (%s)\n", what, values[values.size() / 2], values.back(),
+                unit, limit);
+}
+
+void print(const char* what, double value, const char* unit, const char* limit) {
+    std::printf("%-42s %14.2f %s   (%s)\n", what, value, unit, limit);
+}
+
+/// Hears from the server itself, by a connection of its own, when a recording stream ends.
+class StreamWatch {
+public:
+    StreamWatch()
+        : loop_(pa_threaded_mainloop_new(), &pa_threaded_mainloop_free),
+          context_(pa_context_new(pa_threaded_mainloop_get_api(loop_.get()), "benchmark"),
+                   &pa_context_unref) {
+        pa_context_set_state_callback(
+            context_.get(),
+            [](pa_context* context, void* data) {
+                if (pa_context_get_state(context) == PA_CONTEXT_READY) {
+                    pa_operation_unref(
+                        pa_context_subscribe(context, PA_SUBSCRIPTION_MASK_SOURCE_OUTPUT, nullptr, nullptr));
+                    static_cast<StreamWatch*>(data)->isReady_ = true;
+                }
+            },
+            this);
+        pa_context_set_subscribe_callback(
+            context_.get(),
+            [](pa_context*, pa_subscription_event_type_t type, std::uint32_t, void* data) {
+                if ((type & PA_SUBSCRIPTION_EVENT_TYPE_MASK) == PA_SUBSCRIPTION_EVENT_REMOVE) {
+                    static_cast<StreamWatch*>(data)->lastEnd_ = Clock::now();
+                }
+            },
+            this);
+        pa_context_connect(context_.get(), nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr);
+        pa_threaded_mainloop_start(loop_.get());
+        spinUntil([this] { return isReady_.load(); }, patience);
+    }
+    ~StreamWatch() {
+        pa_threaded_mainloop_stop(loop_.get());
+        pa_context_disconnect(context_.get());
+    }
+    StreamWatch(const StreamWatch&) = delete;
+    StreamWatch& operator=(const StreamWatch&) = delete;
+
+    Clock::time_point lastEnd() const { return lastEnd_; }
+
+private:
+    std::unique_ptr<pa_threaded_mainloop, decltype(&pa_threaded_mainloop_free)> loop_;
+    std::unique_ptr<pa_context, decltype(&pa_context_unref)> context_;
+    std::atomic<bool> isReady_ = false;
+    std::atomic<Clock::time_point> lastEnd_{};
+};
+
+class Bench {
+public:
+    explicit Bench(double seconds) : seconds_(seconds) {
+        folders_.temporaryFolder = folder_.path().string();
+        sound_.feed(TestSupport::tone(440, 0.01, 300));
+    }
+
+    void measureCosts() {
+        const auto before = memoryOf(getpid());
+        makeMonitor();
+        startMetering();
+        idleFor(1);
+        const auto processorBefore = processorSeconds(getpid());
+        idleFor(seconds_);
+        const auto processor = processorSeconds(getpid()) - processorBefore;
+        const auto after = memoryOf(getpid());
+        print("processor while metering", 100 * processor / seconds_, "% of a core", "limit 1");
+        print("memory added, resident", after.residentMegabytes - before.residentMegabytes, "MB", "limit 3");
+        print("memory added, proportional", after.proportionalMegabytes - before.proportionalMegabytes, "MB",
+              "of which");
+        stopMetering();
+    }
+
+    void measureTimes() {
+        const StreamWatch watch;
+        std::vector<double> starts;
+        std::vector<double> stops;
+        for (int round = 0; round < rounds; ++round) {
+            starts.push_back(milliseconds(startMetering()));
+            const auto stopped = Clock::now();
+            monitor_->stop();
+            spinUntil([&] { return watch.lastEnd() > stopped; }, patience);
+            stops.push_back(milliseconds(watch.lastEnd() - stopped));
+            stopMetering();
+        }
+        print("start to first level", starts, "ms", "limit 80");
+        print("stop to no stream on the server", stops, "ms", "limit 100");
+    }
+
+    void measurePeer() const {
+        const std::string pipeline =
+            " pulsesrc device=microphone ! audio/x-raw,format=F32LE,rate=48000,channels=1 ! level "
+            "interval=21333333 ! fakesink";
+        std::vector<double> starts;
+        // The first one takes stock of its plugins, which does not count.
+        for (int round = 0; round <= 5; ++round) {
+            const auto started = Clock::now();
+            TestSupport::outputOf("gst-launch-1.0 -m" + pipeline + " | grep -m 1 -q rms");
+            starts.push_back(milliseconds(Clock::now() - started));
+        }
+        starts.erase(starts.begin());
+        print("GStreamer: start of the program to a level", starts, "ms", "peer");
+        const TestSupport::ChildProcess meter({"sh", "-c", "exec gst-launch-1.0 -q" + pipeline});
+        TestSupport::waitUntil([] {
+            return TestSupport::outputOf("pactl list short source-outputs").find('\t') != std::string::npos;
+        });
+        idleFor(1);
+        const auto before = processorSeconds(meter.id());
+        idleFor(seconds_);
+        print("GStreamer: processor while metering", 100 * (processorSeconds(meter.id()) - before) / seconds_,
+              "% of a core", "peer");
+        const auto memory = memoryOf(meter.id());
+        const auto plain = memoryOfIdlePipeline();
+        print("GStreamer: memory, resident", memory.residentMegabytes, "MB", "peer, the whole program");
+        print("GStreamer: memory added, resident", memory.residentMegabytes - plain.residentMegabytes, "MB",
+              "peer, over a pipeline that does nothing");
+    }
+
+private:
+    void makeMonitor() {
+        monitor_.emplace(Curtain::MicrophoneMonitor::Services{audio_, authorization_, files_, folders_,
+                                                              mainQueue_, workQueues_, log_});
+        QObject::connect(&*monitor_, &Curtain::MicrophoneMonitor::changed, [this] {
+            if (!firstLevel_ && monitor_->level() > 0) {
+                firstLevel_ = Clock::now();
+            }
+        });
+    }
+
+    /// How long it takes until there is a level.
+    Clock::duration startMetering() {
+        firstLevel_.reset();
+        const auto started = Clock::now();
+        monitor_->start();
+        if (!spinUntil([this] { return firstLevel_.has_value(); }, patience)) {
+            std::fputs("There is no level.\n", stderr);
+            std::exit(EXIT_FAILURE);
+        }
+        return *firstLevel_ - started;
+    }
+
+    void stopMetering() {
+        monitor_->stop();
+        spinUntil([] { return !TestSupport::SoundWorld::hasOurRecording(); }, patience);
+    }
+
+    static Memory memoryOfIdlePipeline() {
+        const TestSupport::ChildProcess idle({"gst-launch-1.0", "-q", "fakesrc", "is-live=true",
+                                              "do-timestamp=true", "datarate=1000", "sizetype=fixed",
+                                              "sizemax=1000", "!", "fakesink", "sync=true"});
+        idleFor(1);
+        return memoryOf(idle.id());
+    }
+
+    double seconds_;
+    TestSupport::SoundWorld sound_;
+    TestSupport::TemporaryFolder folder_;
+    QtPlatform::QtMainQueue mainQueue_;
+    LinuxPlatform::ThreadWorkQueues workQueues_;
+    LinuxPlatform::PulseAudioServices audio_{mainQueue_};
+    TestSupport::FakeMediaAuthorization authorization_;
+    LinuxPlatform::PosixFileManager files_;
+    TestSupport::FakeUserFolders folders_;
+    TestSupport::RecordingLog log_;
+    std::optional<Curtain::MicrophoneMonitor> monitor_;
+    std::optional<Clock::time_point> firstLevel_;
+};
+
+} // namespace
+
+int main(int argumentCount, char** arguments) {
+    continueInVirtualDesktop({"--session", "x11-bare", "--tray", "none", "--media"}, argumentCount,
+                             arguments);
+    const QCoreApplication application(argumentCount, arguments);
+    std::setvbuf(stdout, nullptr, _IOLBF, 0);
+    Bench bench(argumentCount > 1 ? std::atof(arguments[1]) : 8);
+    bench.measureCosts();
+    bench.measureTimes();
+    bench.measurePeer();
+    return EXIT_SUCCESS;
+}
