@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <utility>
@@ -20,13 +21,9 @@ constexpr Platform::MainQueue::Seconds echoDuration{3.0};
 
 /// What the audio queue and the engine's thread work with; both hold it weakly.
 struct MicrophoneMonitor::Shared {
-    Shared(Platform::MainQueue& queue, std::function<void(float)> show)
-        : mainQueue(queue),
-          showLevel(std::move(show)) {}
+    explicit Shared(Platform::MainQueue& queue) : mainQueue(queue) {}
 
     Platform::MainQueue& mainQueue;
-    /// For the main thread.
-    const std::function<void(float)> showLevel;
 
     /// Guards the rest, for a moment at a time.
     std::mutex mutex;
@@ -35,6 +32,16 @@ struct MicrophoneMonitor::Shared {
     std::shared_ptr<Platform::AudioEngine> engine;
     std::optional<Platform::AudioFormat> tapFormat;
     std::shared_ptr<Platform::AudioFile> audioFile;
+    /// The last buffer's, for the main thread; a message for each would be memory allocated on the engine's
+    /// thread.
+    float level = 0;
+    /// As with the engine: it belongs to the main thread.
+    std::unique_ptr<Platform::DispatchSource> levelSource;
+
+    float lastLevel() {
+        const std::scoped_lock lock(mutex);
+        return level;
+    }
 
     bool isRunning() {
         const std::scoped_lock lock(mutex);
@@ -57,6 +64,12 @@ struct MicrophoneMonitor::Shared {
         std::shared_ptr<Platform::AudioFile> dropped;
         const std::scoped_lock lock(mutex);
         dropped.swap(audioFile);
+    }
+
+    void dropLevelSource() {
+        std::unique_ptr<Platform::DispatchSource> dropped;
+        const std::scoped_lock lock(mutex);
+        dropped.swap(levelSource);
     }
 
     /// On the audio queue. Returns whether there is a microphone.
@@ -84,12 +97,17 @@ struct MicrophoneMonitor::Shared {
 
     /// On the engine's thread.
     static void process(const std::shared_ptr<Shared>& shared, const Platform::AudioPCMBuffer& buffer) {
+        std::optional<float> level;
         if (buffer.floatChannelData != nullptr && buffer.format.channelCount > 0) {
-            shared->mainQueue.async([shared, level = audioLevel(buffer)] { shared->showLevel(level); });
+            level = audioLevel(buffer);
         }
         std::shared_ptr<Platform::AudioFile> file;
         {
             const std::scoped_lock lock(shared->mutex);
+            if (level && shared->levelSource) {
+                shared->level = *level;
+                shared->levelSource->signal();
+            }
             file = shared->audioFile;
         }
         if (file) {
@@ -101,9 +119,9 @@ struct MicrophoneMonitor::Shared {
 MicrophoneMonitor::MicrophoneMonitor(const Services& services)
     : services_(services),
       echoURL_((std::filesystem::path(services.folders.temporary()) / "curtain-mic-test.caf").string()),
-      shared_(std::make_shared<Shared>(services.mainQueue,
-                                       lifetime_.weak([this](float level) { showLevel(level); }))),
+      shared_(std::make_shared<Shared>(services.mainQueue)),
       audioQueue_(services.workQueues.makeSerial("com.curtain.microphone")) {
+    shared_->levelSource = services_.mainQueue.makeSource([this] { showLevel(shared_->lastLevel()); });
     // What a crash may have left behind.
     services_.fileManager.removeItem(echoURL_);
 }
@@ -113,6 +131,7 @@ MicrophoneMonitor::~MicrophoneMonitor() {
     audioQueue_.reset();
     shared_->takeEngine().reset();
     shared_->dropFile();
+    shared_->dropLevelSource();
     player_.reset();
     if (echoPhase_ == EchoPhase::recording || echoPhase_ == EchoPhase::playing) {
         services_.fileManager.removeItem(echoURL_);

@@ -1,16 +1,30 @@
-#include "Curtain/AudioLevel.h"
+#include "Curtain/MicrophoneMonitor.h"
+#include "platform/linux/PosixFileManager.h"
 #include "platform/linux/audio/CafRecording.h"
 #include "platform/linux/audio/TapBuffers.h"
+#include "platform/qt/QtMainQueue.h"
 
+#include "tests/support/EventLoop.h"
+#include "tests/support/FakeAudioServices.h"
+#include "tests/support/FakeMediaAuthorization.h"
+#include "tests/support/FakeUserFolders.h"
+#include "tests/support/HandDrivenWorkQueues.h"
+#include "tests/support/ProgramArguments.h"
+#include "tests/support/RecordingLog.h"
 #include "tests/support/TemporaryFolder.h"
+
+#include <QCoreApplication>
 
 #include <gmock/gmock.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <new>
+#include <string>
 #include <variant>
 #include <vector>
 
@@ -56,22 +70,42 @@ TEST(TapAllocationTest, TheCounterCounts) {
     EXPECT_EQ(allocations, before + 2) << memory->size();
 }
 
+/// A microphone that the test feeds, and real recordings.
+class RecordingAudioServices : public TestSupport::FakeAudioServices {
+public:
+    std::variant<std::unique_ptr<Platform::AudioFile>, Platform::AudioError>
+    openFileForWriting(const std::string& path, const Platform::AudioFormat& settings) override {
+        return LinuxPlatform::CafRecording::create(path, settings);
+    }
+};
+
 TEST(TapAllocationTest, NothingIsAllocatedForABuffer) {
+    TestSupport::ProgramArguments arguments;
+    const QCoreApplication application(arguments.count, arguments.values.data());
     const TestSupport::TemporaryFolder folder;
     const Platform::AudioFormat format{2, 48000};
-    auto made = LinuxPlatform::CafRecording::create((folder.path() / "recording.caf").string(), format);
-    const auto file = std::move(std::get<std::unique_ptr<Platform::AudioFile>>(made));
+    RecordingAudioServices audio;
+    audio.inputFormat = format;
+    TestSupport::FakeMediaAuthorization authorization;
+    LinuxPlatform::PosixFileManager files;
+    TestSupport::FakeUserFolders folders;
+    folders.temporaryFolder = folder.path().string();
+    QtPlatform::QtMainQueue mainQueue;
+    TestSupport::HandDrivenWorkQueues workQueues;
+    TestSupport::RecordingLog log;
+    Curtain::MicrophoneMonitor monitor({audio, authorization, files, folders, mainQueue, workQueues, log});
+    monitor.start();
+    workQueues.runAll();
+    monitor.startEcho();
+    ASSERT_EQ(monitor.echoPhase(), Curtain::EchoPhase::recording);
     LinuxPlatform::TapBuffers buffers(1024, 2);
     const std::vector<float> samples(std::size_t{5000} * 2, 0.01F);
-    float level = 0;
     int delivered = 0;
     const int before = allocations;
     for (int round = 0; round < 10; ++round) {
         for (const std::size_t frames : {441U, 1024U, 5000U}) {
             buffers.push(samples.data(), frames, [&](const float* full, std::size_t count) {
-                const Platform::AudioPCMBuffer buffer{format, full, count};
-                level = Curtain::audioLevel(buffer);
-                file->write(buffer);
+                audio.engine().feed({format, full, count});
                 ++delivered;
             });
         }
@@ -79,7 +113,10 @@ TEST(TapAllocationTest, NothingIsAllocatedForABuffer) {
     const int after = allocations;
     EXPECT_EQ(after, before);
     EXPECT_GT(delivered, 60);
-    EXPECT_GT(level, 0.0F);
+    EXPECT_GT(std::filesystem::file_size(folder.path() / "curtain-mic-test.caf"),
+              std::size_t{60} * 1024 * 2 * sizeof(float));
+    EXPECT_EQ(monitor.level(), 0.0F);
+    EXPECT_TRUE(TestSupport::spinUntil([&] { return monitor.level() > 0; }, std::chrono::seconds(20)));
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "platform/MainQueue.h"
 
 #include <algorithm>
+#include <atomic>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -21,6 +22,10 @@ public:
         const auto repetition = std::make_shared<Repetition>(Repetition{interval, std::move(task)});
         addNext(repetition);
         return Platform::Subscription([repetition] { repetition->hasEnded = true; });
+    }
+
+    std::unique_ptr<Platform::DispatchSource> makeSource(Task task) override {
+        return std::make_unique<Source>(*this, std::move(task));
     }
 
     Seconds now() const override {
@@ -43,6 +48,38 @@ public:
     void runReady() { advance(Seconds(0)); }
 
 private:
+    class Source : public Platform::DispatchSource {
+    public:
+        Source(HandDrivenQueue& queue, Task task) : queue_(queue), state_(std::make_shared<State>()) {
+            state_->task = std::move(task);
+        }
+        ~Source() override { state_->hasEnded = true; }
+        Source(const Source&) = delete;
+        Source& operator=(const Source&) = delete;
+
+        void signal() override {
+            if (state_->isSignalled.exchange(true)) {
+                return;
+            }
+            queue_.async([state = state_] {
+                state->isSignalled = false;
+                if (!state->hasEnded) {
+                    state->task();
+                }
+            });
+        }
+
+    private:
+        struct State {
+            Task task;
+            std::atomic<bool> isSignalled = false;
+            bool hasEnded = false;
+        };
+
+        HandDrivenQueue& queue_;
+        std::shared_ptr<State> state_;
+    };
+
     struct Repetition {
         Seconds interval;
         Task task;

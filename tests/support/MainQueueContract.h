@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <memory>
 #include <optional>
 #include <string>
@@ -180,6 +181,65 @@ TYPED_TEST_P(MainQueueContract, TasksFromOtherThreadsRunOnTheMainThreadInTheirOr
     EXPECT_TRUE(std::ranges::is_sorted(ran[1]));
 }
 
+TYPED_TEST_P(MainQueueContract, ASourceRunsItsTaskAfterASignalAndNotInsideIt) {
+    const auto source = this->queue().makeSource(this->note("task"));
+    this->runFor(std::chrono::milliseconds(5));
+    EXPECT_THAT(this->order, testing::IsEmpty());
+    source->signal();
+    EXPECT_THAT(this->order, testing::IsEmpty());
+    EXPECT_TRUE(this->world.runUntil([this] { return this->order.size() == 1; }));
+    source->signal();
+    EXPECT_TRUE(this->world.runUntil([this] { return this->order.size() == 2; }));
+}
+
+TYPED_TEST_P(MainQueueContract, SignalsThatWaitAreOne) {
+    const auto source = this->queue().makeSource(this->note("task"));
+    for (int count = 0; count < 1000; ++count) {
+        source->signal();
+    }
+    this->runFor(std::chrono::milliseconds(20));
+    EXPECT_THAT(this->order, testing::ElementsAre("task"));
+}
+
+TYPED_TEST_P(MainQueueContract, ASignalInsideTheTaskRunsItAgain) {
+    int calls = 0;
+    std::unique_ptr<Platform::DispatchSource> source;
+    source = this->queue().makeSource([&] {
+        if (++calls < 3) {
+            source->signal();
+        }
+    });
+    source->signal();
+    EXPECT_TRUE(this->world.runUntil([&] { return calls == 3; }));
+}
+
+TYPED_TEST_P(MainQueueContract, ASourceThatIsGoneRunsNothing) {
+    auto source = this->queue().makeSource(this->note("task"));
+    source->signal();
+    source.reset();
+    this->runFor(std::chrono::milliseconds(20));
+    EXPECT_THAT(this->order, testing::IsEmpty());
+}
+
+TYPED_TEST_P(MainQueueContract, NoSignalOfAnotherThreadIsLost) {
+    const auto mainThread = std::this_thread::get_id();
+    std::atomic<int> sent = 0;
+    int seen = 0;
+    int elsewhere = 0;
+    const auto source = this->queue().makeSource([&] {
+        seen = sent;
+        elsewhere += std::this_thread::get_id() == mainThread ? 0 : 1;
+    });
+    const std::jthread sender([&] {
+        while (sent < 5000) {
+            ++sent;
+            source->signal();
+        }
+    });
+    EXPECT_TRUE(this->world.runUntil([&] { return seen == 5000; }));
+    EXPECT_EQ(elsewhere, 0);
+}
+
 TYPED_TEST_P(MainQueueContract, TasksThatWaitWhenTheQueueEndsAreDropped) {
     const auto held = std::make_shared<int>(0);
     const auto count = [held] { ++*held; };
@@ -201,6 +261,8 @@ REGISTER_TYPED_TEST_SUITE_P(MainQueueContract, TasksRunInTheOrderInWhichTheyWere
                             RepeatingEndsWithItsSubscription, RepeatingMayEndBeforeItBegins,
                             ATaskMayEndItsOwnRepetition, ATaskMayReplaceItsOwnRepetition,
                             RepetitionsStandApart, TasksFromOtherThreadsRunOnTheMainThreadInTheirOrder,
-                            TasksThatWaitWhenTheQueueEndsAreDropped);
+                            ASourceRunsItsTaskAfterASignalAndNotInsideIt, SignalsThatWaitAreOne,
+                            ASignalInsideTheTaskRunsItAgain, ASourceThatIsGoneRunsNothing,
+                            NoSignalOfAnotherThreadIsLost, TasksThatWaitWhenTheQueueEndsAreDropped);
 
 } // namespace TestSupport
