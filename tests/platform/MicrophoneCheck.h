@@ -69,6 +69,15 @@ struct MicrophoneCheck : testing::Test {
         }));
     }
 
+    /// An echo test of a tone at half scale, of which some is in the file.
+    void startRecordingATone() {
+        sound.feed(tone(440, 0.5, 60));
+        startMetering();
+        ASSERT_TRUE(levelBecomes(1, 1));
+        monitor->startEcho();
+        ASSERT_TRUE(eventually([&] { return std::filesystem::file_size(recording()) > 20000; }));
+    }
+
     std::filesystem::path recording() const { return folder.path() / "curtain-mic-test.caf"; }
 };
 

@@ -1,5 +1,6 @@
 #include "platform/linux/audio/PulseAudioEngine.h"
 
+#include "platform/linux/audio/PulseStream.h"
 #include "platform/linux/audio/SoundServer.h"
 #include "platform/linux/audio/TapBuffers.h"
 
@@ -24,15 +25,6 @@ constexpr std::uint32_t fragmentFrames = 1024;
 /// PipeWire now and then refuses a stream for no reason, an input/output error, and takes the next one.
 constexpr int attempts = 5;
 constexpr std::chrono::milliseconds attemptInterval{50};
-
-using Stream = std::unique_ptr<pa_stream, void (*)(pa_stream*)>;
-
-void release(pa_stream* stream) {
-    pa_stream_set_state_callback(stream, nullptr, nullptr);
-    pa_stream_set_read_callback(stream, nullptr, nullptr);
-    pa_stream_disconnect(stream);
-    pa_stream_unref(stream);
-}
 
 Platform::AudioFormat formatOf(const std::optional<InputDevice>& device) {
     return device ? Platform::AudioFormat{device->spec.channels, static_cast<double>(device->spec.rate)}
@@ -169,9 +161,8 @@ private:
         const pa_sample_spec spec{PA_SAMPLE_FLOAT32NE, static_cast<std::uint32_t>(streamFormat_.sampleRate),
                                   static_cast<std::uint8_t>(streamFormat_.channelCount)};
         const bool isNative = spec.channels == device->channels.channels;
-        stream_ =
-            Stream(pa_stream_new(context, "Microphone check", &spec, isNative ? &device->channels : nullptr),
-                   &release);
+        stream_.reset(
+            pa_stream_new(context, "Microphone check", &spec, isNative ? &device->channels : nullptr));
         if (!stream_) {
             failed(pa_strerror(pa_context_errno(context)));
             return;
@@ -243,7 +234,7 @@ private:
     SoundServer& server_;
     std::shared_ptr<Observers> observers_;
     Platform::Subscription inputChanges_;
-    Stream stream_{nullptr, &release};
+    PulseStream stream_;
     Platform::AudioFormat streamFormat_;
     Started started_;
     int attemptsLeft_ = 0;

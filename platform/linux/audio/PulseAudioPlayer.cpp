@@ -1,5 +1,6 @@
 #include "platform/linux/audio/PulseAudioPlayer.h"
 
+#include "platform/linux/audio/PulseStream.h"
 #include "platform/linux/audio/SoundServer.h"
 
 #include <pulse/error.h>
@@ -26,15 +27,6 @@ namespace {
 constexpr double secondsAhead = 0.5;
 /// What the playback may take beyond the length of the sound.
 constexpr std::chrono::milliseconds grace{5000};
-
-using Stream = std::unique_ptr<pa_stream, void (*)(pa_stream*)>;
-
-void release(pa_stream* stream) {
-    pa_stream_set_state_callback(stream, nullptr, nullptr);
-    pa_stream_set_write_callback(stream, nullptr, nullptr);
-    pa_stream_disconnect(stream);
-    pa_stream_unref(stream);
-}
 
 /// A question to the server, whose answer does not come any more once this is gone.
 using Question = std::unique_ptr<pa_operation, void (*)(pa_operation*)>;
@@ -113,7 +105,7 @@ private:
             return;
         }
         const auto spec = source_->spec();
-        stream_ = Stream(pa_stream_new(context, "Microphone check", &spec, nullptr), &release);
+        stream_.reset(pa_stream_new(context, "Microphone check", &spec, nullptr));
         if (!stream_) {
             finish(false);
             return;
@@ -207,7 +199,7 @@ private:
     pa_cvolume volume_{};
     bool isAtEnd_ = false;
     Platform::Subscription deadline_;
-    Stream stream_{nullptr, &release};
+    PulseStream stream_;
     Question unmuting_{nullptr, &release};
     Question settingVolume_{nullptr, &release};
     Question starting_{nullptr, &release};
