@@ -71,8 +71,8 @@ class VideoPreview {
 public:
     virtual ~VideoPreview() = default;
 
-    /// The pixels to be filled. Pictures may be smaller than the camera's, but not than needed to fill these,
-    /// unless the camera's are. 0 by 0, the initial value, while nothing is shown: no picture is made then.
+    /// The pixels to be filled. Pictures may be smaller than the camera's, but not so small that filling
+    /// these would show it. 0 by 0, the initial value, while nothing is shown: no picture is made then.
     virtual void setSize(int width, int height) = 0;
     /// The newest one; null, for darkness, while the camera gives none. Pictures that nobody took in time are
     /// dropped.

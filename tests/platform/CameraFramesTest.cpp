@@ -253,9 +253,11 @@ TEST(FrameDecoderTest, PictureIsAsSmallAsItMayBe) {
         const auto widthFor = [&](int width, int height) {
             return decoder.picture(frame, width, height)->width;
         };
-        EXPECT_EQ(widthFor(332, 187), 640);
+        EXPECT_EQ(widthFor(332, 187), 320) << "all but a sixteenth is enough";
+        EXPECT_EQ(widthFor(341, 192), 320);
+        EXPECT_EQ(widthFor(342, 192), 640);
+        EXPECT_EQ(widthFor(341, 193), 640);
         EXPECT_EQ(widthFor(640, 360), 640);
-        EXPECT_EQ(widthFor(641, 360), 1280);
         EXPECT_EQ(widthFor(332, 400), 1280) << "the height counts, too";
         EXPECT_EQ(widthFor(320, 180), 320);
         EXPECT_EQ(widthFor(16, 9), 160);

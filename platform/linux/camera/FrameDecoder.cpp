@@ -5,9 +5,15 @@
 namespace LinuxPlatform {
 namespace {
 
+/// Nobody sees a picture made larger by so little, and the next size up costs four times as much.
+bool isEnough(int size, int needed) {
+    return size * 16 >= needed * 15;
+}
+
 int reductionFor(int width, int height, int neededWidth, int neededHeight) {
     int reduction = 8;
-    while (reduction > 1 && (width / reduction < neededWidth || height / reduction < neededHeight)) {
+    while (reduction > 1 &&
+           !(isEnough(width / reduction, neededWidth) && isEnough(height / reduction, neededHeight))) {
         reduction /= 2;
     }
     return reduction;

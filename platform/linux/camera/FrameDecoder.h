@@ -14,8 +14,9 @@ namespace LinuxPlatform {
 /// Makes pictures and photos of the frames of one camera. One thread at a time.
 class FrameDecoder {
 public:
-    /// As small as it may be and still fill that many pixels. Null for a frame that is not worth showing: one
-    /// that does not decode, and a damaged one of a camera that can do better.
+    /// As small as it may be and still fill that many pixels, or all but a sixteenth of them. Null for a
+    /// frame that is not worth showing: one that does not decode, and a damaged one of a camera that can do
+    /// better.
     std::shared_ptr<const Platform::Picture> picture(const VideoFrame& frame, int width, int height);
     /// An image file: the camera's own JPEG unchanged, any other frame encoded. Absent for a frame that is
     /// not worth showing.

@@ -1,6 +1,8 @@
 #include "platform/linux/camera/RawVideo.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -83,67 +85,105 @@ std::optional<Planes> planesOf(const VideoFrame& frame) {
     return planes;
 }
 
-/// The samples of one row of the picture, one of each kind a pixel, for loops that the compiler can
-/// vectorise.
-struct Samples {
-    explicit Samples(std::size_t width) : luma(width), blue(width), red(width) {}
-
-    std::vector<std::uint8_t> luma;
-    std::vector<std::uint8_t> blue;
-    std::vector<std::uint8_t> red;
+/// Where the samples of one kind are, such as those of the luma.
+struct Channel {
+    std::size_t plane = 0;
+    /// Of the first one in a row, and from one to the next.
+    std::size_t offset = 0;
+    std::size_t spacing = 1;
+    /// How many pixels of a row share one.
+    std::size_t pixels = 1;
 };
 
-std::uint8_t mean(int a, int b) {
-    return static_cast<std::uint8_t>((a + b + 1) >> 1);
+/// Luma, blue and red, or blue, green and red.
+using Channels = std::array<Channel, 3>;
+
+Channels channelsOf(PixelLayout layout) {
+    switch (layout) {
+    case PixelLayout::yuyv:
+        return {{{0, 0, 2, 1}, {0, 1, 4, 2}, {0, 3, 4, 2}}};
+    case PixelLayout::uyvy:
+        return {{{0, 1, 2, 1}, {0, 0, 4, 2}, {0, 2, 4, 2}}};
+    case PixelLayout::nv12:
+        return {{{0, 0, 1, 1}, {1, 0, 2, 2}, {1, 1, 2, 2}}};
+    case PixelLayout::yuv420:
+        return {{{0, 0, 1, 1}, {1, 0, 1, 2}, {2, 0, 1, 2}}};
+    case PixelLayout::bgrx:
+        return {{{0, 0, 4, 1}, {0, 1, 4, 1}, {0, 2, 4, 1}}};
+    case PixelLayout::rgbx:
+        return {{{0, 2, 4, 1}, {0, 1, 4, 1}, {0, 0, 4, 1}}};
+    case PixelLayout::bgr:
+        return {{{0, 0, 3, 1}, {0, 1, 3, 1}, {0, 2, 3, 1}}};
+    case PixelLayout::rgb:
+        return {{{0, 2, 3, 1}, {0, 1, 3, 1}, {0, 0, 3, 1}}};
+    case PixelLayout::gray:
+    case PixelLayout::jpeg:
+        break;
+    }
+    return {};
 }
 
-std::uint8_t mean(int a, int b, int c, int d) {
-    return static_cast<std::uint8_t>((a + b + c + d + 2) >> 2);
+bool hasLuma(PixelLayout layout) {
+    return layout == PixelLayout::yuyv || layout == PixelLayout::uyvy || layout == PixelLayout::nv12 ||
+           layout == PixelLayout::yuv420;
 }
 
-/// Two pixels in four bytes; `lumaAt` is 0 or 1, the place of the first luma sample.
-void gatherPacked(const std::uint8_t* row, const std::uint8_t* next, std::size_t lumaAt, std::size_t step,
-                  Samples& out) {
-    const auto chromaAt = 1 - lumaAt;
-    const auto count = out.luma.size();
-    if (step == 1) {
-        for (std::size_t x = 0; x < count; ++x) {
-            const auto pair = x / 2 * 4;
-            out.luma[x] = row[2 * x + lumaAt];
-            out.blue[x] = row[pair + chromaAt];
-            out.red[x] = row[pair + chromaAt + 2];
+/// Some rows of a plane, added up byte by byte.
+struct RowSums {
+    std::vector<std::uint16_t> sums;
+    std::size_t rows = 1;
+
+    void add(const Plane& plane, std::size_t first) {
+        std::ranges::fill(sums, std::uint16_t{0});
+        for (std::size_t row = first; row < first + rows; ++row) {
+            const auto* bytes = plane.row(row);
+            for (std::size_t at = 0; at < sums.size(); ++at) {
+                sums[at] = static_cast<std::uint16_t>(sums[at] + bytes[at]);
+            }
         }
-        return;
     }
-    for (std::size_t x = 0; x < count; ++x) {
-        const auto at = 2 * step * x;
-        out.luma[x] = mean(row[at + lumaAt], row[at + lumaAt + 2], next[at + lumaAt], next[at + lumaAt + 2]);
-        out.blue[x] = mean(row[at + chromaAt], next[at + chromaAt]);
-        out.red[x] = mean(row[at + chromaAt + 2], next[at + chromaAt + 2]);
+};
+
+/// The samples of one row of the picture, one of each channel a pixel, for loops that the compiler can
+/// vectorise.
+using Samples = std::array<std::vector<std::uint8_t>, 3>;
+
+/// The means of that many samples in a row.
+template <std::size_t across>
+void average(const RowSums& from, const Channel& channel, std::vector<std::uint8_t>& out) {
+    const auto count = static_cast<unsigned>(across * from.rows);
+    const auto shift = std::countr_zero(count);
+    const auto* sums = from.sums.data() + channel.offset;
+    for (std::size_t x = 0; x < out.size(); ++x) {
+        unsigned sum = count / 2;
+        for (std::size_t sample = 0; sample < across; ++sample) {
+            sum += sums[(x * across + sample) * channel.spacing];
+        }
+        out[x] = static_cast<std::uint8_t>(sum >> shift);
     }
 }
 
-void gatherLuma(const std::uint8_t* row, const std::uint8_t* next, std::size_t step, Samples& out) {
-    const auto count = out.luma.size();
-    if (step == 1) {
-        std::copy_n(row, count, out.luma.begin());
-        return;
-    }
-    for (std::size_t x = 0; x < count; ++x) {
-        const auto at = x * step;
-        out.luma[x] = mean(row[at], row[at + 1], next[at], next[at + 1]);
-    }
-}
-
-/// A chroma sample stands for two pixels; the samples of the two kinds are `apart` bytes from the next of
-/// their kind.
-void gatherChroma(const std::uint8_t* blue, const std::uint8_t* red, std::size_t apart, std::size_t step,
-                  Samples& out) {
-    const auto count = out.luma.size();
-    for (std::size_t x = 0; x < count; ++x) {
-        const auto at = x * step / 2 * apart;
-        out.blue[x] = blue[at];
-        out.red[x] = red[at];
+void gather(const RowSums& from, const Channel& channel, std::size_t reduction,
+            std::vector<std::uint8_t>& out) {
+    switch (reduction / channel.pixels) {
+    case 0:
+        for (std::size_t x = 0; x < out.size(); ++x) {
+            out[x] =
+                static_cast<std::uint8_t>(from.sums[channel.offset + x / channel.pixels * channel.spacing]);
+        }
+        break;
+    case 1:
+        average<1>(from, channel, out);
+        break;
+    case 2:
+        average<2>(from, channel, out);
+        break;
+    case 4:
+        average<4>(from, channel, out);
+        break;
+    default:
+        average<8>(from, channel, out);
+        break;
     }
 }
 
@@ -152,10 +192,10 @@ std::uint8_t clamped(int value) {
 }
 
 void convert(const Samples& samples, std::uint8_t* out) {
-    const auto count = samples.luma.size();
-    const auto* luma = samples.luma.data();
-    const auto* blue = samples.blue.data();
-    const auto* red = samples.red.data();
+    const auto count = samples[0].size();
+    const auto* luma = samples[0].data();
+    const auto* blue = samples[1].data();
+    const auto* red = samples[2].data();
     for (std::size_t x = 0; x < count; ++x) {
         // BT.601 in 1/64 steps; every product fits into 16 bits.
         const int y = (luma[x] - 16) * 75 + 32;
@@ -168,65 +208,13 @@ void convert(const Samples& samples, std::uint8_t* out) {
     }
 }
 
-/// `bytes` a pixel, the first of the colours at `blueAt`, green after or before it, red at `redAt`.
-void copyColors(const std::uint8_t* row, std::size_t bytes, std::size_t blueAt, std::size_t redAt,
-                std::size_t step, std::size_t count, std::uint8_t* out) {
-    for (std::size_t x = 0; x < count; ++x) {
-        const auto* pixel = row + x * step * bytes;
-        out[4 * x] = pixel[blueAt];
-        out[4 * x + 1] = pixel[1];
-        out[4 * x + 2] = pixel[redAt];
+void interleave(const Samples& samples, std::uint8_t* out) {
+    for (std::size_t x = 0; x < samples[0].size(); ++x) {
+        out[4 * x] = samples[0][x];
+        out[4 * x + 1] = samples[1][x];
+        out[4 * x + 2] = samples[2][x];
         out[4 * x + 3] = 0xFF;
     }
-}
-
-void copyGray(const Samples& samples, std::uint8_t* out) {
-    for (std::size_t x = 0; x < samples.luma.size(); ++x) {
-        std::fill_n(out + 4 * x, 3, samples.luma[x]);
-        out[4 * x + 3] = 0xFF;
-    }
-}
-
-void makeRow(PixelLayout layout, const Planes& planes, std::size_t y, std::size_t step, Samples& samples,
-             std::uint8_t* out) {
-    const auto from = y * step;
-    const auto* row = planes[0].row(from);
-    const auto* next = step == 1 ? row : planes[0].row(from + 1);
-    switch (layout) {
-    case PixelLayout::yuyv:
-        gatherPacked(row, next, 0, step, samples);
-        break;
-    case PixelLayout::uyvy:
-        gatherPacked(row, next, 1, step, samples);
-        break;
-    case PixelLayout::nv12:
-        gatherLuma(row, next, step, samples);
-        gatherChroma(planes[1].row(from / 2), planes[1].row(from / 2) + 1, 2, step, samples);
-        break;
-    case PixelLayout::yuv420:
-        gatherLuma(row, next, step, samples);
-        gatherChroma(planes[1].row(from / 2), planes[2].row(from / 2), 1, step, samples);
-        break;
-    case PixelLayout::gray:
-        gatherLuma(row, next, step, samples);
-        copyGray(samples, out);
-        return;
-    case PixelLayout::bgrx:
-        copyColors(row, 4, 0, 2, step, samples.luma.size(), out);
-        return;
-    case PixelLayout::rgbx:
-        copyColors(row, 4, 2, 0, step, samples.luma.size(), out);
-        return;
-    case PixelLayout::bgr:
-        copyColors(row, 3, 0, 2, step, samples.luma.size(), out);
-        return;
-    case PixelLayout::rgb:
-        copyColors(row, 3, 2, 0, step, samples.luma.size(), out);
-        return;
-    case PixelLayout::jpeg:
-        return;
-    }
-    convert(samples, out);
 }
 
 } // namespace
@@ -247,10 +235,32 @@ std::shared_ptr<const Platform::Picture> pictureOfRawFrame(const VideoFrame& fra
     const auto width = static_cast<std::size_t>(picture->width);
     const auto height = static_cast<std::size_t>(picture->height);
     picture->pixels.resize(width * height * 4);
-    Samples samples(width);
-    for (std::size_t y = 0; y < height; ++y) {
-        makeRow(format.layout, *planes, y, static_cast<std::size_t>(reduction), samples,
-                reinterpret_cast<std::uint8_t*>(picture->pixels.data()) + y * width * 4);
+    const auto step = static_cast<std::size_t>(reduction);
+    const auto channels = channelsOf(format.layout);
+    const auto planeShapes = shapes(format);
+    std::array<RowSums, 3> sums;
+    for (std::size_t plane = 0; plane < sums.size(); ++plane) {
+        sums[plane].sums.resize(planeShapes[plane].bytesInRow);
+        // The planes of the chroma have half as many rows.
+        sums[plane].rows = plane == 0 ? step : std::max<std::size_t>(step / 2, 1);
+    }
+    Samples samples;
+    samples.fill(std::vector<std::uint8_t>(width));
+    auto* out = reinterpret_cast<std::uint8_t*>(picture->pixels.data());
+    for (std::size_t y = 0; y < height; ++y, out += width * 4) {
+        for (std::size_t plane = 0; plane < sums.size(); ++plane) {
+            if (!sums[plane].sums.empty()) {
+                sums[plane].add((*planes)[plane], plane == 0 ? y * step : y * step / 2);
+            }
+        }
+        for (std::size_t channel = 0; channel < channels.size(); ++channel) {
+            gather(sums[channels[channel].plane], channels[channel], step, samples[channel]);
+        }
+        if (hasLuma(format.layout)) {
+            convert(samples, out);
+        } else {
+            interleave(samples, out);
+        }
     }
     return picture;
 }
