@@ -1,5 +1,5 @@
 /// What the live preview costs: virtual cameras of PipeWire, the product's session and view, the software
-/// scene graph.
+/// scene graph. Beside it, the same cameras in a preview of GStreamer.
 ///
 /// usage: CameraBenchmark [SECONDS]      how long each picture is looked at, 5 unless told
 ///
@@ -9,6 +9,7 @@
 #include "bench/VirtualDesktop.h"
 #include "platform/linux/camera/LinuxCaptureServices.h"
 #include "platform/qt/Items.h"
+#include "platform/qt/PictureItem.h"
 #include "platform/qt/QtMainQueue.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/EventLoop.h"
@@ -16,6 +17,7 @@
 
 #include <QEventLoop>
 #include <QGuiApplication>
+#include <QQuickItem>
 #include <QQuickView>
 #include <QTimer>
 
@@ -24,10 +26,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <sstream>
 #include <string>
 #include <vector>
 
-#include <sys/resource.h>
 #include <unistd.h>
 
 namespace {
@@ -41,26 +43,45 @@ constexpr auto patience = std::chrono::seconds(30);
 constexpr int viewWidth = 332;
 constexpr int viewHeight = 187;
 constexpr int cycles = 200;
+/// The cycle after which memory must not grow any more.
+constexpr int settledCycle = 20;
+
+/// Percent of a core.
+constexpr double mostProcessor = 12;
+/// Milliseconds.
+constexpr double longestStart = 60;
+constexpr double mostMemory = 15;
 
 double milliseconds(Clock::duration duration) {
     return std::chrono::duration<double, std::milli>(duration).count();
 }
 
-double processorSeconds() {
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    const auto seconds = [](const timeval& time) {
-        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
-    };
-    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
-}
+/// What a process has used so far; with 0, this one.
+struct Usage {
+    double processorSeconds = 0;
+    double residentMegabytes = 0;
+};
 
-double residentMegabytes() {
-    std::ifstream file("/proc/self/statm");
+Usage usageOf(pid_t process = 0) {
+    const auto folder = "/proc/" + (process == 0 ? "self" : std::to_string(process));
+    std::ifstream stat(folder + "/stat");
+    std::string text;
+    std::getline(stat, text);
+    // The name, in parentheses, may have spaces; the times are the 12th and 13th word behind it.
+    std::istringstream words(text.substr(text.rfind(')') + 1));
+    std::string word;
+    for (int skipped = 0; skipped < 11; ++skipped) {
+        words >> word;
+    }
+    double user = 0;
+    double system = 0;
+    words >> user >> system;
+    std::ifstream statm(folder + "/statm");
     double size = 0;
     double resident = 0;
-    file >> size >> resident;
-    return resident * static_cast<double>(sysconf(_SC_PAGESIZE)) / 1e6;
+    statm >> size >> resident;
+    return {(user + system) / static_cast<double>(sysconf(_SC_CLK_TCK)),
+            resident * static_cast<double>(sysconf(_SC_PAGESIZE)) / 1e6};
 }
 
 /// Runs tasks at once: here it is the adapters that are measured.
@@ -85,23 +106,23 @@ public:
         spinUntil([this] { return paints_ > 0; }, patience);
     }
 
-    void measure(const char* title, const std::vector<std::string>& arguments) {
-        std::vector<std::string> command{camera_, "bench", "Camera"};
-        command.insert(command.end(), arguments.begin(), arguments.end());
+    void measure(const char* title, const char* layout, const std::vector<std::string>& options) {
+        std::vector<std::string> command{camera_, "bench", "Camera", layout, "size=1280x720"};
+        command.insert(command.end(), options.begin(), options.end());
         ChildProcess process(command);
         spinUntil([this] { return services_.devices().size() == 1; }, patience);
-        const double before = residentMegabytes();
-        begin();
+        const double before = usageOf().residentMegabytes;
+        begin("bench");
         rest(1);
         const int paintsBefore = paints_;
-        const double processor = processorSeconds();
         const auto start = Clock::now();
-        rest(seconds_);
+        const double processor = processorShare(0);
         const double wall = milliseconds(Clock::now() - start) / 1000;
-        std::printf("%-28s %5.1f %% of a core, %4.1f pictures/s, %5.1f MB added\n", title,
-                    (processorSeconds() - processor) / wall * 100, (paints_ - paintsBefore) / wall,
-                    residentMegabytes() - before);
+        std::printf("%-24s %5.1f %% of a core (limit %.0f), %4.1f pictures/s, %5.1f MB added (limit %.0f)\n",
+                    title, processor, mostProcessor, (paints_ - paintsBefore) / wall,
+                    usageOf().residentMegabytes - before, mostMemory);
         manager_.stop();
+        measurePeer(layout);
         process.end(SIGTERM);
         spinUntil([this] { return services_.devices().empty(); }, patience);
     }
@@ -116,39 +137,72 @@ public:
         }
         std::vector<double> switches;
         for (int turn = 0; turn < 21; ++turn) {
-            const auto start = Clock::now();
-            begin(turn % 2 == 0 ? "one" : "two");
-            switches.push_back(milliseconds(Clock::now() - start));
+            switches.push_back(begin(turn % 2 == 0 ? "one" : "two"));
         }
         std::vector<double> starts;
-        double early = 0;
+        double settled = 0;
         for (int turn = 0; turn < cycles; ++turn) {
             manager_.stop();
-            rest(0);
-            const auto start = Clock::now();
-            begin("one");
-            starts.push_back(milliseconds(Clock::now() - start));
-            if (turn == 20) {
-                early = residentMegabytes();
+            spinUntil([this] { return !picture(); }, patience);
+            starts.push_back(begin("one"));
+            if (turn == settledCycle) {
+                settled = usageOf().residentMegabytes;
             }
         }
-        std::printf("%-28s %5.1f ms median, %5.1f ms worst\n", "start to first picture", median(starts),
-                    std::ranges::max(starts));
-        std::printf("%-28s %5.1f ms median, %5.1f ms worst\n", "switch to first picture", median(switches),
-                    std::ranges::max(switches));
-        std::printf("%-28s %+5.1f MB between cycle 20 and cycle %d\n", "memory", residentMegabytes() - early,
-                    cycles);
+        print("start to first picture", starts);
+        print("switch to first picture", switches);
+        std::printf("%-24s %+5.1f MB between start %d and start %d (limit 0)\n", "memory",
+                    usageOf().residentMegabytes - settled, settledCycle, cycles);
         manager_.stop();
     }
 
 private:
-    /// Until the first picture of it is there.
-    void begin(const std::string& id = "bench") {
-        int changes = 0;
+    /// In the view.
+    std::shared_ptr<const Platform::Picture> picture() const {
+        return view_.rootObject()->findChild<QtPlatform::PictureItem*>()->picture();
+    }
+
+    /// The milliseconds until the camera's first picture has been painted.
+    double begin(const std::string& id) {
+        const auto earlier = picture();
+        const auto start = Clock::now();
         manager_.start(id);
-        const auto watcher = manager_.session()->makePreview([&] { ++changes; });
-        watcher->setSize(viewWidth, viewHeight);
-        spinUntil([&] { return changes > 0 && watcher->picture(); }, patience);
+        spinUntil([&] { return picture() && picture() != earlier; }, patience);
+        const int paints = paints_;
+        spinUntil([&] { return paints_ > paints; }, patience);
+        return milliseconds(Clock::now() - start);
+    }
+
+    /// Percent of a core that a process uses for a while.
+    double processorShare(pid_t process) const {
+        const double before = usageOf(process).processorSeconds;
+        const auto start = Clock::now();
+        rest(seconds_);
+        return (usageOf(process).processorSeconds - before) / milliseconds(Clock::now() - start) * 1e5;
+    }
+
+    void measurePeer(const std::string& layout) const {
+        const std::string size = ",width=1280,height=720";
+        std::vector<std::string> command{"gst-launch-1.0", "-q", "pipewiresrc", "target-object=bench", "!"};
+        if (layout == "jpeg") {
+            command.insert(command.end(), {"image/jpeg" + size, "!", "jpegdec"});
+        } else {
+            command.push_back("video/x-raw,format=YUY2" + size);
+        }
+        command.insert(command.end(), {"!", "videoscale", "!", "videoconvert", "!",
+                                       "video/x-raw,width=" + std::to_string(viewWidth) +
+                                           ",height=" + std::to_string(viewHeight),
+                                       "!", "ximagesink"});
+        const ChildProcess peer(command);
+        rest(2);
+        const double processor = processorShare(peer.id());
+        std::printf("  with gst-launch-1.0      %5.1f %% of a core, %5.1f MB in all\n", processor,
+                    usageOf(peer.id()).residentMegabytes);
+    }
+
+    static void print(const char* title, const std::vector<double>& times) {
+        std::printf("%-24s %5.1f ms median, %5.1f ms worst (limit %.0f)\n", title, median(times),
+                    std::ranges::max(times), longestStart);
     }
 
     static void rest(double seconds) {
@@ -184,9 +238,9 @@ int main(int argumentCount, char** arguments) {
     std::setvbuf(stdout, nullptr, _IOLBF, 0);
     QtPlatform::registerItems();
     Bench bench(VIRTUAL_CAMERA, argumentCount > 1 ? std::atof(arguments[1]) : 5);
-    bench.measure("720p raw", {"yuyv", "size=1280x720"});
-    bench.measure("720p JPEG, flat", {"jpeg", "size=1280x720"});
-    bench.measure("720p JPEG, photo-like", {"jpeg", "size=1280x720", "photo"});
+    bench.measure("720p raw", "yuyv", {});
+    bench.measure("720p JPEG, flat", "jpeg", {});
+    bench.measure("720p JPEG, photo-like", "jpeg", {"photo"});
     bench.measureStarts();
     return EXIT_SUCCESS;
 }
