@@ -30,8 +30,11 @@ namespace {
 
 /// How long the first look waits for a daemon that is slow.
 constexpr std::chrono::milliseconds discoveryPatience{500};
-/// How often a daemon that is gone, or a camera that refuses, is tried again while a feed wants it.
-constexpr timespec retryInterval{0, 500L * 1000 * 1000};
+/// How often a daemon that is gone is tried again while a feed wants it.
+constexpr std::chrono::milliseconds retryInterval{500};
+/// A camera that refuses is tried again after this, then ever later, up to the interval above. Right after it
+/// was let go, a busy session manager may still be about to take it away from the one before.
+constexpr std::chrono::milliseconds firstRetry{20};
 constexpr std::uint32_t fewestBuffers = 2;
 constexpr std::uint32_t usualBuffers = 4;
 constexpr std::uint32_t mostBuffers = 16;
@@ -122,7 +125,7 @@ public:
 
     void add(Feed& feed);
     void remove(Feed& feed);
-    void tryAgainSoon();
+    void tryAgain(std::chrono::milliseconds later);
     /// To be looked at again once the present callback has returned.
     void reconcileSoon();
 
@@ -364,10 +367,12 @@ public:
         }
         if (isAnother) {
             hasFailed_ = false;
+            nextRetry_ = firstRetry;
             serial_ = serial;
         }
         if (hasFailed_) {
-            client_.tryAgainSoon();
+            client_.tryAgain(nextRetry_);
+            nextRetry_ = std::min(nextRetry_ * 2, retryInterval);
         } else if (!stream_ && serial_) {
             begin();
         }
@@ -476,6 +481,7 @@ private:
             frame.planes[index] = {{static_cast<const std::byte*>(data.data) + chunk->offset, size},
                                    chunk->stride};
         }
+        nextRetry_ = firstRetry;
         sink_.onFrame(frame);
     }
 
@@ -500,6 +506,7 @@ private:
     std::optional<std::uint64_t> serial_;
     std::optional<VideoFormat> format_;
     bool hasFailed_ = false;
+    std::chrono::milliseconds nextRetry_ = firstRetry;
 };
 
 void PipeWireCameras::Client::add(Feed& feed) {
@@ -507,7 +514,7 @@ void PipeWireCameras::Client::add(Feed& feed) {
     const Lock lock(*this);
     feeds_.insert(&feed);
     if (!connect()) {
-        tryAgainSoon();
+        tryAgain(retryInterval);
     }
     feed.reconcile();
 }
@@ -518,9 +525,9 @@ void PipeWireCameras::Client::remove(Feed& feed) {
     feed.end();
 }
 
-void PipeWireCameras::Client::tryAgainSoon() {
+void PipeWireCameras::Client::tryAgain(std::chrono::milliseconds later) {
     if (loop_) {
-        timespec once = retryInterval;
+        timespec once{later.count() / 1000, static_cast<long>(later.count() % 1000) * 1'000'000};
         pw_loop_update_timer(pw_thread_loop_get_loop(loop_), retry_, &once, nullptr, false);
     }
 }
@@ -559,7 +566,7 @@ void PipeWireCameras::Client::reconcile() {
         feed->reconcile();
     }
     if (!core_ && !feeds_.empty()) {
-        tryAgainSoon();
+        tryAgain(retryInterval);
     }
 }
 
