@@ -102,6 +102,24 @@ struct PipeWireCamerasTest : testing::Test {
         preview->setSize(width, height);
     }
 
+    /// Until another camera has delivered: by then, one that streams already has, too.
+    void waitForAWitness() {
+        const auto witness = plugIn("witness", "Witness", "yuyv");
+        const auto second = services.makeSession();
+        second->addInput(services.makeInput({"witness", "Witness"}));
+        int seen = 0;
+        const auto watcher = second->makePreview([&] { ++seen; });
+        watcher->setSize(16, 9);
+        second->startRunning();
+        ASSERT_TRUE(spinUntil([&] { return seen >= 3; }, patience));
+        witness->unplug();
+        ASSERT_TRUE(spinUntil(
+            [&] {
+                return std::ranges::count(services.devices(), CaptureDevice{"witness", "Witness"}) == 0;
+            },
+            patience));
+    }
+
     bool comesOn() {
         return spinUntil([&] { return preview->picture() != nullptr; }, patience);
     }
@@ -175,9 +193,9 @@ TEST_F(PipeWireCamerasTest, RawPicturesHaveTheCamerasColors) {
     ASSERT_TRUE(comesOn());
     const auto picture = preview->picture();
     EXPECT_TRUE(showsBars(*picture));
-    // Half of 1280 by 720 is enough for the view.
-    EXPECT_EQ(picture->width, 640);
-    EXPECT_EQ(picture->height, 360);
+    // A quarter of 1280 by 720 is enough for the view.
+    EXPECT_EQ(picture->width, 320);
+    EXPECT_EQ(picture->height, 180);
     EXPECT_TRUE(spinUntil([&] { return pictures >= 5; }, patience)) << "pictures keep coming";
 }
 
@@ -189,7 +207,7 @@ TEST_F(PipeWireCamerasTest, JpegIsPreferredAndDecodedAsSmallAsItMayBe) {
     ASSERT_TRUE(comesOn());
     EXPECT_THAT(camera->log(), testing::HasSubstr("jpeg 1280x720"));
     EXPECT_TRUE(showsBars(*preview->picture()));
-    EXPECT_EQ(preview->picture()->width, 640);
+    EXPECT_EQ(preview->picture()->width, 320);
     preview->setSize(1280, 720);
     EXPECT_TRUE(spinUntil([&] { return preview->picture() && preview->picture()->width == 1280; }, patience));
 }
@@ -326,20 +344,12 @@ TEST_F(PipeWireCamerasTest, DamagedFramesAreShownAsFarAsTheyGo) {
 TEST_F(PipeWireCamerasTest, FramesThatAreNoneStayDark) {
     const auto noise = plugIn("noise", "Noise", "jpeg", {"broken"});
     const auto half = plugIn("half", "Half", "yuyv", {"truncated"});
-    const auto witness = plugIn("witness", "Witness", "yuyv");
     for (const auto& [id, camera] : {std::pair{"noise", noise.get()}, std::pair{"half", half.get()}}) {
         choose(id);
         look();
         session->startRunning();
         ASSERT_TRUE(spinUntil([&] { return camera->isStreaming(); }, patience));
-        // By the time that another camera has delivered, this one has, too.
-        const auto second = services.makeSession();
-        second->addInput(services.makeInput({"witness", "Witness"}));
-        int seen = 0;
-        const auto watcher = second->makePreview([&] { ++seen; });
-        watcher->setSize(16, 9);
-        second->startRunning();
-        ASSERT_TRUE(spinUntil([&] { return seen >= 3; }, patience));
+        waitForAWitness();
         EXPECT_EQ(preview->picture(), nullptr) << id;
         session->stopRunning();
     }
@@ -353,6 +363,43 @@ TEST_F(PipeWireCamerasTest, JpegOfAnotherSizeThanAnnouncedIsShownAsItIs) {
         session->startRunning();
         ASSERT_TRUE(comesOn()) << fault;
         EXPECT_TRUE(showsBars(*preview->picture())) << fault;
+        session->stopRunning();
+    }
+}
+
+TEST_F(PipeWireCamerasTest, RawFramesOfAnotherSizeThanAnnouncedAreShownOnlyIfTheyAreLargeEnough) {
+    const auto large = plugIn("large", "Camera", "yuyv", {"larger", "size=320x240"});
+    const auto small = plugIn("small", "Camera", "yuyv", {"smaller", "size=320x240"});
+    choose("large");
+    look();
+    session->startRunning();
+    ASSERT_TRUE(comesOn());
+    EXPECT_EQ(preview->picture()->height, 240);
+    choose("small");
+    ASSERT_TRUE(spinUntil([&] { return small->isStreaming(); }, patience));
+    const auto receiver = std::make_shared<RecordingPhotoReceiver>();
+    output->capturePhoto({}, receiver);
+    waitForAWitness();
+    EXPECT_EQ(preview->picture(), nullptr);
+    session->stopRunning();
+    ASSERT_TRUE(receiver->photo());
+    EXPECT_EQ(receiver->photo()->fileDataRepresentation, std::nullopt);
+}
+
+TEST_F(PipeWireCamerasTest, FormatThatChangesInMidStreamIsFollowed) {
+    for (const auto* layout : {"jpeg", "yuyv"}) {
+        const auto camera = plugIn(layout, "Camera", layout, {"changing"});
+        choose(layout);
+        look(640, 360);
+        session->startRunning();
+        ASSERT_TRUE(
+            spinUntil([&] { return preview->picture() && preview->picture()->height == 360; }, patience))
+            << layout;
+        ASSERT_TRUE(
+            spinUntil([&] { return preview->picture() && preview->picture()->height == 480; }, patience))
+            << layout;
+        EXPECT_TRUE(showsBars(*preview->picture())) << layout;
+        EXPECT_THAT(camera->log(), testing::HasSubstr(std::string(layout) + " 640x480"));
         session->stopRunning();
     }
 }

@@ -15,6 +15,7 @@
 ///          truncated  ends each frame half way
 ///          smaller, larger  delivers another size than announced
 ///          broken     delivers noise
+///          changing   after a while delivers nothing any more but another format, of 640x480 pixels
 
 #include <pipewire/pipewire.h>
 #include <spa/param/buffers.h>
@@ -45,6 +46,7 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 
 constexpr int frames = 8;
+constexpr std::size_t framesBeforeChange = 20;
 constexpr int squareSide = 100;
 
 struct Size {
@@ -73,7 +75,7 @@ struct Color {
 
 /// A cheap hash: detail that does not compress away, the same every time.
 int grain(int x, int y) {
-    auto value = static_cast<std::uint32_t>(x * 374761393 + y * 668265263);
+    auto value = static_cast<std::uint32_t>(x) * 374761393U + static_cast<std::uint32_t>(y) * 668265263U;
     value = (value ^ (value >> 13U)) * 1274126177U;
     return static_cast<int>((value >> 24U) & 0x1FU) - 16;
 }
@@ -174,6 +176,24 @@ public:
 
 private:
     void connect() {
+        const bool willChange = options_.fault == "changing";
+        withOffers(willChange ? std::vector{options_.sizes.front()} : options_.sizes,
+                   [this](std::vector<const spa_pod*>& formats) {
+                       pw_stream_connect(
+                           stream_, PW_DIRECTION_OUTPUT, PW_ID_ANY,
+                           static_cast<pw_stream_flags>(PW_STREAM_FLAG_DRIVER | PW_STREAM_FLAG_MAP_BUFFERS),
+                           formats.data(), static_cast<std::uint32_t>(formats.size()));
+                   });
+    }
+
+    void change() {
+        withOffers({options_.sizes.back()}, [this](std::vector<const spa_pod*>& formats) {
+            pw_stream_update_params(stream_, formats.data(), static_cast<std::uint32_t>(formats.size()));
+        });
+    }
+
+    template <class Use>
+    void withOffers(const std::vector<Size>& sizes, const Use& use) {
         std::array<std::uint8_t, 4096> memory{};
         spa_pod_builder builder{};
         spa_pod_builder_init(&builder, memory.data(), memory.size());
@@ -195,8 +215,8 @@ private:
                 spa_pod_builder_rectangle(&builder, static_cast<std::uint32_t>(size.width),
                                           static_cast<std::uint32_t>(size.height));
             };
-            add(options_.sizes.front());
-            for (const auto size : options_.sizes) {
+            add(sizes.front());
+            for (const auto size : sizes) {
                 add(size);
             }
             spa_pod_builder_pop(&builder, &choice);
@@ -208,9 +228,7 @@ private:
         if (options_.formats != "jpeg") {
             offer(SPA_MEDIA_SUBTYPE_raw);
         }
-        pw_stream_connect(stream_, PW_DIRECTION_OUTPUT, PW_ID_ANY,
-                          static_cast<pw_stream_flags>(PW_STREAM_FLAG_DRIVER | PW_STREAM_FLAG_MAP_BUFFERS),
-                          formats.data(), static_cast<std::uint32_t>(formats.size()));
+        use(formats);
     }
 
     void log(const std::string& line) const {
@@ -293,6 +311,9 @@ private:
             data.chunk->stride = stride_;
         }
         pw_stream_queue_buffer(stream_, buffer);
+        if (options_.fault == "changing" && count_ == framesBeforeChange) {
+            change();
+        }
     }
 
     void onStateChanged(pw_stream_state state, const char* error) {
