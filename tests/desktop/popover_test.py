@@ -36,7 +36,9 @@ EDIT_FIRST_ICON, EDIT_SECOND_ICON = (390, 161), (390, 194)
 EDIT, EDIT_FIRST_BUTTON = (658, 85), (646, 161)
 
 
-class PopoverTest(DesktopCase):
+class PopoverCase(DesktopCase):
+    """What there is to do with the popover."""
+
     def start(self, **preferences):
         write_preferences(self.settings, **({"targetApps": [XTERM], "hasOnboarded": True, "autoDetectEnabled": False} | preferences))
         self.start_curtain()
@@ -78,6 +80,17 @@ class PopoverTest(DesktopCase):
     def stored(self):
         return json.loads((self.settings / "curtain" / "curtain.preferences.v1").read_text())
 
+    def is_red(self, popover):
+        colour = self.colour(popover, PICTURE_LEFT) or "#000000"
+        red, green, blue = (int(colour[at:at + 2], 16) for at in (1, 3, 5))
+        return red > 200 and green < 60 and blue < 60
+
+    def save_dialog(self):
+        return next((window for window in self.desktop.windows_of(self.curtain)
+                     if window.geometry and window.geometry[2:] != SIZE and self.display.is_viewable(window.id)), None)
+
+
+class PopoverTest(PopoverCase):
     def test_opens_and_closes_by_the_icon(self):
         self.start()
         popover = self.open()
@@ -234,15 +247,6 @@ class PopoverTest(DesktopCase):
     def edited(self, popover):
         area = popover.geometry
         return self.display.pixels(Rectangle(area.x + 379, area.y + 145, 288, 140))
-
-    def is_red(self, popover):
-        colour = self.colour(popover, PICTURE_LEFT) or "#000000"
-        red, green, blue = (int(colour[at:at + 2], 16) for at in (1, 3, 5))
-        return red > 200 and green < 60 and blue < 60
-
-    def save_dialog(self):
-        return next((window for window in self.desktop.windows_of(self.curtain)
-                     if window.geometry and window.geometry[2:] != SIZE and self.display.is_viewable(window.id)), None)
 
 
 if __name__ == "__main__":

@@ -9,6 +9,7 @@ import subprocess
 import unittest
 
 from desktop_case import DesktopCase, wait_until
+from logged_camera import LoggedCamera
 
 HAS_MEDIA = os.environ.get("MEDIA") == "yes"
 WINDOW = "#f4f5f8"
@@ -93,7 +94,7 @@ class WizardTest(DesktopCase):
                         "-f", "wav", str(tone)], check=True)
         return self.desktop.start("paplay", "--device=microphone_feed", str(tone))
 
-    def test_leads_from_the_first_click_to_the_popover(self):
+    def go_to_the_microphone(self):
         self.start_fresh()
         window = self.open_wizard()
         self.wait_page(window, "welcome")
@@ -109,21 +110,30 @@ class WizardTest(DesktopCase):
         self.click(window, BUTTON)
 
         self.wait_page(window, "microphone")
+        return window
+
+    def allow_the_microphone(self, window):
         self.assertGreater(brightness(self.colour_at(window, PANEL_EDGE)), 600)
         self.click(window, BUTTON)
         wait_until(lambda: brightness(self.colour_at(window, PANEL_EDGE)) < 200, "the level is shown")
+
+    def allow_the_camera(self, window):
+        self.wait_page(window, "camera")
+        before = self.colour_at(window, PICTURE)
+        self.click(window, BUTTON)
+        wait_until(lambda: self.colour_at(window, PANEL_EDGE) != "#e5e6e9" and
+                   self.colour_at(window, PICTURE) != before, "the camera is shown")
+
+    def test_leads_from_the_first_click_to_the_popover(self):
+        window = self.go_to_the_microphone()
+        self.allow_the_microphone(window)
         if HAS_MEDIA:
             voice = self.speak()
             wait_until(lambda: brightness(self.colour_at(window, FIRST_BAR)) > 200, "the bars rise with the voice")
             voice.terminate()
             wait_until(lambda: brightness(self.colour_at(window, FIRST_BAR)) < 200, "the bars fall")
         self.click(window, BUTTON)
-
-        self.wait_page(window, "camera")
-        before = self.colour_at(window, PICTURE)
-        self.click(window, BUTTON)
-        wait_until(lambda: self.colour_at(window, PANEL_EDGE) != "#e5e6e9" and
-                   self.colour_at(window, PICTURE) != before, "the camera is shown")
+        self.allow_the_camera(window)
         self.click(window, BUTTON)
 
         self.wait_page(window, "summary")
@@ -162,6 +172,23 @@ class WizardTest(DesktopCase):
         self.wait_page(window, "desktop")
         self.assertFalse(self.shows_file(window))
         self.assertIsNone(self.curtain.poll())
+
+    @unittest.skipUnless(HAS_MEDIA, "needs a camera")
+    def test_lets_the_camera_go_when_it_is_closed(self):
+        camera = LoggedCamera(self.desktop, self.scratch)
+        camera.make_default()
+
+        def show():
+            if self.curtain:
+                self.end_curtain()
+            window = self.go_to_the_microphone()
+            self.allow_the_microphone(window)
+            self.click(window, BUTTON)
+            self.allow_the_camera(window)
+
+        def close():
+            subprocess.run(["wmctrl", "-i", "-c", hex(self.wizard().id)], check=True)
+        self.assertTrue(camera.is_let_go_in_time(show, close))
 
     def test_is_moved_by_its_background_and_not_by_its_buttons(self):
         self.start_fresh()

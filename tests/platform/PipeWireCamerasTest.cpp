@@ -286,7 +286,7 @@ TEST_F(PipeWireCamerasTest, SwitchingShowsTheOtherCamera) {
     session->startRunning();
     ASSERT_TRUE(comesOn());
     choose("two");
-    EXPECT_TRUE(spinUntil([&] { return preview->picture() && preview->picture()->height == 480; }, patience));
+    EXPECT_TRUE(spinUntil([&] { return preview->picture() && preview->picture()->height == 240; }, patience));
     EXPECT_TRUE(spinUntil([&] { return !one->isStreaming() && two->isStreaming(); }, patience));
 }
 
