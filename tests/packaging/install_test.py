@@ -64,7 +64,7 @@ class InstallTest(unittest.TestCase):
         self.assertEqual(dict(sections(prefix / SERVICE)["D-BUS Service"]), {"Name": IDENTIFIER, "Exec": command})
 
     def test_every_file_is_there_and_can_be_read_by_everyone(self):
-        os.umask(0o022)
+        self.addCleanup(os.umask, os.umask(0o022))
         prefix = self.install(self.scratch / "prefix")
         self.assertEqual(files_below(prefix), INSTALLED_FILES)
         for name in INSTALLED_FILES:
