@@ -5,6 +5,7 @@
 #include "platform/linux/desktopicons/CajaDesktop.h"
 #include "platform/linux/desktopicons/EarlierValue.h"
 #include "platform/linux/desktopicons/PcmanfmDesktop.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/FakeProcessRunner.h"
 #include "tests/support/HandDrivenQueue.h"
 #include "tests/support/MemoryUserDefaults.h"
@@ -12,6 +13,8 @@
 
 #include <gmock/gmock.h>
 
+#include <csignal>
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
@@ -29,6 +32,7 @@ using LinuxPlatform::DesktopScene;
 using LinuxPlatform::EarlierValue;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::SizeIs;
 
 /// A desktop in the state that the test puts it into; writes down what it is told.
 class FakeIconDesktop : public LinuxPlatform::IconDesktop {
@@ -225,6 +229,21 @@ TEST(DesktopProgramTest, FindsTheProfileInACommandLine) {
     EXPECT_THAT(LinuxPlatform::profileArguments(8, root.path()), IsEmpty());
 }
 
+TEST(DesktopProgram, RunsUntilItHasEndedWhetherAskedAboutOrNot) {
+    const TestSupport::TemporaryFolder root;
+    const auto isRunning = [&](const std::string& state) {
+        TestSupport::writeFile(root.path() / "7" / "stat", state);
+        return LinuxPlatform::isRunning(7, root.path());
+    };
+    EXPECT_TRUE(isRunning("7 (a) Z) S 1 7"));
+    EXPECT_TRUE(isRunning("7 (pcmanfm) T 1 7"));
+    EXPECT_FALSE(isRunning("7 (a) S) Z 1 7"));
+    EXPECT_FALSE(isRunning("7 (pcmanfm) X 1 7"));
+    EXPECT_FALSE(isRunning("7 (pcmanfm)"));
+    EXPECT_FALSE(isRunning(""));
+    EXPECT_FALSE(LinuxPlatform::isRunning(8, root.path()));
+}
+
 struct PcmanfmDesktopTest : testing::Test {
     TestSupport::FakeProcessRunner programs;
     TestSupport::MemoryUserDefaults state;
@@ -261,6 +280,42 @@ TEST_F(PcmanfmDesktopTest, WhatCannotBeStartedIsNotForgotten) {
     EXPECT_TRUE(desktop.show(without));
     EXPECT_THAT(started.back(), ElementsAre("pcmanfm", "--desktop", "--profile=LXDE"));
     EXPECT_EQ(desktop.icons(without), DesktopIcons::absent);
+}
+
+TEST_F(PcmanfmDesktopTest, IsStartedAgainWhenItWasAboutToEnd) {
+    TestSupport::ChildProcess process({"sleep", "60"});
+    withDesktop.desktopWindows.front().process = static_cast<std::uint32_t>(process.id());
+    desktop.hide(withDesktop);
+    EXPECT_TRUE(desktop.show(without));
+    EXPECT_THAT(started, SizeIs(1)) << "the process that is still there may have taken the request";
+    desktop.icons(without);
+    EXPECT_THAT(started, SizeIs(1));
+    process.end(SIGTERM);
+    desktop.icons(without);
+    EXPECT_THAT(started, ElementsAre(started.front(), started.front()));
+    desktop.icons(without);
+    EXPECT_THAT(started, SizeIs(2)) << "once is enough";
+}
+
+TEST_F(PcmanfmDesktopTest, IsNotStartedAgainOnceItShowsItsIcons) {
+    TestSupport::ChildProcess process({"sleep", "60"});
+    withDesktop.desktopWindows.front().process = static_cast<std::uint32_t>(process.id());
+    desktop.hide(withDesktop);
+    EXPECT_TRUE(desktop.show(without));
+    EXPECT_EQ(desktop.icons(withDesktop), DesktopIcons::shown);
+    process.end(SIGTERM);
+    desktop.icons(without);
+    EXPECT_THAT(started, SizeIs(1));
+}
+
+TEST_F(PcmanfmDesktopTest, IsStartedOnceWhereItHasEnded) {
+    TestSupport::ChildProcess process({"sleep", "60"});
+    withDesktop.desktopWindows.front().process = static_cast<std::uint32_t>(process.id());
+    desktop.hide(withDesktop);
+    process.end(SIGTERM);
+    EXPECT_TRUE(desktop.show(without));
+    desktop.icons(without);
+    EXPECT_THAT(started, SizeIs(1));
 }
 
 struct PosixDesktopFolderTest : testing::Test {

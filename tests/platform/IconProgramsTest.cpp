@@ -350,6 +350,18 @@ TEST_F(IconProgramsTest, Pcmanfm) {
               std::vector<std::string>{"--profile=LXDE"});
 }
 
+TEST_F(IconProgramsTest, PcmanfmThatIsAskedToShowWhileItIsAboutToEnd) {
+    start({"pcmanfm", "--desktop", "--profile", "LXDE"});
+    for (int round = 0; round < 4; ++round) {
+        ASSERT_TRUE(spinUntil([&] { return !windows.list().empty() && !iconsHidden(); }, patience)) << round;
+        setIconsHidden(true);
+        ASSERT_TRUE(spinUntil([&] { return iconsHidden(); }, patience)) << round;
+        setIconsHidden(false);
+        // The application looks again and again.
+        EXPECT_TRUE(spinUntil([&] { return !iconsHidden() && !windows.list().empty(); }, patience)) << round;
+    }
+}
+
 TEST_F(IconProgramsTest, PcmanfmQt) {
     start({"pcmanfm-qt", "--desktop", "--profile=lxqt"});
     EXPECT_TRUE(spinUntil([&] { return !windows.list().empty(); }, patience));

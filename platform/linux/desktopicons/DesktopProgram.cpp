@@ -3,6 +3,7 @@
 #include <glib.h>
 
 #include <fstream>
+#include <string_view>
 
 #include <unistd.h>
 
@@ -21,6 +22,17 @@ bool startDesktopProgram(const std::vector<std::string>& command) {
     const auto leaveOurSession = [](void*) { ::setsid(); };
     return g_spawn_async(g_get_home_dir(), pointers.data(), nullptr, flags, leaveOurSession, nullptr, nullptr,
                          nullptr) != FALSE;
+}
+
+bool isRunning(std::uint32_t process, const std::filesystem::path& root) {
+    std::ifstream file(root / std::to_string(process) / "stat");
+    std::string line;
+    std::getline(file, line);
+    // The state follows the name, which may hold anything.
+    const auto state = line.rfind(')') + 2;
+    constexpr auto ended = "ZX";
+    return line.find(')') != std::string::npos && state < line.size() &&
+           std::string_view(ended).find(line[state]) == std::string_view::npos;
 }
 
 std::vector<std::string> profileArguments(std::uint32_t process, const std::filesystem::path& root) {

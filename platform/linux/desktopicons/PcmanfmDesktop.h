@@ -5,6 +5,11 @@
 #include "platform/linux/desktopicons/EarlierValue.h"
 #include "platform/linux/desktopicons/IconDesktop.h"
 
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
 namespace LinuxPlatform {
 
 /// PCManFM of LXDE. It has no setting for its icons, but its desktop can be switched off and on as a whole;
@@ -20,10 +25,16 @@ public:
     bool show(const DesktopScene& scene) override;
 
 private:
+    std::vector<std::string> command() const;
+
     Platform::ProcessRunner& runner_;
     /// The profile's argument.
     EarlierValue earlier_;
     StartDesktopProgram start_;
+    /// Was told to switch its desktop off.
+    std::optional<std::uint32_t> process_;
+    /// What that process may still take for itself while it is about to end.
+    std::optional<std::vector<std::string>> awaited_;
 };
 
 } // namespace LinuxPlatform
