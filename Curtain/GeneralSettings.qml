@@ -80,4 +80,11 @@ SettingsPage {
             }
         }
     }
+    WarningCaption {
+        objectName: "noGlobalShortcuts"
+        x: 1 + Theme.rowInset
+        width: parent.width - 2 * x
+        visible: !page.model.hasGlobalShortcuts
+        text: page.model.texts.noGlobalShortcuts
+    }
 }

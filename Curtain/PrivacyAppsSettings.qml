@@ -32,32 +32,22 @@ SettingsPage {
             width: parent.width - 2 * x
             spacing: 6
 
-            Item {
+            WarningCaption {
                 objectName: "restartCaption"
                 width: parent.width
-                height: restart.height
                 visible: page.model.switches.autoDetect
-
-                Symbol {
-                    anchors.left: parent.left
-                    y: 1
-                    name: "exclamationmark.triangle.fill"
-                    size: 14
-                    color: Theme.orange
-                }
-                StyledText {
-                    id: restart
-                    anchors.left: parent.left
-                    anchors.leftMargin: 21
-                    anchors.right: parent.right
-                    text: page.model.texts.autoDetectRestart
-                    style: Theme.small
-                    color: Theme.orangeText
-                    wrapMode: Text.Wrap
-                }
+                text: page.model.texts.autoDetectRestart
             }
+            WarningCaption {
+                objectName: "noShareDetection"
+                width: parent.width
+                visible: !page.model.hasShareDetection
+                text: page.model.texts.noShareDetection
+            }
+            // It says what is detected, so it would contradict the one above.
             StyledText {
                 width: parent.width
+                visible: page.model.hasShareDetection
                 text: page.model.texts.autoDetectNote
                 style: Theme.small
                 color: Theme.ink2

@@ -3,10 +3,12 @@
 #include "Curtain/AppCatalog.h"
 #include "Curtain/AppChoiceModel.h"
 #include "Curtain/CameraPreviewManager.h"
+#include "Curtain/ScreenWatcher.h"
 #include "Curtain/SettingsModel.h"
 #include "Curtain/ShortcutField.h"
 #include "hotkeys/KeyboardShortcuts.h"
 #include "platform/CaptureServices.h"
+#include "platform/HotKeyService.h"
 #include "platform/Keyboard.h"
 #include "platform/SystemShortcuts.h"
 #include "platform/UrlOpener.h"
@@ -40,6 +42,10 @@ class SettingsView : public QObject {
     Q_PROPERTY(QString query READ query WRITE setQuery NOTIFY queryChanged)
     Q_PROPERTY(QAbstractListModel* apps READ apps CONSTANT)
     Q_PROPERTY(Curtain::ShortcutField* shortcut READ shortcut CONSTANT)
+    /// Whether a shortcut can act in this session.
+    Q_PROPERTY(bool hasGlobalShortcuts READ hasGlobalShortcuts CONSTANT)
+    /// Whether anything can tell in this session that the screen is shared.
+    Q_PROPERTY(bool hasShareDetection READ hasShareDetection CONSTANT)
     /// Whether the button for the settings of notifications found none to open.
     Q_PROPERTY(bool lacksFocusSettings READ lacksFocusSettings NOTIFY lacksFocusSettingsChanged)
 
@@ -54,6 +60,8 @@ public:
         Platform::Keyboard& keyboard;
         Platform::SystemShortcuts& systemShortcuts;
         Platform::Locale& locale;
+        const Platform::HotKeyService& hotKeyService;
+        const ScreenWatcher& screenWatcher;
     };
 
     explicit SettingsView(const Services& services);
@@ -80,6 +88,8 @@ public:
     void setQuery(const QString& query);
     QAbstractListModel* apps() { return &apps_; }
     ShortcutField* shortcut() { return &shortcut_; }
+    bool hasGlobalShortcuts() const { return services_.hotKeyService.isAvailable(); }
+    bool hasShareDetection() const { return services_.screenWatcher.fn != nullptr; }
     bool lacksFocusSettings() const { return lacksFocusSettings_; }
 
     Q_INVOKABLE void setSwitch(const QString& key, bool on);

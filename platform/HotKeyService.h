@@ -38,6 +38,8 @@ public:
 
     virtual ~HotKeyService() = default;
 
+    /// Whether this session has global shortcuts at all; where not, every combination is refused.
+    virtual bool isAvailable() const = 0;
     virtual HotKeyStatus registerHotKey(const HotKeyCombination& combination, HotKeyID id) = 0;
     /// Does nothing for an identifier that is not registered.
     virtual void unregisterHotKey(HotKeyID id) = 0;

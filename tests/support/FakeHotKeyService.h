@@ -22,6 +22,9 @@ public:
     std::vector<std::string> calls;
     Platform::HotKeyStatus status = 0;
     int handlersInstalled = 0;
+    bool isPresent = true;
+
+    bool isAvailable() const override { return isPresent; }
 
     Platform::HotKeyStatus registerHotKey(const Platform::HotKeyCombination& combination,
                                           Platform::HotKeyID id) override {

@@ -15,6 +15,7 @@
 namespace TestSupport {
 namespace {
 
+using Curtain::PlatformKey;
 using CurtainCore::AppLanguage;
 using CurtainCore::LocKey;
 using CurtainCore::MicrophoneTestMode;
@@ -64,16 +65,20 @@ protected:
     }
 
     ShownView show() {
+        screenWatcher = Curtain::ScreenWatcher(platform.screenWatcherProbe);
         model = std::make_unique<Curtain::SettingsModel>(store, platform.locale, platform.loginItem,
                                                          platform.log);
-        content = std::make_shared<Curtain::SettingsView>(
-            Curtain::SettingsView::Services{*model, catalog, shortcuts, capture, urlOpener, platform.keyboard,
-                                            platform.systemShortcuts, platform.locale});
+        content = std::make_shared<Curtain::SettingsView>(Curtain::SettingsView::Services{
+            *model, catalog, shortcuts, capture, urlOpener, platform.keyboard, platform.systemShortcuts,
+            platform.locale, platform.hotKeyService, screenWatcher});
         content->willShow();
         return {{"qrc:/Curtain/SettingsView.qml", content}, QSize(440, 430)};
     }
 
-    QString text(LocKey key) const { return toQString(Curtain::PlatformWording::string(key, model->lang())); }
+    template <class Key>
+    QString text(Key key) const {
+        return toQString(Curtain::PlatformWording::string(key, model->lang()));
+    }
 
     std::optional<KeyboardShortcuts::Shortcut> shortcut() {
         return shortcuts.getShortcut(Curtain::HotkeyManager::togglePrivacy(shortcuts));
@@ -96,6 +101,7 @@ protected:
         platform.workspace, platform.fileManager, platform.bundles, {{"/apps"}, "app"}};
     KeyboardShortcuts::KeyboardShortcuts shortcuts{platform.userDefaults, platform.hotKeyService,
                                                    platform.log};
+    Curtain::ScreenWatcher screenWatcher{platform.screenWatcherProbe};
     std::unique_ptr<Curtain::SettingsModel> model;
     std::shared_ptr<Curtain::SettingsView> content;
 };
@@ -145,6 +151,36 @@ TEST_F(SettingsViewTest, IsMirroredInArabic) {
     EXPECT_GT(view.place("tabGeneral").x(), view.place("tabPermissions").x());
     view.click("tabApps");
     EXPECT_EQ(view.place("autoDetect"), QRectF(31, 75, 36, 20));
+}
+
+TEST_F(SettingsViewTest, SaysWhatCannotWorkInThisSessionInEveryLanguage) {
+    platform.hotKeyService.isPresent = false;
+    platform.screenWatcherProbe.isPresent = false;
+    for (const auto& language : languages()) {
+        SCOPED_TRACE(language);
+        speak(language);
+        const bool isRightToLeft = CurtainCore::Localizer::isRightToLeft(language);
+        auto view = show();
+        EXPECT_THAT(view.texts(), Contains(text(PlatformKey::noGlobalShortcuts)));
+        const auto caption = view.place("noGlobalShortcuts");
+        EXPECT_GT(caption.y(), view.place("shortcut").bottom());
+        EXPECT_TRUE(QRectF(0, 0, 440, 430).contains(caption));
+        EXPECT_THAT(view.problems(isRightToLeft), IsEmpty());
+        view.picture("settings-no-shortcuts-" + language);
+        view.click("tabApps");
+        EXPECT_THAT(view.texts(), Contains(text(PlatformKey::noShareDetection)));
+        EXPECT_THAT(view.texts(), Not(Contains(text(LocKey::autoDetectNote))));
+        EXPECT_THAT(view.problems(isRightToLeft), IsEmpty());
+        view.picture("settings-no-detection-" + language);
+    }
+}
+
+TEST_F(SettingsViewTest, SaysNothingOfWhatWorks) {
+    auto view = show();
+    EXPECT_EQ(view.find("noGlobalShortcuts"), nullptr);
+    view.click("tabApps");
+    EXPECT_EQ(view.find("noShareDetection"), nullptr);
+    EXPECT_THAT(view.texts(), Contains(text(LocKey::autoDetectNote)));
 }
 
 TEST_F(SettingsViewTest, SwitchesAreSavedAtOnce) {

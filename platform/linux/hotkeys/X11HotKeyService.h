@@ -22,6 +22,7 @@ public:
     X11HotKeyService(X11Connection& connection, Platform::MainQueue& mainQueue, Platform::Log& log);
     ~X11HotKeyService() override;
 
+    bool isAvailable() const override { return true; }
     Platform::HotKeyStatus registerHotKey(const Platform::HotKeyCombination& combination,
                                           Platform::HotKeyID id) override;
     void unregisterHotKey(Platform::HotKeyID id) override;
