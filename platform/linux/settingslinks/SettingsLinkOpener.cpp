@@ -1,5 +1,6 @@
 #include "platform/linux/settingslinks/SettingsLinkOpener.h"
 
+#include <algorithm>
 #include <array>
 #include <sstream>
 #include <string_view>
@@ -24,7 +25,6 @@ struct Page {
 /// Earlier pages are tried first.
 constexpr std::array pages{
     Page{cameraPrivacy, "GNOME", "gnome-control-center", "camera"},
-    Page{cameraPrivacy, "GNOME", "gnome-control-center", "privacy"},
     Page{cameraPrivacy, "KDE", "systemsettings", "kcm_app-permissions"},
     Page{cameraPrivacy, "X-Cinnamon", "cinnamon-settings", "privacy"},
     Page{cameraPrivacy, "Pantheon", "io.elementary.settings", "settings://privacy"},
@@ -41,6 +41,22 @@ constexpr std::array pages{
     Page{focus, "", "xfce4-notifyd-config", ""},
 };
 
+/// A desktop's whole control centre, for what has no page of its own there.
+struct Overview {
+    std::string_view desktop;
+    std::string_view program;
+};
+
+constexpr std::array overviews{
+    Overview{"GNOME", "gnome-control-center"},
+    Overview{"KDE", "systemsettings"},
+    Overview{"X-Cinnamon", "cinnamon-settings"},
+    Overview{"MATE", "mate-control-center"},
+    Overview{"LXQt", "lxqt-config"},
+    Overview{"XFCE", "xfce4-settings-manager"},
+    Overview{"Pantheon", "io.elementary.settings"},
+};
+
 } // namespace
 
 SettingsLinkOpener::SettingsLinkOpener(const std::string& desktops, Launch launch)
@@ -52,12 +68,13 @@ SettingsLinkOpener::SettingsLinkOpener(const std::string& desktops, Launch launc
 }
 
 bool SettingsLinkOpener::open(const std::string& url) {
+    bool isKnown = false;
     for (const auto& page : pages) {
-        bool isHere = page.desktop.empty();
-        for (const auto& desktop : desktops_) {
-            isHere = isHere || desktop == page.desktop;
+        if (page.url != url) {
+            continue;
         }
-        if (!isHere || page.url != url) {
+        isKnown = true;
+        if (!page.desktop.empty() && !isHere(page.desktop)) {
             continue;
         }
         std::vector<std::string> command{std::string(page.program)};
@@ -68,7 +85,13 @@ bool SettingsLinkOpener::open(const std::string& url) {
             return true;
         }
     }
-    return false;
+    return isKnown && std::ranges::any_of(overviews, [this](const Overview& overview) {
+               return isHere(overview.desktop) && launch_({std::string(overview.program)});
+           });
+}
+
+bool SettingsLinkOpener::isHere(std::string_view desktop) const {
+    return std::ranges::find(desktops_, desktop) != desktops_.end();
 }
 
 } // namespace LinuxPlatform

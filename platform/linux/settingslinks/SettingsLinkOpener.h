@@ -4,11 +4,13 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace LinuxPlatform {
 
-/// Opens the page of the desktop's own control centre that belongs to a settings address.
+/// Opens the page of the desktop's own control centre that belongs to a settings address, or else the whole
+/// control centre.
 class SettingsLinkOpener : public Platform::UrlOpener {
 public:
     /// Starts a program, given as its name and arguments, and returns whether it is there to be started.
@@ -20,6 +22,8 @@ public:
     bool open(const std::string& url) override;
 
 private:
+    bool isHere(std::string_view desktop) const;
+
     std::vector<std::string> desktops_;
     Launch launch_;
 };
