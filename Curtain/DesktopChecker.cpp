@@ -23,14 +23,15 @@ DesktopChecker::DesktopChecker(const DesktopController& controller, Platform::Fi
       mainQueue_(mainQueue) {}
 
 DesktopChecker::Report DesktopChecker::check() const {
-    Report report;
-    report.iconsHidden = controller_.iconsHidden();
-    if (const auto folder = folders_.desktop()) {
-        if (const auto contents = fileManager_.contentsOfDirectory(*folder)) {
-            report.fileCount = std::ranges::count_if(*contents, isVisible);
-        }
-    }
-    return report;
+    // In this order.
+    const bool iconsHidden = controller_.iconsHidden();
+    return {fileCount(), iconsHidden};
+}
+
+std::int64_t DesktopChecker::fileCount() const {
+    const auto folder = folders_.desktop();
+    const auto contents = folder ? fileManager_.contentsOfDirectory(*folder) : std::nullopt;
+    return contents ? std::ranges::count_if(*contents, isVisible) : 0;
 }
 
 void DesktopChecker::requestAccess(std::function<void()> completion) const {

@@ -29,6 +29,8 @@ public:
 
     /// Blocks for one run of the desktop's tool.
     Report check() const;
+    /// The `fileCount` of a report, without asking the desktop about its icons.
+    std::int64_t fileCount() const;
     /// Reads the desktop folder once beside the main thread, so that the system can ask the user; then runs
     /// `completion` on the main thread, whatever came of it.
     void requestAccess(std::function<void()> completion) const;

@@ -234,7 +234,7 @@ void OnboardingViewModel::finish() {
 }
 
 void OnboardingViewModel::desktopAnswered() {
-    desktopFileCount_ = services_.desktopChecker.check().fileCount;
+    desktopFileCount_ = services_.desktopChecker.fileCount();
     setStatus(PermissionKind::desktop, PermissionStatus::granted);
 }
 

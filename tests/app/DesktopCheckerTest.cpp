@@ -36,6 +36,17 @@ TEST_F(DesktopCheckerTest, CountsWhatDoesNotBeginWithADot) {
     EXPECT_THAT(files.listedFolders, ElementsAre("/home/ada/Desktop"));
 }
 
+TEST_F(DesktopCheckerTest, CountsWithoutAskingForTheIcons) {
+    putOnDesktop("letter.odt");
+    putOnDesktop(".hidden");
+    EXPECT_EQ(checker.fileCount(), 1);
+    EXPECT_THAT(runner.runs, IsEmpty());
+    files.unreadableFolders = {"/home/ada/Desktop"};
+    EXPECT_EQ(checker.fileCount(), 0);
+    folders.desktopFolder = std::nullopt;
+    EXPECT_EQ(checker.fileCount(), 0);
+}
+
 TEST_F(DesktopCheckerTest, ADotInTheFoldersOwnNameHidesNothing) {
     folders.desktopFolder = "/home/ada/.desk/.top";
     files.addFile("/home/ada/.desk/.top/letter.odt");
