@@ -4,6 +4,7 @@
 #include "tests/platform/CameraWorld.h"
 
 #include <gmock/gmock.h>
+#include <turbojpeg.h>
 
 #include <array>
 #include <cstdint>
@@ -343,6 +344,39 @@ TEST(FrameDecoderTest, JpegThatClaimsToBeEnormousIsNone) {
         EXPECT_FALSE(decoder.picture(frameOf(PixelLayout::jpeg, 64, 48, jpeg), 30, 20)) << width;
         EXPECT_FALSE(decoder.photo(frameOf(PixelLayout::jpeg, 64, 48, jpeg))) << width;
     }
+}
+
+/// A progressive JPEG whose last scan comes that many times.
+Bytes withScans(int count) {
+    const auto picture = barsPicture(64, 48);
+    auto* const compressor = tjInitCompress();
+    unsigned char* data = nullptr;
+    unsigned long size = 0;
+    tjCompress2(compressor, reinterpret_cast<const unsigned char*>(picture->pixels.data()), picture->width, 0,
+                picture->height, TJPF_BGRX, &data, &size, TJSAMP_422, 92, TJFLAG_PROGRESSIVE);
+    const auto* const first = reinterpret_cast<const std::byte*>(data);
+    Bytes jpeg(first, first + size);
+    tjFree(data);
+    tjDestroy(compressor);
+    const std::array mark{std::byte{0xFF}, std::byte{0xDA}};
+    const auto lastScan = std::ranges::find_end(jpeg, mark).begin();
+    // Without the two bytes that end the file.
+    const Bytes scan(lastScan, jpeg.end() - 2);
+    jpeg.resize(jpeg.size() - 2);
+    for (int turn = 1; turn < count; ++turn) {
+        jpeg.insert(jpeg.end(), scan.begin(), scan.end());
+    }
+    jpeg.insert(jpeg.end(), {std::byte{0xFF}, std::byte{0xD9}});
+    return jpeg;
+}
+
+TEST(FrameDecoderTest, JpegOfThousandsOfScansIsNone) {
+    FrameDecoder decoder;
+    const auto ordinary = withScans(1);
+    EXPECT_TRUE(decoder.picture(frameOf(PixelLayout::jpeg, 64, 48, ordinary), 30, 20));
+    const auto jpeg = withScans(5000);
+    EXPECT_FALSE(FrameDecoder().picture(frameOf(PixelLayout::jpeg, 64, 48, jpeg), 30, 20));
+    EXPECT_FALSE(FrameDecoder().photo(frameOf(PixelLayout::jpeg, 64, 48, jpeg)));
 }
 
 TEST(FrameDecoderTest, JpegsOwnSizeCounts) {
