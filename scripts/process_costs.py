@@ -18,12 +18,15 @@ class Memory(NamedTuple):
     proportional: float
     resident: float
     private: float
+    # The process's own, however many others share its libraries.
+    anonymous: float
 
 
 def memory(pid):
     rollup = Path(f"/proc/{pid}/smaps_rollup").read_text()
     sizes = {name: int(size) / 1024 for name, size in re.findall(r"^(\w+): +(\d+) kB", rollup, re.MULTILINE)}
-    return Memory(sizes["Pss"], sizes["Rss"], sizes["Private_Clean"] + sizes["Private_Dirty"])
+    return Memory(sizes["Pss"], sizes["Rss"], sizes["Private_Clean"] + sizes["Private_Dirty"],
+                  sizes["Anonymous"])
 
 
 def handles(pid):

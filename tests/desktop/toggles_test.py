@@ -28,7 +28,7 @@ class TogglesTest(DesktopCase):
         self.assertGreater(before[1].get("PASSIVE GRAB", 0), 0)
         self.toggle_times(TOGGLES)
         after = self.costs(resources)
-        print(f"{TOGGLES} toggles: private {before[2]:.2f} MiB before, {after[2]:.2f} MiB after, {after[0]} handles, "
+        print(f"{TOGGLES} toggles: {before[2]:.2f} MiB before, {after[2]:.2f} MiB after, {after[0]} handles, "
               f"{after[1].get('PASSIVE GRAB')} grabs")
         self.assertEqual(after[:2], before[:2])
         self.assertLess(after[2] - before[2], MEGABYTES_OF_NOISE)
@@ -40,14 +40,14 @@ class TogglesTest(DesktopCase):
             wait_until(lambda: self.xterm.is_hidden == is_hidden, f"hidden: {is_hidden}")
 
     def costs(self, resources):
-        """Handles, the server's resources and private memory, once two looks in a row agree on the first two."""
+        """Handles, the server's resources and memory of its own, once two looks in a row agree on the first two."""
         seen = []
 
         def are_at_rest():
             seen.append((handles(self.curtain.pid), resources.of(self.curtain.pid)))
             return len(seen) > 50 and all(look == seen[-1] for look in seen[-50:])
         wait_until(are_at_rest, "handles and resources are at rest", 30)
-        return *seen[-1], memory(self.curtain.pid).private
+        return *seen[-1], memory(self.curtain.pid).anonymous
 
 
 if __name__ == "__main__":
