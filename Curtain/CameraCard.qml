@@ -29,7 +29,6 @@ Item {
                 anchors.fill: parent
                 camera: card.model.camera
                 mirrored: card.model.isMirrored
-                color: Theme.stage
                 Accessible.role: Accessible.Graphic
                 Accessible.name: card.model.text("cameraPreview")
             }

@@ -11,7 +11,7 @@ Rectangle {
     property bool mirrored: false
     readonly property bool hasPicture: preview.hasPicture
 
-    color: "black"
+    color: Theme.stage
 
     VideoPreview {
         id: preview

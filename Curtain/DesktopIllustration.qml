@@ -38,7 +38,8 @@ Item {
             Behavior on y { NumberAnimation { duration: Theme.iconsLeaveTime; easing.type: Theme.easing } }
         }
     }
-    PictureFrame {
+    RoundFrame {
         anchors.fill: parent
+        radius: Theme.liveAreaRadius
     }
 }

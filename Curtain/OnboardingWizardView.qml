@@ -140,8 +140,9 @@ FocusScope {
                         text: wizard.model.deviceProblem
                     }
                 }
-                PictureFrame {
+                RoundFrame {
                     anchors.fill: parent
+                    radius: Theme.liveAreaRadius
                 }
             }
         }

@@ -60,6 +60,11 @@ FORBIDDEN = re.compile(
     | (?<! [\w.~})-] ) / (?: work | tmp ) /""",
     re.VERBOSE | re.IGNORECASE)
 
+LITERAL_COLOUR = re.compile(
+    r""""\#(?:[0-9A-Fa-f]{3,4}|[0-9A-Fa-f]{6}|[0-9A-Fa-f]{8})"
+    | \b\w*[cC]olor\s*:\s*"(?!transparent")\w+" """,
+    re.VERBOSE)
+
 SCRIPTS = ("scripts/*", "tests/*.py", "tests/*.sh")
 ENDING_BY_NAME = re.compile(r"\b(?:p[k]ill|kill[a]ll)\b")
 
@@ -128,6 +133,9 @@ def offences(path, text, paths):
         yield 0, f'"{match[0]}" must not stand in a file name'
     for line, match in matches(FORBIDDEN, text):
         yield line, f'"{match[0]}" must not stand here'
+    if fnmatchcase(path, "Curtain/*.qml") and path != "Curtain/Theme.qml":
+        for line, match in matches(LITERAL_COLOUR, text):
+            yield line, f"{match[0]}: colours are in Theme.qml"
     if any(fnmatchcase(path, pattern) for pattern in SCRIPTS):
         for line, match in matches(ENDING_BY_NAME, text):
             yield line, f"{match[0]} ends processes by name; end them by the ids you recorded"

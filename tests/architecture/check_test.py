@@ -52,6 +52,15 @@ class CheckTest(unittest.TestCase):
             "tests/core/ATest.cpp": '#include "core/A.h"\n#include "platform/linux/apps/A.h"\n',
         })
 
+    def test_refuses_colours_outside_the_theme(self):
+        self.assert_refused("Curtain/A.qml:2", 'Rectangle {\ncolor: "black"\n}\n')
+        self.assert_refused("Curtain/A.qml:1", 'property color line: "#D3D7DF"\n')
+        self.assert_refused("Curtain/A.qml:1", 'border.color: "red"\n')
+        self.assert_passes({
+            "Curtain/Theme.qml": 'readonly property color window: "#F4F5F8"\n',
+            "Curtain/A.qml": 'color: "transparent"\nproperty color line: Theme.edge\nname: "black"\n',
+        })
+
     def test_refuses_upward_and_sideways_includes(self):
         self.assert_includes_refused([
             ("core/A.h", '"platform/A.h"'), ("core/A.cpp", '"hotkeys/A.h"'), ("core/A.h", '"Curtain/A.h"'),

@@ -1,5 +1,6 @@
 #include "Curtain/CameraPreviewManager.h"
 #include "platform/qt/Items.h"
+#include "platform/qt/ViewEngine.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/FakeCaptureServices.h"
 #include "tests/support/FakeMediaAuthorization.h"
@@ -7,6 +8,7 @@
 #include "tests/support/HandDrivenWorkQueues.h"
 
 #include <QImage>
+#include <QQmlContext>
 #include <QQuickItem>
 #include <QQuickView>
 
@@ -23,7 +25,7 @@ using testing::Pair;
 using TestSupport::plainPicture;
 using TestSupport::spinUntil;
 
-constexpr QRgb black = 0xFF000000;
+constexpr QRgb dark = 0xFF20242E;
 constexpr QRgb red = 0xFFFF0000;
 constexpr QRgb green = 0xFF00FF00;
 constexpr QRgb blue = 0xFF0000FF;
@@ -51,6 +53,7 @@ struct CameraViewsTest : testing::Test {
     TestSupport::HandDrivenQueue mainQueue;
     TestSupport::HandDrivenWorkQueues workQueues;
     CameraPreviewManager manager{{capture, authorization, mainQueue, workQueues}};
+    QtPlatform::DesktopStyle style;
     QQuickView view;
     /// Counted on the thread that paints.
     std::atomic<int> paints = 0;
@@ -58,6 +61,7 @@ struct CameraViewsTest : testing::Test {
     CameraViewsTest() {
         QtPlatform::registerItems();
         capture.cameras = {{"front", "Front Camera"}};
+        view.rootContext()->setContextProperty(QStringLiteral("Desktop"), &style);
         view.setResizeMode(QQuickView::SizeRootObjectToView);
         QObject::connect(&view, &QQuickWindow::frameSwapped, [this] { ++paints; });
     }
@@ -100,7 +104,7 @@ struct CameraViewsTest : testing::Test {
 
 TEST_F(CameraViewsTest, PreviewIsDarkWithoutAPicture) {
     showPreview(160, 90);
-    EXPECT_EQ(pixel(80, 45), black);
+    EXPECT_EQ(pixel(80, 45), dark);
 }
 
 TEST_F(CameraViewsTest, PreviewWithoutACameraIsDark) {
@@ -108,7 +112,7 @@ TEST_F(CameraViewsTest, PreviewWithoutACameraIsDark) {
     view.resize(160, 90);
     view.show();
     ASSERT_TRUE(spinUntil([&] { return view.isExposed(); }));
-    EXPECT_EQ(pixel(80, 45), black);
+    EXPECT_EQ(pixel(80, 45), dark);
 }
 
 TEST_F(CameraViewsTest, PreviewShowsTheNewestPicture) {
@@ -120,7 +124,7 @@ TEST_F(CameraViewsTest, PreviewShowsTheNewestPicture) {
     EXPECT_EQ(pixel(100, 45), blue);
     EXPECT_EQ(pixel(140, 45), gray);
     capture.session->show(nullptr);
-    EXPECT_EQ(pixel(80, 45), black);
+    EXPECT_EQ(pixel(80, 45), dark);
 }
 
 TEST_F(CameraViewsTest, WidePictureFillsASquareAndLosesItsSides) {
@@ -194,7 +198,7 @@ TEST_F(CameraViewsTest, OldPictureIsGoneWhenThePreviewIsShownAgain) {
     capture.session->show(nullptr);
     view.show();
     ASSERT_TRUE(spinUntil([&] { return view.isExposed(); }));
-    EXPECT_EQ(pixel(80, 45), black);
+    EXPECT_EQ(pixel(80, 45), dark);
 }
 
 TEST_F(CameraViewsTest, NothingIsPaintedUnlessAPictureCame) {
