@@ -2,8 +2,6 @@
 
 #include "Curtain/ViewText.h"
 
-#include <QUrl>
-
 #include <utility>
 
 namespace Curtain {
@@ -61,10 +59,7 @@ QVariant AppChoiceModel::data(const QModelIndex& index, int role) const {
         return settings_.isSelected(*entry);
     case Role::icon: {
         const auto image = catalog_.icon(entry->bundleID);
-        return image && !image->source.empty()
-                   ? QStringLiteral("image://icon/") +
-                         QString::fromLatin1(QUrl::toPercentEncoding(QString::fromStdString(image->source)))
-                   : QString();
+        return image ? iconAddress(*image) : QString();
     }
     default:
         return {};

@@ -2,6 +2,7 @@
 
 #include "Curtain/PlatformWording.h"
 #include "Curtain/SettingsLinks.h"
+#include "Curtain/ViewText.h"
 #include "core/Localizer.h"
 #include "core/RawValue.h"
 
@@ -18,10 +19,6 @@ using CurtainCore::PermissionKind;
 using CurtainCore::PermissionStatus;
 using Platform::AuthorizationStatus;
 using Platform::MediaType;
-
-QString qt(std::string_view text) {
-    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
 
 PlatformKey sentence(Platform::HidingObstacle obstacle) {
     switch (obstacle) {
@@ -64,7 +61,7 @@ void OnboardingViewModel::windowWillClose() {
 }
 
 QString OnboardingViewModel::langText() const {
-    return qt(lang_);
+    return toQString(lang_);
 }
 
 bool OnboardingViewModel::isRightToLeft() const {
@@ -78,7 +75,8 @@ QString OnboardingViewModel::page() const {
     case OnboardingStep::Page::compatibility:
         return QStringLiteral("compatibility");
     case OnboardingStep::Page::permission:
-        return qt(CurtainCore::rawValue(flow_.step().permissionKind().value_or(PermissionKind::desktop)));
+        return toQString(
+            CurtainCore::rawValue(flow_.step().permissionKind().value_or(PermissionKind::desktop)));
     case OnboardingStep::Page::summary:
         return QStringLiteral("summary");
     }
@@ -113,14 +111,15 @@ QString OnboardingViewModel::videoApps() const {
     QStringList names;
     if (compatibility_) {
         for (const auto& name : compatibility_->videoAppNames) {
-            names.append(qt(name));
+            names.append(toQString(name));
         }
     }
     return names.join(QStringLiteral(" · "));
 }
 
 QString OnboardingViewModel::hidingObstacle() const {
-    return hidingObstacle_ ? qt(PlatformWording::string(sentence(*hidingObstacle_), lang_)) : QString();
+    return hidingObstacle_ ? toQString(PlatformWording::string(sentence(*hidingObstacle_), lang_))
+                           : QString();
 }
 
 bool OnboardingViewModel::isGranted() const {
@@ -132,17 +131,17 @@ bool OnboardingViewModel::isDenied() const {
 }
 
 QString OnboardingViewModel::settingsProblem() const {
-    return isSettingsPageMissing_ ? qt(PlatformWording::string(PlatformKey::noSettingsPage, lang_))
+    return isSettingsPageMissing_ ? toQString(PlatformWording::string(PlatformKey::noSettingsPage, lang_))
                                   : QString();
 }
 
 QString OnboardingViewModel::deviceProblem() const {
     const auto kind = flow_.step().permissionKind();
     if (kind == PermissionKind::microphone && services_.micMonitor.status() == MicStatus::noInputDevice) {
-        return qt(PlatformWording::string(LocKey::micNoInput, lang_));
+        return toQString(PlatformWording::string(LocKey::micNoInput, lang_));
     }
     if (kind == PermissionKind::camera && services_.cameraManager.status() == CameraStatus::noCameraFound) {
-        return qt(PlatformWording::string(LocKey::noCameraFound, lang_));
+        return toQString(PlatformWording::string(LocKey::noCameraFound, lang_));
     }
     return {};
 }
@@ -164,14 +163,12 @@ bool OnboardingViewModel::isPreviewMirrored() const {
 }
 
 QString OnboardingViewModel::desktopSummary() const {
-    return qt(PlatformWording::string(LocKey::wizSummaryDesktop, lang_))
+    return toQString(PlatformWording::string(LocKey::wizSummaryDesktop, lang_))
         .replace(QStringLiteral("%@"), QString::number(desktopFileCount_));
 }
 
 QString OnboardingViewModel::text(const QString& key) const {
-    const auto name = key.toStdString();
-    const auto known = CurtainCore::fromRawValue<LocKey>(name);
-    return known ? qt(PlatformWording::string(*known, lang_)) : key;
+    return viewText(key, lang_);
 }
 
 void OnboardingViewModel::advance() {

@@ -44,10 +44,6 @@ const std::vector<KeyboardShortcuts::Shortcut>& windowShortcuts() {
     return all;
 }
 
-QString toQString(std::string_view text) {
-    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
-
 } // namespace
 
 SettingsView::SettingsView(const Services& services)
@@ -84,14 +80,7 @@ bool SettingsView::isRightToLeft() const {
 }
 
 QVariantMap SettingsView::texts() const {
-    QVariantMap texts;
-    for (const auto& [key, name] : CurtainCore::RawValues<LocKey>::cases) {
-        texts.insert(toQString(name), toQString(PlatformWording::string(key, lang_)));
-    }
-    for (const auto& [key, name] : CurtainCore::RawValues<PlatformKey>::cases) {
-        texts.insert(toQString(name), toQString(PlatformWording::string(key, lang_)));
-    }
-    return texts;
+    return viewTexts(lang_);
 }
 
 QVariantMap SettingsView::switches() const {
@@ -212,7 +201,6 @@ void SettingsView::modelChanged() {
     if (auto lang = services_.model.lang(); lang != lang_) {
         lang_ = std::move(lang);
         Q_EMIT langChanged();
-        Q_EMIT camerasChanged();
     }
     Q_EMIT prefsChanged();
     Q_EMIT camerasChanged();

@@ -2,6 +2,8 @@
 
 #include "Curtain/PlatformWording.h"
 
+#include <QUrl>
+
 #include <optional>
 
 namespace Curtain {
@@ -9,10 +11,6 @@ namespace {
 
 /// More than any place for a name has room for.
 constexpr qsizetype longestName = 200;
-
-QString toQString(std::string_view text) {
-    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
 
 template <typename Key>
 std::optional<QString> textFor(std::string_view name, std::string_view lang) {
@@ -22,6 +20,13 @@ std::optional<QString> textFor(std::string_view name, std::string_view lang) {
         }
     }
     return std::nullopt;
+}
+
+template <typename Key>
+void insertTexts(QVariantMap& texts, std::string_view lang) {
+    for (const auto& [key, name] : CurtainCore::RawValues<Key>::cases) {
+        texts.insert(toQString(name), toQString(PlatformWording::string(key, lang)));
+    }
 }
 
 bool isKept(QChar character) {
@@ -54,6 +59,23 @@ QString viewText(const QString& key, std::string_view lang) {
         return *text;
     }
     qFatal("there is no text %s", name.c_str());
+}
+
+QVariantMap viewTexts(std::string_view lang) {
+    QVariantMap texts;
+    insertTexts<CurtainCore::LocKey>(texts, lang);
+    insertTexts<PlatformKey>(texts, lang);
+    return texts;
+}
+
+QString iconAddress(const Platform::Image& icon) {
+    return icon.source.empty() ? QString()
+                               : QStringLiteral("image://icon/") +
+                                     QString::fromLatin1(QUrl::toPercentEncoding(toQString(icon.source)));
+}
+
+QString toQString(std::string_view text) {
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
 QString shownName(std::string_view name, std::string_view identifier) {

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "platform/Image.h"
+
 #include <QString>
+#include <QVariantMap>
 
 #include <string_view>
 
@@ -9,6 +12,14 @@ namespace Curtain {
 /// The text behind a name that a QML file uses: that of a `LocKey` or a `PlatformKey`. Aborts on any other
 /// name.
 QString viewText(const QString& key, std::string_view lang);
+
+/// All of these texts, by their names.
+QVariantMap viewTexts(std::string_view lang);
+
+/// The address under which a QML file finds an app's icon; empty for an icon without a source.
+QString iconAddress(const Platform::Image& icon);
+
+QString toQString(std::string_view text);
 
 /// A name from outside as one short line without control characters; the identifier when nothing is left of
 /// it.

@@ -9,6 +9,7 @@
 #include "tests/views/ViewFixture.h"
 
 #include <QKeyEvent>
+#include <QSignalSpy>
 
 #include <cmath>
 
@@ -236,6 +237,14 @@ TEST_F(SettingsViewTest, AnotherLanguageChangesEveryTextAtOnce) {
     EXPECT_THAT(view.texts(), Contains(QStringLiteral("Autorisations")));
     EXPECT_THAT(view.texts(), Not(Contains(QStringLiteral("Permissions"))));
     EXPECT_THAT(view.texts(), Contains(QStringLiteral("Français")));
+}
+
+TEST_F(SettingsViewTest, AnotherLanguageAnnouncesTheCamerasOnce) {
+    auto view = show();
+    const QSignalSpy announcements(content.get(), &Curtain::SettingsView::camerasChanged);
+    model->set(&Preferences::language, AppLanguage::fr);
+    EXPECT_EQ(announcements.size(), 1);
+    EXPECT_EQ(content->cameras().front(), text(LocKey::defaultOption));
 }
 
 TEST_F(SettingsViewTest, TheRestartCaptionIsShownWhileDetectionIsOn) {
