@@ -1,4 +1,5 @@
 import QtQuick
+import QtQuick.Window
 
 /// What the camera sees, or why it sees nothing.
 Item {
@@ -8,8 +9,19 @@ Item {
     property bool isMirroredLayout: false
 
     readonly property string cameraState: model.cameraState
+    readonly property bool lacksPicture: preview.item !== null && !preview.item.hasPicture
+        && Window.window !== null && Window.window.visible
+    /// A camera that has just been opened may take a moment; one that stays dark has gone.
+    property bool isDark: false
     readonly property bool isExplained: cameraState === "noPermission" || cameraState === "noCameraFound"
 
+    onLacksPictureChanged: isDark = false
+
+    Timer {
+        interval: 1500
+        running: card.lacksPicture
+        onTriggered: card.isDark = true
+    }
     Rectangle {
         anchors.fill: parent
         radius: Theme.cardRadius
@@ -23,6 +35,8 @@ Item {
         anchors.fill: parent
         active: card.cameraState === "available"
         sourceComponent: Item {
+            readonly property alias hasPicture: picture.hasPicture
+
             CameraPreviewView {
                 id: picture
                 objectName: "preview"
@@ -180,7 +194,8 @@ Item {
     Column {
         anchors.centerIn: parent
         width: parent.width - 32
-        visible: card.cameraState === "unavailable"
+        objectName: "noPicture"
+        visible: card.cameraState === "unavailable" || card.isDark
         spacing: 8
 
         Symbol {

@@ -4,8 +4,11 @@ It needs the microphone and the cameras of scripts/virtual-desktop --media --cam
 """
 
 import json
+import os
+import signal
 import subprocess
 import unittest
+from pathlib import Path
 
 from desktop_case import XTERM, DesktopCase, wait_until, write_preferences
 from screen_reader import Gone, ScreenReader
@@ -48,7 +51,7 @@ POPOVER = [
 ]
 
 
-class AccessibilityTest(DesktopCase):
+class AccessibilityCase(DesktopCase):
     def setUp(self):
         super().setUp()
         self.reader = ScreenReader()
@@ -103,6 +106,8 @@ class AccessibilityTest(DesktopCase):
             self.assertTrue(element.name or element.role in SILENT, f"a {element.role} without a name: {list(map(str, elements))}")
         return elements
 
+
+class AccessibilityTest(AccessibilityCase):
     def test_the_popover_is_read_from_top_to_bottom(self):
         self.start()
         self.open_xterm(x=60, y=500)
@@ -235,6 +240,26 @@ class AccessibilityTest(DesktopCase):
             self.assertEqual(sum(element.role == "heading" for element in elements), 1)
             self.press_button(button)
         wait_until(lambda: self.stored()["hasOnboarded"], "the wizard is done")
+
+
+class UnpluggingTest(AccessibilityCase):
+    """In a world of its own, whose cameras are others afterwards."""
+
+    def test_a_camera_that_is_unplugged_leaves_a_sign_until_it_is_back(self):
+        self.start()
+        self.open()
+        self.wait_line("panel: Camera: Looks good")
+        pids = Path(os.environ["VIRTUAL_DESKTOP_PIDS"])
+        cameras = ("front_camera", "desk_camera")
+        commands = [(Path("/proc") / (pids / name).read_text().strip() / "cmdline").read_bytes().decode().split("\0")[:-1]
+                    for name in cameras]
+        for name in cameras:
+            os.kill(int((pids / name).read_text()), signal.SIGTERM)
+        self.wait_line("label: Camera Preview")
+        self.assert_all_is_said()
+        for command in commands:
+            os.posix_spawn(command[0], command, os.environ)
+        wait_until(lambda: self.lines() and "label: Camera Preview" not in self.lines(), "there is a picture again")
 
 
 if __name__ == "__main__":

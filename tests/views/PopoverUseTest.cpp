@@ -317,6 +317,17 @@ TEST_F(Popover, TheCameraMayVanish) {
     EXPECT_THAT(shown->texts(), Contains(QString("No camera found")));
 }
 
+TEST_F(Popover, ACameraThatStaysDarkShowsASign) {
+    world.startCamera();
+    show();
+    EXPECT_EQ(shown->find("noPicture"), nullptr);
+    world.capture.session->show(nullptr);
+    EXPECT_TRUE(ShownView::waitFor([&] { return shown->find("noPicture") != nullptr; }));
+    EXPECT_THAT(shown->problems(false), IsEmpty());
+    world.capture.session->show(portrait(664, 372));
+    EXPECT_TRUE(ShownView::waitFor([&] { return shown->find("noPicture") == nullptr; }));
+}
+
 TEST_F(Popover, TheBadgeWaitsForAPicture) {
     world.makeClear();
     world.capture.session->show(nullptr);
