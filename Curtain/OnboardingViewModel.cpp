@@ -131,7 +131,7 @@ bool OnboardingViewModel::isDenied() const {
 }
 
 QString OnboardingViewModel::settingsProblem() const {
-    return isSettingsPageMissing_ ? toQString(PlatformWording::string(PlatformKey::noSettingsPage, lang_))
+    return isSettingsPageMissing_ ? toQString(PlatformWording::string(PlatformKey::noPermissionPage, lang_))
                                   : QString();
 }
 

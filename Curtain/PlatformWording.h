@@ -19,8 +19,10 @@ enum class PlatformKey {
     noWindowManager,
     /// The same: what hides them is installed, and the desktop loads it when its next session begins.
     logOutOnce,
-    /// The desktop has no page that a settings button could open.
+    /// The desktop has no page that a settings button could open, and what to do instead.
     noSettingsPage,
+    /// The same, where the page would grant a permission.
+    noPermissionPage,
     noTray,
     noGlobalShortcuts,
     noShareDetection,
@@ -47,11 +49,12 @@ std::string_view string(PlatformKey key, std::string_view lang);
 
 template <>
 struct CurtainCore::RawValues<Curtain::PlatformKey> {
-    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 10> cases{{
+    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 11> cases{{
         {Curtain::PlatformKey::noHidingOnWayland, "noHidingOnWayland"},
         {Curtain::PlatformKey::noWindowManager, "noWindowManager"},
         {Curtain::PlatformKey::logOutOnce, "logOutOnce"},
         {Curtain::PlatformKey::noSettingsPage, "noSettingsPage"},
+        {Curtain::PlatformKey::noPermissionPage, "noPermissionPage"},
         {Curtain::PlatformKey::noTray, "noTray"},
         {Curtain::PlatformKey::noGlobalShortcuts, "noGlobalShortcuts"},
         {Curtain::PlatformKey::noShareDetection, "noShareDetection"},

@@ -468,7 +468,7 @@ TEST_F(OnboardingViewModelTest, OpensThePrivacyPageOfTheSettings) {
 
 TEST_F(OnboardingViewModelTest, SaysThatThereIsNoSettingsPageUntilThereIsOneOrThePageIsLeft) {
     const auto sentence =
-        std::string(Curtain::PlatformWording::string(Curtain::PlatformKey::noSettingsPage, "en"));
+        std::string(Curtain::PlatformWording::string(Curtain::PlatformKey::noPermissionPage, "en"));
     urlOpener.canOpen = false;
     startAt(PermissionKind::microphone);
     model->openSystemSettings();

@@ -202,14 +202,18 @@ TEST(PlatformWording, TheEnglishTextsOfItsOwn) {
     for (const auto key : allCases<PlatformKey>()) {
         sentences.emplace_back(PlatformWording::string(key, "en"));
     }
-    EXPECT_THAT(sentences, ElementsAre("This Wayland desktop offers no way to hide other apps.",
-                                       "No window manager is running, so apps can't be hidden.",
-                                       "Log out and back in once so that Curtain can hide apps.",
-                                       "No matching settings page was found on this system.",
-                                       "No system tray was found. Add one to see Curtain's icon.",
-                                       "This session doesn't support global shortcuts.",
-                                       "Screen sharing can't be detected in this session.", "Mirror picture",
-                                       "More options", "Clear search"));
+    EXPECT_THAT(
+        sentences,
+        ElementsAre(
+            "This Wayland desktop offers no way to hide other apps.",
+            "No window manager is running, so apps can't be hidden.",
+            "Log out and back in once so that Curtain can hide apps.",
+            "No matching settings page was found. Look in your desktop's menus or panel.",
+            "No matching settings page was found. Allow access with your desktop's own tools, then continue.",
+            "No system tray was found. Add one to see Curtain's icon.",
+            "This session doesn't support global shortcuts.",
+            "Screen sharing can't be detected in this session.", "Mirror picture", "More options",
+            "Clear search"));
 }
 
 TEST(PlatformWording, AnUnknownLanguageReadsEnglish) {

@@ -282,9 +282,11 @@ TEST_F(ReadinessView, OpensTheSystemsSettings) {
     world.urlOpener.canOpen = false;
     view().openFocus();
     EXPECT_EQ(view().cameraSettingsProblem(), "");
-    EXPECT_EQ(view().focusProblem(), "No matching settings page was found on this system.");
+    EXPECT_EQ(view().focusProblem(),
+              "No matching settings page was found. Look in your desktop's menus or panel.");
     view().openCameraSettings();
-    EXPECT_EQ(view().cameraSettingsProblem(), "No matching settings page was found on this system.");
+    EXPECT_EQ(view().cameraSettingsProblem(),
+              "No matching settings page was found. Look in your desktop's menus or panel.");
     EXPECT_EQ(view().focusProblem(), "");
     view().didOpen();
     EXPECT_EQ(view().cameraSettingsProblem(), "");
@@ -431,7 +433,7 @@ TEST_F(ReadinessViewDeath, ATextThatDoesNotExistIsAMistake) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_DEATH(Curtain::viewText("noSuchText", "en"), "there is no text noSuchText");
     EXPECT_EQ(Curtain::viewText("noSettingsPage", "en"),
-              "No matching settings page was found on this system.");
+              "No matching settings page was found. Look in your desktop's menus or panel.");
 }
 
 } // namespace
