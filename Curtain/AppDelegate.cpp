@@ -62,6 +62,9 @@ AppDelegate::AppDelegate(Platform::Platform& platform)
 
 AppDelegate::~AppDelegate() {
     platform_.popover->setOnDidClose(nullptr);
+    platform_.popover->close();
+    // It reads objects that end here.
+    platform_.popover->setContent({});
 }
 
 CurtainCore::HideEngine& AppDelegate::engine() {
@@ -93,6 +96,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     platform_.popover->setOnDidClose(lifetime_.weak([this] { popoverDidClose(); }));
     statusItem_ = platform_.statusBar->makeStatusItem();
     statusItem_->setAction(statusItemEvents, [this](const auto& event) { statusItemClicked(event); });
+    statusItem_->setMenu([this] { return statusMenu(); });
     updateIcon();
     setupPopoverAutoClose();
     workspaceObserver_.onAppAppeared = [this](const std::string& bundleID) { appAppeared(bundleID); };
@@ -258,7 +262,7 @@ void AppDelegate::togglePopover() {
     }
     coordinator().refresh();
     popover.setContent(makeReadinessView());
-    const auto screen = platform_.screens->main();
+    const auto screen = popoverScreen();
     const double height =
         screen ? std::min(popoverMaximumHeight, screen->visibleFrame.height - popoverScreenMargin)
                : popoverMaximumHeight;
@@ -266,21 +270,35 @@ void AppDelegate::togglePopover() {
     popover.show(*statusItem_);
 }
 
+/// The one that holds the status item, where its place is known.
+std::optional<Platform::Screen> AppDelegate::popoverScreen() {
+    if (const auto frame = statusItem_->frame()) {
+        if (const auto screen = platform_.screens->at({frame->x, frame->y})) {
+            return screen;
+        }
+    }
+    return platform_.screens->main();
+}
+
 void AppDelegate::showStatusMenu() {
-    using CurtainCore::LocKey;
     if (platform_.popover->isShown()) {
         platform_.popover->close();
     }
+    statusItem_->popUpMenu(statusMenu());
+}
+
+Platform::Menu AppDelegate::statusMenu() {
+    using CurtainCore::LocKey;
     const auto lang = currentLang();
     const auto text = [&](LocKey key) { return std::string(PlatformWording::string(key, lang)); };
     const Platform::MenuItem separator;
-    statusItem_->popUpMenu({{{"Curtain " + platform_.resources->shortVersion().value_or("?"), nullptr},
-                             separator,
-                             {text(LocKey::open), lifetime_.weak([this] { menuOpen(); })},
-                             {text(LocKey::settings), lifetime_.weak([this] { openSettings(); })},
-                             separator,
-                             {text(LocKey::quit), lifetime_.weak([this] { menuQuit(); })}},
-                            CurtainCore::Localizer::isRightToLeft(lang)});
+    return {{{"Curtain " + platform_.resources->shortVersion().value_or("?"), nullptr},
+             separator,
+             {text(LocKey::open), lifetime_.weak([this] { menuOpen(); })},
+             {text(LocKey::settings), lifetime_.weak([this] { openSettings(); })},
+             separator,
+             {text(LocKey::quit), lifetime_.weak([this] { menuQuit(); })}},
+            CurtainCore::Localizer::isRightToLeft(lang)};
 }
 
 void AppDelegate::popoverDidClose() {

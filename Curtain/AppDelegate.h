@@ -64,7 +64,9 @@ private:
 
     void statusItemClicked(const std::optional<Platform::Event>& event);
     void togglePopover();
+    std::optional<Platform::Screen> popoverScreen();
     void showStatusMenu();
+    Platform::Menu statusMenu();
     void popoverDidClose();
     void handleOutsideClick();
     void closeUnlessPanelIsUsed();

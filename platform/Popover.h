@@ -14,7 +14,7 @@ public:
     virtual ~Popover() = default;
 
     virtual bool isShown() const = 0;
-    /// The view to show next; the one before it is let go.
+    /// The view to show next, none when it has no source; the one before it is let go.
     virtual void setContent(View content) = 0;
     virtual void setContentSize(const Size& size) = 0;
     /// Shows the popover beside the item and gives it the keyboard.

@@ -24,6 +24,8 @@ public:
     virtual std::vector<Screen> screens() = 0;
     /// The one that the user works on, which is the one with the pointer; absent without any.
     virtual std::optional<Screen> main() = 0;
+    /// The one that shows that pixel of the whole screen; absent when none does.
+    virtual std::optional<Screen> at(const Point& pixel) = 0;
     virtual Point mouseLocation() = 0;
 };
 

@@ -23,6 +23,8 @@ public:
     virtual void setImage(const Image& image) = 0;
     /// `action` is called for those events whose type's bit is set in `eventMask`.
     virtual void setAction(std::uint64_t eventMask, Action action) = 0;
+    /// What a click for the menu would pop up now, for panels that ask for it before.
+    virtual void setMenu(std::function<Menu()> menu) = 0;
     /// Where the item is, in pixels of the whole screen; a point without extent where only the last click's
     /// place is known.
     virtual std::optional<Rect> frame() const = 0;

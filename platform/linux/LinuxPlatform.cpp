@@ -58,6 +58,7 @@
 #include "platform/qt/QtUuidSource.h"
 #include "platform/qt/QtWallClock.h"
 #include "platform/qt/QtWindows.h"
+#include "platform/qt/ScreenGeometry.h"
 #include "platform/qt/ViewEngine.h"
 #include "platform/qt/WindowManagerLink.h"
 
@@ -152,6 +153,7 @@ TrayToolkit trayToolkit() {
         .render = QtPlatform::renderImage,
         .popUpMenu = [menu = std::make_shared<QtPlatform::PopUpMenu>()](
                          const auto& content, const auto& place) { menu->show(content, place); },
+        .pointer = QtPlatform::ScreenGeometry::pointer,
         .textColor = QGuiApplication::palette().color(QPalette::WindowText),
         .pixelsPerPoint = qGuiApp->devicePixelRatio(),
     };

@@ -14,6 +14,8 @@ HostedView::~HostedView() = default;
 void HostedView::setContent(Platform::View content) {
     if (item_ && content.source == content_.source) {
         engine_.setModel(*item_, content);
+    } else if (content.source.empty()) {
+        item_.reset();
     } else {
         item_ = engine_.makeItem(content);
         item_->setParentItem(window_.contentItem());

@@ -20,7 +20,7 @@ public:
     HostedView(const HostedView&) = delete;
     HostedView& operator=(const HostedView&) = delete;
 
-    /// A view of the same source as before stays and only gets the other model.
+    /// A view of the same source as before stays and only gets the other model; one without a source is none.
     void setContent(Platform::View content);
     /// In points of the window.
     void setGeometry(const Platform::Rect& geometry);

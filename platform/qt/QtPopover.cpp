@@ -64,6 +64,9 @@ bool QtPopover::isShown() const {
 }
 
 void QtPopover::setContent(Platform::View content) {
+    if (!window_ && content.source.empty()) {
+        return;
+    }
     makeWindow();
     view_->setContent(std::move(content));
 }

@@ -54,6 +54,12 @@ std::optional<Platform::Screen> QtScreens::main() {
     return screen != nullptr ? std::optional(describe(*screen)) : std::nullopt;
 }
 
+std::optional<Platform::Screen> QtScreens::at(const Platform::Point& pixel) {
+    const auto* const screen =
+        ScreenGeometry::screenAt(QPoint(static_cast<int>(pixel.x), static_cast<int>(pixel.y)));
+    return screen != nullptr ? std::optional(describe(*screen)) : std::nullopt;
+}
+
 Platform::Point QtScreens::mouseLocation() {
     const auto position = QCursor::pos();
     return {static_cast<double>(position.x()), static_cast<double>(position.y())};

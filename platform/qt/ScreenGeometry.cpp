@@ -1,5 +1,6 @@
 #include "platform/qt/ScreenGeometry.h"
 
+#include <QCursor>
 #include <QGuiApplication>
 #include <QScreen>
 
@@ -21,6 +22,18 @@ QRectF inPoints(const QRect& pixels, const QScreen& screen) {
     const auto ratio = screen.devicePixelRatio();
     const QPointF offset = QPointF(pixels.topLeft() - corner) / ratio;
     return {QPointF(corner) + offset, QSizeF(pixels.size()) / ratio};
+}
+
+std::optional<QPoint> pointer() {
+    const bool isEveryWindowOfX11 = QGuiApplication::platformName() == QLatin1String("xcb") &&
+                                    qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+    const auto position = QCursor::pos();
+    const auto* const screen = isEveryWindowOfX11 ? QGuiApplication::screenAt(position) : nullptr;
+    if (screen == nullptr) {
+        return std::nullopt;
+    }
+    const auto corner = screen->geometry().topLeft();
+    return corner + (position - corner) * screen->devicePixelRatio();
 }
 
 } // namespace QtPlatform::ScreenGeometry

@@ -86,6 +86,17 @@ TEST_F(DetectionTest, PrivacyModeOfTheUserIsNeitherAnnouncedNorUndone) {
     EXPECT_THAT(fakes.userNotificationCenter.added, IsEmpty());
 }
 
+TEST_F(DetectionTest, ACallAppAloneLeavesThePrivacyModeOfTheUserOn) {
+    fakes.workspace.run("us.zoom.xos");
+    launch();
+    pressShortcut();
+    takeCalls();
+    watch(true);
+    watch(false);
+    EXPECT_THAT(takeCalls(), IsEmpty());
+    EXPECT_TRUE(isPrivate());
+}
+
 TEST_F(DetectionTest, TheShortcutTakesOverFromDetection) {
     launch();
     watch(true);
@@ -240,9 +251,20 @@ TEST_F(RehideNoticeTest, RevealShowsTheAppAndDropsItFromPrivacyMode) {
     pressShortcut();
     returnOf("a");
     takeCalls();
+    fakes.mainQueue.advance(1.0);
+    const auto images = fakes.statusBar.images.size();
+    fakes.processRunner.runs.clear();
     fakes.userNotificationCenter.answer(fakes.userNotificationCenter.added.back(), "CURTAIN_REVEAL");
     EXPECT_THAT(takeCalls(), ElementsAre("unhide a", "activate a 2"));
     EXPECT_TRUE(isPrivate());
+    EXPECT_THAT(fakes.statusBar.images, SizeIs(images + 1));
+    // The readiness is looked at anew, and once more when the windows have settled.
+    const auto look = TestSupport::FakeProcessRunner::readingIcons();
+    EXPECT_THAT(fakes.processRunner.runs, ElementsAre(look));
+    fakes.mainQueue.advance(0.39);
+    EXPECT_THAT(fakes.processRunner.runs, ElementsAre(look));
+    fakes.mainQueue.advance(0.02);
+    EXPECT_THAT(fakes.processRunner.runs, ElementsAre(look, look));
     returnOf("a");
     EXPECT_THAT(takeCalls(), IsEmpty());
 }

@@ -99,6 +99,37 @@ TEST_F(PopoverTest, IsAsHighAsTheScreenAllows) {
     EXPECT_EQ(fakes.popover.size, (Platform::Size{700, 618}));
 }
 
+TEST_F(PopoverTest, IsAsHighAsTheScreenOfItsItemAllows) {
+    fakes.screens.all = {{{0, 0, 1440, 900}, {0, 28, 1440, 872}},
+                         {{1440, 0, 1024, 528}, {1440, 28, 1024, 500}}};
+    fakes.statusBar.frame = {2000, 2, 24, 24};
+    open();
+    EXPECT_EQ(fakes.popover.size, (Platform::Size{700, 492}));
+    fakes.popover.close();
+    // A panel may tell what no screen shows.
+    fakes.statusBar.frame = {2000, 900, 0, 0};
+    open();
+    EXPECT_EQ(fakes.popover.size, (Platform::Size{700, 618}));
+}
+
+TEST_F(PopoverTest, IsClosedAndEmptyBeforeTheControllerIsGone) {
+    open();
+    const std::weak_ptr<QObject> model = fakes.popover.content.model;
+    delegate.reset();
+    EXPECT_FALSE(fakes.popover.isShown());
+    EXPECT_TRUE(model.expired());
+}
+
+TEST_F(PopoverTest, APanelThatAsksForTheMenuClosesNothing) {
+    open();
+    const auto menu = fakes.statusBar.menu();
+    EXPECT_THAT(menu.items, SizeIs(6));
+    EXPECT_TRUE(fakes.popover.isShown());
+    EXPECT_THAT(fakes.statusBar.menus, IsEmpty());
+    menu.items.at(2).action();
+    EXPECT_FALSE(fakes.popover.isShown());
+}
+
 TEST_F(PopoverTest, CameraAndMicrophoneRunWhileItIsOpen) {
     open();
     EXPECT_TRUE(isCameraOn());
@@ -524,8 +555,11 @@ TEST_F(WizardTest, FinishingStoresItClosesTheWindowAndAsksForNotifications) {
     launch();
     fakes.statusBar.click(leftClick);
     takeEvents();
+    fakes.processRunner.runs.clear();
     model().onFinish();
     EXPECT_TRUE(preferences().hasOnboarded);
+    // The readiness is looked at anew.
+    EXPECT_THAT(fakes.processRunner.runs, ElementsAre(FakeProcessRunner::readingIcons()));
     EXPECT_THAT(fakes.userNotificationCenter.authorizationOptions, ElementsAre(6U));
     EXPECT_FALSE(fakes.windows.all.at(0)->isVisible());
     EXPECT_FALSE(fakes.popover.isShown());

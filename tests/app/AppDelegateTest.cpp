@@ -58,8 +58,10 @@ TEST_F(AppDelegateTest, NothingHappensBeforeTheLaunch) {
 TEST_F(AppDelegateTest, LaunchMakesAnAccessoryWithAnOpenCurtainInThePanel) {
     launch();
     EXPECT_EQ(fakes.application.policy, Platform::ActivationPolicy::accessory);
-    EXPECT_THAT(fakes.events, ElementsAre("activation policy", "popover delegate", "status item",
-                                          "status image", "global monitor", "local monitor"));
+    EXPECT_THAT(fakes.events,
+                ElementsAre("activation policy", "popover delegate", "status item", "status image",
+                            "global monitor", "local monitor", "workspace observer", "workspace observer",
+                            "hot key", "notification delegate"));
     EXPECT_EQ(fakes.eventMonitors.globalMask, 10U);
     EXPECT_EQ(fakes.eventMonitors.localMask, 1024U);
     EXPECT_EQ(fakes.statusBar.items, 1);
@@ -68,6 +70,20 @@ TEST_F(AppDelegateTest, LaunchMakesAnAccessoryWithAnOpenCurtainInThePanel) {
                                                       WorkspaceNotification::didLaunchApplication));
     EXPECT_EQ(fakes.hotKeyService.registrations.size(), 1U);
     EXPECT_THAT(fakes.workspace.calls, IsEmpty());
+}
+
+TEST_F(AppDelegateTest, WhoClicksAsSoonAsThereIsAnIconGetsThePopover) {
+    change([](auto& record) { record.hasOnboarded = true; });
+    fakes.statusBar.onImage = [this] { fakes.statusBar.click(leftClick); };
+    launch();
+    EXPECT_TRUE(fakes.popover.isShown());
+}
+
+TEST_F(AppDelegateTest, ButtonsOfNoticesAreRegisteredInTheLanguageOfTheUser) {
+    fakes.locale.language = "es";
+    launch();
+    ASSERT_EQ(fakes.userNotificationCenter.categories.size(), 2U);
+    EXPECT_EQ(fakes.userNotificationCenter.categories[0].actions.at(0).title, "Deshacer");
 }
 
 TEST_F(AppDelegateTest, ShortcutHidesThePrivateAppsAndShowsThemAgain) {

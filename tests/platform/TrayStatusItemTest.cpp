@@ -187,6 +187,7 @@ protected:
                                   return image;
                               },
                           .popUpMenu = [](const auto&, const auto&) {},
+                          .pointer = [] { return std::nullopt; },
                           .textColor = Qt::blue}};
 
     static bool isRequested(FakeTray& tray) {

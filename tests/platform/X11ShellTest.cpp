@@ -5,6 +5,7 @@
 #include "platform/qt/QtPopover.h"
 #include "platform/qt/QtScreens.h"
 #include "platform/qt/QtWindows.h"
+#include "platform/qt/ScreenGeometry.h"
 #include "platform/qt/ViewEngine.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/X11TestClient.h"
@@ -44,6 +45,7 @@ public:
 
     void setImage(const Platform::Image& /*image*/) override {}
     void setAction(std::uint64_t /*eventMask*/, Action /*action*/) override {}
+    void setMenu(std::function<Platform::Menu()> /*menu*/) override {}
     std::optional<Rect> frame() const override { return frame_; }
     void popUpMenu(const Platform::Menu& /*menu*/) override {}
 
@@ -175,6 +177,27 @@ TEST_F(X11ShellTest, AViewOfTheSameSourceIsKept) {
     const std::weak_ptr<QObject> model = std::make_shared<QObject>();
     popover.setContent({plainView, std::make_shared<QObject>()});
     EXPECT_EQ(first.use_count(), 1);
+}
+
+TEST_F(X11ShellTest, APopoverThatIsEmptiedLetsItsModelGo) {
+    QtPlatform::QtPopover popover(engine, screens, link);
+    popover.setContent({});
+    const auto model = std::make_shared<QObject>();
+    popover.setContent({plainView, model});
+    popover.setContent({});
+    EXPECT_EQ(model.use_count(), 1);
+    popover.setContent({plainView, model});
+    EXPECT_GT(model.use_count(), 1);
+}
+
+TEST_F(X11ShellTest, TheScreenAtAPixelAndThePixelUnderThePointer) {
+    const auto all = screens.screens();
+    ASSERT_EQ(all.size(), 1U);
+    EXPECT_EQ(screens.at({5, 5}), all.front());
+    EXPECT_EQ(screens.at({-5, 5}), std::nullopt);
+    xcb_warp_pointer(client.get(), XCB_WINDOW_NONE, client.root(), 0, 0, 0, 0, 123, 45);
+    client.sync();
+    EXPECT_TRUE(spinUntil([] { return QtPlatform::ScreenGeometry::pointer() == QPoint(123, 45); }));
 }
 
 TEST_F(X11ShellTest, ClicksAreSeenWhereverTheyGoButOnOwnWindows) {

@@ -18,6 +18,10 @@ public:
         Platform::HotKeyCombination combination;
     };
 
+    FakeHotKeyService() = default;
+    /// Notes in `events` when it is asked for something, too.
+    explicit FakeHotKeyService(std::vector<std::string>& events) : events_(&events) {}
+
     std::vector<Registration> registrations;
     std::vector<std::string> calls;
     Platform::HotKeyStatus status = 0;
@@ -29,6 +33,9 @@ public:
     Platform::HotKeyStatus registerHotKey(const Platform::HotKeyCombination& combination,
                                           Platform::HotKeyID id) override {
         calls.push_back("register " + describe(combination) + " as " + std::to_string(id.id));
+        if (events_ != nullptr) {
+            events_->emplace_back("hot key");
+        }
         if (status == 0) {
             registrations.push_back({id, combination});
         }
@@ -61,6 +68,7 @@ private:
         return std::to_string(combination.keyCode) + "/" + std::to_string(combination.modifiers);
     }
 
+    std::vector<std::string>* events_ = nullptr;
     int lastToken_ = 0;
     std::map<int, Handler> handlers_;
 };

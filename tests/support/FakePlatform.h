@@ -27,6 +27,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <set>
@@ -97,6 +98,10 @@ public:
     std::vector<Platform::Image> images;
     std::vector<Platform::Menu> menus;
     int items = 0;
+    std::optional<Platform::Rect> frame;
+    /// What a panel gets to see that draws the menu itself.
+    std::function<Platform::Menu()> menu;
+    std::function<void()> onImage;
 
     /// Does to the item what its user did; only what the item asked for arrives.
     void click(const std::optional<Platform::Event>& event) {
@@ -121,6 +126,9 @@ private:
         void setImage(const Platform::Image& image) override {
             bar_.images.push_back(image);
             bar_.events_.emplace_back("status image");
+            if (bar_.onImage) {
+                bar_.onImage();
+            }
         }
 
         void setAction(std::uint64_t eventMask, Action action) override {
@@ -128,7 +136,8 @@ private:
             bar_.action_ = std::move(action);
         }
 
-        std::optional<Platform::Rect> frame() const override { return std::nullopt; }
+        void setMenu(std::function<Platform::Menu()> menu) override { bar_.menu = std::move(menu); }
+        std::optional<Platform::Rect> frame() const override { return bar_.frame; }
         void popUpMenu(const Platform::Menu& menu) override { bar_.menus.push_back(menu); }
 
     private:
@@ -159,15 +168,15 @@ struct FakePlatform {
     FakeInstallation& bundles = add<FakeInstallation>(platform.bundles);
     FakeApplication& application = add<FakeApplication>(platform.application, events);
     FakeLoginItem& loginItem = add<FakeLoginItem>(platform.loginItem);
-    FakeWorkspace& workspace = add<FakeWorkspace>(platform.workspace);
+    FakeWorkspace& workspace = add<FakeWorkspace>(platform.workspace, events);
     FakeSystemVersion& systemVersion = add<FakeSystemVersion>(platform.systemVersion);
-    FakeHotKeyService& hotKeyService = add<FakeHotKeyService>(platform.hotKeyService);
+    FakeHotKeyService& hotKeyService = add<FakeHotKeyService>(platform.hotKeyService, events);
     FakeKeyboard& keyboard = add<FakeKeyboard>(platform.keyboard);
     FakeSystemShortcuts& systemShortcuts = add<FakeSystemShortcuts>(platform.systemShortcuts);
     FakeStatusBar& statusBar = add<FakeStatusBar>(platform.statusBar, events);
     FakeScreenWatcherProbe& screenWatcherProbe = add<FakeScreenWatcherProbe>(platform.screenWatcherProbe);
     FakeUserNotificationCenter& userNotificationCenter =
-        add<FakeUserNotificationCenter>(platform.userNotificationCenter);
+        add<FakeUserNotificationCenter>(platform.userNotificationCenter, events);
     FakeScreens& screens = add<FakeScreens>(platform.screens);
     FakeEventMonitors& eventMonitors = add<FakeEventMonitors>(platform.eventMonitors, events);
     FakeMenuBar& menuBar = add<FakeMenuBar>(platform.menuBar);

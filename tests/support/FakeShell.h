@@ -63,6 +63,14 @@ public:
     std::optional<Platform::Screen> main() override {
         return all.empty() ? std::nullopt : std::optional(all.front());
     }
+    std::optional<Platform::Screen> at(const Platform::Point& pixel) override {
+        for (const auto& screen : all) {
+            if (screen.frame.contains(pixel)) {
+                return screen;
+            }
+        }
+        return std::nullopt;
+    }
     Platform::Point mouseLocation() override { return pointer; }
 };
 

@@ -13,6 +13,10 @@ namespace TestSupport {
 /// A notification centre whose user is the test.
 class FakeUserNotificationCenter : public Platform::UserNotificationCenter {
 public:
+    FakeUserNotificationCenter() = default;
+    /// Notes in `events` when it is asked for something, too.
+    explicit FakeUserNotificationCenter(std::vector<std::string>& events) : events_(&events) {}
+
     /// What stands on the screen, oldest first.
     std::vector<Platform::NotificationRequest> delivered;
     /// Every request, those that replaced an earlier one included.
@@ -32,6 +36,9 @@ public:
 
     void setDelegate(Platform::UserNotificationCenterDelegate* newDelegate) override {
         calls.emplace_back("delegate");
+        if (events_ != nullptr) {
+            events_->emplace_back("notification delegate");
+        }
         delegate = newDelegate;
     }
 
@@ -53,6 +60,9 @@ public:
         authorizationOptions.push_back(options);
         pendingAuthorizations.push_back(std::move(completion));
     }
+
+private:
+    std::vector<std::string>* events_ = nullptr;
 };
 
 } // namespace TestSupport

@@ -52,6 +52,10 @@ private:
 /// A workspace whose apps are started, stopped and brought to the front by the test.
 class FakeWorkspace : public Platform::Workspace {
 public:
+    FakeWorkspace() = default;
+    /// Notes in `events` when it is asked for something, too.
+    explicit FakeWorkspace(std::vector<std::string>& events) : events_(&events) {}
+
     std::vector<std::string> calls;
     std::map<std::string, std::string> urls;
     /// By the scheme of an address.
@@ -108,6 +112,9 @@ public:
     Platform::Subscription addObserver(Platform::WorkspaceNotification notification,
                                        Observer observer) override {
         observed.push_back(notification);
+        if (events_ != nullptr) {
+            events_->emplace_back("workspace observer");
+        }
         const auto token = ++lastToken_;
         observers_.emplace(token, std::pair(notification, std::move(observer)));
         return Platform::Subscription([this, token] { observers_.erase(token); });
@@ -130,6 +137,7 @@ public:
 
 private:
     std::vector<std::shared_ptr<FakeRunningApplication>> applications_;
+    std::vector<std::string>* events_ = nullptr;
     int lastToken_ = 0;
     std::map<int, std::pair<Platform::WorkspaceNotification, Observer>> observers_;
 };

@@ -119,10 +119,11 @@ bool looksAlike(const Platform::Menu& one, const Platform::Menu& other) {
 
 } // namespace
 
-DBusMenu::DBusMenu(QDBusConnection bus, QString path, Content content)
+DBusMenu::DBusMenu(QDBusConnection bus, QString path, Content content, Content open)
     : bus_(std::move(bus)),
       path_(std::move(path)),
-      content_(std::move(content)) {
+      content_(std::move(content)),
+      open_(std::move(open)) {
     qDBusRegisterMetaType<DBusMenuLayout>();
     qDBusRegisterMetaType<DBusMenuProperties>();
     qDBusRegisterMetaType<QList<DBusMenuProperties>>();
@@ -158,8 +159,8 @@ bool DBusMenu::handleMessage(const QDBusMessage& message, const QDBusConnection&
 }
 
 /// Returns whether the menu looks other than before.
-bool DBusMenu::refresh() {
-    auto menu = content_();
+bool DBusMenu::refresh(const Content& content) {
+    auto menu = content();
     if (!menu) {
         return false;
     }
@@ -181,7 +182,7 @@ void DBusMenu::announceLayout() {
 std::optional<QVariantList> DBusMenu::answer(const QString& method, const QVariantList& arguments) {
     if (method == QStringLiteral("GetLayout") && arguments.size() == 3) {
         if (!menu_) {
-            refresh();
+            refresh(content_);
         }
         return QVariantList{revision_,
                             QVariant::fromValue(layout(arguments[0].toInt(), arguments[1].toInt()))};
@@ -201,7 +202,7 @@ std::optional<QVariantList> DBusMenu::answer(const QString& method, const QVaria
                    : std::nullopt;
     }
     if (method == QStringLiteral("AboutToShow") || method == QStringLiteral("AboutToShowGroup")) {
-        const bool isOther = refresh();
+        const bool isOther = refresh(open_);
         if (isOther) {
             announceLayout();
         }

@@ -18,10 +18,11 @@ struct DBusMenuLayout;
 /// A menu as a com.canonical.dbusmenu object, which the panel draws itself.
 class DBusMenu : public QDBusVirtualObject {
 public:
-    /// What the menu holds now; asked for when the panel is about to show it.
+    /// What the menu holds now.
     using Content = std::function<std::optional<Platform::Menu>()>;
 
-    DBusMenu(QDBusConnection bus, QString path, Content content);
+    /// Panels may ask for the `content` at any time; `open` gives it when one is about to show it.
+    DBusMenu(QDBusConnection bus, QString path, Content content, Content open);
     ~DBusMenu() override;
     DBusMenu(const DBusMenu&) = delete;
     DBusMenu& operator=(const DBusMenu&) = delete;
@@ -30,7 +31,7 @@ public:
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& bus) override;
 
 private:
-    bool refresh();
+    bool refresh(const Content& content);
     void announceLayout();
     std::optional<QVariantList> answer(const QString& method, const QVariantList& arguments);
     std::optional<QVariantList> answerAboutProperties(const QString& method,
@@ -44,6 +45,7 @@ private:
     QDBusConnection bus_;
     QString path_;
     Content content_;
+    Content open_;
     std::optional<Platform::Menu> menu_;
     /// Items of different layouts never share a number, so that a late click cannot mean another item.
     int firstIdentifier_ = 1;

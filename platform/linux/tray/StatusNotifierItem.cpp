@@ -153,7 +153,7 @@ public:
           tint_(tint),
           connectionName_(QStringLiteral("StatusNotifierItem-%1").arg(reinterpret_cast<quintptr>(this))),
           bus_(QDBusConnection::connectToBus(QDBusConnection::SessionBus, connectionName_)),
-          menu_(bus_, menuPath, content_.menu) {
+          menu_(bus_, menuPath, content_.menu, content_.openMenu) {
         qDBusRegisterMetaType<StatusNotifierPixmap>();
         qDBusRegisterMetaType<QList<StatusNotifierPixmap>>();
         qDBusRegisterMetaType<StatusNotifierToolTip>();

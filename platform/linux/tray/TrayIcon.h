@@ -6,6 +6,7 @@
 
 #include <QColor>
 #include <QImage>
+#include <QPoint>
 #include <QRect>
 
 #include <functional>
@@ -18,8 +19,11 @@ struct TrayIconContent {
     Platform::Image image;
     /// The second argument is where the click or the icon is, in pixels of the screen; null when not known.
     std::function<void(const Platform::Event&, const QRect&)> onClick;
-    /// What a right click would open now, for panels that draw menus themselves.
+    /// What a right click would open now.
     std::function<std::optional<Platform::Menu>()> menu;
+    /// Does what a right click does, except that the menu is not opened but returned, for panels that draw
+    /// menus themselves.
+    std::function<std::optional<Platform::Menu>()> openMenu;
 };
 
 /// An icon in a panel's tray. Its destruction removes it.
@@ -41,6 +45,8 @@ struct TrayToolkit {
     std::function<QImage(const Platform::Image&, const QColor&, int)> render;
     /// Opens a menu beside a place, in pixels of the screen; at the pointer when that is null.
     std::function<void(const Platform::Menu&, const QRect&)> popUpMenu;
+    /// The pixel of the screen under the pointer; absent when it cannot be known.
+    std::function<std::optional<QPoint>()> pointer;
     /// The colour of text on the desktop's ordinary surfaces.
     QColor textColor;
     double pixelsPerPoint = 1;

@@ -53,16 +53,21 @@ void TrayStatusItem::setAction(std::uint64_t eventMask, Action action) {
     action_ = std::move(action);
 }
 
+void TrayStatusItem::setMenu(std::function<Platform::Menu()> menu) {
+    menu_ = std::move(menu);
+}
+
 std::optional<Platform::Rect> TrayStatusItem::frame() const {
     if (const auto geometry = icon_ ? icon_->geometry() : std::nullopt) {
         return Platform::Rect{static_cast<double>(geometry->x()), static_cast<double>(geometry->y()),
                               static_cast<double>(geometry->width()),
                               static_cast<double>(geometry->height())};
     }
-    if (lastClick_.isNull()) {
+    const auto place = lastClick_.isNull() ? lastPointer_ : std::optional(lastClick_.topLeft());
+    if (!place) {
         return std::nullopt;
     }
-    return Platform::Rect{static_cast<double>(lastClick_.x()), static_cast<double>(lastClick_.y()), 0, 0};
+    return Platform::Rect{static_cast<double>(place->x()), static_cast<double>(place->y()), 0, 0};
 }
 
 void TrayStatusItem::popUpMenu(const Platform::Menu& menu) {
@@ -94,6 +99,7 @@ void TrayStatusItem::takeBestPlace() {
     }
     hasBeenShown_ = true;
     TrayIconContent content{*image_, [this](const auto& event, const auto& where) { clicked(event, where); },
+                            [this] { return menu_ ? std::optional(menu_()) : std::nullopt; },
                             [this] { return menuOfRightClick(); }};
     if (place_.watcher.isEmpty()) {
         icon_ = std::make_unique<XembedIcon>(*x11_, place_.manager, std::move(content), toolkit_, tint_);
@@ -104,7 +110,11 @@ void TrayStatusItem::takeBestPlace() {
 }
 
 void TrayStatusItem::clicked(const Platform::Event& event, const QRect& place) {
-    lastClick_ = place;
+    if (!place.isNull()) {
+        lastClick_ = place;
+    } else {
+        lastPointer_ = toolkit_.pointer();
+    }
     if ((eventMask_ >> event.type & 1U) != 0 && action_) {
         action_(event);
     }

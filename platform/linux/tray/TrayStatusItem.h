@@ -16,6 +16,7 @@
 #include <QString>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -30,6 +31,7 @@ public:
 
     void setImage(const Platform::Image& image) override;
     void setAction(std::uint64_t eventMask, Action action) override;
+    void setMenu(std::function<Platform::Menu()> menu) override;
     std::optional<Platform::Rect> frame() const override;
     void popUpMenu(const Platform::Menu& menu) override;
 
@@ -62,7 +64,11 @@ private:
     std::optional<Platform::Image> image_;
     std::uint64_t eventMask_ = 0;
     Action action_;
+    std::function<Platform::Menu()> menu_;
+    /// Where the panel said that the last click was; null when it never said so.
     QRect lastClick_;
+    /// Where the pointer was at the last click for which the panel said no place.
+    std::optional<QPoint> lastPointer_;
     /// Where the menu goes instead of onto the screen while somebody else draws it.
     std::optional<Platform::Menu>* menuReceiver_ = nullptr;
     Place place_;

@@ -1,0 +1,155 @@
+#include "platform/linux/tray/TrayStatusItem.h"
+
+#include "tests/support/EventLoop.h"
+#include "tests/support/HandDrivenQueue.h"
+#include "tests/support/RecordingLog.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusVariant>
+#include <QDBusVirtualObject>
+#include <QVariantList>
+
+#include <gmock/gmock.h>
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace {
+
+using LinuxPlatform::TrayStatusItem;
+using Platform::Rect;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using TestSupport::spinUntil;
+
+constexpr std::chrono::seconds patience{20};
+constexpr std::uint64_t bothButtons =
+    1U << Platform::EventType::leftMouseUp | 1U << Platform::EventType::rightMouseUp;
+const auto watcherName = QStringLiteral("org.kde.StatusNotifierWatcher");
+
+/// A panel on a bus connection of its own.
+class FakePanel : public QDBusVirtualObject {
+public:
+    FakePanel() {
+        bus_.registerVirtualObject(QStringLiteral("/StatusNotifierWatcher"), this);
+        bus_.registerService(watcherName);
+    }
+    ~FakePanel() override {
+        bus_.unregisterService(watcherName);
+        QDBusConnection::disconnectFromBus(connectionName);
+    }
+    FakePanel(const FakePanel&) = delete;
+    FakePanel& operator=(const FakePanel&) = delete;
+
+    /// The bus name of the item that has registered.
+    QString item;
+
+    /// What the item answers.
+    QVariantList call(const QString& path, const QString& interface, const QString& method,
+                      const QVariantList& arguments) {
+        auto question = QDBusMessage::createMethodCall(item, path, interface, method);
+        question.setArguments(arguments);
+        const QDBusPendingCallWatcher answer(bus_.asyncCall(question));
+        EXPECT_TRUE(spinUntil([&] { return answer.isFinished(); }, patience));
+        EXPECT_FALSE(answer.isError()) << answer.error().message().toStdString();
+        return answer.reply().arguments();
+    }
+
+    QString introspect(const QString&) const override { return {}; }
+
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection& bus) override {
+        if (message.member() == QStringLiteral("RegisterStatusNotifierItem")) {
+            item = message.arguments().value(0).toString();
+            return bus.send(message.createReply());
+        }
+        return message.member() == QStringLiteral("Get") &&
+               bus.send(message.createReply(QVariant::fromValue(QDBusVariant(true))));
+    }
+
+private:
+    static inline const auto connectionName = QStringLiteral("panel");
+
+    QDBusConnection bus_ = QDBusConnection::connectToBus(QDBusConnection::SessionBus, connectionName);
+};
+
+struct StatusNotifierItemTest : testing::Test {
+    FakePanel panel;
+    TestSupport::HandDrivenQueue queue;
+    TestSupport::RecordingLog log;
+    std::optional<QPoint> pointer;
+    std::vector<Platform::Menu> opened;
+    TrayStatusItem item{nullptr,
+                        queue,
+                        log,
+                        {.render = [](const auto&, const QColor&, int) { return QImage(); },
+                         .popUpMenu = [this](const auto& menu, const auto&) { opened.push_back(menu); },
+                         .pointer = [this] { return pointer; },
+                         .textColor = Qt::blue}};
+    std::vector<std::uint64_t> clicks;
+
+    void SetUp() override {
+        item.setAction(bothButtons, [this](const auto& event) {
+            clicks.push_back(event->type);
+            if (event->type == Platform::EventType::rightMouseUp) {
+                item.popUpMenu(menu());
+            }
+        });
+        item.setMenu([] { return menu(); });
+        item.setImage({"anything", 18, 18, true, {}});
+        ASSERT_TRUE(spinUntil([&] { return !panel.item.isEmpty(); }, patience));
+    }
+
+    static Platform::Menu menu() {
+        return {{{"Open", [] {}}, {}, {"Quit", [] {}}}, false};
+    }
+
+    void click(const char* method, int x, int y) {
+        panel.call(QStringLiteral("/StatusNotifierItem"), QStringLiteral("org.kde.StatusNotifierItem"),
+                   QString::fromLatin1(method), {x, y});
+    }
+
+    QVariantList askMenu(const char* method, const QVariantList& arguments) {
+        return panel.call(QStringLiteral("/Menu"), QStringLiteral("com.canonical.dbusmenu"),
+                          QString::fromLatin1(method), arguments);
+    }
+};
+
+TEST_F(StatusNotifierItemTest, ReadingTheMenuIsNoClickAndOpeningItIs) {
+    EXPECT_EQ(askMenu("GetLayout", {0, -1, QStringList()}).value(0), 1U);
+    EXPECT_THAT(clicks, IsEmpty());
+    EXPECT_EQ(askMenu("AboutToShow", {0}).value(0), false);
+    EXPECT_THAT(clicks, ElementsAre(Platform::EventType::rightMouseUp));
+    EXPECT_THAT(opened, IsEmpty());
+}
+
+TEST_F(StatusNotifierItemTest, IsWhereThePanelSaidLast) {
+    pointer = QPoint(7, 9);
+    EXPECT_EQ(item.frame(), std::nullopt);
+    click("Activate", 300, 200);
+    EXPECT_EQ(item.frame(), (Rect{300, 200, 0, 0}));
+    askMenu("GetLayout", {0, -1, QStringList()});
+    askMenu("AboutToShow", {0});
+    click("Activate", 0, 0);
+    EXPECT_EQ(item.frame(), (Rect{300, 200, 0, 0}));
+    click("Activate", 0, 5);
+    EXPECT_EQ(item.frame(), (Rect{0, 5, 0, 0}));
+    EXPECT_EQ(clicks.size(), 4U);
+}
+
+TEST_F(StatusNotifierItemTest, IsAtThePointerOfTheClickWhenThePanelSaysNoPlace) {
+    pointer = QPoint(400, 300);
+    click("Activate", 0, 0);
+    pointer = QPoint(7, 9);
+    EXPECT_EQ(item.frame(), (Rect{400, 300, 0, 0}));
+    click("ContextMenu", 0, 0);
+    EXPECT_EQ(item.frame(), (Rect{7, 9, 0, 0}));
+    pointer.reset();
+    click("Activate", 0, 0);
+    EXPECT_EQ(item.frame(), std::nullopt);
+}
+
+} // namespace
