@@ -73,10 +73,17 @@ std::vector<CatalogEntry> AppCatalog::runningApps() const {
 
 std::vector<CatalogEntry> AppCatalog::installedApps() const {
     const auto generation = bundles_.generation();
-    if (!installed_ || installed_->generation != generation) {
-        installed_ = {generation, readInstalledApps()};
+    if (!installed_ || installed_->generation != generation || canReadMore()) {
+        installed_ = readInstalledApps();
+        installed_->generation = generation;
     }
     return installed_->entries;
+}
+
+bool AppCatalog::canReadMore() const {
+    return std::ranges::any_of(installed_->unreadFolders, [this](const auto& folder) {
+        return fileManager_.contentsOfDirectory(folder).has_value();
+    });
 }
 
 std::vector<CatalogEntry> AppCatalog::allApps() const {
@@ -97,10 +104,14 @@ std::vector<CatalogEntry> AppCatalog::allApps() const {
     return all;
 }
 
-std::vector<CatalogEntry> AppCatalog::readInstalledApps() const {
-    std::vector<CatalogEntry> entries;
+AppCatalog::Installed AppCatalog::readInstalledApps() const {
+    Installed installed;
+    auto& entries = installed.entries;
     for (const auto& folder : folders_.paths) {
         const auto contents = fileManager_.contentsOfDirectory(folder);
+        if (!contents) {
+            installed.unreadFolders.push_back(folder);
+        }
         for (const auto& item : contents.value_or(std::vector<std::string>{})) {
             const std::filesystem::path path(item);
             if (extensionOf(path) != folders_.extension) {
@@ -117,7 +128,7 @@ std::vector<CatalogEntry> AppCatalog::readInstalledApps() const {
     }
     keepFirstOfEachIdentifier(entries);
     sortByName(entries);
-    return entries;
+    return installed;
 }
 
 std::optional<Platform::Image> AppCatalog::icon(const std::string& bundleID) const {

@@ -47,9 +47,12 @@ private:
     struct Installed {
         std::uint64_t generation = 0;
         std::vector<CatalogEntry> entries;
+        /// Some do not exist, others did not answer in time.
+        std::vector<std::string> unreadFolders;
     };
 
-    std::vector<CatalogEntry> readInstalledApps() const;
+    Installed readInstalledApps() const;
+    bool canReadMore() const;
 
     mutable std::optional<Installed> installed_;
 };

@@ -12,8 +12,10 @@
 namespace {
 
 using Curtain::CatalogEntry;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Not;
 using testing::SizeIs;
 using TestSupport::FakeInstallation;
 using TestSupport::FakeWorkspace;
@@ -102,9 +104,10 @@ TEST_F(AppCatalogTest, AllAppsAreTheInstalledOnesWithTheRunningOnesInTheirPlaces
                                                CatalogEntry{"files", "Files"}, CatalogEntry{"zoom", "Zoom"}));
     installation.isUnchanged = true;
     catalog.allApps();
-    const auto listed = installation.listedFolders.size();
+    installation.listedFolders.clear();
     catalog.allApps();
-    EXPECT_EQ(installation.listedFolders.size(), listed) << "the installed ones were read again";
+    EXPECT_THAT(installation.listedFolders, Not(Contains("/Applications")))
+        << "the installed ones were read again";
 }
 
 TEST_F(AppCatalogTest, OnlyTheExactExtensionCounts) {
@@ -167,8 +170,19 @@ TEST_F(AppCatalogTest, InstalledAppsAreReadAgainOnlyAfterAChange) {
     installation.listedFolders.clear();
     installation.install("/Applications/B.app", bundle("b", "B"));
     EXPECT_THAT(catalog.installedApps(), SizeIs(1));
-    EXPECT_THAT(installation.listedFolders, IsEmpty());
+    EXPECT_THAT(installation.listedFolders, Not(Contains("/Applications")));
     installation.isUnchanged = false;
+    EXPECT_THAT(catalog.installedApps(), SizeIs(2));
+}
+
+TEST_F(AppCatalogTest, AFolderThatAnswersLateIsNotMissedForLong) {
+    installation.install("/Applications/A.app", bundle("a", "A"));
+    installation.install("/System/Applications/B.app", bundle("b", "B"));
+    installation.unreadableFolders = {"/System/Applications"};
+    EXPECT_THAT(catalog.installedApps(), SizeIs(1));
+    installation.isUnchanged = true;
+    EXPECT_THAT(catalog.installedApps(), SizeIs(1));
+    installation.unreadableFolders.clear();
     EXPECT_THAT(catalog.installedApps(), SizeIs(2));
 }
 
