@@ -87,7 +87,7 @@ TEST(LocalizerResolve, TheCodeOutlivesTheArgument) {
     EXPECT_EQ(code, "fr");
 }
 
-TEST(Localizer, EnglishIsTheAgreedVocabulary) {
+TEST(Localizer, EnglishIsAsWrittenDownApart) {
     for (const auto& [key, english] : englishTexts) {
         EXPECT_EQ(text(fromRawValue<LocKey>(key).value(), "en"), english);
     }
@@ -189,7 +189,7 @@ TEST(LocalizerTypography, FrenchMarksFollowASpaceThatDoesNotBreak) {
     for (const auto key : allCases<LocKey>()) {
         const auto french = text(key, "fr");
         for (const auto mark : {"?", "!", ":", ";"}) {
-            // The agreed text of this key has a plain space.
+            // The text of this key has a plain space.
             const auto* const space = key == LocKey::readyForCall ? " " : "\u00A0";
             EXPECT_EQ(count(french, mark), count(french, std::string(space) + mark)) << rawValue(key);
         }

@@ -10,7 +10,7 @@ struct NamedText {
     std::string_view text;
 };
 
-/// The vocabulary as agreed: kept apart from the file that is compiled in, so that a slip in either shows.
+/// The English texts, kept apart from the file that is compiled in, so that a slip in either shows.
 inline constexpr std::array<NamedText, 131> englishTexts{{
     {"readyForCall", "Ready for your call?"},
     {"youAreReady", "You're ready."},
