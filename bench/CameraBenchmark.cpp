@@ -8,9 +8,9 @@
 #include "Curtain/CameraPreviewManager.h"
 #include "bench/VirtualDesktop.h"
 #include "platform/linux/camera/LinuxCaptureServices.h"
-#include "platform/qt/Items.h"
 #include "platform/qt/PictureItem.h"
 #include "platform/qt/QtMainQueue.h"
+#include "platform/qt/ViewEngine.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/FakeMediaAuthorization.h"
@@ -225,7 +225,8 @@ private:
     TestSupport::FakeMediaAuthorization authorization_;
     ImmediateWorkQueues workQueues_;
     Curtain::CameraPreviewManager manager_{{services_, authorization_, mainQueue_, workQueues_}};
-    QQuickView view_;
+    QtPlatform::ViewEngine engine_;
+    QQuickView view_{&engine_.engine(), nullptr};
     int paints_ = 0;
 };
 
@@ -236,7 +237,6 @@ int main(int argumentCount, char** arguments) {
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     const QGuiApplication application(argumentCount, arguments);
     std::setvbuf(stdout, nullptr, _IOLBF, 0);
-    QtPlatform::registerItems();
     Bench bench(VIRTUAL_CAMERA, argumentCount > 1 ? std::atof(arguments[1]) : 5);
     bench.measure("720p raw", "yuyv", {});
     bench.measure("720p JPEG, flat", "jpeg", {});
