@@ -43,7 +43,7 @@ class Popover:
 
     def window(self):
         return next((window for window in self.desktop.windows_of(self.curtain)
-                     if window.geometry and window.geometry[2:] == SIZE), None)
+                     if window.size == SIZE), None)
 
     def place(self):
         area = wait_until(self.window, "the popover is open").geometry

@@ -269,6 +269,12 @@ class Window:
         return self.display.geometry(self.id)
 
     @property
+    def size(self):
+        """Width and height; None if the window is gone."""
+        area = self.geometry
+        return area and area[2:]
+
+    @property
     def workspace(self):
         return (self.display.property(self.id, "_NET_WM_DESKTOP") or [None])[0]
 

@@ -23,7 +23,7 @@ class ColdStartTest(DesktopCase):
 
     def wizard(self):
         return next((window for window in self.desktop.windows_of(self.curtain)
-                     if window.geometry and window.geometry[2:] == WIZARD), None)
+                     if window.size == WIZARD), None)
 
     def open_wizard(self):
         icon = wait_until(self.desktop.tray_icon, "the icon is in the tray").geometry

@@ -36,7 +36,7 @@ class CrashTest(DesktopCase):
 
     def popover(self):
         return next((window for window in self.desktop.windows_of(self.curtain)
-                     if window.geometry and window.geometry[2:] == POPOVER and self.display.is_viewable(window.id)), None)
+                     if window.size == POPOVER and self.display.is_viewable(window.id)), None)
 
     def open_popover(self):
         """A second start makes the first one open."""

@@ -89,8 +89,8 @@ class Photographer:
                    f"{role}: {name}").act(action)
 
     def take(self, name):
-        window = wait_until(lambda: next((window for window in self.desktop.windows_of(self.curtain) if window.geometry and
-                                          window.geometry.width >= SIZE[0]), None), "the popover is open")
+        window = wait_until(lambda: next((window for window in self.desktop.windows_of(self.curtain) if
+                                          (window.size or (0, 0))[0] >= SIZE[0]), None), "the popover is open")
         area = window.geometry
         wait_until(lambda: stays(lambda seen=self.desktop.display.pixels(area): self.desktop.display.pixels(area) == seen),
                    "the popover is at rest", 30)

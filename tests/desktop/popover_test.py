@@ -56,7 +56,7 @@ class PopoverCase(DesktopCase):
 
     def shown_popover(self):
         return next((window for window in self.desktop.windows_of(self.curtain)
-                     if window.geometry and window.geometry[2:] == SIZE and self.display.is_viewable(window.id)), None)
+                     if window.size == SIZE and self.display.is_viewable(window.id)), None)
 
     def open(self):
         self.click_icon()
@@ -87,7 +87,7 @@ class PopoverCase(DesktopCase):
 
     def save_dialog(self):
         return next((window for window in self.desktop.windows_of(self.curtain)
-                     if window.geometry and window.geometry[2:] != SIZE and self.display.is_viewable(window.id)), None)
+                     if window.size not in (None, SIZE) and self.display.is_viewable(window.id)), None)
 
 
 class PopoverTest(PopoverCase):
@@ -155,7 +155,7 @@ class PopoverTest(PopoverCase):
         wait_until(lambda: self.colour(popover, MENU_EDGE) == CARD, "the menu is open again")
         self.click(popover, MENU_SETTINGS)
         self.wait_closed()
-        wait_until(lambda: any(window.geometry and window.geometry[2:] == (440, 430)
+        wait_until(lambda: any(window.size == (440, 430)
                                for window in self.desktop.windows_of(self.curtain)), "the settings are open")
 
     def test_a_second_start_opens_the_first_ones_popover(self):

@@ -171,8 +171,9 @@ class PartsTest(RestartCase):
 
     def still_picture_of_icon(self):
         icon = self.desktop.tray_icon()
-        picture = icon and icon.geometry and self.display.pixels(icon.geometry)
-        return picture if picture and stays(lambda: self.display.pixels(icon.geometry) == picture) else None
+        area = icon and icon.geometry
+        picture = area and self.display.pixels(area)
+        return picture if picture and stays(lambda: self.display.pixels(area) == picture) else None
 
     def test_a_notification_daemon_that_is_killed_and_replaced(self):
         mousepad = self.open_mousepad()

@@ -57,7 +57,7 @@ class WizardTest(DesktopCase):
 
     def wizard(self):
         return next((window for window in self.desktop.windows_of(self.curtain)
-                     if window.geometry and window.geometry[2:] == (WIDTH, HEIGHT)), None)
+                     if window.size == (WIDTH, HEIGHT)), None)
 
     def colour_at(self, window, place):
         area = window.geometry

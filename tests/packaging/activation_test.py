@@ -65,7 +65,7 @@ class ActivationTest(DesktopCase):
         return None if done.returncode else int(re.search(r"(\d+),\)", done.stdout)[1])
 
     def wait_window(self, size):
-        wait_until(lambda: any(window.geometry and window.geometry[2:] == size for window in self.desktop.windows()),
+        wait_until(lambda: any(window.size == size for window in self.desktop.windows()),
                    f"a window of {size} is open", 30)
 
     def assert_runs_and_quits(self):

@@ -86,7 +86,7 @@ class CleanSystemTest(unittest.TestCase):
 
     def wait_window(self, size):
         return wait_until(lambda: next((window for window in self.desktop.windows_of(self.curtain)
-                                        if window.geometry and window.geometry[2:] == size), None), f"a window of {size}", 30)
+                                        if window.size == size), None), f"a window of {size}", 30)
 
     def wait_drawn(self, window):
         """Until there is more than one colour in it."""
