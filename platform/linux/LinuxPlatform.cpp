@@ -124,15 +124,15 @@ void sayThatNoWindowManagerRuns(WindowSystem& windowSystem, Platform::Log& log) 
 /// What goes on when the computer sleeps, wakes and is turned off.
 LoginManager::Handlers powerHandlers(Platform::Platform& platform, LinuxCaptureServices& cameras,
                                      PulseAudioServices& sound, LinuxWorkspace& workspace) {
-    const auto setAsleep = [&](bool isAsleep) {
-        cameras.setAsleep(isAsleep);
-        sound.setAsleep(isAsleep);
+    const auto setSuspended = [&](bool isSuspended) {
+        cameras.setSuspended(isSuspended);
+        sound.setSuspended(isSuspended);
     };
     return {
-        .willSleep = [=] { setAsleep(true); },
+        .willSleep = [=] { setSuspended(true); },
         .didWake =
             [=, &workspace] {
-                setAsleep(false);
+                setSuspended(false);
                 // Whatever came up meanwhile counts as coming up now.
                 workspace.announceVisible();
             },

@@ -83,7 +83,7 @@ class SleepTest(SessionCase):
         wait_until(self.uses_camera, "the camera is in use again")
         wait_until(self.uses_microphone, "the microphone is in use again")
 
-    def test_privacy_mode_is_still_on_after_sleep(self):
+    def test_privacy_mode_is_still_on_after_a_suspend(self):
         xterm = self.open_xterm()
         urxvt = self.open_urxvt()
         self.toggle()

@@ -106,14 +106,14 @@ TEST_F(CameraSessionTest, CameraIsLetGoWhileTheComputerSleeps) {
     stack->deliver(100);
     mainQueue.runReady();
     ASSERT_EQ(shade(*preview), 100);
-    session->setAsleep(true);
-    session->setAsleep(true);
+    session->setSuspended(true);
+    session->setSuspended(true);
     mainQueue.runReady();
     EXPECT_THAT(stack->calls, ElementsAre("open one", "close one"));
     EXPECT_TRUE(session->isRunning());
     EXPECT_EQ(shade(*preview), -1);
 
-    session->setAsleep(false);
+    session->setSuspended(false);
     EXPECT_THAT(stack->calls, ElementsAre("open one", "close one", "open one"));
     stack->deliver(50);
     mainQueue.runReady();
@@ -122,19 +122,19 @@ TEST_F(CameraSessionTest, CameraIsLetGoWhileTheComputerSleeps) {
 
 TEST_F(CameraSessionTest, ASessionThatBeginsDuringSleepOpensTheCameraAfterwards) {
     session->addInput(input("one"));
-    session->setAsleep(true);
+    session->setSuspended(true);
     session->startRunning();
     EXPECT_THAT(stack->calls, IsEmpty());
-    session->setAsleep(false);
+    session->setSuspended(false);
     EXPECT_THAT(stack->calls, ElementsAre("open one"));
 }
 
 TEST_F(CameraSessionTest, ASessionThatEndsDuringSleepLeavesTheCameraAlone) {
     session->addInput(input("one"));
     session->startRunning();
-    session->setAsleep(true);
+    session->setSuspended(true);
     session->stopRunning();
-    session->setAsleep(false);
+    session->setSuspended(false);
     EXPECT_THAT(stack->calls, ElementsAre("open one", "close one"));
 }
 

@@ -52,9 +52,9 @@ TEST_F(SoundServerFaultsTest, TheMicrophoneIsLetGoWhileTheComputerSleeps) {
     sound.feed(tone(440, 0.5, 60));
     monitor->start();
     ASSERT_TRUE(levelBecomes(1, 1));
-    audio.setAsleep(true);
+    audio.setSuspended(true);
     EXPECT_TRUE(eventually([] { return !SoundWorld::hasOurRecording(); }));
-    audio.setAsleep(false);
+    audio.setSuspended(false);
     EXPECT_TRUE(eventually([] { return SoundWorld::hasOurRecording(); }));
     monitor->stop();
     EXPECT_TRUE(eventually([] { return !SoundWorld::hasOurRecording(); }));
@@ -62,9 +62,9 @@ TEST_F(SoundServerFaultsTest, TheMicrophoneIsLetGoWhileTheComputerSleeps) {
 
 TEST_F(SoundServerFaultsTest, TheMeterIsStoppedWhileTheComputerSleeps) {
     startMetering();
-    audio.setAsleep(true);
+    audio.setSuspended(true);
     monitor->stop();
-    audio.setAsleep(false);
+    audio.setSuspended(false);
     sound.feed(tone(440, 0.5, 60));
     monitor->start();
     EXPECT_TRUE(becomes(MicStatus::working));

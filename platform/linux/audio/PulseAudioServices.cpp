@@ -50,14 +50,14 @@ PulseAudioServices::makePlayer(const std::string& path) {
     return PulseAudioPlayer::open(path, mainQueue_, [this] { return server(); });
 }
 
-void PulseAudioServices::setAsleep(bool isAsleep) {
+void PulseAudioServices::setSuspended(bool isSuspended) {
     const auto connection = shared_.lock();
     if (!connection) {
         return;
     }
     const auto promise = std::make_shared<std::promise<void>>();
-    connection->loop().post([&sound = *connection, isAsleep, promise] {
-        sound.setAsleep(isAsleep);
+    connection->loop().post([&sound = *connection, isSuspended, promise] {
+        sound.setSuspended(isSuspended);
         promise->set_value();
     });
     promise->get_future().wait_for(moment);

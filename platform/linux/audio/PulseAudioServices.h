@@ -29,7 +29,7 @@ public:
 
     /// When the computer falls asleep, microphones and speakers are let go as if there were none any more;
     /// when it wakes, they are found again. Waits a moment for the first.
-    void setAsleep(bool isAsleep);
+    void setSuspended(bool isSuspended);
 
 private:
     std::shared_ptr<SoundServer> server();

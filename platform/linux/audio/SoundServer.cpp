@@ -72,12 +72,12 @@ Platform::Subscription SoundServer::addInputObserver(std::function<void()> obser
     return inputObservers_.add(std::move(observer));
 }
 
-void SoundServer::setAsleep(bool isAsleep) {
-    if (isAsleep == isAsleep_) {
+void SoundServer::setSuspended(bool isSuspended) {
+    if (isSuspended == isSuspended_) {
         return;
     }
-    isAsleep_ = isAsleep;
-    if (!isAsleep) {
+    isSuspended_ = isSuspended;
+    if (!isSuspended) {
         connect();
         return;
     }

@@ -60,7 +60,7 @@ public:
     /// Tells when the default input, or its format, is not any more what it was known to be.
     Platform::Subscription addInputObserver(std::function<void()> observer);
     /// Leaves the server while the computer sleeps, and comes back when it wakes.
-    void setAsleep(bool isAsleep);
+    void setSuspended(bool isSuspended);
 
 private:
     using Context = std::unique_ptr<pa_context, void (*)(pa_context*)>;
@@ -90,7 +90,7 @@ private:
     Context context_;
     Context fresh_;
     bool isReady_ = false;
-    bool isAsleep_ = false;
+    bool isSuspended_ = false;
     std::string problem_;
     Knowledge known_;
     bool isKnown_ = false;

@@ -110,9 +110,9 @@ std::unique_ptr<Platform::VideoPreview> CameraSession::makePreview(std::function
     return distributor_->makePreview(std::move(onPictureChanged));
 }
 
-void CameraSession::setAsleep(bool isAsleep) {
+void CameraSession::setSuspended(bool isSuspended) {
     const std::scoped_lock lock(mutex_);
-    isAsleep_ = isAsleep;
+    isSuspended_ = isSuspended;
     apply();
 }
 
@@ -126,7 +126,7 @@ void CameraSession::commit() {
 }
 
 void CameraSession::apply() {
-    const auto wanted = isRunning_ && !isAsleep_ ? committedInput_ : nullptr;
+    const auto wanted = isRunning_ && !isSuspended_ ? committedInput_ : nullptr;
     if (wanted == feedInput_) {
         return;
     }

@@ -54,7 +54,7 @@ public:
 
     /// While the computer sleeps, the camera is let go, of a running session too, which picks it up
     /// afterwards.
-    void setAsleep(bool isAsleep);
+    void setSuspended(bool isSuspended);
 
 private:
     /// Makes the input count.
@@ -70,7 +70,7 @@ private:
 
     std::atomic<bool> isRunning_ = false;
     std::mutex mutex_;
-    bool isAsleep_ = false;
+    bool isSuspended_ = false;
     /// The input as last committed.
     std::shared_ptr<CameraInput> committedInput_;
     std::shared_ptr<CameraInput> feedInput_;

@@ -51,10 +51,10 @@ LinuxCaptureServices::decodeImage(const std::vector<std::byte>& encoded) {
     return codec_.decode(encoded, 1).picture;
 }
 
-void LinuxCaptureServices::setAsleep(bool isAsleep) {
+void LinuxCaptureServices::setSuspended(bool isSuspended) {
     for (const auto& weak : sessions_) {
         if (const auto session = weak.lock()) {
-            session->setAsleep(isAsleep);
+            session->setSuspended(isSuspended);
         }
     }
 }

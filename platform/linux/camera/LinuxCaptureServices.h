@@ -29,7 +29,7 @@ public:
     std::shared_ptr<const Platform::Picture> decodeImage(const std::vector<std::byte>& encoded) override;
 
     /// Sessions let their cameras go when the computer falls asleep, and pick them up when it wakes.
-    void setAsleep(bool isAsleep);
+    void setSuspended(bool isSuspended);
 
 private:
     /// The one to ask now.

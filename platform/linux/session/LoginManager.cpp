@@ -53,17 +53,17 @@ void LoginManager::holdOff() {
         watcher->deleteLater();
         const QDBusPendingReply<QDBusUnixFileDescriptor> reply = *watcher;
         // The computer may have begun to fall asleep meanwhile.
-        if (!reply.isError() && !isAsleep_) {
+        if (!reply.isError() && !isSuspended_) {
             lock_ = reply.value();
         }
     });
 }
 
 void LoginManager::prepareForSleep(bool isBeginning) {
-    if (isBeginning == isAsleep_) {
+    if (isBeginning == isSuspended_) {
         return;
     }
-    isAsleep_ = isBeginning;
+    isSuspended_ = isBeginning;
     if (isBeginning) {
         handlers_.willSleep();
         lock_.reset();

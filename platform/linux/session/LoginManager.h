@@ -38,7 +38,7 @@ private:
     Handlers handlers_;
     DBusSignal sleep_;
     DBusSignal shutdown_;
-    bool isAsleep_ = false;
+    bool isSuspended_ = false;
     /// While it is open, the computer waits.
     std::optional<QDBusUnixFileDescriptor> lock_;
     /// Receives the lock.
