@@ -129,10 +129,10 @@ void AppDelegate::openSettings() {
     }
     const bool isFirst = settingsWindow_ == nullptr;
     if (isFirst) {
-        settingsView_ = std::make_shared<SettingsView>(
-            SettingsView::Services{settingsModel(), catalog_, shortcuts_, *platform_.captureServices,
-                                   *platform_.urlOpener, *platform_.keyboard, *platform_.systemShortcuts,
-                                   *platform_.locale, *platform_.hotKeyService, screenWatcher_});
+        settingsView_ = std::make_shared<SettingsView>(SettingsView::Services{
+            settingsModel(), catalog_, shortcuts_, *platform_.captureServices, *platform_.urlOpener,
+            *platform_.keyboard, *platform_.systemShortcuts, *platform_.locale, *platform_.hotKeyService,
+            screenWatcher_, *statusItem_});
         QObject::connect(settingsView_.get(), &SettingsView::langChanged, settingsView_.get(),
                          std::function<void()>(lifetime_.weak([this] { nameSettingsWindow(); })));
     }

@@ -87,4 +87,11 @@ SettingsPage {
         visible: !page.model.hasGlobalShortcuts
         text: page.model.texts.noGlobalShortcuts
     }
+    WarningCaption {
+        objectName: "noTray"
+        x: 1 + Theme.rowInset
+        width: parent.width - 2 * x
+        visible: !page.model.hasTray
+        text: page.model.texts.noTray
+    }
 }

@@ -52,7 +52,8 @@ SettingsView::SettingsView(const Services& services)
       apps_(services.model, services.catalog, services.locale.preferredLanguageCode()),
       shortcut_({services.shortcuts, services.keyboard, services.systemShortcuts},
                 HotkeyManager::togglePrivacy(services.shortcuts), windowShortcuts(),
-                [this] { return lang_; }) {
+                [this] { return lang_; }),
+      panelObserver_(services.statusItem.addPanelObserver([this] { Q_EMIT hasTrayChanged(); })) {
     connect(&services_.model, &SettingsModel::prefsChanged, this, &SettingsView::modelChanged);
     cameras_ = CameraPreviewManager::availableCameras(services_.capture);
     reloadEntries();

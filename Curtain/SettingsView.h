@@ -10,6 +10,8 @@
 #include "platform/CaptureServices.h"
 #include "platform/HotKeyService.h"
 #include "platform/Keyboard.h"
+#include "platform/StatusItem.h"
+#include "platform/Subscription.h"
 #include "platform/SystemShortcuts.h"
 #include "platform/UrlOpener.h"
 
@@ -44,6 +46,8 @@ class SettingsView : public QObject {
     Q_PROPERTY(Curtain::ShortcutField* shortcut READ shortcut CONSTANT)
     /// Whether a shortcut can act in this session.
     Q_PROPERTY(bool hasGlobalShortcuts READ hasGlobalShortcuts CONSTANT)
+    /// Whether the desktop shows the status item.
+    Q_PROPERTY(bool hasTray READ hasTray NOTIFY hasTrayChanged)
     /// Whether anything can tell in this session that the screen is shared.
     Q_PROPERTY(bool hasShareDetection READ hasShareDetection CONSTANT)
     /// Whether the button for the settings of notifications found none to open.
@@ -62,6 +66,7 @@ public:
         Platform::Locale& locale;
         const Platform::HotKeyService& hotKeyService;
         const ScreenWatcher& screenWatcher;
+        Platform::StatusItem& statusItem;
     };
 
     explicit SettingsView(const Services& services);
@@ -89,6 +94,7 @@ public:
     QAbstractListModel* apps() { return &apps_; }
     ShortcutField* shortcut() { return &shortcut_; }
     bool hasGlobalShortcuts() const { return services_.hotKeyService.isAvailable(); }
+    bool hasTray() const { return services_.statusItem.hasPanel(); }
     bool hasShareDetection() const { return services_.screenWatcher.fn != nullptr; }
     bool lacksFocusSettings() const { return lacksFocusSettings_; }
 
@@ -104,6 +110,7 @@ Q_SIGNALS:
     void camerasChanged();
     void showingInstalledChanged();
     void queryChanged();
+    void hasTrayChanged();
     void lacksFocusSettingsChanged();
     /// The window is about to be shown anew: it remembers nothing of the last time.
     void shownAnew();
@@ -119,6 +126,7 @@ private:
     bool lacksFocusSettings_ = false;
     AppChoiceModel apps_;
     ShortcutField shortcut_;
+    Platform::Subscription panelObserver_;
 };
 
 } // namespace Curtain

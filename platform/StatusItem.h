@@ -4,6 +4,7 @@
 #include "platform/Geometry.h"
 #include "platform/Image.h"
 #include "platform/Menu.h"
+#include "platform/Subscription.h"
 
 #include <cstdint>
 #include <functional>
@@ -28,6 +29,10 @@ public:
     /// Where the item is, in pixels of the whole screen; a point without extent where only the last click's
     /// place is known.
     virtual std::optional<Rect> frame() const = 0;
+    /// Whether there is a panel for it to stand in.
+    virtual bool hasPanel() const = 0;
+    /// `handler` is called whenever that has changed.
+    virtual Subscription addPanelObserver(std::function<void()> handler) = 0;
     /// Opens a menu at the item. It closes by itself; a second one takes the place of the first.
     virtual void popUpMenu(const Menu& menu) = 0;
 };

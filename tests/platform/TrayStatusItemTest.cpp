@@ -15,6 +15,7 @@
 #include <cstring>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace {
 
@@ -250,6 +251,20 @@ TEST_F(TrayStatusItemTest, asksNoTrayBeforeThereIsAnImage) {
     EXPECT_FALSE(spinUntil([&] { return tray.request().has_value(); }, std::chrono::milliseconds(50)));
     item_.setImage({});
     EXPECT_TRUE(isRequested(tray));
+}
+
+TEST_F(TrayStatusItemTest, tellsWhetherThereIsATray) {
+    std::vector<bool> told;
+    const auto observer = item_.addPanelObserver([&] { told.push_back(item_.hasPanel()); });
+    item_.setImage({});
+    queue_.advance(std::chrono::seconds(1));
+    EXPECT_FALSE(item_.hasPanel());
+    {
+        FakeTray tray;
+        EXPECT_TRUE(spinUntil([&] { return item_.hasPanel(); }));
+    }
+    EXPECT_TRUE(spinUntil([&] { return !item_.hasPanel(); }));
+    EXPECT_THAT(told, ElementsAre(true, false));
 }
 
 TEST_F(TrayStatusItemTest, isTintedForThePanelItStandsOn) {

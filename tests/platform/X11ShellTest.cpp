@@ -47,6 +47,8 @@ public:
     void setAction(std::uint64_t /*eventMask*/, Action /*action*/) override {}
     void setMenu(std::function<Platform::Menu()> /*menu*/) override {}
     std::optional<Rect> frame() const override { return frame_; }
+    bool hasPanel() const override { return frame_.has_value(); }
+    Platform::Subscription addPanelObserver(std::function<void()> /*handler*/) override { return {}; }
     void popUpMenu(const Platform::Menu& /*menu*/) override {}
 
 private:

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Platform.h"
+#include "platform/Subscribers.h"
 #include "tests/support/FakeAudioServices.h"
 #include "tests/support/FakeCaptureServices.h"
 #include "tests/support/FakeHotKeyService.h"
@@ -110,6 +111,12 @@ public:
         }
     }
 
+    /// Takes the panel away, or brings one.
+    void setHasPanel(bool hasPanel) {
+        hasPanel_ = hasPanel;
+        panelObservers_.tell();
+    }
+
     std::unique_ptr<Platform::StatusItem> makeStatusItem() override {
         events_.emplace_back("status item");
         return std::make_unique<Item>(*this);
@@ -138,6 +145,10 @@ private:
 
         void setMenu(std::function<Platform::Menu()> menu) override { bar_.menu = std::move(menu); }
         std::optional<Platform::Rect> frame() const override { return bar_.frame; }
+        bool hasPanel() const override { return bar_.hasPanel_; }
+        Platform::Subscription addPanelObserver(std::function<void()> handler) override {
+            return bar_.panelObservers_.add(std::move(handler));
+        }
         void popUpMenu(const Platform::Menu& menu) override { bar_.menus.push_back(menu); }
 
     private:
@@ -145,6 +156,8 @@ private:
     };
 
     std::vector<std::string>& events_;
+    bool hasPanel_ = true;
+    Platform::Subscribers<> panelObservers_;
     std::uint64_t eventMask_ = 0;
     Platform::StatusItem::Action action_;
 };

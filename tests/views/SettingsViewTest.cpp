@@ -71,7 +71,7 @@ protected:
                                                          platform.log);
         content = std::make_shared<Curtain::SettingsView>(Curtain::SettingsView::Services{
             *model, catalog, shortcuts, capture, urlOpener, platform.keyboard, platform.systemShortcuts,
-            platform.locale, platform.hotKeyService, screenWatcher});
+            platform.locale, platform.hotKeyService, screenWatcher, *statusItem});
         content->willShow();
         return {{"qrc:/Curtain/SettingsView.qml", content}, QSize(440, 430)};
     }
@@ -103,6 +103,7 @@ protected:
     KeyboardShortcuts::KeyboardShortcuts shortcuts{platform.userDefaults, platform.hotKeyService,
                                                    platform.log};
     Curtain::ScreenWatcher screenWatcher{platform.screenWatcherProbe};
+    std::unique_ptr<Platform::StatusItem> statusItem = platform.statusBar.makeStatusItem();
     std::unique_ptr<Curtain::SettingsModel> model;
     std::shared_ptr<Curtain::SettingsView> content;
 };
@@ -157,6 +158,7 @@ TEST_F(SettingsViewTest, IsMirroredInArabic) {
 TEST_F(SettingsViewTest, SaysWhatCannotWorkInThisSessionInEveryLanguage) {
     platform.hotKeyService.isPresent = false;
     platform.screenWatcherProbe.isPresent = false;
+    platform.statusBar.setHasPanel(false);
     for (const auto& language : languages()) {
         SCOPED_TRACE(language);
         speak(language);
@@ -165,7 +167,9 @@ TEST_F(SettingsViewTest, SaysWhatCannotWorkInThisSessionInEveryLanguage) {
         EXPECT_THAT(view.texts(), Contains(text(PlatformKey::noGlobalShortcuts)));
         const auto caption = view.place("noGlobalShortcuts");
         EXPECT_GT(caption.y(), view.place("shortcut").bottom());
-        EXPECT_TRUE(QRectF(0, 0, 440, 430).contains(caption));
+        EXPECT_THAT(view.texts(), Contains(text(PlatformKey::noTray)));
+        EXPECT_GT(view.place("noTray").y(), caption.bottom());
+        EXPECT_TRUE(QRectF(0, 0, 440, 430).contains(view.place("noTray")));
         EXPECT_THAT(view.problems(isRightToLeft), IsEmpty());
         view.picture("settings-no-shortcuts-" + language);
         view.click("tabApps");
@@ -179,9 +183,22 @@ TEST_F(SettingsViewTest, SaysWhatCannotWorkInThisSessionInEveryLanguage) {
 TEST_F(SettingsViewTest, SaysNothingOfWhatWorks) {
     auto view = show();
     EXPECT_EQ(view.find("noGlobalShortcuts"), nullptr);
+    EXPECT_EQ(view.find("noTray"), nullptr);
     view.click("tabApps");
     EXPECT_EQ(view.find("noShareDetection"), nullptr);
     EXPECT_THAT(view.texts(), Contains(text(LocKey::autoDetectNote)));
+}
+
+TEST_F(SettingsViewTest, FollowsATrayThatGoesAndComes) {
+    auto view = show();
+    platform.statusBar.setHasPanel(false);
+    view.settle();
+    EXPECT_GT(view.place("noTray").y(), view.place("shortcut").bottom());
+    EXPECT_EQ(view.find("noGlobalShortcuts"), nullptr);
+    view.picture("settings-no-tray");
+    platform.statusBar.setHasPanel(true);
+    view.settle();
+    EXPECT_EQ(view.find("noTray"), nullptr);
 }
 
 TEST_F(SettingsViewTest, SwitchesAreSavedAtOnce) {

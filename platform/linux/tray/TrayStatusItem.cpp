@@ -70,6 +70,10 @@ std::optional<Platform::Rect> TrayStatusItem::frame() const {
     return Platform::Rect{static_cast<double>(place->x()), static_cast<double>(place->y()), 0, 0};
 }
 
+Platform::Subscription TrayStatusItem::addPanelObserver(std::function<void()> handler) {
+    return panelObservers_.add(std::move(handler));
+}
+
 void TrayStatusItem::popUpMenu(const Platform::Menu& menu) {
     if (menuReceiver_ != nullptr) {
         *menuReceiver_ = menu;
@@ -92,11 +96,18 @@ void TrayStatusItem::takeBestPlace() {
     if (!image_ || place == place_) {
         return;
     }
+    const bool hadPanel = hasPanel();
     place_ = std::move(place);
     icon_.reset();
-    if (place_.isNowhere()) {
-        return;
+    if (hasPanel()) {
+        stand();
     }
+    if (hasPanel() != hadPanel) {
+        panelObservers_.tell();
+    }
+}
+
+void TrayStatusItem::stand() {
     hasBeenShown_ = true;
     TrayIconContent content{*image_, [this](const auto& event, const auto& where) { clicked(event, where); },
                             [this] { return menu_ ? std::optional(menu_()) : std::nullopt; },

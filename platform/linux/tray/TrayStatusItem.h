@@ -4,6 +4,7 @@
 #include "platform/Log.h"
 #include "platform/MainQueue.h"
 #include "platform/StatusItem.h"
+#include "platform/Subscribers.h"
 #include "platform/linux/tray/DesktopColorScheme.h"
 #include "platform/linux/tray/StatusNotifierHosts.h"
 #include "platform/linux/tray/TemplateTint.h"
@@ -33,6 +34,8 @@ public:
     void setAction(std::uint64_t eventMask, Action action) override;
     void setMenu(std::function<Platform::Menu()> menu) override;
     std::optional<Platform::Rect> frame() const override;
+    bool hasPanel() const override { return !place_.isNowhere(); }
+    Platform::Subscription addPanelObserver(std::function<void()> handler) override;
     void popUpMenu(const Platform::Menu& menu) override;
 
 private:
@@ -47,6 +50,7 @@ private:
 
     Place bestPlace() const;
     void takeBestPlace();
+    void stand();
     void clicked(const Platform::Event& event, const QRect& place);
     std::optional<Platform::Menu> menuOfRightClick();
     void followColorScheme();
@@ -73,6 +77,7 @@ private:
     std::optional<Platform::Menu>* menuReceiver_ = nullptr;
     Place place_;
     std::unique_ptr<TrayIcon> icon_;
+    Platform::Subscribers<> panelObservers_;
     Platform::Lifetime lifetime_;
 };
 
