@@ -32,10 +32,11 @@ SettingsPage {
             width: parent.width - 2 * x
             spacing: 6
 
+            // Where nothing can be detected, a restart would not help.
             WarningCaption {
                 objectName: "restartCaption"
                 width: parent.width
-                visible: page.model.switches.autoDetect
+                visible: page.model.switches.autoDetect && page.model.hasShareDetection
                 text: page.model.texts.autoDetectRestart
             }
             WarningCaption {
