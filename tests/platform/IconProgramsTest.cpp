@@ -16,6 +16,7 @@
 #include "tests/support/DesktopPicture.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/HandDrivenQueue.h"
+#include "tests/support/Orphans.h"
 #include "tests/support/RecordingLog.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -57,6 +58,7 @@ std::string serviceProgram(const std::string& name) {
 
 /// The real programs that draw icons, one after another on the same screen, as the application sees them.
 struct IconProgramsTest : testing::Test {
+    TestSupport::Orphans orphans;
     TestSupport::TemporaryFolder stateFolder;
     TestSupport::HandDrivenQueue clock;
     TestSupport::RecordingLog log;
@@ -75,14 +77,11 @@ struct IconProgramsTest : testing::Test {
     }
 
     ~IconProgramsTest() override {
-        // Those that a test had started anew are not among the programs.
-        for (const auto& window : windows.list()) {
-            ::kill(static_cast<pid_t>(window.process.value()), SIGTERM);
-        }
-        EXPECT_TRUE(spinUntil([&] { return windows.list().empty(); }, patience));
         for (auto program = programs.rbegin(); program != programs.rend(); ++program) {
             (*program)->end(SIGTERM);
         }
+        // Those that were started anew are not among the programs.
+        EXPECT_TRUE(spinUntil([] { return TestSupport::Orphans::haveEnded(); }, patience));
     }
 
     std::unique_ptr<LinuxDesktopIcons> makeRunner() {

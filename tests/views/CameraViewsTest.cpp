@@ -6,6 +6,7 @@
 #include "tests/support/FakeMediaAuthorization.h"
 #include "tests/support/HandDrivenQueue.h"
 #include "tests/support/HandDrivenWorkQueues.h"
+#include "tests/views/Rest.h"
 
 #include <QImage>
 #include <QQmlContext>
@@ -22,6 +23,7 @@ namespace {
 
 using Curtain::CameraPreviewManager;
 using testing::Pair;
+using TestSupport::comeToRest;
 using TestSupport::plainPicture;
 using TestSupport::spinUntil;
 
@@ -89,16 +91,6 @@ struct CameraViewsTest : testing::Test {
         manager.capture();
         capture.photoOutput->finish(capture.image);
         mainQueue.runReady();
-    }
-
-    /// Whether the window, when asked for nothing new, settles down.
-    bool isAtRest() {
-        int before = -1;
-        // Two looks with an idle event loop between them.
-        return spinUntil([&] {
-            const int now = paints;
-            return std::exchange(before, now) == now;
-        });
     }
 };
 
@@ -204,16 +196,16 @@ TEST_F(CameraViewsTest, OldPictureIsGoneWhenThePreviewIsShownAgain) {
 TEST_F(CameraViewsTest, NothingIsPaintedUnlessAPictureCame) {
     showPreview(160, 90);
     capture.session->show(plainPicture(160, 90, 255, 0, 0));
-    ASSERT_TRUE(isAtRest());
+    ASSERT_TRUE(comeToRest(view));
     const int before = paints;
     // The manager's other news are none for the preview.
     manager.setMirrored(true);
     manager.setMirrored(false);
-    ASSERT_TRUE(isAtRest());
+    ASSERT_TRUE(comeToRest(view));
     EXPECT_EQ(paints, before);
     capture.session->show(plainPicture(160, 90, 0, 255, 0));
     EXPECT_TRUE(spinUntil([&] { return paints > before; }));
-    ASSERT_TRUE(isAtRest());
+    ASSERT_TRUE(comeToRest(view));
     EXPECT_EQ(paints, before + 1);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/qt/ViewEngine.h"
+#include "tests/views/Rest.h"
 #include "tests/views/ViewCheck.h"
 
 #include <QCoreApplication>
@@ -59,22 +60,8 @@ public:
         return QTest::qWaitFor(condition, deadline);
     }
 
-    /// Lets layouts, pictures and animations come to rest: until nothing has been drawn anew for a moment.
-    void settle() {
-        int frames = 0;
-        const auto connection =
-            QObject::connect(&window_, &QQuickWindow::frameSwapped, &window_, [&frames] { ++frames; });
-        int before = -1;
-        for (int round = 0; round < 200 && frames != before; ++round) {
-            before = frames;
-            // In small steps, each of which does what has come due: on a busy machine the moment may be over
-            // at once.
-            for (int step = 0; step < 6; ++step) {
-                QTest::qWait(5);
-            }
-        }
-        QObject::disconnect(connection);
-    }
+    /// Lets layouts, pictures and animations come to rest.
+    void settle() { comeToRest(window_); }
 
     /// The first shown item with this object name; null for none.
     QQuickItem* find(const QString& objectName) { return findIn(*window_.contentItem(), objectName); }

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QQuickWindow>
+#include <QTest>
+
+#include <atomic>
+#include <memory>
+
+namespace TestSupport {
+
+/// Waits until a window has drawn nothing anew for a moment; false when it never comes to rest.
+inline bool comeToRest(QQuickWindow& window) {
+    // Counted on the thread that paints, which may be doing so at the end of this.
+    const auto frames = std::make_shared<std::atomic<int>>(0);
+    const auto connection = QObject::connect(
+        &window, &QQuickWindow::frameSwapped, &window, [frames] { ++*frames; }, Qt::DirectConnection);
+    int before = -1;
+    for (int round = 0; round < 200 && *frames != before; ++round) {
+        before = *frames;
+        // In small steps, each of which does what has come due: on a busy machine the moment may be over at
+        // once.
+        for (int step = 0; step < 6; ++step) {
+            QTest::qWait(5);
+        }
+    }
+    QObject::disconnect(connection);
+    return *frames == before;
+}
+
+} // namespace TestSupport
