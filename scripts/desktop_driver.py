@@ -27,6 +27,7 @@ EVENT_MASK_ATTRIBUTE = 1 << 11
 ANY_PROPERTY_TYPE = 0
 Z_PIXMAP = 2
 GRAB_ASYNC = 1
+REPLACE, PIXMAP, GC_FOREGROUND = 0, 20, 4
 VIEWABLE = 2
 ICONIC_STATE = 3
 REMOVE, ADD = 0, 1
@@ -162,6 +163,17 @@ class Display:
         append, string, cut_buffer = 2, 31, 9
         xcb.xcb_change_property(self._connection, ctypes.c_uint8(append), self.root, cut_buffer, string,
                                 ctypes.c_uint8(8), 0, None)
+        xcb.xcb_flush(self._connection)
+
+    def paint_wallpaper(self, colour):
+        """Where compositors look for it. It stays for as long as this connection."""
+        pixmap, context = (xcb.xcb_generate_id(self._connection) for _ in range(2))
+        depth = self._ask("xcb_get_geometry", self.root)[1]
+        xcb.xcb_create_pixmap(self._connection, ctypes.c_uint8(depth), pixmap, self.root, ctypes.c_uint16(1), ctypes.c_uint16(1))
+        xcb.xcb_create_gc(self._connection, context, pixmap, GC_FOREGROUND, struct.pack("I", int(colour[1:], 16)))
+        xcb.xcb_poly_fill_rectangle(self._connection, pixmap, context, 1, struct.pack("hhHH", 0, 0, 1, 1))
+        xcb.xcb_change_property(self._connection, ctypes.c_uint8(REPLACE), self.root, self.atom("_XROOTPMAP_ID"), PIXMAP,
+                                ctypes.c_uint8(32), 1, struct.pack("I", pixmap))
         xcb.xcb_flush(self._connection)
 
     def watch_requests(self):

@@ -48,8 +48,10 @@ class Photographer:
         self.start(camera, "front_camera", "Integrated Camera", "jpeg", f"picture={portrait}")
         self.start(camera, "desk_camera", "Desk View Camera", "jpeg", f"picture={portrait}")
         tone = self.scratch / "tone.wav"
-        subprocess.run(["ffmpeg", "-loglevel", "error", "-f", "lavfi", "-i", "sine=440:r=48000", "-af", "volume=0.3", "-t", "600",
-                        "-f", "wav", str(tone)], check=True)
+        # Square, so that it is equally loud in every piece of it and the meter comes to rest.
+        square = "aevalsrc=0.0265*(2*gt(sin(2*PI*480*t)\\,0)-1):s=48000"
+        subprocess.run(["ffmpeg", "-loglevel", "error", "-f", "lavfi", "-i", square, "-t", "600", "-f", "wav", str(tone)],
+                       check=True)
         self.start("paplay", "--device=microphone_feed", str(tone))
         desktop_colour = Path(os.environ["XDG_CONFIG_HOME"]) / "pcmanfm/default/desktop-items-0.conf"
         desktop_colour.parent.mkdir(parents=True)
@@ -88,7 +90,15 @@ class Photographer:
         wait_until(lambda: next((element for element in self.elements() if (element.role, element.name) == (role, name)), None),
                    f"{role}: {name}").act(action)
 
+    def has_wallpaper(self):
+        """Paints it where PCManFM has taken it away together with the icons."""
+        if self.desktop.display.colour(100, 1400) == WALLPAPER:
+            return True
+        self.desktop.display.paint_wallpaper(WALLPAPER)
+        return False
+
     def take(self, name):
+        wait_until(lambda: stays(self.has_wallpaper), "the wallpaper is shown")
         window = wait_until(lambda: next((window for window in self.desktop.windows_of(self.curtain) if
                                           (window.size or (0, 0))[0] >= SIZE[0]), None), "the popover is open")
         area = window.geometry
@@ -124,6 +134,7 @@ def main():
             photographer.close()
             photographer.open(notificationsMarkedHandled=True)
             photographer.press("push button", "Fix Everything")
+            wait_until(lambda: any(element.name == "Show desktop" for element in photographer.elements()), "the icons are gone")
             photographer.take("popover-ready")
             photographer.close()
         finally:
