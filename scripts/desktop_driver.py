@@ -52,7 +52,7 @@ class TimedOut(AssertionError):
     pass
 
 
-def wait_until(condition, what, seconds=10):
+def wait_until(condition, what, seconds=30):
     """Returns the first truthy answer of condition(); raises TimedOut if there is none in time."""
     deadline = time.monotonic() + seconds
     while not (answer := condition()):

@@ -112,7 +112,7 @@ class AccessibilityTest(AccessibilityCase):
         self.start()
         self.open_xterm(x=60, y=500)
         self.open()
-        wait_until(lambda: self.lines() == POPOVER, lambda: f"the popover is read, not {self.lines()}", 20)
+        wait_until(lambda: self.lines() == POPOVER, lambda: f"the popover is read, not {self.lines()}")
         self.assert_all_is_said()
 
     def test_the_keyboard_follows_the_reading_order(self):

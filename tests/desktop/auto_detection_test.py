@@ -102,13 +102,13 @@ class AutoDetectionTest(DesktopCase):
 
     def test_a_page_that_shares_never_shows_private_windows_for_long(self):
         page = self.share_in_browser()
-        wait_until(lambda: self.shows_terminal(page), "the page sees the private window", 10)
+        wait_until(lambda: self.shows_terminal(page), "the page sees the private window")
         self.start_curtain(XTERM)
         wait_until(lambda: self.xterm.is_hidden, "the private app is hidden", PATIENCE)
-        wait_until(lambda: not self.shows_terminal(page), "the page sees it no more", 10)
+        wait_until(lambda: not self.shows_terminal(page), "the page sees it no more")
         self.click_button()
         self.wait_shown(self.xterm)
-        wait_until(lambda: self.shows_terminal(page), "the page sees it again", 10)
+        wait_until(lambda: self.shows_terminal(page), "the page sees it again")
         # The same capture does not switch it on again.
         self.assertTrue(stays(lambda: not self.xterm.is_hidden, TWO_POLLS + 1))
 

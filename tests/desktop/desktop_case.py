@@ -18,7 +18,7 @@ from desktop_driver import (CHROMIUM, MOUSEPAD, SHORTCUT, SHORTCUT_MASK, SHORTCU
                             write_preferences)
 
 CURTAIN = os.environ["CURTAIN"]
-SECONDS_TO_END = 5
+SECONDS_TO_END = 15
 
 # Colours that tell the windows apart on a screenshot.
 XTERM_COLOUR = "#2040a0"

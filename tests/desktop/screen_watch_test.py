@@ -80,7 +80,7 @@ class CaptureTest(ScreenWatchCase):
         self.assertLessEqual(polls, POLLS_UNTIL_WATCHED, f"{name} was not found: {self.answers()}")
         end()
         if is_over:
-            wait_until(is_over, f"{name} is over", 20)
+            wait_until(is_over, f"{name} is over")
         over = self.polls_until("free", POLLS_UNTIL_FREE)
         self.assertLessEqual(over, POLLS_UNTIL_FREE, f"{name} is still found: {self.answers()}")
         table.append(f"capture   {name:32} found after {polls} poll(s), {seconds:4.1f} s; over after {over} poll(s)")

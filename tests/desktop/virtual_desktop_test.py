@@ -34,7 +34,7 @@ CALL_BUS = ("gdbus call --session --dest org.freedesktop.DBus --object-path /org
             "--method org.freedesktop.DBus.")
 
 
-def wait_until(condition, seconds=20):
+def wait_until(condition, seconds=30):
     deadline = time.monotonic() + seconds
     while not (answer := condition()):
         if time.monotonic() > deadline:

@@ -13,7 +13,7 @@ namespace TestSupport {
 /// false when it does not in time. The condition is looked at every few milliseconds, since not all of what
 /// it depends on is an event.
 template <class Condition>
-bool spinUntil(const Condition& condition, std::chrono::milliseconds deadline = std::chrono::seconds(5)) {
+bool spinUntil(const Condition& condition, std::chrono::milliseconds deadline = std::chrono::seconds(20)) {
     const QDeadlineTimer timer(deadline);
     QTimer heartbeat;
     heartbeat.start(std::chrono::milliseconds(2));
