@@ -163,7 +163,7 @@ void AppDelegate::toggleModeFromHotkey() {
     if (engine().isActive()) {
         engine().deactivate();
     } else {
-        engine().activate(targetBundleIDs());
+        engine().activate(store_.load().targetBundleIDs());
     }
     autoActivated_ = false;
     updateIcon();
@@ -395,7 +395,7 @@ void AppDelegate::handleDetection(CurtainCore::DetectionConfidence confidence) {
         notifier_.notifyPrompt();
         return;
     }
-    engine().activate(targetBundleIDs());
+    engine().activate(store_.load().targetBundleIDs());
     autoActivated_ = true;
     updateIcon();
     refreshReadiness();
@@ -413,7 +413,7 @@ void AppDelegate::undoAutomaticActivation() {
 
 void AppDelegate::hidePrivateApps() {
     if (!engine().isActive()) {
-        engine().activate(targetBundleIDs());
+        engine().activate(store_.load().targetBundleIDs());
     }
     updateIcon();
     refreshReadiness();
@@ -534,14 +534,6 @@ Platform::Image AppDelegate::symbolImage(const std::string& name) const {
 void AppDelegate::refreshReadiness() {
     coordinator().refresh();
     platform_.mainQueue->asyncAfter(secondRefreshDelay, lifetime_.weak([this] { coordinator().refresh(); }));
-}
-
-std::vector<std::string> AppDelegate::targetBundleIDs() const {
-    std::vector<std::string> identifiers;
-    for (auto& target : store_.load().targetApps) {
-        identifiers.push_back(std::move(target.bundleID));
-    }
-    return identifiers;
 }
 
 std::string AppDelegate::appName(const std::string& bundleID) const {

@@ -93,7 +93,6 @@ private:
     std::optional<Platform::Image> statusImage(const std::string& name) const;
     Platform::Image symbolImage(const std::string& name) const;
     void refreshReadiness();
-    std::vector<std::string> targetBundleIDs() const;
     std::string appName(const std::string& bundleID) const;
 
     Platform::Platform& platform_;

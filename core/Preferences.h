@@ -87,6 +87,9 @@ struct Preferences {
     bool launchAtLogin = false;
     bool hasOnboarded = false;
 
+    /// Of the private apps, in the user's order.
+    std::vector<std::string> targetBundleIDs() const;
+
     bool operator==(const Preferences&) const = default;
 };
 

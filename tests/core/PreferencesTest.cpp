@@ -55,6 +55,12 @@ TEST(Preferences, DefaultsAreThoseOfANewUser) {
     EXPECT_FALSE(preferences.hasOnboarded);
 }
 
+TEST(Preferences, IdentifiersOfPrivateAppsKeepTheirOrderAndTheirDuplicates) {
+    Preferences preferences;
+    preferences.targetApps = {{"b", "B"}, {"a", "A"}, {"b", "again"}};
+    EXPECT_THAT(preferences.targetBundleIDs(), ElementsAre("b", "a", "b"));
+}
+
 TEST(TargetApp, IdentityIsTheIdentifierAlone) {
     const TargetApp first{"id", "One"};
     const TargetApp second{"id", "Two"};
