@@ -79,6 +79,20 @@ TEST_F(AppDelegateTest, WhoClicksAsSoonAsThereIsAnIconGetsThePopover) {
     EXPECT_TRUE(fakes.popover.isShown());
 }
 
+TEST_F(AppDelegateTest, TheShortcutIsRegisteredBeforeNoticesLearnTheLanguageOfTheUser) {
+    fakes.locale.language = "es";
+    makePrivate({"a"});
+    fakes.workspace.run("a");
+    fakes.hotKeyService.onRegister = [this] {
+        delegate->toggleModeFromHotkey();
+        fakes.workspace.bringToFront("a");
+        fakes.mainQueue.advance(0.2);
+    };
+    launch();
+    ASSERT_EQ(fakes.userNotificationCenter.added.size(), 1U);
+    EXPECT_EQ(fakes.userNotificationCenter.added[0].content.title, "Hidden by Curtain");
+}
+
 TEST_F(AppDelegateTest, ButtonsOfNoticesAreRegisteredInTheLanguageOfTheUser) {
     fakes.locale.language = "es";
     launch();

@@ -3,6 +3,7 @@
 #include "platform/HotKeyService.h"
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
 #include <utility>
@@ -27,6 +28,7 @@ public:
     Platform::HotKeyStatus status = 0;
     int handlersInstalled = 0;
     bool isPresent = true;
+    std::function<void()> onRegister;
 
     bool isAvailable() const override { return isPresent; }
 
@@ -35,6 +37,9 @@ public:
         calls.push_back("register " + describe(combination) + " as " + std::to_string(id.id));
         if (events_ != nullptr) {
             events_->emplace_back("hot key");
+        }
+        if (onRegister) {
+            onRegister();
         }
         if (status == 0) {
             registrations.push_back({id, combination});
