@@ -81,20 +81,17 @@ TEST_F(DetectionTest, PrivacyModeOfTheUserIsNeitherAnnouncedNorUndone) {
     takeCalls();
     watch(true);
     watch(false);
-    EXPECT_THAT(takeCalls(), IsEmpty());
     EXPECT_TRUE(isPrivate());
-    EXPECT_THAT(fakes.userNotificationCenter.added, IsEmpty());
-}
-
-TEST_F(DetectionTest, ACallAppAloneLeavesThePrivacyModeOfTheUserOn) {
+    // The same while a call app runs, and at its end.
     fakes.workspace.run("us.zoom.xos");
-    launch();
-    pressShortcut();
-    takeCalls();
     watch(true);
     watch(false);
-    EXPECT_THAT(takeCalls(), IsEmpty());
     EXPECT_TRUE(isPrivate());
+    fakes.workspace.quitAll();
+    watch(false);
+    EXPECT_TRUE(isPrivate());
+    EXPECT_THAT(takeCalls(), IsEmpty());
+    EXPECT_THAT(fakes.userNotificationCenter.added, IsEmpty());
 }
 
 TEST_F(DetectionTest, TheShortcutTakesOverFromDetection) {
