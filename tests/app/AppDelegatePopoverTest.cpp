@@ -46,6 +46,9 @@ struct PopoverTest : TestSupport::AppDelegateFixture {
     }
 
     bool isCameraOn() { return fakes.captureServices.session->isRunning(); }
+    bool isMicrophoneOn() {
+        return !fakes.audioServices.engines.empty() && fakes.audioServices.engine().isRunning;
+    }
     bool isPrivate() { return fakes.statusBar.images.back().source == "/resources/close.pdf"; }
 
     void takePhoto() {
@@ -133,9 +136,11 @@ TEST_F(PopoverTest, APanelThatAsksForTheMenuClosesNothing) {
 TEST_F(PopoverTest, CameraAndMicrophoneRunWhileItIsOpen) {
     open();
     EXPECT_TRUE(isCameraOn());
+    EXPECT_TRUE(isMicrophoneOn());
     fakes.statusBar.click(leftClick);
     fakes.workQueues.runAll();
     EXPECT_FALSE(isCameraOn());
+    EXPECT_FALSE(isMicrophoneOn());
 }
 
 TEST_F(PopoverTest, CameraAndMicrophoneStayOffWhereTheirChecksAre) {
@@ -145,8 +150,8 @@ TEST_F(PopoverTest, CameraAndMicrophoneStayOffWhereTheirChecksAre) {
     });
     open();
     EXPECT_FALSE(isCameraOn());
+    EXPECT_FALSE(isMicrophoneOn());
     EXPECT_EQ(view().cameraStatus(), "unknown");
-    EXPECT_THAT(fakes.workQueues.labels, Not(IsEmpty()));
 }
 
 TEST_F(PopoverTest, StartsTheChosenCamera) {
@@ -387,6 +392,12 @@ TEST_F(PopoverTest, EveryChangeOfTheModeRefreshesTwiceAndTheDesktopButtonOnce) {
     EXPECT_EQ(refreshesAfter([&] { view().restore(); }), 2);
     EXPECT_EQ(refreshesAfter([&] { view().fixEverything(); }), 2);
     EXPECT_EQ(refreshesAfter([&] { view().toggleDesktop(); }), 1);
+    EXPECT_EQ(refreshesAfter([&] { view().restore(); }), 2);
+    EXPECT_EQ(refreshesAfter([&] { watch(true); }), 2);
+    EXPECT_EQ(refreshesAfter([&] { watch(false); }), 2);
+    EXPECT_EQ(refreshesAfter([&] { watch(true); }), 2);
+    const auto notice = fakes.userNotificationCenter.added.back();
+    EXPECT_EQ(refreshesAfter([&] { fakes.userNotificationCenter.answer(notice, "CURTAIN_UNDO"); }), 2);
 }
 
 TEST_F(PopoverTest, ChoosingACameraStoresAndStartsIt) {
@@ -569,6 +580,31 @@ TEST_F(WizardTest, FinishingStoresItClosesTheWindowAndAsksForNotifications) {
     EXPECT_THAT(fakes.windows.all, IsEmpty());
     fakes.statusBar.click(leftClick);
     EXPECT_TRUE(fakes.popover.isShown());
+}
+
+TEST_F(WizardTest, DevicesThatItStartedStopWhereThePopoverOpensWithoutTheirChecks) {
+    fakes.captureServices.cameras = {{"front", "Front"}};
+    launch();
+    fakes.statusBar.click(leftClick);
+    while (model().page() != "microphone") {
+        model().advance();
+    }
+    model().requestCurrentPermission();
+    model().advance();
+    model().requestCurrentPermission();
+    fakes.workQueues.runAll();
+    ASSERT_TRUE(fakes.captureServices.session->isRunning());
+    ASSERT_TRUE(fakes.audioServices.engine().isRunning);
+    change([](auto& record) {
+        record.hasOnboarded = true;
+        record.showCameraPreview = false;
+        record.showMicrophoneCheck = false;
+    });
+    fakes.statusBar.click(leftClick);
+    fakes.workQueues.runAll();
+    ASSERT_TRUE(fakes.popover.isShown());
+    EXPECT_FALSE(fakes.captureServices.session->isRunning());
+    EXPECT_FALSE(fakes.audioServices.engine().isRunning);
 }
 
 TEST_F(WizardTest, WithoutABundleNobodyIsAskedForNotifications) {
