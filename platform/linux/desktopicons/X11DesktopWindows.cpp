@@ -1,5 +1,7 @@
 #include "platform/linux/desktopicons/X11DesktopWindows.h"
 
+#include "platform/linux/x11/X11Property.h"
+
 #include <algorithm>
 #include <array>
 #include <span>
@@ -12,20 +14,9 @@ constexpr std::uint32_t longestList = 1U << 16U;
 constexpr std::uint32_t longestClass = 256;
 constexpr std::uint32_t mostTypes = 64;
 
-std::span<const std::uint32_t> numbersIn(const XcbPointer<xcb_get_property_reply_t>& reply) {
-    if (!reply || reply->format != 32) {
-        return {};
-    }
-    return {static_cast<const std::uint32_t*>(xcb_get_property_value(reply.get())), reply->value_len};
-}
-
 /// The second of the two names in the property.
-std::string classIn(const XcbPointer<xcb_get_property_reply_t>& reply) {
-    if (!reply || reply->format != 8) {
-        return {};
-    }
-    const std::string_view bytes(static_cast<const char*>(xcb_get_property_value(reply.get())),
-                                 reply->value_len);
+std::string classIn(const xcb_get_property_reply_t* reply) {
+    const auto bytes = bytesIn(reply);
     const auto end = bytes.find('\0');
     return end == std::string_view::npos
                ? std::string()
@@ -64,10 +55,10 @@ std::vector<DesktopScene::Window> X11DesktopWindows::list() {
         const auto className = connection_.reply<xcb_get_property_reply>(question.className);
         const auto process = connection_.reply<xcb_get_property_reply>(question.process);
         const bool isShown = attributes && attributes->map_state != XCB_MAP_STATE_UNMAPPED;
-        if (isShown && std::ranges::count(numbersIn(type), atoms_[desktopType]) > 0) {
-            const auto numbers = numbersIn(process);
+        if (isShown && std::ranges::count(numbersIn(type.get()), atoms_[desktopType]) > 0) {
+            const auto numbers = numbersIn(process.get());
             windows.push_back(
-                {classIn(className), numbers.empty() ? std::nullopt : std::optional(numbers.front())});
+                {classIn(className.get()), numbers.empty() ? std::nullopt : std::optional(numbers.front())});
         }
     }
     return windows;
@@ -79,7 +70,7 @@ std::vector<xcb_window_t> X11DesktopWindows::candidates() {
     const auto treeQuestion = xcb_query_tree(connection_.get(), connection_.root());
     const auto listReply = connection_.reply<xcb_get_property_reply>(listQuestion);
     const auto tree = connection_.reply<xcb_query_tree_reply>(treeQuestion);
-    const auto managed = numbersIn(listReply);
+    const auto managed = numbersIn(listReply.get());
     std::vector<xcb_window_t> windows(managed.begin(), managed.end());
     if (tree) {
         // Window managers need not manage a desktop.

@@ -1,5 +1,7 @@
 #include "platform/linux/screenwatch/X11CaptureWatch.h"
 
+#include "platform/linux/x11/X11ClientProcess.h"
+
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -265,9 +267,8 @@ bool X11CaptureWatch::judge(const std::vector<X11ClientId>& readers) {
     std::vector<std::pair<xcb_res_query_client_resources_cookie_t, xcb_res_query_client_ids_cookie_t>>
         questions;
     for (const auto id : readers) {
-        const xcb_res_client_id_spec_t processOf{id, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
         questions.emplace_back(xcb_res_query_client_resources(control_->get(), id),
-                               xcb_res_query_client_ids(control_->get(), 1, &processOf));
+                               askClientProcess(*control_, id));
     }
     const auto owner = control_->reply<xcb_get_selection_owner_reply>(compositor);
     const auto idMask = xcb_get_setup(control_->get())->resource_id_mask;
@@ -275,12 +276,12 @@ bool X11CaptureWatch::judge(const std::vector<X11ClientId>& readers) {
     for (std::size_t index = 0; index < readers.size(); ++index) {
         const auto id = readers[index];
         const auto held = holdings(questions[index].first);
-        const auto reader = process(questions[index].second);
+        const auto reader = receiveClientProcess(*control_, questions[index].second);
         const bool isCompositor = owner && owner->owner != XCB_WINDOW_NONE && (owner->owner & ~idMask) == id;
         if (!held) {
             // It is gone.
             clients_[id].reads.reset();
-        } else if (reader != getpid() && !isCompositor &&
+        } else if (reader != static_cast<std::uint32_t>(getpid()) && !isCompositor &&
                    clients_[id].reads->isCapture(now, held->followsChanges)) {
             isCaptured = true;
         }
@@ -304,18 +305,6 @@ X11CaptureWatch::holdings(xcb_res_query_client_resources_cookie_t cookie) {
                                    name == types_.sharedMemory || name == types_.cursorClient;
     }
     return held;
-}
-
-std::optional<pid_t> X11CaptureWatch::process(xcb_res_query_client_ids_cookie_t cookie) {
-    const auto reply = control_->reply<xcb_res_query_client_ids_reply>(cookie);
-    if (!reply) {
-        return std::nullopt;
-    }
-    const auto ids = xcb_res_query_client_ids_ids_iterator(reply.get());
-    if (ids.rem == 0 || xcb_res_client_id_value_value_length(ids.data) < 1) {
-        return std::nullopt;
-    }
-    return static_cast<pid_t>(*xcb_res_client_id_value_value(ids.data));
 }
 
 } // namespace LinuxPlatform

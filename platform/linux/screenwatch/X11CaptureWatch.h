@@ -88,7 +88,6 @@ private:
     std::vector<X11ClientId> readers();
     bool judge(const std::vector<X11ClientId>& readers);
     std::optional<Holdings> holdings(xcb_res_query_client_resources_cookie_t cookie);
-    std::optional<pid_t> process(xcb_res_query_client_ids_cookie_t cookie);
 
     std::unique_ptr<X11Connection> control_;
     std::unique_ptr<X11RecordStream> stream_;

@@ -1,6 +1,7 @@
 #include "platform/linux/shell/X11EventMonitors.h"
 
-#include <xcb/res.h>
+#include "platform/linux/x11/X11ClientProcess.h"
+
 #include <xcb/xinput.h>
 
 #include <optional>
@@ -88,21 +89,8 @@ bool X11EventMonitors::isPointerOverOwnWindow() {
         }
         window = pointer->child;
     }
-    const xcb_res_client_id_spec_t question{window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
-    const auto answer = connection_.reply<xcb_res_query_client_ids_reply>(
-        xcb_res_query_client_ids(connection_.get(), 1, &question));
-    if (!answer) {
-        return false;
-    }
-    auto identifiers = xcb_res_query_client_ids_ids_iterator(answer.get());
-    for (; identifiers.rem > 0; xcb_res_client_id_value_next(&identifiers)) {
-        const auto isProcess = (identifiers.data->spec.mask & XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID) != 0;
-        if (isProcess && xcb_res_client_id_value_value_length(identifiers.data) > 0 &&
-            *xcb_res_client_id_value_value(identifiers.data) == static_cast<std::uint32_t>(getpid())) {
-            return true;
-        }
-    }
-    return false;
+    return receiveClientProcess(connection_, askClientProcess(connection_, window)) ==
+           static_cast<std::uint32_t>(getpid());
 }
 
 void X11EventMonitors::handle(const xcb_generic_event_t& event) {

@@ -1,5 +1,7 @@
 #include "platform/linux/shell/X11MenuBar.h"
 
+#include "platform/linux/x11/X11Property.h"
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -58,12 +60,8 @@ std::optional<std::string> X11MenuBar::frontmostApplication() {
 
 std::vector<std::uint32_t> X11MenuBar::values(xcb_get_property_cookie_t question) {
     const auto reply = connection_.reply<xcb_get_property_reply>(question);
-    if (!reply) {
-        return {};
-    }
-    const auto* const begin = static_cast<const std::uint32_t*>(xcb_get_property_value(reply.get()));
-    return {begin,
-            begin + xcb_get_property_value_length(reply.get()) / static_cast<int>(sizeof(std::uint32_t))};
+    const auto numbers = numbersIn(reply.get());
+    return {numbers.begin(), numbers.end()};
 }
 
 xcb_get_property_cookie_t X11MenuBar::askType(xcb_window_t window) {

@@ -1,5 +1,7 @@
 #include "platform/linux/shell/X11WindowManager.h"
 
+#include "platform/linux/x11/X11Property.h"
+
 #include <xcb/shape.h>
 
 #include <algorithm>
@@ -28,12 +30,6 @@ enum Strut : std::size_t {
     bottomEnd,
     strutLength
 };
-
-template <class Value>
-std::span<const Value> values(const xcb_get_property_reply_t& reply) {
-    return {static_cast<const Value*>(xcb_get_property_value(&reply)),
-            static_cast<std::size_t>(xcb_get_property_value_length(&reply)) / sizeof(Value)};
-}
 
 QRect between(std::uint32_t x1, std::uint32_t y1, std::uint32_t x2, std::uint32_t y2) {
     return QRect(QPoint(static_cast<int>(x1), static_cast<int>(y1)),
@@ -107,18 +103,17 @@ std::vector<QRect> X11WindowManager::panels() {
         connection_.get(), 0, connection_.root(), atoms_.clientList, XCB_ATOM_WINDOW, 0, mostWindows));
     const auto geometry =
         connection_.reply<xcb_get_geometry_reply>(xcb_get_geometry(connection_.get(), connection_.root()));
-    if (!clients || !geometry) {
+    if (!geometry) {
         return result;
     }
     std::vector<xcb_get_property_cookie_t> cookies;
-    for (const auto window : values<xcb_window_t>(*clients)) {
+    for (const auto window : numbersIn(clients.get())) {
         cookies.push_back(xcb_get_property(connection_.get(), 0, window, atoms_.strutPartial,
                                            XCB_ATOM_CARDINAL, 0, strutLength));
     }
     for (const auto& cookie : cookies) {
-        if (const auto strut = connection_.reply<xcb_get_property_reply>(cookie)) {
-            addReserved(values<std::uint32_t>(*strut), geometry->width, geometry->height, result);
-        }
+        const auto strut = connection_.reply<xcb_get_property_reply>(cookie);
+        addReserved(numbersIn(strut.get()), geometry->width, geometry->height, result);
     }
     return result;
 }

@@ -1,5 +1,7 @@
 #include "platform/linux/tray/XembedIcon.h"
 
+#include "platform/linux/x11/X11Property.h"
+
 #include <QPainter>
 
 #include <unistd.h>
@@ -61,16 +63,12 @@ std::optional<QColor> averageColor(const QImage& image) {
     return color.alphaF() < 0.5F ? std::nullopt : std::optional(color);
 }
 
-template <class Value>
-std::vector<Value> readProperty(const X11Connection& connection, xcb_window_t window, xcb_atom_t property,
-                                xcb_atom_t type, std::uint32_t length) {
-    const XcbPointer<xcb_get_property_reply_t> reply(xcb_get_property_reply(
-        connection.get(), xcb_get_property(connection.get(), 0, window, property, type, 0, length), nullptr));
-    if (!reply || reply->format != sizeof(Value) * 8) {
-        return {};
-    }
-    const auto* const values = static_cast<const Value*>(xcb_get_property_value(reply.get()));
-    return {values, values + reply->value_len};
+std::vector<std::uint32_t> readNumbers(X11Connection& connection, xcb_window_t window, xcb_atom_t property,
+                                       xcb_atom_t type, std::uint32_t length) {
+    const auto reply = connection.reply<xcb_get_property_reply>(
+        xcb_get_property(connection.get(), 0, window, property, type, 0, length));
+    const auto numbers = numbersIn(reply.get());
+    return {numbers.begin(), numbers.end()};
 }
 
 } // namespace
@@ -110,8 +108,7 @@ XembedIcon::~XembedIcon() {
 
 XembedIcon::Visual XembedIcon::chooseVisual() const {
     const auto& screen = connection_.screen();
-    const auto wanted =
-        readProperty<std::uint32_t>(connection_, manager_, atoms_.visual, XCB_ATOM_VISUALID, 1);
+    const auto wanted = readNumbers(connection_, manager_, atoms_.visual, XCB_ATOM_VISUALID, 1);
     for (auto depths = xcb_screen_allowed_depths_iterator(&screen); !wanted.empty() && depths.rem > 0;
          xcb_depth_next(&depths)) {
         const std::span visuals(xcb_depth_visuals(depths.data),
@@ -286,8 +283,7 @@ void XembedIcon::readSurroundings() {
 }
 
 std::optional<QColor> XembedIcon::managersColor() const {
-    const auto values =
-        readProperty<std::uint32_t>(connection_, manager_, atoms_.colors, XCB_ATOM_CARDINAL, 12);
+    const auto values = readNumbers(connection_, manager_, atoms_.colors, XCB_ATOM_CARDINAL, 12);
     if (values.size() < 3) {
         return std::nullopt;
     }

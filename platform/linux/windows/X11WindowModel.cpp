@@ -1,13 +1,12 @@
 #include "platform/linux/windows/X11WindowModel.h"
 
 #include "platform/linux/apps/LegacyText.h"
-
-#include <xcb/res.h>
+#include "platform/linux/x11/X11ClientProcess.h"
+#include "platform/linux/x11/X11Property.h"
 
 #include <algorithm>
 #include <array>
 #include <set>
-#include <span>
 #include <string_view>
 #include <tuple>
 #include <utility>
@@ -40,28 +39,14 @@ constexpr std::array<std::string_view, X11WindowModel::atomCount> atomNames{
     "WM_CHANGE_STATE",
 };
 
-std::span<const std::uint32_t> numbersIn(const xcb_get_property_reply_t& reply) {
-    if (reply.format != 32) {
-        return {};
-    }
-    return {static_cast<const std::uint32_t*>(xcb_get_property_value(&reply)), reply.value_len};
-}
-
 std::optional<std::uint32_t> numberIn(const xcb_get_property_reply_t& reply) {
-    const auto numbers = numbersIn(reply);
+    const auto numbers = numbersIn(&reply);
     return numbers.empty() ? std::nullopt : std::optional(numbers.front());
 }
 
 std::vector<std::uint32_t> listIn(const xcb_get_property_reply_t& reply) {
-    const auto numbers = numbersIn(reply);
+    const auto numbers = numbersIn(&reply);
     return {numbers.begin(), numbers.end()};
-}
-
-std::string_view bytesIn(const xcb_get_property_reply_t& reply) {
-    if (reply.format != 8) {
-        return {};
-    }
-    return {static_cast<const char*>(xcb_get_property_value(&reply)), reply.value_len};
 }
 
 /// Up to the first zero byte, in UTF-8.
@@ -70,7 +55,7 @@ std::string textIn(std::string_view bytes) {
 }
 
 void readClass(X11Window& window, const xcb_get_property_reply_t& reply) {
-    const auto bytes = bytesIn(reply);
+    const auto bytes = bytesIn(&reply);
     const auto end = std::min(bytes.find('\0'), bytes.size());
     window.instanceName = textIn(bytes);
     window.className = textIn(bytes.substr(std::min(end + 1, bytes.size())));
@@ -97,7 +82,7 @@ const std::vector<X11WindowModel::Property>& X11WindowModel::properties() {
     static const std::vector<Property> list{
         {xcb_atom_t{XCB_ATOM_WM_CLASS}, 256, readClass},
         {xcb_atom_t{XCB_ATOM_WM_CLIENT_MACHINE}, 64,
-         [](X11Window& window, const Reply& reply) { window.clientMachine = textIn(bytesIn(reply)); }},
+         [](X11Window& window, const Reply& reply) { window.clientMachine = textIn(bytesIn(&reply)); }},
         {netWmState, 64, [](X11Window& window, const Reply& reply) { window.state = listIn(reply); }},
         {wmState, 1, [](X11Window& window, const Reply& reply) { window.managerState = numberIn(reply); }},
         {netWmPid, 1,
@@ -105,9 +90,9 @@ const std::vector<X11WindowModel::Property>& X11WindowModel::properties() {
         {netWmWindowType, 64, [](X11Window& window, const Reply& reply) { window.type = listIn(reply); }},
         {netWmDesktop, 1, [](X11Window& window, const Reply& reply) { window.desktop = numberIn(reply); }},
         {kdeNetWmDesktopFile, 256,
-         [](X11Window& window, const Reply& reply) { window.desktopFile = textIn(bytesIn(reply)); }},
+         [](X11Window& window, const Reply& reply) { window.desktopFile = textIn(bytesIn(&reply)); }},
         {gtkApplicationId, 256,
-         [](X11Window& window, const Reply& reply) { window.applicationId = textIn(bytesIn(reply)); }},
+         [](X11Window& window, const Reply& reply) { window.applicationId = textIn(bytesIn(&reply)); }},
     };
     return list;
 }
@@ -136,8 +121,7 @@ public:
             attributesRequest_ = xcb_get_window_attributes(connection, window);
         }
         if (isNew_ && model.hasProcessQuery_) {
-            const xcb_res_client_id_spec_t query{window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
-            processRequest_ = xcb_res_query_client_ids(connection, 1, &query);
+            processRequest_ = askClientProcess(model.connection_, window);
         }
     }
 
@@ -159,27 +143,12 @@ public:
             entry.isViewable = reply && reply->map_state == XCB_MAP_STATE_VIEWABLE;
         }
         if (processRequest_) {
-            readProcess(window);
+            window.connectedProcess = receiveClientProcess(model_.connection_, *processRequest_);
         }
         return isThere;
     }
 
 private:
-    void readProcess(X11Window& window) const {
-        const auto reply = model_.connection_.reply<xcb_res_query_client_ids_reply>(*processRequest_);
-        if (!reply) {
-            return;
-        }
-        for (auto id = xcb_res_query_client_ids_ids_iterator(reply.get()); id.rem > 0;
-             xcb_res_client_id_value_next(&id)) {
-            const bool isProcess = (id.data->spec.mask & XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID) != 0;
-            if (isProcess && xcb_res_client_id_value_value_length(id.data) > 0) {
-                const auto process = *xcb_res_client_id_value_value(id.data);
-                window.connectedProcess = process != 0 ? std::optional(process) : std::nullopt;
-            }
-        }
-    }
-
     X11WindowModel& model_;
     xcb_window_t window_;
     bool isNew_;
