@@ -2,6 +2,7 @@
 #include "platform/linux/LinuxPlatform.h"
 #include "platform/linux/dbus/ApplicationBus.h"
 #include "platform/linux/dbus/SessionBusCheck.h"
+#include "platform/linux/session/InstanceLock.h"
 #include "platform/qt/DisplayCheck.h"
 #include "platform/qt/TerminationSignals.h"
 
@@ -26,6 +27,7 @@ int main(int argumentCount, char** arguments) {
     QApplication::setApplicationVersion(QStringLiteral(CURTAIN_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("com.curtain.Curtain"));
 
+    std::optional<LinuxPlatform::InstanceLock> lock;
     LinuxPlatform::ApplicationBus bus(QDBusConnection::sessionBus(), QGuiApplication::desktopFileName());
     switch (bus.claim()) {
     case LinuxPlatform::ApplicationBus::Claim::otherOpened:
@@ -34,7 +36,16 @@ int main(int argumentCount, char** arguments) {
         std::fputs("Curtain: it runs already in this session, but does not answer\n", stderr);
         return EXIT_FAILURE;
     case LinuxPlatform::ApplicationBus::Claim::first:
+        break;
     case LinuxPlatform::ApplicationBus::Claim::noBus:
+        lock.emplace(LinuxPlatform::InstanceLock::fileFor(qEnvironmentVariable("DISPLAY").toStdString()));
+        if (lock->isTaken()) {
+            std::fputs(
+                "Curtain: it runs already on this display, and without a session bus it cannot be asked "
+                "to open\n",
+                stderr);
+            return EXIT_FAILURE;
+        }
         break;
     }
 

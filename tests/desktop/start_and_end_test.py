@@ -61,6 +61,23 @@ class StartTest(DesktopCase):
                 self.end_curtain()
                 self.desktop.end_programs()
 
+    def test_starts_once_without_a_session_bus(self):
+        run = self.scratch / "run"
+        run.mkdir(mode=0o700)
+        without_bus = {"DBUS_SESSION_BUS_ADDRESS": "nonsense", "XDG_RUNTIME_DIR": str(run)}
+        self.expected_complaints = NO_BUS
+        xterm = self.open_xterm()
+        self.start_curtain(XTERM, **without_bus)
+        self.assert_refuses("Curtain: it runs already on this display, and without a session bus it cannot be asked to open",
+                            **without_bus)
+        self.toggle()
+        self.wait_hidden(xterm)
+        self.toggle()
+        self.wait_shown(xterm)
+        self.curtain.kill()
+        self.curtain.wait()
+        self.start_curtain(**without_bus)
+
     def test_does_not_wait_for_a_session_bus_that_says_nothing(self):
         path = self.scratch / "silent"
         with socket.socket(socket.AF_UNIX) as listener:
