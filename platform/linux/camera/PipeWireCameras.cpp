@@ -36,7 +36,8 @@ constexpr std::chrono::milliseconds retryInterval{500};
 /// was let go, a busy session manager may still be about to take it away from the one before.
 constexpr std::chrono::milliseconds firstRetry{20};
 constexpr std::uint32_t fewestBuffers = 2;
-constexpr std::uint32_t usualBuffers = 4;
+/// One with the camera, one on its way, one that is being looked at. They count as memory of this process.
+constexpr std::uint32_t usualBuffers = 3;
 constexpr std::uint32_t mostBuffers = 16;
 
 std::string lookUp(const spa_dict* properties, const char* key) {
