@@ -19,7 +19,8 @@ struct WindowStyle {
     bool isMovableByBackground = false;
 };
 
-/// A window of this program. Closing it hides it; it can be shown again. Main thread only.
+/// A window of this program. Closing it hides it; it can be shown again. Its destruction closes it. Main
+/// thread only.
 class Window {
 public:
     virtual ~Window() = default;

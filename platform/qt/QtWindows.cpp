@@ -68,6 +68,9 @@ public:
         view_.setGeometry({0, 0, size.width, size.height});
         view_.setContent(std::move(content));
     }
+    ~QtWindow() override { window_.close(); }
+    QtWindow(const QtWindow&) = delete;
+    QtWindow& operator=(const QtWindow&) = delete;
 
     bool isVisible() const override { return window_.isVisible(); }
 

@@ -262,7 +262,7 @@ TEST_F(X11ShellTest, WindowsHaveAFixedSizeAndComeToTheFrontWithTheKeyboard) {
     const auto other = client.open("other", "Other");
     ASSERT_TRUE(spinUntil([&] { return client.activeWindow() == other; }));
     QtPlatform::QtWindows windows(engine, link);
-    const auto window = windows.makeWindow({plainView, std::make_shared<QObject>()}, {420, 460}, {});
+    auto window = windows.makeWindow({plainView, std::make_shared<QObject>()}, {420, 460}, {});
     EXPECT_FALSE(window->isVisible());
     window->setTitle("Curtain — Settings");
     window->center();
@@ -282,6 +282,10 @@ TEST_F(X11ShellTest, WindowsHaveAFixedSizeAndComeToTheFrontWithTheKeyboard) {
     EXPECT_FALSE(window->isVisible());
     window->makeKeyAndOrderFront();
     EXPECT_TRUE(window->isVisible());
+    int closings = 0;
+    window->setOnWillClose([&] { ++closings; });
+    window.reset();
+    EXPECT_EQ(closings, 1);
     client.destroy(other);
 }
 
