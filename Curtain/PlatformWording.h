@@ -12,8 +12,7 @@ namespace Curtain {
 /// Names a text that only Linux needs: a sentence, or a button's name for assistive technology and its tip.
 enum class PlatformKey {
     /// Why apps cannot be hidden, to stand below `wizCompatOSFail` or alone: the session is a Wayland one
-    /// that
-    /// has no way to do it.
+    /// that has no way to do it.
     noHidingOnWayland,
     /// The same: nothing manages the windows.
     noWindowManager,

@@ -7,6 +7,7 @@
 
 namespace Platform {
 
+/// Files and folders, by absolute paths. Any thread; may block.
 class FileManager {
 public:
     virtual ~FileManager() = default;
