@@ -6,6 +6,8 @@
 /// It runs itself in a virtual desktop with --media.
 
 #include "Curtain/CameraPreviewManager.h"
+#include "bench/ProcessCosts.h"
+#include "bench/Times.h"
 #include "bench/VirtualDesktop.h"
 #include "platform/linux/camera/LinuxCaptureServices.h"
 #include "platform/qt/PictureItem.h"
@@ -15,18 +17,14 @@
 #include "tests/support/EventLoop.h"
 #include "tests/support/FakeMediaAuthorization.h"
 
-#include <QEventLoop>
 #include <QGuiApplication>
 #include <QQuickItem>
 #include <QQuickView>
-#include <QTimer>
 
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -34,6 +32,11 @@
 
 namespace {
 
+using Bench::idleFor;
+using Bench::median;
+using Bench::memoryOf;
+using Bench::milliseconds;
+using Bench::processorSeconds;
 using Clock = std::chrono::steady_clock;
 using TestSupport::ChildProcess;
 using TestSupport::spinUntil;
@@ -52,38 +55,6 @@ constexpr double mostProcessor = 12;
 constexpr double longestStart = 60;
 constexpr double mostMemory = 15;
 
-double milliseconds(Clock::duration duration) {
-    return std::chrono::duration<double, std::milli>(duration).count();
-}
-
-/// What a process has used so far; with 0, this one.
-struct Usage {
-    double processorSeconds = 0;
-    double residentMegabytes = 0;
-};
-
-Usage usageOf(pid_t process = 0) {
-    const auto folder = "/proc/" + (process == 0 ? "self" : std::to_string(process));
-    std::ifstream stat(folder + "/stat");
-    std::string text;
-    std::getline(stat, text);
-    // The name, in parentheses, may have spaces; the times are the 12th and 13th word behind it.
-    std::istringstream words(text.substr(text.rfind(')') + 1));
-    std::string word;
-    for (int skipped = 0; skipped < 11; ++skipped) {
-        words >> word;
-    }
-    double user = 0;
-    double system = 0;
-    words >> user >> system;
-    std::ifstream statm(folder + "/statm");
-    double size = 0;
-    double resident = 0;
-    statm >> size >> resident;
-    return {(user + system) / static_cast<double>(sysconf(_SC_CLK_TCK)),
-            resident * static_cast<double>(sysconf(_SC_PAGESIZE)) / 1e6};
-}
-
 /// Runs tasks at once: here it is the adapters that are measured.
 class ImmediateWorkQueues : public Platform::WorkQueues, private Platform::WorkQueue {
 public:
@@ -94,9 +65,9 @@ private:
     void async(Task task) override { task(); }
 };
 
-class Bench {
+class CameraCosts {
 public:
-    Bench(std::string camera, double seconds) : camera_(std::move(camera)), seconds_(seconds) {
+    CameraCosts(std::string camera, double seconds) : camera_(std::move(camera)), seconds_(seconds) {
         view_.setInitialProperties({{"camera", QVariant::fromValue<QObject*>(&manager_)}});
         view_.setSource(QUrl(QStringLiteral("qrc:/Curtain/CameraPreviewView.qml")));
         view_.setResizeMode(QQuickView::SizeRootObjectToView);
@@ -111,16 +82,16 @@ public:
         command.insert(command.end(), options.begin(), options.end());
         ChildProcess process(command);
         spinUntil([this] { return services_.devices().size() == 1; }, patience);
-        const double before = usageOf().residentMegabytes;
+        const double before = memoryOf(getpid()).resident;
         begin("bench");
-        rest(1);
+        idleFor(1);
         const int paintsBefore = paints_;
         const auto start = Clock::now();
-        const double processor = processorShare(0);
+        const double processor = processorShare(getpid());
         const double wall = milliseconds(Clock::now() - start) / 1000;
-        std::printf("%-24s %5.1f %% of a core (limit %.0f), %4.1f pictures/s, %5.1f MB added (limit %.0f)\n",
+        std::printf("%-24s %5.1f %% of a core (limit %.0f), %4.1f pictures/s, %5.1f MiB added (limit %.0f)\n",
                     title, processor, mostProcessor, (paints_ - paintsBefore) / wall,
-                    usageOf().residentMegabytes - before, mostMemory);
+                    memoryOf(getpid()).resident - before, mostMemory);
         manager_.stop();
         measurePeer(layout);
         process.end(SIGTERM);
@@ -146,13 +117,13 @@ public:
             spinUntil([this] { return !picture(); }, patience);
             starts.push_back(begin("one"));
             if (turn == settledCycle) {
-                settled = usageOf().residentMegabytes;
+                settled = memoryOf(getpid()).resident;
             }
         }
         print("start to first picture", starts);
         print("switch to first picture", switches);
-        std::printf("%-24s %+5.1f MB between start %d and start %d (limit 0)\n", "memory",
-                    usageOf().residentMegabytes - settled, settledCycle, cycles);
+        std::printf("%-24s %+5.1f MiB between start %d and start %d (limit 0)\n", "memory",
+                    memoryOf(getpid()).resident - settled, settledCycle, cycles);
         manager_.stop();
     }
 
@@ -175,10 +146,10 @@ private:
 
     /// Percent of a core that a process uses for a while.
     double processorShare(pid_t process) const {
-        const double before = usageOf(process).processorSeconds;
+        const double before = processorSeconds(process);
         const auto start = Clock::now();
-        rest(seconds_);
-        return (usageOf(process).processorSeconds - before) / milliseconds(Clock::now() - start) * 1e5;
+        idleFor(seconds_);
+        return (processorSeconds(process) - before) / milliseconds(Clock::now() - start) * 1e5;
     }
 
     void measurePeer(const std::string& layout) const {
@@ -194,27 +165,15 @@ private:
                                            ",height=" + std::to_string(viewHeight),
                                        "!", "ximagesink"});
         const ChildProcess peer(command);
-        rest(2);
+        idleFor(2);
         const double processor = processorShare(peer.id());
-        std::printf("  with gst-launch-1.0      %5.1f %% of a core, %5.1f MB in all\n", processor,
-                    usageOf(peer.id()).residentMegabytes);
+        std::printf("  with gst-launch-1.0      %5.1f %% of a core, %5.1f MiB in all\n", processor,
+                    memoryOf(peer.id()).resident);
     }
 
     static void print(const char* title, const std::vector<double>& times) {
         std::printf("%-24s %5.1f ms median, %5.1f ms worst (limit %.0f)\n", title, median(times),
                     std::ranges::max(times), longestStart);
-    }
-
-    static void rest(double seconds) {
-        QEventLoop loop;
-        QTimer::singleShot(std::chrono::milliseconds(static_cast<int>(seconds * 1000)), &loop,
-                           &QEventLoop::quit);
-        loop.exec();
-    }
-
-    static double median(std::vector<double> values) {
-        std::ranges::sort(values);
-        return values[values.size() / 2];
     }
 
     std::string camera_;
@@ -237,10 +196,10 @@ int main(int argumentCount, char** arguments) {
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     const QGuiApplication application(argumentCount, arguments);
     std::setvbuf(stdout, nullptr, _IOLBF, 0);
-    Bench bench(VIRTUAL_CAMERA, argumentCount > 1 ? std::atof(arguments[1]) : 5);
-    bench.measure("720p raw", "yuyv", {});
-    bench.measure("720p JPEG, flat", "jpeg", {});
-    bench.measure("720p JPEG, photo-like", "jpeg", {"photo"});
-    bench.measureStarts();
+    CameraCosts costs(VIRTUAL_CAMERA, argumentCount > 1 ? std::atof(arguments[1]) : 5);
+    costs.measure("720p raw", "yuyv", {});
+    costs.measure("720p JPEG, flat", "jpeg", {});
+    costs.measure("720p JPEG, photo-like", "jpeg", {"photo"});
+    costs.measureStarts();
     return EXIT_SUCCESS;
 }

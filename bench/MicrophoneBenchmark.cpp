@@ -7,6 +7,8 @@
 /// It runs itself in a virtual desktop with --media.
 
 #include "Curtain/MicrophoneMonitor.h"
+#include "bench/ProcessCosts.h"
+#include "bench/Times.h"
 #include "bench/VirtualDesktop.h"
 #include "platform/linux/PosixFileManager.h"
 #include "platform/linux/ThreadWorkQueues.h"
@@ -20,8 +22,6 @@
 #include "tests/support/SoundWorld.h"
 
 #include <QCoreApplication>
-#include <QEventLoop>
-#include <QTimer>
 
 #include <pulse/context.h>
 #include <pulse/subscribe.h>
@@ -33,10 +33,8 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <memory>
 #include <optional>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -44,63 +42,20 @@
 
 namespace {
 
+using Bench::idleFor;
+using Bench::Memory;
+using Bench::memoryOf;
+using Bench::milliseconds;
+using Bench::processorSeconds;
 using Clock = std::chrono::steady_clock;
 using TestSupport::spinUntil;
 
 constexpr auto patience = std::chrono::seconds(30);
 constexpr int rounds = 30;
 
-double milliseconds(Clock::duration duration) {
-    return std::chrono::duration<double, std::milli>(duration).count();
-}
-
-void idleFor(double seconds) {
-    QEventLoop loop;
-    QTimer::singleShot(std::chrono::milliseconds(static_cast<int>(1000 * seconds)), &loop, &QEventLoop::quit);
-    loop.exec();
-}
-
-/// All that a process has used so far.
-double processorSeconds(pid_t process) {
-    const auto line = TestSupport::readFile("/proc/" + std::to_string(process) + "/stat");
-    std::istringstream fields(line.substr(line.rfind(')') + 1));
-    std::string skipped;
-    for (int field = 3; field < 14; ++field) {
-        fields >> skipped;
-    }
-    double user = 0;
-    double system = 0;
-    fields >> user >> system;
-    return (user + system) / static_cast<double>(sysconf(_SC_CLK_TCK));
-}
-
-struct Memory {
-    double residentMegabytes = 0;
-    /// Shared pages divided among those who share them.
-    double proportionalMegabytes = 0;
-};
-
-Memory memoryOf(pid_t process) {
-    std::ifstream file("/proc/" + std::to_string(process) + "/smaps_rollup");
-    Memory memory;
-    for (std::string line; std::getline(file, line);) {
-        std::istringstream fields(line);
-        std::string name;
-        double kilobytes = 0;
-        fields >> name >> kilobytes;
-        if (name == "Rss:") {
-            memory.residentMegabytes = kilobytes / 1024;
-        } else if (name == "Pss:") {
-            memory.proportionalMegabytes = kilobytes / 1024;
-        }
-    }
-    return memory;
-}
-
-void print(const char* what, std::vector<double> values, const char* unit, const char* limit) {
-    std::sort(values.begin(), values.end());
-    std::printf("%-42s median %7.1f, worst %7.1f %s   (%s)\n", what, values[values.size() / 2], values.back(),
-                unit, limit);
+void print(const char* what, const std::vector<double>& values, const char* unit, const char* limit) {
+    std::printf("%-42s median %7.1f, worst %7.1f %s   (%s)\n", what, Bench::median(values),
+                std::ranges::max(values), unit, limit);
 }
 
 void print(const char* what, double value, const char* unit, const char* limit) {
@@ -152,9 +107,9 @@ private:
     std::atomic<Clock::time_point> lastEnd_{};
 };
 
-class Bench {
+class MicrophoneCosts {
 public:
-    explicit Bench(double seconds) : seconds_(seconds) {
+    explicit MicrophoneCosts(double seconds) : seconds_(seconds) {
         folders_.temporaryFolder = folder_.path().string();
         sound_.feed(TestSupport::tone(440, 0.01, 300));
     }
@@ -169,9 +124,8 @@ public:
         const auto processor = processorSeconds(getpid()) - processorBefore;
         const auto after = memoryOf(getpid());
         print("processor while metering", 100 * processor / seconds_, "% of a core", "limit 1");
-        print("memory added, resident", after.residentMegabytes - before.residentMegabytes, "MB", "limit 3");
-        print("memory added, proportional", after.proportionalMegabytes - before.proportionalMegabytes, "MB",
-              "of which");
+        print("memory added, resident", after.resident - before.resident, "MiB", "limit 3");
+        print("memory added, proportional", after.proportional - before.proportional, "MiB", "of which");
         stopMetering();
     }
 
@@ -215,8 +169,8 @@ public:
               "% of a core", "peer");
         const auto memory = memoryOf(meter.id());
         const auto plain = memoryOfIdlePipeline();
-        print("GStreamer: memory, resident", memory.residentMegabytes, "MB", "peer, the whole program");
-        print("GStreamer: memory added, resident", memory.residentMegabytes - plain.residentMegabytes, "MB",
+        print("GStreamer: memory, resident", memory.resident, "MiB", "peer, the whole program");
+        print("GStreamer: memory added, resident", memory.resident - plain.resident, "MiB",
               "peer, over a pipeline that does nothing");
     }
 
@@ -277,9 +231,9 @@ int main(int argumentCount, char** arguments) {
                              arguments);
     const QCoreApplication application(argumentCount, arguments);
     std::setvbuf(stdout, nullptr, _IOLBF, 0);
-    Bench bench(argumentCount > 1 ? std::atof(arguments[1]) : 8);
-    bench.measureCosts();
-    bench.measureTimes();
-    bench.measurePeer();
+    MicrophoneCosts costs(argumentCount > 1 ? std::atof(arguments[1]) : 8);
+    costs.measureCosts();
+    costs.measureTimes();
+    costs.measurePeer();
     return EXIT_SUCCESS;
 }

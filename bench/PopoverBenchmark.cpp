@@ -1,13 +1,12 @@
 // A refresh of everything that the popover shows, until it is drawn, over services that answer at once.
 
+#include "bench/Times.h"
 #include "platform/qt/ViewEngine.h"
 #include "tests/views/ReadinessWorld.h"
 
 #include <QEventLoop>
-#include <QGuiApplication>
 #include <QQuickItem>
 #include <QQuickWindow>
-#include <QTimer>
 
 #include <benchmark/benchmark.h>
 
@@ -16,8 +15,8 @@
 namespace {
 
 constexpr QSize size{700, 618};
-/// Nothing more is drawn after it; in milliseconds.
-constexpr int restTime = 100;
+/// Nothing more is drawn after it.
+constexpr double restSeconds = 0.1;
 
 /// The popover's content in a window of the software renderer.
 struct ShownPopover : TestSupport::ReadinessWorld {
@@ -35,18 +34,12 @@ struct ShownPopover : TestSupport::ReadinessWorld {
         item->setSize(size);
         window.show();
         waitForFrame();
-        rest();
+        Bench::idleFor(restSeconds);
     }
 
     void waitForFrame() {
         QEventLoop loop;
         QObject::connect(&window, &QQuickWindow::frameSwapped, &loop, &QEventLoop::quit);
-        loop.exec();
-    }
-
-    static void rest() {
-        QEventLoop loop;
-        QTimer::singleShot(restTime, &loop, &QEventLoop::quit);
         loop.exec();
     }
 };
@@ -72,7 +65,7 @@ void refreshEverything(benchmark::State& state) {
         popover.coordinator.refresh();
         popover.waitForFrame();
         state.PauseTiming();
-        ShownPopover::rest();
+        Bench::idleFor(restSeconds);
         state.ResumeTiming();
     }
     state.counters["frames"] = benchmark::Counter(frames, benchmark::Counter::kAvgIterations);
@@ -85,15 +78,3 @@ BENCHMARK(refreshEverything)
     ->Unit(benchmark::kMillisecond);
 
 } // namespace
-
-int main(int argumentCount, char** arguments) {
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    }
-    qputenv("QT_QUICK_BACKEND", "software");
-    const QGuiApplication application(argumentCount, arguments);
-    benchmark::Initialize(&argumentCount, arguments);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}

@@ -1,5 +1,6 @@
 #include "Curtain/SystemAppHiding.h"
 #include "bench/BareWindows.h"
+#include "bench/Times.h"
 #include "core/HideEngine.h"
 #include "platform/linux/windows/LinuxWorkspace.h"
 #include "platform/linux/windows/X11WindowSystem.h"
@@ -27,23 +28,17 @@
 namespace {
 
 using Bench::BareWindows;
+using Bench::median;
 using LinuxPlatform::WindowId;
 using LinuxPlatform::X11Connection;
 using LinuxPlatform::X11WindowSystem;
 using TestSupport::ChildProcess;
 using TestSupport::X11TestClient;
 
-using Milliseconds = std::chrono::duration<double, std::milli>;
-
 double millisecondsFor(const std::function<void()>& work) {
     const auto start = std::chrono::steady_clock::now();
     work();
-    return Milliseconds(std::chrono::steady_clock::now() - start).count();
-}
-
-double median(std::vector<double> values) {
-    std::ranges::sort(values);
-    return values.at(values.size() / 2);
+    return Bench::milliseconds(std::chrono::steady_clock::now() - start);
 }
 
 void require(bool holds, const char* what) {

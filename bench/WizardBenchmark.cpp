@@ -84,15 +84,3 @@ BENCHMARK(firstPage)->Name("firstPage/warm")->Iterations(5)->Unit(benchmark::kMi
 BENCHMARK(slowestPageChange)->Iterations(5)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 } // namespace
-
-int main(int argumentCount, char** arguments) {
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    }
-    qputenv("QT_QUICK_BACKEND", "software");
-    const QGuiApplication application(argumentCount, arguments);
-    benchmark::Initialize(&argumentCount, arguments);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}

@@ -6,7 +6,6 @@ in a virtual desktop with an X11 tray, started with --media and --camera
 The figures are for people to read; nothing passes or fails by them.
 """
 
-import re
 import statistics
 import subprocess
 import sys
@@ -17,6 +16,7 @@ from pathlib import Path
 sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "scripts"))
 # pylint: disable=wrong-import-position
 from desktop_driver import MOUSEPAD, XTERM, Desktop, wait_until, write_preferences
+from process_costs import memory, seconds_at_work, switches
 
 SIZE = (700, 618)
 # In the popover: its main button, filled or tonal, and the desktop around.
@@ -27,7 +27,6 @@ SETTLE_SECONDS = 3
 # while it waits for a frame, makes the watch for captures look twice, 5 s apart.
 AFTERMATH_SECONDS = 13
 IDLE_SECONDS = 10
-MEBIBYTE = 1024
 
 
 class Popover:
@@ -74,20 +73,16 @@ class Popover:
         wait_until(lambda: self.desktop.tray_icon() is None, "the icon is gone")
 
     def memory(self):
-        """Set sizes in MiB: proportional, resident and private."""
-        rollup = Path(f"/proc/{self.curtain.pid}/smaps_rollup").read_text()
-        sizes = {name: int(size) / MEBIBYTE for name, size in re.findall(r"^(\w+): +(\d+) kB", rollup, re.MULTILINE)}
-        return f"{sizes['Pss']:.1f} MiB (resident {sizes['Rss']:.1f}, private {sizes['Private_Clean'] + sizes['Private_Dirty']:.1f})"
+        sizes = memory(self.curtain.pid)
+        return f"{sizes.proportional:.1f} MiB (resident {sizes.resident:.1f}, private {sizes.private:.1f})"
 
     def work(self):
         """Milliseconds of the processor so far, by all threads."""
-        texts = [(thread / "schedstat").read_text() for thread in Path(f"/proc/{self.curtain.pid}/task").iterdir()]
-        return sum(int(text.split()[0]) for text in texts) / 1e6
+        return 1000 * seconds_at_work(self.curtain.pid)
 
     def wake_ups(self):
         """Context switches of all threads so far."""
-        texts = [(thread / "status").read_text() for thread in Path(f"/proc/{self.curtain.pid}/task").iterdir()]
-        return sum(int(count) for text in texts for count in re.findall(r"ctxt_switches:\s+(\d+)", text))
+        return sum(switches(self.curtain.pid).values())
 
     def idle(self):
         before = self.wake_ups()
