@@ -14,10 +14,10 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdlib>
+#include <ctime>
 #include <map>
 #include <mutex>
 #include <set>
-#include <time.h>
 #include <utility>
 
 // The library's headers are C: casts and designators of their own macros are theirs.
@@ -181,9 +181,9 @@ private:
         if (!core_) {
             return false;
         }
-        pw_core_add_listener(core_, &coreHook_, &coreEvents, this);
+        pw_core_add_listener(core_, &coreHook_, &coreEvents(), this);
         registry_ = pw_core_get_registry(core_, PW_VERSION_REGISTRY, 0);
-        pw_registry_add_listener(registry_, &registryHook_, &registryEvents, this);
+        pw_registry_add_listener(registry_, &registryHook_, &registryEvents(), this);
         pendingSync_ = pw_core_sync(core_, PW_ID_CORE, 0);
         const std::scoped_lock lock(snapshotMutex_);
         snapshot_ = {};
@@ -251,7 +251,7 @@ private:
             metadataID_ = id;
             metadata_ =
                 static_cast<pw_metadata*>(pw_registry_bind(registry_, id, type, PW_VERSION_METADATA, 0));
-            pw_metadata_add_listener(metadata_, &metadataHook_, &metadataEvents, this);
+            pw_metadata_add_listener(metadata_, &metadataHook_, &metadataEvents(), this);
         }
     }
 
@@ -287,38 +287,47 @@ private:
         }
     }
 
-    static constexpr pw_core_events coreEvents = [] {
-        pw_core_events events{};
-        events.version = PW_VERSION_CORE_EVENTS;
-        events.done = [](void* self, std::uint32_t id, int sequence) {
-            static_cast<Client*>(self)->onDone(id, sequence);
-        };
-        events.error = [](void* self, std::uint32_t id, int, int result, const char*) {
-            static_cast<Client*>(self)->onError(id, result);
-        };
-        return events;
-    }();
-    static constexpr pw_registry_events registryEvents = [] {
-        pw_registry_events events{};
-        events.version = PW_VERSION_REGISTRY_EVENTS;
-        events.global = [](void* self, std::uint32_t id, std::uint32_t, const char* type, std::uint32_t,
-                           const spa_dict* properties) {
-            static_cast<Client*>(self)->onGlobal(id, type, properties);
-        };
-        events.global_remove = [](void* self, std::uint32_t id) {
-            static_cast<Client*>(self)->onGlobalRemove(id);
-        };
-        return events;
-    }();
-    static constexpr pw_metadata_events metadataEvents = [] {
-        pw_metadata_events events{};
-        events.version = PW_VERSION_METADATA_EVENTS;
-        events.property = [](void* self, std::uint32_t, const char* key, const char*, const char* value) {
-            static_cast<Client*>(self)->onMetadata(key, value);
-            return 0;
-        };
-        return events;
-    }();
+    static const pw_core_events& coreEvents() {
+        static constexpr pw_core_events table = [] {
+            pw_core_events events{};
+            events.version = PW_VERSION_CORE_EVENTS;
+            events.done = [](void* self, std::uint32_t id, int sequence) {
+                static_cast<Client*>(self)->onDone(id, sequence);
+            };
+            events.error = [](void* self, std::uint32_t id, int, int result, const char*) {
+                static_cast<Client*>(self)->onError(id, result);
+            };
+            return events;
+        }();
+        return table;
+    }
+    static const pw_registry_events& registryEvents() {
+        static constexpr pw_registry_events table = [] {
+            pw_registry_events events{};
+            events.version = PW_VERSION_REGISTRY_EVENTS;
+            events.global = [](void* self, std::uint32_t id, std::uint32_t, const char* type, std::uint32_t,
+                               const spa_dict* properties) {
+                static_cast<Client*>(self)->onGlobal(id, type, properties);
+            };
+            events.global_remove = [](void* self, std::uint32_t id) {
+                static_cast<Client*>(self)->onGlobalRemove(id);
+            };
+            return events;
+        }();
+        return table;
+    }
+    static const pw_metadata_events& metadataEvents() {
+        static constexpr pw_metadata_events table = [] {
+            pw_metadata_events events{};
+            events.version = PW_VERSION_METADATA_EVENTS;
+            events.property = [](void* self, std::uint32_t, const char* key, const char*, const char* value) {
+                static_cast<Client*>(self)->onMetadata(key, value);
+                return 0;
+            };
+            return events;
+        }();
+        return table;
+    }
 
     Connector connector_;
     std::once_flag hasBegun_;
@@ -407,7 +416,7 @@ private:
             fail();
             return;
         }
-        pw_stream_add_listener(stream_, &hook_, &events, this);
+        pw_stream_add_listener(stream_, &hook_, &events(), this);
         PipeWireFormats formats;
         auto& offers = formats.offers();
         if (pw_stream_connect(
@@ -486,18 +495,21 @@ private:
         sink_.onFrame(frame);
     }
 
-    static constexpr pw_stream_events events = [] {
-        pw_stream_events events{};
-        events.version = PW_VERSION_STREAM_EVENTS;
-        events.state_changed = [](void* self, pw_stream_state old, pw_stream_state state, const char*) {
-            static_cast<Feed*>(self)->onStateChanged(old, state);
-        };
-        events.param_changed = [](void* self, std::uint32_t id, const spa_pod* param) {
-            static_cast<Feed*>(self)->onParamChanged(id, param);
-        };
-        events.process = [](void* self) { static_cast<Feed*>(self)->onProcess(); };
-        return events;
-    }();
+    static const pw_stream_events& events() {
+        static constexpr pw_stream_events table = [] {
+            pw_stream_events events{};
+            events.version = PW_VERSION_STREAM_EVENTS;
+            events.state_changed = [](void* self, pw_stream_state old, pw_stream_state state, const char*) {
+                static_cast<Feed*>(self)->onStateChanged(old, state);
+            };
+            events.param_changed = [](void* self, std::uint32_t id, const spa_pod* param) {
+                static_cast<Feed*>(self)->onParamChanged(id, param);
+            };
+            events.process = [](void* self) { static_cast<Feed*>(self)->onProcess(); };
+            return events;
+        }();
+        return table;
+    }
 
     Client& client_;
     std::string uniqueID_;
