@@ -4,6 +4,7 @@
 #include "platform/linux/dbus/SessionBusCheck.h"
 #include "platform/linux/session/InstanceLock.h"
 #include "platform/qt/DisplayCheck.h"
+#include "platform/qt/SessionRestart.h"
 #include "platform/qt/TerminationSignals.h"
 
 #include <QApplication>
@@ -26,6 +27,8 @@ int main(int argumentCount, char** arguments) {
     QApplication::setApplicationName(QStringLiteral("curtain"));
     QApplication::setApplicationVersion(QStringLiteral(CURTAIN_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("com.curtain.Curtain"));
+
+    QtPlatform::stayOutOfSavedSessions(application);
 
     std::optional<LinuxPlatform::InstanceLock> lock;
     LinuxPlatform::ApplicationBus bus(QDBusConnection::sessionBus(), QGuiApplication::desktopFileName());

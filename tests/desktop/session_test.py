@@ -12,6 +12,7 @@ from pathlib import Path
 from desktop_case import SECONDS_TO_END, SHORTCUT_MASK, XTERM, DesktopCase, Display, Key, wait_until, write_preferences
 
 LOGIN_MANAGER = Path(__file__).resolve().parents[1] / "support/login-manager"
+SESSION_MANAGER = LOGIN_MANAGER.with_name("session-manager")
 CAMERA_STATES = Path(os.environ["VIRTUAL_DESKTOP_PIDS"]).parent / "log/front_camera.states"
 SERVER_GONE = "The X11 connection broke (error 1). Did the X11 server die?\n"
 BUS = """<busconfig><type>system</type><listen>unix:path={}</listen><policy context="default"><allow user="*"/><allow own="*"/>
@@ -138,6 +139,24 @@ class EndAtWorkTest(SessionCase):
         self.assertEqual(curtain.wait(SECONDS_TO_END), 1)
         self.assertEqual(curtain.complaints(), SERVER_GONE)
         self.wait_released()
+
+
+class SavedSessionTest(SessionCase):
+    """A desktop that starts in the next session what ran in the last one."""
+
+    def setUp(self):
+        super().setUp()
+        self.manager = self.desktop.start(str(SESSION_MANAGER))
+        wait_until(self.told, "the session manager is up")
+        self.write_settings()
+        self.start_curtain(SESSION_MANAGER=self.told()[0])
+        wait_until(lambda: self.told()[1:], "the session manager knows how to start Curtain again")
+
+    def told(self):
+        return [line.rstrip() for line in self.manager.output().splitlines(keepends=True) if line.endswith("\n")]
+
+    def test_is_not_started_again_by_the_session(self):
+        self.assertEqual(self.told()[1:], ["restart style 3"], "never: the autostart entry does")
 
 
 if __name__ == "__main__":
