@@ -32,11 +32,10 @@ SettingsPage {
             width: parent.width - 2 * x
             spacing: 6
 
-            // Where nothing can be detected, a restart would not help.
             WarningCaption {
                 objectName: "restartCaption"
                 width: parent.width
-                visible: page.model.switches.autoDetect && page.model.hasShareDetection
+                visible: page.model.switches.autoDetect
                 text: page.model.texts.autoDetectRestart
             }
             WarningCaption {
