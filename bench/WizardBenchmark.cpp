@@ -10,9 +10,8 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <ctime>
 #include <memory>
-
-#include <time.h>
 
 namespace {
 

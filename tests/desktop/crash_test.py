@@ -40,7 +40,7 @@ class CrashTest(DesktopCase):
 
     def open_popover(self):
         """A second start makes the first one open."""
-        self.assertEqual(self.launch_curtain().wait(10), 0)
+        self.assertEqual(self.launch_curtain().wait(30), 0)
         popover = wait_until(self.popover, "the popover is open")
         wait_until(lambda: self.colour(popover, SURFACE) == SURFACE_COLOUR, "the popover is drawn")
         wait_until(lambda: self.desktop.active_window == popover, "the popover has the keyboard")

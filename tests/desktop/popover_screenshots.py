@@ -77,7 +77,7 @@ class Photographer:
 
     def close(self):
         self.curtain.terminate()
-        self.curtain.wait(10)
+        self.curtain.wait(30)
         wait_until(lambda: self.desktop.tray_icon() is None, "the icon is gone")
 
     def elements(self):

@@ -161,10 +161,10 @@ class PopoverTest(PopoverCase):
     def test_a_second_start_opens_the_first_ones_popover(self):
         self.start()
         second = self.launch_curtain()
-        self.assertEqual(second.wait(10), 0)
+        self.assertEqual(second.wait(30), 0)
         wait_until(self.shown_popover, "the popover is open")
         third = self.launch_curtain()
-        self.assertEqual(third.wait(10), 0)
+        self.assertEqual(third.wait(30), 0)
         self.assertTrue(stays(lambda: self.shown_popover() is not None))
 
     def test_shows_the_camera_and_saves_a_photo(self):

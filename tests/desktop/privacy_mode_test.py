@@ -179,7 +179,7 @@ class PrivacyModeTest(DesktopCase):
     def test_hides_every_window_of_an_app(self):
         program = self.start_mousepad()
         first = self.desktop.window_of(program)
-        self.start_mousepad().wait(10)
+        self.start_mousepad().wait(30)
         second = self.desktop.window_of(program, 1)
         places = {first: (60, 80, 480, 300), second: (700, 80, 480, 300)}
         for window, place in places.items():
@@ -216,7 +216,7 @@ class PrivacyModeTest(DesktopCase):
     def test_leaves_a_minimised_window_of_an_app_minimised(self):
         program = self.start_mousepad()
         first = self.desktop.window_of(program)
-        self.start_mousepad().wait(10)
+        self.start_mousepad().wait(30)
         second = self.desktop.window_of(program, 1)
         first.minimise()
         self.start_curtain(MOUSEPAD)

@@ -206,7 +206,7 @@ class PartsTest(RestartCase):
 
     def test_sound_and_camera_servers_that_are_killed(self):
         # A second start makes the first one open.
-        self.assertEqual(self.launch_curtain().wait(10), 0)
+        self.assertEqual(self.launch_curtain().wait(30), 0)
         wait_until(self.uses_microphone, "the microphone is in use")
         self.go_private()
         servers = ("pipewire", "wireplumber", "pipewire-pulse")

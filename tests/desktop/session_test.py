@@ -26,7 +26,7 @@ class SessionCase(DesktopCase):
 
     def open_popover(self, **environment):
         """A second start makes the first one open."""
-        self.assertEqual(self.launch_curtain(**environment).wait(10), 0)
+        self.assertEqual(self.launch_curtain(**environment).wait(30), 0)
         wait_until(self.uses_camera, "the camera is in use")
         wait_until(self.uses_microphone, "the microphone is in use")
 

@@ -129,7 +129,7 @@ class StartTest(DesktopCase):
         self.write_private_apps(XTERM)
         self.start_curtain()
         second = self.launch_curtain()
-        self.assertEqual(second.wait(10), 0)
+        self.assertEqual(second.wait(30), 0)
         self.assertEqual(second.complaints(), "")
         self.desktop.window_of(self.curtain)
         self.toggle()

@@ -53,7 +53,8 @@ public:
             pw_main_loop_get_loop(loop_),
             [](void* self, std::uint64_t) { pw_stream_trigger_process(static_cast<Stream*>(self)->stream_); },
             this);
-        stream_ = pw_stream_new_simple(pw_main_loop_get_loop(loop_), name.c_str(), properties, &events, this);
+        stream_ =
+            pw_stream_new_simple(pw_main_loop_get_loop(loop_), name.c_str(), properties, &events(), this);
         connect();
         return pw_main_loop_run(loop_) == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
     }
@@ -114,20 +115,23 @@ private:
         pw_stream_queue_buffer(stream_, buffer);
     }
 
-    static constexpr pw_stream_events events = [] {
-        pw_stream_events result{};
-        result.version = PW_VERSION_STREAM_EVENTS;
-        result.state_changed = [](void* self, pw_stream_state, pw_stream_state state, const char*) {
-            static_cast<Stream*>(self)->onState(state);
-        };
-        result.param_changed = [](void* self, std::uint32_t id, const spa_pod* param) {
-            if (id == SPA_PARAM_Format && param != nullptr) {
-                static_cast<Stream*>(self)->onFormat();
-            }
-        };
-        result.process = [](void* self) { static_cast<Stream*>(self)->onProcess(); };
-        return result;
-    }();
+    static const pw_stream_events& events() {
+        static constexpr pw_stream_events table = [] {
+            pw_stream_events result{};
+            result.version = PW_VERSION_STREAM_EVENTS;
+            result.state_changed = [](void* self, pw_stream_state, pw_stream_state state, const char*) {
+                static_cast<Stream*>(self)->onState(state);
+            };
+            result.param_changed = [](void* self, std::uint32_t id, const spa_pod* param) {
+                if (id == SPA_PARAM_Format && param != nullptr) {
+                    static_cast<Stream*>(self)->onFormat();
+                }
+            };
+            result.process = [](void* self) { static_cast<Stream*>(self)->onProcess(); };
+            return result;
+        }();
+        return table;
+    }
 
     bool isSender_ = false;
     std::ofstream file_;

@@ -166,7 +166,7 @@ public:
         if (!options_.path.empty()) {
             pw_properties_set(properties, PW_KEY_OBJECT_PATH, options_.path.c_str());
         }
-        stream_ = pw_stream_new_simple(loop, options_.name.c_str(), properties, &events, this);
+        stream_ = pw_stream_new_simple(loop, options_.name.c_str(), properties, &events(), this);
         connect();
         pw_main_loop_run(loop_);
         pw_stream_destroy(stream_);
@@ -333,18 +333,21 @@ private:
         }
     }
 
-    static constexpr pw_stream_events events = [] {
-        pw_stream_events events{};
-        events.version = PW_VERSION_STREAM_EVENTS;
-        events.state_changed = [](void* self, pw_stream_state, pw_stream_state state, const char* error) {
-            static_cast<Camera*>(self)->onStateChanged(state, error);
-        };
-        events.param_changed = [](void* self, std::uint32_t id, const spa_pod* param) {
-            static_cast<Camera*>(self)->onParamChanged(id, param);
-        };
-        events.process = [](void* self) { static_cast<Camera*>(self)->onProcess(); };
-        return events;
-    }();
+    static const pw_stream_events& events() {
+        static constexpr pw_stream_events table = [] {
+            pw_stream_events events{};
+            events.version = PW_VERSION_STREAM_EVENTS;
+            events.state_changed = [](void* self, pw_stream_state, pw_stream_state state, const char* error) {
+                static_cast<Camera*>(self)->onStateChanged(state, error);
+            };
+            events.param_changed = [](void* self, std::uint32_t id, const spa_pod* param) {
+                static_cast<Camera*>(self)->onParamChanged(id, param);
+            };
+            events.process = [](void* self) { static_cast<Camera*>(self)->onProcess(); };
+            return events;
+        }();
+        return table;
+    }
 
     Options options_;
     pw_main_loop* loop_ = nullptr;
