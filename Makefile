@@ -71,6 +71,7 @@ bench:
 	CURTAIN=$(BENCH)/stage/bin/curtain scripts/virtual-desktop -- python3 -B tests/desktop/toggles_test.py 2000
 	scripts/virtual-desktop --media --camera $(BENCH)/bench/support/VirtualCamera -- \
 		python3 -B bench/popover_benchmark.py $(BENCH)/stage/bin/curtain
+	scripts/virtual-desktop -- python3 -B bench/settings_benchmark.py $(BENCH)/stage/bin/curtain
 
 lint: tests
 	scripts/format --check

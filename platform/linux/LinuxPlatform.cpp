@@ -107,8 +107,9 @@ struct Session {
     std::unique_ptr<LoginManager> loginManager;
 };
 
-/// Nothing that is shown needs the login manager, so it is found once all that is shown has been.
-constexpr Platform::MainQueue::Seconds loginManagerDelay{1};
+/// Nothing that is shown at the start needs the login manager or all desktop entries, so they are looked for
+/// once it has been shown.
+constexpr Platform::MainQueue::Seconds afterStartDelay{1};
 
 /// At the start of a session everything starts at once; a window manager that is not there by then is
 /// missing.
@@ -295,9 +296,10 @@ Platform::Platform makeLinuxPlatform() {
                                    });
     auto& cameras = addCamera(platform);
     platform.mainQueue->asyncAfter(
-        loginManagerDelay,
+        afterStartDelay,
         [weak = std::weak_ptr(session), handlers = powerHandlers(platform, cameras, *sound, *workspace)] {
             if (const auto running = weak.lock()) {
+                running->entries.readAhead();
                 running->loginManager = std::make_unique<LoginManager>(LoginManager::systemBus(), handlers);
             }
         });

@@ -350,6 +350,33 @@ TEST_F(DesktopEntriesTest, WithoutAChangeNothingIsReadAgain) {
     EXPECT_EQ(entries.generation(), first + 1);
 }
 
+TEST_F(DesktopEntriesTest, WhatIsReadAheadIsNotReadAgain) {
+    addProgram("app");
+    install(system / "app.desktop", "Name=App\nExec=app\n");
+    entries.readAhead();
+    EXPECT_THAT(ids(), ElementsAre("app"));
+    EXPECT_EQ(entries.generation(), 1U);
+    entries.readAhead();
+    EXPECT_EQ(entries.generation(), 1U);
+}
+
+TEST_F(DesktopEntriesTest, AChangeAfterReadingAheadIsNoticed) {
+    addProgram("app");
+    entries.readAhead();
+    EXPECT_THAT(ids(), IsEmpty());
+    install(system / "app.desktop", "Name=App\nExec=app\n");
+    EXPECT_THAT(ids(), ElementsAre("app"));
+}
+
+TEST_F(DesktopEntriesTest, AReadingAheadEndsBeforeItsEntriesGo) {
+    addProgram("app");
+    for (int number = 0; number < 200; ++number) {
+        install(system / ("app" + std::to_string(number) + ".desktop"), "Name=App\nExec=app\n");
+    }
+    DesktopEntries shortLived({system});
+    shortLived.readAhead();
+}
+
 TEST_F(DesktopEntriesTest, AnIdIsFoundExactlyBeforeWithoutRegardToCase) {
     installPlain(system / "App.desktop");
     installPlain(system / "app.desktop");

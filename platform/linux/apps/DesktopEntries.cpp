@@ -181,6 +181,12 @@ std::vector<fs::path> DesktopEntries::standardFolders() {
     return folders;
 }
 
+void DesktopEntries::readAhead() {
+    if (!readingAhead_.valid() && generation_ == 0) {
+        readingAhead_ = std::async(std::launch::async, [this] { read(); });
+    }
+}
+
 std::uint64_t DesktopEntries::generation() {
     readIfChanged();
     return generation_;
@@ -228,6 +234,9 @@ const DesktopEntry* DesktopEntries::withProgram(std::string_view program) {
 }
 
 void DesktopEntries::readIfChanged() {
+    if (readingAhead_.valid()) {
+        readingAhead_.get();
+    }
     const bool isChanged = generation_ == 0 || changes_.take() ||
                            !std::ranges::equal(unwatchedFolders_, folderTimes_, {}, changeTime);
     if (isChanged) {

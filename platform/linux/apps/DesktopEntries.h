@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 #include <filesystem>
+#include <future>
 #include <optional>
 #include <span>
 #include <string>
@@ -43,13 +44,17 @@ struct DesktopEntry {
 
 /// The desktop entries of a list of application folders, subfolders included. An id in an earlier folder
 /// hides the same id in a later one, even if it only says that the app is hidden. Read on first use and again
-/// after a folder has changed.
+/// after a folder has changed. Belongs to one thread.
 class DesktopEntries {
 public:
     explicit DesktopEntries(std::vector<std::filesystem::path> folders);
 
     /// The folders that XDG_DATA_HOME and XDG_DATA_DIRS name, and those of Flatpak and Snap.
     static std::vector<std::filesystem::path> standardFolders();
+
+    /// Reads them on a thread of its own unless that has been done, so that the first question need not wait.
+    /// One that comes before the end of it waits for the rest only.
+    void readAhead();
 
     /// Counts how often the entries were read.
     std::uint64_t generation();
@@ -101,6 +106,8 @@ private:
     Index byWindowClass_;
     Index byLowerCaseWindowClass_;
     Index byProgram_;
+    /// The last member, since the reading must have ended before the others go.
+    std::future<void> readingAhead_;
 };
 
 } // namespace LinuxPlatform
