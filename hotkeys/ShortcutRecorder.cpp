@@ -17,6 +17,10 @@ constexpr std::uint64_t modifierMaskBesidesShift = 0xFF5C0000;
 constexpr std::array<std::string_view, 12> consoleKeys{"F1", "F2", "F3", "F4",  "F5",  "F6",
                                                        "F7", "F8", "F9", "F10", "F11", "F12"};
 
+bool isDeleteKey(std::int64_t keyCode) {
+    return keyCode == KeyCode::deleteBackward || keyCode == KeyCode::forwardDelete;
+}
+
 } // namespace
 
 ShortcutRecorder::ShortcutRecorder(const Services& services, Name name, std::vector<Shortcut> mainMenu)
@@ -75,7 +79,7 @@ bool ShortcutRecorder::keyDown(const KeyPress& press) {
             end();
             return true;
         }
-        if (key == KeyCode::deleteBackward || key == KeyCode::forwardDelete) {
+        if (key && isDeleteKey(*key)) {
             clear();
             end();
             return true;
@@ -108,13 +112,12 @@ void ShortcutRecorder::forceUse() {
 }
 
 bool ShortcutRecorder::isForSystem(const Shortcut& shortcut) {
-    // The kernel and the display server act on these before any program sees them.
+    // The kernel and the display server act on these before any program sees them: they change the console or
+    // end the session.
     constexpr auto controlAlt = CarbonModifier::control | CarbonModifier::option;
     const bool isWithControlAlt = (shortcut.carbonModifiers & controlAlt) == controlAlt;
     const auto* const console = std::ranges::find(consoleKeys, keyName(shortcut.carbonKeyCode));
-    const bool endsSession =
-        shortcut.carbonKeyCode == KeyCode::forwardDelete || shortcut.carbonKeyCode == KeyCode::deleteBackward;
-    return isWithControlAlt && (console != consoleKeys.end() || endsSession);
+    return isWithControlAlt && (console != consoleKeys.end() || isDeleteKey(shortcut.carbonKeyCode));
 }
 
 void ShortcutRecorder::judge(const Shortcut& shortcut) {

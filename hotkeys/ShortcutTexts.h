@@ -2,10 +2,8 @@
 
 #include <string_view>
 
-namespace KeyboardShortcuts {
-
 /// The texts of the recorder, by their keys. UTF-8, they live as long as the program.
-namespace ShortcutTexts {
+namespace KeyboardShortcuts::ShortcutTexts {
 
 inline constexpr std::string_view usedByMenuItem = "keyboard_shortcut_used_by_menu_item";
 inline constexpr std::string_view disallowed = "keyboard_shortcut_disallowed";
@@ -21,6 +19,4 @@ inline constexpr std::string_view clearShortcut = "clear_shortcut";
 /// In a language, by its two-letter code; in English when there is no text in it. Empty for an unknown key.
 std::string_view string(std::string_view key, std::string_view lang);
 
-} // namespace ShortcutTexts
-
-} // namespace KeyboardShortcuts
+} // namespace KeyboardShortcuts::ShortcutTexts

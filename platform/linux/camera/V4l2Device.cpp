@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <span>
 #include <utility>
 
 namespace LinuxPlatform {
@@ -32,10 +33,8 @@ std::optional<PixelLayout> layoutOf(std::uint32_t format) {
     return found == layouts.end() ? std::nullopt : std::optional(found->second);
 }
 
-template <std::size_t Size>
-std::string textOf(const std::uint8_t (&field)[Size]) {
-    const auto* end = std::find(field, field + Size, 0);
-    return {field, end};
+std::string textOf(std::span<const std::uint8_t> field) {
+    return {field.begin(), std::ranges::find(field, 0)};
 }
 
 } // namespace

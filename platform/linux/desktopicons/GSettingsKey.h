@@ -1,10 +1,7 @@
 #pragma once
 
-#include <memory>
 #include <optional>
 #include <string>
-
-using GSettings = struct _GSettings;
 
 namespace LinuxPlatform {
 
@@ -24,12 +21,6 @@ public:
     bool reset();
 
 private:
-    struct Unref {
-        void operator()(GSettings* settings) const;
-    };
-
-    std::unique_ptr<GSettings, Unref> open() const;
-
     std::string schema_;
     std::string key_;
 };

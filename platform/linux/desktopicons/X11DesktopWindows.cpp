@@ -80,7 +80,7 @@ std::vector<xcb_window_t> X11DesktopWindows::candidates() {
         windows.insert(windows.end(), top.begin(), top.end());
     }
     std::ranges::sort(windows);
-    windows.erase(std::ranges::unique(windows).begin(), windows.end());
+    windows.erase(std::unique(windows.begin(), windows.end()), windows.end());
     return windows;
 }
 
