@@ -165,7 +165,7 @@ TEST_F(PopoverTest, TheCamerasRowSaysWhatBecameOfTheCamera) {
     using Platform::MediaType;
     const auto statusOnceOpen = [&] {
         open();
-        const auto status = view().cameraStatus();
+        auto status = view().cameraStatus();
         fakes.popover.close();
         return status;
     };

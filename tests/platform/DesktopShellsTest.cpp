@@ -90,7 +90,7 @@ TEST_F(PlasmaDesktopTest, IsAbsentWithoutItsShell) {
 TEST_F(PlasmaDesktopTest, HidesEveryDesktopThatShowsAFolderAndGivesBackItsFilter) {
     startPlasma({"1=org.kde.plasma.folder", "7=org.kde.desktopcontainment", "9=org.kde.plasma.folder"});
     choose(9, "filterMode", "1");
-    choose(9, "filterPattern", "a \"quoted\" \\ name*");
+    choose(9, "filterPattern", R"(a "quoted" \ name*)");
     choose(9, "filterMimeTypes", "text/plain,image/png");
     const auto before = filter(9);
     EXPECT_EQ(plasma.icons(scene()), DesktopIcons::shown);
@@ -146,8 +146,8 @@ TEST_F(PlasmaDesktopTest, DesktopsWithoutAFolderShowNoIcons) {
 TEST_F(PlasmaDesktopTest, AnAnswerThatMakesNoSenseIsNoAnswer) {
     startPlasma({"1=org.kde.plasma.folder"});
     for (const auto* answer :
-         {"ReferenceError: desktops is not defined", "{\"id\": 1}", "[1]", "null",
-          "[{\"id\":\"1\",\"filterMode\":\"2\",\"filterPattern\":\"*\",\"filterMimeTypes\":\"all/all\"}]"}) {
+         {"ReferenceError: desktops is not defined", R"({"id": 1})", "[1]", "null",
+          R"([{"id":"1","filterMode":"2","filterPattern":"*","filterMimeTypes":"all/all"}])"}) {
         ask(QStringLiteral("answerWith"), {QString::fromLatin1(answer)});
         EXPECT_EQ(plasma.icons(scene()), DesktopIcons::unknown) << answer;
         plasma.hide(scene());

@@ -42,6 +42,7 @@ std::vector<std::string> KernelVideoDeviceCalls::devices() {
     }
     std::ranges::sort(found);
     std::vector<std::string> paths;
+    paths.reserve(found.size());
     for (auto& [number, path] : found) {
         paths.push_back(std::move(path));
     }

@@ -12,6 +12,7 @@ namespace LinuxPlatform {
 bool startDesktopProgram(const std::vector<std::string>& command) {
     auto words = command;
     std::vector<char*> pointers;
+    pointers.reserve(words.size() + 1);
     for (auto& word : words) {
         pointers.push_back(word.data());
     }

@@ -39,11 +39,12 @@ void ScreenReads::add(Time time, const ScreenArea& area) {
     if (width < width_ / stripPart) {
         return;
     }
-    const auto column = [&](int x) { return x * columns / width_; };
-    const auto row = [&](int y) { return y * rows / height_; };
-    for (int y = row(top); y <= row(bottom - 1); ++y) {
-        for (int x = column(left); x <= column(right - 1); ++x) {
-            second.strips.set(static_cast<std::size_t>(y * columns + x));
+    const auto cell = [](int place, int length, std::size_t cells) {
+        return static_cast<std::size_t>(place) * cells / static_cast<std::size_t>(length);
+    };
+    for (auto y = cell(top, height_, rows); y <= cell(bottom - 1, height_, rows); ++y) {
+        for (auto x = cell(left, width_, columns); x <= cell(right - 1, width_, columns); ++x) {
+            second.strips.set(y * columns + x);
         }
     }
 }

@@ -37,8 +37,8 @@ public:
     static constexpr Time memory = std::chrono::seconds(10);
 
 private:
-    static constexpr int columns = 16;
-    static constexpr int rows = 9;
+    static constexpr std::size_t columns = 16;
+    static constexpr std::size_t rows = 9;
 
     /// What was read within one second.
     struct Second {
