@@ -39,8 +39,8 @@ void ScreenReads::add(Time time, const ScreenArea& area) {
     if (width < width_ / stripPart) {
         return;
     }
-    const auto cell = [](int place, int length, std::size_t cells) {
-        return static_cast<std::size_t>(place) * cells / static_cast<std::size_t>(length);
+    const auto cell = [](int pixel, int length, std::size_t cells) {
+        return static_cast<std::size_t>(pixel) * cells / static_cast<std::size_t>(length);
     };
     for (auto y = cell(top, height_, rows); y <= cell(bottom - 1, height_, rows); ++y) {
         for (auto x = cell(left, width_, columns); x <= cell(right - 1, width_, columns); ++x) {
