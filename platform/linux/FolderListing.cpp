@@ -10,12 +10,14 @@ FolderListing::FolderListing(List list, std::chrono::milliseconds deadline)
       deadline_(deadline) {}
 
 FolderListing::Contents FolderListing::contents(const std::string& path) {
+    std::unique_lock lock(mutex_);
     const auto work = workFor(path);
-    if (!work) {
-        return std::nullopt;
+    if (work->isLate) {
+        return work->before;
     }
+    lock.unlock();
     const auto status = work->result.wait_for(deadline_);
-    const std::scoped_lock lock(mutex_);
+    lock.lock();
     if (status != std::future_status::ready) {
         work->isLate = true;
         return std::nullopt;
@@ -23,23 +25,33 @@ FolderListing::Contents FolderListing::contents(const std::string& path) {
     if (const auto found = underWay_.find(path); found != underWay_.end() && found->second == work) {
         underWay_.erase(found);
     }
-    return work->result.get();
+    return work->result.get().contents;
 }
 
 std::shared_ptr<FolderListing::Work> FolderListing::workFor(const std::string& path) {
-    const std::scoped_lock lock(mutex_);
-    if (const auto found = underWay_.find(path); found != underWay_.end()) {
-        if (!isReady(*found->second)) {
-            return found->second->isLate ? nullptr : found->second;
+    auto& work = underWay_[path];
+    if (!work) {
+        work = start(path);
+    } else if (isReady(*work)) {
+        const auto last = work->result.get();
+        work = start(path);
+        if (last.time > deadline_) {
+            work->isLate = true;
+            work->before = last.contents;
         }
-        underWay_.erase(found);
     }
-    std::promise<Contents> promise;
-    auto work = std::make_shared<Work>(Work{promise.get_future().share()});
+    return work;
+}
+
+std::shared_ptr<FolderListing::Work> FolderListing::start(const std::string& path) const {
+    std::promise<Listing> promise;
+    auto work = std::make_shared<Work>();
+    work->result = promise.get_future().share();
     std::thread([list = list_, path, promise = std::move(promise)]() mutable {
-        promise.set_value(list(path));
+        const auto begin = std::chrono::steady_clock::now();
+        auto contents = list(path);
+        promise.set_value({std::move(contents), std::chrono::steady_clock::now() - begin});
     }).detach();
-    underWay_[path] = work;
     return work;
 }
 

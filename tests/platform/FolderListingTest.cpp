@@ -2,10 +2,12 @@
 
 #include <gmock/gmock.h>
 
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <future>
 #include <memory>
+#include <string>
 #include <thread>
 
 namespace {
@@ -56,6 +58,53 @@ TEST_F(FolderListingTest, WaitsOnceForAFolderThatDoesNotAnswer) {
         contents = listing.contents("/network");
     }
     EXPECT_THAT(contents.value(), ElementsAre("/network/file"));
+}
+
+TEST_F(FolderListingTest, AFolderThatAlwaysTakesTooLongIsAnsweredFromItsLastListing) {
+    const auto mayEnd = std::make_shared<std::array<std::promise<void>, 3>>();
+    const auto listings = std::make_shared<std::atomic<std::size_t>>(0);
+    FolderListing listing(
+        [mayEnd, listings](const std::string&) -> Contents {
+            const auto number = (*listings)++;
+            mayEnd->at(number).get_future().wait();
+            return {{std::to_string(number)}};
+        },
+        milliseconds(0));
+    const auto deadline = std::chrono::steady_clock::now() + generous;
+    EXPECT_FALSE(listing.contents("/slow"));
+    for (const auto* number : {"0", "1"}) {
+        mayEnd->at(std::stoul(number)).set_value();
+        Contents contents;
+        do {
+            contents = listing.contents("/slow");
+        } while (contents != Contents({number}) && std::chrono::steady_clock::now() < deadline);
+        for (int round = 0; round < 1000; ++round) {
+            EXPECT_THAT(listing.contents("/slow").value(), ElementsAre(number));
+        }
+    }
+    EXPECT_LE(*listings, 3U);
+    mayEnd->back().set_value();
+}
+
+TEST_F(FolderListingTest, AFolderThatAnswersInTimeAgainIsListedEachTime) {
+    FolderListing listing(
+        [drive = drive](const std::string&) -> Contents {
+            const auto number = ++drive->listings;
+            drive->answer.wait();
+            return {{std::to_string(number)}};
+        },
+        milliseconds(50));
+    EXPECT_FALSE(listing.contents("/network"));
+    drive->isBack.set_value();
+    const auto deadline = std::chrono::steady_clock::now() + generous;
+    int before = 0;
+    Contents contents;
+    do {
+        before = drive->listings;
+        contents = listing.contents("/network");
+    } while (contents != Contents({std::to_string(before + 1)}) &&
+             std::chrono::steady_clock::now() < deadline);
+    EXPECT_THAT(contents.value(), ElementsAre(std::to_string(before + 1)));
 }
 
 TEST_F(FolderListingTest, TwoThreadsMayAskForTheSameFolder) {
