@@ -43,6 +43,15 @@ TEST_F(ScreenReadsTest, OneFrameASecondIsEnough) {
     EXPECT_TRUE(reads.isCapture(2s, false));
 }
 
+TEST_F(ScreenReadsTest, AScreenThatHasGrownIsReadWhereItIsNew) {
+    constexpr ScreenArea right{width, 0, width, height};
+    addEvery(66ms, 0s, 2s, right);
+    EXPECT_FALSE(reads.isCapture(2s, false));
+    reads.setScreenSize(2 * width, height);
+    addEvery(66ms, 2s, 4s, right);
+    EXPECT_TRUE(reads.isCapture(4s, false));
+}
+
 TEST_F(ScreenReadsTest, ScreenshotThatFallsIntoTwoSecondsIsNoCapture) {
     addEvery(100ms, 600ms, 1400ms, whole);
     EXPECT_FALSE(reads.isCapture(2s, false));

@@ -52,6 +52,12 @@ protected:
         return reply ? reply->num_clients : 0;
     }
 
+    int screenWidth() const {
+        const LinuxPlatform::XcbPointer<xcb_get_geometry_reply_t> reply(
+            xcb_get_geometry_reply(client_.get(), xcb_get_geometry(client_.get(), client_.root()), nullptr));
+        return reply ? reply->width : 0;
+    }
+
     std::unique_ptr<ChildProcess> read(const std::string& name, const std::string& kind,
                                        const std::vector<std::string>& area, const std::string& period,
                                        const std::vector<std::string>& options = {}) const {
@@ -121,6 +127,31 @@ TEST_F(X11CaptureWatchTest, CaptureThatBeganBeforeIsSeen) {
     const auto before = count("EARLY");
     ASSERT_TRUE(spinUntil([&] { return count("EARLY") > before + 30; }, patience));
     EXPECT_TRUE(watch_->isScreenCaptured());
+}
+
+/// Makes the screen smaller, and whole again at the end.
+class SmallScreen {
+public:
+    SmallScreen() { resize("640x480"); }
+    ~SmallScreen() { resize("1280x800"); }
+    SmallScreen(const SmallScreen&) = delete;
+    SmallScreen& operator=(const SmallScreen&) = delete;
+
+private:
+    // It says that it failed, since no mode of the output is that small.
+    static void resize(const std::string& size) { ChildProcess({"xrandr", "--fb", size}).succeeds(); }
+};
+
+TEST_F(X11CaptureWatchTest, CaptureOfAMonitorThatCameLaterIsSeen) {
+    watch_.reset();
+    {
+        const SmallScreen small;
+        watch_ = X11CaptureWatch::open();
+        ASSERT_EQ(screenWidth(), 640);
+    }
+    ASSERT_EQ(screenWidth(), 1280);
+    const auto reader = read("RECORDER", "image", {"640", "0", "640", "800"}, "66");
+    EXPECT_TRUE(becomes(true));
 }
 
 TEST_F(X11CaptureWatchTest, WhoFollowsChangesIsSeenByLittle) {

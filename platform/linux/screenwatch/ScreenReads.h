@@ -24,6 +24,12 @@ public:
 
     ScreenReads(int screenWidth, int screenHeight) : width_(screenWidth), height_(screenHeight) {}
 
+    /// For the reads from now on: monitors come and go.
+    void setScreenSize(int width, int height) {
+        width_ = width;
+        height_ = height;
+    }
+
     /// Times do not run backwards.
     void add(Time time, const ScreenArea& area);
 

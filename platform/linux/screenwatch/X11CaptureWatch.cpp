@@ -62,7 +62,10 @@ std::unique_ptr<X11CaptureWatch> X11CaptureWatch::open() {
     return watch->startRecording() ? std::move(watch) : nullptr;
 }
 
-X11CaptureWatch::X11CaptureWatch(std::unique_ptr<X11Connection> control) : control_(std::move(control)) {
+X11CaptureWatch::X11CaptureWatch(std::unique_ptr<X11Connection> control)
+    : control_(std::move(control)),
+      screenWidth_(control_->screen().width_in_pixels),
+      screenHeight_(control_->screen().height_in_pixels) {
     sharedMemory_ = extension("MIT-SHM");
     damage_ = extension("DAMAGE");
     fixes_ = extension("XFIXES");
@@ -179,10 +182,9 @@ void X11CaptureWatch::imageRead(X11ClientId client, X11RecordStream::Time time,
                                 std::span<const std::uint8_t> bytes) {
     const auto drawable = numberAt<xcb_drawable_t>(bytes, 4);
     const auto area = areaAt(bytes, 8, 12);
-    const auto& screen = control_->screen();
     if (drawable == control_->root()) {
         screenRead(client, time, area);
-    } else if (area.width * area.height >= screen.width_in_pixels * screen.height_in_pixels / smallPart) {
+    } else if (area.width * area.height >= screenWidth_ * screenHeight_ / smallPart) {
         // Perhaps a copy of the screen.
         widen(client);
     }
@@ -202,9 +204,17 @@ void X11CaptureWatch::areaCopied(X11ClientId client, X11RecordStream::Time time,
 void X11CaptureWatch::screenRead(X11ClientId client, X11RecordStream::Time time, const ScreenArea& area) {
     auto& reads = clients_[client].reads;
     if (!reads) {
-        reads.emplace(control_->screen().width_in_pixels, control_->screen().height_in_pixels);
+        receiveScreenSize(xcb_get_geometry(control_->get(), control_->root()));
+        reads.emplace(screenWidth_, screenHeight_);
     }
     reads->add(time, area);
+}
+
+void X11CaptureWatch::receiveScreenSize(xcb_get_geometry_cookie_t question) {
+    if (const auto size = control_->reply<xcb_get_geometry_reply>(question)) {
+        screenWidth_ = size->width;
+        screenHeight_ = size->height;
+    }
 }
 
 void X11CaptureWatch::widen(X11ClientId client) {
@@ -263,6 +273,7 @@ bool X11CaptureWatch::judge(const std::vector<X11ClientId>& readers) {
                                    [&](auto id) { return clients_[id].reads->isCapture(now, false); });
     }
     // All questions in one go.
+    const auto size = xcb_get_geometry(control_->get(), control_->root());
     const auto compositor = xcb_get_selection_owner(control_->get(), compositorSelection_);
     std::vector<std::pair<xcb_res_query_client_resources_cookie_t, xcb_res_query_client_ids_cookie_t>>
         questions;
@@ -270,11 +281,13 @@ bool X11CaptureWatch::judge(const std::vector<X11ClientId>& readers) {
         questions.emplace_back(xcb_res_query_client_resources(control_->get(), id),
                                askClientProcess(*control_, id));
     }
+    receiveScreenSize(size);
     const auto owner = control_->reply<xcb_get_selection_owner_reply>(compositor);
     const auto idMask = xcb_get_setup(control_->get())->resource_id_mask;
     bool isCaptured = false;
     for (std::size_t index = 0; index < readers.size(); ++index) {
         const auto id = readers[index];
+        clients_[id].reads->setScreenSize(screenWidth_, screenHeight_);
         const auto held = holdings(questions[index].first);
         const auto reader = receiveClientProcess(*control_, questions[index].second);
         const bool isCompositor = owner && owner->owner != XCB_WINDOW_NONE && (owner->owner & ~idMask) == id;

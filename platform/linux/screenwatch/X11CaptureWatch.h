@@ -87,6 +87,8 @@ private:
     void lookIntoOtherCopies();
     std::vector<X11ClientId> readers();
     bool judge(const std::vector<X11ClientId>& readers);
+    /// The size of the screen as it is now, not as it was when the connection began.
+    void receiveScreenSize(xcb_get_geometry_cookie_t question);
     std::optional<Holdings> holdings(xcb_res_query_client_resources_cookie_t cookie);
 
     std::unique_ptr<X11Connection> control_;
@@ -97,6 +99,8 @@ private:
     bool canTellClients_ = false;
     ResourceTypes types_;
     xcb_atom_t compositorSelection_ = XCB_ATOM_NONE;
+    int screenWidth_;
+    int screenHeight_;
 
     /// Those of which there is something to know.
     std::map<X11ClientId, Client> clients_;
