@@ -174,6 +174,67 @@ TEST_F(LinuxWorkspaceTest, WhatWasGivenBackIsForgotten) {
     EXPECT_THAT(windows.shown, ElementsAre(ElementsAre(1, 2), ElementsAre(2)));
 }
 
+TEST_F(LinuxWorkspaceTest, WhatItsUserBroughtBackIsForgotten) {
+    windows.open(1, "a", 10);
+    const auto app = only("a");
+    app->hide();
+    EXPECT_TRUE(app->isHidden());
+    windows.at(1).isHidden = false;
+    EXPECT_FALSE(app->isHidden());
+    windows.at(1).isHidden = true;
+    windows.open(2, "a", 10);
+    app->hide();
+    app->unhide();
+    EXPECT_THAT(windows.hidden, ElementsAre(ElementsAre(1), ElementsAre(2)));
+    EXPECT_THAT(windows.shown, ElementsAre(ElementsAre(2)));
+}
+
+TEST_F(LinuxWorkspaceTest, WindowThatIsSlowToHideIsNotForgotten) {
+    windows.open(1, "a", 10);
+    windows.open(2, "a", 10).isHidden = true;
+    const auto app = only("a");
+    windows.takesEffect = false;
+    app->hide();
+    EXPECT_FALSE(app->isHidden());
+    windows.at(1).isHidden = true;
+    EXPECT_TRUE(app->isHidden());
+    app->unhide();
+    EXPECT_THAT(windows.shown, ElementsAre(ElementsAre(1)));
+}
+
+TEST_F(LinuxWorkspaceTest, LateAnswersToEarlierRequestsAreNotTakenForTheUser) {
+    windows.open(1, "a", 10);
+    windows.open(2, "a", 10).isHidden = true;
+    const auto app = only("a");
+    windows.takesEffect = false;
+    app->hide();
+    app->unhide();
+    app->hide();
+    for (const bool isHidden : {true, false, true}) {
+        windows.at(1).isHidden = isHidden;
+        EXPECT_EQ(app->isHidden(), isHidden);
+    }
+    app->unhide();
+    EXPECT_THAT(windows.shown, ElementsAre(ElementsAre(1), ElementsAre(1)));
+}
+
+TEST_F(LinuxWorkspaceTest, WindowThatIsHiddenAgainOnItsWayBackIsNotForgotten) {
+    windows.open(1, "a", 10);
+    windows.open(2, "a", 10).isHidden = true;
+    const auto app = only("a");
+    app->hide();
+    EXPECT_TRUE(app->isHidden());
+    windows.takesEffect = false;
+    app->unhide();
+    app->hide();
+    for (const bool isHidden : {true, false, true}) {
+        windows.at(1).isHidden = isHidden;
+        EXPECT_EQ(app->isHidden(), isHidden);
+    }
+    app->unhide();
+    EXPECT_THAT(windows.shown, ElementsAre(ElementsAre(1), ElementsAre(1)));
+}
+
 TEST_F(LinuxWorkspaceTest, WindowIdentifierThatIsUsedAgainIsAnotherWindow) {
     windows.open(1, "a", 10);
     windows.open(2, "a", 10);

@@ -55,8 +55,10 @@ void AppInstances::hide(const AppInstanceKey& key) {
     }
     const auto hidden = instance->visibleWindows;
     for (const auto window : hidden) {
-        takenAway_.insert(window);
-        askedBack_.erase(window);
+        takenAway_.insert_or_assign(window, false);
+        if (askedBack_.erase(window) > 0) {
+            hurried_.insert(window);
+        }
     }
     groupedGeneration_.reset();
     windowSystem_.hide(hidden);
@@ -69,9 +71,15 @@ void AppInstances::unhide(const AppInstanceKey& key) {
     }
     std::vector<WindowId> returning;
     for (const auto window : instance->windows) {
-        if (takenAway_.erase(window) > 0) {
-            returning.push_back(window);
+        const auto taken = takenAway_.find(window);
+        if (taken == takenAway_.end()) {
+            continue;
         }
+        if (const bool wasSeenHidden = taken->second; !wasSeenHidden) {
+            hurried_.insert(window);
+        }
+        takenAway_.erase(taken);
+        returning.push_back(window);
     }
     const auto& shown = returning.empty() ? instance->windows : returning;
     askedBack_.insert(shown.begin(), shown.end());
@@ -113,7 +121,8 @@ void AppInstances::regroup() {
     owners_.clear();
     keysByBundleIdentifier_.clear();
     std::erase_if(identities_, [this](const auto& entry) { return !windowSystem_.exists(entry.first); });
-    for (auto* const windows : {&takenAway_, &askedBack_}) {
+    std::erase_if(takenAway_, [this](const auto& entry) { return !windowSystem_.exists(entry.first); });
+    for (auto* const windows : {&askedBack_, &hurried_}) {
         std::erase_if(*windows, [this](WindowId window) { return !windowSystem_.exists(window); });
     }
 
@@ -129,6 +138,7 @@ void AppInstances::regroup() {
         }
         auto& instance = instances_[position->second];
         instance.windows.push_back(window.id);
+        forgetIfBroughtBack(window);
         if (!window.isHidden) {
             askedBack_.erase(window.id);
         }
@@ -166,6 +176,18 @@ void AppInstances::addWindowless() {
         if (!hasWindow && positions_.emplace(key, instances_.size()).second) {
             instances_.push_back({key, app.identifier.localizedName, {}, {}, false});
         }
+    }
+}
+
+void AppInstances::forgetIfBroughtBack(const Window& window) {
+    const auto taken = takenAway_.find(window.id);
+    if (taken == takenAway_.end()) {
+        return;
+    }
+    if (window.isHidden) {
+        taken->second = true;
+    } else if (taken->second && !hurried_.contains(window.id)) {
+        takenAway_.erase(taken);
     }
 }
 

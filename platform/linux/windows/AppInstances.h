@@ -60,6 +60,7 @@ private:
     void regroup();
     void addWindowless();
     void lookForWindowless();
+    void forgetIfBroughtBack(const Window& window);
     const std::optional<AppIdentifier>& identityOf(const Window& window);
 
     WindowSystem& windowSystem_;
@@ -75,9 +76,13 @@ private:
     std::map<AppInstanceKey, std::size_t> positions_;
     std::unordered_map<WindowId, AppInstanceKey> owners_;
     std::unordered_map<WindowId, std::pair<WindowHints, std::optional<AppIdentifier>>> identities_;
-    std::set<WindowId> takenAway_;
+    /// Hidden on request, and whether they have been seen hidden since: the window manager takes its time.
+    std::map<WindowId, bool> takenAway_;
     /// Shown on request, but not seen yet.
     std::set<WindowId> askedBack_;
+    /// Asked the opposite before they were seen to obey. What is seen of them may be an answer to an earlier
+    /// request, so it does not say that their user brought them back.
+    std::set<WindowId> hurried_;
 };
 
 } // namespace LinuxPlatform
