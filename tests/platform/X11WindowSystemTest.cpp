@@ -189,6 +189,21 @@ TEST_F(X11WindowSystemTest, ActivatesTheTopmostOfTheWindowsThatAreHere) {
     EXPECT_TRUE(spinUntil([&] { return client.activeWindow() == upper; }));
 }
 
+TEST_F(X11WindowSystemTest, WindowThatIsHiddenAgainAtOnceIsNotActivated) {
+    const auto window = openFocused("again", "Again");
+    const std::array ids{WindowId{window}};
+    hide(window);
+    system.show(ids);
+    system.activate(ids);
+    system.hide(ids);
+    bool isTurnOver = false;
+    mainQueue.async([&] { isTurnOver = true; });
+    ASSERT_TRUE(spinUntil([&] { return isTurnOver; }));
+    // The window manager takes what it is asked in order, so this comes last.
+    openFocused("last", "Last");
+    EXPECT_TRUE(spinUntil([&] { return isHidden(window); }));
+}
+
 TEST_F(X11WindowSystemTest, NeverLeavesTheWorkspaceToActivate) {
     const auto elsewhere = openListed("a", "A");
     client.ask(elsewhere, "_NET_WM_DESKTOP", {1, pager});

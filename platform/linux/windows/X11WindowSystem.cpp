@@ -71,6 +71,7 @@ void X11WindowSystem::hide(std::span<const WindowId> windows) {
         requestHidden(xcbWindow(window), true);
         model_.expectHidden(xcbWindow(window));
         awaitingShow_.erase(window);
+        awaitingActivation_.erase(window);
     }
     connection_.flush();
 }
