@@ -304,6 +304,14 @@ TEST_F(X11KeyboardChangeTest, ModifierMayMoveToAnotherBit) {
     expectWorks();
 }
 
+TEST_F(X11KeyboardChangeTest, HotKeyThatIsRegisteredAfterTheChangeWorks) {
+    service->unregisterHotKey(toggleID);
+    moveSuperToAnotherModifier();
+    settle();
+    ASSERT_EQ(service->registerHotKey(toggle, toggleID), 0);
+    expectWorks();
+}
+
 TEST_F(X11KeyboardChangeTest, KeyboardWithoutTheModifierIsWaitedOut) {
     run({"xmodmap", "-e", "clear mod4"});
     expectSilence();

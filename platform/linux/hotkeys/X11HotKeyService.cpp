@@ -137,17 +137,17 @@ void X11HotKeyService::keyboardChanged() {
             return keyboard.translate(hotKey.combination) == keyboard_.translate(hotKey.combination);
         });
     if (isSame) {
+        // Hot keys that are registered later may differ on it.
+        keyboard_ = std::move(keyboard);
         return;
     }
-    for (const auto& hotKey : hotKeys_) {
+    for (auto& hotKey : hotKeys_) {
         if (hotKey.grabbed) {
             ungrab(*hotKey.grabbed);
+            hotKey.grabbed.reset();
         }
     }
     keyboard_ = std::move(keyboard);
-    for (auto& hotKey : hotKeys_) {
-        hotKey.grabbed.reset();
-    }
     grabMissing();
     reportMissing();
 }
