@@ -8,16 +8,24 @@
 
 #include <cerrno>
 #include <charconv>
+#include <chrono>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
+
+// The library's headers are C: casts of their own macros are theirs.
+#pragma GCC diagnostic ignored "-Wold-style-cast"
 
 namespace LinuxPlatform {
 namespace {
 
 using Id = ScreenCastGraph::Id;
+
+/// A daemon takes a few milliseconds; a frozen one is to hold up nothing that anyone would notice.
+constexpr auto firstAnswerDeadline = std::chrono::milliseconds(200);
 
 struct Destroy {
     void operator()(pw_loop* loop) const { pw_loop_destroy(loop); }
@@ -80,6 +88,7 @@ public:
     bool isScreenCast() {
         if (!core_) {
             connect();
+            takeIn();
         }
         iterate();
         return graph_.isScreenCast();
@@ -108,6 +117,11 @@ private:
         static constexpr pw_core_events coreEvents = [] {
             pw_core_events events{};
             events.version = PW_VERSION_CORE_EVENTS;
+            events.done = [](void* data, std::uint32_t id, int sequence) {
+                if (id == PW_ID_CORE) {
+                    static_cast<Registry*>(data)->answered_ = sequence;
+                }
+            };
             events.error = [](void* data, std::uint32_t id, int, int result, const char*) {
                 if (id == PW_ID_CORE && result == -EPIPE) {
                     static_cast<Registry*>(data)->isLost_ = true;
@@ -137,6 +151,24 @@ private:
         pw_proxy_add_object_listener(registryProxy_.get(), &registryHook_, &registryEvents, this);
     }
 
+    /// Waits for what is there already, so that the first answer counts: first for the objects, then for what
+    /// they say of themselves.
+    void takeIn() {
+        const auto deadline = std::chrono::steady_clock::now() + firstAnswerDeadline;
+        for (int round = 0; round < 2 && core_ && !isLost_; ++round) {
+            const int question = pw_core_sync(core_.get(), PW_ID_CORE, 0);
+            pw_loop_enter(loop_.get());
+            while (!isLost_ && answered_ != question) {
+                const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+                    deadline - std::chrono::steady_clock::now());
+                if (left.count() <= 0 || pw_loop_iterate(loop_.get(), static_cast<int>(left.count())) < 0) {
+                    break;
+                }
+            }
+            pw_loop_leave(loop_.get());
+        }
+    }
+
     void disconnect() {
         bound_.clear();
         graph_.clear();
@@ -150,6 +182,7 @@ private:
             core_.reset();
         }
         isLost_ = false;
+        answered_.reset();
     }
 
     void iterate() {
@@ -254,6 +287,8 @@ private:
     std::map<Id, std::unique_ptr<Bound>> bound_;
     ScreenCastGraph graph_;
     bool isLost_ = false;
+    /// The last question of ours that the daemon has come to.
+    std::optional<int> answered_;
     std::unique_ptr<QSocketNotifier> notifier_;
 };
 
