@@ -112,6 +112,14 @@ class AutoDetectionTest(DesktopCase):
         # The same capture does not switch it on again.
         self.assertTrue(stays(lambda: not self.xterm.is_hidden, TWO_POLLS + 1))
 
+    def test_a_page_that_shares_no_more_gives_everything_back(self):
+        page = self.share_in_browser()
+        self.start_curtain(XTERM)
+        wait_until(lambda: self.xterm.is_hidden, "the private app is hidden", PATIENCE)
+        self.click_page(page)
+        wait_until(lambda: "stopped" in page.said, "the page has stopped")
+        wait_until(lambda: not self.xterm.is_hidden, "it is back", PATIENCE)
+
     def test_the_end_of_a_capture_switches_it_off_again(self):
         self.start_curtain(XTERM)
         for _ in range(2):

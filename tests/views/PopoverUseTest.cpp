@@ -217,7 +217,8 @@ TEST_F(Popover, WithoutAccessTheCameraCardLeadsToTheSystemsSettings) {
     show();
     EXPECT_THAT(shown->texts(), Contains(QString("Curtain needs camera access")));
     shown->click("cameraSettings");
-    EXPECT_THAT(world.urlOpener.opened, ElementsAre(Curtain::SettingsLinks::cameraPrivacy));
+    EXPECT_THAT(world.urlOpener.opened,
+                ElementsAre("x-apple.systempreferences:com.apple.preference.security?Privacy_Camera"));
     world.urlOpener.canOpen = false;
     shown->click("cameraSettings");
     EXPECT_THAT(shown->texts(), Contains(world.view->cameraSettingsProblem()));

@@ -172,6 +172,10 @@ void DBusNotificationCenter::capabilitiesAnswered(const QDBusMessage& reply) {
         Capabilities{reply.service(), names.contains(QLatin1String("actions")),
                      names.contains(QLatin1String("body-markup")), names.contains(QLatin1String("sound"))};
     sendWaiting();
+    if (!isAnswer) {
+        // Perhaps it tells the next time.
+        capabilities_.reset();
+    }
 }
 
 void DBusNotificationCenter::send(const Post& post) {
