@@ -1,6 +1,8 @@
 #include "platform/linux/desktopicons/DesktopBus.h"
 #include "platform/linux/desktopicons/GnomeDesktop.h"
+#include "platform/linux/desktopicons/PcmanfmQtDesktop.h"
 #include "platform/linux/desktopicons/PlasmaDesktop.h"
+#include "platform/linux/desktopicons/XfceDesktop.h"
 
 #include "tests/support/ChildProcess.h"
 #include "tests/support/EventLoop.h"
@@ -50,6 +52,16 @@ struct DesktopShellsTest : testing::Test {
 
     DesktopScene scene() { return {bus.names(), {}, false}; }
 
+    /// Which follows only when the desktop is no longer waited for.
+    void hideLate(LinuxPlatform::IconDesktop& desktop, const DesktopScene& now) {
+        ask(QStringLiteral("hesitate"), {});
+        desktop.hide(now);
+        EXPECT_EQ(state.values.size(), 1U);
+        ask(QStringLiteral("catchUp"), {});
+        clock.advance(11);
+        EXPECT_EQ(desktop.icons(now), DesktopIcons::hidden);
+    }
+
     QVariant ask(const QString& method, const QVariantList& arguments) {
         const auto answer = DesktopBus(QDBusConnection::sessionBus(), clock, patience)
                                 .call(QString::fromStdString(shellName), QStringLiteral("/com/curtain/Test"),
@@ -58,6 +70,28 @@ struct DesktopShellsTest : testing::Test {
         return answer.arguments().value(0);
     }
 };
+
+TEST_F(DesktopShellsTest, XfceThatHidesLateGetsItsStyleBack) {
+    LinuxPlatform::XfceDesktop xfce{bus, {state, "xfce"}};
+    start("org.xfce.Xfconf", {"xfce", "style=1"});
+    const DesktopScene now{bus.names(), {{"Xfdesktop", std::nullopt}}, true};
+    EXPECT_EQ(xfce.icons(now), DesktopIcons::shown);
+    hideLate(xfce, now);
+    EXPECT_EQ(LinuxPlatform::EarlierValue(state, "xfce").get(), "1");
+    EXPECT_TRUE(xfce.show(now));
+    EXPECT_EQ(xfce.icons(now), DesktopIcons::shown);
+    EXPECT_THAT(state.values, IsEmpty());
+}
+
+TEST_F(DesktopShellsTest, PcmanfmQtThatHidesLateIsSwitchedOnAgain) {
+    LinuxPlatform::PcmanfmQtDesktop lxqt{bus, {state, "pcmanfm-qt"}, [](const auto&) { return false; }};
+    start("org.pcmanfm.PCManFM", {"lxqt"});
+    EXPECT_EQ(lxqt.icons(scene()), DesktopIcons::shown);
+    hideLate(lxqt, scene());
+    EXPECT_TRUE(lxqt.show(scene()));
+    EXPECT_EQ(lxqt.icons(scene()), DesktopIcons::shown);
+    EXPECT_THAT(state.values, IsEmpty());
+}
 
 struct PlasmaDesktopTest : DesktopShellsTest {
     void startPlasma(const std::vector<std::string>& desktops) {
@@ -105,6 +139,18 @@ TEST_F(PlasmaDesktopTest, HidesEveryDesktopThatShowsAFolderAndGivesBackItsFilter
     EXPECT_EQ(plasma.icons(scene()), DesktopIcons::shown);
     EXPECT_EQ(filter(9), before);
     EXPECT_EQ(filter(1), (Filter{"0", "*", "all/all"}));
+    EXPECT_THAT(state.values, IsEmpty());
+}
+
+TEST_F(PlasmaDesktopTest, OneThatHidesLateGetsItsFilterBack) {
+    startPlasma({"1=org.kde.plasma.folder"});
+    choose(1, "filterMode", "1");
+    choose(1, "filterPattern", "*.txt");
+    choose(1, "filterMimeTypes", "all/all");
+    const auto before = filter(1);
+    hideLate(plasma, scene());
+    EXPECT_TRUE(plasma.show(scene()));
+    EXPECT_EQ(filter(1), before);
     EXPECT_THAT(state.values, IsEmpty());
 }
 
@@ -204,6 +250,22 @@ TEST_F(GnomeDesktopTest, DisablesTheExtensionsAtWorkAndEnablesOnlyThoseAgain) {
     EXPECT_EQ(gnome.icons(scene()), DesktopIcons::shown);
     EXPECT_EQ(stateOf("ding@rastersoft.com"), 1);
     EXPECT_EQ(stateOf("gtk4-ding@smedius.gitlab.com"), 2);
+    EXPECT_THAT(state.values, IsEmpty());
+}
+
+TEST_F(GnomeDesktopTest, OneThatHidesLateGetsItsExtensionsBack) {
+    startGnome({"ding@rastersoft.com=1"});
+    hideLate(gnome, scene());
+    EXPECT_TRUE(gnome.show(scene()));
+    EXPECT_EQ(stateOf("ding@rastersoft.com"), 1);
+    EXPECT_THAT(state.values, IsEmpty());
+}
+
+TEST_F(GnomeDesktopTest, AnExtensionThatCannotBeDisabledIsNotRemembered) {
+    startGnome({"ding@rastersoft.com=1"});
+    ask(QStringLiteral("refuse"), {});
+    gnome.hide(scene());
+    EXPECT_EQ(gnome.icons(scene()), DesktopIcons::shown);
     EXPECT_THAT(state.values, IsEmpty());
 }
 

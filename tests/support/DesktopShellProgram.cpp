@@ -1,17 +1,24 @@
-// Stands in for the shells whose desktops are too large for the tests:
+// Stands in for the shells whose desktops are too large for the tests, and for others where they are to be
+// slow:
 //   DesktopShellProgram plasma ID=TYPE…    Plasma's desktops, with the scripts really run
 //   DesktopShellProgram gnome ID=STATE…    GNOME's extensions
+//   DesktopShellProgram xfce style=STYLE   Xfce's setting
+//   DesktopShellProgram lxqt               PCManFM-Qt's desktop
 // Beside the shell's own interface there is com.curtain.Test for those who look behind it.
 
 #include <QCoreApplication>
 #include <QDBusConnection>
+#include <QDBusContext>
+#include <QDBusMessage>
 #include <QDBusMetaType>
+#include <QDBusVariant>
 #include <QJSEngine>
 #include <QMap>
 #include <QObject>
 #include <QStringList>
 #include <QVariantMap>
 
+#include <functional>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -59,7 +66,54 @@ public:
     QString output;
 };
 
-class PlasmaShell : public QObject {
+/// Follows what it is told at once or, when it hesitates, as soon as it is let.
+class Shell : public QObject, protected QDBusContext {
+    Q_OBJECT
+
+public:
+    void hesitate() { isHesitating_ = true; }
+    void catchUp() {
+        isHesitating_ = false;
+        for (const auto& task : std::exchange(postponed_, {})) {
+            task();
+        }
+    }
+
+protected:
+    /// What `task` returns is the answer.
+    template <class Task>
+    auto follow(Task task) -> decltype(task()) {
+        if (!isHesitating_) {
+            return task();
+        }
+        setDelayedReply(true);
+        postponed_.push_back([question = message(), bus = connection(), task] {
+            bus.send(question.createReply(QVariant::fromValue(task())));
+        });
+        return {};
+    }
+
+private:
+    bool isHesitating_ = false;
+    std::vector<std::function<void()>> postponed_;
+};
+
+class ShellTest : public QObject {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "com.curtain.Test")
+
+public:
+    explicit ShellTest(Shell& shell) : shell_(shell) {}
+
+public Q_SLOTS:
+    void hesitate() { shell_.hesitate(); }
+    void catchUp() { shell_.catchUp(); }
+
+private:
+    Shell& shell_;
+};
+
+class PlasmaShell : public Shell {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.kde.PlasmaShell")
 
@@ -72,6 +126,12 @@ public Q_SLOTS:
         if (!fixedAnswer.isEmpty()) {
             return fixedAnswer;
         }
+        return script.contains(QStringLiteral("writeConfig")) ? follow([this, script] { return run(script); })
+                                                              : run(script);
+    }
+
+private:
+    QString run(const QString& script) {
         QJSEngine engine;
         Printer printer;
         QJSEngine::setObjectOwnership(&printer, QJSEngine::CppOwnership);
@@ -89,12 +149,12 @@ public Q_SLOTS:
     }
 };
 
-class PlasmaTest : public QObject {
+class PlasmaTest : public ShellTest {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "com.curtain.Test")
 
 public:
-    explicit PlasmaTest(PlasmaShell& shell) : shell_(shell) {}
+    explicit PlasmaTest(PlasmaShell& shell) : ShellTest(shell), shell_(shell) {}
 
 public Q_SLOTS:
     void choose(int id, const QString& key, const QString& value) {
@@ -120,12 +180,13 @@ private:
     PlasmaShell& shell_;
 };
 
-class GnomeShell : public QObject {
+class GnomeShell : public Shell {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.gnome.Shell.Extensions")
 
 public:
     QMap<QString, double> states;
+    bool isRefusing = false;
 
 public Q_SLOTS:
     Extensions ListExtensions() const {
@@ -136,12 +197,16 @@ public Q_SLOTS:
         }
         return list;
     }
-    bool EnableExtension(const QString& uuid) { return setState(uuid, 1); }
-    bool DisableExtension(const QString& uuid) { return setState(uuid, 2); }
+    bool EnableExtension(const QString& uuid) {
+        return follow([this, uuid] { return setState(uuid, 1); });
+    }
+    bool DisableExtension(const QString& uuid) {
+        return follow([this, uuid] { return setState(uuid, 2); });
+    }
 
 private:
     bool setState(const QString& uuid, double state) {
-        if (!states.contains(uuid)) {
+        if (isRefusing || !states.contains(uuid)) {
             return false;
         }
         states[uuid] = state;
@@ -149,49 +214,114 @@ private:
     }
 };
 
-class GnomeTest : public QObject {
+class GnomeTest : public ShellTest {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "com.curtain.Test")
 
 public:
-    explicit GnomeTest(GnomeShell& shell) : shell_(shell) {}
+    explicit GnomeTest(GnomeShell& shell) : ShellTest(shell), shell_(shell) {}
 
 public Q_SLOTS:
     double state(const QString& uuid) { return shell_.states.value(uuid); }
+    void refuse() { shell_.isRefusing = true; }
 
 private:
     GnomeShell& shell_;
 };
 
+/// Of which only the style of the icons is asked for.
+class XfceSettings : public Shell {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.xfce.Xfconf")
+
+public:
+    int style = 0;
+
+public Q_SLOTS:
+    QDBusVariant GetProperty(const QString&, const QString&) { return QDBusVariant(style); }
+    bool SetProperty(const QString&, const QString&, const QDBusVariant& value) {
+        return follow([this, value] {
+            style = value.variant().toInt();
+            return true;
+        });
+    }
+};
+
+class LxqtDesktop : public Shell {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.pcmanfm.Application")
+    Q_PROPERTY(bool desktopManagerEnabled MEMBER isOn)
+
+public:
+    bool isOn = true;
+
+public Q_SLOTS:
+    bool desktopManager(bool on) {
+        return follow([this, on] {
+            isOn = on;
+            return true;
+        });
+    }
+};
+
+class Program {
+public:
+    explicit Program(QStringList words) : role_(words.takeFirst()), words_(std::move(words)) {}
+
+    void start() {
+        if (role_ == QStringLiteral("plasma")) {
+            for (const auto& [id, type] : pairs()) {
+                plasma_.desktops.push_back(std::make_unique<ScriptedDesktop>(id.toInt(), type, nullptr));
+            }
+            serve("org.kde.plasmashell", "/PlasmaShell", plasma_, plasmaTest_);
+        } else if (role_ == QStringLiteral("gnome")) {
+            for (const auto& [extension, state] : pairs()) {
+                gnome_.states[extension] = state.toDouble();
+            }
+            serve("org.gnome.Shell", "/org/gnome/Shell", gnome_, gnomeTest_);
+        } else if (role_ == QStringLiteral("xfce")) {
+            xfce_.style = pairs().front().second.toInt();
+            serve("org.xfce.Xfconf", "/org/xfce/Xfconf", xfce_, xfceTest_);
+        } else {
+            serve("org.pcmanfm.PCManFM", "/Application", lxqt_, lxqtTest_);
+        }
+    }
+
+private:
+    std::vector<std::pair<QString, QString>> pairs() const {
+        std::vector<std::pair<QString, QString>> pairs;
+        for (const auto& word : words_) {
+            const auto parts = word.split(QLatin1Char('='));
+            pairs.emplace_back(parts.at(0), parts.at(1));
+        }
+        return pairs;
+    }
+
+    static void serve(const char* name, const char* path, Shell& shell, ShellTest& test) {
+        auto bus = QDBusConnection::sessionBus();
+        bus.registerObject(QString::fromLatin1(path), &shell,
+                           QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllProperties);
+        bus.registerObject(QStringLiteral("/com/curtain/Test"), &test, QDBusConnection::ExportAllSlots);
+        bus.registerService(QString::fromLatin1(name));
+    }
+
+    QString role_;
+    QStringList words_;
+    PlasmaShell plasma_;
+    PlasmaTest plasmaTest_{plasma_};
+    GnomeShell gnome_;
+    GnomeTest gnomeTest_{gnome_};
+    XfceSettings xfce_;
+    ShellTest xfceTest_{xfce_};
+    LxqtDesktop lxqt_;
+    ShellTest lxqtTest_{lxqt_};
+};
+
 int main(int argumentCount, char** arguments) {
     const QCoreApplication application(argumentCount, arguments);
     qDBusRegisterMetaType<Extensions>();
-    auto words = QCoreApplication::arguments().mid(1);
-    const auto role = words.takeFirst();
-    auto bus = QDBusConnection::sessionBus();
-    PlasmaShell plasma;
-    PlasmaTest plasmaTest(plasma);
-    GnomeShell gnome;
-    GnomeTest gnomeTest(gnome);
-    const auto testPath = QStringLiteral("/com/curtain/Test");
-    for (const auto& word : words) {
-        const auto parts = word.split(QLatin1Char('='));
-        if (role == QStringLiteral("plasma")) {
-            plasma.desktops.push_back(
-                std::make_unique<ScriptedDesktop>(parts.at(0).toInt(), parts.at(1), nullptr));
-        } else {
-            gnome.states[parts.at(0)] = parts.at(1).toDouble();
-        }
-    }
-    if (role == QStringLiteral("plasma")) {
-        bus.registerObject(QStringLiteral("/PlasmaShell"), &plasma, QDBusConnection::ExportAllSlots);
-        bus.registerObject(testPath, &plasmaTest, QDBusConnection::ExportAllSlots);
-        bus.registerService(QStringLiteral("org.kde.plasmashell"));
-    } else {
-        bus.registerObject(QStringLiteral("/org/gnome/Shell"), &gnome, QDBusConnection::ExportAllSlots);
-        bus.registerObject(testPath, &gnomeTest, QDBusConnection::ExportAllSlots);
-        bus.registerService(QStringLiteral("org.gnome.Shell"));
-    }
+    Program program(QCoreApplication::arguments().mid(1));
+    program.start();
     return QCoreApplication::exec();
 }
 

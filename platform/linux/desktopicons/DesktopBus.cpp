@@ -72,4 +72,11 @@ std::optional<std::uint32_t> DesktopBus::process(const QString& service) {
     return isReply(answer) && isNumber ? std::optional<std::uint32_t>(process) : std::nullopt;
 }
 
+std::optional<bool> isDone(const QDBusMessage& answer) {
+    if (isReply(answer)) {
+        return true;
+    }
+    return isSilence(answer) ? std::nullopt : std::optional(false);
+}
+
 } // namespace LinuxPlatform

@@ -42,4 +42,7 @@ inline bool isReply(const QDBusMessage& message) {
     return message.type() == QDBusMessage::ReplyMessage;
 }
 
+/// Whether the service did what it was asked for; absent when it has not said so yet.
+std::optional<bool> isDone(const QDBusMessage& answer);
+
 } // namespace LinuxPlatform

@@ -60,11 +60,11 @@ void GnomeDesktop::hide(const DesktopScene&) {
         }
     }
     earlier_.keep(atWork.join(QLatin1Char('\n')).toStdString());
-    bool isChanged = false;
+    bool isRefused = true;
     for (const auto& identifier : atWork) {
-        isChanged = call(QStringLiteral("DisableExtension"), identifier) || isChanged;
+        isRefused = call(QStringLiteral("DisableExtension"), identifier) == false && isRefused;
     }
-    if (!isChanged) {
+    if (isRefused) {
         earlier_.forget();
     }
 }
@@ -74,16 +74,16 @@ bool GnomeDesktop::show(const DesktopScene&) {
     if (!earlier) {
         return false;
     }
-    bool isDone = true;
+    bool isShown = true;
     for (const auto& identifier : QString::fromStdString(*earlier).split(QLatin1Char('\n'))) {
         if (knownExtensions().contains(identifier)) {
-            isDone = call(QStringLiteral("EnableExtension"), identifier) && isDone;
+            isShown = call(QStringLiteral("EnableExtension"), identifier) == true && isShown;
         }
     }
-    if (isDone) {
+    if (isShown) {
         earlier_.forget();
     }
-    return isDone;
+    return isShown;
 }
 
 std::optional<std::map<QString, bool>> GnomeDesktop::extensions() {
@@ -104,9 +104,9 @@ std::optional<std::map<QString, bool>> GnomeDesktop::extensions() {
     return installed;
 }
 
-bool GnomeDesktop::call(const QString& method, const QString& extension) {
+std::optional<bool> GnomeDesktop::call(const QString& method, const QString& extension) {
     const auto answer = askShell(bus_, method, {extension});
-    return isReply(answer) && answer.arguments().value(0).toBool();
+    return isReply(answer) ? answer.arguments().value(0).toBool() : isDone(answer);
 }
 
 } // namespace LinuxPlatform

@@ -24,7 +24,8 @@ public:
 private:
     /// Those that are installed, each with whether it is at work; absent when the shell does not say.
     std::optional<std::map<QString, bool>> extensions();
-    bool call(const QString& method, const QString& extension);
+    /// Whether the shell followed; absent when that is not known.
+    std::optional<bool> call(const QString& method, const QString& extension);
 
     DesktopBus& bus_;
     /// The identifiers of what was disabled, one a line.

@@ -48,17 +48,17 @@ void PcmanfmQtDesktop::hide(const DesktopScene&) {
     const auto process = bus_.process(service());
     const auto profile = process ? profileArguments(*process) : std::vector<std::string>{};
     earlier_.keep(profile.empty() ? std::string() : profile.front());
-    if (!switchDesktop(false)) {
+    if (switchDesktop(false) == false) {
         earlier_.forget();
     }
 }
 
 bool PcmanfmQtDesktop::show(const DesktopScene& scene) {
-    const bool isDone = scene.hasName(busName) ? switchDesktop(true) : startDesktop();
-    if (isDone) {
+    const bool isShown = scene.hasName(busName) ? switchDesktop(true) == true : startDesktop();
+    if (isShown) {
         earlier_.forget();
     }
-    return isDone;
+    return isShown;
 }
 
 bool PcmanfmQtDesktop::startDesktop() {
@@ -69,8 +69,8 @@ bool PcmanfmQtDesktop::startDesktop() {
     return start_(command);
 }
 
-bool PcmanfmQtDesktop::switchDesktop(bool isOn) {
-    return isReply(bus_.call(service(), path(), interface(), QStringLiteral("desktopManager"), {isOn}));
+std::optional<bool> PcmanfmQtDesktop::switchDesktop(bool isOn) {
+    return isDone(bus_.call(service(), path(), interface(), QStringLiteral("desktopManager"), {isOn}));
 }
 
 } // namespace LinuxPlatform

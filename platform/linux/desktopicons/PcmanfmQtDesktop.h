@@ -21,7 +21,8 @@ public:
 
 private:
     bool startDesktop();
-    bool switchDesktop(bool isOn);
+    /// Whether it was switched; absent when that is not known.
+    std::optional<bool> switchDesktop(bool isOn);
 
     DesktopBus& bus_;
     /// The profile's argument.

@@ -127,19 +127,19 @@ void PlasmaDesktop::hide(const DesktopScene&) {
         }
     }
     earlier_.keep(QJsonDocument(found).toJson(QJsonDocument::Compact).toStdString());
-    if (!setFilters(wanted)) {
+    if (setFilters(wanted) == false) {
         earlier_.forget();
     }
 }
 
 bool PlasmaDesktop::show(const DesktopScene&) {
     auto wanted = earlier_.get() ? parseFilters(QByteArray::fromStdString(*earlier_.get())) : std::nullopt;
-    if (!wanted || wanted->isEmpty() || !setFilters(*wanted)) {
+    if (!wanted || wanted->isEmpty() || setFilters(*wanted) != true) {
         wanted = QJsonArray();
         for (const auto& filter : filters().value_or(QJsonArray())) {
             wanted->append(noFilter(filter.toObject().value(QStringLiteral("id"))));
         }
-        if (wanted->isEmpty() || !setFilters(*wanted)) {
+        if (wanted->isEmpty() || setFilters(*wanted) != true) {
             return false;
         }
     }
@@ -149,22 +149,23 @@ bool PlasmaDesktop::show(const DesktopScene&) {
 
 std::optional<QJsonArray> PlasmaDesktop::filters() {
     const auto answer = evaluate(QString::fromLatin1(readingScript));
-    return answer ? parseFilters(answer->toUtf8()) : std::nullopt;
+    return isReply(answer) ? parseFilters(answer.arguments().value(0).toString().toUtf8()) : std::nullopt;
 }
 
-bool PlasmaDesktop::setFilters(const QJsonArray& filters) {
+std::optional<bool> PlasmaDesktop::setFilters(const QJsonArray& filters) {
     const auto answer = evaluate(QStringLiteral("var wanted = ") +
                                  QString::fromUtf8(QJsonDocument(filters).toJson(QJsonDocument::Compact)) +
                                  QLatin1Char(';') + QString::fromLatin1(writingScript));
-    return answer && answer->trimmed().startsWith(QStringLiteral("written ")) &&
-           answer->trimmed() != QStringLiteral("written 0");
+    if (!isReply(answer)) {
+        return isDone(answer);
+    }
+    const auto printed = answer.arguments().value(0).toString().trimmed();
+    return printed.startsWith(QStringLiteral("written ")) && printed != QStringLiteral("written 0");
 }
 
-std::optional<QString> PlasmaDesktop::evaluate(const QString& script) {
-    const auto answer =
-        bus_.call(QString::fromLatin1(busName), QStringLiteral("/PlasmaShell"),
-                  QStringLiteral("org.kde.PlasmaShell"), QStringLiteral("evaluateScript"), {script});
-    return isReply(answer) ? std::optional(answer.arguments().value(0).toString()) : std::nullopt;
+QDBusMessage PlasmaDesktop::evaluate(const QString& script) {
+    return bus_.call(QString::fromLatin1(busName), QStringLiteral("/PlasmaShell"),
+                     QStringLiteral("org.kde.PlasmaShell"), QStringLiteral("evaluateScript"), {script});
 }
 
 } // namespace LinuxPlatform

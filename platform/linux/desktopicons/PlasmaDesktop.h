@@ -24,9 +24,10 @@ public:
 private:
     /// The filters of the desktops that show a folder; absent when the shell does not say.
     std::optional<QJsonArray> filters();
-    bool setFilters(const QJsonArray& filters);
-    /// What a script prints; absent when it was not run.
-    std::optional<QString> evaluate(const QString& script);
+    /// Whether any was set; absent when that is not known.
+    std::optional<bool> setFilters(const QJsonArray& filters);
+    /// The reply holds what the script prints.
+    QDBusMessage evaluate(const QString& script);
 
     DesktopBus& bus_;
     /// The filters of the desktops that were changed.

@@ -42,7 +42,7 @@ DesktopIcons XfceDesktop::icons(const DesktopScene& scene) {
 void XfceDesktop::hide(const DesktopScene&) {
     if (const auto current = style()) {
         earlier_.keep(*current);
-        if (!setStyle(noIcons)) {
+        if (setStyle(noIcons) == false) {
             earlier_.forget();
         }
     }
@@ -53,11 +53,11 @@ bool XfceDesktop::show(const DesktopScene&) {
     if (style != unsetStyle && numberIn(style).value_or(0) == 0) {
         style = std::string(fileIcons);
     }
-    const bool isDone = setStyle(style);
-    if (isDone) {
+    const bool isShown = setStyle(style) == true;
+    if (isShown) {
         earlier_.forget();
     }
-    return isDone;
+    return isShown;
 }
 
 std::optional<std::string> XfceDesktop::style() {
@@ -73,12 +73,12 @@ std::optional<std::string> XfceDesktop::style() {
     return isNumber ? std::optional(std::to_string(number)) : std::nullopt;
 }
 
-bool XfceDesktop::setStyle(const std::string& style) {
+std::optional<bool> XfceDesktop::setStyle(const std::string& style) {
     if (const auto number = numberIn(style)) {
-        return isReply(
+        return isDone(
             askXfconf(bus_, QStringLiteral("SetProperty"), {QVariant::fromValue(QDBusVariant(*number))}));
     }
-    return isReply(askXfconf(bus_, QStringLiteral("ResetProperty"), {false}));
+    return isDone(askXfconf(bus_, QStringLiteral("ResetProperty"), {false}));
 }
 
 } // namespace LinuxPlatform

@@ -20,7 +20,8 @@ public:
 private:
     /// As text; the word for the default when there is no setting; absent when it cannot be known.
     std::optional<std::string> style();
-    bool setStyle(const std::string& style);
+    /// Whether it was set; absent when that is not known.
+    std::optional<bool> setStyle(const std::string& style);
 
     DesktopBus& bus_;
     EarlierValue earlier_;
