@@ -32,7 +32,8 @@ constexpr std::chrono::seconds patience{30};
 struct DesktopShellsTest : testing::Test {
     TestSupport::HandDrivenQueue clock;
     TestSupport::MemoryUserDefaults state;
-    DesktopBus bus{QDBusConnection::sessionBus(), clock, std::chrono::milliseconds(500)};
+    DesktopBus bus{QDBusConnection::sessionBus(), clock, patience};
+    DesktopBus hastyBus{QDBusConnection::sessionBus(), clock, std::chrono::milliseconds(500)};
     LinuxPlatform::PlasmaDesktop plasma{bus, {state, "plasma"}};
     LinuxPlatform::GnomeDesktop gnome{bus, {state, "gnome"}};
     std::unique_ptr<ChildProcess> shell;
@@ -52,20 +53,23 @@ struct DesktopShellsTest : testing::Test {
 
     DesktopScene scene() { return {bus.names(), {}, false}; }
 
-    /// Which follows only when the desktop is no longer waited for.
-    void hideLate(LinuxPlatform::IconDesktop& desktop, const DesktopScene& now) {
+    /// By a shell that follows when it is no longer waited for.
+    void hideLate(LinuxPlatform::IconDesktop& hasty) {
+        const auto now = scene();
         ask(QStringLiteral("hesitate"), {});
-        desktop.hide(now);
-        EXPECT_EQ(state.values.size(), 1U);
+        EXPECT_TRUE(spinUntil(
+            [&] {
+                clock.advance(11);
+                hasty.hide(now);
+                return !state.values.empty();
+            },
+            patience));
         ask(QStringLiteral("catchUp"), {});
-        clock.advance(11);
-        EXPECT_EQ(desktop.icons(now), DesktopIcons::hidden);
     }
 
     QVariant ask(const QString& method, const QVariantList& arguments) {
-        const auto answer = DesktopBus(QDBusConnection::sessionBus(), clock, patience)
-                                .call(QString::fromStdString(shellName), QStringLiteral("/com/curtain/Test"),
-                                      QStringLiteral("com.curtain.Test"), method, arguments);
+        const auto answer = bus.call(QString::fromStdString(shellName), QStringLiteral("/com/curtain/Test"),
+                                     QStringLiteral("com.curtain.Test"), method, arguments);
         EXPECT_TRUE(LinuxPlatform::isReply(answer)) << answer.errorMessage().toStdString();
         return answer.arguments().value(0);
     }
@@ -76,7 +80,9 @@ TEST_F(DesktopShellsTest, XfceThatHidesLateGetsItsStyleBack) {
     start("org.xfce.Xfconf", {"xfce", "style=1"});
     const DesktopScene now{bus.names(), {{"Xfdesktop", std::nullopt}}, true};
     EXPECT_EQ(xfce.icons(now), DesktopIcons::shown);
-    hideLate(xfce, now);
+    LinuxPlatform::XfceDesktop hasty{hastyBus, {state, "xfce"}};
+    hideLate(hasty);
+    EXPECT_EQ(xfce.icons(now), DesktopIcons::hidden);
     EXPECT_EQ(LinuxPlatform::EarlierValue(state, "xfce").get(), "1");
     EXPECT_TRUE(xfce.show(now));
     EXPECT_EQ(xfce.icons(now), DesktopIcons::shown);
@@ -84,10 +90,13 @@ TEST_F(DesktopShellsTest, XfceThatHidesLateGetsItsStyleBack) {
 }
 
 TEST_F(DesktopShellsTest, PcmanfmQtThatHidesLateIsSwitchedOnAgain) {
-    LinuxPlatform::PcmanfmQtDesktop lxqt{bus, {state, "pcmanfm-qt"}, [](const auto&) { return false; }};
+    const auto startNothing = [](const auto&) { return false; };
+    LinuxPlatform::PcmanfmQtDesktop lxqt{bus, {state, "pcmanfm-qt"}, startNothing};
+    LinuxPlatform::PcmanfmQtDesktop hasty{hastyBus, {state, "pcmanfm-qt"}, startNothing};
     start("org.pcmanfm.PCManFM", {"lxqt"});
     EXPECT_EQ(lxqt.icons(scene()), DesktopIcons::shown);
-    hideLate(lxqt, scene());
+    hideLate(hasty);
+    EXPECT_EQ(lxqt.icons(scene()), DesktopIcons::hidden);
     EXPECT_TRUE(lxqt.show(scene()));
     EXPECT_EQ(lxqt.icons(scene()), DesktopIcons::shown);
     EXPECT_THAT(state.values, IsEmpty());
@@ -148,9 +157,36 @@ TEST_F(PlasmaDesktopTest, OneThatHidesLateGetsItsFilterBack) {
     choose(1, "filterPattern", "*.txt");
     choose(1, "filterMimeTypes", "all/all");
     const auto before = filter(1);
-    hideLate(plasma, scene());
+    LinuxPlatform::PlasmaDesktop hasty{hastyBus, {state, "plasma"}};
+    hideLate(hasty);
+    EXPECT_EQ(plasma.icons(scene()), DesktopIcons::hidden);
     EXPECT_TRUE(plasma.show(scene()));
     EXPECT_EQ(filter(1), before);
+    EXPECT_THAT(state.values, IsEmpty());
+}
+
+TEST_F(PlasmaDesktopTest, ADesktopThatCameLaterIsHiddenBesideTheOthers) {
+    startPlasma({"1=org.kde.plasma.folder"});
+    choose(1, "filterMode", "1");
+    choose(1, "filterPattern", "*.txt");
+    choose(1, "filterMimeTypes", "all/all");
+    const auto before = filter(1);
+    plasma.hide(scene());
+
+    ask(QStringLiteral("add"), {2, QStringLiteral("org.kde.plasma.folder")});
+    EXPECT_EQ(plasma.icons(scene()), DesktopIcons::shown);
+    plasma.hide(scene());
+    EXPECT_EQ(plasma.icons(scene()), DesktopIcons::hidden);
+    // What the user has chosen since then holds.
+    choose(2, "filterMode", "1");
+    choose(2, "filterPattern", "*.pdf");
+    const auto chosen = filter(2);
+    plasma.hide(scene());
+    EXPECT_EQ(plasma.icons(scene()), DesktopIcons::hidden);
+
+    EXPECT_TRUE(plasma.show(scene()));
+    EXPECT_EQ(filter(1), before);
+    EXPECT_EQ(filter(2), chosen);
     EXPECT_THAT(state.values, IsEmpty());
 }
 
@@ -205,19 +241,20 @@ TEST_F(PlasmaDesktopTest, AnAnswerThatMakesNoSenseIsNoAnswer) {
 
 TEST_F(PlasmaDesktopTest, AFrozenShellIsLeftAloneForAWhile) {
     startPlasma({"1=org.kde.plasma.folder"});
+    LinuxPlatform::PlasmaDesktop hasty{hastyBus, {state, "plasma"}};
     const auto now = scene();
     ::kill(shell->id(), SIGSTOP);
     const auto begin = std::chrono::steady_clock::now();
     for (int round = 0; round < 100; ++round) {
-        EXPECT_EQ(plasma.icons(now), DesktopIcons::unknown);
+        EXPECT_EQ(hasty.icons(now), DesktopIcons::unknown);
     }
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
     ::kill(shell->id(), SIGCONT);
-    EXPECT_EQ(plasma.icons(now), DesktopIcons::unknown);
+    EXPECT_EQ(hasty.icons(now), DesktopIcons::unknown);
     EXPECT_TRUE(spinUntil(
         [&] {
             clock.advance(11);
-            return plasma.icons(now) == DesktopIcons::shown;
+            return hasty.icons(now) == DesktopIcons::shown;
         },
         patience));
 }
@@ -255,7 +292,9 @@ TEST_F(GnomeDesktopTest, DisablesTheExtensionsAtWorkAndEnablesOnlyThoseAgain) {
 
 TEST_F(GnomeDesktopTest, OneThatHidesLateGetsItsExtensionsBack) {
     startGnome({"ding@rastersoft.com=1"});
-    hideLate(gnome, scene());
+    LinuxPlatform::GnomeDesktop hasty{hastyBus, {state, "gnome"}};
+    hideLate(hasty);
+    EXPECT_EQ(gnome.icons(scene()), DesktopIcons::hidden);
     EXPECT_TRUE(gnome.show(scene()));
     EXPECT_EQ(stateOf("ding@rastersoft.com"), 1);
     EXPECT_THAT(state.values, IsEmpty());
@@ -266,6 +305,21 @@ TEST_F(GnomeDesktopTest, AnExtensionThatCannotBeDisabledIsNotRemembered) {
     ask(QStringLiteral("refuse"), {});
     gnome.hide(scene());
     EXPECT_EQ(gnome.icons(scene()), DesktopIcons::shown);
+    EXPECT_THAT(state.values, IsEmpty());
+}
+
+TEST_F(GnomeDesktopTest, AnExtensionThatWasEnabledLaterIsDisabledBesideTheOthers) {
+    startGnome({"ding@rastersoft.com=1", "gtk4-ding@smedius.gitlab.com=2", "desktop-icons@csoriano=2"});
+    gnome.hide(scene());
+    ask(QStringLiteral("enable"), {QStringLiteral("gtk4-ding@smedius.gitlab.com")});
+    EXPECT_EQ(gnome.icons(scene()), DesktopIcons::shown);
+    gnome.hide(scene());
+    EXPECT_EQ(gnome.icons(scene()), DesktopIcons::hidden);
+
+    EXPECT_TRUE(gnome.show(scene()));
+    EXPECT_EQ(stateOf("ding@rastersoft.com"), 1);
+    EXPECT_EQ(stateOf("gtk4-ding@smedius.gitlab.com"), 1);
+    EXPECT_EQ(stateOf("desktop-icons@csoriano"), 2);
     EXPECT_THAT(state.values, IsEmpty());
 }
 

@@ -157,6 +157,9 @@ public:
     explicit PlasmaTest(PlasmaShell& shell) : ShellTest(shell), shell_(shell) {}
 
 public Q_SLOTS:
+    void add(int id, const QString& type) {
+        shell_.desktops.push_back(std::make_unique<ScriptedDesktop>(id, type, nullptr));
+    }
     void choose(int id, const QString& key, const QString& value) {
         auto& chosen = desktop(id);
         chosen.configuration[QStringLiteral("General/") + key] = value;
@@ -224,6 +227,7 @@ public:
 public Q_SLOTS:
     double state(const QString& uuid) { return shell_.states.value(uuid); }
     void refuse() { shell_.isRefusing = true; }
+    void enable(const QString& uuid) { shell_.states[uuid] = 1; }
 
 private:
     GnomeShell& shell_;

@@ -46,4 +46,12 @@ void EarlierValue::forget() {
     }
 }
 
+void EarlierValue::replace(const std::optional<std::string>& value) {
+    if (value) {
+        keep(*value);
+    } else {
+        forget();
+    }
+}
+
 } // namespace LinuxPlatform

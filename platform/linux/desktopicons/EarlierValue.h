@@ -18,6 +18,8 @@ public:
     bool isOfThisSession() const;
     void keep(const std::string& value);
     void forget();
+    /// Keeps `value`, or nothing when it is absent.
+    void replace(const std::optional<std::string>& value);
 
 private:
     CurtainCore::UserDefaults& state_;

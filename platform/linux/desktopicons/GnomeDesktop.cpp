@@ -23,6 +23,10 @@ const QStringList& knownExtensions() {
     return identifiers;
 }
 
+QStringList linesIn(const std::string& text) {
+    return QString::fromStdString(text).split(QLatin1Char('\n'));
+}
+
 QDBusMessage askShell(DesktopBus& bus, const QString& method, const QVariantList& arguments) {
     return bus.call(QString::fromLatin1(busName), QStringLiteral("/org/gnome/Shell"),
                     QStringLiteral("org.gnome.Shell.Extensions"), method, arguments);
@@ -53,19 +57,26 @@ void GnomeDesktop::hide(const DesktopScene&) {
     if (!installed) {
         return;
     }
+    const auto before = earlier_.get();
+    const auto disabledBefore = linesIn(before.value_or(""));
     QStringList atWork;
+    QStringList kept;
     for (const auto& [identifier, isAtWork] : *installed) {
         if (isAtWork) {
             atWork.append(identifier);
         }
+        // Some may have been disabled before the others came.
+        if (isAtWork || disabledBefore.contains(identifier)) {
+            kept.append(identifier);
+        }
     }
-    earlier_.keep(atWork.join(QLatin1Char('\n')).toStdString());
+    earlier_.keep(kept.join(QLatin1Char('\n')).toStdString());
     bool isRefused = true;
     for (const auto& identifier : atWork) {
         isRefused = call(QStringLiteral("DisableExtension"), identifier) == false && isRefused;
     }
     if (isRefused) {
-        earlier_.forget();
+        earlier_.replace(before);
     }
 }
 
@@ -75,7 +86,7 @@ bool GnomeDesktop::show(const DesktopScene&) {
         return false;
     }
     bool isShown = true;
-    for (const auto& identifier : QString::fromStdString(*earlier).split(QLatin1Char('\n'))) {
+    for (const auto& identifier : linesIn(*earlier)) {
         if (knownExtensions().contains(identifier)) {
             isShown = call(QStringLiteral("EnableExtension"), identifier) == true && isShown;
         }

@@ -3,6 +3,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <set>
 #include <utility>
 
 namespace LinuxPlatform {
@@ -120,31 +121,46 @@ void PlasmaDesktop::hide(const DesktopScene&) {
     }
     QJsonArray found;
     QJsonArray wanted;
+    std::set<int> shown;
     for (const auto& filter : *current) {
         if (!isHiding(filter.toObject())) {
+            const auto id = filter.toObject().value(QStringLiteral("id"));
             found.append(filter);
-            wanted.append(hidingFilter(filter.toObject().value(QStringLiteral("id"))));
+            wanted.append(hidingFilter(id));
+            shown.insert(id.toInt());
         }
     }
+    // Others may have been hidden before these came.
+    for (const auto& filter : earlierFilters()) {
+        if (!shown.contains(filter.toObject().value(QStringLiteral("id")).toInt())) {
+            found.append(filter);
+        }
+    }
+    const auto before = earlier_.get();
     earlier_.keep(QJsonDocument(found).toJson(QJsonDocument::Compact).toStdString());
     if (setFilters(wanted) == false) {
-        earlier_.forget();
+        earlier_.replace(before);
     }
 }
 
 bool PlasmaDesktop::show(const DesktopScene&) {
-    auto wanted = earlier_.get() ? parseFilters(QByteArray::fromStdString(*earlier_.get())) : std::nullopt;
-    if (!wanted || wanted->isEmpty() || setFilters(*wanted) != true) {
+    auto wanted = earlierFilters();
+    if (wanted.isEmpty() || setFilters(wanted) != true) {
         wanted = QJsonArray();
         for (const auto& filter : filters().value_or(QJsonArray())) {
-            wanted->append(noFilter(filter.toObject().value(QStringLiteral("id"))));
+            wanted.append(noFilter(filter.toObject().value(QStringLiteral("id"))));
         }
-        if (wanted->isEmpty() || setFilters(*wanted) != true) {
+        if (wanted.isEmpty() || setFilters(wanted) != true) {
             return false;
         }
     }
     earlier_.forget();
     return true;
+}
+
+QJsonArray PlasmaDesktop::earlierFilters() const {
+    const auto text = earlier_.get();
+    return text ? parseFilters(QByteArray::fromStdString(*text)).value_or(QJsonArray()) : QJsonArray();
 }
 
 std::optional<QJsonArray> PlasmaDesktop::filters() {

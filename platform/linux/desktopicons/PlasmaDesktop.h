@@ -22,6 +22,8 @@ public:
     bool show(const DesktopScene& scene) override;
 
 private:
+    /// What is remembered, as far as it makes sense.
+    QJsonArray earlierFilters() const;
     /// The filters of the desktops that show a folder; absent when the shell does not say.
     std::optional<QJsonArray> filters();
     /// Whether any was set; absent when that is not known.
