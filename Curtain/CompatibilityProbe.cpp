@@ -12,9 +12,9 @@ constexpr auto webAddress = "https:";
 
 } // namespace
 
-void CompatibilityProbe::prepare() const {
+Platform::Subscription CompatibilityProbe::prepare() const {
     services_.capture.prepare();
-    services_.audio.prepare();
+    return services_.audio.prepare();
 }
 
 CurtainCore::CompatibilityResult CompatibilityProbe::run() const {

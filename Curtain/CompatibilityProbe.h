@@ -3,6 +3,7 @@
 #include "core/Compatibility.h"
 #include "platform/AudioServices.h"
 #include "platform/CaptureServices.h"
+#include "platform/Subscription.h"
 #include "platform/SystemVersion.h"
 #include "platform/Workspace.h"
 
@@ -23,8 +24,8 @@ public:
 
     explicit CompatibilityProbe(const Services& services) : services_(services) {}
 
-    /// Begins to look for devices, so that `run` does not wait for their lists.
-    void prepare() const;
+    /// Begins to look for devices, so that `run` does not wait for their lists. To be kept until then.
+    [[nodiscard]] Platform::Subscription prepare() const;
     /// What is not known counts as not there.
     CurtainCore::CompatibilityResult run() const;
     /// Why apps cannot be hidden here; absent where they can, and where it is not known.

@@ -46,7 +46,7 @@ OnboardingViewModel::OnboardingViewModel(const Services& services, std::string l
 void OnboardingViewModel::windowDidShow() {
     isClosed_ = false;
     if (!compatibility_) {
-        services_.compatibilityProbe.prepare();
+        preparation_ = services_.compatibilityProbe.prepare();
     }
     if (const auto kind = flow_.step().permissionKind();
         kind && currentStatus() == PermissionStatus::granted) {
@@ -56,6 +56,7 @@ void OnboardingViewModel::windowDidShow() {
 
 void OnboardingViewModel::windowWillClose() {
     isClosed_ = true;
+    preparation_ = {};
     services_.cameraManager.stop();
     services_.micMonitor.stop();
 }
@@ -186,6 +187,7 @@ void OnboardingViewModel::checkCompatibility() {
         return;
     }
     compatibility_ = services_.compatibilityProbe.run();
+    preparation_ = {};
     if (!compatibility_->isCompatible()) {
         hidingObstacle_ = services_.compatibilityProbe.hidingObstacle();
     }

@@ -142,6 +142,7 @@ private:
     std::int64_t desktopFileCount_ = 0;
     bool isSettingsPageMissing_ = false;
     bool isClosed_ = false;
+    Platform::Subscription preparation_;
     Platform::Lifetime lifetime_;
 };
 

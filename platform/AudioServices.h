@@ -4,6 +4,7 @@
 #include "platform/AudioFile.h"
 #include "platform/AudioFormat.h"
 #include "platform/AudioPlayer.h"
+#include "platform/Subscription.h"
 
 #include <memory>
 #include <string>
@@ -16,9 +17,9 @@ class AudioServices {
 public:
     virtual ~AudioServices() = default;
 
-    /// Begins to look for microphones, so that the first `hasInputDevice` need not wait. Does not wait
-    /// itself.
-    virtual void prepare() {}
+    /// Begins to look for microphones, so that `hasInputDevice` need not wait as long as the subscription
+    /// lasts. Does not wait itself.
+    virtual Subscription prepare() = 0;
     /// Whether there is a microphone, the default one or another. May wait a moment for the sound server.
     virtual bool hasInputDevice() = 0;
 

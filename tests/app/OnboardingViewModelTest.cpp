@@ -129,6 +129,18 @@ TEST_F(OnboardingViewModelTest, BeginsToLookForDevicesWithTheFirstPage) {
     EXPECT_EQ(capture.preparations + audio.preparations, 2) << "what was found is not looked for again";
 }
 
+TEST_F(OnboardingViewModelTest, LooksForMicrophonesNoLongerThanNeeded) {
+    startAt(OnboardingStep::welcome());
+    model->windowDidShow();
+    EXPECT_FALSE(audio.openPreparations.isEmpty());
+    model->windowWillClose();
+    EXPECT_TRUE(audio.openPreparations.isEmpty()) << "the first page has closed";
+    model->windowDidShow();
+    EXPECT_FALSE(audio.openPreparations.isEmpty());
+    model->checkCompatibility();
+    EXPECT_TRUE(audio.openPreparations.isEmpty()) << "they are known";
+}
+
 TEST_F(OnboardingViewModelTest, OneDeviceOfEitherKindPutsTheMarkOnTheRow) {
     const auto hasEither = [this](bool hasCamera, bool hasMicrophone) {
         capture.cameras.clear();

@@ -46,6 +46,17 @@ TEST_F(MicrophoneCheckTest, NothingListensUnlessAsked) {
     EXPECT_TRUE(eventually([] { return !SoundWorld::hasOurRecording(); }));
 }
 
+TEST_F(MicrophoneCheckTest, APreparationConnectsUntilItEnds) {
+    // Another test's may still be on its way out.
+    ASSERT_TRUE(eventually([] { return !SoundWorld::hasOurClient(); }));
+    auto preparation = audio.prepare();
+    EXPECT_TRUE(eventually(SoundWorld::hasOurClient));
+    EXPECT_TRUE(eventually([&] { return audio.hasInputDevice(); }));
+    EXPECT_TRUE(SoundWorld::hasOurClient());
+    preparation = {};
+    EXPECT_TRUE(eventually([] { return !SoundWorld::hasOurClient(); }));
+}
+
 TEST_F(MicrophoneCheckTest, WithoutAMicrophoneThereIsNoInputDevice) {
     SoundWorld::unplug();
     EXPECT_FALSE(audio.hasInputDevice());

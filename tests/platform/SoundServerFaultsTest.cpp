@@ -1,6 +1,14 @@
 #include "tests/platform/MicrophoneCheck.h"
 
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
+#include <stdexcept>
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 namespace {
 
@@ -22,6 +30,38 @@ Clock::duration durationOf(const Action& action) {
 /// Far less than the patience with a sound server.
 constexpr std::chrono::milliseconds atOnce{700};
 
+/// Stands for the sound server while it exists. Takes calls, but never answers them.
+class MuteSoundServer {
+public:
+    explicit MuteSoundServer(const std::filesystem::path& path)
+        : socket_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)) {
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        path.string().copy(static_cast<char*>(address.sun_path), sizeof address.sun_path - 1);
+        if (bind(socket_, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+            listen(socket_, 16) != 0) {
+            throw std::runtime_error(std::strerror(errno));
+        }
+        setenv("PULSE_SERVER", ("unix:" + path.string()).c_str(), 1);
+    }
+    ~MuteSoundServer() {
+        unsetenv("PULSE_SERVER");
+        close(socket_);
+    }
+    MuteSoundServer(const MuteSoundServer&) = delete;
+    MuteSoundServer& operator=(const MuteSoundServer&) = delete;
+
+    bool isCalled() const {
+        pollfd question{socket_, POLLIN, 0};
+        return poll(&question, 1, 0) == 1;
+    }
+
+    void hangUp() const { close(accept(socket_, nullptr, nullptr)); }
+
+private:
+    int socket_;
+};
+
 struct SoundServerFaultsTest : TestSupport::MicrophoneCheck {};
 
 TEST_F(SoundServerFaultsTest, WithoutAServerThereIsNoInputDevice) {
@@ -33,6 +73,19 @@ TEST_F(SoundServerFaultsTest, WithoutAServerThereIsNoInputDevice) {
     sound.feed(tone(440, 0.5, 60));
     monitor->start();
     EXPECT_TRUE(becomes(MicStatus::working));
+}
+
+TEST_F(SoundServerFaultsTest, AServerThatHangsUpIsNotCalledAgainUntilItIsNeeded) {
+    Platform::Subscription preparation;
+    {
+        const MuteSoundServer server(folder.path() / "socket");
+        const auto isCalled = [&] { return server.isCalled(); };
+        preparation = audio.prepare();
+        ASSERT_TRUE(eventually(isCalled));
+        server.hangUp();
+        EXPECT_FALSE(TestSupport::waitUntil(isCalled, std::chrono::seconds(2)));
+    }
+    EXPECT_TRUE(eventually([&] { return audio.hasInputDevice(); }));
 }
 
 TEST_F(SoundServerFaultsTest, TheMeterGoesOnWhenTheServerComesBack) {

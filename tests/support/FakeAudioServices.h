@@ -2,6 +2,7 @@
 
 #include "platform/AudioServices.h"
 #include "platform/Subscribers.h"
+#include "platform/Subscription.h"
 
 #include <cstddef>
 #include <functional>
@@ -95,8 +96,13 @@ public:
     }
 
     int preparations = 0;
+    /// Those that nobody has ended yet.
+    Platform::Subscribers<> openPreparations;
 
-    void prepare() override { ++preparations; }
+    Platform::Subscription prepare() override {
+        ++preparations;
+        return openPreparations.add([] {});
+    }
     bool hasInputDevice() override { return isInputDeviceThere; }
 
     std::shared_ptr<Platform::AudioEngine> makeEngine() override {

@@ -217,6 +217,11 @@ public:
                std::string::npos;
     }
 
+    /// The program's own connections, as the server lists them.
+    static bool hasOurClient() {
+        return outputOf("pactl list clients").find("application.name = \"Curtain\"") != std::string::npos;
+    }
+
     static bool hasSource(const std::string& name) {
         return outputOf("pactl list short sources").find("\t" + name + "\t") != std::string::npos;
     }

@@ -20,14 +20,13 @@ PulseAudioServices::PulseAudioServices(Platform::MainQueue& mainQueue) : mainQue
 
 PulseAudioServices::~PulseAudioServices() = default;
 
-void PulseAudioServices::prepare() {
+Platform::Subscription PulseAudioServices::prepare() {
     // It connects and lists the devices of its own accord.
-    prepared_ = server();
+    return Platform::Subscription([connection = server()]() mutable { connection.reset(); });
 }
 
 bool PulseAudioServices::hasInputDevice() {
     const auto connection = server();
-    prepared_.reset();
     const auto promise = std::make_shared<std::promise<bool>>();
     auto answer = promise->get_future();
     connection->loop().post([&sound = *connection, promise] {

@@ -10,7 +10,7 @@ namespace LinuxPlatform {
 class SoundServer;
 
 /// Sound through PulseAudio, or PipeWire in its place. There is a connection, and its thread, only while
-/// somebody records or plays, and from `prepare` to the question that it prepares.
+/// somebody records or plays, or has prepared a question.
 class PulseAudioServices : public Platform::AudioServices {
 public:
     /// `mainQueue` outlives this object.
@@ -19,7 +19,7 @@ public:
     PulseAudioServices(const PulseAudioServices&) = delete;
     PulseAudioServices& operator=(const PulseAudioServices&) = delete;
 
-    void prepare() override;
+    Platform::Subscription prepare() override;
     bool hasInputDevice() override;
     std::shared_ptr<Platform::AudioEngine> makeEngine() override;
     std::variant<std::unique_ptr<Platform::AudioFile>, Platform::AudioError>
@@ -36,7 +36,6 @@ private:
 
     Platform::MainQueue& mainQueue_;
     std::weak_ptr<SoundServer> shared_;
-    std::shared_ptr<SoundServer> prepared_;
 };
 
 } // namespace LinuxPlatform

@@ -61,6 +61,7 @@ std::string SoundServer::problem() const {
 }
 
 void SoundServer::whenKnown(PulseLoop::Task task) {
+    connectIfGivenUp();
     if (isKnown_) {
         task();
     } else {
@@ -69,7 +70,13 @@ void SoundServer::whenKnown(PulseLoop::Task task) {
 }
 
 Platform::Subscription SoundServer::addInputObserver(std::function<void()> observer) {
-    return inputObservers_.add(std::move(observer));
+    const bool isFirst = inputObservers_.isEmpty();
+    auto subscription = inputObservers_.add(std::move(observer));
+    connectIfGivenUp();
+    if (isFirst && isReady_) {
+        lookAgainLater();
+    }
+    return subscription;
 }
 
 void SoundServer::setSuspended(bool isSuspended) {
@@ -83,6 +90,7 @@ void SoundServer::setSuspended(bool isSuspended) {
     }
     isReady_ = false;
     problem_ = "the computer is asleep";
+    isGivenUp_ = false;
     retry_ = {};
     stopLooking();
     // Those who record stop first.
@@ -103,6 +111,7 @@ void SoundServer::connect() {
     isReady_ = false;
     isRefreshing_ = false;
     isOutdated_ = false;
+    isGivenUp_ = false;
     stopLooking();
     retry_ = {};
     context_ = makeContext();
@@ -148,9 +157,20 @@ void SoundServer::lost() {
     isReady_ = false;
     // What a look learns now would connect beside the retry, and the later one would cut off the earlier.
     stopLooking();
-    // Not here: the library is still calling from the old connection.
-    retry_ = loop_.after(retryInterval, [this] { connect(); });
+    if (inputObservers_.isEmpty()) {
+        isGivenUp_ = true;
+    } else {
+        // Not here: the library is still calling from the old connection.
+        retry_ = loop_.after(retryInterval, [this] { connect(); });
+    }
     learn({});
+}
+
+void SoundServer::connectIfGivenUp() {
+    if (isGivenUp_) {
+        isKnown_ = false;
+        connect();
+    }
 }
 
 void SoundServer::eventHappened(pa_subscription_event_type_t type, std::uint32_t index) {
@@ -222,7 +242,9 @@ void SoundServer::lookAfresh() {
 }
 
 void SoundServer::lookAgainLater() {
-    nextLook_ = loop_.after(longestIgnorance, [this] { lookAfresh(); });
+    if (!inputObservers_.isEmpty()) {
+        nextLook_ = loop_.after(longestIgnorance, [this] { lookAfresh(); });
+    }
 }
 
 void SoundServer::lookedAfresh(const std::string& defaultName) {

@@ -32,7 +32,8 @@ struct InputDevice {
 };
 
 /// The connection to this session's sound server, PulseAudio or PipeWire, and what it says about microphones.
-/// Connects in the background, and again while it exists whenever the server comes back.
+/// Connects in the background. While somebody observes the input, connects again whenever the server comes
+/// back; otherwise at the next question.
 class SoundServer {
 public:
     /// How long a server may take to answer.
@@ -75,10 +76,12 @@ private:
     void connect();
     void contextChanged();
     void lost();
+    void connectIfGivenUp();
     void eventHappened(pa_subscription_event_type_t type, std::uint32_t index);
     void refresh();
     /// Asks by a new connection whether the old one is told the truth.
     void lookAfresh();
+    /// Only while somebody observes the input.
     void lookAgainLater();
     void stopLooking();
     void lookedAfresh(const std::string& defaultName);
@@ -91,6 +94,8 @@ private:
     Context fresh_;
     bool isReady_ = false;
     bool isSuspended_ = false;
+    /// The connection is lost, and nobody has needed another one so far.
+    bool isGivenUp_ = false;
     std::string problem_;
     Knowledge known_;
     bool isKnown_ = false;
