@@ -28,8 +28,11 @@ struct MicrophoneMonitor::Shared {
     /// Guards the rest, for a moment at a time.
     std::mutex mutex;
     bool running = false;
+    bool isEnding = false;
     /// The monitor takes it out before it goes, so that no other thread ever has to end it with this record.
     std::shared_ptr<Platform::AudioEngine> engine;
+    /// The one that the audio queue may be waiting for.
+    std::weak_ptr<Platform::AudioEngine> engineBeingSetUp;
     std::optional<Platform::AudioFormat> tapFormat;
     std::shared_ptr<Platform::AudioFile> audioFile;
     /// The last buffer's, for the main thread; a message for each would be memory allocated on the engine's
@@ -59,6 +62,26 @@ struct MicrophoneMonitor::Shared {
         return std::exchange(engine, nullptr);
     }
 
+    /// On the audio queue. Returns false when the monitor is about to go.
+    bool beginSetUp(const std::shared_ptr<Platform::AudioEngine>& thisEngine) {
+        const std::scoped_lock lock(mutex);
+        engineBeingSetUp = thisEngine;
+        return !isEnding;
+    }
+
+    /// From now on the audio queue waits for no engine.
+    void cancelSetUp() {
+        std::shared_ptr<Platform::AudioEngine> waitedFor;
+        {
+            const std::scoped_lock lock(mutex);
+            isEnding = true;
+            waitedFor = engineBeingSetUp.lock();
+        }
+        if (waitedFor) {
+            waitedFor->cancel();
+        }
+    }
+
     /// Closes the file, unless the engine's thread is writing to it: then that thread does when it is done.
     void dropFile() {
         std::shared_ptr<Platform::AudioFile> dropped;
@@ -73,8 +96,12 @@ struct MicrophoneMonitor::Shared {
     }
 
     /// On the audio queue. Returns whether there is a microphone.
-    static bool installTap(const std::shared_ptr<Shared>& shared, Platform::AudioEngine& engine) {
-        auto& input = engine.inputNode();
+    static bool installTap(const std::shared_ptr<Shared>& shared,
+                           const std::shared_ptr<Platform::AudioEngine>& engine) {
+        if (!shared->beginSetUp(engine)) {
+            return false;
+        }
+        auto& input = engine->inputNode();
         const auto format = input.inputFormat();
         if (format.channelCount == 0 || !(format.sampleRate > 0)) {
             return false;
@@ -89,8 +116,8 @@ struct MicrophoneMonitor::Shared {
                 process(monitor, buffer);
             }
         });
-        if (!engine.isRunning()) {
-            engine.start();
+        if (!engine->isRunning()) {
+            engine->start();
         }
         return true;
     }
@@ -128,6 +155,8 @@ MicrophoneMonitor::MicrophoneMonitor(const Services& services)
 
 MicrophoneMonitor::~MicrophoneMonitor() {
     configObserver_ = {};
+    // The program's end waits for no sound server.
+    shared_->cancelSetUp();
     audioQueue_.reset();
     shared_->takeEngine().reset();
     shared_->dropFile();
@@ -193,7 +222,7 @@ void MicrophoneMonitor::startMetering() {
                 const auto shared = weakShared.lock();
                 const auto changed = weakEngine.lock();
                 if (shared && shared->isRunning(changed)) {
-                    Shared::installTap(shared, *changed);
+                    Shared::installTap(shared, changed);
                 }
             });
         });
@@ -209,7 +238,7 @@ void MicrophoneMonitor::startMetering() {
         if (!shared) {
             return;
         }
-        if (!Shared::installTap(shared, *engine)) {
+        if (!Shared::installTap(shared, engine)) {
             shared->mainQueue.async([onFailure] { onFailure(MicStatus::noInputDevice); });
         } else if (engine->start()) {
             shared->mainQueue.async([onFailure] { onFailure(MicStatus::unavailable); });

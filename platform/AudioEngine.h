@@ -37,6 +37,9 @@ public:
     virtual std::optional<AudioError> start() = 0;
     /// Does not wait.
     virtual void stop() = 0;
+    /// Ends a wait of another thread, and any later one before it begins, with what stands for a failure. For
+    /// those who are about to let the engine go; any thread, at any time.
+    virtual void cancel() = 0;
     /// `handler` is called on the engine's own thread each time the input device or its format has changed,
     /// which stops the engine. The end of the subscription waits for a call that is under way.
     virtual Subscription addConfigurationChangeObserver(std::function<void()> handler) = 0;

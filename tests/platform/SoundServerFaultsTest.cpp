@@ -146,6 +146,13 @@ TEST_F(SoundServerFaultsTest, AFrozenServerCostsAStatusAndNoHang) {
     EXPECT_TRUE(becomes(MicStatus::working));
 }
 
+TEST_F(SoundServerFaultsTest, AServerThatDoesNotAnswerDoesNotHoldUpTheEnd) {
+    const MuteSoundServer server(folder.path() / "socket");
+    monitor->start();
+    ASSERT_TRUE(eventually([&] { return server.isCalled(); }));
+    EXPECT_LT(durationOf([&] { monitor.reset(); }), atOnce);
+}
+
 TEST_F(SoundServerFaultsTest, AServerThatFreezesWhileMeteringDoesNotHoldUpTheStop) {
     sound.feed(tone(440, 0.5, 60));
     monitor->start();

@@ -168,6 +168,9 @@ private:
             state_->isRunning = false;
         }
 
+        /// It never waits.
+        void cancel() override {}
+
         Platform::Subscription addConfigurationChangeObserver(std::function<void()> handler) override {
             return state_->configurationObservers.add(std::move(handler));
         }

@@ -74,6 +74,7 @@ private:
 class PulseAudioEngine::Recording : public std::enable_shared_from_this<Recording> {
 public:
     using Started = std::function<void(std::optional<Platform::AudioError>)>;
+    using FormatAnswer = std::function<void(Platform::AudioFormat)>;
 
     Recording(SoundServer& server, std::shared_ptr<Observers> observers)
         : server_(server),
@@ -91,10 +92,28 @@ public:
         });
     }
 
+    /// `answer` is called once.
+    void askFormat(FormatAnswer answer) {
+        if (isCancelled_) {
+            answer({});
+            return;
+        }
+        formatAnswer_ = std::move(answer);
+        server_.whenKnown([weak = weak_from_this()] {
+            if (const auto self = weak.lock()) {
+                self->answerFormat(formatOf(self->server_.defaultInput()));
+            }
+        });
+    }
+
     /// `started` is called once.
     void open(Started started) {
         close();
         started_ = std::move(started);
+        if (isCancelled_) {
+            close();
+            return;
+        }
         attemptsLeft_ = attempts - 1;
         server_.whenKnown([weak = weak_from_this()] {
             const auto self = weak.lock();
@@ -112,6 +131,12 @@ public:
     }
 
     void close() { failed("it was stopped"); }
+
+    void cancel() {
+        isCancelled_ = true;
+        answerFormat({});
+        close();
+    }
 
     void end() {
         inputChanges_ = {};
@@ -139,6 +164,12 @@ private:
         TapBuffers buffers;
         TapBlock block;
     };
+
+    void answerFormat(const Platform::AudioFormat& format) {
+        if (const auto answer = std::exchange(formatAnswer_, nullptr)) {
+            answer(format);
+        }
+    }
 
     static Recording& self(void* data) { return *static_cast<Recording*>(data); }
 
@@ -237,6 +268,8 @@ private:
     PulseStream stream_;
     Platform::AudioFormat streamFormat_;
     Started started_;
+    FormatAnswer formatAnswer_;
+    bool isCancelled_ = false;
     int attemptsLeft_ = 0;
     Platform::Subscription nextAttempt_;
     std::atomic<bool> isRunning_ = false;
@@ -283,6 +316,10 @@ void PulseAudioEngine::stop() {
     server_->loop().post([recording = recording_] { recording->close(); });
 }
 
+void PulseAudioEngine::cancel() {
+    server_->loop().post([recording = recording_] { recording->cancel(); });
+}
+
 Platform::Subscription PulseAudioEngine::addConfigurationChangeObserver(std::function<void()> handler) {
     return observers_->add(std::move(handler), observers_);
 }
@@ -290,8 +327,8 @@ Platform::Subscription PulseAudioEngine::addConfigurationChangeObserver(std::fun
 Platform::AudioFormat PulseAudioEngine::inputFormat() {
     const auto promise = std::make_shared<std::promise<Platform::AudioFormat>>();
     auto format = promise->get_future();
-    server_->loop().post([&server = *server_, promise] {
-        server.whenKnown([&server, promise] { promise->set_value(formatOf(server.defaultInput())); });
+    server_->loop().post([recording = recording_, promise] {
+        recording->askFormat([promise](const Platform::AudioFormat& answer) { promise->set_value(answer); });
     });
     return within(std::move(format)).value_or(Platform::AudioFormat{});
 }

@@ -20,6 +20,7 @@ public:
     bool isRunning() const override;
     std::optional<Platform::AudioError> start() override;
     void stop() override;
+    void cancel() override;
     Platform::Subscription addConfigurationChangeObserver(std::function<void()> handler) override;
 
     Platform::AudioFormat inputFormat() override;
