@@ -352,8 +352,10 @@ bool MeetingReadinessView::isDivider(int row) const {
 
 void MeetingReadinessView::toggleApp(const QString& bundleID) {
     const auto& rows = editedApps_.rows();
-    const auto found = std::ranges::find(rows, bundleID.toStdString(),
-                                         [](const AppListRow& row) { return row.app.bundleID; });
+    const auto wanted = bundleID.toStdString();
+    const auto found = std::ranges::find_if(rows, [&](const AppListRow& row) {
+        return row.kind != AppListRow::Kind::divider && row.app.bundleID == wanted;
+    });
     if (found != rows.end()) {
         services_.coordinator.toggleTargetApp(CatalogEntry(found->app));
     }

@@ -230,6 +230,13 @@ Card {
                         currentItem.act();
                     }
                 }
+                // What goes may leave the divider in its place. Above it there is always an app.
+                onCurrentItemChanged: Qt.callLater(leaveDivider)
+                function leaveDivider(): void {
+                    if (panel.model.isDivider(currentIndex)) {
+                        --currentIndex;
+                    }
+                }
 
                 delegate: Item {
                     id: choice
@@ -251,7 +258,9 @@ Card {
                     Accessible.onPressAction: act()
 
                     function act(): void {
-                        panel.model.toggleApp(bundleID);
+                        if (!isDivider) {
+                            panel.model.toggleApp(bundleID);
+                        }
                     }
 
                     Rectangle {

@@ -351,6 +351,8 @@ TEST_F(ReadinessView, EditingOffersInstalledAndRunningAppsThatAreNotPrivate) {
     EXPECT_THAT(world.store.load().targetApps, ElementsAre(CurtainCore::TargetApp{"calendar", "Calendar"}));
     view().toggleApp("no such app");
     EXPECT_THAT(world.store.load().targetApps, testing::SizeIs(1));
+    view().toggleApp("");
+    EXPECT_THAT(world.store.load().targetApps, testing::SizeIs(1)) << "the divider is no app";
     view().setEditingApps(false);
     EXPECT_EQ(view().appQuery(), "");
     EXPECT_EQ(names(view().editedApps()), QStringList());

@@ -381,6 +381,40 @@ TEST_F(Popover, AppsAreEditedWithTheKeyboard) {
     EXPECT_FALSE(world.view->editingApps());
 }
 
+TEST_F(Popover, TheDividerIsNoAppAfterTheLastPrivateAppAboveItHasGone) {
+    world.setPrivateApps({{"org.app.Mail", "Mail"}, {"org.app.Safe", "Password Safe"}});
+    world.install("org.app.Journal", "Journal");
+    world.install("org.app.Safe", "Password Safe");
+    show();
+    shown->click("edit");
+    shown->type("jour");
+    shown->press(Qt::Key_Down);
+    shown->press(Qt::Key_Down);
+    shown->press(Qt::Key_Space);
+    EXPECT_THAT(world.store.load().targetApps, ElementsAre(CurtainCore::TargetApp{"org.app.Mail", "Mail"}));
+    EXPECT_EQ(shown->find("editedApps")->property("currentIndex").toInt(), 0);
+    shown->press(Qt::Key_Space);
+    EXPECT_THAT(world.store.load().targetApps, IsEmpty());
+}
+
+TEST_F(Popover, TheDividerIsNoAppForAssistiveTechnology) {
+    world.setPrivateApps({{"org.app.Mail", "Mail"}});
+    world.install("org.app.Calendar", "Calendar");
+    show();
+    shown->click("edit");
+    auto* const list = QAccessible::queryAccessibleInterface(shown->find("editedApps"));
+    ASSERT_NE(list, nullptr);
+    int dividers = 0;
+    for (int child = 0; child < list->childCount(); ++child) {
+        if (list->child(child)->role() == QAccessible::Separator) {
+            ++dividers;
+            list->child(child)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+        }
+    }
+    EXPECT_EQ(dividers, 1);
+    EXPECT_THAT(world.store.load().targetApps, ElementsAre(CurtainCore::TargetApp{"org.app.Mail", "Mail"}));
+}
+
 TEST_F(Popover, EscapeEmptiesTheSearchAndIsThenForThePopover) {
     show();
     shown->click("edit");
