@@ -3,6 +3,7 @@
 #include "Curtain/ViewText.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace Curtain {
@@ -41,23 +42,11 @@ QString visibilityName(PrivateAppVisibility visibility) {
 AppListModel::AppListModel(IconSource iconSource) : iconSource_(std::move(iconSource)) {}
 
 void AppListModel::setRows(std::vector<AppListRow> rows) {
-    const auto shorter = static_cast<std::ptrdiff_t>(std::min(rows_.size(), rows.size()));
-    const auto head =
-        std::mismatch(rows_.begin(), rows_.begin() + shorter, rows.begin(), isSameLine).first - rows_.begin();
-    const auto tail =
-        std::mismatch(rows_.rbegin(), rows_.rbegin() + (shorter - head), rows.rbegin(), isSameLine).first -
-        rows_.rbegin();
-    const auto oldEnd = static_cast<std::ptrdiff_t>(rows_.size()) - tail;
-    const auto newEnd = static_cast<std::ptrdiff_t>(rows.size()) - tail;
-    if (head < oldEnd) {
-        beginRemoveRows({}, static_cast<int>(head), static_cast<int>(oldEnd) - 1);
-        rows_.erase(rows_.begin() + head, rows_.begin() + oldEnd);
-        endRemoveRows();
-    }
-    if (head < newEnd) {
-        beginInsertRows({}, static_cast<int>(head), static_cast<int>(newEnd) - 1);
-        rows_.insert(rows_.begin() + head, rows.begin() + head, rows.begin() + newEnd);
-        endInsertRows();
+    // Kind by kind: an app that goes from one kind to another leaves all others where they are.
+    std::ptrdiff_t begin = 0;
+    for (const auto kind :
+         {AppListRow::Kind::privateApp, AppListRow::Kind::divider, AppListRow::Kind::candidate}) {
+        begin = setRowsOfKind(kind, rows, begin);
     }
     for (std::size_t line = 0; line < rows.size(); ++line) {
         if (rows_[line] != rows[line]) {
@@ -66,6 +55,33 @@ void AppListModel::setRows(std::vector<AppListRow> rows) {
             Q_EMIT dataChanged(changed, changed);
         }
     }
+}
+
+std::ptrdiff_t AppListModel::setRowsOfKind(AppListRow::Kind kind, const std::vector<AppListRow>& rows,
+                                           std::ptrdiff_t begin) {
+    const auto isOfKind = [kind](const AppListRow& row) { return row.kind == kind; };
+    const auto oldBegin = rows_.begin() + begin;
+    const auto newBegin = rows.begin() + begin;
+    const auto oldCount = std::find_if_not(oldBegin, rows_.end(), isOfKind) - oldBegin;
+    const auto newCount = std::find_if_not(newBegin, rows.end(), isOfKind) - newBegin;
+    const auto shorter = std::min(oldCount, newCount);
+    const auto head = std::mismatch(oldBegin, oldBegin + shorter, newBegin, isSameLine).first - oldBegin;
+    const auto oldTail = std::make_reverse_iterator(oldBegin + oldCount);
+    const auto newTail = std::make_reverse_iterator(newBegin + newCount);
+    const auto tail =
+        std::mismatch(oldTail, oldTail + (shorter - head), newTail, isSameLine).first - oldTail;
+    const auto first = begin + head;
+    if (const auto count = oldCount - tail - head; count > 0) {
+        beginRemoveRows({}, static_cast<int>(first), static_cast<int>(first + count) - 1);
+        rows_.erase(rows_.begin() + first, rows_.begin() + first + count);
+        endRemoveRows();
+    }
+    if (const auto count = newCount - tail - head; count > 0) {
+        beginInsertRows({}, static_cast<int>(first), static_cast<int>(first + count) - 1);
+        rows_.insert(rows_.begin() + first, rows.begin() + first, rows.begin() + first + count);
+        endInsertRows();
+    }
+    return begin + newCount;
 }
 
 int AppListModel::rowCount(const QModelIndex& parent) const {

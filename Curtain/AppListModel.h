@@ -5,6 +5,7 @@
 
 #include <QAbstractListModel>
 
+#include <cstddef>
 #include <functional>
 #include <map>
 #include <string>
@@ -36,7 +37,8 @@ public:
     explicit AppListModel(IconSource iconSource);
 
     const std::vector<AppListRow>& rows() const { return rows_; }
-    /// Tells views no more than what is new, so that they keep their place.
+    /// The rows stand in the order of their kinds. Tells views no more than what is new, so that they keep
+    /// their place.
     void setRows(std::vector<AppListRow> rows);
 
     int rowCount(const QModelIndex& parent) const override;
@@ -44,6 +46,10 @@ public:
     QHash<int, QByteArray> roleNames() const override;
 
 private:
+    /// Replaces those of one kind, which begin at the same place in both. Returns where they end.
+    std::ptrdiff_t setRowsOfKind(AppListRow::Kind kind, const std::vector<AppListRow>& rows,
+                                 std::ptrdiff_t begin);
+
     IconSource iconSource_;
     std::vector<AppListRow> rows_;
     mutable std::map<std::string, QString> icons_;

@@ -415,6 +415,43 @@ TEST_F(Popover, TheDividerIsNoAppForAssistiveTechnology) {
     EXPECT_THAT(world.store.load().targetApps, ElementsAre(CurtainCore::TargetApp{"org.app.Mail", "Mail"}));
 }
 
+TEST_F(Popover, AppsRemovedInARowAreThoseThatFollow) {
+    std::vector<CurtainCore::TargetApp> apps;
+    for (const auto* const name : {"Albums", "Calendar", "Mail", "Notes"}) {
+        apps.push_back({std::string("org.app.") + name, name});
+        world.install(apps.back().bundleID, name);
+    }
+    world.install("org.app.Journal", "Journal");
+    world.install("org.app.Zoom", "Zoom");
+    world.setPrivateApps(apps);
+    show();
+    shown->click("edit");
+    shown->press(Qt::Key_Down);
+    shown->press(Qt::Key_Down);
+    shown->press(Qt::Key_Space);
+    EXPECT_THAT(world.store.load().targetApps, ElementsAre(apps[0], apps[2], apps[3]));
+    shown->press(Qt::Key_Space);
+    EXPECT_THAT(world.store.load().targetApps, ElementsAre(apps[0], apps[3]));
+    EXPECT_EQ(shown->find("editedApps")->property("currentIndex").toInt(), 1);
+}
+
+TEST_F(Popover, AppsAddedInARowAreThoseThatFollow) {
+    world.setPrivateApps({{"org.app.Zoom", "Zoom"}});
+    for (const auto* const name : {"Albums", "Calendar", "Mail"}) {
+        world.install(std::string("org.app.") + name, name);
+    }
+    show();
+    shown->click("edit");
+    shown->press(Qt::Key_Down);
+    shown->press(Qt::Key_Down);
+    shown->press(Qt::Key_Space);
+    shown->press(Qt::Key_Space);
+    EXPECT_THAT(world.store.load().targetApps,
+                ElementsAre(CurtainCore::TargetApp{"org.app.Zoom", "Zoom"},
+                            CurtainCore::TargetApp{"org.app.Albums", "Albums"},
+                            CurtainCore::TargetApp{"org.app.Calendar", "Calendar"}));
+}
+
 TEST_F(Popover, EscapeEmptiesTheSearchAndIsThenForThePopover) {
     show();
     shown->click("edit");
