@@ -205,7 +205,7 @@ Card {
                 model: panel.model.editedApps
                 clip: true
                 interactive: contentHeight > height
-                activeFocusOnTab: count > 0
+                activeFocusOnTab: count > 0 || activeFocus
                 currentIndex: 0
                 highlightFollowsCurrentItem: true
                 boundsBehavior: Flickable.StopAtBounds
@@ -213,9 +213,10 @@ Card {
                 Accessible.name: panel.model.text("editApps")
                 Keys.onDownPressed: step(1)
                 Keys.onUpPressed: step(-1)
-                Keys.onSpacePressed: actOnCurrent()
-                Keys.onReturnPressed: actOnCurrent()
-                Keys.onEnterPressed: actOnCurrent()
+                // A key that is held down counts once.
+                Keys.onSpacePressed: event => { if (!event.isAutoRepeat) actOnCurrent(); }
+                Keys.onReturnPressed: event => { if (!event.isAutoRepeat) actOnCurrent(); }
+                Keys.onEnterPressed: event => { if (!event.isAutoRepeat) actOnCurrent(); }
                 T.ScrollBar.vertical: ThinScrollBar {}
 
                 function step(by: int): void {

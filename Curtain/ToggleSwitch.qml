@@ -13,8 +13,11 @@ T.Switch {
     Accessible.name: text
     Accessible.onPressAction: flip()
     Accessible.onToggleAction: flip()
-    Keys.onReturnPressed: flip()
-    Keys.onEnterPressed: flip()
+    // A key that is held down counts once.
+    Keys.onSpacePressed: event => event.accepted = event.isAutoRepeat
+    Keys.onReleased: event => event.accepted = event.isAutoRepeat
+    Keys.onReturnPressed: event => { if (!event.isAutoRepeat) flip(); }
+    Keys.onEnterPressed: event => { if (!event.isAutoRepeat) flip(); }
 
     function flip(): void {
         toggle();

@@ -79,6 +79,17 @@ TEST_F(Controls, AnswerToTheKeyboardInReadingOrder) {
     EXPECT_THAT(model->presses, ElementsAre("primary", "tonal", "quiet"));
 }
 
+TEST_F(Controls, AKeyThatIsHeldCountsOnce) {
+    auto view = show();
+    for (const auto key : {Qt::Key_Space, Qt::Key_Return, Qt::Key_Enter}) {
+        for (const auto* const name : {"primary", "switch"}) {
+            view.find(name)->forceActiveFocus(Qt::TabFocusReason);
+            view.hold(key);
+        }
+    }
+    EXPECT_THAT(model->presses, ElementsAre("primary", "on", "primary", "off", "primary", "on"));
+}
+
 TEST_F(Controls, ShowWhereTheKeyboardIs) {
     auto view = show();
     const auto before = view.picture("controls-unfocused");

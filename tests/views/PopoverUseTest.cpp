@@ -452,6 +452,33 @@ TEST_F(Popover, AppsAddedInARowAreThoseThatFollow) {
                             CurtainCore::TargetApp{"org.app.Calendar", "Calendar"}));
 }
 
+TEST_F(Popover, TheKeyboardEmptiesTheList) {
+    world.setPrivateApps({{"org.app.Mail", "Mail"}});
+    show();
+    shown->click("edit");
+    shown->press(Qt::Key_Down);
+    shown->press(Qt::Key_Space);
+    EXPECT_THAT(world.store.load().targetApps, IsEmpty());
+    shown->press(Qt::Key_Tab);
+    EXPECT_EQ(focused(), "saveApps");
+}
+
+TEST_F(Popover, AKeyThatIsHeldEditsOneApp) {
+    std::vector<CurtainCore::TargetApp> apps;
+    for (const auto* const name : {"Albums", "Calendar", "Mail", "Notes", "Zoom"}) {
+        apps.push_back({std::string("org.app.") + name, name});
+    }
+    world.setPrivateApps(apps);
+    show();
+    shown->click("edit");
+    shown->press(Qt::Key_Down);
+    auto left = apps.size();
+    for (const auto key : {Qt::Key_Space, Qt::Key_Return, Qt::Key_Enter}) {
+        shown->hold(key);
+        EXPECT_THAT(world.store.load().targetApps, testing::SizeIs(--left));
+    }
+}
+
 TEST_F(Popover, EscapeEmptiesTheSearchAndIsThenForThePopover) {
     show();
     shown->click("edit");

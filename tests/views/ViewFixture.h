@@ -9,6 +9,7 @@
 #include <QEventLoop>
 #include <QGuiApplication>
 #include <QImage>
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QQuickItem>
 #include <QQuickWindow>
@@ -103,6 +104,22 @@ public:
 
     void press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
         QTest::keyClick(&window_, static_cast<Qt::Key>(key), modifiers);
+        settle();
+    }
+
+    /// Presses a key, and lets it go after it has repeated itself a few times.
+    void hold(int key) {
+        const auto send = [&](QEvent::Type type, bool isRepeat) {
+            QKeyEvent event(type, key, Qt::NoModifier, QString(), isRepeat);
+            QCoreApplication::sendEvent(&window_, &event);
+        };
+        send(QEvent::KeyPress, false);
+        for (int repeats = 0; repeats < 3; ++repeats) {
+            send(QEvent::KeyRelease, true);
+            send(QEvent::KeyPress, true);
+            settle();
+        }
+        send(QEvent::KeyRelease, false);
         settle();
     }
 
