@@ -1,7 +1,7 @@
 import QtQuick
 
 /// An app of the list in the settings, with a switch. A click anywhere in the row flips it.
-Item {
+FocusScope {
     id: row
 
     required property string name
@@ -10,6 +10,12 @@ Item {
     required property int index
 
     signal flipped
+
+    function focusByKey(): void {
+        toggle.forceActiveFocus(Qt.TabFocusReason);
+        // It may have had the focus before the key came.
+        toggle.focusReason = Qt.TabFocusReason;
+    }
 
     implicitHeight: 36
 
@@ -48,6 +54,9 @@ Item {
         anchors.right: parent.right
         anchors.rightMargin: Theme.rowInset
         anchors.verticalCenter: parent.verticalCenter
+        focus: true
+        // The list is one stop on the way of Tab; arrows go from row to row.
+        focusPolicy: Qt.ClickFocus
         text: row.name
         checked: row.isSelected
         onToggled: {

@@ -89,12 +89,7 @@ SettingsPage {
                 }
             }
         }
-        Keys.onDownPressed: {
-            if (list.count > 0) {
-                list.currentIndex = 0;
-                list.itemAtIndex(0).forceActiveFocus(Qt.TabFocusReason);
-            }
-        }
+        Keys.onDownPressed: list.go(0)
     }
     Item {
         width: 1
@@ -113,12 +108,41 @@ SettingsPage {
             clip: true
             model: page.model.apps
             reuseItems: true
+            activeFocusOnTab: count > 0 || activeFocus
+            highlightMoveDuration: 0
             boundsBehavior: Flickable.StopAtBounds
             Accessible.role: Accessible.List
             Accessible.name: page.model.texts.privateApps
+            Keys.onDownPressed: go(currentIndex + 1)
+            Keys.onUpPressed: {
+                if (currentIndex > 0) {
+                    go(currentIndex - 1);
+                } else {
+                    search.forceActiveFocus(Qt.BacktabFocusReason);
+                }
+            }
+            onActiveFocusChanged: {
+                if (activeFocus) {
+                    positionViewAtIndex(currentIndex, ListView.Contain);
+                }
+            }
+
+            function go(index: int): void {
+                if (index >= 0 && index < count) {
+                    currentIndex = index;
+                    positionViewAtIndex(index, ListView.Contain);
+                    currentItem.focusByKey();
+                }
+            }
+
             delegate: AppRow {
                 width: ListView.view.width
                 onFlipped: page.model.toggleApp(index)
+                onActiveFocusChanged: {
+                    if (activeFocus) {
+                        ListView.view.currentIndex = index;
+                    }
+                }
             }
             ThinScrollBar {
                 id: bar

@@ -409,6 +409,67 @@ TEST_F(SettingsViewTest, TheKeyboardReachesEveryControlAndWhatItReachesIsShown) 
     EXPECT_TRUE(store.load().notificationsMarkedHandled);
 }
 
+TEST_F(SettingsViewTest, TheKeyboardReachesEveryAppAndWhatItReachesIsShown) {
+    platform.workspace.quitAll();
+    std::vector<std::string> apps;
+    for (int number = 10; number < 40; ++number) {
+        const auto name = "App " + std::to_string(number);
+        platform.workspace.run("org." + name).name = name;
+        apps.push_back("app " + name);
+    }
+    auto view = show();
+    view.click("tabApps");
+    const auto frame = view.place("apps");
+    const auto reach = [&](int key) {
+        view.press(key);
+        const auto* const item = view.window().activeFocusItem();
+        auto name = item->objectName().toStdString();
+        const auto place = item->mapRectToScene(QRectF(0, 0, item->width(), item->height()));
+        const bool isApp = name.starts_with("app ");
+        EXPECT_TRUE((isApp ? frame : QRectF(0, 0, 440, 430)).contains(place)) << name;
+        EXPECT_TRUE(!isApp || item->property("visualFocus").toBool()) << name;
+        return name;
+    };
+    EXPECT_EQ(reach(Qt::Key_Tab), "tabPermissions");
+    EXPECT_EQ(reach(Qt::Key_Tab), "autoDetect");
+    reach(Qt::Key_Tab);
+    reach(Qt::Key_Tab);
+    EXPECT_EQ(reach(Qt::Key_Tab), "search");
+    EXPECT_EQ(reach(Qt::Key_Tab), apps.front());
+    view.picture("settings-apps-focus");
+    std::vector<std::string> reached{apps.front()};
+    for (std::size_t step = 1; step < apps.size(); ++step) {
+        reached.push_back(reach(Qt::Key_Down));
+    }
+    EXPECT_EQ(reached, apps);
+    EXPECT_EQ(reach(Qt::Key_Down), apps.back());
+    view.picture("settings-apps-last");
+    view.press(Qt::Key_Space);
+    EXPECT_THAT(store.load().targetApps, Contains(TargetApp{"org.App 39", "App 39"}));
+    EXPECT_EQ(reach(Qt::Key_Up), "app App 38");
+    // The list is left at once, and Down leads to its beginning from wherever it was scrolled to.
+    reach(Qt::Key_Tab);
+    EXPECT_FALSE(view.window().activeFocusItem()->objectName().startsWith("app "));
+    view.click("search");
+    EXPECT_EQ(reach(Qt::Key_Down), apps.front());
+    EXPECT_EQ(reach(Qt::Key_Up), "search");
+    view.type("19");
+    EXPECT_EQ(reach(Qt::Key_Down), "app App 19");
+    view.press(Qt::Key_Return);
+    EXPECT_THAT(store.load().targetApps, Contains(TargetApp{"org.App 19", "App 19"}));
+    view.click("search");
+    view.type("x");
+    EXPECT_EQ(reach(Qt::Key_Down), "search") << "there is no app to go to";
+}
+
+TEST_F(SettingsViewTest, TheKeyboardGoesOnFromTheAppThatWasClicked) {
+    auto view = show();
+    view.click("tabApps");
+    view.click("app Journal");
+    view.press(Qt::Key_Down);
+    EXPECT_EQ(view.window().activeFocusItem()->objectName(), "app Mail");
+}
+
 TEST_F(SettingsViewTest, TabsAreChangedWithKeys) {
     auto view = show();
     view.press(Qt::Key_Tab);
