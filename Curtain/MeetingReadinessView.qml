@@ -21,6 +21,12 @@ VisualEffectBackground {
         if (isShown) {
             middle.contentY = 0;
             model.didOpen();
+        } else {
+            // Nobody would see it fade, and the next opening begins anew.
+            testShare.fadesOut = false;
+            model.showingTestShare = false;
+            testShare.fadesOut = true;
+            root.forceActiveFocus();
         }
     }
 

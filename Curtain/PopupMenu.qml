@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Templates as T
+import QtQuick.Window
 
 /// A menu of `PopupMenuItem`s and `PopupMenuDivider`s. Its width grows with its texts.
 T.Menu {
@@ -7,6 +8,14 @@ T.Menu {
 
     property bool isMirrored: false
     property real leastWidth: 160
+    readonly property bool isWindowShown: parent?.Window.window?.visible ?? false
+
+    // A window that is kept would show it again with the next opening.
+    onIsWindowShownChanged: {
+        if (!isWindowShown) {
+            close();
+        }
+    }
 
     /// Puts the menu's end below the end of the control.
     function openBelow(control: Item, gap: real): void {

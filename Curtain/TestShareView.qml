@@ -7,6 +7,8 @@ T.Dialog {
 
     required property QtObject model
     property bool isMirrored: false
+    /// Whether it fades when it closes.
+    property bool fadesOut: true
 
     signal fixEverything
     signal done
@@ -43,9 +45,12 @@ T.Dialog {
             NumberAnimation { property: "rise"; target: content; from: 8; to: 0; duration: Theme.panelInTime; easing.type: Theme.easing }
         }
     }
-    exit: Transition {
+    exit: fadesOut ? fadeOut : null
+
+    readonly property Transition fadeOut: Transition {
         NumberAnimation { property: "opacity"; from: 1; to: 0; duration: Theme.panelOutTime; easing.type: Theme.easing }
     }
+
     background: Item {
         Shadow {}
         Rectangle {

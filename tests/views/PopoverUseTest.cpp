@@ -283,8 +283,48 @@ TEST_F(Popover, ThePanelSaysWhatWouldBeSeen) {
     shown->window().show();
     EXPECT_TRUE(ShownView::waitFor([&] { return world.view->showingTestShare(); }));
     shown->settle();
+    // Also where it was open when the popover closed.
+    shown->window().hide();
+    EXPECT_TRUE(ShownView::waitFor([&] { return !world.view->showingTestShare(); }));
+    shown->window().show();
+    EXPECT_TRUE(ShownView::waitFor([&] { return world.view->showingTestShare(); }));
+    shown->settle();
+    EXPECT_NE(shown->find("testShareFix"), nullptr);
     shown->press(Qt::Key_Escape);
     EXPECT_FALSE(world.view->showingTestShare());
+}
+
+TEST_F(Popover, WhatWasOpenClosesWithIt) {
+    world.makeRisky();
+    show();
+    const auto hideAndShow = [&] {
+        shown->window().hide();
+        ASSERT_TRUE(ShownView::waitFor([&] { return !shown->window().isExposed(); }));
+        // At once: nothing is left to fade when it is shown again.
+        EXPECT_EQ(shown->find("testShareFix"), nullptr);
+        shown->window().show();
+        shown->window().requestActivate();
+        ASSERT_TRUE(ShownView::waitFor(
+            [&] { return shown->window().isExposed() && shown->window().isActive(); }));
+        shown->settle();
+        EXPECT_EQ(shown->window().activeFocusItem(), &shown->root());
+    };
+    shown->click("menuButton");
+    EXPECT_NE(shown->find("menuQuit"), nullptr);
+    hideAndShow();
+    EXPECT_EQ(shown->find("menuQuit"), nullptr);
+    shown->click("cameraMenu");
+    EXPECT_NE(shown->find("camera desk"), nullptr);
+    hideAndShow();
+    EXPECT_EQ(shown->find("camera desk"), nullptr);
+    shown->click("menuButton");
+    shown->click("menuTestShareMode");
+    EXPECT_NE(shown->find("testShareFix"), nullptr);
+    hideAndShow();
+    EXPECT_FALSE(world.view->showingTestShare());
+    EXPECT_EQ(shown->find("testShareFix"), nullptr);
+    shown->find("fixEverything")->forceActiveFocus(Qt::TabFocusReason);
+    hideAndShow();
 }
 
 TEST_F(Popover, APhotoTakesThePlaceOfTheColumnsUntilItGoes) {
