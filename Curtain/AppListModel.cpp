@@ -68,8 +68,7 @@ std::ptrdiff_t AppListModel::setRowsOfKind(AppListRow::Kind kind, const std::vec
     const auto head = std::mismatch(oldBegin, oldBegin + shorter, newBegin, isSameLine).first - oldBegin;
     const auto oldTail = std::make_reverse_iterator(oldBegin + oldCount);
     const auto newTail = std::make_reverse_iterator(newBegin + newCount);
-    const auto tail =
-        std::mismatch(oldTail, oldTail + (shorter - head), newTail, isSameLine).first - oldTail;
+    const auto tail = std::mismatch(oldTail, oldTail + (shorter - head), newTail, isSameLine).first - oldTail;
     const auto first = begin + head;
     if (const auto count = oldCount - tail - head; count > 0) {
         beginRemoveRows({}, static_cast<int>(first), static_cast<int>(first + count) - 1);

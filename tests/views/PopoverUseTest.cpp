@@ -304,8 +304,8 @@ TEST_F(Popover, WhatWasOpenClosesWithIt) {
         EXPECT_EQ(shown->find("testShareFix"), nullptr);
         shown->window().show();
         shown->window().requestActivate();
-        ASSERT_TRUE(ShownView::waitFor(
-            [&] { return shown->window().isExposed() && shown->window().isActive(); }));
+        ASSERT_TRUE(
+            ShownView::waitFor([&] { return shown->window().isExposed() && shown->window().isActive(); }));
         shown->settle();
         EXPECT_EQ(shown->window().activeFocusItem(), &shown->root());
     };
