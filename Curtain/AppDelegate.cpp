@@ -149,6 +149,7 @@ void AppDelegate::openSettings() {
     }
     nameSettingsWindow();
     settingsWindow_->makeKeyAndOrderFront();
+    settingsWindow_->orderFrontRegardless();
     platform_.application->activate(true);
 }
 

@@ -453,7 +453,7 @@ TEST_F(PopoverTest, SettingsTakeItsPlaceInOneWindow) {
     EXPECT_EQ(fakes.windows.all[0]->title, "Curtain — Settings");
     EXPECT_EQ(fakes.windows.all[0]->size, (Platform::Size{440, 430}));
     EXPECT_THAT(takeEvents(), ElementsAre("close popover", "centre window", "make window key",
-                                          "activate ignoring other apps"));
+                                          "order window front", "activate ignoring other apps"));
     fakes.windows.all[0]->close();
     change([](auto& record) { record.language = CurtainCore::AppLanguage::fr; });
     delegate->openSettings();
