@@ -1,9 +1,11 @@
 #include "platform/linux/tray/TrayStatusItem.h"
 
+#include "platform/linux/dbus/DBusSignal.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/HandDrivenQueue.h"
 #include "tests/support/RecordingLog.h"
 
+#include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
@@ -16,6 +18,7 @@
 #include <chrono>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace {
@@ -30,6 +33,9 @@ constexpr std::chrono::seconds patience{20};
 constexpr std::uint64_t bothButtons =
     1U << Platform::EventType::leftMouseUp | 1U << Platform::EventType::rightMouseUp;
 const auto watcherName = QStringLiteral("org.kde.StatusNotifierWatcher");
+const auto menuPath = QStringLiteral("/Menu");
+const auto menuInterface = QStringLiteral("com.canonical.dbusmenu");
+const auto propertiesInterface = QStringLiteral("org.freedesktop.DBus.Properties");
 
 /// A panel on a bus connection of its own.
 class FakePanel : public QDBusVirtualObject {
@@ -47,6 +53,8 @@ public:
 
     /// The bus name of the item that has registered.
     QString item;
+
+    QDBusConnection bus() const { return bus_; }
 
     /// What the item answers.
     QVariantList call(const QString& path, const QString& interface, const QString& method,
@@ -82,6 +90,7 @@ struct StatusNotifierItemTest : testing::Test {
     TestSupport::RecordingLog log;
     std::optional<QPoint> pointer;
     std::vector<Platform::Menu> opened;
+    bool isRightToLeft = false;
     TrayStatusItem item{nullptr,
                         queue,
                         log,
@@ -98,13 +107,13 @@ struct StatusNotifierItemTest : testing::Test {
                 item.popUpMenu(menu());
             }
         });
-        item.setMenu([] { return menu(); });
+        item.setMenu([this] { return menu(); });
         item.setImage({"anything", 18, 18, true, {}});
         ASSERT_TRUE(spinUntil([&] { return !panel.item.isEmpty(); }, patience));
     }
 
-    static Platform::Menu menu() {
-        return {{{"Open", [] {}}, {}, {"Quit", [] {}}}, false};
+    Platform::Menu menu() const {
+        return {{{"Open", [] {}}, {}, {"Quit", [] {}}}, isRightToLeft};
     }
 
     void click(const char* method, int x, int y) {
@@ -113,8 +122,13 @@ struct StatusNotifierItemTest : testing::Test {
     }
 
     QVariantList askMenu(const char* method, const QVariantList& arguments) {
-        return panel.call(QStringLiteral("/Menu"), QStringLiteral("com.canonical.dbusmenu"),
-                          QString::fromLatin1(method), arguments);
+        return panel.call(menuPath, menuInterface, QString::fromLatin1(method), arguments);
+    }
+
+    std::string textDirection() {
+        const auto answer = panel.call(menuPath, propertiesInterface, QStringLiteral("Get"),
+                                       {menuInterface, QStringLiteral("TextDirection")});
+        return qvariant_cast<QDBusVariant>(answer.value(0)).variant().toString().toStdString();
     }
 };
 
@@ -124,6 +138,24 @@ TEST_F(StatusNotifierItemTest, ReadingTheMenuIsNoClickAndOpeningItIs) {
     EXPECT_EQ(askMenu("AboutToShow", {0}).value(0), false);
     EXPECT_THAT(clicks, ElementsAre(Platform::EventType::rightMouseUp));
     EXPECT_THAT(opened, IsEmpty());
+}
+
+TEST_F(StatusNotifierItemTest, TextDirectionIsKnownBeforeTheLayoutAndItsChangeIsAnnounced) {
+    isRightToLeft = true;
+    EXPECT_EQ(textDirection(), "rtl");
+    EXPECT_EQ(askMenu("GetLayout", {0, -1, QStringList()}).value(0), 1U);
+
+    std::vector<QVariantMap> changes;
+    const LinuxPlatform::DBusSignal signal(
+        panel.bus(), panel.item, menuPath, propertiesInterface, QStringLiteral("PropertiesChanged"),
+        [&](const QDBusMessage& message) {
+            changes.push_back(qdbus_cast<QVariantMap>(message.arguments().value(1)));
+        });
+    isRightToLeft = false;
+    EXPECT_EQ(askMenu("AboutToShow", {0}).value(0), true);
+    ASSERT_TRUE(spinUntil([&] { return !changes.empty(); }, patience));
+    EXPECT_THAT(changes, ElementsAre(QVariantMap{{QStringLiteral("TextDirection"), QStringLiteral("ltr")}}));
+    EXPECT_EQ(textDirection(), "ltr");
 }
 
 TEST_F(StatusNotifierItemTest, IsWhereThePanelSaidLast) {

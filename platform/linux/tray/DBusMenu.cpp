@@ -75,6 +75,7 @@ namespace {
 
 const auto menuInterface = QStringLiteral("com.canonical.dbusmenu");
 const auto propertiesInterface = QStringLiteral("org.freedesktop.DBus.Properties");
+const auto textDirectionProperty = QStringLiteral("TextDirection");
 
 constexpr auto introspection = R"xml(
 <interface name="com.canonical.dbusmenu">
@@ -168,14 +169,25 @@ bool DBusMenu::refresh(const Content& content) {
     if (isOther && menu_) {
         firstIdentifier_ += static_cast<int>(menu_->items.size());
     }
+    const bool isTurned = menu_ && menu_->isRightToLeft != menu->isRightToLeft;
     menu_ = std::move(menu);
     revision_ += isOther ? 1 : 0;
+    if (isTurned) {
+        announceTextDirection();
+    }
     return isOther;
 }
 
 void DBusMenu::announceLayout() {
     auto signal = QDBusMessage::createSignal(path_, menuInterface, QStringLiteral("LayoutUpdated"));
     signal.setArguments({revision_, rootIdentifier});
+    bus_.send(signal);
+}
+
+void DBusMenu::announceTextDirection() {
+    auto signal = QDBusMessage::createSignal(path_, propertiesInterface, QStringLiteral("PropertiesChanged"));
+    signal.setArguments(
+        {menuInterface, QVariantMap{{textDirectionProperty, textDirection()}}, QStringList()});
     bus_.send(signal);
 }
 
@@ -222,14 +234,16 @@ std::optional<QVariantList> DBusMenu::answer(const QString& method, const QVaria
 }
 
 std::optional<QVariantList> DBusMenu::answerAboutProperties(const QString& method,
-                                                            const QVariantList& arguments) const {
+                                                            const QVariantList& arguments) {
     if (arguments.value(0) != menuInterface) {
         return std::nullopt;
     }
-    const bool isRightToLeft = menu_ && menu_->isRightToLeft;
+    if (!menu_) {
+        refresh(content_);
+    }
     const QVariantMap all{
         {QStringLiteral("Version"), 3U},
-        {QStringLiteral("TextDirection"), isRightToLeft ? QStringLiteral("rtl") : QStringLiteral("ltr")},
+        {textDirectionProperty, textDirection()},
         {QStringLiteral("Status"), QStringLiteral("normal")},
         {QStringLiteral("IconThemePath"), QStringList()},
     };
@@ -298,6 +312,10 @@ const Platform::MenuItem* DBusMenu::item(int identifier) const {
     const int index = identifier - firstIdentifier_;
     const bool isThere = menu_ && index >= 0 && index < static_cast<int>(menu_->items.size());
     return isThere ? &menu_->items[static_cast<std::size_t>(index)] : nullptr;
+}
+
+QString DBusMenu::textDirection() const {
+    return menu_ && menu_->isRightToLeft ? QStringLiteral("rtl") : QStringLiteral("ltr");
 }
 
 } // namespace LinuxPlatform

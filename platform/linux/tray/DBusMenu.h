@@ -33,14 +33,15 @@ public:
 private:
     bool refresh(const Content& content);
     void announceLayout();
+    void announceTextDirection();
     std::optional<QVariantList> answer(const QString& method, const QVariantList& arguments);
-    std::optional<QVariantList> answerAboutProperties(const QString& method,
-                                                      const QVariantList& arguments) const;
+    std::optional<QVariantList> answerAboutProperties(const QString& method, const QVariantList& arguments);
     void runClicked(const QString& method, const QVariantList& arguments) const;
     void click(int identifier) const;
     DBusMenuLayout layout(int identifier, int depth) const;
     QVariantMap itemProperties(int identifier) const;
     const Platform::MenuItem* item(int identifier) const;
+    QString textDirection() const;
 
     QDBusConnection bus_;
     QString path_;
