@@ -166,6 +166,69 @@ TEST_F(DesktopIconsRunnerTest, ADesktopThatHasToStartFirstIsTakenAtItsWordForAWh
     EXPECT_EQ(read(), "0\n");
 }
 
+struct DesktopThatComesBackTest : DesktopIconsRunnerTest {
+    DesktopThatComesBackTest() {
+        first->state = DesktopIcons::hidden;
+        first->stateAfterShowing = DesktopIcons::absent;
+        setIconsHidden(false);
+        clock.advance(0.5);
+    }
+};
+
+TEST_F(DesktopThatComesBackTest, IsHiddenAsSoonAsItAppears) {
+    setIconsHidden(true);
+    EXPECT_EQ(read(), "1\n");
+    clock.advance(1);
+    EXPECT_EQ(read(), "1\n");
+    EXPECT_THAT(calls, ElementsAre("show"));
+
+    first->state = DesktopIcons::shown;
+    clock.advance(0.3);
+    EXPECT_EQ(read(), "0\n");
+    EXPECT_THAT(calls, ElementsAre("show", "hide"));
+    // The user shows them by other means.
+    first->state = DesktopIcons::shown;
+    clock.advance(10);
+    EXPECT_THAT(calls, ElementsAre("show", "hide"));
+}
+
+TEST_F(DesktopThatComesBackTest, IsHiddenThoughItWasSeenBefore) {
+    setIconsHidden(true);
+    first->state = DesktopIcons::shown;
+    EXPECT_EQ(read(), "1\n");
+    clock.advance(0.3);
+    EXPECT_EQ(read(), "0\n");
+}
+
+TEST_F(DesktopThatComesBackTest, IsHiddenThoughTheBusDoesNotAnswerForAWhile) {
+    setIconsHidden(true);
+    scene.busNames.reset();
+    clock.advance(1);
+    scene.busNames.emplace();
+    first->state = DesktopIcons::shown;
+    clock.advance(0.3);
+    EXPECT_THAT(calls, ElementsAre("show", "hide"));
+}
+
+TEST_F(DesktopThatComesBackTest, IsNotHiddenOnceItIsToBeShownAgain) {
+    setIconsHidden(true);
+    setIconsHidden(false);
+    EXPECT_EQ(read(), "1\n");
+    first->state = DesktopIcons::shown;
+    clock.advance(10);
+    EXPECT_EQ(read(), "1\n");
+    EXPECT_THAT(calls, ElementsAre("show"));
+}
+
+TEST_F(DesktopThatComesBackTest, IsNotAwaitedForEver) {
+    setIconsHidden(true);
+    clock.advance(5);
+    EXPECT_EQ(read(), "0\n");
+    first->state = DesktopIcons::shown;
+    clock.advance(10);
+    EXPECT_THAT(calls, ElementsAre("show"));
+}
+
 TEST_F(DesktopIconsRunnerTest, ADesktopThatCannotShowIsNotTakenAtItsWord) {
     first->state = DesktopIcons::hidden;
     first->canShow = false;

@@ -16,6 +16,7 @@ constexpr auto hiddenAnswer = "0\n";
 constexpr auto shownAnswer = "1\n";
 /// A desktop that has to start first is taken at its word for so long.
 constexpr Platform::MainQueue::Seconds timeToAppear{5};
+constexpr Platform::MainQueue::Seconds timeBetweenLooks{0.2};
 
 const Arguments& readingArguments() {
     static const Arguments arguments{"read", "com.apple.finder", "CreateDesktop"};
@@ -95,20 +96,46 @@ bool DesktopIconsRunner::isEachWindowWithoutIcons(const std::vector<DesktopScene
 }
 
 void DesktopIconsRunner::write(bool shown) {
+    pendingHide_ = {};
     const auto scene = look_();
     if (!scene.busNames) {
         return;
     }
-    askedToShow_.reset();
+    if (shown) {
+        show(scene);
+    } else if (hideShown(scene)) {
+        askedToShow_.reset();
+    } else if (isComingBack()) {
+        pendingHide_ = clock_.repeating(timeBetweenLooks, [this] { hideWhenShown(); });
+    }
+}
+
+void DesktopIconsRunner::show(const DesktopScene& scene) {
     for (const auto& desktop : desktops_) {
-        const auto icons = desktop->icons(scene);
-        if (shown && icons == DesktopIcons::hidden) {
-            if (desktop->show(scene)) {
-                askedToShow_ = clock_.now();
-            }
-        } else if (!shown && icons == DesktopIcons::shown) {
-            desktop->hide(scene);
+        if (desktop->icons(scene) == DesktopIcons::hidden && desktop->show(scene)) {
+            askedToShow_ = clock_.now();
         }
+    }
+}
+
+bool DesktopIconsRunner::hideShown(const DesktopScene& scene) {
+    bool wasShown = false;
+    for (const auto& desktop : desktops_) {
+        if (desktop->icons(scene) == DesktopIcons::shown) {
+            desktop->hide(scene);
+            wasShown = true;
+        }
+    }
+    return wasShown;
+}
+
+void DesktopIconsRunner::hideWhenShown() {
+    const auto scene = look_();
+    if (scene.busNames && hideShown(scene)) {
+        askedToShow_.reset();
+    }
+    if (!isComingBack()) {
+        pendingHide_ = {};
     }
 }
 

@@ -31,6 +31,11 @@ private:
     bool isEachWindowWithoutIcons(const std::vector<DesktopScene::Window>& windows,
                                   const std::vector<DesktopIcons>& found) const;
     void write(bool shown);
+    /// Whether any was shown.
+    bool hideShown(const DesktopScene& scene);
+    void show(const DesktopScene& scene);
+    /// Hides what is about to appear as soon as it does.
+    void hideWhenShown();
     bool isComingBack() const;
 
     Platform::ProcessRunner& programs_;
@@ -38,6 +43,7 @@ private:
     Desktops desktops_;
     Look look_;
     std::optional<Platform::MainQueue::Seconds> askedToShow_;
+    Platform::Subscription pendingHide_;
 };
 
 } // namespace LinuxPlatform
