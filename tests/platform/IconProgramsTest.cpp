@@ -4,6 +4,7 @@
 #include "Curtain/ReadinessCoordinator.h"
 #include "platform/linux/PosixFileManager.h"
 #include "platform/linux/ThreadWorkQueues.h"
+#include "platform/linux/desktopicons/CajaDesktop.h"
 #include "platform/linux/desktopicons/DesktopProgram.h"
 #include "platform/linux/desktopicons/GSettingsKey.h"
 #include "platform/linux/desktopicons/LinuxDesktopIcons.h"
@@ -16,6 +17,7 @@
 #include "tests/support/DesktopPicture.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/HandDrivenQueue.h"
+#include "tests/support/MemoryUserDefaults.h"
 #include "tests/support/Orphans.h"
 #include "tests/support/RecordingLog.h"
 #include "tests/support/TemporaryFolder.h"
@@ -29,6 +31,7 @@
 #include <cstdlib>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -335,6 +338,37 @@ TEST_F(GSettingsTest, CajaWhichEndsWithItsDesktop) {
     start({"caja", "--no-default-window", "--force-desktop"});
     hideAndShow([] { return gsettings({"get", "org.mate.background", "show-desktop-icons"}); });
     EXPECT_FALSE(GSettingsKey("org.mate.background", "show-desktop-icons").chosenValue());
+}
+
+TEST_F(GSettingsTest, CajaThatWasHiddenInAnEarlierSession) {
+    TestSupport::MemoryUserDefaults state;
+    std::vector<std::vector<std::string>> started;
+    LinuxPlatform::CajaDesktop caja({state, "caja"}, [&](const auto& command) {
+        started.push_back(command);
+        return true;
+    });
+    // What is written is on its way for a while.
+    const auto isWritten = [](const char* value) {
+        return spinUntil(
+            [&] {
+                return gsettings({"get", "org.mate.background", "show-desktop-icons"}) == value;
+            },
+            patience);
+    };
+    GSettingsKey setting("org.mate.background", "show-desktop-icons");
+    EXPECT_TRUE(setting.write("false"));
+    EXPECT_TRUE(isWritten("false\n"));
+    state.setString("caja", "another boot :0\ndefault");
+    const DesktopScene elsewhere{std::set<std::string>{}, {}, true};
+    const DesktopScene mate{std::set<std::string>{"org.mate.SettingsDaemon"}, {}, true};
+
+    EXPECT_EQ(caja.icons(elsewhere), LinuxPlatform::DesktopIcons::absent);
+    EXPECT_EQ(caja.icons(mate), LinuxPlatform::DesktopIcons::hidden);
+    EXPECT_TRUE(caja.show(mate));
+    EXPECT_TRUE(isWritten("true\n"));
+    EXPECT_EQ(started.size(), 1U);
+    EXPECT_THAT(state.values, IsEmpty());
+    EXPECT_EQ(caja.icons(mate), LinuxPlatform::DesktopIcons::absent) << "until it has started";
 }
 
 TEST_F(IconProgramsTest, Pcmanfm) {

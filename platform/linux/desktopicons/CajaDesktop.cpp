@@ -6,6 +6,8 @@ namespace LinuxPlatform {
 namespace {
 
 constexpr auto busName = "org.mate.Caja";
+/// Runs in every session of MATE.
+constexpr auto mateName = "org.mate.SettingsDaemon";
 
 std::vector<std::string> command() {
     return {"caja", "--no-default-window", "--force-desktop"};
@@ -26,8 +28,7 @@ DesktopIcons CajaDesktop::icons(const DesktopScene& scene) {
         isAwaited_ = false;
         start_(command());
     }
-    const bool wasHiddenHere = setting_.earlier().isOfThisSession();
-    if (!scene.hasName(busName) && !wasHiddenHere) {
+    if (!scene.hasName(busName) && !wasHidden(scene)) {
         return DesktopIcons::absent;
     }
     if (setting_.isHidden() == true) {
@@ -43,13 +44,18 @@ void CajaDesktop::hide(const DesktopScene&) {
 }
 
 bool CajaDesktop::show(const DesktopScene& scene) {
-    const bool wasHiddenHere = setting_.earlier().isOfThisSession();
+    const bool isToStart = wasHidden(scene);
     if (!setting_.giveBack()) {
         return false;
     }
     // It may still be about to end.
-    isAwaited_ = wasHiddenHere && scene.hasName(busName);
-    return scene.hasName(busName) || (wasHiddenHere && start_(command()));
+    isAwaited_ = isToStart && scene.hasName(busName);
+    return scene.hasName(busName) || (isToStart && start_(command()));
+}
+
+bool CajaDesktop::wasHidden(const DesktopScene& scene) const {
+    const auto& earlier = setting_.earlier();
+    return earlier.isOfThisSession() || (earlier.get() && scene.hasName(mateName));
 }
 
 } // namespace LinuxPlatform

@@ -19,6 +19,9 @@ public:
     bool show(const DesktopScene& scene) override;
 
 private:
+    /// Whether it drew a desktop in this session, or in an earlier one of MATE, until its icons were hidden.
+    bool wasHidden(const DesktopScene& scene) const;
+
     GSettingsIconSwitch setting_;
     StartDesktopProgram start_;
     /// Ran when it was to show its icons, and has not shown them yet.
