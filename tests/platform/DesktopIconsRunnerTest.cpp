@@ -18,6 +18,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -274,6 +275,56 @@ TEST(EarlierValueTest, IsKeptForOthersAndKnowsItsSession) {
     }
     value.forget();
     EXPECT_THAT(state.values, IsEmpty());
+}
+
+/// Sets a variable for the time of a test.
+class Variable {
+public:
+    Variable(const char* name, const std::string& value) : name_(name) {
+        if (const auto* const before = std::getenv(name)) {
+            before_ = before;
+        }
+        ::setenv(name, value.c_str(), 1);
+    }
+    Variable(const Variable&) = delete;
+    Variable& operator=(const Variable&) = delete;
+    ~Variable() {
+        if (before_) {
+            ::setenv(name_, before_->c_str(), 1);
+        } else {
+            ::unsetenv(name_);
+        }
+    }
+
+private:
+    const char* name_;
+    std::optional<std::string> before_;
+};
+
+TEST(EarlierValueTest, ASessionLastsAsLongAsItsDisplayServer) {
+    const TestSupport::TemporaryFolder folder;
+    const auto socket = folder.path() / "wayland-0";
+    TestSupport::writeFile(socket, "");
+    const Variable runtime("XDG_RUNTIME_DIR", folder.path().string());
+    const Variable display("WAYLAND_DISPLAY", "wayland-0");
+    TestSupport::MemoryUserDefaults state;
+    EarlierValue value(state, "pcmanfm");
+    {
+        const Variable autostarted("XDG_SESSION_ID", "1");
+        value.keep("");
+    }
+    {
+        const Variable activated("XDG_SESSION_ID", "");
+        EXPECT_TRUE(value.isOfThisSession());
+    }
+    // Made while the other is still there, so that it is surely another one.
+    TestSupport::writeFile(folder.path() / "next", "");
+    std::filesystem::rename(folder.path() / "next", socket);
+    EXPECT_FALSE(value.isOfThisSession());
+    value.keep("");
+    EXPECT_TRUE(value.isOfThisSession());
+    std::filesystem::remove(socket);
+    EXPECT_FALSE(value.isOfThisSession());
 }
 
 TEST(DesktopProgramTest, FindsTheProfileInACommandLine) {
