@@ -68,7 +68,7 @@ bench:
 	cmake --install $(BENCH) --prefix $(BENCH)/stage >/dev/null
 	scripts/virtual-desktop --media -- python3 -B bench/tray_benchmark.py $(BENCH)/stage/bin/curtain \
 		$(BENCH)/bench/peers/BareTrayIcon
-	CURTAIN=$(BENCH)/stage/bin/curtain scripts/virtual-desktop -- python3 -B tests/desktop/toggles_test.py 2000
+	CURTAIN=$(BENCH)/stage/bin/curtain scripts/virtual-desktop -- python3 -B tests/desktop/toggles_test.py 10000
 	scripts/virtual-desktop --media --camera $(BENCH)/bench/support/VirtualCamera -- \
 		python3 -B bench/popover_benchmark.py $(BENCH)/stage/bin/curtain
 	scripts/virtual-desktop -- python3 -B bench/settings_benchmark.py $(BENCH)/stage/bin/curtain
