@@ -310,6 +310,40 @@ TEST_F(CameraSessionTest, PhotoWaitsForAFrameThatIsWorthIt) {
     EXPECT_EQ(receiver->calls(), 1);
 }
 
+TEST_F(CameraSessionTest, CameraThatGoesEndsThePhotosThatWait) {
+    session->addInput(input("one"));
+    session->addOutput(output);
+    session->startRunning();
+    output->capturePhoto({}, receiver);
+    stack->sink->onDark();
+    ASSERT_EQ(receiver->calls(), 1);
+    EXPECT_EQ(receiver->photo()->fileDataRepresentation, std::nullopt);
+    output->capturePhoto({}, receiver);
+    EXPECT_EQ(receiver->calls(), 2) << "there is no camera to take it";
+    EXPECT_EQ(receiver->photo()->fileDataRepresentation, std::nullopt);
+
+    stack->deliver(20);
+    EXPECT_EQ(receiver->calls(), 2) << "nobody waits any more";
+    output->capturePhoto({}, receiver);
+    stack->deliver(30);
+    ASSERT_EQ(receiver->calls(), 3);
+    EXPECT_TRUE(receiver->photo()->fileDataRepresentation);
+}
+
+TEST_F(CameraSessionTest, CameraThatIsStartedAgainMayAnswerWithItsFirstFrame) {
+    session->addInput(input("one"));
+    session->addOutput(output);
+    session->startRunning();
+    stack->sink->onDark();
+    session->stopRunning();
+    session->startRunning();
+    output->capturePhoto({}, receiver);
+    EXPECT_EQ(receiver->calls(), 0);
+    stack->deliver(20);
+    ASSERT_EQ(receiver->calls(), 1);
+    EXPECT_TRUE(receiver->photo()->fileDataRepresentation);
+}
+
 TEST_F(CameraSessionTest, EveryCaptureEndsOnce) {
     const auto first = input("one");
     session->addInput(first);

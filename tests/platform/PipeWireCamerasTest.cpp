@@ -278,6 +278,30 @@ TEST_F(PipeWireCamerasTest, PhotoThatWaitsWhenTheSessionStopsEndsWithout) {
     EXPECT_EQ(receiver->calls(), 2);
 }
 
+TEST_F(PipeWireCamerasTest, PhotoOfACameraThatIsUnpluggedEndsWithout) {
+    auto camera = plugIn("mute", "Camera", "yuyv", {"silent"});
+    choose("mute");
+    look();
+    session->startRunning();
+    ASSERT_TRUE(spinUntil([&] { return camera->isStreaming(); }, patience));
+    const auto receiver = std::make_shared<RecordingPhotoReceiver>();
+    output->capturePhoto({}, receiver);
+    EXPECT_EQ(receiver->calls(), 0);
+    camera->unplug();
+    ASSERT_TRUE(spinUntil([&] { return receiver->calls() == 1; }, patience));
+    EXPECT_EQ(receiver->photo()->fileDataRepresentation, std::nullopt);
+    output->capturePhoto({}, receiver);
+    EXPECT_EQ(receiver->calls(), 2) << "the camera is not there";
+
+    camera = plugIn("mute", "Camera", "yuyv");
+    ASSERT_TRUE(comesOn());
+    EXPECT_EQ(receiver->calls(), 2);
+    EXPECT_EQ(receiver->photo()->fileDataRepresentation, std::nullopt);
+    output->capturePhoto({}, receiver);
+    ASSERT_TRUE(spinUntil([&] { return receiver->calls() == 3; }, patience));
+    EXPECT_TRUE(receiver->photo()->fileDataRepresentation);
+}
+
 TEST_F(PipeWireCamerasTest, SwitchingShowsTheOtherCamera) {
     const auto one = plugIn("one", "One", "jpeg");
     const auto two = plugIn("two", "Two", "yuyv", {"size=640x480"});

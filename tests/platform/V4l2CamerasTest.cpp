@@ -186,7 +186,7 @@ TEST_F(V4l2CamerasTest, UnpluggingDarkensAndPluggingInAgainUnderAnotherNumberRes
         device->failure = ENODEV;
         devices->byPath.clear();
     });
-    ASSERT_TRUE(sink.waitUntil([&] { return sink.darks == 1; }));
+    ASSERT_TRUE(sink.waitUntil([&] { return sink.darks > 0; }));
     EXPECT_TRUE(waitFor([&] { return devices->opened == 0 && devices->mapped == 0; }));
     device = plugIn("/dev/video5");
     deliver(*device, {std::byte{7}});
@@ -216,8 +216,9 @@ TEST_F(V4l2CamerasTest, CameraOfImpossibleSizeIsNotStarted) {
     }
 }
 
-TEST_F(V4l2CamerasTest, CameraThatIsNotThereCostsNothingToEnd) {
+TEST_F(V4l2CamerasTest, CameraThatIsNotThereIsDarkAndCostsNothingToEnd) {
     auto feed = cameras->open("v4l2:none", sink);
+    EXPECT_TRUE(sink.waitUntil([&] { return sink.darks > 0; }));
     feed.reset();
     EXPECT_THAT(sink.frames, IsEmpty());
 }

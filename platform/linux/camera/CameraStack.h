@@ -16,7 +16,8 @@ public:
     virtual ~FrameSink() = default;
 
     virtual void onFrame(const VideoFrame& frame) = 0;
-    /// The camera has gone or has stopped; frames may follow later.
+    /// The camera is not there or has stopped; frames may follow later. One that is only slow to begin is not
+    /// dark yet. May be called more than once.
     virtual void onDark() = 0;
 };
 

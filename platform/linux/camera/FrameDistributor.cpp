@@ -43,15 +43,10 @@ FrameDistributor::~FrameDistributor() {
 void FrameDistributor::open() {
     decoder_.emplace();
     const std::scoped_lock lock(mutex_);
-    isOpen_ = true;
+    hasCamera_ = true;
 }
 
 void FrameDistributor::close() {
-    {
-        const std::scoped_lock lock(mutex_);
-        isOpen_ = false;
-    }
-    endPhotos();
     onDark();
     decoder_.reset();
 }
@@ -71,6 +66,7 @@ void FrameDistributor::onFrame(const VideoFrame& frame) {
 }
 
 void FrameDistributor::onDark() {
+    endPhotos();
     setPicture(nullptr);
 }
 
@@ -85,7 +81,7 @@ FrameDistributor::makePreview(std::function<void()> onPictureChanged) {
 void FrameDistributor::capturePhoto(const std::weak_ptr<Platform::PhotoReceiver>& receiver) {
     {
         const std::scoped_lock lock(mutex_);
-        if (isOpen_) {
+        if (hasCamera_) {
             receivers_.push_back(receiver);
             return;
         }
@@ -99,6 +95,7 @@ void FrameDistributor::endPhotos() {
     std::vector<std::weak_ptr<Platform::PhotoReceiver>> receivers;
     {
         const std::scoped_lock lock(mutex_);
+        hasCamera_ = false;
         receivers.swap(receivers_);
     }
     for (const auto& weak : receivers) {
@@ -112,6 +109,7 @@ void FrameDistributor::answerPhotos(const VideoFrame& frame) {
     std::vector<std::weak_ptr<Platform::PhotoReceiver>> receivers;
     {
         const std::scoped_lock lock(mutex_);
+        hasCamera_ = true;
         if (receivers_.empty()) {
             return;
         }

@@ -34,7 +34,8 @@ public:
 
     /// Main thread only.
     std::unique_ptr<Platform::VideoPreview> makePreview(std::function<void()> onPictureChanged);
-    /// The next frame that is worth it becomes the photo. Any thread.
+    /// The next frame that is worth it becomes the photo. Ends without a photo while there is no camera, and
+    /// when it goes first: nobody wants the photo of a moment long after. Any thread.
     void capturePhoto(const std::weak_ptr<Platform::PhotoReceiver>& receiver);
 
 private:
@@ -46,6 +47,7 @@ private:
 
     explicit FrameDistributor(Platform::MainQueue& mainQueue);
     void answerPhotos(const VideoFrame& frame);
+    /// Without a photo, and so do later ones until there is a camera again.
     void endPhotos();
     void setPicture(std::shared_ptr<const Platform::Picture> picture);
     /// Picks the largest size that a preview wants, with the lock held.
@@ -64,7 +66,8 @@ private:
     Size wanted_;
     std::shared_ptr<const Platform::Picture> picture_;
     bool isNewsOnItsWay_ = false;
-    bool isOpen_ = false;
+    /// Or expects one that has just been opened.
+    bool hasCamera_ = false;
     std::vector<std::weak_ptr<Platform::PhotoReceiver>> receivers_;
 };
 

@@ -131,6 +131,11 @@ public:
     void reconcileSoon();
 
     pw_core* core() { return core_; }
+    /// Whether a camera that is not listed may be so soon.
+    bool isLooking() {
+        const std::scoped_lock lock(snapshotMutex_);
+        return snapshot_.isConnected && !snapshot_.isComplete;
+    }
 
     std::optional<std::uint64_t> serialOf(const std::string& uniqueID) {
         const std::scoped_lock lock(snapshotMutex_);
@@ -380,6 +385,9 @@ public:
             nextRetry_ = firstRetry;
             serial_ = serial;
         }
+        if (!serial && !client_.isLooking()) {
+            sink_.onDark();
+        }
         if (hasFailed_) {
             client_.tryAgain(nextRetry_);
             nextRetry_ = std::min(nextRetry_ * 2, retryInterval);
@@ -391,8 +399,8 @@ public:
     void forgive() { hasFailed_ = false; }
 
     void lose() {
-        if (stream_) {
-            end();
+        end();
+        if (std::exchange(hasDelivered_, false)) {
             sink_.onDark();
         }
     }
@@ -492,6 +500,7 @@ private:
                                    chunk->stride};
         }
         nextRetry_ = firstRetry;
+        hasDelivered_ = true;
         sink_.onFrame(frame);
     }
 
@@ -519,6 +528,7 @@ private:
     std::optional<std::uint64_t> serial_;
     std::optional<VideoFormat> format_;
     bool hasFailed_ = false;
+    bool hasDelivered_ = false;
     std::chrono::milliseconds nextRetry_ = firstRetry;
 };
 

@@ -86,8 +86,8 @@ private:
                 std::ranges::find(found, uniqueID_, [](const auto& entry) { return entry.device.uniqueID; });
             if (camera != found.end()) {
                 deliver(camera->path, stop);
-                sink_.onDark();
             }
+            sink_.onDark();
             if (!stop.stop_requested()) {
                 calls_->wait(-1, wakeUp_.descriptor(), retryInterval);
             }
