@@ -21,7 +21,8 @@ public:
     virtual ~SavePanel() = default;
 
     /// Opens the dialog and returns; `completion` receives the chosen path, absent when the user cancelled.
-    /// One at a time: a second call brings the open one to the front and keeps its options.
+    /// One at a time: a second call takes the open one over, with its own name and completion, and brings it
+    /// to the front. The first completion then receives no path.
     virtual void open(const SavePanelOptions& options,
                       std::function<void(const std::optional<std::string>& path)> completion) = 0;
 };

@@ -14,9 +14,14 @@ QtSavePanel::~QtSavePanel() = default;
 
 void QtSavePanel::open(const Platform::SavePanelOptions& options,
                        std::function<void(const std::optional<std::string>& path)> completion) {
+    const auto superseded = std::exchange(completion_, std::move(completion));
     if (dialog_ && dialog_->isVisible()) {
+        dialog_->selectFile(QString::fromStdString(options.proposedName));
         dialog_->raise();
         dialog_->activateWindow();
+        if (superseded) {
+            superseded(std::nullopt);
+        }
         return;
     }
     dialog_ = std::make_unique<QFileDialog>();
@@ -31,12 +36,12 @@ void QtSavePanel::open(const Platform::SavePanelOptions& options,
         dialog_->setDirectory(QString::fromStdString(*options.folder));
     }
     dialog_->selectFile(QString::fromStdString(options.proposedName));
-    QObject::connect(dialog_.get(), &QDialog::finished, dialog_.get(),
-                     [this, completion = std::move(completion)](int result) {
-                         const auto files = dialog_->selectedFiles();
-                         const bool isChosen = result == QDialog::Accepted && !files.isEmpty();
-                         completion(isChosen ? std::optional(files.first().toStdString()) : std::nullopt);
-                     });
+    QObject::connect(dialog_.get(), &QDialog::finished, dialog_.get(), [this](int result) {
+        const auto files = dialog_->selectedFiles();
+        const bool isChosen = result == QDialog::Accepted && !files.isEmpty();
+        const auto answer = std::exchange(completion_, nullptr);
+        answer(isChosen ? std::optional(files.first().toStdString()) : std::nullopt);
+    });
     dialog_->open();
     dialog_->raise();
     dialog_->activateWindow();

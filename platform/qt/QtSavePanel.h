@@ -2,7 +2,10 @@
 
 #include "platform/SavePanel.h"
 
+#include <functional>
 #include <memory>
+#include <optional>
+#include <string>
 
 class QFileDialog;
 
@@ -22,6 +25,8 @@ public:
 
 private:
     std::unique_ptr<QFileDialog> dialog_;
+    /// Empty once it has been called.
+    std::function<void(const std::optional<std::string>& path)> completion_;
 };
 
 } // namespace QtPlatform
