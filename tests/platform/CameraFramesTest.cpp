@@ -6,7 +6,9 @@
 #include <gmock/gmock.h>
 #include <turbojpeg.h>
 
+#include <algorithm>
 #include <array>
+#include <chrono>
 #include <cstdint>
 #include <random>
 
@@ -288,15 +290,78 @@ TEST(FrameDecoderTest, PhotoOfARawFrameIsEncodedOnceAtQuality92) {
     EXPECT_EQ(static_cast<int>(table.begin()[5]), 3);
 }
 
-TEST(FrameDecoderTest, TruncatedJpegIsShownOnlyByACameraThatCanDoNoBetter) {
+/// A decoder whose time the test moves.
+struct TimedDecoder {
+    FrameDecoder::Clock::time_point time;
+    FrameDecoder decoder{[this] { return time; }};
+
+    TimedDecoder() = default;
+    TimedDecoder(const TimedDecoder&) = delete;
+    TimedDecoder& operator=(const TimedDecoder&) = delete;
+
+    bool shows(const Bytes& jpeg) {
+        return decoder.picture(frameOf(PixelLayout::jpeg, 320, 180, jpeg), 100, 50) != nullptr;
+    }
+    bool takes(const Bytes& jpeg) {
+        return decoder.photo(frameOf(PixelLayout::jpeg, 320, 180, jpeg)).has_value();
+    }
+};
+
+Bytes halfOf(const Bytes& whole) {
+    return {whole.begin(), whole.begin() + std::ptrdiff_t(whole.size() / 2)};
+}
+
+/// Nothing of the picture is missing, but the decoder warns.
+Bytes withBytesBeforeTheEnd(Bytes jpeg) {
+    // More than the decoder has read ahead when the picture is complete.
+    jpeg.insert(jpeg.end() - 2, 100, std::byte{0x55});
+    return jpeg;
+}
+
+TEST(FrameDecoderTest, DamagedJpegIsShownByACameraThatDoesNoBetter) {
+    const auto half = halfOf(jpegBars(320, 180));
+    TimedDecoder poor;
+    EXPECT_TRUE(poor.shows(half));
+    EXPECT_TRUE(poor.takes(half));
+}
+
+TEST(FrameDecoderTest, DamagedJpegIsDroppedRightAfterASoundOne) {
     const auto whole = jpegBars(320, 180);
-    const Bytes half(whole.begin(), whole.begin() + std::ptrdiff_t(whole.size() / 2));
-    FrameDecoder poor;
-    EXPECT_TRUE(poor.picture(frameOf(PixelLayout::jpeg, 320, 180, half), 100, 50));
-    FrameDecoder good;
-    EXPECT_TRUE(good.picture(frameOf(PixelLayout::jpeg, 320, 180, whole), 100, 50));
-    EXPECT_FALSE(good.picture(frameOf(PixelLayout::jpeg, 320, 180, half), 100, 50));
-    EXPECT_EQ(good.photo(frameOf(PixelLayout::jpeg, 320, 180, half)), std::nullopt);
+    const auto half = halfOf(whole);
+    TimedDecoder good;
+    ASSERT_TRUE(good.shows(whole));
+    good.time += std::chrono::milliseconds(33);
+    EXPECT_FALSE(good.shows(half));
+    EXPECT_FALSE(good.takes(half));
+    EXPECT_TRUE(good.shows(whole));
+    good.time += std::chrono::milliseconds(99);
+    EXPECT_FALSE(good.shows(half));
+    good.time += std::chrono::milliseconds(1);
+    EXPECT_TRUE(good.shows(half));
+    EXPECT_TRUE(good.takes(half));
+    EXPECT_TRUE(good.shows(whole));
+    EXPECT_FALSE(good.shows(half)) << "a sound one has come again";
+}
+
+TEST(FrameDecoderTest, WarningsNeverStopThePreview) {
+    const auto sound = jpegBars(320, 180);
+    const auto warned = withBytesBeforeTheEnd(sound);
+    ASSERT_TRUE(JpegCodec().decode(warned, 1).isDamaged);
+    constexpr std::chrono::milliseconds interval{33};
+    // One sound frame in so many.
+    for (const int period : {2, 3, 10, 1000}) {
+        TimedDecoder decoder;
+        int dropped = 0;
+        int mostDropped = 0;
+        for (int frame = 0; frame < 300; ++frame) {
+            const bool isShown = decoder.shows(frame % period == 0 ? sound : warned);
+            dropped = isShown ? 0 : dropped + 1;
+            mostDropped = std::max(mostDropped, dropped);
+            decoder.time += interval;
+        }
+        EXPECT_LE(mostDropped, 3) << "one sound frame in " << period;
+        EXPECT_TRUE(decoder.shows(sound));
+    }
 }
 
 TEST(FrameDecoderTest, JpegIsCutAnywhereWithoutHarm) {

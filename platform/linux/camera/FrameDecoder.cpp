@@ -2,8 +2,14 @@
 
 #include "platform/linux/camera/RawVideo.h"
 
+#include <utility>
+
 namespace LinuxPlatform {
 namespace {
+
+/// For so long, a sound picture is better than a newer one that is damaged. After that the preview would
+/// stand still, and with some cameras most frames bring a warning that nothing can be seen of.
+constexpr std::chrono::milliseconds longestHold{100};
 
 /// Nobody sees a picture made larger by so little, and the next size up costs four times as much.
 bool isEnough(int size, int needed) {
@@ -20,6 +26,8 @@ int reductionFor(int width, int height, int neededWidth, int neededHeight) {
 }
 
 } // namespace
+
+FrameDecoder::FrameDecoder(std::function<Clock::time_point()> now) : now_(std::move(now)) {}
 
 std::shared_ptr<const Platform::Picture> FrameDecoder::picture(const VideoFrame& frame, int width,
                                                                int height) {
@@ -48,12 +56,15 @@ std::shared_ptr<const Platform::Picture> FrameDecoder::decode(const VideoFrame& 
     if (frame.format.layout != PixelLayout::jpeg) {
         return pictureOfRawFrame(frame, reduction);
     }
-    // Some cameras never deliver a JPEG that is right to the last byte; those are taken as they are.
     auto decoded = codec_.decode(frame.planes[0].data, reduction);
-    if (decoded.isDamaged && hasSeenSoundJpeg_) {
-        return nullptr;
+    const auto time = now_();
+    if (decoded.isDamaged) {
+        const bool canWait = lastSoundJpeg_ && time - *lastSoundJpeg_ < longestHold;
+        return canWait ? nullptr : decoded.picture;
     }
-    hasSeenSoundJpeg_ = hasSeenSoundJpeg_ || (decoded.picture && !decoded.isDamaged);
+    if (decoded.picture) {
+        lastSoundJpeg_ = time;
+    }
     return decoded.picture;
 }
 

@@ -4,7 +4,9 @@
 #include "platform/linux/camera/JpegCodec.h"
 #include "platform/linux/camera/VideoFrame.h"
 
+#include <chrono>
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -14,9 +16,14 @@ namespace LinuxPlatform {
 /// Makes pictures and photos of the frames of one camera. One thread at a time.
 class FrameDecoder {
 public:
+    using Clock = std::chrono::steady_clock;
+
+    /// `now` is called on the frames' thread.
+    explicit FrameDecoder(std::function<Clock::time_point()> now = Clock::now);
+
     /// As small as it may be and still fill that many pixels, or all but a sixteenth of them. Null for a
-    /// frame that is not worth showing: one that does not decode, and a damaged one of a camera that can do
-    /// better.
+    /// frame that is not worth showing: one that does not decode, and a damaged one right after a sound
+    /// one.
     std::shared_ptr<const Platform::Picture> picture(const VideoFrame& frame, int width, int height);
     /// An image file: the camera's own JPEG unchanged, any other frame encoded. Absent for a frame that is
     /// not worth showing.
@@ -25,8 +32,9 @@ public:
 private:
     std::shared_ptr<const Platform::Picture> decode(const VideoFrame& frame, int reduction);
 
+    std::function<Clock::time_point()> now_;
     JpegCodec codec_;
-    bool hasSeenSoundJpeg_ = false;
+    std::optional<Clock::time_point> lastSoundJpeg_;
 };
 
 } // namespace LinuxPlatform
