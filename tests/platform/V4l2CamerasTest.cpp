@@ -7,6 +7,8 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <functional>
+#include <utility>
 
 namespace {
 
@@ -30,6 +32,9 @@ struct RecordingSink : LinuxPlatform::FrameSink {
 
     void onFrame(const LinuxPlatform::VideoFrame& frame) override {
         const auto& plane = frame.planes[0];
+        if (onFrameTaken) {
+            onFrameTaken();
+        }
         add([&] { frames.push_back({frame.format, plane.stride, {plane.data.begin(), plane.data.end()}}); });
     }
     void onDark() override {
@@ -46,6 +51,8 @@ struct RecordingSink : LinuxPlatform::FrameSink {
     std::condition_variable changed;
     std::vector<Frame> frames;
     int darks = 0;
+    /// Called on the feed's thread.
+    std::function<void()> onFrameTaken;
 
 private:
     template <class Change>
@@ -148,11 +155,52 @@ TEST_F(V4l2CamerasTest, RawFramesBringTheDriversSizeAndStride) {
 TEST_F(V4l2CamerasTest, BuffersGoRoundForMoreFramesThanThereAre) {
     const auto device = plugIn("/dev/video0");
     const auto feed = cameras->open("v4l2:usb-1", sink);
-    for (int turn = 0; turn < 20; ++turn) {
+    for (std::size_t turn = 0; turn < 20; ++turn) {
         deliver(*device, {static_cast<std::byte>(turn)});
+        ASSERT_TRUE(sink.waitUntil([&] { return sink.frames.size() == turn + 1; }));
+        EXPECT_EQ(sink.frames.back().data, std::vector{static_cast<std::byte>(turn)});
     }
-    ASSERT_TRUE(sink.waitUntil([&] { return sink.frames.size() == 20; }));
-    EXPECT_EQ(sink.frames.back().data, std::vector{std::byte{19}});
+}
+
+TEST_F(V4l2CamerasTest, FramesThatCameWhileTheSinkWasBusyAreDroppedButTheNewest) {
+    const auto device = plugIn("/dev/video0");
+    const auto byte = [](int number) { return std::vector{static_cast<std::byte>(number)}; };
+    // Before the feed sees any of them, and again while it hands the first one on.
+    const auto bringThree = [&](int first) {
+        change([&] {
+            for (int value = first; value < first + 3; ++value) {
+                device->frames.push_back(byte(value));
+            }
+        });
+    };
+    bringThree(1);
+    sink.onFrameTaken = [&, isFirst = true]() mutable {
+        if (std::exchange(isFirst, false)) {
+            bringThree(4);
+        }
+    };
+    auto feed = cameras->open("v4l2:usb-1", sink);
+    ASSERT_TRUE(sink.waitUntil([&] { return sink.frames.size() == 2; }));
+    deliver(*device, byte(7));
+    ASSERT_TRUE(sink.waitUntil([&] { return sink.frames.size() == 3; }));
+    feed.reset();
+    std::vector<std::vector<std::byte>> taken;
+    for (const auto& each : sink.frames) {
+        taken.push_back(each.data);
+    }
+    EXPECT_THAT(taken, ElementsAre(byte(3), byte(6), byte(7)));
+    EXPECT_EQ(device->queued.size(), device->buffers.size()) << "every buffer is with the driver again";
+}
+
+TEST_F(V4l2CamerasTest, ABrokenFrameDoesNotTakeTheNewestOnesPlace) {
+    const auto device = plugIn("/dev/video0");
+    change([&] {
+        device->frames.push_back(frame);
+        device->frames.emplace_back();
+    });
+    const auto feed = cameras->open("v4l2:usb-1", sink);
+    ASSERT_TRUE(sink.waitUntil([&] { return !sink.frames.empty(); }));
+    EXPECT_EQ(sink.frames.front().data, frame);
 }
 
 TEST_F(V4l2CamerasTest, FramesThatTheDriverCallsBrokenAreDropped) {

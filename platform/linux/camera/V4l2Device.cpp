@@ -112,25 +112,34 @@ V4l2Device::Turn V4l2Device::next(int wakeUp, std::chrono::milliseconds time,
     if (!calls_.wait(device_, wakeUp, time)) {
         return Turn::nothing;
     }
-    v4l2_buffer buffer{};
-    buffer.type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
-    buffer.memory = V4L2_MEMORY_MMAP;
-    if (const int result = calls_.control(device_, VIDIOC_DQBUF, &buffer); result < 0) {
-        return result == -EAGAIN ? Turn::nothing : Turn::failed;
+    std::optional<v4l2_buffer> newest;
+    // A driver that is faster than this loop must not keep it from delivering.
+    for (std::size_t count = 0; count < buffers_.size(); ++count) {
+        v4l2_buffer buffer{};
+        buffer.type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
+        buffer.memory = V4L2_MEMORY_MMAP;
+        if (const int result = calls_.control(device_, VIDIOC_DQBUF, &buffer); result < 0) {
+            if (result == -EAGAIN) {
+                break;
+            }
+            return Turn::failed;
+        }
+        if (buffer.index >= buffers_.size()) {
+            return Turn::failed;
+        }
+        const bool isSound = (buffer.flags & V4L2_BUF_FLAG_ERROR) == 0 && buffer.bytesused > 0;
+        const auto done = isSound ? std::exchange(newest, buffer) : std::optional(buffer);
+        if (done && !queue(done->index)) {
+            return Turn::failed;
+        }
     }
-    if (buffer.index >= buffers_.size()) {
-        return Turn::failed;
+    if (!newest) {
+        return Turn::nothing;
     }
-    const bool isSound = (buffer.flags & V4L2_BUF_FLAG_ERROR) == 0 && buffer.bytesused > 0;
-    if (isSound) {
-        const auto memory = buffers_[buffer.index];
-        const auto used = std::min<std::size_t>(buffer.bytesused, memory.size());
-        deliver({format_, {VideoPlane{memory.first(used), stride_}}});
-    }
-    if (!queue(buffer.index)) {
-        return Turn::failed;
-    }
-    return isSound ? Turn::frame : Turn::nothing;
+    const auto memory = buffers_[newest->index];
+    const auto used = std::min<std::size_t>(newest->bytesused, memory.size());
+    deliver({format_, {VideoPlane{memory.first(used), stride_}}});
+    return queue(newest->index) ? Turn::frame : Turn::failed;
 }
 
 std::optional<std::uint32_t> V4l2Device::bestFormat() {

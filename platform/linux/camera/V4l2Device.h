@@ -32,7 +32,8 @@ public:
     /// Chooses the layout and begins to deliver.
     bool start();
     enum class Turn { frame, nothing, failed };
-    /// Waits for the next frame, at most until `wakeUp` is readable or the time is over, and hands it on.
+    /// Waits for a frame, at most until `wakeUp` is readable or the time is over, and hands the newest one
+    /// on. Older ones that nobody took in time are dropped.
     Turn next(int wakeUp, std::chrono::milliseconds time,
               const std::function<void(const VideoFrame&)>& deliver);
 
