@@ -134,7 +134,7 @@ void AppDelegate::openSettings() {
             *platform_.keyboard, *platform_.systemShortcuts, *platform_.locale, *platform_.hotKeyService,
             screenWatcher_, *statusItem_});
         QObject::connect(settingsView_.get(), &SettingsView::langChanged, settingsView_.get(),
-                         std::function<void()>(lifetime_.weak([this] { nameSettingsWindow(); })));
+                         std::function<void()>(lifetime_.weak([this] { languageDidChange(); })));
     }
     if (isFirst || !settingsWindow_->isVisible()) {
         settingsView_->willShow();
@@ -157,6 +157,16 @@ void AppDelegate::nameSettingsWindow() {
     if (settingsWindow_) {
         const auto title = PlatformWording::string(CurtainCore::LocKey::settings, currentLang());
         settingsWindow_->setTitle("Curtain — " + std::string(title));
+    }
+}
+
+void AppDelegate::languageDidChange() {
+    nameSettingsWindow();
+    if (onboardingWC_) {
+        onboardingWC_->viewModel()->setLang(currentLang());
+    }
+    if (platform_.popover->isShown()) {
+        platform_.popover->setContent(makeReadinessView());
     }
 }
 
@@ -492,6 +502,8 @@ void AppDelegate::showOnboardingWizard(CurtainCore::OnboardingStep startAt) {
         onboardingWC_ = std::make_unique<OnboardingWindowController>(
             *platform_.windows, *platform_.application, std::move(viewModel));
     }
+    // It may have been another when the wizard was closed half-way.
+    onboardingWC_->viewModel()->setLang(currentLang());
     onboardingWC_->show();
 }
 

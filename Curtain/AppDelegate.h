@@ -85,6 +85,7 @@ private:
     void savePhoto();
 
     void nameSettingsWindow();
+    void languageDidChange();
     void showOnboardingWizard(CurtainCore::OnboardingStep startAt);
     void finishOnboarding();
 

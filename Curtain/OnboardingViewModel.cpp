@@ -43,6 +43,14 @@ OnboardingViewModel::OnboardingViewModel(const Services& services, std::string l
     connect(&services.micMonitor, &MicrophoneMonitor::changed, this, &OnboardingViewModel::changed);
 }
 
+void OnboardingViewModel::setLang(std::string lang) {
+    if (lang != lang_) {
+        lang_ = std::move(lang);
+        Q_EMIT langChanged();
+        Q_EMIT changed();
+    }
+}
+
 void OnboardingViewModel::windowDidShow() {
     isClosed_ = false;
     if (!compatibility_) {

@@ -25,8 +25,8 @@ namespace Curtain {
 /// The wizard's model, for OnboardingWizardView.qml. Main thread only.
 class OnboardingViewModel : public QObject {
     Q_OBJECT
-    Q_PROPERTY(QString lang READ langText CONSTANT)
-    Q_PROPERTY(bool isRightToLeft READ isRightToLeft CONSTANT)
+    Q_PROPERTY(QString lang READ langText NOTIFY langChanged)
+    Q_PROPERTY(bool isRightToLeft READ isRightToLeft NOTIFY langChanged)
     /// The current page: "welcome", "compatibility", "desktop", "microphone", "camera" or "summary".
     Q_PROPERTY(QString page READ page NOTIFY flowChanged)
     Q_PROPERTY(int stepIndex READ stepIndex NOTIFY flowChanged)
@@ -73,6 +73,8 @@ public:
     MicrophoneMonitor& micMonitor() const { return services_.micMonitor; }
 
     const std::string& lang() const { return lang_; }
+    /// Every text follows.
+    void setLang(std::string lang);
     const CurtainCore::OnboardingFlow& flow() const { return flow_; }
     const std::optional<CurtainCore::CompatibilityResult>& compatibility() const { return compatibility_; }
     /// A kind that is absent is neither granted nor denied.
@@ -120,6 +122,8 @@ public:
     Q_INVOKABLE void finish();
 
 Q_SIGNALS:
+    /// All texts are others; comes before `changed`.
+    void langChanged();
     /// The current page is another one; comes before `changed`.
     void flowChanged();
     /// Any of the published values has changed, or one of the camera manager's or the microphone monitor's.

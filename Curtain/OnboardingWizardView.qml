@@ -48,6 +48,16 @@ FocusScope {
         }
     }
     Connections {
+        target: wizard.model
+
+        // The page is made anew with all its texts.
+        function onLangChanged() {
+            Desktop.language = wizard.model.lang;
+            page.active = false;
+            page.active = true;
+        }
+    }
+    Connections {
         target: page.item
 
         function onUsed(hadRing) {

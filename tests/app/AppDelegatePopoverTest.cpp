@@ -519,6 +519,19 @@ TEST_F(PopoverTest, SpeaksTheLanguageOfTheMoment) {
     EXPECT_EQ(view().lang(), "ar");
 }
 
+TEST_F(PopoverTest, SpeaksALanguageThatIsChosenWhileItIsOpen) {
+    delegate->openSettings();
+    auto& settings = dynamic_cast<Curtain::SettingsView&>(*fakes.windows.all.at(0)->view.model);
+    settings.setLanguageIndex(static_cast<int>(CurtainCore::AppLanguage::fr));
+    EXPECT_EQ(fakes.popover.content.model, nullptr) << "it is made for its next opening";
+    open();
+    EXPECT_EQ(view().lang(), "fr");
+    settings.setLanguageIndex(static_cast<int>(CurtainCore::AppLanguage::ar));
+    EXPECT_TRUE(fakes.popover.isShown());
+    EXPECT_EQ(view().lang(), "ar");
+    EXPECT_TRUE(view().isRightToLeft());
+}
+
 TEST_F(PopoverTest, AControllerThatIsGoneIsNotCalled) {
     open();
     const auto content = fakes.popover.content;
@@ -560,6 +573,21 @@ TEST_F(WizardTest, ClosingItHalfWayKeepsItForTheNextClick) {
     ASSERT_THAT(fakes.windows.all, SizeIs(1));
     EXPECT_TRUE(fakes.windows.all[0]->isVisible());
     EXPECT_EQ(model().page(), "compatibility");
+}
+
+TEST_F(WizardTest, SpeaksTheLanguageOfTheMoment) {
+    launch();
+    fakes.statusBar.click(leftClick);
+    EXPECT_EQ(model().lang(), "en");
+    fakes.windows.all[0]->close();
+    change([](auto& record) { record.language = CurtainCore::AppLanguage::fr; });
+    fakes.statusBar.click(leftClick);
+    EXPECT_EQ(model().lang(), "fr");
+    delegate->openSettings();
+    auto& settings = dynamic_cast<Curtain::SettingsView&>(*fakes.windows.all.at(1)->view.model);
+    settings.setLanguageIndex(static_cast<int>(CurtainCore::AppLanguage::ar));
+    EXPECT_EQ(model().lang(), "ar");
+    EXPECT_TRUE(model().isRightToLeft());
 }
 
 TEST_F(WizardTest, FinishingStoresItClosesTheWindowAndAsksForNotifications) {

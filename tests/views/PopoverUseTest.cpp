@@ -124,6 +124,20 @@ TEST_F(Popover, IsMirroredInArabic) {
     EXPECT_LT(shown->placeOfText("80").left(), shown->placeOfText("/ 100").left());
 }
 
+TEST_F(Popover, ChangesItsLanguageWhileItIsShown) {
+    world.makeRisky();
+    show("ar");
+    const auto expected = shown->texts();
+    show("en");
+    world.makeView("ar");
+    shown->engine().setModel(shown->root(), world.content());
+    shown->settle();
+    EXPECT_EQ(shown->texts(), expected);
+    EXPECT_THAT(shown->problems(true), IsEmpty());
+    shown->press(Qt::Key_Tab);
+    EXPECT_EQ(focused(), "menuButton");
+}
+
 TEST_F(Popover, UnknownRowsAreGrayCircles) {
     show();
     for (const auto* const row : {"camera", "microphone", "notifications", "desktop", "privateApps"}) {

@@ -138,6 +138,28 @@ protected:
     int finished = 0;
 };
 
+TEST_F(Wizard, AnotherLanguageChangesEveryTextOfAnyPage) {
+    for (const auto& look : looks()) {
+        SCOPED_TRACE(look.name);
+        const auto rest = [&] {
+            cameraManager.stop();
+            micMonitor.stop();
+            settle();
+        };
+        rest();
+        const auto expected = show(look, "fr").texts();
+        rest();
+        auto view = show(look, "en");
+        EXPECT_NE(view.texts(), expected);
+        model->setLang("fr");
+        view.settle();
+        EXPECT_EQ(view.texts(), expected);
+        model->setLang("ar");
+        view.settle();
+        EXPECT_THAT(view.problems(true), IsEmpty());
+    }
+}
+
 TEST_F(Wizard, WordsFitOnEveryPageInEveryLanguage) {
     for (const auto& language : languages()) {
         for (const auto& look : looks()) {
