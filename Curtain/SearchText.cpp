@@ -5,7 +5,7 @@
 namespace Curtain {
 namespace {
 
-QString withTurkishI(QString text) {
+QString withTurkishI(const QString& text) {
     return text.normalized(QString::NormalizationForm_C)
         .replace(QChar(u'İ'), QChar(u'i'))
         .replace(QChar(u'I'), QChar(u'ı'));

@@ -86,6 +86,7 @@ public:
         std::vector<std::string> words{path};
         words.insert(words.end(), arguments.begin(), arguments.end());
         std::vector<char*> pointers;
+        pointers.reserve(words.size() + 1);
         for (auto& word : words) {
             pointers.push_back(word.data());
         }

@@ -8,6 +8,8 @@
 #include <gmock/gmock.h>
 
 #include <unordered_set>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -63,8 +65,8 @@ TEST_F(AppCatalogTest, FirstInstanceOfAnIdentifierGivesTheName) {
 }
 
 TEST_F(AppCatalogTest, SortedByNameWithoutRegardToCaseAndEqualNamesInTheirOrder) {
-    const std::pair<const char*, const char*> apps[] = {{"1", "zoom"},  {"2", "Éditeur"}, {"3", "alpha"},
-                                                        {"4", "Files"}, {"5", "ALPHA"},   {"6", "Edge"}};
+    const std::vector<std::pair<const char*, const char*>> apps{
+        {"1", "zoom"}, {"2", "Éditeur"}, {"3", "alpha"}, {"4", "Files"}, {"5", "ALPHA"}, {"6", "Edge"}};
     for (const auto& [identifier, name] : apps) {
         workspace.run(identifier).name = name;
     }

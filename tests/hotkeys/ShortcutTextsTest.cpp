@@ -2,13 +2,14 @@
 
 #include <gmock/gmock.h>
 
+#include <array>
 #include <set>
 
 namespace {
 
 using namespace KeyboardShortcuts;
 
-constexpr const char* languages[]{"en", "es", "zh", "hi", "ar", "pt", "fr", "ru"};
+constexpr std::array languages{"en", "es", "zh", "hi", "ar", "pt", "fr", "ru"};
 
 TEST(ShortcutTexts, EveryKeyHasATextOfItsOwnInEveryLanguage) {
     for (const auto* const lang : languages) {

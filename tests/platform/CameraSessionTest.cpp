@@ -14,7 +14,6 @@ using LinuxPlatform::CameraPhotoOutput;
 using LinuxPlatform::CameraSession;
 using LinuxPlatform::FrameSink;
 using LinuxPlatform::PixelLayout;
-using LinuxPlatform::VideoFrame;
 using LinuxPlatform::VideoPlane;
 using testing::ElementsAre;
 using testing::IsEmpty;

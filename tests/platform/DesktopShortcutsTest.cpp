@@ -128,6 +128,7 @@ struct DesktopShortcutsTest : testing::Test {
 
     std::unique_ptr<DesktopShortcuts> shortcuts(int count) {
         std::vector<std::unique_ptr<LinuxPlatform::ShortcutList>> lists;
+        lists.reserve(static_cast<std::size_t>(count));
         for (int index = 0; index < count; ++index) {
             lists.push_back(std::make_unique<FakeList>(waiting));
         }

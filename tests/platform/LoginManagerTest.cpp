@@ -10,6 +10,7 @@
 
 #include <gmock/gmock.h>
 
+#include <array>
 #include <memory>
 #include <string>
 #include <utility>
@@ -90,8 +91,8 @@ private:
     static QString path() { return QStringLiteral("/org/freedesktop/login1"); }
 
     void giveLock(const QDBusMessage& request) {
-        int ends[2] = {-1, -1};
-        EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
+        std::array<int, 2> ends{-1, -1};
+        EXPECT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
         QDBusUnixFileDescriptor lock;
         lock.giveFileDescriptor(ends[1]);
         locks_.push_back(ends[0]);

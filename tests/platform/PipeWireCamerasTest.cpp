@@ -368,7 +368,9 @@ TEST_F(PipeWireCamerasTest, DamagedFramesAreShownAsFarAsTheyGo) {
 TEST_F(PipeWireCamerasTest, FramesThatAreNoneStayDark) {
     const auto noise = plugIn("noise", "Noise", "jpeg", {"broken"});
     const auto half = plugIn("half", "Half", "yuyv", {"truncated"});
-    for (const auto& [id, camera] : {std::pair{"noise", noise.get()}, std::pair{"half", half.get()}}) {
+    for (const auto& choice : {std::pair{"noise", noise.get()}, std::pair{"half", half.get()}}) {
+        const auto* const id = choice.first;
+        auto* const camera = choice.second;
         choose(id);
         look();
         session->startRunning();

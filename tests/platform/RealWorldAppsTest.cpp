@@ -15,7 +15,6 @@ namespace {
 
 using LinuxPlatform::AppIdentity;
 using LinuxPlatform::ProcessTable;
-using LinuxPlatform::WindowHints;
 using TestSupport::ProcessSample;
 
 struct Installed {
@@ -83,7 +82,7 @@ const std::vector<Installed> installed{
     {"terminator", "BIN/terminator", ""},
     {"virt-manager", "BIN/virt-manager", ""},
     {"steam", "BIN/steam %U", ""},
-    {"wine-Programs-Notepad++", "env WINEPREFIX=/home/u/.wine BIN/wine 'C:\\\\\\\\npp\\\\\\\\notepad++.exe'",
+    {"wine-Programs-Notepad++", R"(env WINEPREFIX=/home/u/.wine BIN/wine 'C:\\\\npp\\\\notepad++.exe')",
      "StartupWMClass=notepad++.exe\n"},
     {"jetbrains-idea", "BIN/idea.sh %f", "StartupWMClass=jetbrains-idea\n"},
     {"netbeans", "BIN/netbeans", ""},
@@ -231,7 +230,7 @@ const std::vector<Sample> samples{
     {"steam_app_570", "steam_app_570", "steam_app_570", runs("/usr/bin/wine64-preloader")},
     {"wine-Programs-Notepad++", "notepad++.exe", "notepad++.exe", runs("/usr/bin/wine64-preloader")},
     {"winword.exe", "winword.exe", "winword.exe",
-     runs("/usr/bin/wine64-preloader", {"C:\\Program Files\\Office\\WINWORD.EXE"})},
+     runs("/usr/bin/wine64-preloader", {R"(C:\Program Files\Office\WINWORD.EXE)"})},
     {"jetbrains-idea", "jetbrains-idea", "jetbrains-idea",
      runs("/opt/idea/jbr/bin/java", {"/opt/idea/jbr/bin/java", "com.intellij.idea.Main"})},
     {"netbeans", "sun-awt-X11-XFramePeer", "java-lang-Thread",

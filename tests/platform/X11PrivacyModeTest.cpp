@@ -22,7 +22,6 @@ using PlatformTests::PrivacyMode;
 using testing::SizeIs;
 using TestSupport::ChildProcess;
 using TestSupport::spinUntil;
-using TestSupport::X11TestClient;
 
 /// Privacy mode from the rules down to a real window manager.
 struct X11PrivacyModeTest : PlatformTests::X11WindowFixture {

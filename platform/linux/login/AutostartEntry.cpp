@@ -40,7 +40,7 @@ bool isSwitchedOff(const fs::path& path) {
 std::string commandFor(const std::string& program) {
     std::string command = "\"";
     for (const char character : program) {
-        if (std::string_view("\"`$").find(character) != std::string_view::npos) {
+        if (std::string_view(R"("`$)").find(character) != std::string_view::npos) {
             command += "\\\\";
         } else if (character == '\\') {
             command += "\\\\\\";

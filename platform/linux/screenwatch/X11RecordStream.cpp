@@ -2,6 +2,7 @@
 
 #include <xcb/xcbext.h>
 
+#include <array>
 #include <cstring>
 #include <utility>
 
@@ -71,7 +72,7 @@ std::unique_ptr<X11RecordStream> X11RecordStream::open(X11Connection& control,
     const auto ranges = rangesOf(requests);
     const xcb_record_client_spec_t everybody = XCB_RECORD_CS_ALL_CLIENTS;
     // Each connection says which version it speaks.
-    const XcbPointer<xcb_record_query_version_reply_t> versions[]{
+    const std::array versions{
         control.reply<xcb_record_query_version_reply>(
             xcb_record_query_version(control.get(), XCB_RECORD_MAJOR_VERSION, XCB_RECORD_MINOR_VERSION)),
         XcbPointer<xcb_record_query_version_reply_t>(xcb_record_query_version_reply(
