@@ -14,17 +14,19 @@ inline bool comeToRest(QQuickWindow& window) {
     const auto frames = std::make_shared<std::atomic<int>>(0);
     const auto connection = QObject::connect(
         &window, &QQuickWindow::frameSwapped, &window, [frames] { ++*frames; }, Qt::DirectConnection);
-    int before = -1;
-    for (int round = 0; round < 200 && *frames != before; ++round) {
-        before = *frames;
+    bool rests = false;
+    for (int round = 0; round < 200 && !rests; ++round) {
+        const int before = *frames;
+        bool draws = false;
         // In small steps, each of which does what has come due: on a busy machine the moment may be over at
         // once.
-        for (int step = 0; step < 6; ++step) {
-            QTest::qWait(5);
+        for (int step = 0; step < 6 && !draws; ++step) {
+            draws = QTest::qWaitFor([&] { return *frames != before; }, 5);
         }
+        rests = !draws;
     }
     QObject::disconnect(connection);
-    return *frames == before;
+    return rests;
 }
 
 } // namespace TestSupport
