@@ -5,6 +5,9 @@
 namespace LinuxPlatform {
 namespace {
 
+/// It has its name on the bus by then.
+constexpr std::chrono::seconds timeToStart{2};
+
 constexpr auto busName = "org.mate.Caja";
 /// Runs in every session of MATE.
 constexpr auto mateName = "org.mate.SettingsDaemon";
@@ -24,9 +27,10 @@ DesktopIcons CajaDesktop::icons(const DesktopScene& scene) {
         isAwaited_ = false;
         return DesktopIcons::shown;
     }
-    if (isAwaited_ && !scene.hasName(busName)) {
-        isAwaited_ = false;
-        start_(command());
+    const auto now = std::chrono::steady_clock::now();
+    if (isAwaited_ && !scene.hasName(busName) && (!started_ || now - *started_ > timeToStart)) {
+        started_ = now;
+        isAwaited_ = start_(command());
     }
     if (!scene.hasName(busName) && !wasHidden(scene)) {
         return DesktopIcons::absent;
@@ -48,9 +52,14 @@ bool CajaDesktop::show(const DesktopScene& scene) {
     if (!setting_.giveBack()) {
         return false;
     }
-    // It may still be about to end.
-    isAwaited_ = isToStart && scene.hasName(busName);
-    return scene.hasName(busName) || (isToStart && start_(command()));
+    isAwaited_ = isToStart;
+    started_.reset();
+    if (scene.hasName(busName)) {
+        // It may still be about to end.
+        return true;
+    }
+    started_ = std::chrono::steady_clock::now();
+    return isToStart && start_(command());
 }
 
 bool CajaDesktop::wasHidden(const DesktopScene& scene) const {

@@ -4,6 +4,9 @@
 #include "platform/linux/desktopicons/GSettingsIconSwitch.h"
 #include "platform/linux/desktopicons/IconDesktop.h"
 
+#include <chrono>
+#include <optional>
+
 namespace LinuxPlatform {
 
 /// MATE's file manager, which closes its desktop when the setting says so, and ends if that was its only
@@ -26,6 +29,8 @@ private:
     StartDesktopProgram start_;
     /// Ran when it was to show its icons, and has not shown them yet.
     bool isAwaited_ = false;
+    /// One that starts while its predecessor is about to end may end with it, and is started again.
+    std::optional<std::chrono::steady_clock::time_point> started_;
 };
 
 } // namespace LinuxPlatform
