@@ -28,6 +28,10 @@ PlatformKey sentence(Platform::HidingObstacle obstacle) {
         return PlatformKey::noWindowManager;
     case Platform::HidingObstacle::nextSessionNeeded:
         return PlatformKey::logOutOnce;
+    case Platform::HidingObstacle::windowManagerIgnoresHiding:
+        return PlatformKey::windowManagerIgnoresHiding;
+    case Platform::HidingObstacle::notKnownYet:
+        return PlatformKey::hidingNotKnownYet;
     }
     return PlatformKey::noHidingOnWayland;
 }

@@ -18,6 +18,10 @@ enum class PlatformKey {
     noWindowManager,
     /// The same: what hides them is installed, and the desktop loads it when its next session begins.
     logOutOnce,
+    /// The same: what manages the windows does not hide them when it is asked.
+    windowManagerIgnoresHiding,
+    /// The same, for now: the session has not answered yet.
+    hidingNotKnownYet,
     /// The desktop has no page that a settings button could open, and what to do instead.
     noSettingsPage,
     /// The same, where the page would grant a permission.
@@ -48,10 +52,12 @@ std::string_view string(PlatformKey key, std::string_view lang);
 
 template <>
 struct CurtainCore::RawValues<Curtain::PlatformKey> {
-    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 11> cases{{
+    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 13> cases{{
         {Curtain::PlatformKey::noHidingOnWayland, "noHidingOnWayland"},
         {Curtain::PlatformKey::noWindowManager, "noWindowManager"},
         {Curtain::PlatformKey::logOutOnce, "logOutOnce"},
+        {Curtain::PlatformKey::windowManagerIgnoresHiding, "windowManagerIgnoresHiding"},
+        {Curtain::PlatformKey::hidingNotKnownYet, "hidingNotKnownYet"},
         {Curtain::PlatformKey::noSettingsPage, "noSettingsPage"},
         {Curtain::PlatformKey::noPermissionPage, "noPermissionPage"},
         {Curtain::PlatformKey::noTray, "noTray"},

@@ -12,8 +12,9 @@ public:
     /// Looks the question up, once. `probe` outlives the watcher.
     explicit ScreenWatcher(Platform::ScreenWatcherProbe& probe);
 
-    /// Empty where it cannot be asked; the screen then counts as never watched.
-    std::function<bool()> fn;
+    /// Empty where it cannot be asked; the screen then counts as never watched. Its answer is absent while
+    /// nobody knows.
+    Platform::ScreenWatcherProbe::Query fn;
 };
 
 } // namespace Curtain

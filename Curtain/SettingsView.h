@@ -93,7 +93,9 @@ public:
     void setQuery(const QString& query);
     QAbstractListModel* apps() { return &apps_; }
     ShortcutField* shortcut() { return &shortcut_; }
-    bool hasGlobalShortcuts() const { return services_.hotKeyService.isAvailable(); }
+    bool hasGlobalShortcuts() const {
+        return services_.hotKeyService.reach() == Platform::HotKeyReach::everywhere;
+    }
     bool hasTray() const { return services_.statusItem.hasPanel(); }
     bool hasShareDetection() const { return services_.screenWatcher.fn != nullptr; }
     bool lacksFocusSettings() const { return lacksFocusSettings_; }

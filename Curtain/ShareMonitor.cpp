@@ -27,7 +27,7 @@ void ShareMonitor::tick() {
             runningTriggers.insert(std::move(*identifier));
         }
     }
-    const bool watcherActive = watcher_.fn && watcher_.fn();
+    const bool watcherActive = watcher_.fn && watcher_.fn().value_or(false);
     const auto confidence = detector_.evaluate(watcherActive, runningTriggers);
     if (confidence == lastConfidence_) {
         return;

@@ -31,6 +31,17 @@ inline constexpr HotKeyStatus hotKeyExists = -9878;
 /// This keyboard or this session has no such combination.
 inline constexpr HotKeyStatus hotKeyInvalid = -9879;
 
+/// Where a combination is heard that the user types.
+enum class HotKeyReach {
+    /// Wherever the user types it.
+    everywhere,
+    /// Only while a window of an X11 program has the focus, as an X server tells that serves a Wayland
+    /// session.
+    inX11WindowsOnly,
+    /// Nowhere: every combination is refused.
+    nowhere,
+};
+
 /// Key combinations that reach this program from wherever the user types them. Main thread only.
 class HotKeyService {
 public:
@@ -38,8 +49,7 @@ public:
 
     virtual ~HotKeyService() = default;
 
-    /// Whether this session has global shortcuts at all; where not, every combination is refused.
-    virtual bool isAvailable() const = 0;
+    virtual HotKeyReach reach() const = 0;
     virtual HotKeyStatus registerHotKey(const HotKeyCombination& combination, HotKeyID id) = 0;
     /// Does nothing for an identifier that is not registered.
     virtual void unregisterHotKey(HotKeyID id) = 0;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 
 namespace Platform {
@@ -10,9 +11,12 @@ class ScreenWatcherProbe {
 public:
     virtual ~ScreenWatcherProbe() = default;
 
+    /// Whether the screen is watched; absent while that is not known.
+    using Query = std::function<std::optional<bool>()>;
+
     /// The query behind a symbol's name; empty where no such question can ever be answered here. Queries are
     /// cheap, do not block, and may outlive each other but not the probe. Main thread only.
-    virtual std::function<bool()> lookUp(const std::string& symbol) = 0;
+    virtual Query lookUp(const std::string& symbol) = 0;
 };
 
 } // namespace Platform

@@ -12,6 +12,10 @@ enum class HidingObstacle {
     noWindowManager,
     /// What hides them is installed, and the desktop loads it when its next session begins.
     nextSessionNeeded,
+    /// Something manages the windows, and does not do what it is asked when one is to be hidden.
+    windowManagerIgnoresHiding,
+    /// The session has not answered yet.
+    notKnownYet,
 };
 
 /// Main thread only; answers at once.
@@ -19,9 +23,9 @@ class SystemVersion {
 public:
     virtual ~SystemVersion() = default;
 
-    /// 14 where apps can be hidden, 0 where they cannot.
+    /// 14 where apps can be hidden, 0 where they cannot and where that is not known yet.
     virtual int majorVersion() = 0;
-    /// Absent where apps can be hidden, and where it is not known why they cannot.
+    /// Absent only where apps can be hidden.
     virtual std::optional<HidingObstacle> hidingObstacle() = 0;
 };
 

@@ -50,6 +50,9 @@ public:
 
     /// Instances with a visible window come before those without, in a stable order.
     virtual RunningApplications runningApplications() = 0;
+    /// Whether every window of the session is known. Where it is not, an app without a visible window may be
+    /// in full view all the same, and one that is not listed may be running.
+    virtual bool knowsEveryWindow() = 0;
     virtual RunningApplications runningApplicationsWithBundleIdentifier(const std::string& bundleID) = 0;
 
     /// `observer` is called on the main queue, never from inside another call to this interface.

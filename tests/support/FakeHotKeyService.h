@@ -27,10 +27,10 @@ public:
     std::vector<std::string> calls;
     Platform::HotKeyStatus status = 0;
     int handlersInstalled = 0;
-    bool isPresent = true;
+    Platform::HotKeyReach heard = Platform::HotKeyReach::everywhere;
     std::function<void()> onRegister;
 
-    bool isAvailable() const override { return isPresent; }
+    Platform::HotKeyReach reach() const override { return heard; }
 
     Platform::HotKeyStatus registerHotKey(const Platform::HotKeyCombination& combination,
                                           Platform::HotKeyID id) override {

@@ -11,16 +11,16 @@ namespace TestSupport {
 class FakeScreenWatcherProbe : public Platform::ScreenWatcherProbe {
 public:
     bool isPresent = true;
-    bool isWatched = false;
+    std::optional<bool> isWatched = false;
     std::vector<std::string> lookUps;
     int queries = 0;
 
-    std::function<bool()> lookUp(const std::string& symbol) override {
+    Query lookUp(const std::string& symbol) override {
         lookUps.push_back(symbol);
         if (!isPresent || symbol != "CGSIsScreenWatcherPresent") {
             return nullptr;
         }
-        return [this] {
+        return [this]() -> std::optional<bool> {
             ++queries;
             return isWatched;
         };

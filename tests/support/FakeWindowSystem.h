@@ -19,6 +19,7 @@ public:
     std::vector<LinuxPlatform::Window> list;
     bool takesEffect = true;
     std::optional<Platform::HidingObstacle> obstacle;
+    bool everyWindowIsKnown = true;
     /// Exist, but no window manager has them in its list.
     std::vector<WindowId> unmanaged;
     std::vector<std::vector<WindowId>> hidden;
@@ -54,6 +55,7 @@ public:
     }
 
     std::optional<Platform::HidingObstacle> hidingObstacle() override { return obstacle; }
+    bool knowsEveryWindow() override { return everyWindowIsKnown; }
     std::uint64_t generation() override { return generation_; }
     const std::vector<LinuxPlatform::Window>& windows() override { return list; }
 

@@ -63,6 +63,7 @@ public:
     std::map<std::string, Platform::Image> icons;
     std::vector<Platform::WorkspaceNotification> observed;
     int queries = 0;
+    bool everyWindowIsKnown = true;
 
     FakeRunningApplication& run(const std::optional<std::string>& identifier) {
         applications_.push_back(std::make_shared<FakeRunningApplication>(calls, identifier));
@@ -96,6 +97,8 @@ public:
     Platform::RunningApplications runningApplications() override {
         return {applications_.begin(), applications_.end()};
     }
+
+    bool knowsEveryWindow() override { return everyWindowIsKnown; }
 
     Platform::RunningApplications
     runningApplicationsWithBundleIdentifier(const std::string& bundleID) override {

@@ -54,7 +54,7 @@ int main(int argumentCount, char** arguments) {
     QObject::connect(&timer, &QTimer::timeout, [&] {
         using Clock = std::chrono::steady_clock;
         const auto start = Clock::now();
-        const bool answer = isWatched && isWatched();
+        const bool answer = isWatched && isWatched().value_or(false);
         const std::chrono::duration<double, std::milli> duration = Clock::now() - start;
         std::printf("%s %.3f %llu %llu %ld\n", answer ? "watched" : "free", duration.count(),
                     x11Watch != nullptr ? static_cast<unsigned long long>(x11Watch->roundTrips()) : 0ULL,

@@ -156,7 +156,7 @@ TEST_F(SettingsViewTest, IsMirroredInArabic) {
 }
 
 TEST_F(SettingsViewTest, SaysWhatCannotWorkInThisSessionInEveryLanguage) {
-    platform.hotKeyService.isPresent = false;
+    platform.hotKeyService.heard = Platform::HotKeyReach::nowhere;
     platform.screenWatcherProbe.isPresent = false;
     platform.statusBar.setHasPanel(false);
     for (const auto& language : languages()) {

@@ -7,7 +7,7 @@ namespace LinuxPlatform {
 /// Stands in where the session has no global shortcuts: every combination is refused.
 class NoHotKeyService : public Platform::HotKeyService {
 public:
-    bool isAvailable() const override { return false; }
+    Platform::HotKeyReach reach() const override { return Platform::HotKeyReach::nowhere; }
     Platform::HotKeyStatus registerHotKey(const Platform::HotKeyCombination& /*combination*/,
                                           Platform::HotKeyID /*id*/) override {
         return Platform::hotKeyInvalid;

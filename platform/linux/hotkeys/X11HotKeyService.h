@@ -22,7 +22,7 @@ public:
     X11HotKeyService(X11Connection& connection, Platform::MainQueue& mainQueue, Platform::Log& log);
     ~X11HotKeyService() override;
 
-    bool isAvailable() const override { return true; }
+    Platform::HotKeyReach reach() const override { return Platform::HotKeyReach::everywhere; }
     Platform::HotKeyStatus registerHotKey(const Platform::HotKeyCombination& combination,
                                           Platform::HotKeyID id) override;
     void unregisterHotKey(Platform::HotKeyID id) override;

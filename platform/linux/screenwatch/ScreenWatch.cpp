@@ -7,12 +7,13 @@ namespace LinuxPlatform {
 
 ScreenWatch::ScreenWatch(std::vector<std::unique_ptr<CaptureWatch>> roads) : roads_(std::move(roads)) {}
 
-std::function<bool()> ScreenWatch::lookUp(const std::string& symbol) {
+Platform::ScreenWatcherProbe::Query ScreenWatch::lookUp(const std::string& symbol) {
     if (roads_.empty() || symbol != "CGSIsScreenWatcherPresent") {
         return nullptr;
     }
-    return
-        [this] { return std::ranges::any_of(roads_, [](auto& road) { return road->isScreenCaptured(); }); };
+    return [this]() -> std::optional<bool> {
+        return std::ranges::any_of(roads_, [](auto& road) { return road->isScreenCaptured(); });
+    };
 }
 
 } // namespace LinuxPlatform

@@ -14,7 +14,7 @@ public:
     explicit ScreenWatch(std::vector<std::unique_ptr<CaptureWatch>> roads);
 
     /// Knows one symbol, "CGSIsScreenWatcherPresent".
-    std::function<bool()> lookUp(const std::string& symbol) override;
+    Query lookUp(const std::string& symbol) override;
 
 private:
     std::vector<std::unique_ptr<CaptureWatch>> roads_;

@@ -81,7 +81,8 @@ private:
 
 LinuxWorkspace::LinuxWorkspace(WindowSystem& windowSystem, AppIdentity& identity, DesktopEntries& entries,
                                ScopedApps& scopedApps)
-    : entries_(entries),
+    : windowSystem_(windowSystem),
+      entries_(entries),
       instances_(std::make_shared<AppInstances>(windowSystem, identity, entries, scopedApps)),
       windowEvents_(windowSystem.addEventHandler(
           [this](WindowEvent event, const Window& window) { handleEvent(event, window); })) {}
@@ -92,6 +93,10 @@ Platform::RunningApplications LinuxWorkspace::runningApplications() {
         applications.push_back(handleFor(instance.key));
     }
     return applications;
+}
+
+bool LinuxWorkspace::knowsEveryWindow() {
+    return windowSystem_.knowsEveryWindow();
 }
 
 Platform::RunningApplications

@@ -20,6 +20,7 @@ public:
                    ScopedApps& scopedApps);
 
     Platform::RunningApplications runningApplications() override;
+    bool knowsEveryWindow() override;
     Platform::RunningApplications
     runningApplicationsWithBundleIdentifier(const std::string& bundleID) override;
     Platform::Subscription addObserver(Platform::WorkspaceNotification notification,
@@ -35,6 +36,7 @@ private:
     void handleEvent(WindowEvent event, const Window& window);
     std::shared_ptr<Platform::RunningApplication> handleFor(const AppInstanceKey& key) const;
 
+    WindowSystem& windowSystem_;
     DesktopEntries& entries_;
     std::shared_ptr<AppInstances> instances_;
     std::map<Platform::WorkspaceNotification,

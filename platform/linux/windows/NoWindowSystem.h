@@ -10,6 +10,7 @@ public:
     std::optional<Platform::HidingObstacle> hidingObstacle() override {
         return Platform::HidingObstacle::waylandSession;
     }
+    bool knowsEveryWindow() override { return false; }
     std::uint64_t generation() override { return 0; }
     const std::vector<Window>& windows() override { return windows_; }
     bool exists(WindowId /*window*/) const override { return false; }

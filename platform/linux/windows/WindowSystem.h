@@ -44,7 +44,10 @@ public:
     virtual ~WindowSystem() = default;
 
     /// Why windows cannot be hidden at this moment; absent where they can.
-    virtual std::optional<Platform::HidingObstacle> hidingObstacle() { return std::nullopt; }
+    virtual std::optional<Platform::HidingObstacle> hidingObstacle() = 0;
+    /// Whether `windows` leaves none of the session's windows out. Where it may, an app that has none in the
+    /// list may be in full view all the same.
+    virtual bool knowsEveryWindow() = 0;
 
     /// Changes whenever `windows` does.
     virtual std::uint64_t generation() = 0;

@@ -45,6 +45,11 @@ std::optional<Platform::HidingObstacle> X11WindowSystem::hidingObstacle() {
     return model_.hasManager() ? std::nullopt : std::optional(Platform::HidingObstacle::noWindowManager);
 }
 
+bool X11WindowSystem::knowsEveryWindow() {
+    takeIn();
+    return model_.hasManager();
+}
+
 std::uint64_t X11WindowSystem::generation() {
     takeIn();
     return model_.generation();

@@ -24,6 +24,7 @@ public:
     X11WindowSystem(X11Connection& connection, Platform::MainQueue& mainQueue);
 
     std::optional<Platform::HidingObstacle> hidingObstacle() override;
+    bool knowsEveryWindow() override;
     std::uint64_t generation() override;
     const std::vector<Window>& windows() override;
     bool exists(WindowId window) const override;
