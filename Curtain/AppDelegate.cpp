@@ -382,7 +382,8 @@ void AppDelegate::appAppeared(const std::string& bundleID) {
 }
 
 void AppDelegate::noticeRehidden(const std::string& bundleID) {
-    if (screenWatcher_.fn && screenWatcher_.fn()) {
+    // A notice names the app, to whoever may be watching.
+    if (screenWatcher_.fn && screenWatcher_.fn().value_or(true)) {
         return;
     }
     const auto now = platform_.mainQueue->now();

@@ -15,6 +15,9 @@ public:
     /// Empty where it cannot be asked; the screen then counts as never watched. Its answer is absent while
     /// nobody knows.
     Platform::ScreenWatcherProbe::Query fn;
+
+    /// Whether it can be asked, and nobody knows the answer at this moment.
+    bool isBlind() const { return fn && !fn().has_value(); }
 };
 
 } // namespace Curtain

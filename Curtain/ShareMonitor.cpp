@@ -27,8 +27,12 @@ void ShareMonitor::tick() {
             runningTriggers.insert(std::move(*identifier));
         }
     }
-    const bool watcherActive = watcher_.fn && watcher_.fn().value_or(false);
-    const auto confidence = detector_.evaluate(watcherActive, runningTriggers);
+    const auto watcherActive = watcher_.fn ? watcher_.fn() : false;
+    if (!watcherActive) {
+        // Nobody knows: whatever was true last may still be.
+        return;
+    }
+    const auto confidence = detector_.evaluate(*watcherActive, runningTriggers);
     if (confidence == lastConfidence_) {
         return;
     }

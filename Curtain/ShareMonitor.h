@@ -12,7 +12,8 @@
 
 namespace Curtain {
 
-/// Asks every three seconds whether a call may be going on, and reports changes. Main thread only.
+/// Asks every three seconds whether a call may be going on, and reports changes. While it is not known
+/// whether the screen is watched, nothing changes. Main thread only.
 class ShareMonitor {
 public:
     /// The services outlive the monitor.

@@ -15,7 +15,7 @@ struct DetectionTest : TestSupport::AppDelegateFixture {
         fakes.workspace.run("a");
     }
 
-    void watch(bool isWatched) {
+    void watch(std::optional<bool> isWatched) {
         fakes.screenWatcherProbe.isWatched = isWatched;
         fakes.mainQueue.advance(poll);
     }
@@ -46,6 +46,21 @@ TEST_F(DetectionTest, TheEndOfTheSharingUndoesIt) {
     takeCalls();
     watch(false);
     EXPECT_THAT(takeCalls(), ElementsAre("unhide a", "activate a 2"));
+    EXPECT_FALSE(isPrivate());
+}
+
+TEST_F(DetectionTest, WhatNobodyKnowsNeitherUndoesItNorSwitchesItOn) {
+    launch();
+    watch(std::nullopt);
+    EXPECT_FALSE(isPrivate());
+    watch(true);
+    takeCalls();
+    for (int question = 0; question < 100; ++question) {
+        watch(std::nullopt);
+    }
+    EXPECT_THAT(takeCalls(), IsEmpty());
+    EXPECT_TRUE(isPrivate());
+    watch(false);
     EXPECT_FALSE(isPrivate());
 }
 
@@ -210,6 +225,17 @@ TEST_F(RehideNoticeTest, AWatchedScreenShowsNoticeOfNothingAndStartsNoInterval) 
     launch();
     pressShortcut();
     fakes.screenWatcherProbe.isWatched = true;
+    returnOf("a");
+    EXPECT_THAT(noticed(), IsEmpty());
+    fakes.screenWatcherProbe.isWatched = false;
+    returnOf("a");
+    EXPECT_THAT(noticed(), ElementsAre("rehidden.a"));
+}
+
+TEST_F(RehideNoticeTest, WhileNobodyKnowsWhoWatchesNoAppIsNamed) {
+    launch();
+    pressShortcut();
+    fakes.screenWatcherProbe.isWatched = std::nullopt;
     returnOf("a");
     EXPECT_THAT(noticed(), IsEmpty());
     fakes.screenWatcherProbe.isWatched = false;

@@ -25,9 +25,9 @@ TEST(ScreenWatcherTest, LooksTheSymbolUpOnceAndAsksEachTime) {
     FakeScreenWatcherProbe probe;
     const Curtain::ScreenWatcher watcher(probe);
     ASSERT_TRUE(watcher.fn);
-    EXPECT_FALSE(watcher.fn());
+    EXPECT_EQ(watcher.fn(), false);
     probe.isWatched = true;
-    EXPECT_TRUE(watcher.fn());
+    EXPECT_EQ(watcher.fn(), true);
     EXPECT_THAT(probe.lookUps, ElementsAre("CGSIsScreenWatcherPresent"));
 }
 
@@ -35,6 +35,18 @@ TEST(ScreenWatcherTest, IsEmptyWithoutTheSymbol) {
     FakeScreenWatcherProbe probe;
     probe.isPresent = false;
     EXPECT_FALSE(Curtain::ScreenWatcher(probe).fn);
+    EXPECT_FALSE(Curtain::ScreenWatcher(probe).isBlind()) << "there is nothing to lose";
+}
+
+TEST(ScreenWatcherTest, IsBlindWhileNobodyKnows) {
+    FakeScreenWatcherProbe probe;
+    const Curtain::ScreenWatcher watcher(probe);
+    EXPECT_FALSE(watcher.isBlind());
+    probe.isWatched = true;
+    EXPECT_FALSE(watcher.isBlind());
+    probe.isWatched = std::nullopt;
+    EXPECT_TRUE(watcher.isBlind());
+    EXPECT_EQ(probe.lookUps.size(), 1U);
 }
 
 struct ShareMonitorTest : testing::Test {
@@ -108,6 +120,25 @@ TEST_F(ShareMonitorTest, FollowsACallFromItsStartToItsEnd) {
     probe.isWatched = false;
     EXPECT_THAT(reportsAfter(2), ElementsAre(DetectionConfidence::low));
     workspace.quitAll();
+    EXPECT_THAT(reportsAfter(2), ElementsAre(DetectionConfidence::none));
+}
+
+TEST_F(ShareMonitorTest, WhatNobodyKnowsChangesNothing) {
+    monitor->start();
+    probe.isWatched = std::nullopt;
+    workspace.run("call");
+    EXPECT_THAT(reportsAfter(3), IsEmpty());
+    probe.isWatched = true;
+    EXPECT_THAT(reportsAfter(1), ElementsAre(DetectionConfidence::high));
+    probe.isWatched = std::nullopt;
+    EXPECT_THAT(reportsAfter(20), IsEmpty());
+    workspace.quitAll();
+    EXPECT_THAT(reportsAfter(20), IsEmpty());
+    probe.isWatched = true;
+    EXPECT_THAT(reportsAfter(3), IsEmpty()) << "it was high all along";
+    probe.isWatched = std::nullopt;
+    EXPECT_THAT(reportsAfter(3), IsEmpty());
+    probe.isWatched = false;
     EXPECT_THAT(reportsAfter(2), ElementsAre(DetectionConfidence::none));
 }
 
