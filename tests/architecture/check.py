@@ -53,6 +53,8 @@ CLOCK_SLEEP_OR_THREAD = re.compile(
     | \b startTimer \b""",
     re.VERBOSE)
 
+SENDER_OF_A_MESSAGE = re.compile(r"(?:\.|->)\s*service\s*\(\s*\)")
+
 FORBIDDEN = re.compile(
     r"""\b spec\.md \b
     | \b specificatio[n]s? \b
@@ -125,6 +127,8 @@ def code_offences(box, path, code, paths):
     if not box.may_wait:
         for line, match in matches(CLOCK_SLEEP_OR_THREAD, code):
             yield line, f'"{match[0]}": time and threads come from the queues in platform/'
+    for line, match in matches(SENDER_OF_A_MESSAGE, code):
+        yield line, f"{match[0]} is empty in replies of some Qt versions; ask the bus (BusNameOwner)"
 
 
 def offences(path, text, paths):

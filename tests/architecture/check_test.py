@@ -104,6 +104,13 @@ class CheckTest(unittest.TestCase):
                 self.assert_refused(f"{path}:3", f'\nconst char* text = R"(" // )";\n{use}\n')
             self.assert_passes({"platform/qt/A.cpp": use, "platform/linux/apps/A.cpp": use, "tests/A.cpp": use})
 
+    def test_refuses_the_sender_of_a_reply(self):
+        for path in ["platform/linux/tray/A.cpp", "platform/linux/dbus/A.h", "Curtain/main.cpp"]:
+            for use in ["name = reply.service();", "answer_->reply().service()", "message->service( )"]:
+                self.assert_refused(f"{path}:2", f"\n{use}\n")
+        self.assert_passes({"platform/linux/A.cpp": "// reply.service()\nservice(); a.service(name);",
+                            "tests/A.cpp": "question.service();"})
+
     def test_reads_no_comments_for_code(self):
         self.assert_passes({"core/A.cpp": '// QTimer\n/*\n#include "Curtain/A.h"\nQThread */\nauto a = "//";\n'})
         self.assert_refused("core/A.cpp:3", '/* two\nlines */ auto a = "/*";\nQTimer timer;\n')

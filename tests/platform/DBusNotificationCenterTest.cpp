@@ -1,5 +1,6 @@
 #include "platform/linux/notifications/DBusNotificationCenter.h"
 
+#include "tests/support/AnonymousBus.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/FakeNotificationServer.h"
 #include "tests/support/HandDrivenQueue.h"
@@ -98,8 +99,10 @@ protected:
     const FakeNotificationServer::Notice& post(const NotificationRequest& request) {
         const auto before = server_->notices.size();
         center_->add(request);
-        EXPECT_TRUE(spinUntil([&] { return server_->notices.size() > before; }));
-        return server_->notices.back();
+        static const FakeNotificationServer::Notice none;
+        const bool isShown = spinUntil([&] { return server_->notices.size() > before; });
+        EXPECT_TRUE(isShown) << request.identifier << " has not reached the server";
+        return isShown ? server_->notices.back() : none;
     }
 
     /// What the delegate is told, once there is so much. A witness that is sent last shows that what came
@@ -390,6 +393,14 @@ TEST_F(DBusNotificationCenterTest, ErrorsAreTheEndOfThatNoticeOnly) {
     EXPECT_THAT(notice.actions, Not(IsEmpty())) << "it was asked again what it can do";
 }
 
+TEST_F(DBusNotificationCenterTest, ErrorThatABusGivesForAServerThatIsGoneIsNotTheEnd) {
+    startServer(Mood::seemsGone);
+    center_->add(plain("one"));
+    EXPECT_TRUE(spinUntil([&] { return server_->notifications == 1; }));
+    startServer();
+    EXPECT_THAT(summaries(1), ElementsAre("one"));
+}
+
 TEST_F(DBusNotificationCenterTest, NumbersThatAreNoneAreIgnored) {
     startServer(Mood::talksNonsense);
     center_->add(rehidden("mail"));
@@ -448,6 +459,51 @@ TEST_F(DBusNotificationCenterTest, NobodyIsAskedForPermission) {
     std::optional<bool> isGranted;
     center_->requestAuthorization(6, [&](bool answer) { isGranted = answer; });
     EXPECT_EQ(isGranted, true);
+}
+
+/// On a bus on which no reply names its sender.
+class AnonymousBusTest : public DBusNotificationCenterTest {
+protected:
+    AnonymousBusTest() {
+        names_.push_back(QStringLiteral("anonymous"));
+        center_ = std::make_unique<DBusNotificationCenter>(anonymous_.connect(names_.back()), queue_,
+                                                           "Curtain", "com.curtain.Curtain");
+        center_->setDelegate(&delegate_);
+        center_->setNotificationCategories({{"rehidden", {{"REVEAL", "Reveal"}}}});
+    }
+
+private:
+    TestSupport::AnonymousBus anonymous_{bus_};
+};
+
+TEST_F(AnonymousBusTest, NoticesAreShownAnsweredAndTakenAway) {
+    startServer();
+    EXPECT_EQ(post(rehidden("mail")).replaces, 0U);
+    EXPECT_EQ(post(rehidden("mail")).replaces, 1U);
+    server_->invoke(1, "REVEAL");
+    EXPECT_THAT(answers(1), ElementsAre("REVEAL mail"));
+    EXPECT_TRUE(spinUntil([&] { return !server_->closed.empty(); }));
+    EXPECT_THAT(server_->closed, ElementsAre(1));
+}
+
+TEST_F(AnonymousBusTest, ServerThatStartsAgainGoesOn) {
+    center_->add(plain("early"));
+    startServer(Mood::holds);
+    EXPECT_TRUE(spinUntil([&] { return server_->heldMessages() >= 1; }));
+    startServer();
+    EXPECT_THAT(summaries(1), ElementsAre("early"));
+    post(plain("late"));
+    startServer();
+    EXPECT_EQ(post(plain("late")).replaces, 0U);
+}
+
+TEST_F(AnonymousBusTest, ErrorsAreTheEndOfThatNoticeOnly) {
+    startServer(Mood::refuses);
+    center_->add(rehidden("mail"));
+    EXPECT_TRUE(spinUntil([&] { return server_->notifications == 1; }));
+    server_->mood = Mood::answers;
+    EXPECT_THAT(post(rehidden("news")).summary, "title");
+    EXPECT_EQ(server_->notices.size(), 1U);
 }
 
 TEST(DBusNotificationCenterWithoutABusTest, DoesNothing) {

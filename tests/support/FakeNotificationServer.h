@@ -31,6 +31,8 @@ public:
     enum class Mood {
         answers,
         refuses,
+        /// Answers as a bus does for one that has gone.
+        seemsGone,
         /// Keeps what it is asked until `answerHeld`.
         holds,
         talksNonsense
@@ -99,6 +101,8 @@ private:
     void answer(const QDBusMessage& message) {
         if (mood == Mood::refuses) {
             bus_.send(message.createErrorReply(QDBusError::LimitsExceeded, QStringLiteral("no more")));
+        } else if (mood == Mood::seemsGone) {
+            bus_.send(message.createErrorReply(QDBusError::NoReply, QStringLiteral("gone")));
         } else if (mood == Mood::talksNonsense) {
             bus_.send(message.createReply(QVariantList{QStringLiteral("seven")}));
         } else if (message.member() == QLatin1String("GetCapabilities")) {

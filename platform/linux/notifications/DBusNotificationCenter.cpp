@@ -39,9 +39,11 @@ QString withoutMarkup(const std::string& utf8) {
         .replace(QLatin1Char('>'), QLatin1String("&gt;"));
 }
 
-/// Whether the server itself answered; otherwise the bus did for one that is not there.
-bool isFromServer(const QDBusMessage& reply) {
-    return reply.service().startsWith(QLatin1Char(':'));
+/// Whether this is what a bus says for a server that is gone.
+bool isFromBus(const QDBusMessage& error) {
+    const auto type = QDBusError(error).type();
+    return type == QDBusError::NoReply || type == QDBusError::ServiceUnknown ||
+           type == QDBusError::Disconnected;
 }
 
 } // namespace
@@ -52,15 +54,11 @@ DBusNotificationCenter::DBusNotificationCenter(const QDBusConnection& bus, Platf
       mainQueue_(mainQueue),
       applicationName_(std::move(applicationName)),
       desktopEntry_(std::move(desktopEntry)),
-      owner_(service, bus, QDBusServiceWatcher::WatchForOwnerChange),
+      owner_(bus, service, [this] { ownerChanged(); }),
       actionInvoked_(bus, service, path, interface, QStringLiteral("ActionInvoked"),
                      [this](const QDBusMessage& message) { actionInvoked(message); }),
       closed_(bus, service, path, interface, QStringLiteral("NotificationClosed"),
-              [this](const QDBusMessage& message) { closed(message); }) {
-    QObject::connect(
-        &owner_, &QDBusServiceWatcher::serviceOwnerChanged, &owner_,
-        [this](const QString&, const QString&, const QString& newOwner) { ownerChanged(newOwner); });
-}
+              [this](const QDBusMessage& message) { closed(message); }) {}
 
 void DBusNotificationCenter::setDelegate(Platform::UserNotificationCenterDelegate* delegate) {
     delegate_ = delegate;
@@ -102,7 +100,8 @@ void DBusNotificationCenter::present(const NotificationRequest& request, std::ui
     sendWaiting();
 }
 
-void DBusNotificationCenter::ownerChanged(const QString& newOwner) {
+void DBusNotificationCenter::ownerChanged() {
+    const bool hasEnded = !std::exchange(server_, owner_.owner()).isEmpty();
     ++generation_;
     capabilities_.reset();
     isAskingCapabilities_ = false;
@@ -110,7 +109,7 @@ void DBusNotificationCenter::ownerChanged(const QString& newOwner) {
     for (auto& [identifier, post] : std::exchange(inFlight_, {})) {
         putBack(post);
     }
-    if (!newOwner.isEmpty()) {
+    if (hasEnded) {
         for (auto& post : waiting_) {
             ++post.servers;
         }
@@ -129,9 +128,9 @@ void DBusNotificationCenter::putBack(const Post& post) {
 
 void DBusNotificationCenter::sendWaiting() {
     std::erase_if(waiting_, [&](const Post& post) {
-        return post.servers > serversAtMost || mainQueue_.now() - post.postedAt > patience;
+        return post.servers >= serversAtMost || mainQueue_.now() - post.postedAt > patience;
     });
-    if (waiting_.empty()) {
+    if (waiting_.empty() || !owner_.isKnown()) {
         return;
     }
     if (!capabilities_) {
@@ -154,23 +153,23 @@ void DBusNotificationCenter::askCapabilities() {
     if (std::exchange(isAskingCapabilities_, true)) {
         return;
     }
-    call(service, QStringLiteral("GetCapabilities"), {}, [this](const QDBusMessage& reply) {
+    call(QStringLiteral("GetCapabilities"), {}, [this](const QDBusMessage& reply) {
         isAskingCapabilities_ = false;
         capabilitiesAnswered(reply);
     });
 }
 
 void DBusNotificationCenter::capabilitiesAnswered(const QDBusMessage& reply) {
-    const bool isAnswer = reply.type() == QDBusMessage::ReplyMessage;
-    if (!isAnswer && !isFromServer(reply)) {
-        // There is no server. Whoever becomes it is handed what waits.
+    if (server_.isEmpty()) {
+        // Whoever becomes the server is handed what waits.
         return;
     }
+    const bool isAnswer = reply.type() == QDBusMessage::ReplyMessage;
     const auto arguments = reply.arguments();
     const auto names = isAnswer && !arguments.isEmpty() ? arguments.first().toStringList() : QStringList();
     capabilities_ =
-        Capabilities{reply.service(), names.contains(QLatin1String("actions")),
-                     names.contains(QLatin1String("body-markup")), names.contains(QLatin1String("sound"))};
+        Capabilities{names.contains(QLatin1String("actions")), names.contains(QLatin1String("body-markup")),
+                     names.contains(QLatin1String("sound"))};
     sendWaiting();
     if (!isAnswer) {
         // Perhaps it tells the next time.
@@ -184,7 +183,7 @@ void DBusNotificationCenter::send(const Post& post) {
     const std::uint32_t replaced = earlier != shown_.end() ? earlier->second.serverId : 0;
     const auto body = capabilities_->hasMarkup ? withoutMarkup(content.body) : text(content.body);
     inFlight_.emplace(identifier, post);
-    call(capabilities_->server, QStringLiteral("Notify"),
+    call(QStringLiteral("Notify"),
          {text(applicationName_), replaced, text(desktopEntry_), text(content.title), body, actions(post),
           hints(post), untilTheServerDecides},
          [this, identifier = identifier](const QDBusMessage& reply) { sent(identifier, reply); });
@@ -193,7 +192,7 @@ void DBusNotificationCenter::send(const Post& post) {
 void DBusNotificationCenter::sent(const std::string& identifier, const QDBusMessage& reply) {
     const auto post = std::move(inFlight_.extract(identifier).mapped());
     const bool isAnswer = reply.type() == QDBusMessage::ReplyMessage;
-    if (!isAnswer && !isFromServer(reply)) {
+    if (!isAnswer && isFromBus(reply)) {
         putBack(post);
         return;
     }
@@ -227,7 +226,7 @@ void DBusNotificationCenter::actionInvoked(const QDBusMessage& message) {
     const auto complete = lifetime_.weak([this, serverId = shown.serverId, generation = generation_] {
         // Not every server takes a notification away once it has been answered.
         if (generation == generation_ && capabilities_) {
-            call(capabilities_->server, QStringLiteral("CloseNotification"), {serverId}, [](const auto&) {});
+            call(QStringLiteral("CloseNotification"), {serverId}, [](const auto&) {});
         }
     });
     if (delegate_ != nullptr) {
@@ -275,14 +274,15 @@ DBusNotificationCenter::shownIn(const QDBusMessage& message) {
     return std::ranges::find_if(shown_, [&](const auto& entry) { return entry.second.serverId == serverId; });
 }
 
-void DBusNotificationCenter::call(const QString& server, const QString& method, const QVariantList& arguments,
+void DBusNotificationCenter::call(const QString& method, const QVariantList& arguments,
                                   std::function<void(const QDBusMessage& reply)> onReply) {
-    auto message = QDBusMessage::createMethodCall(server, path, interface, method);
+    auto message = QDBusMessage::createMethodCall(server_.isEmpty() ? QString(service) : server_, path,
+                                                  interface, method);
     message.setArguments(arguments);
     // Nobody waits, so a server that is stopped may answer whenever it goes on.
     auto* const answer =
-        new QDBusPendingCallWatcher(bus_.asyncCall(message, std::numeric_limits<int>::max()), &owner_);
-    QObject::connect(answer, &QDBusPendingCallWatcher::finished, &owner_,
+        new QDBusPendingCallWatcher(bus_.asyncCall(message, std::numeric_limits<int>::max()), &calls_);
+    QObject::connect(answer, &QDBusPendingCallWatcher::finished, answer,
                      [this, answer, generation = generation_, onReply = std::move(onReply)] {
                          answer->deleteLater();
                          if (generation == generation_) {

@@ -3,12 +3,13 @@
 #include "platform/Lifetime.h"
 #include "platform/MainQueue.h"
 #include "platform/UserNotificationCenter.h"
+#include "platform/linux/dbus/BusNameOwner.h"
 #include "platform/linux/dbus/DBusSignal.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCall>
-#include <QDBusServiceWatcher>
+#include <QObject>
 #include <QString>
 #include <QVariantMap>
 
@@ -47,7 +48,7 @@ private:
         std::vector<Platform::NotificationAction> actions;
         bool hasSound = false;
         Platform::MainQueue::Seconds postedAt{};
-        /// How many have become the server while it waited.
+        /// How many servers have ended while it waited.
         int servers = 0;
     };
 
@@ -59,15 +60,13 @@ private:
     };
 
     struct Capabilities {
-        /// Its unique bus name, under which no other server can be taken for it.
-        QString server;
         bool hasActions = false;
         bool hasMarkup = false;
         bool hasSound = false;
     };
 
     void present(const Platform::NotificationRequest& request, std::uint64_t options);
-    void ownerChanged(const QString& newOwner);
+    void ownerChanged();
     void sendWaiting();
     void askCapabilities();
     void capabilitiesAnswered(const QDBusMessage& reply);
@@ -80,8 +79,9 @@ private:
     QStringList actions(const Post& post) const;
     /// The shown notification with the server's number that the message begins with.
     std::map<std::string, Shown>::iterator shownIn(const QDBusMessage& message);
-    /// `onReply` is not called any more once somebody else is the server.
-    void call(const QString& server, const QString& method, const QVariantList& arguments,
+    /// Calls the server, or has the bus start one. `onReply` is not called any more once somebody else is the
+    /// server.
+    void call(const QString& method, const QVariantList& arguments,
               std::function<void(const QDBusMessage& reply)> onReply);
 
     QDBusConnection bus_;
@@ -91,7 +91,10 @@ private:
     Platform::UserNotificationCenterDelegate* delegate_ = nullptr;
     std::vector<Platform::NotificationCategory> categories_;
 
-    QDBusServiceWatcher owner_;
+    BusNameOwner owner_;
+    /// The unique bus name of the server, under which no other can be taken for it; empty where there is
+    /// none.
+    QString server_;
     DBusSignal actionInvoked_;
     DBusSignal closed_;
 
@@ -106,6 +109,8 @@ private:
     /// Counts the changes of the server, so that an answer of an earlier one is told from those of the
     /// present.
     std::uint64_t generation_ = 0;
+    /// Owns those that are not answered yet.
+    QObject calls_;
     Platform::Lifetime lifetime_;
 };
 

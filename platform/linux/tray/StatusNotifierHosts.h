@@ -1,10 +1,10 @@
 #pragma once
 
+#include "platform/linux/dbus/BusNameOwner.h"
 #include "platform/linux/dbus/DBusSignal.h"
 
 #include <QDBusConnection>
 #include <QDBusPendingCallWatcher>
-#include <QDBusServiceWatcher>
 #include <QString>
 
 #include <functional>
@@ -24,12 +24,13 @@ public:
     const QString& watcher() const { return watcher_; }
 
 private:
+    void ownerChanged();
     void ask();
     void settle(const QString& watcher);
 
     QDBusConnection bus_;
     std::function<void()> onChange_;
-    QDBusServiceWatcher owner_;
+    BusNameOwner owner_;
     DBusSignal hostCame_;
     DBusSignal hostLeft_;
     std::unique_ptr<QDBusPendingCallWatcher> answer_;
