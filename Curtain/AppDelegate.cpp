@@ -26,6 +26,9 @@ constexpr MainQueue::Seconds outsideClickDelay{0.12};
 /// The wizard's window has closed by then.
 constexpr MainQueue::Seconds wizardReleaseDelay{0.2};
 constexpr MainQueue::Seconds rehideNoticeInterval{4.0};
+/// A window manager has hidden by then what it is going to hide.
+constexpr int hiddenLooks = 20;
+constexpr MainQueue::Seconds hiddenLookInterval{0.1};
 
 constexpr double statusImageSize = 18;
 constexpr std::uint64_t statusItemEvents = 1U << EventType::leftMouseUp | 1U << EventType::rightMouseUp;
@@ -172,7 +175,7 @@ void AppDelegate::languageDidChange() {
 
 void AppDelegate::toggleModeFromHotkey() {
     if (engine().isActive()) {
-        engine().deactivate();
+        deactivatePrivacyMode();
     } else {
         engine().activate(store_.load().targetBundleIDs());
     }
@@ -220,7 +223,7 @@ void AppDelegate::setupAutoDetection() {
     }
     notifier_.onUndo = [this] {
         if (engine().isActive()) {
-            engine().deactivate();
+            deactivatePrivacyMode();
             autoActivated_ = false;
             updateIcon();
             refreshReadiness();
@@ -228,6 +231,7 @@ void AppDelegate::setupAutoDetection() {
     };
     notifier_.onReveal = [this](const std::string& bundleID) {
         engine().reveal(bundleID);
+        notifier_.withdrawRehidden(bundleID);
         updateIcon();
         refreshReadiness();
     };
@@ -376,9 +380,24 @@ Platform::View AppDelegate::makeReadinessView() {
 void AppDelegate::appAppeared(const std::string& bundleID) {
     platform_.mainQueue->asyncAfter(rehideDelay, lifetime_.weak([this, bundleID] {
         if (engine().reapply(bundleID)) {
-            noticeRehidden(bundleID);
+            noticeOnceHidden(bundleID, hiddenLooks);
         }
     }));
+}
+
+void AppDelegate::noticeOnceHidden(const std::string& bundleID, int looksLeft) {
+    const auto isHidden = hiding_.isHidden(bundleID);
+    if (!engine().isActive() || !isHidden || platform_.systemVersion->hidingObstacle() ||
+        !platform_.workspace->knowsEveryWindow()) {
+        return;
+    }
+    if (*isHidden) {
+        noticeRehidden(bundleID);
+    } else if (looksLeft > 0) {
+        platform_.mainQueue->asyncAfter(hiddenLookInterval, lifetime_.weak([this, bundleID, looksLeft] {
+            noticeOnceHidden(bundleID, looksLeft - 1);
+        }));
+    }
 }
 
 void AppDelegate::noticeRehidden(const std::string& bundleID) {
@@ -416,11 +435,16 @@ void AppDelegate::handleDetection(CurtainCore::DetectionConfidence confidence) {
 
 void AppDelegate::undoAutomaticActivation() {
     if (autoActivated_ && engine().isActive()) {
-        engine().deactivate();
+        deactivatePrivacyMode();
         autoActivated_ = false;
         updateIcon();
         refreshReadiness();
     }
+}
+
+void AppDelegate::deactivatePrivacyMode() {
+    engine().deactivate();
+    notifier_.withdrawPrivacyNotices();
 }
 
 void AppDelegate::hidePrivateApps() {
@@ -445,7 +469,7 @@ void AppDelegate::restore() {
         desktopController_.setIconsHidden(false);
     }
     if (engine().isActive()) {
-        engine().deactivate();
+        deactivatePrivacyMode();
     }
     autoActivated_ = false;
     updateIcon();

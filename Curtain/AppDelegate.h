@@ -73,9 +73,12 @@ private:
     Platform::View makeReadinessView();
 
     void appAppeared(const std::string& bundleID);
+    /// Posts the notice once the app is seen hidden, and none where it stays on the screen.
+    void noticeOnceHidden(const std::string& bundleID, int looksLeft);
     void noticeRehidden(const std::string& bundleID);
     void handleDetection(CurtainCore::DetectionConfidence confidence);
     void undoAutomaticActivation();
+    void deactivatePrivacyMode();
     void hidePrivateApps();
     void fixEverything();
     void restore();

@@ -16,6 +16,10 @@ std::string text(LocKey key, const std::string& lang) {
     return std::string(PlatformWording::string(key, lang));
 }
 
+std::string rehiddenIdentifier(const std::string& bundleID) {
+    return "rehidden." + bundleID;
+}
+
 } // namespace
 
 Notifier::Notifier(Platform::UserNotificationCenter& center, const Platform::Application& application,
@@ -47,7 +51,7 @@ void Notifier::notifyActivated() {
     }
     registerCategories();
     const auto lang = languageProvider();
-    center_.add(
+    addPrivacyNotice(
         {uuids_.makeUuid(),
          {text(LocKey::privacyOnTitle, lang), text(LocKey::privacyOnBody, lang), activatedCategory, {}}});
 }
@@ -58,11 +62,11 @@ void Notifier::notifyRehidden(const std::string& appName, const std::string& bun
     }
     registerCategories();
     const auto lang = languageProvider();
-    center_.add({"rehidden." + bundleID,
-                 {text(LocKey::rehiddenTitle, lang),
-                  appName + " " + text(LocKey::rehiddenReason, lang),
-                  rehiddenCategory,
-                  {{bundleKey, bundleID}}}});
+    addPrivacyNotice({rehiddenIdentifier(bundleID),
+                      {text(LocKey::rehiddenTitle, lang),
+                       appName + " " + text(LocKey::rehiddenReason, lang),
+                       rehiddenCategory,
+                       {{bundleKey, bundleID}}}});
 }
 
 void Notifier::notifyPrompt() {
@@ -72,6 +76,19 @@ void Notifier::notifyPrompt() {
     const auto lang = languageProvider();
     center_.add({uuids_.makeUuid(),
                  {text(LocKey::sharePromptTitle, lang), text(LocKey::sharePromptBody, lang), {}, {}}});
+}
+
+void Notifier::withdrawPrivacyNotices() {
+    if (!privacyNotices_.empty()) {
+        center_.removeDeliveredNotifications({privacyNotices_.begin(), privacyNotices_.end()});
+        privacyNotices_.clear();
+    }
+}
+
+void Notifier::withdrawRehidden(const std::string& bundleID) {
+    if (const auto identifier = rehiddenIdentifier(bundleID); privacyNotices_.erase(identifier) > 0) {
+        center_.removeDeliveredNotifications({identifier});
+    }
 }
 
 void Notifier::requestAuthorization(std::function<void()> completion) {
@@ -108,6 +125,11 @@ void Notifier::registerCategories() {
     const auto lang = languageProvider();
     center_.setNotificationCategories({{activatedCategory, {{undoAction, text(LocKey::undo, lang)}}},
                                        {rehiddenCategory, {{revealAction, text(LocKey::reveal, lang)}}}});
+}
+
+void Notifier::addPrivacyNotice(const Platform::NotificationRequest& request) {
+    privacyNotices_.insert(request.identifier);
+    center_.add(request);
 }
 
 void Notifier::reveal(const Platform::NotificationContent& content) const {

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <set>
 #include <string>
 
 namespace Curtain {
@@ -40,6 +41,10 @@ public:
     void notifyActivated();
     void notifyRehidden(const std::string& appName, const std::string& bundleID);
     void notifyPrompt();
+    /// Takes every notice off the screen that is true only while privacy mode is on.
+    void withdrawPrivacyNotices();
+    /// The one about this app, which is hidden no longer.
+    void withdrawRehidden(const std::string& bundleID);
     /// `completion` runs on the main queue, whatever the answer.
     void requestAuthorization(std::function<void()> completion);
 
@@ -50,6 +55,7 @@ public:
 
 private:
     void registerCategories();
+    void addPrivacyNotice(const Platform::NotificationRequest& request);
     void reveal(const Platform::NotificationContent& content) const;
 
     Platform::UserNotificationCenter& center_;
@@ -57,6 +63,8 @@ private:
     Platform::MainQueue& mainQueue_;
     bool enabled_;
     bool isDelegate_ = false;
+    /// What has been posted about privacy mode since it was last taken back; no identifier twice.
+    std::set<std::string> privacyNotices_;
 };
 
 } // namespace Curtain

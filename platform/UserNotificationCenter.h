@@ -79,6 +79,9 @@ public:
     /// Replaces all categories.
     virtual void setNotificationCategories(std::vector<NotificationCategory> categories) = 0;
     virtual void add(const NotificationRequest& request) = 0;
+    /// Takes them off the screen, and those back that are still on their way; identifiers of none are
+    /// passed over.
+    virtual void removeDeliveredNotifications(const std::vector<std::string>& identifiers) = 0;
     /// `completion` may run on any thread.
     virtual void requestAuthorization(std::uint64_t options,
                                       std::function<void(bool isGranted)> completion) = 0;

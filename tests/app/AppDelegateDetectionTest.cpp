@@ -292,4 +292,96 @@ TEST_F(RehideNoticeTest, RevealShowsTheAppAndDropsItFromPrivacyMode) {
     EXPECT_THAT(takeCalls(), IsEmpty());
 }
 
+TEST_F(RehideNoticeTest, IsPostedOnlyOnceTheAppIsSeenHidden) {
+    auto& app = fakes.workspace.run("slow");
+    makePrivate({"slow"});
+    launch();
+    pressShortcut();
+    app.obeys = false;
+    returnOf("slow");
+    fakes.mainQueue.advance(0.5);
+    EXPECT_THAT(noticed(), IsEmpty());
+    app.hidden = true;
+    fakes.mainQueue.advance(0.1);
+    EXPECT_THAT(noticed(), ElementsAre("rehidden.slow"));
+}
+
+TEST_F(RehideNoticeTest, NothingIsSaidOfAnAppThatStaysOnTheScreen) {
+    auto& app = fakes.workspace.run("stubborn");
+    makePrivate({"stubborn"});
+    launch();
+    pressShortcut();
+    app.obeys = false;
+    returnOf("stubborn");
+    fakes.mainQueue.advance(2.5);
+    // Its user hides it much later.
+    app.hidden = true;
+    fakes.mainQueue.advance(10.0);
+    EXPECT_THAT(noticed(), IsEmpty());
+}
+
+TEST_F(RehideNoticeTest, NothingIsSaidWherePrivacyModeEndsBeforeTheAppIsHidden) {
+    auto& app = fakes.workspace.run("slow");
+    makePrivate({"slow"});
+    launch();
+    pressShortcut();
+    app.obeys = false;
+    returnOf("slow");
+    pressShortcut();
+    app.hidden = true;
+    fakes.mainQueue.advance(3.0);
+    EXPECT_THAT(noticed(), IsEmpty());
+}
+
+TEST_F(RehideNoticeTest, NothingIsSaidWhereNothingCanBeHiddenOrSeen) {
+    launch();
+    pressShortcut();
+    fakes.systemVersion.obstacle = Platform::HidingObstacle::windowManagerIgnoresHiding;
+    returnOf("a");
+    fakes.mainQueue.advance(5.0);
+    EXPECT_THAT(noticed(), IsEmpty());
+    fakes.systemVersion.obstacle.reset();
+    fakes.workspace.everyWindowIsKnown = false;
+    returnOf("a");
+    fakes.mainQueue.advance(5.0);
+    EXPECT_THAT(noticed(), IsEmpty());
+    fakes.workspace.everyWindowIsKnown = true;
+    returnOf("a");
+    EXPECT_THAT(noticed(), ElementsAre("rehidden.a"));
+}
+
+TEST_F(RehideNoticeTest, GoesWithPrivacyMode) {
+    launch();
+    pressShortcut();
+    returnOf("a");
+    ASSERT_THAT(fakes.userNotificationCenter.delivered, SizeIs(1));
+    pressShortcut();
+    EXPECT_THAT(fakes.userNotificationCenter.delivered, IsEmpty());
+}
+
+TEST_F(RehideNoticeTest, GoesWhenItsAppIsRevealed) {
+    launch();
+    pressShortcut();
+    returnOf("a");
+    fakes.userNotificationCenter.answer(fakes.userNotificationCenter.added.back(), "CURTAIN_REVEAL");
+    EXPECT_THAT(fakes.userNotificationCenter.delivered, IsEmpty());
+}
+
+TEST_F(DetectionTest, NoticeOfTheActivationGoesWithPrivacyModeHoweverItEnds) {
+    launch();
+    const std::vector<std::function<void()>> ends{
+        [&] { watch(false); },
+        [&] {
+            fakes.userNotificationCenter.answer(fakes.userNotificationCenter.delivered.at(0), "CURTAIN_UNDO");
+        },
+        [&] { pressShortcut(); }};
+    for (const auto& end : ends) {
+        watch(false);
+        watch(true);
+        ASSERT_THAT(fakes.userNotificationCenter.delivered, SizeIs(1));
+        end();
+        EXPECT_THAT(fakes.userNotificationCenter.delivered, IsEmpty());
+    }
+}
+
 } // namespace

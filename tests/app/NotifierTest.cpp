@@ -111,6 +111,30 @@ TEST_F(NotifierTest, ActivationsStack) {
                 {"Privacy mode on", "Detected possible screen sharing.", "CURTAIN_ACTIVATED", {}}}));
 }
 
+TEST_F(NotifierTest, NoticesOfPrivacyModeGoWithItAndOthersStay) {
+    notifier->notifyActivated();
+    notifier->notifyRehidden("Mail", "org.mail");
+    notifier->notifyPrompt();
+    notifier->withdrawPrivacyNotices();
+    ASSERT_EQ(center.delivered.size(), 1U);
+    EXPECT_EQ(center.delivered[0].content.title, "Going to share your screen?");
+    center.calls.clear();
+    notifier->withdrawPrivacyNotices();
+    EXPECT_THAT(center.calls, IsEmpty()) << "there is nothing left to take back";
+}
+
+TEST_F(NotifierTest, NoticeOfAnAppThatIsShownGoesAlone) {
+    notifier->notifyActivated();
+    notifier->notifyRehidden("Mail", "org.mail");
+    notifier->notifyRehidden("News", "org.news");
+    notifier->withdrawRehidden("org.mail");
+    ASSERT_EQ(center.delivered.size(), 2U);
+    EXPECT_EQ(center.delivered[1].identifier, "rehidden.org.news");
+    center.calls.clear();
+    notifier->withdrawRehidden("org.mail");
+    EXPECT_THAT(center.calls, IsEmpty());
+}
+
 TEST_F(NotifierTest, SecondRehideOfAnAppReplacesTheFirst) {
     notifier->notifyRehidden("Mail", "org.mail");
     notifier->notifyRehidden("News", "org.news");

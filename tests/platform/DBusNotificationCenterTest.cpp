@@ -455,6 +455,52 @@ TEST_F(DBusNotificationCenterTest, GoneItHearsNothing) {
     EXPECT_EQ(delegate_.answers.size(), 1U);
 }
 
+TEST_F(DBusNotificationCenterTest, RemovedOneIsTakenOffTheScreen) {
+    startServer();
+    post(rehidden("mail"));
+    post(rehidden("news"));
+    center_->removeDeliveredNotifications({"mail", "unknown"});
+    EXPECT_TRUE(spinUntil([&] { return !server_->closed.empty(); }));
+    EXPECT_THAT(server_->closed, ElementsAre(1U));
+    EXPECT_EQ(post(rehidden("mail")).replaces, 0U);
+    server_->invoke(1, "REVEAL");
+    server_->invoke(2, "REVEAL");
+    EXPECT_THAT(answers(1), ElementsAre("REVEAL news"));
+}
+
+TEST_F(DBusNotificationCenterTest, RemovedOneThatWaitsIsNeverShown) {
+    center_->add(plain("early"));
+    center_->add(plain("late"));
+    center_->removeDeliveredNotifications({"early"});
+    startServer();
+    EXPECT_THAT(summaries(1), ElementsAre("late"));
+}
+
+TEST_F(DBusNotificationCenterTest, OneThatIsRemovedOnItsWayGoesAsSoonAsItHasANumber) {
+    startServer();
+    post(plain("first"));
+    server_->mood = Mood::holds;
+    center_->add(plain("second"));
+    EXPECT_TRUE(spinUntil([&] { return server_->heldMessages() >= 1; }));
+    center_->removeDeliveredNotifications({"second"});
+    server_->answerHeld();
+    EXPECT_TRUE(spinUntil([&] { return !server_->closed.empty(); }));
+    EXPECT_THAT(server_->closed, ElementsAre(2U));
+    EXPECT_EQ(post(plain("second")).replaces, 0U);
+}
+
+TEST_F(DBusNotificationCenterTest, OneThatIsRemovedOnItsWayToAServerThatEndsDoesNotGoToTheNext) {
+    startServer();
+    post(plain("first"));
+    server_->mood = Mood::holds;
+    center_->add(plain("second"));
+    EXPECT_TRUE(spinUntil([&] { return server_->heldMessages() >= 1; }));
+    center_->removeDeliveredNotifications({"second"});
+    startServer();
+    center_->add(plain("third"));
+    EXPECT_THAT(summaries(1), ElementsAre("third"));
+}
+
 TEST_F(DBusNotificationCenterTest, NobodyIsAskedForPermission) {
     std::optional<bool> isGranted;
     center_->requestAuthorization(6, [&](bool answer) { isGranted = answer; });

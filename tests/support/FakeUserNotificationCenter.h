@@ -54,6 +54,13 @@ public:
         delivered.push_back(request);
     }
 
+    void removeDeliveredNotifications(const std::vector<std::string>& identifiers) override {
+        calls.emplace_back("remove");
+        std::erase_if(delivered, [&](const auto& request) {
+            return std::ranges::find(identifiers, request.identifier) != identifiers.end();
+        });
+    }
+
     void requestAuthorization(std::uint64_t options,
                               std::function<void(bool isGranted)> completion) override {
         calls.emplace_back("authorization");

@@ -23,6 +23,8 @@ public:
     std::optional<std::string> name;
     Platform::ActivationPolicy policy = Platform::ActivationPolicy::regular;
     bool hidden = false;
+    /// Whether it goes when it is asked to hide.
+    bool obeys = true;
     /// What the calls call it.
     std::string label = identifier.value_or("unknown");
 
@@ -33,7 +35,7 @@ public:
 
     void hide() override {
         calls_.push_back("hide " + label);
-        hidden = true;
+        hidden = hidden || obeys;
     }
 
     void unhide() override {

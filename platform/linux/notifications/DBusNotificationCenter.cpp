@@ -79,6 +79,19 @@ void DBusNotificationCenter::add(const NotificationRequest& request) {
         request, lifetime_.weak([this, request](std::uint64_t options) { present(request, options); }));
 }
 
+void DBusNotificationCenter::removeDeliveredNotifications(const std::vector<std::string>& identifiers) {
+    for (const auto& identifier : identifiers) {
+        std::erase_if(waiting_, [&](const Post& post) { return post.request.identifier == identifier; });
+        if (const auto underWay = inFlight_.find(identifier); underWay != inFlight_.end()) {
+            underWay->second.isWithdrawn = true;
+        }
+        if (const auto shown = shown_.find(identifier); shown != shown_.end()) {
+            close(shown->second.serverId);
+            shown_.erase(shown);
+        }
+    }
+}
+
 void DBusNotificationCenter::requestAuthorization(std::uint64_t /*options*/,
                                                   std::function<void(bool isGranted)> completion) {
     completion(true);
@@ -88,7 +101,7 @@ void DBusNotificationCenter::present(const NotificationRequest& request, std::ui
     if ((options & Option::banner) == 0) {
         return;
     }
-    Post post{++lastNumber_, request, {}, (options & Option::sound) != 0, mainQueue_.now(), 0};
+    Post post{++lastNumber_, request, {}, (options & Option::sound) != 0, mainQueue_.now()};
     const auto category = std::ranges::find(categories_, request.content.categoryIdentifier,
                                             &Platform::NotificationCategory::identifier);
     if (category != categories_.end()) {
@@ -120,7 +133,7 @@ void DBusNotificationCenter::ownerChanged() {
 void DBusNotificationCenter::putBack(const Post& post) {
     const bool isSuperseded = std::ranges::any_of(
         waiting_, [&](const Post& other) { return other.request.identifier == post.request.identifier; });
-    if (!isSuperseded) {
+    if (!isSuperseded && !post.isWithdrawn) {
         const auto place = std::ranges::upper_bound(waiting_, post.number, {}, &Post::number);
         waiting_.insert(place, post);
     }
@@ -200,6 +213,11 @@ void DBusNotificationCenter::sent(const std::string& identifier, const QDBusMess
     if (isAnswer && !arguments.isEmpty() && arguments.first().metaType() == QMetaType::fromType<uint>()) {
         const auto serverId = arguments.first().toUInt();
         std::erase_if(shown_, [&](const auto& other) { return other.second.serverId == serverId; });
+        if (post.isWithdrawn) {
+            close(serverId);
+            sendWaiting();
+            return;
+        }
         Shown shown{serverId, post.request, {defaultActionKey}};
         for (const auto& action : post.actions) {
             shown.actions.insert(action.identifier);
@@ -225,14 +243,20 @@ void DBusNotificationCenter::actionInvoked(const QDBusMessage& message) {
     const auto action = key == defaultActionKey ? NotificationResponse::defaultActionIdentifier : key;
     const auto complete = lifetime_.weak([this, serverId = shown.serverId, generation = generation_] {
         // Not every server takes a notification away once it has been answered.
-        if (generation == generation_ && capabilities_) {
-            call(QStringLiteral("CloseNotification"), {serverId}, [](const auto&) {});
+        if (generation == generation_) {
+            close(serverId);
         }
     });
     if (delegate_ != nullptr) {
         delegate_->didReceive({action, shown.request}, complete);
     } else {
         complete();
+    }
+}
+
+void DBusNotificationCenter::close(std::uint32_t serverId) {
+    if (capabilities_) {
+        call(QStringLiteral("CloseNotification"), {serverId}, [](const auto&) {});
     }
 }
 

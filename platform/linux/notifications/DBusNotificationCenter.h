@@ -36,6 +36,7 @@ public:
     void setDelegate(Platform::UserNotificationCenterDelegate* delegate) override;
     void setNotificationCategories(std::vector<Platform::NotificationCategory> categories) override;
     void add(const Platform::NotificationRequest& request) override;
+    void removeDeliveredNotifications(const std::vector<std::string>& identifiers) override;
     /// Nobody is asked on this desktop.
     void requestAuthorization(std::uint64_t options, std::function<void(bool isGranted)> completion) override;
 
@@ -50,6 +51,8 @@ private:
         Platform::MainQueue::Seconds postedAt{};
         /// How many servers have ended while it waited.
         int servers = 0;
+        /// Whether it is to go as soon as its number is known.
+        bool isWithdrawn = false;
     };
 
     /// A notification that stands on the screen.
@@ -73,6 +76,7 @@ private:
     void send(const Post& post);
     void sent(const std::string& identifier, const QDBusMessage& reply);
     void putBack(const Post& post);
+    void close(std::uint32_t serverId);
     void actionInvoked(const QDBusMessage& message);
     void closed(const QDBusMessage& message);
     QVariantMap hints(const Post& post) const;
