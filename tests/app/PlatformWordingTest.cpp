@@ -208,6 +208,8 @@ TEST(PlatformWording, TheEnglishTextsOfItsOwn) {
             "This Wayland desktop offers no way to hide other apps.",
             "No window manager is running, so apps can't be hidden.",
             "Log out and back in once so that Curtain can hide apps.",
+            "The window manager of this session doesn't hide windows when it is asked to.",
+            "Whether apps can be hidden in this session isn't known yet.",
             "No matching settings page was found. Look in your desktop's menus or panel.",
             "No matching settings page was found. Allow access with your desktop's own tools, then continue.",
             "No system tray was found. Add one to see Curtain's icon.",
