@@ -3,6 +3,7 @@
 #include "platform/linux/dbus/ApplicationBus.h"
 #include "platform/linux/dbus/SessionBusCheck.h"
 #include "platform/linux/session/InstanceLock.h"
+#include "platform/linux/session/SessionProbe.h"
 #include "platform/qt/DisplayCheck.h"
 #include "platform/qt/SessionRestart.h"
 #include "platform/qt/TerminationSignals.h"
@@ -21,6 +22,7 @@ int main(int argumentCount, char** arguments) {
         return EXIT_FAILURE;
     }
     LinuxPlatform::leaveSilentSessionBus();
+    const auto session = LinuxPlatform::probeSession(LinuxPlatform::sourcesOfThisSession());
     std::optional<QtPlatform::PreferredDisplay> display(std::in_place);
     QApplication application(argumentCount, arguments);
     display.reset();
@@ -41,7 +43,7 @@ int main(int argumentCount, char** arguments) {
     case LinuxPlatform::ApplicationBus::Claim::first:
         break;
     case LinuxPlatform::ApplicationBus::Claim::noBus:
-        lock.emplace(LinuxPlatform::InstanceLock::fileFor(qEnvironmentVariable("DISPLAY").toStdString()));
+        lock.emplace(LinuxPlatform::InstanceLock::fileFor(session.display));
         if (lock->isTaken()) {
             std::fputs(
                 "Curtain: it runs already on this display, and without a session bus it cannot be asked "
@@ -52,7 +54,7 @@ int main(int argumentCount, char** arguments) {
         break;
     }
 
-    auto platform = LinuxPlatform::makeLinuxPlatform();
+    auto platform = LinuxPlatform::makeLinuxPlatform(session);
     Curtain::AppDelegate delegate(platform);
     const auto termination = QtPlatform::onTerminationSignal([] { QApplication::quit(); });
     delegate.applicationDidFinishLaunching();

@@ -160,8 +160,17 @@ TrayToolkit trayToolkit() {
     };
 }
 
+/// The desktop's names as the variable that they come from has them.
+std::string desktopNames(const SessionEnvironment& environment) {
+    std::string names;
+    for (const auto& name : environment.desktops) {
+        names += (names.empty() ? "" : ":") + name;
+    }
+    return names;
+}
+
 /// The popover, the windows and what surrounds them.
-void addShell(Platform::Platform& platform, Session& session) {
+void addShell(Platform::Platform& platform, Session& session, const SessionEnvironment& environment) {
     const auto windowManager = linkTo(session.windowManager.get());
     auto toolkitMonitors = std::make_unique<QtPlatform::QtEventMonitors>();
     platform.screens = std::make_unique<QtPlatform::QtScreens>(windowManager);
@@ -177,16 +186,14 @@ void addShell(Platform::Platform& platform, Session& session) {
     platform.windows = std::make_unique<QtPlatform::QtWindows>(session.views, windowManager);
     platform.pasteboard = std::make_unique<QtPlatform::QtPasteboard>();
     platform.savePanel = std::make_unique<QtPlatform::QtSavePanel>();
-    platform.urlOpener = std::make_unique<SettingsLinkOpener>(
-        qEnvironmentVariable("XDG_CURRENT_DESKTOP").toStdString(), QtPlatform::startDetached);
+    platform.urlOpener =
+        std::make_unique<SettingsLinkOpener>(desktopNames(environment), QtPlatform::startDetached);
 }
 
-std::vector<std::unique_ptr<CaptureWatch>> capturesOfThisSession() {
+std::vector<std::unique_ptr<CaptureWatch>> captureRoads(const SessionEnvironment& environment) {
     std::vector<std::unique_ptr<CaptureWatch>> roads;
     // The X server of a Wayland session shows its clients nothing but black.
-    const bool isWayland = qEnvironmentVariable("XDG_SESSION_TYPE") == QLatin1String("wayland") ||
-                           !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
-    if (auto road = isWayland ? nullptr : X11CaptureWatch::open()) {
+    if (auto road = environment.kind == SessionKind::x11 ? X11CaptureWatch::open() : nullptr) {
         roads.push_back(std::move(road));
     }
     if (auto road = PipeWireCaptureWatch::open()) {
@@ -195,21 +202,17 @@ std::vector<std::unique_ptr<CaptureWatch>> capturesOfThisSession() {
     return roads;
 }
 
-std::string currentDesktop() {
-    const auto* const value = g_getenv("XDG_CURRENT_DESKTOP");
-    return value != nullptr ? value : "";
-}
-
 /// A list that is not this session's costs a question that fails at once.
-std::vector<std::unique_ptr<ShortcutList>> shortcutLists() {
+std::vector<std::unique_ptr<ShortcutList>> shortcutLists(const SessionEnvironment& environment) {
     std::vector<std::unique_ptr<ShortcutList>> lists;
     const auto bus = QDBusConnection::sessionBus();
     if (bus.isConnected()) {
         lists.push_back(std::make_unique<XfconfShortcuts>(bus));
         lists.push_back(std::make_unique<KdeShortcuts>(bus));
     }
-    lists.push_back(std::make_unique<GSettingsShortcuts>(GSettingsShortcuts::schemasOf(currentDesktop())));
-    lists.push_back(std::make_unique<I3Shortcuts>(I3Shortcuts::socketOfSession()));
+    lists.push_back(
+        std::make_unique<GSettingsShortcuts>(GSettingsShortcuts::schemasOf(desktopNames(environment))));
+    lists.push_back(std::make_unique<I3Shortcuts>(environment.i3Socket.string()));
     return lists;
 }
 
@@ -236,7 +239,7 @@ LinuxCaptureServices& addCamera(Platform::Platform& platform) {
 
 } // namespace
 
-Platform::Platform makeLinuxPlatform() {
+Platform::Platform makeLinuxPlatform(const SessionEnvironment& environment) {
     QtPlatform::registerItems();
     Platform::Platform platform;
     platform.log = std::make_unique<StandardErrorLog>();
@@ -254,10 +257,11 @@ Platform::Platform makeLinuxPlatform() {
         session->windowSystem = std::make_unique<NoWindowSystem>();
         platform.hotKeyService = std::make_unique<NoHotKeyService>();
     }
-    auto keyboard = std::make_unique<XkbKeyboard>(session->x11.get(), currentDesktop());
+    auto keyboard = std::make_unique<XkbKeyboard>(session->x11.get(), desktopNames(environment));
     platform.systemShortcuts = std::make_unique<DesktopShortcuts>(
         *platform.hotKeyService, *platform.mainQueue,
-        [keys = keyboard.get()](std::int64_t keyCode) { return keys->symbols(keyCode); }, shortcutLists());
+        [keys = keyboard.get()](std::int64_t keyCode) { return keys->symbols(keyCode); },
+        shortcutLists(environment));
     platform.keyboard = std::move(keyboard);
     platform.userDefaults = std::make_unique<FileUserDefaults>(
         std::filesystem::path(g_get_user_config_dir()) / "curtain", *platform.log);
@@ -266,7 +270,7 @@ Platform::Platform makeLinuxPlatform() {
     platform.fileManager = std::make_unique<PosixFileManager>();
     platform.userFolders = std::make_unique<XdgUserFolders>();
     platform.processRunner = std::make_unique<LinuxDesktopIcons>(
-        session->x11.get(), QDBusConnection::sessionBus(), *platform.mainQueue, *platform.log,
+        environment, session->x11.get(), QDBusConnection::sessionBus(), *platform.mainQueue, *platform.log,
         std::filesystem::path(g_get_user_state_dir()) / "curtain");
     platform.bundles = std::make_unique<DesktopEntryBundles>(session->entries);
     platform.applicationFolders = applicationFolders();
@@ -278,11 +282,11 @@ Platform::Platform makeLinuxPlatform() {
                                                       session->entries, *session->scopedApps);
     platform.systemVersion = std::make_unique<InterfaceLevel>(*session->windowSystem);
     platform.statusBar = std::make_unique<TrayStatusBar>(*platform.mainQueue, *platform.log, trayToolkit());
-    platform.screenWatcherProbe = std::make_unique<ScreenWatch>(capturesOfThisSession());
+    platform.screenWatcherProbe = std::make_unique<ScreenWatch>(captureRoads(environment));
     platform.userNotificationCenter =
         std::make_unique<DBusNotificationCenter>(QDBusConnection::sessionBus(), *platform.mainQueue,
                                                  "Curtain", QGuiApplication::desktopFileName().toStdString());
-    addShell(platform, *session);
+    addShell(platform, *session, environment);
     auto sound = std::make_unique<PulseAudioServices>(*platform.mainQueue);
     if (!QDBusConnection::sessionBus().isConnected()) {
         platform.log->writeLine(

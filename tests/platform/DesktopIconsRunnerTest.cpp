@@ -35,6 +35,8 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
+const std::string session = "boot /run/server 1";
+
 /// A desktop in the state that the test puts it into; writes down what it is told.
 class FakeIconDesktop : public LinuxPlatform::IconDesktop {
 public:
@@ -257,13 +259,15 @@ TEST_F(DesktopIconsRunnerTest, OtherProgramsAreStarted) {
 
 TEST(EarlierValueTest, IsKeptForOthersAndKnowsItsSession) {
     TestSupport::MemoryUserDefaults state;
-    EarlierValue value(state, "xfce");
+    EarlierValue value(state, "xfce", session);
     EXPECT_FALSE(value.get());
     EXPECT_FALSE(value.isOfThisSession());
     value.keep("2");
-    EXPECT_EQ(EarlierValue(state, "xfce").get(), "2");
-    EXPECT_TRUE(EarlierValue(state, "xfce").isOfThisSession());
-    EXPECT_FALSE(EarlierValue(state, "caja").get());
+    EXPECT_EQ(EarlierValue(state, "xfce", session).get(), "2");
+    EXPECT_TRUE(EarlierValue(state, "xfce", session).isOfThisSession());
+    EXPECT_FALSE(EarlierValue(state, "caja", session).get());
+    EXPECT_EQ(EarlierValue(state, "xfce", session + "0").get(), "2");
+    EXPECT_FALSE(EarlierValue(state, "xfce", session + "0").isOfThisSession());
 
     state.values["xfce"] = "another boot 1 :0\n2";
     EXPECT_EQ(value.get(), "2");
@@ -275,56 +279,6 @@ TEST(EarlierValueTest, IsKeptForOthersAndKnowsItsSession) {
     }
     value.forget();
     EXPECT_THAT(state.values, IsEmpty());
-}
-
-/// Sets a variable for the time of a test.
-class Variable {
-public:
-    Variable(const char* name, const std::string& value) : name_(name) {
-        if (const auto* const before = std::getenv(name)) {
-            before_ = before;
-        }
-        ::setenv(name, value.c_str(), 1);
-    }
-    Variable(const Variable&) = delete;
-    Variable& operator=(const Variable&) = delete;
-    ~Variable() {
-        if (before_) {
-            ::setenv(name_, before_->c_str(), 1);
-        } else {
-            ::unsetenv(name_);
-        }
-    }
-
-private:
-    const char* name_;
-    std::optional<std::string> before_;
-};
-
-TEST(EarlierValueTest, ASessionLastsAsLongAsItsDisplayServer) {
-    const TestSupport::TemporaryFolder folder;
-    const auto socket = folder.path() / "wayland-0";
-    TestSupport::writeFile(socket, "");
-    const Variable runtime("XDG_RUNTIME_DIR", folder.path().string());
-    const Variable display("WAYLAND_DISPLAY", "wayland-0");
-    TestSupport::MemoryUserDefaults state;
-    EarlierValue value(state, "pcmanfm");
-    {
-        const Variable autostarted("XDG_SESSION_ID", "1");
-        value.keep("");
-    }
-    {
-        const Variable activated("XDG_SESSION_ID", "");
-        EXPECT_TRUE(value.isOfThisSession());
-    }
-    // Made while the other is still there, so that it is surely another one.
-    TestSupport::writeFile(folder.path() / "next", "");
-    std::filesystem::rename(folder.path() / "next", socket);
-    EXPECT_FALSE(value.isOfThisSession());
-    value.keep("");
-    EXPECT_TRUE(value.isOfThisSession());
-    std::filesystem::remove(socket);
-    EXPECT_FALSE(value.isOfThisSession());
 }
 
 TEST(DesktopProgramTest, FindsTheProfileInACommandLine) {
@@ -363,7 +317,7 @@ struct PcmanfmDesktopTest : testing::Test {
     TestSupport::MemoryUserDefaults state;
     std::vector<std::vector<std::string>> started;
     bool canStart = true;
-    LinuxPlatform::PcmanfmDesktop desktop{programs, EarlierValue(state, "pcmanfm"),
+    LinuxPlatform::PcmanfmDesktop desktop{programs, EarlierValue(state, "pcmanfm", session),
                                           [this](const auto& command) {
                                               started.push_back(command);
                                               return canStart;
@@ -386,7 +340,7 @@ TEST_F(PcmanfmDesktopTest, OnlyADesktopOfThisSessionThatWasSwitchedOffIsHidden) 
 }
 
 TEST_F(PcmanfmDesktopTest, WhatCannotBeStartedIsNotForgotten) {
-    EarlierValue(state, "pcmanfm").keep("--profile=LXDE");
+    EarlierValue(state, "pcmanfm", session).keep("--profile=LXDE");
     canStart = false;
     EXPECT_FALSE(desktop.show(without));
     EXPECT_EQ(desktop.icons(without), DesktopIcons::hidden);

@@ -28,14 +28,16 @@ using TestSupport::spinUntil;
 
 constexpr std::chrono::seconds patience{30};
 
+const std::string session = "boot /run/server 1";
+
 /// Shells that answer on the bus as the real ones do.
 struct DesktopShellsTest : testing::Test {
     TestSupport::HandDrivenQueue clock;
     TestSupport::MemoryUserDefaults state;
     DesktopBus bus{QDBusConnection::sessionBus(), clock, patience};
     DesktopBus hastyBus{QDBusConnection::sessionBus(), clock, std::chrono::milliseconds(500)};
-    LinuxPlatform::PlasmaDesktop plasma{bus, {state, "plasma"}};
-    LinuxPlatform::GnomeDesktop gnome{bus, {state, "gnome"}};
+    LinuxPlatform::PlasmaDesktop plasma{bus, {state, "plasma", session}};
+    LinuxPlatform::GnomeDesktop gnome{bus, {state, "gnome", session}};
     std::unique_ptr<ChildProcess> shell;
     std::string shellName;
 
@@ -76,14 +78,14 @@ struct DesktopShellsTest : testing::Test {
 };
 
 TEST_F(DesktopShellsTest, XfceThatHidesLateGetsItsStyleBack) {
-    LinuxPlatform::XfceDesktop xfce{bus, {state, "xfce"}};
+    LinuxPlatform::XfceDesktop xfce{bus, {state, "xfce", session}};
     start("org.xfce.Xfconf", {"xfce", "style=1"});
     const DesktopScene now{bus.names(), {{"Xfdesktop", std::nullopt}}, true};
     EXPECT_EQ(xfce.icons(now), DesktopIcons::shown);
-    LinuxPlatform::XfceDesktop hasty{hastyBus, {state, "xfce"}};
+    LinuxPlatform::XfceDesktop hasty{hastyBus, {state, "xfce", session}};
     hideLate(hasty);
     EXPECT_EQ(xfce.icons(now), DesktopIcons::hidden);
-    EXPECT_EQ(LinuxPlatform::EarlierValue(state, "xfce").get(), "1");
+    EXPECT_EQ(LinuxPlatform::EarlierValue(state, "xfce", session).get(), "1");
     EXPECT_TRUE(xfce.show(now));
     EXPECT_EQ(xfce.icons(now), DesktopIcons::shown);
     EXPECT_THAT(state.values, IsEmpty());
@@ -91,8 +93,8 @@ TEST_F(DesktopShellsTest, XfceThatHidesLateGetsItsStyleBack) {
 
 TEST_F(DesktopShellsTest, PcmanfmQtThatHidesLateIsSwitchedOnAgain) {
     const auto startNothing = [](const auto&) { return false; };
-    LinuxPlatform::PcmanfmQtDesktop lxqt{bus, {state, "pcmanfm-qt"}, startNothing};
-    LinuxPlatform::PcmanfmQtDesktop hasty{hastyBus, {state, "pcmanfm-qt"}, startNothing};
+    LinuxPlatform::PcmanfmQtDesktop lxqt{bus, {state, "pcmanfm-qt", session}, startNothing};
+    LinuxPlatform::PcmanfmQtDesktop hasty{hastyBus, {state, "pcmanfm-qt", session}, startNothing};
     start("org.pcmanfm.PCManFM", {"lxqt"});
     EXPECT_EQ(lxqt.icons(scene()), DesktopIcons::shown);
     hideLate(hasty);
@@ -157,7 +159,7 @@ TEST_F(PlasmaDesktopTest, OneThatHidesLateGetsItsFilterBack) {
     choose(1, "filterPattern", "*.txt");
     choose(1, "filterMimeTypes", "all/all");
     const auto before = filter(1);
-    LinuxPlatform::PlasmaDesktop hasty{hastyBus, {state, "plasma"}};
+    LinuxPlatform::PlasmaDesktop hasty{hastyBus, {state, "plasma", session}};
     hideLate(hasty);
     EXPECT_EQ(plasma.icons(scene()), DesktopIcons::hidden);
     EXPECT_TRUE(plasma.show(scene()));
@@ -212,7 +214,7 @@ TEST_F(PlasmaDesktopTest, ADamagedEarlierFilterIsNotRunAsAScript) {
     startPlasma({"1=org.kde.plasma.folder"});
     plasma.hide(scene());
     for (const auto* damaged : {"[];print('x')", "[{\"id\":1}]", "{}", "", "[]"}) {
-        LinuxPlatform::EarlierValue(state, "plasma").keep(damaged);
+        LinuxPlatform::EarlierValue(state, "plasma", session).keep(damaged);
         EXPECT_TRUE(plasma.show(scene())) << damaged;
         EXPECT_EQ(filter(1), (Filter{"0", "*", "all/all"})) << damaged;
         plasma.hide(scene());
@@ -241,7 +243,7 @@ TEST_F(PlasmaDesktopTest, AnAnswerThatMakesNoSenseIsNoAnswer) {
 
 TEST_F(PlasmaDesktopTest, AFrozenShellIsLeftAloneForAWhile) {
     startPlasma({"1=org.kde.plasma.folder"});
-    LinuxPlatform::PlasmaDesktop hasty{hastyBus, {state, "plasma"}};
+    LinuxPlatform::PlasmaDesktop hasty{hastyBus, {state, "plasma", session}};
     const auto now = scene();
     ::kill(shell->id(), SIGSTOP);
     const auto begin = std::chrono::steady_clock::now();
@@ -292,7 +294,7 @@ TEST_F(GnomeDesktopTest, DisablesTheExtensionsAtWorkAndEnablesOnlyThoseAgain) {
 
 TEST_F(GnomeDesktopTest, OneThatHidesLateGetsItsExtensionsBack) {
     startGnome({"ding@rastersoft.com=1"});
-    LinuxPlatform::GnomeDesktop hasty{hastyBus, {state, "gnome"}};
+    LinuxPlatform::GnomeDesktop hasty{hastyBus, {state, "gnome", session}};
     hideLate(hasty);
     EXPECT_EQ(gnome.icons(scene()), DesktopIcons::hidden);
     EXPECT_TRUE(gnome.show(scene()));
@@ -332,7 +334,7 @@ TEST_F(GnomeDesktopTest, WithoutAnExtensionAtWorkThereAreNoIconsAndNothingIsChan
 
 TEST_F(GnomeDesktopTest, AnExtensionThatIsGoneIsNotMissed) {
     startGnome({"ding@rastersoft.com=2"});
-    LinuxPlatform::EarlierValue(state, "gnome").keep("desktop-icons@csoriano");
+    LinuxPlatform::EarlierValue(state, "gnome", session).keep("desktop-icons@csoriano");
     EXPECT_FALSE(gnome.show(scene()));
     EXPECT_EQ(stateOf("ding@rastersoft.com"), 2);
 }

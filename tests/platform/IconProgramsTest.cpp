@@ -9,6 +9,7 @@
 #include "platform/linux/desktopicons/GSettingsKey.h"
 #include "platform/linux/desktopicons/LinuxDesktopIcons.h"
 #include "platform/linux/folders/XdgUserFolders.h"
+#include "platform/linux/session/SessionProbe.h"
 #include "platform/linux/windows/X11WindowSystem.h"
 #include "platform/qt/QtMainQueue.h"
 #include "tests/platform/PrivacyMode.h"
@@ -88,8 +89,9 @@ struct IconProgramsTest : testing::Test {
     }
 
     std::unique_ptr<LinuxDesktopIcons> makeRunner() {
-        return std::make_unique<LinuxDesktopIcons>(connection.get(), QDBusConnection::sessionBus(), clock,
-                                                   log, stateFolder.path());
+        return std::make_unique<LinuxDesktopIcons>(
+            LinuxPlatform::probeSession(LinuxPlatform::sourcesOfThisSession()), connection.get(),
+            QDBusConnection::sessionBus(), clock, log, stateFolder.path());
     }
 
     void start(const std::vector<std::string>& command) {
@@ -343,7 +345,7 @@ TEST_F(GSettingsTest, CajaWhichEndsWithItsDesktop) {
 TEST_F(GSettingsTest, CajaThatWasHiddenInAnEarlierSession) {
     TestSupport::MemoryUserDefaults state;
     std::vector<std::vector<std::string>> started;
-    LinuxPlatform::CajaDesktop caja({state, "caja"}, [&](const auto& command) {
+    LinuxPlatform::CajaDesktop caja({state, "caja", "session"}, [&](const auto& command) {
         started.push_back(command);
         return true;
     });

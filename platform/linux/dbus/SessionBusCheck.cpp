@@ -83,6 +83,13 @@ std::string greeting() {
     return text + "\r\n";
 }
 
+} // namespace
+
+std::string systemBusAddress() {
+    const auto* const address = std::getenv("DBUS_SYSTEM_BUS_ADDRESS");
+    return address != nullptr && *address != '\0' ? address : "unix:path=/var/run/dbus/system_bus_socket";
+}
+
 std::string sessionBusAddress() {
     if (const auto* const address = std::getenv("DBUS_SESSION_BUS_ADDRESS");
         address != nullptr && *address != '\0') {
@@ -90,13 +97,6 @@ std::string sessionBusAddress() {
     }
     const auto* const folder = std::getenv("XDG_RUNTIME_DIR");
     return folder != nullptr ? std::string("unix:path=") + folder + "/bus" : std::string();
-}
-
-} // namespace
-
-std::string systemBusAddress() {
-    const auto* const address = std::getenv("DBUS_SYSTEM_BUS_ADDRESS");
-    return address != nullptr && *address != '\0' ? address : "unix:path=/var/run/dbus/system_bus_socket";
 }
 
 bool isBusSilent(std::string_view address, std::chrono::milliseconds patience) {

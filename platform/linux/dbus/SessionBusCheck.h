@@ -14,6 +14,9 @@ bool isBusSilent(std::string_view address, std::chrono::milliseconds patience);
 /// Where clients of the system's message bus look for it.
 std::string systemBusAddress();
 
+/// Where clients of the session's message bus look for it; empty where nothing says so.
+std::string sessionBusAddress();
+
 /// To be called before anything connects to the session bus: libraries wait for its answer without a
 /// deadline. If the bus is silent, this process goes on as one of a session that has no bus.
 void leaveSilentSessionBus();

@@ -10,8 +10,9 @@ namespace LinuxPlatform {
 /// A desktop's setting as it was before it was changed, kept on disk until it is given back.
 class EarlierValue {
 public:
-    /// `state` outlives this object; `name` is the value's own in there.
-    EarlierValue(CurtainCore::UserDefaults& state, std::string name);
+    /// `state` outlives this object; `name` is the value's own in there. `session` is the mark of the user's
+    /// session, one line.
+    EarlierValue(CurtainCore::UserDefaults& state, std::string name, std::string session);
 
     std::optional<std::string> get() const;
     /// Whether there is a value that was kept since the user logged in to this session.
@@ -24,6 +25,7 @@ public:
 private:
     CurtainCore::UserDefaults& state_;
     std::string name_;
+    std::string session_;
 };
 
 } // namespace LinuxPlatform

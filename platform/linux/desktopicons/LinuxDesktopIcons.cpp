@@ -7,15 +7,15 @@
 #include "platform/linux/desktopicons/PcmanfmQtDesktop.h"
 #include "platform/linux/desktopicons/PlasmaDesktop.h"
 #include "platform/linux/desktopicons/XfceDesktop.h"
-
-#include <cstdlib>
+#include "platform/linux/session/SessionMark.h"
 
 namespace LinuxPlatform {
 
-LinuxDesktopIcons::LinuxDesktopIcons(X11Connection* x11, const QDBusConnection& bus,
-                                     Platform::MainQueue& clock, Platform::Log& log,
-                                     const std::filesystem::path& stateFolder)
-    : state_(stateFolder, log),
+LinuxDesktopIcons::LinuxDesktopIcons(const SessionEnvironment& environment, X11Connection* x11,
+                                     const QDBusConnection& bus, Platform::MainQueue& clock,
+                                     Platform::Log& log, const std::filesystem::path& stateFolder)
+    : environment_(environment),
+      state_(stateFolder, log),
       bus_(bus, clock),
       x11_(x11),
       runner_(programs_, clock, makeDesktops(), [this] { return look(); }) {
@@ -29,8 +29,8 @@ std::string LinuxDesktopIcons::run(const std::string& path, const std::vector<st
 }
 
 DesktopIconsRunner::Desktops LinuxDesktopIcons::makeDesktops() {
-    const auto earlier = [this](const char* desktop) {
-        return EarlierValue(state_, std::string("desktop-icons.") + desktop);
+    const auto earlier = [this, session = sessionMark(environment_)](const char* desktop) {
+        return EarlierValue(state_, std::string("desktop-icons.") + desktop, session);
     };
     DesktopIconsRunner::Desktops desktops;
     desktops.push_back(std::make_unique<XfceDesktop>(bus_, earlier("xfce")));
@@ -51,7 +51,7 @@ DesktopScene LinuxDesktopIcons::look() {
         scene.desktopWindows = windows_->list();
     }
     // Beside a Wayland compositor the X server is only for guests.
-    scene.isEveryWindowKnown = hasServer && std::getenv("WAYLAND_DISPLAY") == nullptr;
+    scene.isEveryWindowKnown = hasServer && environment_.kind == SessionKind::x11;
     return scene;
 }
 

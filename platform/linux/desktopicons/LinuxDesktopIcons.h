@@ -6,6 +6,7 @@
 #include "platform/linux/desktopicons/DesktopBus.h"
 #include "platform/linux/desktopicons/DesktopIconsRunner.h"
 #include "platform/linux/desktopicons/X11DesktopWindows.h"
+#include "platform/linux/session/SessionEnvironment.h"
 
 #include <filesystem>
 
@@ -16,8 +17,9 @@ class LinuxDesktopIcons : public Platform::ProcessRunner {
 public:
     /// `x11` is null in a session without an X server. Earlier settings are kept in `stateFolder`. The
     /// services outlive this object.
-    LinuxDesktopIcons(X11Connection* x11, const QDBusConnection& bus, Platform::MainQueue& clock,
-                      Platform::Log& log, const std::filesystem::path& stateFolder);
+    LinuxDesktopIcons(const SessionEnvironment& environment, X11Connection* x11, const QDBusConnection& bus,
+                      Platform::MainQueue& clock, Platform::Log& log,
+                      const std::filesystem::path& stateFolder);
 
     std::string run(const std::string& path, const std::vector<std::string>& arguments) override;
 
@@ -25,6 +27,7 @@ private:
     DesktopIconsRunner::Desktops makeDesktops();
     DesktopScene look();
 
+    SessionEnvironment environment_;
     PosixProcessRunner programs_;
     FileUserDefaults state_;
     DesktopBus bus_;

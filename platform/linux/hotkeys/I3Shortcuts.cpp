@@ -9,7 +9,6 @@
 #include <array>
 #include <cerrno>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <map>
 #include <sstream>
@@ -28,11 +27,6 @@ constexpr std::string_view magic = "i3-ipc";
 constexpr std::size_t headerSize = magic.size() + 2 * sizeof(std::uint32_t);
 constexpr std::uint32_t getConfig = 9;
 constexpr std::size_t largestReply = std::size_t{16} << 20U;
-
-std::string environment(const char* name) {
-    const auto* const value = std::getenv(name);
-    return value != nullptr ? value : "";
-}
 
 /// -1 when nobody listens.
 int connectTo(const std::string& path) {
@@ -128,11 +122,6 @@ std::string withVariables(std::string text, const std::map<std::string, std::str
 } // namespace
 
 I3Shortcuts::I3Shortcuts(std::string socketPath) : socketPath_(std::move(socketPath)) {}
-
-std::string I3Shortcuts::socketOfSession() {
-    const auto sway = environment("SWAYSOCK");
-    return sway.empty() ? environment("I3SOCK") : sway;
-}
 
 void I3Shortcuts::ask(const WantedShortcut& wanted, Answer answer) {
     const int descriptor = connectTo(socketPath_);

@@ -13,10 +13,8 @@ namespace LinuxPlatform {
 /// The key bindings in the configuration of i3 or sway, asked for over its socket.
 class I3Shortcuts : public ShortcutList {
 public:
+    /// `socketPath` is empty when this session is neither of the two.
     explicit I3Shortcuts(std::string socketPath);
-
-    /// Where I3SOCK or SWAYSOCK say; empty when this session is neither of the two.
-    static std::string socketOfSession();
 
     void ask(const WantedShortcut& wanted, Answer answer) override;
 

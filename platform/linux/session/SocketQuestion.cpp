@@ -1,0 +1,105 @@
+#include "platform/linux/session/SocketQuestion.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+namespace LinuxPlatform {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::size_t longestAnswer = std::size_t{1} << 20U;
+
+class Socket {
+public:
+    Socket() : descriptor_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)) {}
+    ~Socket() {
+        if (descriptor_ >= 0) {
+            ::close(descriptor_);
+        }
+    }
+    Socket(const Socket&) = delete;
+    Socket& operator=(const Socket&) = delete;
+
+    bool connect(const std::string& path) {
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        if (descriptor_ < 0 || path.empty() || path.size() >= sizeof address.sun_path) {
+            return false;
+        }
+        std::memcpy(address.sun_path, path.data(), path.size());
+        return ::connect(descriptor_, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+    }
+
+    bool send(std::string_view bytes) {
+        return ::send(descriptor_, bytes.data(), bytes.size(), MSG_NOSIGNAL) ==
+               static_cast<ssize_t>(bytes.size());
+    }
+
+    /// Absent at the end, be it that of the patience or that of the connection.
+    std::optional<std::string> receive(Clock::time_point deadline) {
+        std::array<char, 4096> block{};
+        while (isReadable(deadline)) {
+            const auto count = ::recv(descriptor_, block.data(), block.size(), 0);
+            if (count > 0) {
+                return std::string(block.data(), static_cast<std::size_t>(count));
+            }
+            if (count == 0 || (errno != EAGAIN && errno != EINTR)) {
+                break;
+            }
+        }
+        return std::nullopt;
+    }
+
+    std::optional<std::uint32_t> process() const {
+        ucred credentials{};
+        socklen_t size = sizeof credentials;
+        const bool isKnown =
+            getsockopt(descriptor_, SOL_SOCKET, SO_PEERCRED, &credentials, &size) == 0 && credentials.pid > 0;
+        return isKnown ? std::optional(static_cast<std::uint32_t>(credentials.pid)) : std::nullopt;
+    }
+
+private:
+    bool isReadable(Clock::time_point deadline) const {
+        for (;;) {
+            const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
+            pollfd question{descriptor_, POLLIN, 0};
+            const auto count = ::poll(&question, 1, static_cast<int>(std::max<std::int64_t>(left, 0)));
+            if (count >= 0 || errno != EINTR) {
+                return count > 0;
+            }
+        }
+    }
+
+    int descriptor_;
+};
+
+} // namespace
+
+std::optional<SocketAnswer> askSocket(const std::filesystem::path& socket, std::string_view request,
+                                      const std::function<bool(std::string_view)>& isComplete,
+                                      std::chrono::milliseconds patience) {
+    const auto deadline = Clock::now() + patience;
+    Socket server;
+    if (!server.connect(socket.string()) || !server.send(request)) {
+        return std::nullopt;
+    }
+    SocketAnswer answer{{}, server.process()};
+    while (!isComplete(answer.bytes)) {
+        const auto more = server.receive(deadline);
+        if (!more || answer.bytes.size() > longestAnswer) {
+            return std::nullopt;
+        }
+        answer.bytes += *more;
+    }
+    return answer;
+}
+
+} // namespace LinuxPlatform
