@@ -236,7 +236,8 @@ void benchmarkSwitchingOn(std::size_t targetCount, std::size_t runningCount, int
     LinuxPlatform::DesktopEntries entries{{}};
     LinuxPlatform::AppIdentity identity{entries, LinuxPlatform::ProcessTable("/proc")};
     LinuxPlatform::ScopedApps scopedApps(entries, curtain.mainQueue());
-    LinuxPlatform::LinuxWorkspace workspace(curtain.system(), identity, entries, scopedApps);
+    LinuxPlatform::LinuxWorkspace workspace(curtain.system(), identity, entries, scopedApps,
+                                            curtain.mainQueue());
     Curtain::SystemAppHiding hiding(workspace);
     CurtainCore::HideEngine engine(hiding);
     std::vector<double> all;

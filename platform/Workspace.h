@@ -31,7 +31,8 @@ public:
 
     /// Takes every window off the screen. Asked for, not waited for.
     virtual void hide() = 0;
-    /// Brings back the windows that `hide` took away, as they were; all of them if it took none.
+    /// Brings back the windows that `hide` took away, as they were; all of them if it took none of the app's,
+    /// other instances included.
     virtual void unhide() = 0;
     virtual void activate(ActivationOptions options) = 0;
 };

@@ -279,7 +279,8 @@ Platform::Platform makeLinuxPlatform(const SessionEnvironment& environment) {
         g_get_user_config_dir(), QCoreApplication::applicationFilePath().toStdString());
     session->scopedApps = std::make_unique<ScopedApps>(session->entries, *platform.mainQueue);
     auto workspace = std::make_unique<LinuxWorkspace>(*session->windowSystem, session->identity,
-                                                      session->entries, *session->scopedApps);
+                                                      session->entries, *session->scopedApps,
+                                                      *platform.mainQueue);
     platform.systemVersion = std::make_unique<InterfaceLevel>(*session->windowSystem);
     platform.statusBar = std::make_unique<TrayStatusBar>(*platform.mainQueue, *platform.log, trayToolkit());
     platform.screenWatcherProbe = std::make_unique<ScreenWatch>(captureRoads(environment));

@@ -236,7 +236,7 @@ TEST_F(DesktopEntriesTest, AnAppForAnAddressIsOneThatShows) {
     LinuxPlatform::AppIdentity identity(entries, LinuxPlatform::ProcessTable(proc));
     TestSupport::HandDrivenQueue queue;
     LinuxPlatform::ScopedApps scopedApps(entries, queue, LinuxPlatform::ProcessTable(proc));
-    LinuxPlatform::LinuxWorkspace workspace(windows, identity, entries, scopedApps);
+    LinuxPlatform::LinuxWorkspace workspace(windows, identity, entries, scopedApps, queue);
     EXPECT_EQ(workspace.urlForApplicationToOpen("https:"), std::nullopt);
 
     addProgram("browser");

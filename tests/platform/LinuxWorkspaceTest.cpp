@@ -16,6 +16,7 @@ namespace {
 
 using LinuxPlatform::WindowEvent;
 using Platform::ActivationPolicy;
+using Platform::RunningApplication;
 using Platform::WorkspaceNotification;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -29,12 +30,19 @@ struct LinuxWorkspaceTest : testing::Test {
     TestSupport::HandDrivenQueue mainQueue;
     LinuxPlatform::ScopedApps scopedApps{entries, mainQueue, LinuxPlatform::ProcessTable("/nonexistent")};
     std::unique_ptr<LinuxPlatform::LinuxWorkspace> workspace =
-        std::make_unique<LinuxPlatform::LinuxWorkspace>(windows, identity, entries, scopedApps);
+        std::make_unique<LinuxPlatform::LinuxWorkspace>(windows, identity, entries, scopedApps, mainQueue);
 
     std::shared_ptr<Platform::RunningApplication> only(const std::string& bundleID) {
         const auto instances = workspace->runningApplicationsWithBundleIdentifier(bundleID);
         EXPECT_THAT(instances, SizeIs(1));
         return instances.at(0);
+    }
+
+    /// As privacy mode asks: every instance, in the order in which they are listed.
+    void ask(const std::string& bundleID, void (RunningApplication::*request)()) {
+        for (const auto& instance : workspace->runningApplicationsWithBundleIdentifier(bundleID)) {
+            (*instance.*request)();
+        }
     }
 
     std::vector<std::string> identifiers() {
@@ -150,6 +158,64 @@ TEST_F(LinuxWorkspaceTest, ShowingWithoutHavingTakenAnythingShowsAll) {
     EXPECT_THAT(windows.shown, ElementsAre(ElementsAre(1, 2)));
 }
 
+TEST_F(LinuxWorkspaceTest, InstanceThatItsUserHadPutAwayStaysAwayWhenAnotherComesBack) {
+    windows.open(1, "a", 10).isHidden = true;
+    windows.open(2, "a", 11);
+    windows.open(3, "a", 12).isHidden = true;
+    ask("a", &RunningApplication::hide);
+    ask("a", &RunningApplication::unhide);
+    EXPECT_THAT(windows.hidden, ElementsAre(ElementsAre(2), IsEmpty(), IsEmpty()));
+    EXPECT_THAT(windows.shown, ElementsAre(ElementsAre(2)));
+    EXPECT_TRUE(windows.at(1).isHidden);
+    EXPECT_TRUE(windows.at(3).isHidden);
+}
+
+TEST_F(LinuxWorkspaceTest, WindowThatItsUserHadPutAwayStaysAwayWhenTheTakenOneIsClosed) {
+    windows.open(1, "a", 10);
+    windows.open(2, "a", 10).isHidden = true;
+    ask("a", &RunningApplication::hide);
+    windows.close(1);
+    ask("a", &RunningApplication::unhide);
+    EXPECT_THAT(windows.shown, IsEmpty());
+}
+
+TEST_F(LinuxWorkspaceTest, InstanceThatItsUserHadPutAwayStaysAwayWhenTheTakenOneHasEnded) {
+    windows.open(1, "a", 10);
+    windows.open(2, "a", 11).isHidden = true;
+    ask("a", &RunningApplication::hide);
+    windows.close(1);
+    ask("a", &RunningApplication::unhide);
+    EXPECT_THAT(windows.shown, IsEmpty());
+}
+
+TEST_F(LinuxWorkspaceTest, WhatItsUserHadPutAwayComesWhenTheAppIsAskedForOnceMore) {
+    windows.open(1, "a", 10);
+    windows.open(2, "a", 11).isHidden = true;
+    ask("a", &RunningApplication::hide);
+    ask("a", &RunningApplication::unhide);
+    windows.at(1).isHidden = true;
+    ask("a", &RunningApplication::unhide);
+    EXPECT_THAT(windows.shown, ElementsAre(ElementsAre(1), ElementsAre(1), ElementsAre(2)));
+}
+
+TEST_F(LinuxWorkspaceTest, AppOfWhichNothingWasTakenComesBackWhole) {
+    windows.open(1, "a", 10).isHidden = true;
+    windows.open(2, "a", 11).isHidden = true;
+    ask("a", &RunningApplication::hide);
+    ask("a", &RunningApplication::unhide);
+    EXPECT_THAT(windows.shown, ElementsAre(ElementsAre(1), ElementsAre(2)));
+}
+
+TEST_F(LinuxWorkspaceTest, WindowThatWasPutAwayIsTakenLikeOthersOnceItsUserBroughtItBack) {
+    windows.open(1, "a", 10);
+    windows.open(2, "a", 11).isHidden = true;
+    ask("a", &RunningApplication::hide);
+    windows.at(2).isHidden = false;
+    ask("a", &RunningApplication::hide);
+    ask("a", &RunningApplication::unhide);
+    EXPECT_THAT(windows.shown, ElementsAre(ElementsAre(1), ElementsAre(2)));
+}
+
 TEST_F(LinuxWorkspaceTest, HidingAgainAddsToWhatWasTaken) {
     windows.open(1, "a", 10);
     const auto app = only("a");
@@ -245,6 +311,61 @@ TEST_F(LinuxWorkspaceTest, WindowIdentifierThatIsUsedAgainIsAnotherWindow) {
     windows.open(1, "a", 10).isHidden = true;
     app->unhide();
     EXPECT_THAT(windows.shown, ElementsAre(ElementsAre(2)));
+}
+
+TEST_F(LinuxWorkspaceTest, WindowIdentifierThatIsUsedAgainBeforeAnybodyAsksIsAnotherWindow) {
+    windows.open(1, "a", 10);
+    windows.open(2, "a", 10);
+    const auto app = only("a");
+    app->hide();
+    windows.close(1);
+    windows.open(1, "a", 10).isHidden = true;
+    app->unhide();
+    EXPECT_THAT(windows.shown, ElementsAre(ElementsAre(2)));
+}
+
+TEST_F(LinuxWorkspaceTest, WindowThatWasOnItsWayBackIsNotTakenForTheNextOneWithItsIdentifier) {
+    windows.open(1, "a", 10);
+    const auto app = only("a");
+    app->hide();
+    windows.takesEffect = false;
+    app->unhide();
+    windows.close(1);
+    windows.open(1, "a", 10).isHidden = true;
+    EXPECT_TRUE(app->isHidden());
+}
+
+TEST_F(LinuxWorkspaceTest, WindowThatDoesNotComeBackCountsAsHiddenAfterAWhile) {
+    windows.open(1, "a", 10);
+    const auto app = only("a");
+    app->hide();
+    windows.takesEffect = false;
+    app->unhide();
+    mainQueue.advance(4.9);
+    EXPECT_FALSE(app->isHidden());
+    mainQueue.advance(0.2);
+    EXPECT_TRUE(app->isHidden());
+}
+
+TEST_F(LinuxWorkspaceTest, WhatItsUserBringsBackLongAfterHastyRequestsIsForgotten) {
+    windows.open(1, "a", 10);
+    windows.open(2, "a", 10).isHidden = true;
+    const auto app = only("a");
+    windows.takesEffect = false;
+    app->hide();
+    app->unhide();
+    app->hide();
+    windows.at(1).isHidden = true;
+    EXPECT_TRUE(app->isHidden());
+    mainQueue.advance(5);
+    windows.at(1).isHidden = false;
+    EXPECT_FALSE(app->isHidden());
+    windows.at(1).isHidden = true;
+    windows.open(3, "a", 10);
+    app->hide();
+    windows.shown.clear();
+    app->unhide();
+    EXPECT_THAT(windows.shown, ElementsAre(ElementsAre(3)));
 }
 
 TEST_F(LinuxWorkspaceTest, TakenWindowsAreRememberedWhileTheWindowManagerIsAway) {
@@ -384,7 +505,7 @@ struct LinuxAppsWorld {
     LinuxPlatform::AppIdentity identity{entries, LinuxPlatform::ProcessTable("/nonexistent")};
     TestSupport::HandDrivenQueue mainQueue;
     LinuxPlatform::ScopedApps scopedApps{entries, mainQueue, LinuxPlatform::ProcessTable("/nonexistent")};
-    LinuxPlatform::LinuxWorkspace workspace{windows, identity, entries, scopedApps};
+    LinuxPlatform::LinuxWorkspace workspace{windows, identity, entries, scopedApps, mainQueue};
     std::uint32_t lastProcess = 0;
 
     void run(const std::string& bundleID) {

@@ -24,7 +24,7 @@ struct PrivacyMode {
 
     PrivacyMode(LinuxPlatform::WindowSystem& windows, Platform::MainQueue& mainQueue)
         : scopedApps(entries, mainQueue, LinuxPlatform::ProcessTable("/nonexistent")),
-          workspace(windows, identity, entries, scopedApps) {
+          workspace(windows, identity, entries, scopedApps, mainQueue) {
         observer.onAppAppeared = [this, &mainQueue](const std::string& bundleID) {
             mainQueue.asyncAfter(Platform::MainQueue::Seconds(0.2),
                                  lifetime.weak([this, bundleID] { engine.reapply(bundleID); }));

@@ -87,7 +87,7 @@ TEST_F(ScopedAppsTest, AMachineWithoutAProcessManagerIsNotLookedThrough) {
 struct WindowlessAppsTest : ScopedAppsTest {
     TestSupport::FakeWindowSystem windows;
     LinuxPlatform::AppIdentity identity{entries, ProcessTable(proc)};
-    LinuxPlatform::LinuxWorkspace workspace{windows, identity, entries, scopedApps};
+    LinuxPlatform::LinuxWorkspace workspace{windows, identity, entries, scopedApps, queue};
 
     Platform::RunningApplications chats() {
         return workspace.runningApplicationsWithBundleIdentifier("org.example.Chat");

@@ -180,6 +180,21 @@ TEST_F(X11PrivacyModeTest, EveryInstanceIsHiddenAndGivenBack) {
     EXPECT_TRUE(areVisible({own}));
 }
 
+TEST_F(X11PrivacyModeTest, InstanceThatItsUserHadPutAwayStaysAway) {
+    const ChildProcess visible({WINDOW_PROGRAM, "many", "1"});
+    ASSERT_TRUE(spinUntil([&] { return countOf("many", false) == 1; }));
+    const auto putAway = openFocused("many", "many");
+    hide(putAway);
+    privacy.engine.activate({"many"});
+    ASSERT_TRUE(spinUntil([&] { return countOf("many", true) == 2; }));
+    privacy.engine.deactivate();
+    ASSERT_TRUE(spinUntil([&] { return countOf("many", false) == 1; }));
+    // The window manager answers in order: had it been asked for that window too, it would have shown it by
+    // now.
+    openFocused("last", "Last");
+    EXPECT_TRUE(isHidden(putAway));
+}
+
 TEST_F(X11PrivacyModeTest, AppThatQuitsBetweenQuestionAndHideHarmsNobody) {
     ChildProcess program({WINDOW_PROGRAM, "brief", "3"});
     const auto other = openListed("other", "Other");

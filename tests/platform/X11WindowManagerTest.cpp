@@ -243,6 +243,7 @@ TEST_F(X11WindowManagerTest, IdentifierThatIsUsedAgainWhileItIsStillInTheListIsA
     manager.setManagerState(window, ScriptedWindowManager::normal);
     manager.list({window});
     ASSERT_TRUE(waitForEvent(WindowEvent::opened, window));
+    const auto birth = find(window)->birth;
     old.reset();
 
     // The server gives the identifiers of a connection that ended to the next one.
@@ -250,6 +251,7 @@ TEST_F(X11WindowManagerTest, IdentifierThatIsUsedAgainWhileItIsStillInTheListIsA
     ASSERT_EQ(fresh.create("fresh", "Fresh"), window);
     manager.list({window});
     ASSERT_TRUE(spinUntil([&] { return find(window) && find(window)->hints.className == "Fresh"; }));
+    EXPECT_NE(find(window)->birth, birth);
     connection->dispatchEvents();
     QCoreApplication::processEvents();
     events.clear();

@@ -30,6 +30,7 @@ public:
     LinuxPlatform::Window& open(WindowId id, const std::string& windowClass, std::uint32_t process) {
         LinuxPlatform::Window window;
         window.id = id;
+        window.birth = ++lastBirth_;
         window.hints.className = windowClass;
         window.hints.process = process;
         list.push_back(window);
@@ -92,6 +93,7 @@ private:
     }
 
     std::uint64_t generation_ = 1;
+    std::uint64_t lastBirth_ = 0;
     std::uint64_t lastToken_ = 0;
     std::map<std::uint64_t, EventHandler> handlers_;
 };

@@ -9,6 +9,8 @@ namespace {
 
 /// Process ids are small: this bit keeps connections, which stand in for unknown processes, apart from them.
 constexpr std::uint64_t connectionFlag = std::uint64_t{1} << 63U;
+/// However busy a window manager is, it has answered by then, or it will not.
+constexpr Platform::MainQueue::Seconds answerDeadline{5};
 
 std::uint64_t processOf(const Window& window) {
     return window.hints.process ? std::uint64_t{*window.hints.process} : connectionFlag | window.client;
@@ -17,11 +19,12 @@ std::uint64_t processOf(const Window& window) {
 } // namespace
 
 AppInstances::AppInstances(WindowSystem& windowSystem, AppIdentity& identity, DesktopEntries& entries,
-                           ScopedApps& scopedApps)
+                           ScopedApps& scopedApps, Platform::MainQueue& mainQueue)
     : windowSystem_(windowSystem),
       identity_(identity),
       entries_(entries),
-      scopedApps_(scopedApps) {}
+      scopedApps_(scopedApps),
+      mainQueue_(mainQueue) {}
 
 const std::vector<AppInstance>& AppInstances::all() {
     lookForWindowless();
@@ -55,13 +58,33 @@ void AppInstances::hide(const AppInstanceKey& key) {
     }
     const auto hidden = instance->visibleWindows;
     for (const auto window : hidden) {
-        takenAway_.insert_or_assign(window, false);
-        if (askedBack_.erase(window) > 0) {
-            hurried_.insert(window);
+        auto& known = known_.at(window);
+        known.takenAway = false;
+        if (std::exchange(known.awaitedUntil, std::nullopt)) {
+            known.hurriedUntil = newDeadline();
         }
     }
+    noteWhatWasPutAway(*instance);
     groupedGeneration_.reset();
     windowSystem_.hide(hidden);
+}
+
+void AppInstances::noteWhatWasPutAway(const AppInstance& instance) {
+    if (!hasTakenFrom(instance.key.bundleIdentifier)) {
+        return;
+    }
+    for (const auto window : instance.windows) {
+        auto& known = known_.at(window);
+        known.wasPutAwayBefore = !known.takenAway;
+    }
+}
+
+bool AppInstances::hasTakenFrom(const std::string& bundleID) const {
+    return std::ranges::any_of(keysByBundleIdentifier_.at(bundleID), [this](const AppInstanceKey& key) {
+        return std::ranges::any_of(instances_[positions_.at(key)].windows, [this](WindowId window) {
+            return known_.at(window).takenAway.has_value();
+        });
+    });
 }
 
 void AppInstances::unhide(const AppInstanceKey& key) {
@@ -70,19 +93,26 @@ void AppInstances::unhide(const AppInstanceKey& key) {
         return;
     }
     std::vector<WindowId> returning;
+    std::vector<WindowId> untaken;
     for (const auto window : instance->windows) {
-        const auto taken = takenAway_.find(window);
-        if (taken == takenAway_.end()) {
-            continue;
+        auto& known = known_.at(window);
+        const bool wasPutAwayBefore = std::exchange(known.wasPutAwayBefore, false);
+        if (const auto taken = std::exchange(known.takenAway, std::nullopt)) {
+            if (const bool wasSeenHidden = *taken; !wasSeenHidden) {
+                known.hurriedUntil = newDeadline();
+            }
+            returning.push_back(window);
+        } else if (!wasPutAwayBefore) {
+            untaken.push_back(window);
         }
-        if (const bool wasSeenHidden = taken->second; !wasSeenHidden) {
-            hurried_.insert(window);
-        }
-        takenAway_.erase(taken);
-        returning.push_back(window);
     }
-    const auto& shown = returning.empty() ? instance->windows : returning;
-    askedBack_.insert(shown.begin(), shown.end());
+    const auto& shown = returning.empty() ? untaken : returning;
+    if (shown.empty()) {
+        return;
+    }
+    for (const auto window : shown) {
+        known_.at(window).awaitedUntil = newDeadline();
+    }
     groupedGeneration_.reset();
     windowSystem_.show(shown);
 }
@@ -105,45 +135,60 @@ void AppInstances::lookForWindowless() {
 
 void AppInstances::regroupIfChanged() {
     const auto generation = windowSystem_.generation();
-    if (groupedGeneration_ != generation) {
+    if (endWhatIsOverdue() || groupedGeneration_ != generation) {
         groupedGeneration_ = generation;
         regroup();
     }
 }
 
-void AppInstances::regroup() {
-    if (const auto entriesGeneration = entries_.generation(); entriesGeneration_ != entriesGeneration) {
-        entriesGeneration_ = entriesGeneration;
-        identities_.clear();
+AppInstances::Seconds AppInstances::newDeadline() {
+    const auto deadline = mainQueue_.now() + answerDeadline;
+    nextDeadline_ = nextDeadline_.value_or(deadline);
+    return deadline;
+}
+
+bool AppInstances::endWhatIsOverdue() {
+    const auto now = mainQueue_.now();
+    if (!nextDeadline_ || now < *nextDeadline_) {
+        return false;
     }
+    nextDeadline_.reset();
+    for (auto& [id, known] : known_) {
+        for (auto* const deadline : {&known.awaitedUntil, &known.hurriedUntil}) {
+            if (*deadline && now >= **deadline) {
+                deadline->reset();
+            } else if (*deadline) {
+                nextDeadline_ = std::min(nextDeadline_.value_or(**deadline), **deadline);
+            }
+        }
+    }
+    return true;
+}
+
+void AppInstances::regroup() {
+    entriesGeneration_ = entries_.generation();
     instances_.clear();
     positions_.clear();
     owners_.clear();
     keysByBundleIdentifier_.clear();
-    std::erase_if(identities_, [this](const auto& entry) { return !windowSystem_.exists(entry.first); });
-    std::erase_if(takenAway_, [this](const auto& entry) { return !windowSystem_.exists(entry.first); });
-    for (auto* const windows : {&askedBack_, &hurried_}) {
-        std::erase_if(*windows, [this](WindowId window) { return !windowSystem_.exists(window); });
-    }
+    std::erase_if(known_, [this](const auto& entry) { return !windowSystem_.exists(entry.first); });
 
     for (const auto& window : windowSystem_.windows()) {
-        const auto& identity = identityOf(window);
-        if (!identity) {
+        auto& known = knownWindow(window);
+        identify(known, window);
+        if (!known.identity) {
             continue;
         }
-        const AppInstanceKey key{identity->bundleIdentifier, processOf(window)};
+        takeNoteOf(known, window);
+        const AppInstanceKey key{known.identity->bundleIdentifier, processOf(window)};
         const auto [position, isNew] = positions_.emplace(key, instances_.size());
         if (isNew) {
-            instances_.push_back({key, identity->localizedName, {}, {}, false});
+            instances_.push_back({key, known.identity->localizedName, {}, {}, false});
         }
         auto& instance = instances_[position->second];
         instance.windows.push_back(window.id);
-        forgetIfBroughtBack(window);
-        if (!window.isHidden) {
-            askedBack_.erase(window.id);
-        }
         // One that is on its way back counts as visible: hiding it again has to catch up with it.
-        if (!window.isHidden || askedBack_.contains(window.id)) {
+        if (!window.isHidden || known.awaitedUntil) {
             instance.visibleWindows.push_back(window.id);
         }
         instance.isInTaskList = instance.isInTaskList || window.isInTaskList;
@@ -179,26 +224,34 @@ void AppInstances::addWindowless() {
     }
 }
 
-void AppInstances::forgetIfBroughtBack(const Window& window) {
-    const auto taken = takenAway_.find(window.id);
-    if (taken == takenAway_.end()) {
-        return;
+AppInstances::KnownWindow& AppInstances::knownWindow(const Window& window) {
+    auto& known = known_[window.id];
+    if (known.birth != window.birth) {
+        known = {};
+        known.birth = window.birth;
     }
-    if (window.isHidden) {
-        taken->second = true;
-    } else if (taken->second && !hurried_.contains(window.id)) {
-        takenAway_.erase(taken);
+    return known;
+}
+
+void AppInstances::identify(KnownWindow& known, const Window& window) {
+    if (known.entriesGeneration != entriesGeneration_ || known.hints != window.hints) {
+        known.entriesGeneration = entriesGeneration_;
+        known.hints = window.hints;
+        known.identity = identity_.identify(window.hints);
     }
 }
 
-const std::optional<AppIdentifier>& AppInstances::identityOf(const Window& window) {
-    const auto found = identities_.find(window.id);
-    if (found != identities_.end() && found->second.first == window.hints) {
-        return found->second.second;
+void AppInstances::takeNoteOf(KnownWindow& known, const Window& window) const {
+    if (!window.isHidden) {
+        known.awaitedUntil.reset();
+        known.wasPutAwayBefore = false;
     }
-    auto& entry = identities_[window.id];
-    entry = {window.hints, identity_.identify(window.hints)};
-    return entry.second;
+    if (known.takenAway && window.isHidden) {
+        known.takenAway = true;
+    } else if (known.takenAway.value_or(false) && !known.hurriedUntil) {
+        // Its user brought it back.
+        known.takenAway.reset();
+    }
 }
 
 } // namespace LinuxPlatform

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/MainQueue.h"
 #include "platform/linux/apps/AppIdentity.h"
 #include "platform/linux/apps/ScopedApps.h"
 #include "platform/linux/windows/WindowSystem.h"
@@ -7,11 +8,9 @@
 #include <cstdint>
 #include <map>
 #include <optional>
-#include <set>
 #include <string>
 #include <tuple>
 #include <unordered_map>
-#include <utility>
 #include <vector>
 
 namespace LinuxPlatform {
@@ -40,7 +39,7 @@ class AppInstances {
 public:
     /// All outlive this object.
     AppInstances(WindowSystem& windowSystem, AppIdentity& identity, DesktopEntries& entries,
-                 ScopedApps& scopedApps);
+                 ScopedApps& scopedApps, Platform::MainQueue& mainQueue);
 
     /// Those with a visible window first, otherwise in the order of their oldest windows, those without
     /// windows last; valid until the next call.
@@ -51,22 +50,50 @@ public:
     std::optional<AppInstanceKey> owning(WindowId window);
 
     void hide(const AppInstanceKey& key);
-    /// Shows what `hide` took away, or else everything.
+    /// Shows what `hide` took away. Where it took nothing of the whole app, shows everything: then the app
+    /// was put away by its user, who asks for it now.
     void unhide(const AppInstanceKey& key);
     void activate(const AppInstanceKey& key);
 
 private:
+    using Seconds = Platform::MainQueue::Seconds;
+
+    struct KnownWindow {
+        /// As `Window::birth`.
+        std::uint64_t birth = 0;
+        WindowHints hints;
+        std::optional<AppIdentifier> identity;
+        /// Of the desktop entries by which it was identified.
+        std::uint64_t entriesGeneration = 0;
+
+        /// Hidden on request, and whether it has been seen hidden since: the window manager takes its time.
+        std::optional<bool> takenAway;
+        /// Its user had put it away before others of its app were hidden on request.
+        bool wasPutAwayBefore = false;
+        /// Shown on request and not seen yet. Nobody waits longer than until then.
+        std::optional<Seconds> awaitedUntil;
+        /// Asked the opposite before it was seen to obey. What is seen of it until then may be an answer to
+        /// an earlier request, so it does not say that its user brought it back.
+        std::optional<Seconds> hurriedUntil;
+    };
+
     void regroupIfChanged();
     void regroup();
     void addWindowless();
     void lookForWindowless();
-    void forgetIfBroughtBack(const Window& window);
-    const std::optional<AppIdentifier>& identityOf(const Window& window);
+    KnownWindow& knownWindow(const Window& window);
+    void identify(KnownWindow& known, const Window& window);
+    void takeNoteOf(KnownWindow& known, const Window& window) const;
+    void noteWhatWasPutAway(const AppInstance& instance);
+    bool hasTakenFrom(const std::string& bundleID) const;
+    Seconds newDeadline();
+    bool endWhatIsOverdue();
 
     WindowSystem& windowSystem_;
     AppIdentity& identity_;
     DesktopEntries& entries_;
     ScopedApps& scopedApps_;
+    Platform::MainQueue& mainQueue_;
     std::vector<ScopedApp> scoped_;
     std::uint64_t scopedGeneration_ = 0;
     std::optional<std::uint64_t> groupedGeneration_;
@@ -75,14 +102,10 @@ private:
     std::unordered_map<std::string, std::vector<AppInstanceKey>> keysByBundleIdentifier_;
     std::map<AppInstanceKey, std::size_t> positions_;
     std::unordered_map<WindowId, AppInstanceKey> owners_;
-    std::unordered_map<WindowId, std::pair<WindowHints, std::optional<AppIdentifier>>> identities_;
-    /// Hidden on request, and whether they have been seen hidden since: the window manager takes its time.
-    std::map<WindowId, bool> takenAway_;
-    /// Shown on request, but not seen yet.
-    std::set<WindowId> askedBack_;
-    /// Asked the opposite before they were seen to obey. What is seen of them may be an answer to an earlier
-    /// request, so it does not say that their user brought them back.
-    std::set<WindowId> hurried_;
+    /// Every window of the window system, and those that it does not list for the time being.
+    std::unordered_map<WindowId, KnownWindow> known_;
+    /// Not later than the first one of the known windows'.
+    std::optional<Seconds> nextDeadline_;
 };
 
 } // namespace LinuxPlatform

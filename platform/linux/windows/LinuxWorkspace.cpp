@@ -80,10 +80,10 @@ private:
 } // namespace
 
 LinuxWorkspace::LinuxWorkspace(WindowSystem& windowSystem, AppIdentity& identity, DesktopEntries& entries,
-                               ScopedApps& scopedApps)
+                               ScopedApps& scopedApps, Platform::MainQueue& mainQueue)
     : windowSystem_(windowSystem),
       entries_(entries),
-      instances_(std::make_shared<AppInstances>(windowSystem, identity, entries, scopedApps)),
+      instances_(std::make_shared<AppInstances>(windowSystem, identity, entries, scopedApps, mainQueue)),
       windowEvents_(windowSystem.addEventHandler(
           [this](WindowEvent event, const Window& window) { handleEvent(event, window); })) {}
 

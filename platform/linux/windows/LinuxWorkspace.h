@@ -17,7 +17,7 @@ class LinuxWorkspace : public Platform::Workspace {
 public:
     /// All outlive the workspace; handles it gave out may outlive it.
     LinuxWorkspace(WindowSystem& windowSystem, AppIdentity& identity, DesktopEntries& entries,
-                   ScopedApps& scopedApps);
+                   ScopedApps& scopedApps, Platform::MainQueue& mainQueue);
 
     Platform::RunningApplications runningApplications() override;
     bool knowsEveryWindow() override;

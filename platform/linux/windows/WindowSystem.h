@@ -18,6 +18,8 @@ using WindowId = std::uint64_t;
 /// One top-level window of the session, as its window manager sees it.
 struct Window {
     WindowId id = 0;
+    /// Tells windows apart that have the same identifier one after another.
+    std::uint64_t birth = 0;
     WindowHints hints;
     /// The connection to the display server over which the window was made: one process each, even where the
     /// process is not known.

@@ -357,7 +357,9 @@ void X11WindowModel::takeClientList(std::vector<xcb_window_t> list, Changes& cha
     }
     for (const auto window : clientList_) {
         auto& entry = entries_[window];
-        entry.window.id = window;
+        if (std::exchange(entry.window.id, window) != window) {
+            entry.window.birth = ++lastBirth_;
+        }
         if (!std::exchange(entry.window.isManaged, true)) {
             changes.opened.push_back(window);
         }

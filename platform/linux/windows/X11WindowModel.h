@@ -14,6 +14,8 @@ namespace LinuxPlatform {
 /// What the X server holds about one client window.
 struct X11Window {
     xcb_window_t id = XCB_WINDOW_NONE;
+    /// Tells windows apart that have the same identifier one after another.
+    std::uint64_t birth = 0;
     /// In the window manager's list at this moment.
     bool isManaged = false;
     std::string instanceName;
@@ -160,6 +162,7 @@ private:
     bool isActiveWindowStale_ = true;
     bool areWindowsStale_ = false;
     std::uint64_t generation_ = 0;
+    std::uint64_t lastBirth_ = 0;
     /// The window by which a window manager shows that it is there; none if it has none.
     xcb_window_t managerWindow_ = XCB_WINDOW_NONE;
     bool isManagerGone_ = false;

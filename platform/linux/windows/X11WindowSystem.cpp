@@ -204,6 +204,7 @@ bool X11WindowSystem::isAppWindow(const X11Window& window) const {
 Window X11WindowSystem::describe(const X11Window& window) const {
     Window described;
     described.id = window.id;
+    described.birth = window.birth;
     described.hints = {window.instanceName, window.className, window.desktopFile, window.applicationId,
                        window.connectedProcess};
     if (!described.hints.process && (window.clientMachine.empty() || window.clientMachine == hostName_)) {
