@@ -10,7 +10,11 @@ import unittest
 from pathlib import Path
 
 SCRIPT = Path(__file__).resolve().parents[2] / "scripts/virtual-desktop"
-WINDOW_MANAGERS = {"x11-openbox": "openbox", "x11-xfwm4": "xfwm4", "x11-bare": None}
+WINDOW_MANAGERS = {"x11-openbox": "openbox", "x11-xfwm4": "xfwm4", "x11-i3": "i3", "x11-bare": None, "sway": "sway",
+                   "weston": "weston"}
+WAYLAND_SESSIONS = ("sway", "weston")
+# It keeps its list of windows to itself.
+SESSIONS_WITHOUT_LIST = ("x11-bare", "weston")
 PARTS = {"dbus-daemon", "Xvfb", "openbox", "trayer", "dunst"}
 MEDIA_PARTS = {"pipewire", "wireplumber", "pipewire-pulse"}
 
@@ -41,6 +45,11 @@ def wait_until(condition, seconds=30):
             raise AssertionError("the condition did not come true in time")
         time.sleep(0.01)
     return answer
+
+
+def patiently(condition):
+    """A shell command that waits for another to succeed, for 20 seconds."""
+    return f"for turn in $(seq 100); do {condition} && break; sleep 0.2; done"
 
 
 def listed_processes(text):
@@ -130,8 +139,8 @@ class VirtualDesktopTest(unittest.TestCase):
         self.assertEqual(self.ask(CALL_BUS + "NameHasOwner org.freedesktop.Notifications").strip(), "(true,)")
 
     def test_has_a_window_manager_that_lists_windows(self):
-        for session, window_manager in WINDOW_MANAGERS.items():
-            if window_manager:
+        for session in WINDOW_MANAGERS:
+            if session not in SESSIONS_WITHOUT_LIST:
                 with self.subTest(session):
                     windows = self.ask("""
                         xterm -fa Monospace -title listed &
@@ -147,6 +156,34 @@ class VirtualDesktopTest(unittest.TestCase):
                 names = [name for _, _, name in listed_processes(output)]
                 expected = [window_manager] if window_manager else []
                 self.assertEqual([name for name in names if name in WINDOW_MANAGERS.values()], expected)
+
+    def test_wayland_sessions_are_an_ordinary_users(self):
+        for session in WAYLAND_SESSIONS:
+            with self.subTest(session):
+                output = self.ask("""
+                    id -u
+                    echo "$XDG_SESSION_TYPE $XDG_CURRENT_DESKTOP"
+                    test -S "$XDG_RUNTIME_DIR/$WAYLAND_DISPLAY" && echo socket
+                    test "$DISPLAY" != "$VIRTUAL_DESKTOP_SCREEN" && echo two""", options=["--session", session])
+                user, names, *facts = output.splitlines()
+                self.assertNotEqual(user, "0")
+                self.assertEqual((names, facts), (f"wayland {session}", ["socket", "two"]))
+
+    def test_keys_and_pictures_of_wayland_sessions_are_those_of_the_screen(self):
+        programs = {"of Wayland": "foot -o colors.background=2040a0", "of X11": "xterm -fa Monospace -bg '#2040a0' -e"}
+        blue_is_shown = r"import -window root -depth 8 rgb:- | LC_ALL=C grep -qaP '(\x20\x40\xa0){9}'"
+        for session in WAYLAND_SESSIONS:
+            for kind, program in programs.items():
+                with self.subTest(session + ", a program " + kind):
+                    typed = self.ask(f"""
+                        {program} sh -c 'read line; echo "$line" >typed.new; mv typed.new typed' 2>/dev/null &
+                        export DISPLAY=$VIRTUAL_DESKTOP_SCREEN
+                        {patiently(blue_is_shown)}
+                        xdotool type hello
+                        xdotool key Return
+                        {patiently("test -e typed")}
+                        cat typed; rm typed""", options=["--session", session], cwd=self.scratch)
+                    self.assertEqual(typed, "hello\n")
 
     def test_has_a_tray_unless_told_otherwise(self):
         ask_owner = f"{sys.executable} -c '{TRAY_OWNER}'"
@@ -256,7 +293,10 @@ class VirtualDesktopTest(unittest.TestCase):
                 world, processes = self.start_and_list(self.scratch / session, options=["--session", session])
                 self.assertEqual([entry for entry in processes if not is_running(*entry[:2])], [])
                 world.communicate("\n", timeout=60)
-                self.assert_gone(processes, PARTS - {"openbox"} | {window_manager} - {None})
+                parts = PARTS - {"openbox"} | {window_manager} - {None}
+                if session in WAYLAND_SESSIONS:
+                    parts = parts - {"trayer"} | {"status-notifier"}
+                self.assert_gone(processes, parts)
 
     def test_ends_what_the_command_left_running(self):
         pid, start_time = self.ask("setsid sleep 1000 & echo $! $(cut -d' ' -f22 /proc/$!/stat)").split()
