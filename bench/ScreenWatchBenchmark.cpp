@@ -1,5 +1,6 @@
 /// What a poll of the screen watch costs with a number of X clients, at rest and while one captures. It needs
 /// an X server; scripts/virtual-desktop has one.
+#include "platform/linux/StandardErrorLog.h"
 #include "platform/linux/screenwatch/PipeWireCaptureWatch.h"
 #include "platform/linux/screenwatch/X11CaptureWatch.h"
 
@@ -72,9 +73,10 @@ void poll(benchmark::State& state, X11CaptureWatch& watch) {
 }
 
 void pollAtRest(benchmark::State& state) {
-    const auto watch = X11CaptureWatch::open();
+    LinuxPlatform::StandardErrorLog log;
+    const auto watch = X11CaptureWatch::open(log);
     const auto clients = connect(state.range(0));
-    if (!watch || watch->isScreenCaptured()) {
+    if (!watch || watch->isScreenCaptured() != false) {
         return state.SkipWithError("the X server does not tell what is read, or the screen is captured");
     }
     poll(state, *watch);
@@ -82,19 +84,21 @@ void pollAtRest(benchmark::State& state) {
 
 void pollDuringACapture(benchmark::State& state) {
     const Recorder recorder;
-    const auto watch = X11CaptureWatch::open();
+    LinuxPlatform::StandardErrorLog log;
+    const auto watch = X11CaptureWatch::open(log);
     const auto clients = connect(state.range(0));
-    for (int tenths = 0; watch && tenths < 50 && !watch->isScreenCaptured(); ++tenths) {
+    for (int tenths = 0; watch && tenths < 50 && watch->isScreenCaptured() != true; ++tenths) {
         usleep(100'000);
     }
-    if (!watch || !watch->isScreenCaptured()) {
+    if (!watch || watch->isScreenCaptured() != true) {
         return state.SkipWithError("the capture is not seen");
     }
     poll(state, *watch);
 }
 
 void pollPipeWire(benchmark::State& state) {
-    const auto watch = LinuxPlatform::PipeWireCaptureWatch::open();
+    LinuxPlatform::StandardErrorLog log;
+    const auto watch = LinuxPlatform::PipeWireCaptureWatch::open(log);
     for (auto iteration : state) {
         benchmark::DoNotOptimize(watch->isScreenCaptured());
     }

@@ -190,13 +190,14 @@ void addShell(Platform::Platform& platform, Session& session, const SessionEnvir
         std::make_unique<SettingsLinkOpener>(desktopNames(environment), QtPlatform::startDetached);
 }
 
-std::vector<std::unique_ptr<CaptureWatch>> captureRoads(const SessionEnvironment& environment) {
+std::vector<std::unique_ptr<CaptureWatch>> captureRoads(const SessionEnvironment& environment,
+                                                        Platform::Log& log) {
     std::vector<std::unique_ptr<CaptureWatch>> roads;
     // The X server of a Wayland session shows its clients nothing but black.
-    if (auto road = environment.kind == SessionKind::x11 ? X11CaptureWatch::open() : nullptr) {
+    if (auto road = environment.kind == SessionKind::x11 ? X11CaptureWatch::open(log) : nullptr) {
         roads.push_back(std::move(road));
     }
-    if (auto road = PipeWireCaptureWatch::open()) {
+    if (auto road = PipeWireCaptureWatch::open(log)) {
         roads.push_back(std::move(road));
     }
     return roads;
@@ -278,12 +279,12 @@ Platform::Platform makeLinuxPlatform(const SessionEnvironment& environment) {
     platform.loginItem = std::make_unique<AutostartEntry>(
         g_get_user_config_dir(), QCoreApplication::applicationFilePath().toStdString());
     session->scopedApps = std::make_unique<ScopedApps>(session->entries, *platform.mainQueue);
-    auto workspace = std::make_unique<LinuxWorkspace>(*session->windowSystem, session->identity,
-                                                      session->entries, *session->scopedApps,
-                                                      *platform.mainQueue);
+    auto workspace =
+        std::make_unique<LinuxWorkspace>(*session->windowSystem, session->identity, session->entries,
+                                         *session->scopedApps, *platform.mainQueue);
     platform.systemVersion = std::make_unique<InterfaceLevel>(*session->windowSystem);
     platform.statusBar = std::make_unique<TrayStatusBar>(*platform.mainQueue, *platform.log, trayToolkit());
-    platform.screenWatcherProbe = std::make_unique<ScreenWatch>(captureRoads(environment));
+    platform.screenWatcherProbe = std::make_unique<ScreenWatch>(captureRoads(environment, *platform.log));
     platform.userNotificationCenter =
         std::make_unique<DBusNotificationCenter>(QDBusConnection::sessionBus(), *platform.mainQueue,
                                                  "Curtain", QGuiApplication::desktopFileName().toStdString());

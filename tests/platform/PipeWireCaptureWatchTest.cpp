@@ -2,6 +2,7 @@
 
 #include "tests/support/ChildProcess.h"
 #include "tests/support/EventLoop.h"
+#include "tests/support/RecordingLog.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <QByteArray>
@@ -15,21 +16,59 @@
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
+
+#include <sys/resource.h>
 
 namespace {
 
 using LinuxPlatform::PipeWireCaptureWatch;
+using testing::IsEmpty;
+using testing::SizeIs;
 using TestSupport::ChildProcess;
 using TestSupport::spinUntil;
 using namespace std::chrono_literals;
 
 constexpr auto patience = 20s;
+constexpr std::optional<bool> unknown;
+
+/// Its time passes by hand.
+class HandDrivenWatch {
+public:
+    HandDrivenWatch() { open(); }
+
+    void open() {
+        watch_.reset();
+        watch_ = PipeWireCaptureWatch::open(log_, [this] { return now_; });
+    }
+
+    PipeWireCaptureWatch* operator->() const { return watch_.get(); }
+    explicit operator bool() const { return watch_ != nullptr; }
+
+    void pass(std::chrono::milliseconds time) { now_ += time; }
+    const std::vector<std::string>& lines() const { return log_.lines; }
+
+    /// A tenth of a second passes from one question to the next.
+    bool becomes(std::optional<bool> isCaptured) {
+        return spinUntil(
+            [&] {
+                pass(100ms);
+                return watch_->isScreenCaptured() == isCaptured;
+            },
+            patience);
+    }
+
+private:
+    TestSupport::RecordingLog log_;
+    LinuxPlatform::Reopening::Clock::time_point now_{};
+    std::unique_ptr<PipeWireCaptureWatch> watch_;
+};
 
 class PipeWireCaptureWatchTest : public testing::Test {
 protected:
-    std::unique_ptr<PipeWireCaptureWatch> watch_ = PipeWireCaptureWatch::open();
+    HandDrivenWatch watch_;
     TestSupport::TemporaryFolder folder_;
     int receivers_ = 0;
 
@@ -60,20 +99,26 @@ protected:
         return process.readAllStandardOutput().contains(QByteArray::fromStdString('"' + name + '"'));
     }
 
-    bool becomes(bool isCaptured) {
-        return spinUntil([&] { return watch_->isScreenCaptured() == isCaptured; }, patience);
+    /// Whether some program receives the stream of that name.
+    static bool isReceived(const std::string& name) {
+        QProcess process;
+        process.start(QStringLiteral("pw-link"), {QStringLiteral("--links"), QString::fromStdString(name)});
+        process.waitForFinished();
+        return process.readAllStandardOutput().contains("->");
     }
+
+    bool becomes(bool isCaptured) { return watch_.becomes(isCaptured); }
 };
 
 TEST_F(PipeWireCaptureWatchTest, NobodyCasts) {
-    EXPECT_FALSE(watch_->isScreenCaptured());
+    EXPECT_EQ(watch_->isScreenCaptured(), false);
     EXPECT_TRUE(watch_->isConnected());
 }
 
 TEST_F(PipeWireCaptureWatchTest, CastCountsWhileItIsReceived) {
     const auto cast = send("xdg-desktop-portal-wlr", {});
     ASSERT_TRUE(spinUntil([&] { return has("xdg-desktop-portal-wlr"); }, patience));
-    EXPECT_FALSE(watch_->isScreenCaptured());
+    EXPECT_EQ(watch_->isScreenCaptured(), false);
     auto receiver = receive("xdg-desktop-portal-wlr");
     EXPECT_TRUE(becomes(true));
     receiver->end(SIGKILL);
@@ -84,15 +129,34 @@ TEST_F(PipeWireCaptureWatchTest, CastCountsWhileItIsReceived) {
     EXPECT_TRUE(becomes(false));
 }
 
+TEST_F(PipeWireCaptureWatchTest, CastThatPausesCountsForAWhile) {
+    constexpr auto memory = LinuxPlatform::CaptureWatch::memory;
+    const auto cast = send("xdg-desktop-portal-wlr", {});
+    auto receiver = receive("xdg-desktop-portal-wlr");
+    ASSERT_TRUE(becomes(true));
+    // Nobody asks for a while, and it goes on.
+    watch_.pass(memory / 2);
+    receiver->end(SIGKILL);
+    ASSERT_TRUE(spinUntil([&] { return !isReceived("xdg-desktop-portal-wlr"); }, patience));
+    EXPECT_EQ(watch_->isScreenCaptured(), true);
+    watch_.pass(memory - 1s);
+    EXPECT_EQ(watch_->isScreenCaptured(), true);
+    receiver = receive("xdg-desktop-portal-wlr");
+    EXPECT_EQ(watch_->isScreenCaptured(), true);
+    watch_.pass(memory - 1s);
+    EXPECT_EQ(watch_->isScreenCaptured(), true);
+    receiver->end(SIGKILL);
+    EXPECT_TRUE(becomes(false));
+}
+
 TEST_F(PipeWireCaptureWatchTest, CastThatBeganBeforeCounts) {
-    watch_.reset();
     const auto cast = send("gnome-shell", {"media.class=Stream/Output/Video"});
     const auto receiver = receive("gnome-shell");
     // A busy daemon may be too slow once, but not each time.
     EXPECT_TRUE(spinUntil(
         [&] {
-            watch_ = PipeWireCaptureWatch::open();
-            return watch_->isScreenCaptured();
+            watch_.open();
+            return watch_->isScreenCaptured() == true;
         },
         patience))
         << "the first question tells";
@@ -104,7 +168,7 @@ TEST_F(PipeWireCaptureWatchTest, CamerasInUseDoNotCount) {
     const auto cameraReceiver = receive("gnome-shell-camera");
     const auto otherReceiver = receive("studio-camera");
     for (int question = 0; question < 100; ++question) {
-        EXPECT_FALSE(watch_->isScreenCaptured());
+        EXPECT_EQ(watch_->isScreenCaptured(), false);
     }
     const auto cast = send("kwin_wayland", {});
     const auto receiver = receive("kwin_wayland");
@@ -130,33 +194,68 @@ protected:
     TestSupport::TemporaryFolder folder_;
 };
 
-TEST_F(PipeWireDaemonTest, IsFoundWhenItAppearsAndAgainWhenItIsBack) {
-    const auto watch = PipeWireCaptureWatch::open();
+TEST_F(PipeWireDaemonTest, OneThatIsNotThereCastsNothing) {
+    HandDrivenWatch watch;
     ASSERT_TRUE(watch);
     for (int question = 0; question < 100; ++question) {
-        EXPECT_FALSE(watch->isScreenCaptured());
+        EXPECT_EQ(watch->isScreenCaptured(), false);
         EXPECT_FALSE(watch->isConnected());
     }
-    for (int life = 0; life < 3; ++life) {
-        const auto daemon = start();
-        EXPECT_TRUE(spinUntil([&] { return !watch->isScreenCaptured() && watch->isConnected(); }, patience));
-        daemon->end(SIGKILL);
-        EXPECT_TRUE(spinUntil([&] { return !watch->isConnected(); }, patience));
-        std::filesystem::remove(folder_.path() / "pipewire-0");
-    }
-    EXPECT_FALSE(watch->isScreenCaptured());
+    const auto daemon = start();
+    EXPECT_TRUE(
+        spinUntil([&] { return watch->isScreenCaptured() == false && watch->isConnected(); }, patience));
+    EXPECT_THAT(watch.lines(), IsEmpty());
 }
 
-TEST_F(PipeWireDaemonTest, FrozenOneHoldsNobodyUp) {
+TEST_F(PipeWireDaemonTest, OneThatBreaksOffLeavesNothingKnownUntilItIsBack) {
+    HandDrivenWatch watch;
+    ASSERT_TRUE(watch);
+    for (int life = 0; life < 3; ++life) {
+        const auto daemon = start();
+        EXPECT_TRUE(watch.becomes(false));
+        EXPECT_TRUE(watch->isConnected());
+        // What breaks again at once is no news.
+        watch.pass(LinuxPlatform::Reopening::longestPause);
+        daemon->end(SIGKILL);
+        EXPECT_TRUE(watch.becomes(unknown));
+        EXPECT_FALSE(watch->isConnected());
+        std::filesystem::remove(folder_.path() / "pipewire-0");
+        for (int question = 0; question < 100; ++question) {
+            watch.pass(1s);
+            EXPECT_EQ(watch->isScreenCaptured(), unknown);
+        }
+    }
+    EXPECT_THAT(watch.lines(), SizeIs(3));
+}
+
+TEST_F(PipeWireDaemonTest, FrozenOneHoldsNobodyUpAndLeavesNothingKnown) {
     const auto daemon = start();
     ASSERT_EQ(kill(daemon->id(), SIGSTOP), 0);
-    const auto watch = PipeWireCaptureWatch::open();
+    HandDrivenWatch watch;
     ASSERT_TRUE(watch);
     const auto start = std::chrono::steady_clock::now();
     for (int question = 0; question < 100; ++question) {
-        EXPECT_FALSE(watch->isScreenCaptured());
+        EXPECT_EQ(watch->isScreenCaptured(), unknown);
     }
     EXPECT_LT(std::chrono::steady_clock::now() - start, 5s);
+    ASSERT_EQ(kill(daemon->id(), SIGCONT), 0);
+    EXPECT_TRUE(watch.becomes(false));
+}
+
+TEST_F(PipeWireDaemonTest, PlaceThatCannotBeReachedLeavesNothingKnown) {
+    const auto daemon = start();
+    HandDrivenWatch watch;
+    ASSERT_TRUE(watch);
+    // No descriptor is left for a connection.
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit none{0, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    const auto answer = watch->isScreenCaptured();
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
+    EXPECT_EQ(answer, unknown);
+    EXPECT_THAT(watch.lines(), SizeIs(1));
+    EXPECT_TRUE(watch.becomes(false));
 }
 
 } // namespace

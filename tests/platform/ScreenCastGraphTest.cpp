@@ -65,6 +65,29 @@ TEST_F(ScreenCastGraphTest, UnknownCasterIsKnownByThePortalsReceiver) {
     EXPECT_FALSE(graph.isScreenCast());
 }
 
+TEST_F(ScreenCastGraphTest, DesktopsOwnPreviewsAreNone) {
+    graph.clients[portal] = {"kwin_wayland", "kwin_wayland", "unrestricted", ""};
+    graph.nodes[cast] = {"Stream/Output/Video", "kwin_wayland", "", portal, false, true};
+    graph.clients[browser] = {"plasmashell", "plasmashell", "unrestricted", ""};
+    EXPECT_FALSE(graph.isScreenCast()) << "the task bar's";
+    graph.nodes[receiver].client = portal;
+    EXPECT_FALSE(graph.isScreenCast()) << "the compositor's";
+    graph.nodes[receiver].client = browser;
+    graph.clients[browser] = {"plasmashell", "plasmashell", "portal", ""};
+    EXPECT_TRUE(graph.isScreenCast()) << "whoever came through the portal is not the desktop";
+    graph.clients[browser] = {"plasmashell", "recorder", "unrestricted", ""};
+    EXPECT_TRUE(graph.isScreenCast());
+}
+
+TEST_F(ScreenCastGraphTest, DesktopsPreviewHidesNoOtherReceiver) {
+    graph.clients[32] = {"plasmashell", "plasmashell", "unrestricted", ""};
+    graph.nodes[42] = {"Stream/Input/Video", "plasmashell", "", 32, false, true};
+    graph.links[51] = {cast, 42};
+    EXPECT_TRUE(graph.isScreenCast());
+    graph.remove(link);
+    EXPECT_FALSE(graph.isScreenCast());
+}
+
 TEST_F(ScreenCastGraphTest, NobodyReceivesIt) {
     graph.remove(link);
     EXPECT_FALSE(graph.isScreenCast());

@@ -3,25 +3,36 @@
 
 #include "tests/support/ChildProcess.h"
 #include "tests/support/EventLoop.h"
+#include "tests/support/RecordingLog.h"
 #include "tests/support/X11TestClient.h"
 
 #include <QDeadlineTimer>
 #include <QElapsedTimer>
 
+#include <xcb/record.h>
 #include <xcb/res.h>
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <filesystem>
+#include <iterator>
 #include <memory>
+#include <optional>
+#include <span>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include <sys/socket.h>
+
 namespace {
 
 using LinuxPlatform::X11CaptureWatch;
+using LinuxPlatform::XcbPointer;
+using testing::SizeIs;
 using TestSupport::ChildProcess;
 using TestSupport::spinUntil;
 using namespace std::chrono_literals;
@@ -31,11 +42,27 @@ constexpr auto patience = 20s;
 /// Well before a capture that merely pauses is forgotten.
 constexpr auto atOnce = LinuxPlatform::ScreenReads::memory / 2;
 
+/// The sockets of this process, in their order.
+std::vector<int> sockets() {
+    std::vector<int> found;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+        std::error_code error;
+        if (std::filesystem::read_symlink(entry.path(), error).string().starts_with("socket:")) {
+            found.push_back(std::stoi(entry.path().filename()));
+        }
+    }
+    std::ranges::sort(found);
+    return found;
+}
+
 class X11CaptureWatchTest : public testing::Test {
 protected:
+    TestSupport::RecordingLog log_;
     TestSupport::X11TestClient client_;
     const std::uint32_t otherClients_ = clients();
-    std::unique_ptr<X11CaptureWatch> watch_ = X11CaptureWatch::open();
+    /// Passes by hand. It matters only to a watch that has to begin again.
+    LinuxPlatform::Reopening::Clock::time_point time_{};
+    std::unique_ptr<X11CaptureWatch> watch_ = open();
 
     void SetUp() override { ASSERT_TRUE(watch_); }
 
@@ -45,15 +72,58 @@ protected:
         EXPECT_TRUE(spinUntil([&] { return clients() <= otherClients_; }, patience));
     }
 
+    std::unique_ptr<X11CaptureWatch> open() {
+        return X11CaptureWatch::open(log_, [this] { return time_; });
+    }
+
     /// How many connections the server has.
     std::uint32_t clients() const {
-        const LinuxPlatform::XcbPointer<xcb_res_query_clients_reply_t> reply(
-            xcb_res_query_clients_reply(client_.get(), xcb_res_query_clients(client_.get()), nullptr));
+        const auto reply = clientList();
         return reply ? reply->num_clients : 0;
     }
 
+    XcbPointer<xcb_res_query_clients_reply_t> clientList() const {
+        return XcbPointer<xcb_res_query_clients_reply_t>(
+            xcb_res_query_clients_reply(client_.get(), xcb_res_query_clients(client_.get()), nullptr));
+    }
+
+    /// By which the watch is told who reads; absent when there is none. It is switched off on the way: there
+    /// is no other way to find it.
+    std::optional<xcb_record_context_t> endRecording() const {
+        constexpr std::uint32_t someIdentifiers = 32;
+        const auto reply = clientList();
+        const std::span list(xcb_res_query_clients_clients(reply.get()),
+                             static_cast<std::size_t>(xcb_res_query_clients_clients_length(reply.get())));
+        for (const auto& entry : list) {
+            for (std::uint32_t number = 0; number < someIdentifiers; ++number) {
+                const auto context = entry.resource_base | number;
+                const XcbPointer<xcb_generic_error_t> error(xcb_request_check(
+                    client_.get(), xcb_record_disable_context_checked(client_.get(), context)));
+                if (!error) {
+                    return context;
+                }
+            }
+        }
+        return std::nullopt;
+    }
+
+    /// What has to happen after the watch was told nothing more.
+    void checkThatItBeginsAgain() {
+        EXPECT_TRUE(becomes(std::nullopt));
+        EXPECT_THAT(log_.lines, SizeIs(1));
+        auto reader = read("RECORDER", "image", whole_, "66");
+        EXPECT_TRUE(becomes(true));
+        reader->end(SIGKILL);
+        EXPECT_TRUE(becomes(std::nullopt, atOnce)) << "others may have begun before, and read seldom";
+        time_ += LinuxPlatform::CaptureWatch::memory;
+        EXPECT_EQ(watch_->isScreenCaptured(), false);
+        reader = read("RECORDER", "image", whole_, "66");
+        EXPECT_TRUE(becomes(true));
+        EXPECT_THAT(log_.lines, SizeIs(1));
+    }
+
     int screenWidth() const {
-        const LinuxPlatform::XcbPointer<xcb_get_geometry_reply_t> reply(
+        const XcbPointer<xcb_get_geometry_reply_t> reply(
             xcb_get_geometry_reply(client_.get(), xcb_get_geometry(client_.get(), client_.root()), nullptr));
         return reply ? reply->width : 0;
     }
@@ -78,7 +148,7 @@ protected:
     }
 
     /// Asks several times a second until the answer is that.
-    bool becomes(bool isCaptured, std::chrono::milliseconds deadline = patience) {
+    bool becomes(std::optional<bool> isCaptured, std::chrono::milliseconds deadline = patience) {
         QElapsedTimer sinceLast;
         return spinUntil(
             [&] {
@@ -100,14 +170,14 @@ protected:
 };
 
 TEST_F(X11CaptureWatchTest, NobodyReadsAnIdleDesktop) {
-    EXPECT_FALSE(watch_->isScreenCaptured());
+    EXPECT_EQ(watch_->isScreenCaptured(), false);
 }
 
 TEST_F(X11CaptureWatchTest, CaptureIsSeenByTheNextPollAndItsEndAtOnce) {
     const auto reader = read("RECORDER", "image", whole_, "66");
     // For as long as from one poll to the next.
     ASSERT_TRUE(spinUntil([&] { return count("RECORDER") > 45; }, patience));
-    EXPECT_TRUE(watch_->isScreenCaptured());
+    EXPECT_EQ(watch_->isScreenCaptured(), true);
     reader->end(SIGKILL);
     EXPECT_TRUE(becomes(false, atOnce));
 }
@@ -116,17 +186,144 @@ TEST_F(X11CaptureWatchTest, CaptureByCopiesIsSeenFromItsFirstCopy) {
     // What browsers do: nothing of theirs is there before the capture begins.
     const auto reader = read("BROWSER", "copy", whole_, "200");
     ASSERT_TRUE(spinUntil([&] { return count("BROWSER") > 15; }, patience));
-    EXPECT_TRUE(watch_->isScreenCaptured()) << "the first poll tells";
+    EXPECT_EQ(watch_->isScreenCaptured(), true) << "the first poll tells";
 }
 
 TEST_F(X11CaptureWatchTest, CaptureThatBeganBeforeIsSeen) {
     watch_.reset();
     const auto copying = read("EARLY", "copy", whole_, "100");
     ASSERT_TRUE(spinUntil([&] { return count("EARLY") > 0; }, patience));
-    watch_ = X11CaptureWatch::open();
+    watch_ = open();
     const auto before = count("EARLY");
     ASSERT_TRUE(spinUntil([&] { return count("EARLY") > before + 30; }, patience));
-    EXPECT_TRUE(watch_->isScreenCaptured());
+    EXPECT_EQ(watch_->isScreenCaptured(), true);
+}
+
+TEST_F(X11CaptureWatchTest, WhoeverEndsTheRecordingIsNotTheEndOfTheWatch) {
+    ASSERT_TRUE(endRecording());
+    checkThatItBeginsAgain();
+}
+
+TEST_F(X11CaptureWatchTest, ConnectionThatIsKilledIsMadeAgain) {
+    const auto context = endRecording();
+    ASSERT_TRUE(context);
+    xcb_kill_client(client_.get(), *context);
+    client_.sync();
+    checkThatItBeginsAgain();
+}
+
+TEST_F(X11CaptureWatchTest, DataConnectionThatBreaksIsMadeAgain) {
+    watch_.reset();
+    const auto before = sockets();
+    watch_ = open();
+    // The other one is for questions.
+    std::vector<int> own;
+    std::ranges::set_difference(sockets(), before, std::back_inserter(own));
+    ASSERT_THAT(own, SizeIs(2));
+    ASSERT_EQ(shutdown(own.back(), SHUT_RDWR), 0);
+    checkThatItBeginsAgain();
+}
+
+TEST_F(X11CaptureWatchTest, RecordingThatIsEndedAgainAndAgainIsBegunLessAndLessOften) {
+    ASSERT_TRUE(endRecording());
+    EXPECT_TRUE(becomes(std::nullopt));
+    for (const auto pause : {1s, 2s, 4s, 8s}) {
+        ASSERT_TRUE(endRecording()) << "it is there again";
+        // Nothing is open, so nothing is asked.
+        EXPECT_TRUE(
+            spinUntil([&] { return watch_->isScreenCaptured() == std::nullopt && watch_->roundTrips() == 0; },
+                      patience));
+        time_ += pause - 1ms;
+        EXPECT_EQ(watch_->isScreenCaptured(), std::nullopt);
+        EXPECT_FALSE(endRecording());
+        time_ += 1ms;
+        EXPECT_EQ(watch_->isScreenCaptured(), std::nullopt);
+    }
+    EXPECT_THAT(log_.lines, SizeIs(1));
+}
+
+TEST_F(X11CaptureWatchTest, ClientOfTheOtherByteOrderIsSeen) {
+    const auto reader = read("SWAPPED", "image", whole_, "66", {"swapped"});
+    ASSERT_TRUE(spinUntil([&] { return count("SWAPPED") > 30; }, patience));
+    EXPECT_EQ(watch_->isScreenCaptured(), true);
+    reader->end(SIGKILL);
+    EXPECT_TRUE(becomes(false, atOnce));
+}
+
+TEST_F(X11CaptureWatchTest, CompositorThatCapturesIsSeen) {
+    const auto reader = read("COMPOSITOR", "image", whole_, "100", {"damage", "compositor"});
+    EXPECT_TRUE(becomes(true));
+}
+
+/// A client that copies a lot within a pixmap of its own.
+class Flood {
+public:
+    /// Of 28 bytes each.
+    explicit Flood(int copies) {
+        xcb_create_pixmap(client_.get(), 24, pixmap_, client_.root(), 10, 10);
+        xcb_create_gc(client_.get(), context_, client_.root(), 0, nullptr);
+        for (int copy = 0; copy < copies; ++copy) {
+            xcb_copy_area(client_.get(), pixmap_, pixmap_, context_, 0, 0, 5, 5, 2, 2);
+        }
+        client_.sync();
+    }
+
+private:
+    TestSupport::X11TestClient client_;
+    xcb_pixmap_t pixmap_ = xcb_generate_id(client_.get());
+    xcb_gcontext_t context_ = xcb_generate_id(client_.get());
+};
+
+struct CountingReceiver : LinuxPlatform::X11RecordStream::Receiver {
+    int requests = 0;
+
+    void clientStarted(LinuxPlatform::X11ClientId) override {}
+    void clientDied(LinuxPlatform::X11ClientId) override {}
+    void requestSent(LinuxPlatform::X11ClientId, LinuxPlatform::X11RecordStream::Time,
+                     const LinuxPlatform::X11Request&) override {
+        ++requests;
+    }
+};
+
+TEST_F(X11CaptureWatchTest, StreamHandsOverNoMoreAtOnceThanIsWanted) {
+    const auto control = LinuxPlatform::X11Connection::open();
+    const auto stream = LinuxPlatform::X11RecordStream::open(*control, {{XCB_COPY_AREA, XCB_COPY_AREA}});
+    ASSERT_TRUE(stream);
+    constexpr int copies = 10'000;
+    // The server keeps the last ones back until the client says something else, or ends.
+    Flood{copies};
+    CountingReceiver receiver;
+    constexpr std::size_t most = 10'000;
+    int turns = 0;
+    ASSERT_TRUE(spinUntil(
+        [&] {
+            const auto before = receiver.requests;
+            // The last part may be of some length.
+            EXPECT_LT(stream->drain(receiver, most), most + 5'000);
+            turns += receiver.requests > before ? 1 : 0;
+            return receiver.requests >= copies;
+        },
+        patience))
+        << receiver.requests;
+    EXPECT_EQ(receiver.requests, copies) << "nothing is lost";
+    EXPECT_GE(turns, 28 * copies / static_cast<int>(most + 5'000));
+}
+
+TEST_F(X11CaptureWatchTest, FloodIsLookedThroughTurnByTurnAndNotKnownBefore) {
+    constexpr std::size_t most = 1000;
+    const auto readers = LinuxPlatform::X11ScreenReaders::open(LinuxPlatform::X11Connection::open(), most);
+    ASSERT_TRUE(readers);
+    const Flood flood(10'000);
+    // Not in the event loop, where they are taken in without a question.
+    const QDeadlineTimer deadline(patience);
+    while (readers->isCapture() != std::nullopt) {
+        ASSERT_FALSE(deadline.hasExpired());
+        std::this_thread::sleep_for(1ms);
+    }
+    const auto wakeUps = readers->wakeUps();
+    EXPECT_TRUE(spinUntil([&] { return readers->wakeUps() >= wakeUps + 10; }, 4s))
+        << "before the pause is over that follows a drain";
+    EXPECT_TRUE(spinUntil([&] { return readers->isCapture() == false; }, patience));
 }
 
 /// Makes the screen smaller, and whole again at the end.
@@ -146,7 +343,7 @@ TEST_F(X11CaptureWatchTest, CaptureOfAMonitorThatCameLaterIsSeen) {
     watch_.reset();
     {
         const SmallScreen small;
-        watch_ = X11CaptureWatch::open();
+        watch_ = open();
         ASSERT_EQ(screenWidth(), 640);
     }
     ASSERT_EQ(screenWidth(), 1280);
@@ -187,7 +384,7 @@ TEST_F(X11CaptureWatchTest, InnocentReadersAreNone) {
     readers.push_back(read(names[2], "image", whole_, "500", {"reconnects"}));
     readers.push_back(read(names[3], "scroll", whole_, "100"));
     readers.push_back(read(names[4], "own", whole_, "100"));
-    readers.push_back(read(names[5], "image", whole_, "100", {"damage", "compositor"}));
+    readers.push_back(read(names[5], "image", {"300", "300", "9", "9"}, "100", {"damage", "compositor"}));
     TestSupport::X11TestClient self;
     QElapsedTimer time;
     time.start();
@@ -204,7 +401,7 @@ TEST_F(X11CaptureWatchTest, InnocentReadersAreNone) {
         [&] {
             xcb_get_image_unchecked(self.get(), XCB_IMAGE_FORMAT_Z_PIXMAP, self.root(), 0, 0, 1280, 800, ~0U);
             self.sync();
-            EXPECT_FALSE(watch_->isScreenCaptured()) << "after " << time.elapsed() << " ms";
+            EXPECT_EQ(watch_->isScreenCaptured(), false) << "after " << time.elapsed() << " ms";
             ++answers;
             return (time.elapsed() > 5000 && haveAllRead()) || testing::Test::HasFailure();
         },
@@ -216,13 +413,13 @@ TEST_F(X11CaptureWatchTest, InnocentReadersAreNone) {
 }
 
 TEST_F(X11CaptureWatchTest, IdleDesktopCostsNothing) {
-    ASSERT_FALSE(watch_->isScreenCaptured());
+    ASSERT_EQ(watch_->isScreenCaptured(), false);
     const auto roundTrips = watch_->roundTrips();
     const auto wakeUps = watch_->wakeUps();
     pass(5500ms);
     EXPECT_EQ(watch_->wakeUps(), wakeUps);
     for (int poll = 0; poll < 20; ++poll) {
-        EXPECT_FALSE(watch_->isScreenCaptured());
+        EXPECT_EQ(watch_->isScreenCaptured(), false);
     }
     EXPECT_EQ(watch_->roundTrips(), roundTrips) << "a poll asks the server nothing";
 }
@@ -234,7 +431,7 @@ TEST_F(X11CaptureWatchTest, CaptureCostsOneRoundTripAPollAndNoWakeUp) {
     const auto reads = count("RECORDER");
     ASSERT_TRUE(spinUntil([&] { return count("RECORDER") > reads + 20; }, patience));
     const auto roundTrips = watch_->roundTrips();
-    EXPECT_TRUE(watch_->isScreenCaptured());
+    EXPECT_EQ(watch_->isScreenCaptured(), true);
     EXPECT_EQ(watch_->roundTrips(), roundTrips + 1);
     EXPECT_EQ(watch_->wakeUps(), wakeUps);
 }
@@ -244,7 +441,7 @@ TEST_F(X11CaptureWatchTest, ReadsThatNobodyAsksForAreTakenInNowAndThen) {
     const auto wakeUps = watch_->wakeUps();
     EXPECT_TRUE(spinUntil([&] { return watch_->wakeUps() >= wakeUps + 2; }, patience));
     EXPECT_LE(watch_->wakeUps(), wakeUps + 3);
-    EXPECT_TRUE(watch_->isScreenCaptured());
+    EXPECT_EQ(watch_->isScreenCaptured(), true);
 }
 
 TEST_F(X11CaptureWatchTest, ThousandCapturesThatComeAndGoLeaveNothing) {
@@ -254,12 +451,12 @@ TEST_F(X11CaptureWatchTest, ThousandCapturesThatComeAndGoLeaveNothing) {
                                 ~0U);
         if (connection % 10 == 0) {
             passing.sync();
-            EXPECT_FALSE(watch_->isScreenCaptured());
+            EXPECT_EQ(watch_->isScreenCaptured(), false);
         }
     }
     EXPECT_TRUE(becomes(false));
     const auto roundTrips = watch_->roundTrips();
-    EXPECT_FALSE(watch_->isScreenCaptured());
+    EXPECT_EQ(watch_->isScreenCaptured(), false);
     EXPECT_EQ(watch_->roundTrips(), roundTrips);
     const auto recorder = read("RECORDER", "image", whole_, "100");
     EXPECT_TRUE(becomes(true));

@@ -17,6 +17,7 @@
 ///     root
 ///                 window has the property GO
 ///     compositor  claims to be the compositor
+///     swapped     takes its pictures by a connection of the other byte order
 #include "platform/linux/x11/X11Connection.h"
 
 #include <xcb/damage.h>
@@ -24,13 +25,22 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <chrono>
 #include <cstdint>
+#include <cstdlib>
+#include <initializer_list>
+#include <iterator>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <thread>
 #include <vector>
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 namespace {
 
@@ -41,6 +51,78 @@ struct Area {
     std::int16_t y;
     std::uint16_t width;
     std::uint16_t height;
+};
+
+/// A connection whose numbers begin with their highest byte, made by hand since no library makes one on a
+/// machine where they begin with the lowest.
+class SwappedConnection {
+public:
+    SwappedConnection() : socket_(::socket(AF_UNIX, SOCK_STREAM, 0)) {
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        const std::string display = std::getenv("DISPLAY");
+        const auto path = "/tmp/.X11-unix/X" + display.substr(1, display.find('.') - 1);
+        std::ranges::copy(path, std::begin(address.sun_path));
+        const auto* const place = reinterpret_cast<const sockaddr*>(&address);
+        isOpen_ = ::connect(socket_, place, sizeof address) == 0 &&
+                  send({'B', 0}, {protocolVersion, 0, 0, 0, 0}) && isAccepted();
+    }
+
+    ~SwappedConnection() { ::close(socket_); }
+    SwappedConnection(const SwappedConnection&) = delete;
+    SwappedConnection& operator=(const SwappedConnection&) = delete;
+
+    /// Asks for a picture and waits for it.
+    bool receive(xcb_drawable_t drawable, const Area& area) {
+        constexpr std::uint16_t words = 5;
+        constexpr std::uint16_t allPlanes = 0xFFFF;
+        return isOpen_ &&
+               send({XCB_GET_IMAGE, XCB_IMAGE_FORMAT_Z_PIXMAP},
+                    {words, static_cast<std::uint16_t>(drawable >> 16U), static_cast<std::uint16_t>(drawable),
+                     static_cast<std::uint16_t>(area.x), static_cast<std::uint16_t>(area.y), area.width,
+                     area.height, allPlanes, allPlanes}) &&
+               skipReply();
+    }
+
+private:
+    static constexpr std::uint16_t protocolVersion = 11;
+    static constexpr std::size_t unit = 4;
+    static constexpr std::size_t replyHeader = 32;
+
+    /// The two bytes, then the numbers, of which one of four bytes is two here, the higher half first.
+    bool send(std::array<std::uint8_t, 2> start, std::initializer_list<std::uint16_t> numbers) {
+        std::vector<std::uint8_t> bytes(start.begin(), start.end());
+        for (const auto number : numbers) {
+            bytes.push_back(static_cast<std::uint8_t>(number >> 8U));
+            bytes.push_back(static_cast<std::uint8_t>(number));
+        }
+        return ::send(socket_, bytes.data(), bytes.size(), MSG_NOSIGNAL) ==
+               static_cast<ssize_t>(bytes.size());
+    }
+
+    bool read(std::size_t size) {
+        bytes_.resize(size);
+        return ::recv(socket_, bytes_.data(), size, MSG_WAITALL) == static_cast<ssize_t>(size);
+    }
+
+    std::uint32_t numberAt(std::size_t offset, std::size_t size) const {
+        std::uint32_t number = 0;
+        for (std::size_t index = 0; index < size; ++index) {
+            number = (number << 8U) | bytes_[offset + index];
+        }
+        return number;
+    }
+
+    bool isAccepted() {
+        constexpr std::size_t header = 8;
+        return read(header) && bytes_[0] == 1 && read(unit * numberAt(6, 2));
+    }
+
+    bool skipReply() { return read(replyHeader) && bytes_[0] == 1 && read(unit * numberAt(4, 4)); }
+
+    int socket_;
+    bool isOpen_ = false;
+    std::vector<std::uint8_t> bytes_;
 };
 
 class Reader {
@@ -76,7 +158,9 @@ public:
             xcb_copy_area(connection, screen_->root, screen_->root, context_, area_.x, area_.y, area_.x,
                           area_.y, area_.width, area_.height);
         }
-        if (kind_ == "image") {
+        if (kind_ == "image" && swapped_) {
+            count_ += swapped_->receive(screen_->root, area_) ? 1U : 0U;
+        } else if (kind_ == "image") {
             count_ += receive(screen_->root, area_) ? 1U : 0U;
         } else if (kind_ == "own" || kind_ == "copied") {
             count_ += receive(pixmap_, {0, 0, area_.width, area_.height}) ? 1U : 0U;
@@ -132,6 +216,9 @@ private:
                               XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
             xcb_set_selection_owner(connection, window, atom("_NET_WM_CM_S0"), XCB_CURRENT_TIME);
         }
+        if (options_.contains("swapped")) {
+            swapped_.emplace();
+        }
         xcb_flush(connection);
     }
 
@@ -160,6 +247,7 @@ private:
     xcb_screen_t* screen_ = nullptr;
     xcb_pixmap_t pixmap_ = XCB_NONE;
     xcb_gcontext_t context_ = XCB_NONE;
+    std::optional<SwappedConnection> swapped_;
     std::uint32_t count_ = 0;
 };
 

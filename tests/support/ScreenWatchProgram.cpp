@@ -1,11 +1,12 @@
 /// Asks every three seconds whether the screen is captured, as Curtain does, until it is ended. Each answer
 /// is a line:
 ///
-///     watched|free MILLISECONDS ROUNDTRIPS WAKEUPS KILOBYTES
+///     watched|free|unknown MILLISECONDS ROUNDTRIPS WAKEUPS KILOBYTES
 ///
 /// how long the answer took, and of the X server's part how often it had to wait for the server in all and
 /// how often it woke up by itself; at last the resident memory of this program. With `nothing` as its only
 /// word it watches nothing.
+#include "platform/linux/StandardErrorLog.h"
 #include "platform/linux/screenwatch/PipeWireCaptureWatch.h"
 #include "platform/linux/screenwatch/ScreenWatch.h"
 #include "platform/linux/screenwatch/X11CaptureWatch.h"
@@ -38,14 +39,15 @@ long residentKilobytes() {
 
 int main(int argumentCount, char** arguments) {
     const QCoreApplication application(argumentCount, arguments);
+    LinuxPlatform::StandardErrorLog log;
     const bool watchesNothing = argumentCount > 1 && std::string_view(arguments[1]) == "nothing";
     std::vector<std::unique_ptr<LinuxPlatform::CaptureWatch>> roads;
-    auto x11 = watchesNothing ? nullptr : LinuxPlatform::X11CaptureWatch::open();
+    auto x11 = watchesNothing ? nullptr : LinuxPlatform::X11CaptureWatch::open(log);
     const auto* const x11Watch = x11.get();
     if (x11) {
         roads.push_back(std::move(x11));
     }
-    if (auto pipeWire = watchesNothing ? nullptr : LinuxPlatform::PipeWireCaptureWatch::open()) {
+    if (auto pipeWire = watchesNothing ? nullptr : LinuxPlatform::PipeWireCaptureWatch::open(log)) {
         roads.push_back(std::move(pipeWire));
     }
     LinuxPlatform::ScreenWatch watch(std::move(roads));
@@ -54,9 +56,13 @@ int main(int argumentCount, char** arguments) {
     QObject::connect(&timer, &QTimer::timeout, [&] {
         using Clock = std::chrono::steady_clock;
         const auto start = Clock::now();
-        const bool answer = isWatched && isWatched().value_or(false);
+        const auto answer = isWatched ? isWatched() : false;
         const std::chrono::duration<double, std::milli> duration = Clock::now() - start;
-        std::printf("%s %.3f %llu %llu %ld\n", answer ? "watched" : "free", duration.count(),
+        std::printf("%s %.3f %llu %llu %ld\n",
+                    !answer   ? "unknown"
+                    : *answer ? "watched"
+                              : "free",
+                    duration.count(),
                     x11Watch != nullptr ? static_cast<unsigned long long>(x11Watch->roundTrips()) : 0ULL,
                     x11Watch != nullptr ? static_cast<unsigned long long>(x11Watch->wakeUps()) : 0ULL,
                     residentKilobytes());

@@ -57,7 +57,7 @@ bool isDevice(const spa_dict* properties) {
 
 class PipeWireCaptureWatch::Registry {
 public:
-    Registry() {
+    Registry(Platform::Log& log, Reopening::Now now) : log_(log), now_(std::move(now)) {
         pw_init(nullptr, nullptr);
         loop_.reset(pw_loop_new(nullptr));
         if (!loop_) {
@@ -85,13 +85,19 @@ public:
     bool isUsable() const { return context_ != nullptr; }
     bool isConnected() const { return core_ != nullptr; }
 
-    bool isScreenCast() {
-        if (!core_) {
+    std::optional<bool> isScreenCast() {
+        if (!core_ && reopening_.isDue(now_())) {
             connect();
             takeIn();
         }
         iterate();
-        return graph_.isScreenCast();
+        if (graph_.isScreenCast()) {
+            lastCast_ = now_();
+        }
+        if (isRemembered()) {
+            return true;
+        }
+        return isKnown_ ? std::optional(false) : std::nullopt;
     }
 
 private:
@@ -112,18 +118,22 @@ private:
     void connect() {
         core_.reset(pw_context_connect(context_.get(), nullptr, 0));
         if (!core_) {
+            missed(errno);
             return;
+        }
+        if (hasBroken_) {
+            reopening_.tried(now_());
         }
         static constexpr pw_core_events coreEvents = [] {
             pw_core_events events{};
             events.version = PW_VERSION_CORE_EVENTS;
             events.done = [](void* data, std::uint32_t id, int sequence) {
                 if (id == PW_ID_CORE) {
-                    static_cast<Registry*>(data)->answered_ = sequence;
+                    static_cast<Registry*>(data)->answered(sequence);
                 }
             };
-            events.error = [](void* data, std::uint32_t id, int, int result, const char*) {
-                if (id == PW_ID_CORE && result == -EPIPE) {
+            events.error = [](void* data, std::uint32_t id, int, int, const char*) {
+                if (id == PW_ID_CORE) {
                     static_cast<Registry*>(data)->isLost_ = true;
                 }
             };
@@ -149,25 +159,57 @@ private:
             return;
         }
         pw_proxy_add_object_listener(registryProxy_.get(), &registryHook_, &registryEvents, this);
+        question_ = pw_core_sync(core_.get(), PW_ID_CORE, 0);
     }
 
-    /// Waits for what is there already, so that the first answer counts: first for the objects, then for what
-    /// they say of themselves.
-    void takeIn() {
-        const auto deadline = std::chrono::steady_clock::now() + firstAnswerDeadline;
-        for (int round = 0; round < 2 && core_ && !isLost_; ++round) {
-            const int question = pw_core_sync(core_.get(), PW_ID_CORE, 0);
-            pw_loop_enter(loop_.get());
-            while (!isLost_ && answered_ != question) {
-                const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-                    deadline - std::chrono::steady_clock::now());
-                if (left.count() <= 0 || pw_loop_iterate(loop_.get(), static_cast<int>(left.count())) < 0) {
-                    break;
-                }
-            }
-            pw_loop_leave(loop_.get());
+    /// No daemon, no casts; but one that was there may be about to come back. Any other reason says nothing.
+    void missed(int reason) {
+        const bool isAbsent = reason == ENOENT || reason == ECONNREFUSED || reason == EHOSTDOWN;
+        isKnown_ = isAbsent && !hasBroken_;
+        if (!isAbsent) {
+            say(reopening_.broke(now_()));
+            reopening_.tried(now_());
         }
     }
+
+    /// What is there already comes in two parts: first the objects, then what they say of themselves.
+    void answered(int question) {
+        if (question != question_) {
+            return;
+        }
+        if (hasObjects_) {
+            isKnown_ = true;
+            question_.reset();
+        } else {
+            hasObjects_ = true;
+            question_ = pw_core_sync(core_.get(), PW_ID_CORE, 0);
+        }
+    }
+
+    /// Waits for what is there already, so that the first answer counts.
+    void takeIn() {
+        if (!core_) {
+            return;
+        }
+        const auto deadline = std::chrono::steady_clock::now() + firstAnswerDeadline;
+        pw_loop_enter(loop_.get());
+        while (!isLost_ && !isKnown_) {
+            const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+                deadline - std::chrono::steady_clock::now());
+            if (left.count() <= 0 || pw_loop_iterate(loop_.get(), static_cast<int>(left.count())) < 0) {
+                break;
+            }
+        }
+        pw_loop_leave(loop_.get());
+    }
+
+    void say(bool isNews) {
+        if (isNews) {
+            log_.writeLine("Curtain: PipeWire does not tell who casts the screen; it will be asked again");
+        }
+    }
+
+    bool isRemembered() const { return lastCast_ && now_() - *lastCast_ <= memory; }
 
     void disconnect() {
         bound_.clear();
@@ -182,10 +224,16 @@ private:
             core_.reset();
         }
         isLost_ = false;
-        answered_.reset();
+        hasObjects_ = false;
+        isKnown_ = false;
+        question_.reset();
     }
 
     void iterate() {
+        // One that ends was there until now.
+        if (isRemembered() && graph_.isScreenCast()) {
+            lastCast_ = now_();
+        }
         pw_loop_enter(loop_.get());
         while (pw_loop_iterate(loop_.get(), 0) > 0) {
         }
@@ -193,6 +241,8 @@ private:
         // Not from inside its own event.
         if (isLost_) {
             disconnect();
+            hasBroken_ = true;
+            say(reopening_.broke(now_()));
         }
     }
 
@@ -287,13 +337,21 @@ private:
     std::map<Id, std::unique_ptr<Bound>> bound_;
     ScreenCastGraph graph_;
     bool isLost_ = false;
-    /// The last question of ours that the daemon has come to.
-    std::optional<int> answered_;
+    /// Whether a daemon that was there broke off.
+    bool hasBroken_ = false;
+    /// The one of ours that the daemon has not come to yet.
+    std::optional<int> question_;
+    bool hasObjects_ = false;
+    bool isKnown_ = false;
+    std::optional<Reopening::Clock::time_point> lastCast_;
+    Reopening reopening_;
+    Platform::Log& log_;
+    Reopening::Now now_;
     std::unique_ptr<QSocketNotifier> notifier_;
 };
 
-std::unique_ptr<PipeWireCaptureWatch> PipeWireCaptureWatch::open() {
-    auto registry = std::make_unique<Registry>();
+std::unique_ptr<PipeWireCaptureWatch> PipeWireCaptureWatch::open(Platform::Log& log, Reopening::Now now) {
+    auto registry = std::make_unique<Registry>(log, std::move(now));
     if (!registry->isUsable()) {
         return nullptr;
     }
@@ -305,7 +363,7 @@ PipeWireCaptureWatch::PipeWireCaptureWatch(std::unique_ptr<Registry> registry)
 
 PipeWireCaptureWatch::~PipeWireCaptureWatch() = default;
 
-bool PipeWireCaptureWatch::isScreenCaptured() {
+std::optional<bool> PipeWireCaptureWatch::isScreenCaptured() {
     return registry_->isScreenCast();
 }
 

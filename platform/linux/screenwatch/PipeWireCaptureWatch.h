@@ -1,24 +1,31 @@
 #pragma once
 
+#include "platform/Log.h"
 #include "platform/linux/screenwatch/CaptureWatch.h"
+#include "platform/linux/screenwatch/Reopening.h"
 
 #include <memory>
+#include <optional>
 
 namespace LinuxPlatform {
 
 /// Finds screen casts among the streams of PipeWire (version 0.3 of its protocol), whose registry it follows.
-/// A daemon that is not there is looked for at each question; one that ends takes its casts along. The first
-/// question waits for what the daemon says, but not for long.
+/// A daemon that is not there casts nothing, and is looked for at each question. From the moment when one
+/// breaks off until there is one again, and while one does not answer, nothing is known. The first question
+/// waits for what the daemon says, but not for long. A cast that ends is remembered for a while, as it may
+/// pause.
 class PipeWireCaptureWatch : public CaptureWatch {
 public:
     /// Null when the library cannot be used at all.
-    static std::unique_ptr<PipeWireCaptureWatch> open();
+    /// `log` outlives the watch.
+    static std::unique_ptr<PipeWireCaptureWatch> open(Platform::Log& log,
+                                                      Reopening::Now now = &Reopening::Clock::now);
 
     ~PipeWireCaptureWatch() override;
     PipeWireCaptureWatch(const PipeWireCaptureWatch&) = delete;
     PipeWireCaptureWatch& operator=(const PipeWireCaptureWatch&) = delete;
 
-    bool isScreenCaptured() override;
+    std::optional<bool> isScreenCaptured() override;
 
     bool isConnected() const;
 

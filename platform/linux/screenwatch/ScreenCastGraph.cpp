@@ -12,6 +12,9 @@ constexpr std::array<std::string_view, 13> casters{
     "xdg-desktop-portal", "gnome-shell", "mutter", "kwin_wayland", "kwin_x11", "gamescope", "sway", "niri",
     "cosmic-comp",        "wayfire",     "labwc",  "weston",       "hyprland"};
 
+/// The desktops that draw their own pictures from casts.
+constexpr std::array<std::string_view, 3> shells{"plasmashell", "kwin_wayland", "kwin_x11"};
+
 bool isCaster(std::string_view name) {
     return std::ranges::any_of(casters, [&](auto caster) { return name.starts_with(caster); });
 }
@@ -45,7 +48,8 @@ bool ScreenCastGraph::isScreenCast() const {
 bool ScreenCastGraph::isReceivedCast(Id id, const Node& node) const {
     return std::ranges::any_of(links, [&](const auto& entry) {
         const auto& link = entry.second;
-        return link.outputNode == id && (belongsToACaster(node) || isFromPortal(link.inputNode));
+        return link.outputNode == id && !isDesktopsOwn(link.inputNode, node) &&
+               (belongsToACaster(node) || isFromPortal(link.inputNode));
     });
 }
 
@@ -56,10 +60,24 @@ bool ScreenCastGraph::belongsToACaster(const Node& node) const {
 }
 
 bool ScreenCastGraph::isFromPortal(Id receiver) const {
-    const auto node = nodes.find(receiver);
-    const auto client = node != nodes.end() ? clients.find(node->second.client) : clients.end();
-    return client != clients.end() && client->second.access == "portal" &&
-           client->second.portalRoles.find("Camera") == std::string::npos;
+    const auto* const client = clientOf(receiver);
+    return client != nullptr && client->access == "portal" &&
+           client->portalRoles.find("Camera") == std::string::npos;
+}
+
+bool ScreenCastGraph::isDesktopsOwn(Id receiver, const Node& node) const {
+    const auto* const client = clientOf(receiver);
+    // Programs choose their names; what came through the portal is not the desktop.
+    if (client == nullptr || client->access == "portal") {
+        return false;
+    }
+    return nodes.at(receiver).client == node.client || std::ranges::count(shells, client->binary) > 0;
+}
+
+const ScreenCastGraph::Client* ScreenCastGraph::clientOf(Id node) const {
+    const auto found = nodes.find(node);
+    const auto client = found != nodes.end() ? clients.find(found->second.client) : clients.end();
+    return client != clients.end() ? &client->second : nullptr;
 }
 
 } // namespace LinuxPlatform

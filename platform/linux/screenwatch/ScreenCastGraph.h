@@ -7,8 +7,9 @@
 namespace LinuxPlatform {
 
 /// The streams of a media server as far as screen casts show in them, and the rule that tells them from
-/// cameras: a cast is a running video source that is no device and no camera, that some program receives, and
-/// that either belongs to a program that casts screens or was handed out by the desktop's portal.
+/// cameras: a cast is a running video source that is no device and no camera, that some program other than
+/// the desktop itself receives, and that either belongs to a program that casts screens or was handed out by
+/// the desktop's portal.
 class ScreenCastGraph {
 public:
     using Id = std::uint32_t;
@@ -53,6 +54,9 @@ private:
     bool isReceivedCast(Id id, const Node& node) const;
     bool belongsToACaster(const Node& node) const;
     bool isFromPortal(Id receiver) const;
+    /// Whether the desktop receives its own picture, as for the previews of its task bar.
+    bool isDesktopsOwn(Id receiver, const Node& node) const;
+    const Client* clientOf(Id node) const;
 };
 
 } // namespace LinuxPlatform

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/linux/screenwatch/CaptureWatch.h"
+
 #include <bitset>
 #include <chrono>
 #include <map>
@@ -40,7 +42,7 @@ public:
     bool isOver(Time now) const { return !isCapture_ && now - last_ > memory; }
 
     /// How long a capture may pause.
-    static constexpr Time memory = std::chrono::seconds(10);
+    static constexpr Time memory = CaptureWatch::memory;
 
 private:
     static constexpr std::size_t columns = 16;

@@ -1,6 +1,5 @@
 #include "platform/linux/screenwatch/ScreenWatch.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace LinuxPlatform {
@@ -12,7 +11,17 @@ Platform::ScreenWatcherProbe::Query ScreenWatch::lookUp(const std::string& symbo
         return nullptr;
     }
     return [this]() -> std::optional<bool> {
-        return std::ranges::any_of(roads_, [](auto& road) { return road->isScreenCaptured(); });
+        std::optional<bool> answer = false;
+        for (const auto& road : roads_) {
+            const auto isCaptured = road->isScreenCaptured();
+            if (isCaptured == true) {
+                return true;
+            }
+            if (!isCaptured) {
+                answer.reset();
+            }
+        }
+        return answer;
     };
 }
 

@@ -1,323 +1,53 @@
 #include "platform/linux/screenwatch/X11CaptureWatch.h"
 
-#include "platform/linux/x11/X11ClientProcess.h"
-
-#include <algorithm>
-#include <array>
-#include <chrono>
-#include <cstring>
-#include <string>
 #include <utility>
 
-#include <unistd.h>
-
 namespace LinuxPlatform {
-namespace {
 
-using Requests = X11RecordStream::Requests;
-
-namespace SharedMemory {
-constexpr std::uint8_t attach = 1;
-constexpr std::uint8_t getImage = 4;
-constexpr std::uint8_t createSegment = 7;
-} // namespace SharedMemory
-namespace Damage {
-constexpr std::uint8_t create = 1;
-} // namespace Damage
-namespace Fixes {
-constexpr std::uint8_t selectCursorInput = 3;
-} // namespace Fixes
-
-/// Longer than the time between two questions of somebody who asks regularly.
-constexpr std::chrono::seconds pauseAfterADrain{5};
-/// A client that copies so much, but not from the screen, is worth a look at what it holds.
-constexpr unsigned manyCopies = 64;
-/// So many are not worth their recording, whatever it holds.
-constexpr unsigned tooManyCopies = 20'000;
-/// The part of the screen, as one in so many, whose picture a screenshot takes from somewhere else.
-constexpr int smallPart = 10;
-
-template <class Number>
-Number numberAt(std::span<const std::uint8_t> bytes, std::size_t offset) {
-    Number number{};
-    if (offset + sizeof number <= bytes.size()) {
-        std::memcpy(&number, bytes.data() + offset, sizeof number);
-    }
-    return number;
-}
-
-ScreenArea areaAt(std::span<const std::uint8_t> bytes, std::size_t place, std::size_t size) {
-    return {numberAt<std::int16_t>(bytes, place), numberAt<std::int16_t>(bytes, place + 2),
-            numberAt<std::uint16_t>(bytes, size), numberAt<std::uint16_t>(bytes, size + 2)};
-}
-
-} // namespace
-
-std::unique_ptr<X11CaptureWatch> X11CaptureWatch::open() {
-    auto control = X11Connection::open();
-    if (!control) {
+std::unique_ptr<X11CaptureWatch> X11CaptureWatch::open(Platform::Log& log, Reopening::Now now) {
+    auto connection = X11Connection::open();
+    if (!connection) {
         return nullptr;
     }
-    std::unique_ptr<X11CaptureWatch> watch(new X11CaptureWatch(std::move(control)));
-    return watch->startRecording() ? std::move(watch) : nullptr;
-}
-
-X11CaptureWatch::X11CaptureWatch(std::unique_ptr<X11Connection> control)
-    : control_(std::move(control)),
-      screenWidth_(control_->screen().width_in_pixels),
-      screenHeight_(control_->screen().height_in_pixels) {
-    sharedMemory_ = extension("MIT-SHM");
-    damage_ = extension("DAMAGE");
-    fixes_ = extension("XFIXES");
-    const auto* const resources = xcb_get_extension_data(control_->get(), &xcb_res_id);
-    if (resources != nullptr && resources->present != 0) {
-        constexpr std::uint8_t major = 1;
-        constexpr std::uint8_t minor = 2;
-        const auto version = control_->reply<xcb_res_query_version_reply>(
-            xcb_res_query_version(control_->get(), major, minor));
-        canTellClients_ = version && std::pair(version->server_major, version->server_minor) >=
-                                         std::pair<std::uint16_t, std::uint16_t>(major, minor);
+    std::unique_ptr<X11CaptureWatch> watch(new X11CaptureWatch(log, std::move(now)));
+    watch->readers_ = X11ScreenReaders::open(std::move(connection));
+    if (!watch->readers_) {
+        watch->lose();
     }
-    const std::array<std::string_view, 4> names{"DamageExt", "ShmSeg", "XFixesCursorClient", "_NET_WM_CM_S0"};
-    const auto atoms = control_->atoms(names);
-    types_ = {atoms[0], atoms[1], atoms[2]};
-    compositorSelection_ = atoms[3];
+    return watch;
 }
 
-std::uint8_t X11CaptureWatch::extension(std::string_view name) {
-    const auto reply = control_->reply<xcb_query_extension_reply>(
-        xcb_query_extension(control_->get(), static_cast<std::uint16_t>(name.size()), name.data()));
-    return reply && reply->present != 0 ? reply->major_opcode : std::uint8_t{0};
-}
+X11CaptureWatch::X11CaptureWatch(Platform::Log& log, Reopening::Now now) : log_(log), now_(std::move(now)) {}
 
-bool X11CaptureWatch::startRecording() {
-    stream_ = X11RecordStream::open(*control_, wideRequests());
-    if (!stream_) {
-        return false;
-    }
-    notifier_ = std::make_unique<QSocketNotifier>(stream_->fileDescriptor(), QSocketNotifier::Read);
-    QObject::connect(notifier_.get(), &QSocketNotifier::activated, notifier_.get(),
-                     [this] { drainUnasked(); });
-    pause_.setSingleShot(true);
-    pause_.setInterval(pauseAfterADrain);
-    QObject::connect(&pause_, &QTimer::timeout, &pause_,
-                     [this] { notifier_->setEnabled(stream_->isAlive()); });
-    return true;
-}
-
-std::vector<Requests> X11CaptureWatch::narrowRequests() const {
-    std::vector<Requests> requests{{XCB_GET_IMAGE, XCB_GET_IMAGE}};
-    if (sharedMemory_ != 0) {
-        requests.push_back({SharedMemory::attach, SharedMemory::attach, sharedMemory_});
-        requests.push_back({SharedMemory::getImage, SharedMemory::createSegment, sharedMemory_});
-    }
-    if (damage_ != 0) {
-        requests.push_back({Damage::create, Damage::create, damage_});
-    }
-    if (fixes_ != 0) {
-        requests.push_back({Fixes::selectCursorInput, Fixes::selectCursorInput, fixes_});
-    }
-    return requests;
-}
-
-std::vector<Requests> X11CaptureWatch::wideRequests() const {
-    auto requests = narrowRequests();
-    requests.push_back({XCB_COPY_AREA, XCB_COPY_AREA});
-    return requests;
-}
-
-bool X11CaptureWatch::isScreenCaptured() {
-    drain();
-    const auto suspects = readers();
-    return !suspects.empty() && judge(suspects);
-}
-
-void X11CaptureWatch::drainUnasked() {
-    ++wakeUps_;
-    drain();
-}
-
-void X11CaptureWatch::drain() {
-    stream_->drain(*this);
-    lookIntoOtherCopies();
-    notifier_->setEnabled(false);
-    pause_.start();
-}
-
-void X11CaptureWatch::clientStarted(X11ClientId client) {
-    const auto earlier = clients_.extract(client);
-    // What was asked for the client before may have met this one.
-    if (!earlier.empty() && !earlier.mapped().isWide) {
-        stream_->setRequests(client, wideRequests());
-    }
-}
-
-void X11CaptureWatch::clientDied(X11ClientId client) {
-    const auto found = clients_.find(client);
-    if (found == clients_.end()) {
-        return;
-    }
-    if (found->second.isWide) {
-        clients_.erase(found);
-    } else {
-        found->second = {.reads = {}, .otherCopies = 0, .isWide = false};
-    }
-}
-
-void X11CaptureWatch::requestSent(X11ClientId client, X11RecordStream::Time time,
-                                  std::span<const std::uint8_t> bytes) {
-    const auto major = bytes[0];
-    const auto minor = bytes[1];
-    if (major == XCB_GET_IMAGE || (major == sharedMemory_ && minor == SharedMemory::getImage)) {
-        imageRead(client, time, bytes);
-    } else if (major == XCB_COPY_AREA) {
-        areaCopied(client, time, bytes);
-    } else {
-        // It prepares for what grabbers do, and may copy next.
-        widen(client);
-    }
-}
-
-void X11CaptureWatch::imageRead(X11ClientId client, X11RecordStream::Time time,
-                                std::span<const std::uint8_t> bytes) {
-    const auto drawable = numberAt<xcb_drawable_t>(bytes, 4);
-    const auto area = areaAt(bytes, 8, 12);
-    if (drawable == control_->root()) {
-        screenRead(client, time, area);
-    } else if (area.width * area.height >= screenWidth_ * screenHeight_ / smallPart) {
-        // Perhaps a copy of the screen.
-        widen(client);
-    }
-}
-
-void X11CaptureWatch::areaCopied(X11ClientId client, X11RecordStream::Time time,
-                                 std::span<const std::uint8_t> bytes) {
-    const auto source = numberAt<xcb_drawable_t>(bytes, 4);
-    const auto target = numberAt<xcb_drawable_t>(bytes, 8);
-    if (source == control_->root() && target != control_->root()) {
-        screenRead(client, time, areaAt(bytes, 16, 24));
-    } else {
-        ++clients_[client].otherCopies;
-    }
-}
-
-void X11CaptureWatch::screenRead(X11ClientId client, X11RecordStream::Time time, const ScreenArea& area) {
-    auto& reads = clients_[client].reads;
-    if (!reads) {
-        receiveScreenSize(xcb_get_geometry(control_->get(), control_->root()));
-        reads.emplace(screenWidth_, screenHeight_);
-    }
-    reads->add(time, area);
-}
-
-void X11CaptureWatch::receiveScreenSize(xcb_get_geometry_cookie_t question) {
-    if (const auto size = control_->reply<xcb_get_geometry_reply>(question)) {
-        screenWidth_ = size->width;
-        screenHeight_ = size->height;
-    }
-}
-
-void X11CaptureWatch::widen(X11ClientId client) {
-    const auto found = clients_.find(client);
-    if (found != clients_.end() && !std::exchange(found->second.isWide, true)) {
-        stream_->setRequests(client, wideRequests());
-    }
-}
-
-void X11CaptureWatch::narrow(X11ClientId client) {
-    if (std::exchange(clients_[client].isWide, false)) {
-        stream_->setRequests(client, narrowRequests());
-    }
-}
-
-void X11CaptureWatch::lookIntoOtherCopies() {
-    std::vector<std::pair<X11ClientId, xcb_res_query_client_resources_cookie_t>> questions;
-    for (auto& [id, client] : clients_) {
-        const auto copies = std::exchange(client.otherCopies, 0);
-        if (!client.isWide || client.reads || copies < manyCopies) {
-            continue;
+std::optional<bool> X11CaptureWatch::isScreenCaptured() {
+    if (readers_) {
+        const auto answer = readers_->isCapture();
+        if (readers_->isAlive()) {
+            return answer == false && isNew() ? std::nullopt : answer;
         }
-        if (copies >= tooManyCopies || !canTellClients_) {
-            narrow(id);
-        } else {
-            questions.emplace_back(id, xcb_res_query_client_resources(control_->get(), id));
-        }
+        lose();
     }
-    for (const auto& [id, question] : questions) {
-        const auto answer = holdings(question);
-        if (answer && !answer->hasWhatGrabbersHold) {
-            narrow(id);
-        }
+    if (reopening_.isDue(now_())) {
+        openAgain();
+    }
+    return std::nullopt;
+}
+
+void X11CaptureWatch::lose() {
+    readers_.reset();
+    if (reopening_.broke(now_())) {
+        log_.writeLine("Curtain: the X server does not tell who reads the screen; it will be asked again");
     }
 }
 
-std::vector<X11ClientId> X11CaptureWatch::readers() {
-    std::vector<X11ClientId> found;
-    const auto now = stream_->now();
-    for (auto& [id, client] : clients_) {
-        if (client.reads && client.reads->isOver(now)) {
-            client.reads.reset();
-        }
-        if (client.reads) {
-            found.push_back(id);
-        }
-    }
-    std::erase_if(clients_, [](const auto& entry) { return entry.second.isWide && !entry.second.reads; });
-    return found;
+void X11CaptureWatch::openAgain() {
+    reopening_.tried(now_());
+    readers_ = X11ScreenReaders::open(X11Connection::open());
+    openedAgain_ = now_();
 }
 
-bool X11CaptureWatch::judge(const std::vector<X11ClientId>& readers) {
-    const auto now = stream_->now();
-    if (!canTellClients_) {
-        return std::ranges::any_of(readers,
-                                   [&](auto id) { return clients_[id].reads->isCapture(now, false); });
-    }
-    // All questions in one go.
-    const auto size = xcb_get_geometry(control_->get(), control_->root());
-    const auto compositor = xcb_get_selection_owner(control_->get(), compositorSelection_);
-    std::vector<std::pair<xcb_res_query_client_resources_cookie_t, xcb_res_query_client_ids_cookie_t>>
-        questions;
-    for (const auto id : readers) {
-        questions.emplace_back(xcb_res_query_client_resources(control_->get(), id),
-                               askClientProcess(*control_, id));
-    }
-    receiveScreenSize(size);
-    const auto owner = control_->reply<xcb_get_selection_owner_reply>(compositor);
-    const auto idMask = xcb_get_setup(control_->get())->resource_id_mask;
-    bool isCaptured = false;
-    for (std::size_t index = 0; index < readers.size(); ++index) {
-        const auto id = readers[index];
-        clients_[id].reads->setScreenSize(screenWidth_, screenHeight_);
-        const auto held = holdings(questions[index].first);
-        const auto reader = receiveClientProcess(*control_, questions[index].second);
-        const bool isCompositor = owner && owner->owner != XCB_WINDOW_NONE && (owner->owner & ~idMask) == id;
-        if (!held) {
-            // It is gone.
-            clients_[id].reads.reset();
-        } else if (reader != static_cast<std::uint32_t>(getpid()) && !isCompositor &&
-                   clients_[id].reads->isCapture(now, held->followsChanges)) {
-            isCaptured = true;
-        }
-    }
-    return isCaptured;
-}
-
-std::optional<X11CaptureWatch::Holdings>
-X11CaptureWatch::holdings(xcb_res_query_client_resources_cookie_t cookie) {
-    const auto reply = control_->reply<xcb_res_query_client_resources_reply>(cookie);
-    if (!reply) {
-        return std::nullopt;
-    }
-    Holdings held;
-    const std::span types(xcb_res_query_client_resources_types(reply.get()),
-                          static_cast<std::size_t>(xcb_res_query_client_resources_types_length(reply.get())));
-    for (const auto& type : types) {
-        const auto name = type.resource_type;
-        held.followsChanges = held.followsChanges || name == types_.damage;
-        held.hasWhatGrabbersHold = held.hasWhatGrabbersHold || name == types_.damage ||
-                                   name == types_.sharedMemory || name == types_.cursorClient;
-    }
-    return held;
+bool X11CaptureWatch::isNew() const {
+    return openedAgain_ && now_() - *openedAgain_ < memory;
 }
 
 } // namespace LinuxPlatform

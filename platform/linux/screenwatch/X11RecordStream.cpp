@@ -3,7 +3,6 @@
 #include <xcb/xcbext.h>
 
 #include <array>
-#include <cstring>
 #include <utility>
 
 namespace LinuxPlatform {
@@ -12,11 +11,16 @@ namespace {
 using RecordRanges = std::vector<xcb_record_range_t>;
 
 /// What a reply of the stream may hold.
-enum Category : std::uint8_t { fromClient = 1, clientStarted = 2, clientDied = 3, startOfData = 4 };
+enum Category : std::uint8_t {
+    fromClient = 1,
+    clientStarted = 2,
+    clientDied = 3,
+    startOfData = 4,
+    endOfData = 5
+};
 
 constexpr std::size_t unit = 4;
 constexpr std::size_t headerSize = 4;
-constexpr std::size_t largeHeaderSize = 8;
 
 RecordRanges rangesOf(const std::vector<X11RecordStream::Requests>& requests) {
     RecordRanges ranges;
@@ -37,21 +41,15 @@ RecordRanges rangesOf(const std::vector<X11RecordStream::Requests>& requests) {
     return ranges;
 }
 
-template <class Number>
-Number numberAt(std::span<const std::uint8_t> bytes, std::size_t offset) {
-    Number number{};
-    std::memcpy(&number, bytes.data() + offset, sizeof number);
-    return number;
-}
-
 /// The size of the request that the bytes begin with, 0 when they do not hold one.
-std::size_t requestSize(std::span<const std::uint8_t> bytes) {
+std::size_t requestSize(std::span<const std::uint8_t> bytes, bool isSwapped) {
     if (bytes.size() < headerSize) {
         return 0;
     }
-    auto size = unit * numberAt<std::uint16_t>(bytes, 2);
-    if (size == 0 && bytes.size() >= largeHeaderSize) {
-        size = unit * numberAt<std::uint32_t>(bytes, headerSize);
+    const X11Request request(bytes, isSwapped);
+    auto size = unit * request.number<std::uint16_t>(2);
+    if (size == 0) {
+        size = unit * request.number<std::uint32_t>(headerSize);
     }
     return size < headerSize || size > bytes.size() ? 0 : size;
 }
@@ -120,10 +118,14 @@ void X11RecordStream::setRequests(X11ClientId client, const std::vector<Requests
     control_.flush();
 }
 
-std::size_t X11RecordStream::drain(Receiver& receiver) {
+std::size_t X11RecordStream::drain(Receiver& receiver, std::size_t mostBytes) {
     std::size_t size = 0;
-    while (const auto reply = poll()) {
-        size += static_cast<std::size_t>(xcb_record_enable_context_data_length(reply.get()));
+    while (size < mostBytes) {
+        const auto reply = poll();
+        if (!reply) {
+            break;
+        }
+        size += sizeof *reply + static_cast<std::size_t>(xcb_record_enable_context_data_length(reply.get()));
         handOver(*reply, receiver);
     }
     return size;
@@ -142,14 +144,16 @@ void X11RecordStream::handOver(const xcb_record_enable_context_reply_t& reply, R
         receiver.clientStarted(reply.xid_base);
     } else if (reply.category == clientDied) {
         receiver.clientDied(reply.xid_base);
-    } else if (reply.category == fromClient && reply.client_swapped == 0) {
-        // A client of another byte order is on another machine and captures nothing here.
+    } else if (reply.category == endOfData) {
+        hasEnded_ = true;
+    } else if (reply.category == fromClient) {
+        const bool isSwapped = reply.client_swapped != 0;
         std::span<const std::uint8_t> bytes(
             xcb_record_enable_context_data(&reply),
             static_cast<std::size_t>(xcb_record_enable_context_data_length(&reply)));
         const auto time = fullTime(reply.server_time);
-        while (const auto size = requestSize(bytes)) {
-            receiver.requestSent(reply.xid_base, time, bytes.first(size));
+        while (const auto size = requestSize(bytes, isSwapped)) {
+            receiver.requestSent(reply.xid_base, time, {bytes.first(size), isSwapped});
             bytes = bytes.subspan(size);
         }
     }

@@ -5,8 +5,11 @@
 #include <xcb/record.h>
 #include <xcb/xcb.h>
 
+#include <algorithm>
 #include <array>
+#include <bit>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -17,6 +20,35 @@ namespace LinuxPlatform {
 
 /// Names one connection to the X server: the part that the identifiers of all its resources share.
 using X11ClientId = std::uint32_t;
+
+/// A request as its client sent it, whose byte order may be another one than this machine's.
+class X11Request {
+public:
+    X11Request(std::span<const std::uint8_t> bytes, bool isSwapped) : bytes_(bytes), isSwapped_(isSwapped) {}
+
+    /// The numbers that tell requests apart; the second one's meaning is that of the extension.
+    std::uint8_t major() const { return bytes_[0]; }
+    std::uint8_t minor() const { return bytes_[1]; }
+
+    /// The number at that place of the request; 0 beyond its end.
+    template <class Number>
+    Number number(std::size_t offset) const {
+        std::array<std::uint8_t, sizeof(Number)> bytes{};
+        if (offset + bytes.size() > bytes_.size()) {
+            return 0;
+        }
+        std::ranges::copy(bytes_.subspan(offset, bytes.size()), bytes.begin());
+        if (isSwapped_) {
+            std::ranges::reverse(bytes);
+        }
+        return std::bit_cast<Number>(bytes);
+    }
+
+private:
+    /// At least a header of four.
+    std::span<const std::uint8_t> bytes_;
+    bool isSwapped_;
+};
 
 /// Requests that other programs send to the X server, as its RECORD extension (version 1.13) copies them.
 class X11RecordStream {
@@ -36,8 +68,7 @@ public:
         virtual ~Receiver() = default;
         virtual void clientStarted(X11ClientId client) = 0;
         virtual void clientDied(X11ClientId client) = 0;
-        /// `bytes` begins with the request's header, in this machine's byte order.
-        virtual void requestSent(X11ClientId client, Time time, std::span<const std::uint8_t> bytes) = 0;
+        virtual void requestSent(X11ClientId client, Time time, const X11Request& request) = 0;
     };
 
     /// Null when the server does not have the extension. `control` outlives the stream. At first these
@@ -52,12 +83,14 @@ public:
     /// From now on other requests of that client are recorded. One that is gone is no harm.
     void setRequests(X11ClientId client, const std::vector<Requests>& requests);
 
-    /// Hands over what has arrived without waiting for more. Returns its size in bytes.
-    std::size_t drain(Receiver& receiver);
+    /// Hands over what has arrived, without waiting for more, until it is that much. Returns its size in
+    /// bytes.
+    std::size_t drain(Receiver& receiver, std::size_t mostBytes);
 
     /// Becomes readable when there is something to drain.
     int fileDescriptor() const { return xcb_get_file_descriptor(data_.get()); }
-    bool isAlive() const { return xcb_connection_has_error(data_.get()) == 0; }
+    /// False once nothing more can arrive.
+    bool isAlive() const { return !hasEnded_ && xcb_connection_has_error(data_.get()) == 0; }
 
     /// The time of the server, by which requests are dated.
     Time now() const;
@@ -81,6 +114,7 @@ private:
     Connection data_;
     xcb_record_context_t context_;
     unsigned sequence_ = 0;
+    bool hasEnded_ = false;
     std::uint32_t serverTimeAtStart_ = 0;
     std::chrono::steady_clock::time_point start_;
 };
