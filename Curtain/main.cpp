@@ -5,6 +5,7 @@
 #include "platform/linux/session/InstanceLock.h"
 #include "platform/linux/session/SessionProbe.h"
 #include "platform/qt/DisplayCheck.h"
+#include "platform/qt/ForeignFileMessages.h"
 #include "platform/qt/SessionRestart.h"
 #include "platform/qt/TerminationSignals.h"
 
@@ -21,6 +22,7 @@ int main(int argumentCount, char** arguments) {
         std::fprintf(stderr, "%s\n", problem->c_str());
         return EXIT_FAILURE;
     }
+    const QtPlatform::ForeignFileMessages foreign(qEnvironmentVariableIsSet("CURTAIN_DEBUG"));
     LinuxPlatform::leaveSilentSessionBus();
     const auto session = LinuxPlatform::probeSession(LinuxPlatform::sourcesOfThisSession());
     std::optional<QtPlatform::PreferredDisplay> display(std::in_place);
