@@ -52,12 +52,21 @@ class TimedOut(AssertionError):
     pass
 
 
-def wait_until(condition, what, seconds=30):
-    """Returns the first truthy answer of condition(); raises TimedOut if there is none in time."""
+def wait_until(condition, what, seconds=30, seen=None):
+    """Returns the first truthy answer of condition(); raises TimedOut if there is none in time.
+
+    `what` is a sentence, or tells it at the end; `seen` tells what there was instead. Without it that is the last answer, unless it
+    was only that there was none.
+    """
     deadline = time.monotonic() + seconds
     while not (answer := condition()):
         if time.monotonic() > deadline:
-            raise TimedOut(f"not within {seconds:g} s: {what() if callable(what) else what}")
+            try:
+                last = seen() if seen else answer
+            except Exception as error:  # pylint: disable=broad-exception-caught
+                last = repr(error)
+            raise TimedOut(f"not within {seconds:g} s: {what() if callable(what) else what}" +
+                           (f"\n   seen: {last}" if seen or answer not in (None, False) else ""))
         time.sleep(0.005)
     return answer
 
@@ -268,6 +277,14 @@ class Window:
     def __hash__(self):
         return self.id
 
+    def describe(self):
+        """In a line."""
+        area = self.geometry
+        place = f"{area.width}x{area.height} at {area.x},{area.y}" if area else "gone"
+        states = [name for name in ("HIDDEN", "SHADED", "FULLSCREEN", "ABOVE", "SKIP_TASKBAR") if self.has_state(name)]
+        shown = "on the screen" if self.display.is_viewable(self.id) else "not on the screen"
+        return f"{self} of {self.process}, {place}, workspace {self.workspace}, {shown} {' '.join(states)}".rstrip()
+
     @property
     def window_class(self):
         return [part.decode() for part in (self.display.property(self.id, "WM_CLASS") or b"").split(b"\0") if part]
@@ -380,6 +397,14 @@ class Desktop:
             windows = self.windows_of(program)
             return len(windows) > number and windows[number]
         return wait_until(window, f"{program.name} shows a window", 30)
+
+    def describe(self):
+        """What is there now, a line for each window, for the message of a check that failed."""
+        lines = [f"workspace {(self.display.property(self.display.root, '_NET_CURRENT_DESKTOP') or ['unknown'])[0]}, "
+                 f"active {self.active_window}, modifiers {self.display.modifiers():#x}"]
+        lines += [window.describe() for window in self.windows()]
+        lines += [f"{program.name}, ended with {program.poll()}" for program in self._programs if program.poll() is not None]
+        return "\n".join(f"      {line}" for line in lines)
 
     @property
     def workspace(self):

@@ -93,7 +93,7 @@ def entries():
         "icon-nowhere": good + b"nowhere\nExec=true\nIcon=/nowhere/at/all.png\n",
         "icon-folder": good + b"folder\nExec=true\nIcon=/usr\n",
         "no-icon": good + b"no icon\nExec=true\nIcon=\n",
-        "glyph": good + GLYPH.encode() + b"\nExec=true\n",
+        "glyph": good + b"glyph " + GLYPH.encode() + b"\nExec=true\n",
     }
 
 

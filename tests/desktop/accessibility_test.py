@@ -79,7 +79,7 @@ class AccessibilityCase(DesktopCase):
         return [str(element) for element in self.elements() if element.depth > 1 or element.role != "panel"][1:]
 
     def wait_line(self, line):
-        wait_until(lambda: line in self.lines(), lambda: f"{line}, not {self.lines()}")
+        wait_until(lambda: line in self.lines(), lambda: f"{line}, not {self.lines()}", seen=lambda: self.lines())
 
     def find(self, line):
         return wait_until(lambda: next((element for element in self.elements() if str(element) == line), None), line)
@@ -94,7 +94,8 @@ class AccessibilityCase(DesktopCase):
         return any(str(element) == line and state in element.states for element in self.elements())
 
     def wait_state(self, line, state, value=True):
-        wait_until(lambda: self.has(line, state) == value, f"{line} is {'' if value else 'not '}{state}")
+        wait_until(lambda: self.has(line, state) == value, f"{line} is {'' if value else 'not '}{state}",
+                   seen=lambda: self.has(line, state))
 
     def stored(self):
         return json.loads((self.settings / "curtain" / "curtain.preferences.v1").read_text())
@@ -112,7 +113,7 @@ class AccessibilityTest(AccessibilityCase):
         self.start()
         self.open_xterm(x=60, y=500)
         self.open()
-        wait_until(lambda: self.lines() == POPOVER, lambda: f"the popover is read, not {self.lines()}")
+        wait_until(lambda: self.lines() == POPOVER, lambda: f"the popover is read, not {self.lines()}", seen=lambda: self.lines())
         self.assert_all_is_said()
 
     def test_the_keyboard_follows_the_reading_order(self):
@@ -149,7 +150,8 @@ class AccessibilityTest(AccessibilityCase):
         self.assertEqual(self.find("progress bar: Microphone").description, "0%")
         self.desktop.start("paplay", "--device=microphone_feed", str(tone))
         self.wait_line("panel: Microphone: Working")
-        wait_until(lambda: self.find("progress bar: Microphone").description != "0%", "the level is said")
+        wait_until(lambda: self.find("progress bar: Microphone").description != "0%", "the level is said",
+                   seen=lambda: self.find("progress bar: Microphone").description)
 
     def test_switches_say_how_they_stand(self):
         self.start()
@@ -163,7 +165,8 @@ class AccessibilityTest(AccessibilityCase):
         self.assertFalse(self.has("menu item: Desk Camera", "checked"))
         self.assert_all_is_said()
         self.press("menu item: Desk Camera")
-        wait_until(lambda: "desk_camera" in str(self.stored().get("selectedCameraID")), "the camera is chosen")
+        wait_until(lambda: "desk_camera" in str(self.stored().get("selectedCameraID")), "the camera is chosen",
+                   seen=lambda: str(self.stored().get("selectedCameraID")))
 
     def test_private_apps_are_edited(self):
         self.start()
@@ -173,9 +176,10 @@ class AccessibilityTest(AccessibilityCase):
         self.wait_state("check box: Edit apps", "checked")
         self.assert_all_is_said()
         self.press_button("Remove: XTerm")
-        wait_until(lambda: self.stored()["targetApps"] == [], "the app is public")
+        wait_until(lambda: self.stored()["targetApps"] == [], "the app is public", seen=lambda: self.stored()["targetApps"])
         self.press_button("Add: Mousepad")
-        wait_until(lambda: [app["displayName"] for app in self.stored()["targetApps"]] == ["Mousepad"], "the app is private")
+        wait_until(lambda: [app["displayName"] for app in self.stored()["targetApps"]] == ["Mousepad"], "the app is private",
+                   seen=lambda: [app["displayName"] for app in self.stored()["targetApps"]])
         self.press_button("Save")
         self.wait_line("list item: Mousepad: Not running")
 
@@ -187,7 +191,7 @@ class AccessibilityTest(AccessibilityCase):
         self.assert_all_is_said()
         subprocess.run(["xdotool", "key", "Escape"], check=True)
         wait_until(lambda: "push button: More options" in self.lines() and "menu item: Quit" not in self.lines(),
-                   "the menu alone is closed")
+                   "the menu alone is closed", seen=lambda: self.lines())
         self.press_button("More options")
         self.press("menu item: Test Share Mode")
         self.wait_line("dialog: If you shared your screen right now…")
@@ -221,7 +225,8 @@ class AccessibilityTest(AccessibilityCase):
         wait_until(lambda: self.stored().get("runTestShareModeOnOpen"), "the switch is stored")
         self.press("combo box: Language")
         self.press("list item: Français")
-        wait_until(lambda: self.stored().get("language") == "fr", "the language is stored")
+        wait_until(lambda: self.stored().get("language") == "fr", "the language is stored",
+                   seen=lambda: self.stored().get("language"))
         self.wait_line("combo box: Langue")
         for tab in ("Apps", "Autorisations"):
             self.press_button(tab)
@@ -259,7 +264,8 @@ class UnpluggingTest(AccessibilityCase):
         self.assert_all_is_said()
         for command in commands:
             os.posix_spawn(command[0], command, os.environ)
-        wait_until(lambda: self.lines() and "label: Camera Preview" not in self.lines(), "there is a picture again")
+        wait_until(lambda: self.lines() and "label: Camera Preview" not in self.lines(), "there is a picture again",
+                   seen=lambda: self.lines())
 
 
 if __name__ == "__main__":

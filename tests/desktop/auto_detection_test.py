@@ -61,7 +61,8 @@ class AutoDetectionTest(DesktopCase):
 
     def watch_notices(self):
         monitor = self.desktop.start("dbus-monitor", "--session", f"interface='{SERVICE}',member='Notify'")
-        wait_until(lambda: "NameAcquired" in monitor.output() or "NameLost" in monitor.output(), "the bus is watched")
+        wait_until(lambda: "NameAcquired" in monitor.output() or "NameLost" in monitor.output(), "the bus is watched",
+                   seen=lambda: monitor.output())
         return lambda: monitor.output().count("member=Notify")
 
     def capture(self):
@@ -76,7 +77,7 @@ class AutoDetectionTest(DesktopCase):
                                                "--auto-select-desktop-capture-source=Entire screen",
                                                page.address("share.html")))
         self.desktop.window_of(browser)
-        wait_until(lambda: "loaded" in page.said, "the page is there", 60)
+        wait_until(lambda: "loaded" in page.said, "the page is there", 60, seen=lambda: page.said)
         self.click_page(page)
         wait_until(page.frames, "the page receives the screen", 30)
         return page
@@ -86,7 +87,8 @@ class AutoDetectionTest(DesktopCase):
         for _ in range(5):
             subprocess.run(["xdotool", "mousemove", "250", "380", "click", "1"], check=True)
             with contextlib.suppress(AssertionError):
-                return wait_until(lambda: page.said.count("clicked") > clicks, "the page is clicked", 4)
+                return wait_until(lambda: page.said.count("clicked") > clicks, "the page is clicked", 4,
+                                  seen=lambda: page.said.count("clicked"))
         return self.fail("the page takes no click")
 
     @staticmethod
@@ -117,7 +119,7 @@ class AutoDetectionTest(DesktopCase):
         self.start_curtain(XTERM)
         wait_until(lambda: self.xterm.is_hidden, "the private app is hidden", PATIENCE)
         self.click_page(page)
-        wait_until(lambda: "stopped" in page.said, "the page has stopped")
+        wait_until(lambda: "stopped" in page.said, "the page has stopped", seen=lambda: page.said)
         wait_until(lambda: not self.xterm.is_hidden, "it is back", PATIENCE)
 
     def test_the_end_of_a_capture_switches_it_off_again(self):

@@ -52,9 +52,11 @@ class CameraTest(PopoverCase):
         self.start()
         popover = self.open_with_picture()
         self.click(popover, TAKE_PHOTO)
-        wait_until(lambda: self.colour(popover, PHOTO_EDGE) == PHOTO_MAT, "the photo is there for review")
+        wait_until(lambda: self.colour(popover, PHOTO_EDGE) == PHOTO_MAT, "the photo is there for review",
+                   seen=lambda: self.colour(popover, PHOTO_EDGE))
         self.click(popover, PHOTO_COPY)
-        wait_until(lambda: b"image/png" in self.paste("TARGETS"), "the photo is in the clipboard")
+        wait_until(lambda: b"image/png" in self.paste("TARGETS"), "the photo is in the clipboard",
+                   seen=lambda: self.paste("TARGETS"))
 
     def paste(self, target):
         return subprocess.run(["xclip", "-selection", "clipboard", "-target", target, "-out"], check=False,

@@ -35,7 +35,8 @@ class ColdStartTest(DesktopCase):
         self.start_curtain(**self.new_user)
         wait_until(self.desktop.tray_icon, "the icon is in the tray")
         self.assertEqual(self.desktop.windows_of(self.curtain), [])
-        wait_until(lambda: self.files() == {SHORTCUT_FILE}, f"there is the shortcut alone, not {self.files()}")
+        wait_until(lambda: self.files() == {SHORTCUT_FILE}, f"there is the shortcut alone, not {self.files()}",
+                   seen=lambda: self.files())
         modes = {name: stat.S_IMODE((self.home / name).stat().st_mode) for name in (SHORTCUT_FILE, ".config/curtain")}
         self.assertEqual(modes, {SHORTCUT_FILE: 0o600, ".config/curtain": 0o700})
         self.open_wizard()

@@ -42,7 +42,8 @@ class CrashTest(DesktopCase):
         """A second start makes the first one open."""
         self.assertEqual(self.launch_curtain().wait(30), 0)
         popover = wait_until(self.popover, "the popover is open")
-        wait_until(lambda: self.colour(popover, SURFACE) == SURFACE_COLOUR, "the popover is drawn")
+        wait_until(lambda: self.colour(popover, SURFACE) == SURFACE_COLOUR, "the popover is drawn",
+                   seen=lambda: self.colour(popover, SURFACE))
         wait_until(lambda: self.desktop.active_window == popover, "the popover has the keyboard")
         return popover
 
@@ -149,14 +150,15 @@ class CrashTest(DesktopCase):
 
         self.start_curtain()
         self.click(self.open_popover(), FIX_EVERYTHING)
-        wait_until(lambda: self.xfconf(style) == "0", "the icons are hidden")
+        wait_until(lambda: self.xfconf(style) == "0", "the icons are hidden", seen=lambda: self.xfconf(style))
         self.kill_curtain()
         self.assertEqual(self.xfconf(style), "0")
 
         self.start_curtain()
         self.assertEqual(self.xfconf(style), "0")
         self.click(self.open_popover(), RESTORE)
-        wait_until(lambda: self.xfconf(style) == "1", "the icons are back, as their user had chosen them")
+        wait_until(lambda: self.xfconf(style) == "1", "the icons are back, as their user had chosen them",
+                   seen=lambda: self.xfconf(style))
 
 
 if __name__ == "__main__":

@@ -43,6 +43,21 @@ class DesktopCase(unittest.TestCase):
         self.curtain = None
         self.expected_complaints = ""
 
+    def run(self, result=None):
+        """A check that fails shows the desktop as it was then, and what Curtain had written."""
+        method = getattr(self, self._testMethodName)
+
+        def with_the_desktop():
+            try:
+                method()
+            except AssertionError as failure:
+                failure.add_note(f"The desktop then:\n{self.desktop.describe()}")
+                if self.curtain:
+                    failure.add_note(f"Curtain, status {self.curtain.poll()}, had written: {self.curtain.complaints()!r}")
+                raise
+        setattr(self, self._testMethodName, with_the_desktop)
+        return super().run(result)
+
     def tearDown(self):
         if self.curtain:
             self.end_curtain()
@@ -52,7 +67,7 @@ class DesktopCase(unittest.TestCase):
         for key, mask in ((Key.CAPS_LOCK, 2), (Key.NUM_LOCK, 16)):
             if self.display.modifiers() & mask:
                 self.display.strike(key)
-        wait_until(lambda: not self.display.modifiers(), "no modifier is on")
+        wait_until(lambda: not self.display.modifiers(), "no modifier is on", seen=lambda: f"{self.display.modifiers():#x}")
 
     # Curtain
 
@@ -144,19 +159,20 @@ class DesktopCase(unittest.TestCase):
 
     def wait_hidden(self, *windows):
         wait_until(lambda: all(window.is_hidden and not self.display.is_viewable(window.id) for window in windows),
-                   f"{windows} are hidden")
+                   f"{windows} are hidden", seen=self.desktop.describe)
 
     def wait_shown(self, *windows):
         wait_until(lambda: not any(window.is_hidden for window in windows) and
-                   all(self.display.is_viewable(window.id) for window in windows), f"{windows} are shown")
+                   all(self.display.is_viewable(window.id) for window in windows), f"{windows} are shown",
+                   seen=self.desktop.describe)
 
     def wait_geometry(self, geometries):
         """The window manager may let windows fly to where they belong."""
         wait_until(lambda: all(window.geometry == geometry for window, geometry in geometries.items()),
-                   f"{geometries}, not {[window.geometry for window in geometries]}")
+                   f"{geometries}", seen=lambda: [window.geometry for window in geometries])
 
     def wait_colour(self, window, colour):
-        wait_until(lambda: self.colour_of(window) == colour, f"{window} shows {colour}")
+        wait_until(lambda: self.colour_of(window) == colour, f"{window} shows {colour}", seen=lambda: self.colour_of(window))
 
     def assert_stays_shown(self, *windows):
         self.assertTrue(stays(lambda: not any(window.is_hidden for window in windows)), f"{windows} were hidden")

@@ -44,10 +44,10 @@ class LoggedCamera:
         """In one of several attempts, since a busy machine may take long for anything."""
         for _ in range(ATTEMPTS):
             show()
-            wait_until(lambda: self.state() == "streaming", "the camera is on")
+            wait_until(lambda: self.state() == "streaming", "the camera is on", seen=lambda: self.state())
             close()
             begin = time.monotonic()
-            wait_until(lambda: self.state() != "streaming", "the camera is off")
+            wait_until(lambda: self.state() != "streaming", "the camera is off", seen=lambda: self.state())
             if time.monotonic() - begin < SECONDS_TO_LET_GO:
                 return True
         return False

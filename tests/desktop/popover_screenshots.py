@@ -78,7 +78,7 @@ class Photographer:
     def close(self):
         self.curtain.terminate()
         self.curtain.wait(30)
-        wait_until(lambda: self.desktop.tray_icon() is None, "the icon is gone")
+        wait_until(lambda: self.desktop.tray_icon() is None, "the icon is gone", seen=lambda: self.desktop.tray_icon())
 
     def elements(self):
         try:

@@ -62,12 +62,14 @@ class PopoverCase(DesktopCase):
         self.click_icon()
         popover = wait_until(self.shown_popover, "the popover is open")
         wait_until(lambda: self.colour(popover, (30, 600)) is not None and
-                   self.desktop.active_window == popover, "the popover has the keyboard")
-        wait_until(lambda: self.colour(popover, SURFACE) == "#f4f5f8", "the popover is drawn")
+                   self.desktop.active_window == popover, "the popover has the keyboard",
+                   seen=lambda: self.colour(popover, (30, 600)))
+        wait_until(lambda: self.colour(popover, SURFACE) == "#f4f5f8", "the popover is drawn",
+                   seen=lambda: self.colour(popover, SURFACE))
         return popover
 
     def wait_closed(self):
-        wait_until(lambda: self.shown_popover() is None, "the popover is closed")
+        wait_until(lambda: self.shown_popover() is None, "the popover is closed", seen=lambda: self.shown_popover())
 
     def colour(self, popover, place):
         area = popover.geometry
@@ -145,14 +147,17 @@ class PopoverTest(PopoverCase):
         self.start()
         popover = self.open()
         self.click(popover, MENU)
-        wait_until(lambda: self.colour(popover, MENU_EDGE) == CARD, "the menu is open")
+        wait_until(lambda: self.colour(popover, MENU_EDGE) == CARD, "the menu is open",
+                   seen=lambda: self.colour(popover, MENU_EDGE))
         self.click(popover, MENU_TEST_SHARE)
-        wait_until(lambda: self.colour(popover, SURFACE) not in ("#f4f5f8", None), "the panel lies over the popover")
+        wait_until(lambda: self.colour(popover, SURFACE) not in ("#f4f5f8", None), "the panel lies over the popover",
+                   seen=lambda: self.colour(popover, SURFACE))
         # Beside the panel.
         self.click(popover, SURFACE)
         wait_until(lambda: stays(lambda: self.colour(popover, BETWEEN_CARDS) == "#f4f5f8"), "the panel is gone")
         self.click(popover, MENU)
-        wait_until(lambda: self.colour(popover, MENU_EDGE) == CARD, "the menu is open again")
+        wait_until(lambda: self.colour(popover, MENU_EDGE) == CARD, "the menu is open again",
+                   seen=lambda: self.colour(popover, MENU_EDGE))
         self.click(popover, MENU_SETTINGS)
         self.wait_closed()
         wait_until(lambda: any(window.size == (440, 430)
@@ -174,7 +179,8 @@ class PopoverTest(PopoverCase):
         self.click(popover, MIRROR)
         wait_until(lambda: not self.is_red(popover), "it is mirrored")
         self.click(popover, TAKE_PHOTO)
-        wait_until(lambda: self.colour(popover, PHOTO_EDGE) == PHOTO_MAT, "the photo is there for review")
+        wait_until(lambda: self.colour(popover, PHOTO_EDGE) == PHOTO_MAT, "the photo is there for review",
+                   seen=lambda: self.colour(popover, PHOTO_EDGE))
         self.click(popover, PHOTO_SAVE)
         dialog = wait_until(self.save_dialog, "the dialog is open")
         wait_until(lambda: self.desktop.active_window == dialog, "the dialog has the keyboard")
@@ -189,14 +195,16 @@ class PopoverTest(PopoverCase):
         self.assertEqual(target.read_bytes()[:2], b"\xff\xd8")
         popover = wait_until(self.shown_popover, "the popover has stayed")
         self.click(popover, PHOTO_BACK)
-        wait_until(lambda: self.colour(popover, PHOTO_EDGE) != PHOTO_MAT, "the camera is back")
+        wait_until(lambda: self.colour(popover, PHOTO_EDGE) != PHOTO_MAT, "the camera is back",
+                   seen=lambda: self.colour(popover, PHOTO_EDGE))
 
     def test_switches_to_the_other_camera(self):
         self.start()
         popover = self.open()
         wait_until(lambda: self.is_red(popover), "the camera is seen")
         self.click(popover, CAMERA_MENU)
-        wait_until(lambda: self.colour(popover, CAMERA_MENU_BELOW) == CARD, "the menu of the cameras is open")
+        wait_until(lambda: self.colour(popover, CAMERA_MENU_BELOW) == CARD, "the menu of the cameras is open",
+                   seen=lambda: self.colour(popover, CAMERA_MENU_BELOW))
         # The first camera is the one in use.
         self.press_key("Down")
         self.press_key("Down")
@@ -211,16 +219,17 @@ class PopoverTest(PopoverCase):
                         "-f", "wav", str(tone)], check=True)
         popover = self.open()
         self.desktop.start("paplay", "--device=microphone_feed", str(tone))
-        wait_until(lambda: self.colour(popover, METER_START) == GREEN, "the meter moves with the voice")
+        wait_until(lambda: self.colour(popover, METER_START) == GREEN, "the meter moves with the voice",
+                   seen=lambda: self.colour(popover, METER_START))
         area = popover.geometry
         subprocess.run(["xdotool", "mousemove", str(area.x + RECORD[0]), str(area.y + RECORD[1])], check=True)
         wait_until(lambda: stays(lambda seen=self.label(): self.label() == seen), "the button is at rest")
         idle = self.label()
         self.click(popover, RECORD)
-        wait_until(lambda: self.label() != idle, "it records")
+        wait_until(lambda: self.label() != idle, "it records", seen=lambda: self.label())
         recording = self.label()
-        wait_until(lambda: self.label() not in (idle, recording), "it plays what it heard")
-        wait_until(lambda: self.label() == idle, "it is ready for another test")
+        wait_until(lambda: self.label() not in (idle, recording), "it plays what it heard", seen=lambda: self.label())
+        wait_until(lambda: self.label() == idle, "it is ready for another test", seen=lambda: self.label())
 
     def label(self):
         """How the button of the echo test looks."""
@@ -232,17 +241,19 @@ class PopoverTest(PopoverCase):
         popover = self.open()
         wait_until(lambda: stays(lambda seen=self.edited(popover): self.edited(popover) == seen), "the popover is at rest")
         self.click(popover, EDIT)
-        wait_until(lambda: self.colour(popover, EDIT_FIELD_EDGE) not in (CARD, None), "there is a field to search in")
+        wait_until(lambda: self.colour(popover, EDIT_FIELD_EDGE) not in (CARD, None), "there is a field to search in",
+                   seen=lambda: self.colour(popover, EDIT_FIELD_EDGE))
         subprocess.run(["xdotool", "type", "mousepad"], check=True)
         wait_until(lambda: self.colour(popover, EDIT_FIRST_ICON) != CARD and
-                   self.colour(popover, EDIT_SECOND_ICON) == CARD, "one app is found")
+                   self.colour(popover, EDIT_SECOND_ICON) == CARD, "one app is found",
+                   seen=lambda: self.colour(popover, EDIT_FIRST_ICON))
         wait_until(lambda: stays(lambda seen=self.edited(popover): self.edited(popover) == seen), "the list is at rest")
         self.click(popover, EDIT_FIRST_BUTTON)
         wait_until(lambda: [app["bundleID"] for app in self.stored()["targetApps"]] == [MOUSEPAD["bundleID"]],
-                   "the app is private")
+                   "the app is private", seen=lambda: [app["bundleID"] for app in self.stored()["targetApps"]])
         wait_until(lambda: stays(lambda seen=self.edited(popover): self.edited(popover) == seen), "the list is at rest")
         self.click(popover, EDIT_FIRST_BUTTON)
-        wait_until(lambda: self.stored()["targetApps"] == [], "the app is public again")
+        wait_until(lambda: self.stored()["targetApps"] == [], "the app is public again", seen=lambda: self.stored()["targetApps"])
 
     def edited(self, popover):
         area = popover.geometry

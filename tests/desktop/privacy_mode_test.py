@@ -24,7 +24,8 @@ class PrivacyModeTest(DesktopCase):
         self.wait_hidden(xterm, mousepad)
         for window in (xterm, mousepad):
             x, y, width, height = areas[window]
-            wait_until(lambda: self.display.colour(x + width // 2, y + height // 2) == root, f"{window} left the screen")
+            wait_until(lambda: self.display.colour(x + width // 2, y + height // 2) == root, f"{window} left the screen",
+                       seen=lambda: self.display.colour(x + width // 2, y + height // 2))
         self.assert_stays_shown(urxvt)
         self.assertEqual(urxvt.geometry, before[urxvt])
         self.assertEqual(self.display.pixels(areas[urxvt]), urxvt_pixels)
@@ -150,7 +151,7 @@ class PrivacyModeTest(DesktopCase):
         self.start_curtain(XTERM)
         for is_hidden in (True, False):
             self.toggle()
-            wait_until(lambda: xterm.is_hidden == is_hidden, f"hidden: {is_hidden}")
+            wait_until(lambda: xterm.is_hidden == is_hidden, f"hidden: {is_hidden}", seen=lambda: xterm.is_hidden)
         self.assert_stays_shown(xterm)
         self.assertEqual((self.desktop.workspace, xterm.workspace), (0, 1))
 
@@ -163,7 +164,7 @@ class PrivacyModeTest(DesktopCase):
                     xterm.ask_for_state(state)
                 # Window managers answer one state after the other.
                 wait_until(lambda: all(map(xterm.has_state, states)) and xterm.geometry.width > small.width
-                           and xterm.geometry.height > small.height, "it is large")
+                           and xterm.geometry.height > small.height, "it is large", seen=lambda: xterm.geometry.width)
                 large = xterm.geometry
                 self.start_curtain(XTERM)
                 self.toggle()

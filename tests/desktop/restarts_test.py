@@ -218,7 +218,8 @@ class PartsTest(RestartCase):
         self.start_service("pipewire")
         wait_until(lambda: self.output_of("pw-cli", "info", "0"), "PipeWire is back")
         self.start_service("wireplumber")
-        wait_until(lambda: "WirePlumber" in self.output_of("pw-cli", "list-objects", "Client"), "its manager is back")
+        wait_until(lambda: "WirePlumber" in self.output_of("pw-cli", "list-objects", "Client"), "its manager is back",
+                   seen=lambda: self.output_of("pw-cli", "list-objects", "Client"))
         self.start_service("pipewire-pulse")
         wait_until(lambda: self.output_of("pactl", "info"), "the sound server is back")
         wait_until(self.add_microphone, "there is a microphone again")

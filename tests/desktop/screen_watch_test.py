@@ -57,14 +57,15 @@ class ScreenWatchCase(DesktopCase):
 
     def wait_polls(self, number):
         before = len(self.answers())
-        wait_until(lambda: len(self.answers()) >= before + number, f"{number} polls", POLL_SECONDS * (number + 3))
+        wait_until(lambda: len(self.answers()) >= before + number, f"{number} polls", POLL_SECONDS * (number + 3),
+                   seen=lambda: len(self.answers()))
 
     def polls_until(self, answer, limit):
         """How many polls it takes until that is the answer; more than the limit if it does not come."""
         before = len(self.answers())
         with contextlib.suppress(AssertionError):
             wait_until(lambda: answer in self.answers()[before:] or len(self.answers()) - before > limit,
-                       answer, POLL_SECONDS * (limit + 3))
+                       answer, POLL_SECONDS * (limit + 3), seen=lambda: self.answers()[before:])
         answers = self.answers()[before:]
         return answers.index(answer) + 1 if answer in answers else limit + 1
 
@@ -202,7 +203,7 @@ skip_page=true
 
     def share_in(self, name, browser, page):
         window = self.desktop.window_of(browser)
-        wait_until(lambda: "loaded" in page.said, "the page is there", SECONDS_TO_START)
+        wait_until(lambda: "loaded" in page.said, "the page is there", SECONDS_TO_START, seen=lambda: page.said)
         x, y, width, height = window.geometry
         place = ["xdotool", "mousemove", str(x + width // 2), str(y + height - 40), "click", "1"]
 
@@ -212,7 +213,8 @@ skip_page=true
             for _ in range(5):
                 subprocess.run(place, check=True)
                 with contextlib.suppress(AssertionError):
-                    return wait_until(lambda: page.said.count("clicked") > clicks, "the page is clicked", 4)
+                    return wait_until(lambda: page.said.count("clicked") > clicks, "the page is clicked", 4,
+                                      seen=lambda: page.said.count("clicked"))
             self.fail("the page takes no click")
         click()
 
@@ -342,7 +344,7 @@ class InnocentTest(ScreenWatchCase):
         port = 7900 + os.getpid() % 1000
         server = self.start("x11vnc", "-localhost", "-rfbport", str(port), "-nopw", "-forever", "-quiet")
         wait_until(lambda: f":{port:04X}" in Path("/proc/net/tcp").read_text(encoding="ascii"), "the server listens",
-                   SECONDS_TO_START)
+                   SECONDS_TO_START, seen=lambda: Path("/proc/net/tcp").read_text(encoding="ascii"))
         self.add("x11vnc without a viewer", lambda: server.poll() is None)
         self.check()
 
@@ -355,7 +357,8 @@ class WithoutRecordTest(DesktopCase):
         watch = self.desktop.start(SCREEN_WATCH, environment={"DISPLAY": display})
         capture = self.desktop.start("ffmpeg", "-nostdin", "-loglevel", "error", "-f", "x11grab", "-video_size", "640x480",
                                      "-i", display, "-f", "null", "-")
-        wait_until(lambda: watch.output().count("\n") >= 3, "three polls", 5 * POLL_SECONDS)
+        wait_until(lambda: watch.output().count("\n") >= 3, "three polls", 5 * POLL_SECONDS,
+                   seen=lambda: watch.output().count("\n"))
         self.assertEqual({line.split()[0] for line in watch.output().splitlines()}, {"unknown"})
         self.assertEqual(len(watch.complaints().splitlines()), 1, watch.complaints())
         self.assertIsNone(watch.poll())

@@ -52,10 +52,11 @@ class SleepTest(SessionCase):
         self.start_service("dbus-daemon", "--nofork", f"--config-file={configuration}")
         wait_until((self.scratch / "system-bus").is_socket, "the system's bus is up")
         self.start_service(str(LOGIN_MANAGER))
-        wait_until(lambda: self.ask_login_manager("Locks").returncode == 0, "the login manager is up")
+        wait_until(lambda: self.ask_login_manager("Locks").returncode == 0, "the login manager is up",
+                   seen=lambda: self.ask_login_manager("Locks").returncode)
         self.write_settings()
         self.start_curtain(DBUS_SYSTEM_BUS_ADDRESS=self.address)
-        wait_until(lambda: self.locks() == 1, "Curtain holds sleep off")
+        wait_until(lambda: self.locks() == 1, "Curtain holds sleep off", seen=lambda: self.locks())
 
     def start_service(self, *argv):
         service = self.desktop.start(*argv, environment={"DBUS_SYSTEM_BUS_ADDRESS": self.address})
@@ -77,10 +78,10 @@ class SleepTest(SessionCase):
     def test_lets_camera_and_microphone_go_before_sleep_and_picks_them_up_afterwards(self):
         self.open_popover()
         self.announce("Sleep", True)
-        wait_until(lambda: self.locks() == 0, "the computer may sleep")
+        wait_until(lambda: self.locks() == 0, "the computer may sleep", seen=lambda: self.locks())
         self.wait_released()
         self.announce("Sleep", False)
-        wait_until(lambda: self.locks() == 1, "Curtain holds the next sleep off")
+        wait_until(lambda: self.locks() == 1, "Curtain holds the next sleep off", seen=lambda: self.locks())
         wait_until(self.uses_camera, "the camera is in use again")
         wait_until(self.uses_microphone, "the microphone is in use again")
 
@@ -90,9 +91,9 @@ class SleepTest(SessionCase):
         self.toggle()
         self.wait_hidden(xterm)
         self.announce("Sleep", True)
-        wait_until(lambda: self.locks() == 0, "the computer may sleep")
+        wait_until(lambda: self.locks() == 0, "the computer may sleep", seen=lambda: self.locks())
         self.announce("Sleep", False)
-        wait_until(lambda: self.locks() == 1, "the computer is awake")
+        wait_until(lambda: self.locks() == 1, "the computer is awake", seen=lambda: self.locks())
         self.assert_stays_hidden(xterm)
         self.assert_hides_again(xterm)
         self.assertFalse(urxvt.is_hidden)
@@ -107,7 +108,7 @@ class SleepTest(SessionCase):
         self.announce("Shutdown", False)
         self.announce("Shutdown", True)
         self.assertEqual(self.curtain.wait(SECONDS_TO_END), 0)
-        wait_until(lambda: self.locks() == 0, "the computer may end")
+        wait_until(lambda: self.locks() == 0, "the computer may end", seen=lambda: self.locks())
         self.wait_released()
         self.assertFalse(self.display.is_key_taken(Key.H, SHORTCUT_MASK))
         self.assert_stays_hidden(xterm)

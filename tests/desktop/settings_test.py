@@ -56,7 +56,8 @@ class SettingsTest(DesktopCase):
         window, = wait_until(lambda: [window for window in self.desktop.windows() if window not in others],
                              "the settings window is up")
         wait_until(lambda: self.desktop.active_window == window, "the settings window is active")
-        wait_until(lambda: self.colour_at(window, 40, 70) == CARD, "the window is drawn")
+        wait_until(lambda: self.colour_at(window, 40, 70) == CARD, "the window is drawn",
+                   seen=lambda: self.colour_at(window, 40, 70))
         return window
 
     def has_menu(self):
@@ -83,23 +84,27 @@ class SettingsTest(DesktopCase):
 
     def search(self, window, text):
         """Waits until a single app is found, which is not private."""
-        wait_until(lambda: self.colour_at(window, *SEARCH) == CARD, "the field is there")
+        wait_until(lambda: self.colour_at(window, *SEARCH) == CARD, "the field is there",
+                   seen=lambda: self.colour_at(window, *SEARCH))
         self.click(window, SEARCH)
         self.run_xdotool("key", "ctrl+a")
         self.run_xdotool("type", text)
         self.wait_switch(window, SWITCH_OFF)
-        wait_until(lambda: self.colour_at(window, *SECOND_APP) == CARD, "one app is found")
+        wait_until(lambda: self.colour_at(window, *SECOND_APP) == CARD, "one app is found",
+                   seen=lambda: self.colour_at(window, *SECOND_APP))
 
     def wait_switch(self, window, colour):
         """Of the first app; its middle is the track, whichever way it stands."""
-        wait_until(lambda: self.colour_at(window, *FIRST_APP) == colour, f"the first app's switch is {colour}")
+        wait_until(lambda: self.colour_at(window, *FIRST_APP) == colour, f"the first app's switch is {colour}",
+                   seen=lambda: self.colour_at(window, *FIRST_APP))
 
     def wait_preference(self, name, value):
-        wait_until(lambda: self.preferences().get(name) == value, f"{name} is {value}")
+        wait_until(lambda: self.preferences().get(name) == value, f"{name} is {value}", seen=lambda: self.preferences().get(name))
 
     def wait_private_apps(self, *identifiers):
         wait_until(lambda: tuple(app["bundleID"] for app in self.preferences().get("targetApps", ())) == identifiers,
-                   f"the private apps are {identifiers}")
+                   f"the private apps are {identifiers}",
+                   seen=lambda: tuple(app["bundleID"] for app in self.preferences().get("targetApps", ())))
 
     def test_launch_at_login_writes_and_removes_the_autostart_entry(self):
         window = self.start_with_settings()
@@ -127,17 +132,20 @@ class SettingsTest(DesktopCase):
         window = self.start_with_settings()
         self.click(window, SHORTCUT_FIELD)
         wait_until(lambda: not self.display.is_key_taken(Key.H, 4 | 8 | 64), "the old one does not act while recording")
-        wait_until(lambda: self.colour_at(window, *FIELD_BORDER) == ACCENT, "the field records")
+        wait_until(lambda: self.colour_at(window, *FIELD_BORDER) == ACCENT, "the field records",
+                   seen=lambda: self.colour_at(window, *FIELD_BORDER))
         self.display.strike(Key.CONTROL, Key.SHIFT, F9)
         recorded = {"carbonKeyCode": 101, "carbonModifiers": 4096 + 512}
-        wait_until(lambda: json.loads(self.shortcut()) == recorded, "the new one is stored")
+        wait_until(lambda: json.loads(self.shortcut()) == recorded, "the new one is stored",
+                   seen=lambda: json.loads(self.shortcut()))
         wait_until(lambda: self.display.is_key_taken(F9, CONTROL_SHIFT), "the new one acts")
-        wait_until(lambda: self.colour_at(window, *FIELD_BORDER) != ACCENT, "the field has let the keyboard go")
+        wait_until(lambda: self.colour_at(window, *FIELD_BORDER) != ACCENT, "the field has let the keyboard go",
+                   seen=lambda: self.colour_at(window, *FIELD_BORDER))
         self.assertFalse(xterm.is_hidden, "recording is no use of it")
         self.display.strike(Key.CONTROL, Key.SHIFT, F9)
         self.wait_hidden(xterm)
         self.click(window, CLEAR_SHORTCUT)
-        wait_until(lambda: self.shortcut() == "false", "it is cleared")
+        wait_until(lambda: self.shortcut() == "false", "it is cleared", seen=lambda: self.shortcut())
         wait_until(lambda: not self.display.is_key_taken(F9, CONTROL_SHIFT), "it does not act any more")
         self.end_curtain()
         self.curtain = self.launch_curtain()

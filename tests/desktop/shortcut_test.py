@@ -46,7 +46,8 @@ class ShortcutTest(DesktopCase):
         wait_until(lambda: self.desktop.active_window == window, "xev has the keyboard")
         start = time.monotonic()
         self.display.press(Key.H)
-        wait_until(lambda: witness.output().count("KeyPress event") >= REPEATS_OF_A_HELD_KEY, "the key repeats")
+        wait_until(lambda: witness.output().count("KeyPress event") >= REPEATS_OF_A_HELD_KEY, "the key repeats",
+                   seen=lambda: witness.output().count("KeyPress event"))
         seconds = time.monotonic() - start
         self.display.release(Key.H)
 
@@ -62,7 +63,8 @@ class ShortcutTest(DesktopCase):
             with self.subTest(locks):
                 for lock in locks:
                     self.display.strike(lock)
-                wait_until(lambda: bin(self.display.modifiers()).count("1") == len(locks), "the locks are on")
+                wait_until(lambda: bin(self.display.modifiers()).count("1") == len(locks), "the locks are on",
+                           seen=lambda: bin(self.display.modifiers()).count("1"))
                 self.assert_toggles()
                 for lock in locks:
                     self.display.strike(lock)
@@ -98,7 +100,8 @@ class ShortcutTest(DesktopCase):
         self.write_private_apps(XTERM)
         self.curtain = self.launch_curtain()
         wait_until(self.desktop.tray_icon, "the tray icon is there")
-        wait_until(lambda: self.curtain.complaints() == self.expected_complaints, "Curtain says so")
+        wait_until(lambda: self.curtain.complaints() == self.expected_complaints, "Curtain says so",
+                   seen=lambda: self.curtain.complaints())
         self.toggle()
         self.assert_stays_shown(self.xterm)
         self.assertIsNone(self.curtain.poll())

@@ -37,7 +37,7 @@ class TogglesTest(DesktopCase):
         for index in range(number):
             self.toggle()
             is_hidden = index % 2 == 0
-            wait_until(lambda: self.xterm.is_hidden == is_hidden, f"hidden: {is_hidden}")
+            wait_until(lambda: self.xterm.is_hidden == is_hidden, f"hidden: {is_hidden}", seen=lambda: self.xterm.is_hidden)
 
     def costs(self, resources):
         """Handles, the server's resources and memory of its own, once two looks in a row agree on the first two."""

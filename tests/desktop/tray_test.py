@@ -61,11 +61,12 @@ class Window(NamedTuple):
         return self.x + self.width // 2, self.y + self.height // 2
 
 
-def wait_until(condition, what, seconds=30):
+def wait_until(condition, what, seconds=30, seen=None):
+    """`seen` tells what there is in place of what is waited for."""
     deadline = time.monotonic() + seconds
     while not (answer := condition()):
         if time.monotonic() > deadline:
-            raise AssertionError(f"did not happen in time: {what}")
+            raise AssertionError(f"did not happen in time: {what}; seen: {seen() if seen else answer}")
         time.sleep(0.01)
     return answer
 
@@ -248,9 +249,10 @@ class TrayTest(unittest.TestCase):
         name = self.host("Icon", item)[0]
         self.assertEqual(name, "com.curtain.Curtain-open-symbolic")
         output("xdotool", "key", TOGGLE)
-        wait_until(lambda: self.host("Icon", item)[0] == "com.curtain.Curtain-close-symbolic", "the closed curtain")
+        wait_until(lambda: self.host("Icon", item)[0] == "com.curtain.Curtain-close-symbolic", "the closed curtain",
+                   seen=lambda: self.host("Icon", item)[0])
         output("xdotool", "key", TOGGLE)
-        wait_until(lambda: self.host("Icon", item)[0] == name, "the open curtain")
+        wait_until(lambda: self.host("Icon", item)[0] == name, "the open curtain", seen=lambda: self.host("Icon", item)[0])
 
     def test_stands_in_one_tray_where_there_are_both(self):
         self.start_trayer()
@@ -471,10 +473,10 @@ class TrayTest(unittest.TestCase):
         self.start_curtain()
         # The panel runs along the top; its tray begins after a handle.
         middle, rod = (25, 14), (25, 6)
-        wait_until(lambda: pixel(*rod) > 200, "the light icon")
+        wait_until(lambda: pixel(*rod) > 200, "the light icon", seen=lambda: pixel(*rod))
         self.assertLess(pixel(*middle), 100)
         output("xdotool", "key", TOGGLE)
-        wait_until(lambda: pixel(*middle) > 200, "the closed curtain")
+        wait_until(lambda: pixel(*middle) > 200, "the closed curtain", seen=lambda: pixel(*middle))
         output("xdotool", "mousemove", *map(str, middle), "click", "3")
         entry = re.compile(r'"Wrapper-2\.0"\)  (\d+)x(\d{3})\+.* \+(\d+)\+(\d+)$')
         menu = wait_until(lambda: next(filter(None, map(entry.search, window_tree())), None), "the panel's menu")
@@ -509,11 +511,11 @@ class TrayTest(unittest.TestCase):
         self.start_host()
         self.start_curtain()
         item = self.wait_for_item()
-        wait_until(lambda: self.ink(item) > 200, "the light icon")
+        wait_until(lambda: self.ink(item) > 200, "the light icon", seen=lambda: self.ink(item))
         self.set_scheme(2)
-        wait_until(lambda: self.ink(item) < 60, "the dark icon")
+        wait_until(lambda: self.ink(item) < 60, "the dark icon", seen=lambda: self.ink(item))
         self.set_scheme(1)
-        wait_until(lambda: self.ink(item) > 200, "the light icon")
+        wait_until(lambda: self.ink(item) > 200, "the light icon", seen=lambda: self.ink(item))
 
     def test_does_not_wait_for_a_portal_that_does_not_answer(self):
         portal = self.start(SUPPORT / "settings-portal", ready=lambda: has_owner(PORTAL))

@@ -69,7 +69,8 @@ class WizardTest(DesktopCase):
         return brightness(self.colour_at(window, FILE)) > 750
 
     def wait_page(self, window, page):
-        wait_until(lambda: self.page(window) == page, f"the page is {page}, not {self.page(window)}")
+        wait_until(lambda: self.page(window) == page, f"the page is {page}, not {self.page(window)}",
+                   seen=lambda: self.page(window))
 
     def wait_for_keyboard(self, window):
         wait_until(lambda: self.desktop.active_window == window, "the wizard has the keyboard")
@@ -111,23 +112,27 @@ class WizardTest(DesktopCase):
     def allow_the_microphone(self, window):
         self.assertGreater(brightness(self.colour_at(window, PANEL_EDGE)), 600)
         self.click(window, BUTTON)
-        wait_until(lambda: brightness(self.colour_at(window, PANEL_EDGE)) < 200, "the level is shown")
+        wait_until(lambda: brightness(self.colour_at(window, PANEL_EDGE)) < 200, "the level is shown",
+                   seen=lambda: brightness(self.colour_at(window, PANEL_EDGE)))
 
     def allow_the_camera(self, window):
         self.wait_page(window, "camera")
         before = self.colour_at(window, PICTURE)
         self.click(window, BUTTON)
         wait_until(lambda: self.colour_at(window, PANEL_EDGE) != "#e5e6e9" and
-                   self.colour_at(window, PICTURE) != before, "the camera is shown")
+                   self.colour_at(window, PICTURE) != before, "the camera is shown",
+                   seen=lambda: self.colour_at(window, PANEL_EDGE))
 
     def test_leads_from_the_first_click_to_the_popover(self):
         window = self.go_to_the_microphone()
         self.allow_the_microphone(window)
         if self.has_devices:
             voice = self.speak()
-            wait_until(lambda: brightness(self.colour_at(window, FIRST_BAR)) > 200, "the bars rise with the voice")
+            wait_until(lambda: brightness(self.colour_at(window, FIRST_BAR)) > 200, "the bars rise with the voice",
+                       seen=lambda: brightness(self.colour_at(window, FIRST_BAR)))
             voice.terminate()
-            wait_until(lambda: brightness(self.colour_at(window, FIRST_BAR)) < 200, "the bars fall")
+            wait_until(lambda: brightness(self.colour_at(window, FIRST_BAR)) < 200, "the bars fall",
+                       seen=lambda: brightness(self.colour_at(window, FIRST_BAR)))
         self.click(window, BUTTON)
         self.allow_the_camera(window)
         self.click(window, BUTTON)
@@ -205,7 +210,7 @@ class WizardTest(DesktopCase):
         wait_until(lambda: self.desktop.active_window == terminal, "the terminal is in front")
         self.click_icon()
         self.wait_for_keyboard(window)
-        wait_until(lambda: self.page(window) == "welcome", "the wizard can be seen")
+        wait_until(lambda: self.page(window) == "welcome", "the wizard can be seen", seen=lambda: self.page(window))
         self.assertEqual(len(self.desktop.windows_of(self.curtain)), 1)
 
 

@@ -1,0 +1,67 @@
+"""Shows every app of a machine full of faulty icons, desktop entries and fonts, and looks at what Curtain writes about them."""
+
+import subprocess
+import unittest
+
+from desktop_case import DesktopCase, stays, wait_until
+from desktop_driver import Rectangle
+from faulty_files import write_faulty_files
+
+SETTINGS = (440, 430)
+APPS_TAB = (205, 30)
+INSTALLED = (320, 199)
+LIST = Rectangle(20, 270, 400, 136)
+IN_LIST = (200, 330)
+SHOWN = "Curtain: somebody else's file: "
+
+
+class ForeignFilesTest(DesktopCase):
+    def setUp(self):
+        super().setUp()
+        write_faulty_files(self.scratch / "data")
+
+    def show_every_app(self, **environment):
+        self.start_curtain(XDG_DATA_HOME=str(self.scratch / "data"), **environment)
+        subprocess.run(["gdbus", "call", "--session", "--dest", "com.curtain.Curtain", "--object-path", "/com/curtain/Curtain",
+                        "--method", "org.freedesktop.Application.ActivateAction", "settings", "[]", "{}"], check=True,
+                       stdout=subprocess.DEVNULL)
+        self.window = wait_until(lambda: next((window for window in self.desktop.windows_of(self.curtain)
+                                               if window.size == SETTINGS), None), "the settings are open")
+        self.list_at_rest()
+        self.click(APPS_TAB)
+        running = self.list_at_rest()
+        self.click(INSTALLED)
+        wait_until(lambda: self.window.pixels(LIST) not in (None, running), "the installed apps are listed")
+        self.click(IN_LIST)
+        shown, pages = None, 0
+        while (now := self.list_at_rest()) != shown:
+            shown, pages = now, pages + 1
+            # Less than what is shown at once.
+            subprocess.run(["xdotool", "click", "5"], check=True)
+        return pages
+
+    def click(self, place):
+        x, y, _, _ = self.window.geometry
+        subprocess.run(["xdotool", "mousemove", str(x + place[0]), str(y + place[1]), "click", "1"], check=True)
+
+    def list_at_rest(self):
+        def picture():
+            pixels = self.window.pixels(LIST)
+            return pixels and stays(lambda: self.window.pixels(LIST) == pixels, 0.15) and pixels
+        return wait_until(picture, "the list is at rest", seen=lambda: "it moves")
+
+    def test_nothing_is_written_about_them(self):
+        self.assertGreater(self.show_every_app(), 10)
+
+    def test_each_fault_is_written_once_when_asked(self):
+        self.show_every_app(CURTAIN_DEBUG="1")
+        lines = self.curtain.complaints().splitlines()
+        self.expected_complaints = "".join(f"{line}\n" for line in lines)
+        self.assertEqual([line for line in lines if not line.startswith(SHOWN)], [])
+        self.assertEqual(len(lines), len(set(lines)), lines)
+        for word in ("garbage.svg", "unsupported.svg", "allocation limit", "load glyph failed"):
+            self.assertTrue(any(word in line for line in lines), (word, lines))
+
+
+if __name__ == "__main__":
+    unittest.main()
