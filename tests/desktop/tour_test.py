@@ -15,6 +15,8 @@ PICTURES = ["01-before-the-call.png", "02-wizard.png", "03-wizard-microphone.png
 
 
 class TourTest(unittest.TestCase):
+    maxDiff = None
+
     def setUp(self):
         scratch = tempfile.TemporaryDirectory(prefix="curtain-test-")
         self.addCleanup(scratch.cleanup)
