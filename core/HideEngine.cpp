@@ -8,28 +8,33 @@ namespace CurtainCore {
 HideEngine::HideEngine(AppHiding& hiding) : hiding_(hiding) {}
 
 void HideEngine::activate(std::vector<std::string> targets) {
-    targets_ = std::move(targets);
+    const auto thisSwitch = ++switches_;
+    targets_ = targets;
     hiddenByUs_.clear();
     previousHidden_.clear();
     isActive_ = true;
-    for (const auto& target : targets_) {
-        if (!hiding_.isRunning(target)) {
-            continue;
+    for (const auto& target : targets) {
+        // Whoever hides apps may have called in between.
+        if (switches_ != thisSwitch) {
+            return;
         }
-        const bool wasHidden = hiding_.isHidden(target).value_or(false);
-        previousHidden_[target] = wasHidden;
-        if (!wasHidden) {
-            hiding_.hide(target);
-            hiddenByUs_.insert(target);
+        if (isTarget(target)) {
+            hideAtSwitchOn(target);
         }
     }
 }
 
 void HideEngine::deactivate() {
-    for (const auto& bundleID : hiddenByUs_) {
+    const auto thisSwitch = ++switches_;
+    for (const auto& bundleID : std::set(hiddenByUs_)) {
         const auto wasHidden = previousHidden_.find(bundleID);
-        if (wasHidden != previousHidden_.end() && !wasHidden->second) {
+        const bool isToBeShown =
+            hiddenByUs_.erase(bundleID) != 0 && wasHidden != previousHidden_.end() && !wasHidden->second;
+        if (isToBeShown) {
             hiding_.unhide(bundleID);
+        }
+        if (switches_ != thisSwitch) {
+            return;
         }
     }
     hiddenByUs_.clear();
@@ -39,12 +44,10 @@ void HideEngine::deactivate() {
 }
 
 bool HideEngine::reapply(const std::string& activatedBundleID) {
-    if (!isActive_ || std::ranges::find(targets_, activatedBundleID) == targets_.end() ||
-        !hiding_.isRunning(activatedBundleID)) {
+    if (!isActive_ || !isTarget(activatedBundleID) || !hiding_.isRunning(activatedBundleID)) {
         return false;
     }
-    hiding_.hide(activatedBundleID);
-    hiddenByUs_.insert(activatedBundleID);
+    hide(activatedBundleID);
     return true;
 }
 
@@ -53,6 +56,27 @@ void HideEngine::reveal(const std::string& bundleID) {
     hiddenByUs_.erase(bundleID);
     previousHidden_.erase(bundleID);
     hiding_.unhide(bundleID);
+}
+
+bool HideEngine::isTarget(const std::string& bundleID) const {
+    return std::ranges::find(targets_, bundleID) != targets_.end();
+}
+
+void HideEngine::hideAtSwitchOn(const std::string& target) {
+    if (!hiding_.isRunning(target)) {
+        return;
+    }
+    const bool wasHidden = hiding_.isHidden(target).value_or(false);
+    previousHidden_[target] = wasHidden;
+    if (!wasHidden) {
+        hide(target);
+    }
+}
+
+void HideEngine::hide(const std::string& bundleID) {
+    // Noted before, for whoever switches the mode or reveals the app meanwhile.
+    hiddenByUs_.insert(bundleID);
+    hiding_.hide(bundleID);
 }
 
 } // namespace CurtainCore

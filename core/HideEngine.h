@@ -2,6 +2,7 @@
 
 #include "core/AppHiding.h"
 
+#include <cstdint>
 #include <map>
 #include <set>
 #include <string>
@@ -11,6 +12,7 @@ namespace CurtainCore {
 
 /// Privacy mode: hides the private apps, hides them again when they return, and shows again exactly those
 /// that it hid and that were visible before. Not thread-safe; its owner calls it from the main thread only.
+/// It may be called while it calls `hiding`; of two switches the one that began last counts.
 class HideEngine {
 public:
     /// `hiding` outlives the engine.
@@ -33,8 +35,14 @@ public:
     void reveal(const std::string& bundleID);
 
 private:
+    bool isTarget(const std::string& bundleID) const;
+    void hideAtSwitchOn(const std::string& target);
+    void hide(const std::string& bundleID);
+
     AppHiding& hiding_;
     bool isActive_ = false;
+    /// Counts the switches on and off.
+    std::uint64_t switches_ = 0;
     std::vector<std::string> targets_;
     std::set<std::string> hiddenByUs_;
     /// Whether each target that ran at switch-on was hidden already.

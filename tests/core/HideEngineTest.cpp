@@ -4,6 +4,10 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
+#include <string>
+#include <utility>
+
 namespace {
 
 using CurtainCore::HideEngine;
@@ -116,6 +120,26 @@ TEST_F(HideEngineTest, ActivatingTwiceForgetsWhatTheFirstTimeHid) {
     EXPECT_EQ(apps.count("unhide b"), 1);
 }
 
+TEST_F(HideEngineTest, ActivatingTwiceWithTheSameTargetForgetsThatItWasVisible) {
+    apps.run("a");
+    engine.activate({"a"});
+    engine.activate({"a"});
+    EXPECT_EQ(apps.count("hide a"), 1);
+    engine.deactivate();
+    EXPECT_EQ(apps.count("unhide a"), 0);
+}
+
+TEST_F(HideEngineTest, ActivatingTwiceForgetsHowATargetWasThatHasEndedMeanwhile) {
+    apps.run("a");
+    engine.activate({"a"});
+    apps.quit("a");
+    engine.activate({"a"});
+    apps.run("a");
+    EXPECT_TRUE(engine.reapply("a"));
+    engine.deactivate();
+    EXPECT_EQ(apps.count("unhide a"), 0);
+}
+
 TEST_F(HideEngineTest, ActivatingTwiceReplacesTheTargets) {
     engine.activate({"a"});
     engine.activate({"b"});
@@ -205,6 +229,107 @@ TEST_F(HideEngineTest, NothingIsReappliedAfterDeactivating) {
     EXPECT_FALSE(engine.reapply("a"));
     engine.deactivate();
     EXPECT_THAT(apps.calls, IsEmpty());
+}
+
+/// Does something the first time that it is asked to hide or show an app.
+struct ReentrantHideEngineTest : HideEngineTest {
+    ReentrantHideEngineTest() {
+        for (const auto* const app : {"a", "b", "c"}) {
+            apps.run(app);
+        }
+    }
+
+    static std::function<void()> once(std::function<void()> action) {
+        return [action = std::move(action)]() mutable {
+            if (const auto now = std::exchange(action, nullptr)) {
+                now();
+            }
+        };
+    }
+};
+
+TEST_F(ReentrantHideEngineTest, SwitchingOffWhileAnAppIsHiddenLeavesNothingHidden) {
+    // Longer than what a text holds without memory of its own.
+    const std::string longName(100, 'l');
+    apps.run(longName);
+    apps.onHide = once([&] { engine.deactivate(); });
+    engine.activate({longName, "a", "b", "c"});
+    EXPECT_FALSE(engine.isActive());
+    for (const auto& app : {longName, std::string("a"), std::string("b"), std::string("c")}) {
+        EXPECT_TRUE(apps.isVisible(app)) << app;
+    }
+    apps.calls.clear();
+    engine.deactivate();
+    EXPECT_THAT(apps.calls, IsEmpty());
+}
+
+TEST_F(ReentrantHideEngineTest, SwitchingOnAnewWhileAnAppIsHiddenIsTheLastWord) {
+    apps.onHide = once([&] { engine.activate({"c"}); });
+    engine.activate({"a", "b"});
+    EXPECT_TRUE(engine.isActive());
+    EXPECT_EQ(apps.count("hide b"), 0);
+    EXPECT_FALSE(engine.reapply("b"));
+    EXPECT_TRUE(engine.reapply("c"));
+    engine.deactivate();
+    EXPECT_EQ(apps.count("unhide c"), 1);
+}
+
+TEST_F(ReentrantHideEngineTest, WhatIsRevealedWhileAnotherAppIsHiddenIsNotHidden) {
+    apps.onHide = once([&] { engine.reveal("b"); });
+    engine.activate({"a", "b", "c"});
+    EXPECT_TRUE(engine.isActive());
+    EXPECT_EQ(apps.count("hide b"), 0);
+    EXPECT_EQ(apps.count("hide c"), 1);
+}
+
+TEST_F(ReentrantHideEngineTest, WhatIsRevealedWhileItIsHiddenIsNoTargetAnyMore) {
+    apps.onHide = once([&] { engine.reveal("a"); });
+    engine.activate({"a"});
+    EXPECT_TRUE(apps.isVisible("a"));
+    apps.calls.clear();
+    engine.deactivate();
+    EXPECT_THAT(apps.calls, IsEmpty());
+}
+
+TEST_F(ReentrantHideEngineTest, WhatIsRevealedWhileAnotherAppIsShownIsShownOnce) {
+    engine.activate({"a", "b", "c"});
+    apps.onUnhide = once([&] {
+        engine.reveal("b");
+        engine.reveal("c");
+    });
+    engine.deactivate();
+    EXPECT_FALSE(engine.isActive());
+    for (const auto* const app : {"a", "b", "c"}) {
+        EXPECT_EQ(apps.count(std::string("unhide ") + app), 1) << app;
+    }
+}
+
+TEST_F(ReentrantHideEngineTest, RevealingTheVeryAppThatIsShownIsHarmless) {
+    engine.activate({"a", "b"});
+    apps.onUnhide = once([&] { engine.reveal("a"); });
+    engine.deactivate();
+    EXPECT_TRUE(apps.isVisible("a"));
+    EXPECT_TRUE(apps.isVisible("b"));
+    EXPECT_FALSE(engine.isActive());
+}
+
+TEST_F(ReentrantHideEngineTest, SwitchingOffTwiceAtOnceShowsEveryAppOnce) {
+    engine.activate({"a", "b", "c"});
+    apps.onUnhide = [&] { engine.deactivate(); };
+    engine.deactivate();
+    EXPECT_FALSE(engine.isActive());
+    for (const auto* const app : {"a", "b", "c"}) {
+        EXPECT_EQ(apps.count(std::string("unhide ") + app), 1) << app;
+    }
+}
+
+TEST_F(ReentrantHideEngineTest, SwitchingOnWhileAnAppIsShownIsTheLastWord) {
+    engine.activate({"a", "b"});
+    apps.onUnhide = once([&] { engine.activate({"a", "b"}); });
+    engine.deactivate();
+    EXPECT_TRUE(engine.isActive());
+    EXPECT_FALSE(apps.isVisible("a"));
+    EXPECT_FALSE(apps.isVisible("b"));
 }
 
 } // namespace

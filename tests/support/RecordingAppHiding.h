@@ -17,10 +17,13 @@ public:
     bool hidingTakesEffect = true;
     bool hiddenIsKnown = true;
     std::function<void()> onHide;
+    std::function<void()> onUnhide;
 
     void run(const std::string& bundleID) { hidden_[bundleID] = false; }
     void runHidden(const std::string& bundleID) { hidden_[bundleID] = true; }
 
+    void quit(const std::string& bundleID) { hidden_.erase(bundleID); }
+    bool isVisible(const std::string& bundleID) const { return !hidden_.at(bundleID); }
     long count(const std::string& call) const { return std::ranges::count(calls, call); }
 
     bool isRunning(const std::string& bundleID) override {
@@ -47,6 +50,9 @@ public:
     void unhide(const std::string& bundleID) override {
         calls.push_back("unhide " + bundleID);
         hidden_[bundleID] = false;
+        if (onUnhide) {
+            onUnhide();
+        }
     }
 
 private:
