@@ -1,5 +1,7 @@
 #include "core/PreferencesJson.h"
 
+#include "core/JsonText.h"
+
 #include <nlohmann/json.hpp>
 
 #include <stdexcept>
@@ -145,7 +147,7 @@ std::optional<std::string> encodePreferences(const Preferences& preferences) {
 
 std::optional<Preferences> decodePreferences(std::string_view document) {
     try {
-        const auto json = Json::parse(document);
+        const auto json = Json::parse(jsonWithHoldableValues(document).value());
         if (!json.is_object()) {
             return std::nullopt;
         }

@@ -1,7 +1,10 @@
 #include "hotkeys/Shortcut.h"
 
+#include "core/JsonText.h"
+
 #include <nlohmann/json.hpp>
 
+#include <cmath>
 #include <limits>
 
 namespace KeyboardShortcuts {
@@ -10,10 +13,21 @@ namespace {
 constexpr auto keyCodeMember = "carbonKeyCode";
 constexpr auto modifiersMember = "carbonModifiers";
 
+/// The same number where it is a whole one: 4.0 is 4.
+std::optional<std::int64_t> wholeNumber(double number) {
+    // Beyond the last number of 64 bits, and the first one.
+    constexpr double limit = 9223372036854775808.0;
+    const bool isWhole = std::trunc(number) == number && number >= -limit && number < limit;
+    return isWhole ? std::optional(static_cast<std::int64_t>(number)) : std::nullopt;
+}
+
 std::optional<std::int64_t> integerMember(const nlohmann::json& json, const char* name) {
     const auto found = json.find(name);
-    if (found == json.end() || !found->is_number_integer()) {
+    if (found == json.end() || !found->is_number()) {
         return std::nullopt;
+    }
+    if (found->is_number_float()) {
+        return wholeNumber(found->get<double>());
     }
     const bool isTooLarge =
         found->is_number_unsigned() &&
@@ -21,22 +35,22 @@ std::optional<std::int64_t> integerMember(const nlohmann::json& json, const char
     return isTooLarge ? std::nullopt : std::optional(found->get<std::int64_t>());
 }
 
-std::string modifierNames(std::int64_t modifiers, const Platform::ModifierStyle& style) {
+std::string modifierNames(std::uint64_t modifiers, const Platform::ModifierStyle& style) {
     std::string result;
-    const auto append = [&](std::int64_t modifier, std::string_view name) {
+    const auto append = [&](std::uint64_t modifier, std::string_view name) {
         if ((modifiers & modifier) != 0) {
             result.append(name).append("+");
         }
     };
     if (style.isCommandFirst) {
-        append(CarbonModifier::command, style.command);
+        append(ModifierFlag::command, style.command);
     }
-    append(CarbonModifier::function, "Fn");
-    append(CarbonModifier::control, "Ctrl");
-    append(CarbonModifier::option, "Alt");
-    append(CarbonModifier::shift, "Shift");
+    append(ModifierFlag::function, "Fn");
+    append(ModifierFlag::control, "Ctrl");
+    append(ModifierFlag::option, "Alt");
+    append(ModifierFlag::shift, "Shift");
     if (!style.isCommandFirst) {
-        append(CarbonModifier::command, style.command);
+        append(ModifierFlag::command, style.command);
     }
     return result;
 }
@@ -49,11 +63,11 @@ std::string usName(std::int64_t keyCode) {
 } // namespace
 
 std::string Shortcut::description() const {
-    return modifierNames(carbonModifiers, {}) + usName(carbonKeyCode);
+    return modifierNames(modifierFlags(carbonModifiers), {}) + usName(carbonKeyCode);
 }
 
 std::string Shortcut::description(Platform::Keyboard& keyboard) const {
-    return modifierNames(carbonModifiers, keyboard.modifierStyle()) +
+    return modifierNames(modifierFlags(carbonModifiers), keyboard.modifierStyle()) +
            keyboard.keyLabel(carbonKeyCode).value_or(usName(carbonKeyCode));
 }
 
@@ -64,7 +78,11 @@ std::string encodeShortcut(const Shortcut& shortcut) {
 }
 
 std::optional<Shortcut> decodeShortcut(std::string_view text) {
-    const auto json = nlohmann::json::parse(text, nullptr, false);
+    const auto holdable = CurtainCore::jsonWithHoldableValues(text);
+    if (!holdable) {
+        return std::nullopt;
+    }
+    const auto json = nlohmann::json::parse(*holdable, nullptr, false);
     if (!json.is_object()) {
         return std::nullopt;
     }
