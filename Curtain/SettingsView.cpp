@@ -6,6 +6,8 @@
 #include "Curtain/ViewText.h"
 #include "core/Localizer.h"
 
+#include <QKeySequence>
+
 #include <algorithm>
 #include <array>
 #include <utility>
@@ -37,11 +39,52 @@ constexpr std::array<std::pair<LocKey, MicrophoneTestMode>, 2> modes{{
     {LocKey::micLiveMonitor, MicrophoneTestMode::liveMonitor},
 }};
 
-/// The combinations that close the window.
-const std::vector<KeyboardShortcuts::Shortcut>& windowShortcuts() {
-    static const std::vector<KeyboardShortcuts::Shortcut> all{
-        {KeyboardShortcuts::KeyCode::w, KeyboardShortcuts::CarbonModifier::control}};
-    return all;
+constexpr std::array<const char*, 2> nextTabSequences{"Ctrl+Tab", "Ctrl+PgDown"};
+constexpr std::array<const char*, 2> previousTabSequences{"Ctrl+Shift+Tab", "Ctrl+PgUp"};
+
+QStringList listOf(const std::array<const char*, 2>& sequences) {
+    return {sequences.begin(), sequences.end()};
+}
+
+KeyboardShortcuts::MenuItem menuItem(const QKeySequence& sequence) {
+    using namespace KeyboardShortcuts;
+    constexpr std::array<std::pair<Qt::KeyboardModifier, std::uint64_t>, 4> flags{{
+        {Qt::ShiftModifier, ModifierFlag::shift},
+        {Qt::ControlModifier, ModifierFlag::control},
+        {Qt::AltModifier, ModifierFlag::option},
+        {Qt::MetaModifier, ModifierFlag::command},
+    }};
+    const auto combination = sequence[0];
+    MenuItem item;
+    switch (combination.key()) {
+    case Qt::Key_PageUp:
+        item.keyEquivalent = "Page Up";
+        break;
+    case Qt::Key_PageDown:
+        item.keyEquivalent = "Page Down";
+        break;
+    default:
+        item.keyEquivalent =
+            QKeySequence(combination.key()).toString(QKeySequence::PortableText).toStdString();
+    }
+    for (const auto& [modifier, flag] : flags) {
+        item.modifierFlags |= combination.keyboardModifiers().testFlag(modifier) ? flag : 0;
+    }
+    return item;
+}
+
+/// Everything that SettingsView.qml acts on with a modifier.
+std::vector<KeyboardShortcuts::MenuItem> windowShortcuts() {
+    std::vector<KeyboardShortcuts::MenuItem> items;
+    for (const auto& sequence : QKeySequence::keyBindings(QKeySequence::Close)) {
+        items.push_back(menuItem(sequence));
+    }
+    for (const auto& sequences : {nextTabSequences, previousTabSequences}) {
+        for (const auto* const sequence : sequences) {
+            items.push_back(menuItem(QKeySequence(QString::fromLatin1(sequence))));
+        }
+    }
+    return items;
 }
 
 } // namespace
@@ -57,6 +100,14 @@ SettingsView::SettingsView(const Services& services)
     connect(&services_.model, &SettingsModel::prefsChanged, this, &SettingsView::modelChanged);
     cameras_ = CameraPreviewManager::availableCameras(services_.capture);
     reloadEntries();
+}
+
+QStringList SettingsView::nextTabKeys() const {
+    return listOf(nextTabSequences);
+}
+
+QStringList SettingsView::previousTabKeys() const {
+    return listOf(previousTabSequences);
 }
 
 void SettingsView::willShow() {

@@ -46,6 +46,9 @@ class SettingsView : public QObject {
     Q_PROPERTY(Curtain::ShortcutField* shortcut READ shortcut CONSTANT)
     /// Whether a shortcut can act in this session.
     Q_PROPERTY(bool hasGlobalShortcuts READ hasGlobalShortcuts CONSTANT)
+    /// The key combinations that go to the tab after, and to the one before.
+    Q_PROPERTY(QStringList nextTabKeys READ nextTabKeys CONSTANT)
+    Q_PROPERTY(QStringList previousTabKeys READ previousTabKeys CONSTANT)
     /// Whether the desktop shows the status item.
     Q_PROPERTY(bool hasTray READ hasTray NOTIFY hasTrayChanged)
     /// Whether anything can tell in this session that the screen is shared.
@@ -96,6 +99,8 @@ public:
     bool hasGlobalShortcuts() const {
         return services_.hotKeyService.reach() == Platform::HotKeyReach::everywhere;
     }
+    QStringList nextTabKeys() const;
+    QStringList previousTabKeys() const;
     bool hasTray() const { return services_.statusItem.hasPanel(); }
     bool hasShareDetection() const { return services_.screenWatcher.fn != nullptr; }
     bool lacksFocusSettings() const { return lacksFocusSettings_; }

@@ -20,11 +20,11 @@ FocusScope {
         onActivated: view.Window.window.close()
     }
     Shortcut {
-        sequences: ["Ctrl+Tab", "Ctrl+PgDown"]
+        sequences: view.model.nextTabKeys
         onActivated: tabs.step(1)
     }
     Shortcut {
-        sequences: ["Ctrl+Shift+Tab", "Ctrl+PgUp"]
+        sequences: view.model.previousTabKeys
         onActivated: tabs.step(-1)
     }
     Connections {

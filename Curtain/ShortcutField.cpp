@@ -60,7 +60,7 @@ bool isModifier(int key) {
 } // namespace
 
 ShortcutField::ShortcutField(const KeyboardShortcuts::ShortcutRecorder::Services& services,
-                             KeyboardShortcuts::Name name, std::vector<KeyboardShortcuts::Shortcut> mainMenu,
+                             KeyboardShortcuts::Name name, std::vector<KeyboardShortcuts::MenuItem> mainMenu,
                              std::function<std::string()> lang)
     : keyboard_(services.keyboard),
       recorder_(services, std::move(name), std::move(mainMenu)),

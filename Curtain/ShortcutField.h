@@ -31,7 +31,7 @@ class ShortcutField : public QObject {
 public:
     /// What the services refer to outlives the field. `lang` answers with the code of the texts' language.
     ShortcutField(const KeyboardShortcuts::ShortcutRecorder::Services& services, KeyboardShortcuts::Name name,
-                  std::vector<KeyboardShortcuts::Shortcut> mainMenu, std::function<std::string()> lang);
+                  std::vector<KeyboardShortcuts::MenuItem> mainMenu, std::function<std::string()> lang);
     ~ShortcutField() override;
 
     QString combination() const;

@@ -10,7 +10,6 @@ namespace KeyboardShortcuts {
 /// there.
 namespace KeyCode {
 inline constexpr std::int64_t h = 4;
-inline constexpr std::int64_t w = 13;
 inline constexpr std::int64_t tab = 48;
 /// Above the return key; "Backspace" on many keyboards.
 inline constexpr std::int64_t deleteBackward = 51;

@@ -37,7 +37,7 @@ void KeyboardShortcuts::setShortcut(const std::optional<Shortcut>& shortcut, con
         }
     }
     registerIfNeeded(name);
-    observers_.tell(name);
+    observers_.tell({shortcutByNameDidChange, {{nameKey, name}}});
 }
 
 Platform::Subscription KeyboardShortcuts::onKeyUp(const Name& name, Action action) {
@@ -46,7 +46,7 @@ Platform::Subscription KeyboardShortcuts::onKeyUp(const Name& name, Action actio
     return subscription;
 }
 
-Platform::Subscription KeyboardShortcuts::observeShortcutByNameDidChange(NameObserver observer) {
+Platform::Subscription KeyboardShortcuts::observeShortcutByNameDidChange(Observer observer) {
     return observers_.add(std::move(observer));
 }
 

@@ -10,15 +10,26 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace KeyboardShortcuts {
+
+/// Posted after each change of a name's shortcut.
+struct Notification {
+    std::string_view name;
+    std::map<std::string, Name> userInfo;
+};
 
 /// The user's global shortcuts: what is stored under a name is registered with the system once somebody
 /// listens for the name. Main thread only.
 class KeyboardShortcuts {
 public:
     using Action = std::function<void()>;
-    using NameObserver = std::function<void(const Name&)>;
+    using Observer = std::function<void(const Notification&)>;
+
+    static constexpr std::string_view shortcutByNameDidChange = "KeyboardShortcuts_shortcutByNameDidChange";
+    /// Of a notification's user info: the name whose shortcut has changed.
+    static constexpr const char* nameKey = "name";
 
     /// All outlive this object.
     KeyboardShortcuts(CurtainCore::UserDefaults& defaults, Platform::HotKeyService& service,
@@ -39,8 +50,8 @@ public:
     /// It ends before this object does.
     Platform::Subscription pause();
 
-    /// Calls `observer` with the name after each change of a name's shortcut.
-    Platform::Subscription observeShortcutByNameDidChange(NameObserver observer);
+    /// Calls `observer` with each notification of the kind `shortcutByNameDidChange`.
+    Platform::Subscription observeShortcutByNameDidChange(Observer observer);
 
 private:
     void registerIfNeeded(const Name& name);
@@ -53,7 +64,7 @@ private:
     /// What was registered, or tried to be, last. Differs from the store when the stored text was edited
     /// meanwhile.
     std::map<std::string, Shortcut> registered_;
-    Platform::Subscribers<Name> observers_;
+    Platform::Subscribers<Notification> observers_;
 };
 
 } // namespace KeyboardShortcuts

@@ -17,21 +17,26 @@ constexpr std::uint64_t modifierMaskBesidesShift = 0xFF5C0000;
 constexpr std::array<std::string_view, 12> consoleKeys{"F1", "F2", "F3", "F4",  "F5",  "F6",
                                                        "F7", "F8", "F9", "F10", "F11", "F12"};
 
+bool isAscii(char character) {
+    return static_cast<unsigned char>(character) < 0x80;
+}
+
 bool isDeleteKey(std::int64_t keyCode) {
     return keyCode == KeyCode::deleteBackward || keyCode == KeyCode::forwardDelete;
 }
 
 } // namespace
 
-ShortcutRecorder::ShortcutRecorder(const Services& services, Name name, std::vector<Shortcut> mainMenu)
+ShortcutRecorder::ShortcutRecorder(const Services& services, Name name, std::vector<MenuItem> mainMenu)
     : services_(services),
       name_(std::move(name)),
       mainMenu_(std::move(mainMenu)),
-      nameChanges_(services.shortcuts.observeShortcutByNameDidChange([this](const Name& changedName) {
-          if (changedName == name_) {
-              changed();
-          }
-      })) {}
+      nameChanges_(
+          services.shortcuts.observeShortcutByNameDidChange([this](const Notification& notification) {
+              if (notification.userInfo.at(KeyboardShortcuts::nameKey) == name_) {
+                  changed();
+              }
+          })) {}
 
 std::string ShortcutRecorder::description() const {
     const auto shortcut = services_.shortcuts.getShortcut(name_);
@@ -120,17 +125,24 @@ bool ShortcutRecorder::isForSystem(const Shortcut& shortcut) {
     return isWithControlAlt && (console != consoleKeys.end() || isDeleteKey(shortcut.carbonKeyCode));
 }
 
+bool ShortcutRecorder::isInMainMenu(const Shortcut& shortcut) const {
+    const auto label = services_.keyboard.keyLabel(shortcut.carbonKeyCode);
+    // Keys of other scripts act in windows as those of a US keyboard.
+    const bool isPlain = label && std::ranges::all_of(*label, isAscii);
+    const auto key = isPlain ? *label : std::string(keyName(shortcut.carbonKeyCode).value_or(""));
+    const auto flags = modifierFlags(shortcut.carbonModifiers);
+    return std::ranges::any_of(mainMenu_, [&](const MenuItem& item) {
+        return item.keyEquivalent == key && item.modifierFlags == flags;
+    });
+}
+
 void ShortcutRecorder::judge(const Shortcut& shortcut) {
-    if (std::ranges::find(mainMenu_, shortcut) != mainMenu_.end()) {
+    if (isInMainMenu(shortcut)) {
         alert({shortcut, ShortcutTexts::usedByMenuItem, {}, false});
         return;
     }
     if (isForSystem(shortcut)) {
         alert({shortcut, ShortcutTexts::disallowed, {}, false});
-        return;
-    }
-    if (shortcut == services_.shortcuts.getShortcut(name_)) {
-        accept(shortcut);
         return;
     }
     services_.systemShortcuts.isTaken(

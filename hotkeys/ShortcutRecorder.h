@@ -35,6 +35,15 @@ struct ShortcutAlert {
     bool operator==(const ShortcutAlert&) const = default;
 };
 
+/// An item of the program's own menu or windows that acts on a combination. It is found by what the key
+/// means, not by its place.
+struct MenuItem {
+    /// In capitals, or the key's name where it writes nothing: "W", "Page Up".
+    std::string keyEquivalent;
+    /// Bits of `ModifierFlag`.
+    std::uint64_t modifierFlags = 0;
+};
+
 /// The rules of the field that records a name's shortcut while it has the focus. Main thread only.
 class ShortcutRecorder {
 public:
@@ -45,8 +54,8 @@ public:
         Platform::SystemShortcuts& systemShortcuts;
     };
 
-    /// `mainMenu` holds the combinations that have a meaning in the program's own windows.
-    ShortcutRecorder(const Services& services, Name name, std::vector<Shortcut> mainMenu);
+    /// `mainMenu` holds all combinations that have a meaning in the program's own windows.
+    ShortcutRecorder(const Services& services, Name name, std::vector<MenuItem> mainMenu);
 
     /// The shortcut or whether it is being recorded has changed, by whomever.
     std::function<void()> onChange;
@@ -69,6 +78,7 @@ public:
 
 private:
     static bool isForSystem(const Shortcut& shortcut);
+    bool isInMainMenu(const Shortcut& shortcut) const;
     void judge(const Shortcut& shortcut);
     void alert(const ShortcutAlert& alert);
     void accept(const Shortcut& shortcut);
@@ -76,7 +86,7 @@ private:
 
     Services services_;
     Name name_;
-    std::vector<Shortcut> mainMenu_;
+    std::vector<MenuItem> mainMenu_;
     bool isRecording_ = false;
     bool isKeyDown_ = false;
     /// Outlasts the recording until the keys are let go, lest the keys just recorded count as pressed.

@@ -35,7 +35,7 @@ struct KeyboardShortcutsTest : testing::Test {
 
 TEST_F(KeyboardShortcutsTest, FirstUseWritesTheDefault) {
     toggle();
-    EXPECT_EQ(KeyboardShortcuts::decodeShortcut(defaults.values.at(key)), defaultShortcut);
+    EXPECT_EQ(defaults.values.at(key), R"({"carbonKeyCode":4,"carbonModifiers":6400})");
     EXPECT_THAT(service.calls, IsEmpty());
 }
 
@@ -91,6 +91,56 @@ TEST_F(KeyboardShortcutsTest, SettingReplacesTheRegistrationAtOnce) {
     EXPECT_EQ(calls, 1);
 }
 
+TEST_F(KeyboardShortcutsTest, AChangeIsStoredThenRegisteredThenAnnounced) {
+    const auto name = toggle();
+    const auto subscription = listen(name);
+    std::vector<std::string> events;
+    service.onRegister = [&] {
+        events.emplace_back(shortcuts.getShortcut(name) == otherShortcut ? "stored and registering"
+                                                                         : "registering");
+    };
+    const auto observer = shortcuts.observeShortcutByNameDidChange([&](const auto&) {
+        events.emplace_back(service.calls.back() == "register 0/256 as 2" ? "announced" : "announced early");
+    });
+    shortcuts.setShortcut(otherShortcut, name);
+    EXPECT_THAT(events, ElementsAre("stored and registering", "announced"));
+}
+
+TEST_F(KeyboardShortcutsTest, AClearedShortcutIsStoredThenUnregisteredThenAnnounced) {
+    const auto name = toggle();
+    const auto subscription = listen(name);
+    std::vector<std::string> events;
+    service.onUnregister = [&] {
+        events.emplace_back(shortcuts.getShortcut(name) ? "unregistering" : "stored and unregistering");
+    };
+    const auto observer = shortcuts.observeShortcutByNameDidChange([&](const auto&) {
+        events.emplace_back(service.registrations.empty() ? "announced" : "announced early");
+    });
+    shortcuts.setShortcut(std::nullopt, name);
+    EXPECT_THAT(events, ElementsAre("stored and unregistering", "announced"));
+}
+
+TEST_F(KeyboardShortcutsTest, SettingTheSameShortcutAgainRegistersItAnew) {
+    const auto name = toggle();
+    const auto subscription = listen(name);
+    int announcements = 0;
+    const auto observer = shortcuts.observeShortcutByNameDidChange([&](const auto&) { ++announcements; });
+    const int writes = defaults.writes;
+    shortcuts.setShortcut(defaultShortcut, name);
+    EXPECT_EQ(defaults.writes, writes + 1);
+    EXPECT_THAT(service.calls, ElementsAre("register 4/6400 as 1", "unregister 1", "register 4/6400 as 2"));
+    EXPECT_EQ(announcements, 1);
+}
+
+TEST_F(KeyboardShortcutsTest, ARefusedRegistrationUsesUpItsIdentifier) {
+    service.status = Platform::hotKeyExists;
+    const auto name = toggle();
+    const auto subscription = listen(name);
+    service.status = 0;
+    shortcuts.setShortcut(otherShortcut, name);
+    EXPECT_THAT(service.calls, ElementsAre("register 4/6400 as 1", "register 0/256 as 2"));
+}
+
 TEST_F(KeyboardShortcutsTest, ClearingADefaultStoresFalseAndLastsBeyondTheNextLaunch) {
     const auto name = toggle();
     const auto subscription = listen(name);
@@ -116,7 +166,7 @@ TEST_F(KeyboardShortcutsTest, ClearingWithoutADefaultRemovesTheEntry) {
 TEST_F(KeyboardShortcutsTest, ClearingNothingChangesAndAnnouncesNothing) {
     const auto name = shortcuts.name("toggle");
     int announcements = 0;
-    const auto subscription = shortcuts.observeShortcutByNameDidChange([&](const Name&) { ++announcements; });
+    const auto subscription = shortcuts.observeShortcutByNameDidChange([&](const auto&) { ++announcements; });
     shortcuts.setShortcut(std::nullopt, name);
     EXPECT_EQ(defaults.writes, 0);
     EXPECT_EQ(announcements, 0);
@@ -135,8 +185,11 @@ TEST_F(KeyboardShortcutsTest, ASetShortcutCanFollowAClearedOne) {
 TEST_F(KeyboardShortcutsTest, EachChangeIsAnnouncedWithItsName) {
     const auto name = toggle();
     std::vector<std::string> announced;
-    const auto subscription = shortcuts.observeShortcutByNameDidChange(
-        [&](const Name& changed) { announced.push_back(changed.rawValue); });
+    const auto subscription =
+        shortcuts.observeShortcutByNameDidChange([&](const KeyboardShortcuts::Notification& notification) {
+            EXPECT_EQ(notification.name, "KeyboardShortcuts_shortcutByNameDidChange");
+            announced.push_back(notification.userInfo.at("name").rawValue);
+        });
     shortcuts.setShortcut(otherShortcut, name);
     shortcuts.setShortcut(std::nullopt, name);
     EXPECT_THAT(announced, ElementsAre("toggle", "toggle"));

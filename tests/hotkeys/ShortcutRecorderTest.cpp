@@ -36,7 +36,10 @@ constexpr std::int64_t keyForwardDelete = 117;
 constexpr std::int64_t keyLeft = 123;
 
 constexpr Shortcut defaultShortcut{keyH, 6400};
-constexpr Shortcut controlW{13, 4096};
+constexpr std::int64_t keyW = 13;
+constexpr std::int64_t keyZ = 6;
+constexpr std::int64_t keyPageUp = 116;
+constexpr Shortcut controlW{keyW, 4096};
 constexpr Shortcut controlShiftF9{keyF9, 4096 + 512};
 constexpr auto storeKey = "KeyboardShortcuts_toggle";
 
@@ -50,7 +53,7 @@ struct ShortcutRecorderTest : testing::Test {
     Name name = shortcuts.name("toggle", defaultShortcut);
     int toggles = 0;
     Platform::Subscription listener = shortcuts.onKeyUp(name, [this] { ++toggles; });
-    ShortcutRecorder recorder{{shortcuts, keyboard, system}, name, {controlW}};
+    ShortcutRecorder recorder{{shortcuts, keyboard, system}, name, {{"W", control}, {"Page Up", control}}};
     std::vector<ShortcutAlert> alerts;
     int changes = 0;
 
@@ -110,6 +113,50 @@ TEST_F(ShortcutRecorderTest, EscapeEndsWithoutAChange) {
     EXPECT_FALSE(recorder.isRecording());
     EXPECT_EQ(stored(), defaultShortcut);
     EXPECT_THAT(system.questions, IsEmpty());
+}
+
+TEST_F(ShortcutRecorderTest, ShiftWithAKeyThatEndsOrClearsIsRefusedWithABeep) {
+    for (const auto key : {keyEscape, keyDelete, keyForwardDelete}) {
+        keyboard.beeps = 0;
+        EXPECT_TRUE(press(key, shift));
+        EXPECT_EQ(keyboard.beeps, 1) << key;
+        EXPECT_TRUE(recorder.isRecording()) << key;
+        EXPECT_EQ(stored(), defaultShortcut) << key;
+    }
+}
+
+TEST_F(ShortcutRecorderTest, TheFunctionFlagIsAModifierOfAKeyThatEndsOrClears) {
+    for (const auto key : {keyEscape, keyDelete, keyForwardDelete}) {
+        keyboard.beeps = 0;
+        EXPECT_TRUE(press(key, function));
+        EXPECT_EQ(keyboard.beeps, 1) << key;
+        EXPECT_TRUE(recorder.isRecording()) << key;
+        EXPECT_EQ(stored(), defaultShortcut) << key;
+    }
+}
+
+TEST_F(ShortcutRecorderTest, DeletingKeysEndEvenWhereNothingIsToBeCleared) {
+    press(keyDelete);
+    recorder.keyUp();
+    for (const auto key : {keyDelete, keyForwardDelete}) {
+        recorder.begin();
+        EXPECT_TRUE(press(key, capsLock | keypad));
+        EXPECT_FALSE(recorder.isRecording()) << key;
+        EXPECT_EQ(stored(), std::nullopt) << key;
+        recorder.keyUp();
+    }
+}
+
+TEST_F(ShortcutRecorderTest, EveryFunctionKeyIsAcceptedAlone) {
+    for (const std::int64_t key :
+         {122, 120, 99, 118, 96, 97, 98, 100, 101, 109, 103, 111, 105, 107, 113, 106, 64, 79, 80, 90}) {
+        recorder.begin();
+        EXPECT_TRUE(press(key));
+        system.answer(false);
+        recorder.keyUp();
+        EXPECT_EQ(stored(), (Shortcut{key, 0}));
+    }
+    EXPECT_EQ(keyboard.beeps, 0);
 }
 
 TEST_F(ShortcutRecorderTest, EscapeWithAModifierIsACombination) {
@@ -178,12 +225,51 @@ TEST_F(ShortcutRecorderTest, AKeyThatShortcutsCannotNameIsRefusedWithABeep) {
 }
 
 TEST_F(ShortcutRecorderTest, ACombinationOfTheMainMenuIsRefused) {
-    press(13, control);
+    press(keyW, control);
     EXPECT_THAT(alerts,
                 ElementsAre(ShortcutAlert{controlW, "keyboard_shortcut_used_by_menu_item", {}, false}));
     EXPECT_THAT(system.questions, IsEmpty());
     recorder.forceUse();
     EXPECT_EQ(stored(), defaultShortcut) << "there is no way to have it all the same";
+}
+
+TEST_F(ShortcutRecorderTest, CombinationsOfTheMainMenuAreThoseOfTheKeysLabels) {
+    // As a French keyboard has them.
+    keyboard.labels = {{keyW, "Z"}, {keyZ, "W"}};
+    press(keyZ, control);
+    EXPECT_THAT(alerts,
+                ElementsAre(ShortcutAlert{{keyZ, 4096}, "keyboard_shortcut_used_by_menu_item", {}, false}));
+    recorder.begin();
+    press(keyW, control);
+    EXPECT_THAT(alerts, SizeIs(1));
+    system.answer(false);
+    EXPECT_EQ(stored(), (Shortcut{keyW, 4096}));
+}
+
+TEST_F(ShortcutRecorderTest, OnAKeyboardOfAnotherScriptTheUSLabelCounts) {
+    keyboard.labels = {{keyW, "Ц"}};
+    press(keyW, control);
+    EXPECT_THAT(alerts, SizeIs(1));
+}
+
+TEST_F(ShortcutRecorderTest, KeysWithoutALabelHaveTheirNameInTheMainMenu) {
+    press(keyPageUp, control);
+    EXPECT_THAT(alerts, ElementsAre(ShortcutAlert{
+                            {keyPageUp, 4096}, "keyboard_shortcut_used_by_menu_item", {}, false}));
+    recorder.begin();
+    press(keyPageUp, control | shift);
+    system.answer(false);
+    EXPECT_EQ(stored(), (Shortcut{keyPageUp, 4096 + 512})) << "other modifiers, another combination";
+}
+
+TEST_F(ShortcutRecorderTest, TheMainMenuIsAskedBeforeWhatIsDisallowed) {
+    recorder.end();
+    ShortcutRecorder other{{shortcuts, keyboard, system}, name, {{"F5", control | option}}};
+    std::vector<std::string_view> messages;
+    other.onAlert = [&](const auto& alert) { messages.push_back(alert.message); };
+    other.begin();
+    other.keyDown({keyF5, control | option});
+    EXPECT_THAT(messages, ElementsAre("keyboard_shortcut_used_by_menu_item"));
 }
 
 TEST_F(ShortcutRecorderTest, CombinationsThatNeverReachAProgramAreDisallowed) {
@@ -231,11 +317,20 @@ TEST_F(ShortcutRecorderTest, RefusalIsForgottenWhenRecordingBeginsAgain) {
 
 TEST_F(ShortcutRecorderTest, ThePresentShortcutCanBeRecordedAgain) {
     press(keyH, control | option | command);
+    EXPECT_THAT(service.registrations, IsEmpty()) << "this program holds nothing that would be found taken";
+    system.answer(false);
     recorder.keyUp();
-    EXPECT_THAT(system.questions, IsEmpty()) << "it is this program that has taken it";
     EXPECT_EQ(stored(), defaultShortcut);
     EXPECT_EQ(registered(), defaultShortcut);
     EXPECT_THAT(service.registrations, SizeIs(1));
+}
+
+TEST_F(ShortcutRecorderTest, ThePresentShortcutThatAnotherProgramHoldsIsSaidToBeTaken) {
+    press(keyH, control | option | command);
+    system.answer(true);
+    EXPECT_THAT(alerts, ElementsAre(ShortcutAlert{defaultShortcut, "keyboard_shortcut_used_by_system",
+                                                  "keyboard_shortcuts_can_be_changed", true}));
+    EXPECT_EQ(stored(), defaultShortcut);
 }
 
 TEST_F(ShortcutRecorderTest, NoShortcutActsWhileRecording) {

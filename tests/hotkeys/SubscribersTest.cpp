@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -55,11 +56,16 @@ TEST_F(SubscribersTest, OneMayEndItself) {
 
 TEST_F(SubscribersTest, OneThatComesWhileOthersAreToldIsToldTheNextTime) {
     Subscription late;
-    const auto first = subscribers->add([&](const std::string&) { late = listen("late "); });
+    bool hasCome = false;
+    const auto first = subscribers->add([&](const std::string&) {
+        if (!std::exchange(hasCome, true)) {
+            late = listen("late ");
+        }
+    });
     subscribers->tell("a");
     EXPECT_THAT(heard, IsEmpty());
     subscribers->tell("b");
-    EXPECT_THAT(heard, testing::Contains("late b").Times(0)) << "it was replaced by a new one";
+    EXPECT_THAT(heard, ElementsAre("late b"));
 }
 
 TEST_F(SubscribersTest, SubscriptionsMayOutliveThem) {

@@ -207,6 +207,17 @@ TEST_F(X11HotKeyServiceTest, KeysThatNoKeyboardHasAreInvalid) {
     EXPECT_EQ(service->registerHotKey({1'000'000, 0}, toggleID), Platform::hotKeyInvalid);
 }
 
+TEST_F(X11HotKeyServiceTest, ModifiersThatNoKeyboardHasAreInvalid) {
+    // The function key, and bits without a meaning: without them the bare key would be taken from everybody.
+    for (const std::int64_t modifiers : {131072, 131072 + 6400, 1024, 1, 1 << 20}) {
+        EXPECT_EQ(service->registerHotKey({4, modifiers}, toggleID), Platform::hotKeyInvalid) << modifiers;
+    }
+    EXPECT_EQ(service->registerHotKey({4, -1}, toggleID), Platform::hotKeyInvalid);
+    typist.tap(hKey);
+    settle();
+    EXPECT_THAT(events, IsEmpty());
+}
+
 TEST_F(X11HotKeyServiceTest, UnregisteredCombinationGoesBackToTheOthers) {
     ASSERT_EQ(service->registerHotKey(toggle, toggleID), 0);
     service->unregisterHotKey(toggleID);

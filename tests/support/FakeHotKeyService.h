@@ -29,6 +29,7 @@ public:
     int handlersInstalled = 0;
     Platform::HotKeyReach heard = Platform::HotKeyReach::everywhere;
     std::function<void()> onRegister;
+    std::function<void()> onUnregister;
 
     Platform::HotKeyReach reach() const override { return heard; }
 
@@ -49,6 +50,9 @@ public:
 
     void unregisterHotKey(Platform::HotKeyID id) override {
         calls.push_back("unregister " + std::to_string(id.id));
+        if (onUnregister) {
+            onUnregister();
+        }
         std::erase_if(registrations, [&](const auto& registration) { return registration.id == id; });
     }
 

@@ -567,6 +567,40 @@ TEST_F(SettingsViewTest, TabLeavesTheFieldWithoutAChange) {
     EXPECT_EQ(platform.keyboard.beeps, 0);
 }
 
+TEST_F(SettingsViewTest, CombinationsOfTheWindowAreRefusedByTheirLabels) {
+    constexpr std::int64_t keyZ = 6;
+    constexpr std::int64_t keyW = 13;
+    constexpr std::int64_t keyTab = 48;
+    constexpr std::int64_t keyPageUp = 116;
+    constexpr std::int64_t keyF4 = 118;
+    constexpr std::int64_t keyPageDown = 121;
+    for (const auto key : {keyZ, keyW, keyTab, keyPageUp, keyF4, keyPageDown}) {
+        platform.keyboard.keyCodes[static_cast<quint32>(key) + 200] = key;
+    }
+    platform.keyboard.labels = {{keyZ, "W"}, {keyW, "Z"}};
+    auto view = show();
+    const auto isRefused = [&](std::int64_t key, Qt::KeyboardModifiers modifiers) {
+        content->shortcut()->dismissAlert();
+        view.settle();
+        view.click("shortcut");
+        EXPECT_TRUE(content->shortcut()->isRecording());
+        strike(view, Qt::Key_unknown, static_cast<quint32>(key) + 200, modifiers);
+        return content->shortcut()->hasAlert();
+    };
+    EXPECT_TRUE(isRefused(keyZ, Qt::ControlModifier)) << "labelled W";
+    EXPECT_TRUE(isRefused(keyTab, Qt::ControlModifier));
+    EXPECT_TRUE(isRefused(keyTab, Qt::ControlModifier | Qt::ShiftModifier));
+    EXPECT_TRUE(isRefused(keyPageUp, Qt::ControlModifier));
+    EXPECT_TRUE(isRefused(keyPageDown, Qt::ControlModifier));
+    for (const auto& sequence : QKeySequence::keyBindings(QKeySequence::Close)) {
+        if (sequence == QKeySequence(Qt::CTRL | Qt::Key_F4)) {
+            EXPECT_TRUE(isRefused(keyF4, Qt::ControlModifier));
+        }
+    }
+    EXPECT_FALSE(isRefused(keyW, Qt::ControlModifier)) << "labelled Z";
+    EXPECT_FALSE(isRefused(keyPageUp, Qt::ControlModifier | Qt::AltModifier));
+}
+
 TEST_F(SettingsViewTest, TheShortcutIsClearedWithTheButton) {
     auto view = show();
     view.click("clearShortcut");

@@ -76,7 +76,8 @@ void KdeShortcuts::ask(const WantedShortcut& wanted, Answer answer) {
                              const auto arguments = watcher->reply().arguments();
                              const bool isTaken = !watcher->isError() && !arguments.isEmpty() &&
                                                   !arguments.first().toStringList().isEmpty();
-                             if (--*missing == 0 || isTaken) {
+                             if (*missing != 0 && (isTaken || --*missing == 0)) {
+                                 *missing = 0;
                                  answer(isTaken);
                              }
                          });

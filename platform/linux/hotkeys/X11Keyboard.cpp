@@ -19,6 +19,7 @@ constexpr std::int64_t command = 256;
 constexpr std::int64_t shift = 512;
 constexpr std::int64_t option = 2048;
 constexpr std::int64_t control = 4096;
+constexpr std::int64_t knownModifiers = command | shift | option | control;
 
 constexpr xcb_keysym_t altLeft = 0xFFE9;
 constexpr xcb_keysym_t altRight = 0xFFEA;
@@ -43,6 +44,10 @@ std::optional<X11Keyboard::Combination>
 X11Keyboard::translate(const Platform::HotKeyCombination& combination) const {
     if (lockCombinations_.empty()) {
         // The server did not tell which modifiers there are.
+        return std::nullopt;
+    }
+    if ((combination.modifiers & ~knownModifiers) != 0) {
+        // Without them it would be another combination, down to the bare key.
         return std::nullopt;
     }
     const auto key = keyCodes_.find(KeyPositions::xkbName(combination.keyCode));
