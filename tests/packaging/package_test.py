@@ -97,6 +97,9 @@ class PackageTest(unittest.TestCase):
     def test_depends_on_the_program_of_the_actions_and_the_configuration_of_pipewire(self):
         self.assert_depends_on(["/usr/bin/gdbus", "/usr/share/pipewire/client.conf"])
 
+    def test_depends_on_the_plugin_that_draws_the_icons(self):
+        self.assert_depends_on(["*/qt6/plugins/imageformats/libqsvg.so", "*/qt6/plugins/iconengines/libqsvgicon.so"])
+
     def assert_depends_on(self, patterns):
         """On a package with each of the files, as this machine has them."""
         patterns = list(patterns)

@@ -1,0 +1,110 @@
+"""Does on a fresh machine of another Debian release what README tells a newcomer to do: the two commands.
+
+usage: other_release_test.py RELEASE LOG
+
+RELEASE is a codename. The system is made from the mirrors that this machine uses for its own release, gets the tree as it is
+committed, and is gone afterwards. LOG is a file for all that is said there; beside it a folder keeps what the compiler made, so that
+the next time takes less long. A failure shows the end of what was said.
+"""
+
+import os
+import platform
+import re
+import shlex
+import subprocess
+import sys
+from pathlib import Path
+
+SOURCE = Path(__file__).resolve().parents[2]
+INSIDE = "--inside"
+HOME = "root"
+TREE = f"{HOME}/curtain"
+LINES_OF_A_FAILURE = 150
+# Nothing of this machine's session is there.
+ENVIRONMENT = {"HOME": f"/{HOME}", "USER": "root", "LOGNAME": "root", "SHELL": "/bin/bash", "LANG": "C.UTF-8",
+               "PATH": "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin", "CCACHE_DIR": "/ccache"}
+# What a system that has been started has beyond its files. The files of the tests go where they are gone with it.
+PREPARE = """\
+set -e
+mount --make-rprivate /
+mount -t proc proc "$ROOT/proc"
+for place in dev/shm tmp run; do mkdir -p "$ROOT/$place"; mount -t tmpfs -o mode=1777 tmpfs "$ROOT/$place"; done
+mkdir -p "$ROOT/dev/pts" "$ROOT/ccache"
+mountpoint -q "$ROOT/dev/pts" || mount -t devpts -o newinstance,ptmxmode=0666,mode=0620 devpts "$ROOT/dev/pts"
+mount --bind "$CACHE" "$ROOT/ccache"
+ip link set lo up 2>/dev/null || true
+exec chroot "$ROOT" env -i "$@"
+"""
+
+
+def own_sources():
+    """Of this machine's release: for each the options, the address, the suite and the components."""
+    for path in sorted([Path("/etc/apt/sources.list"), *Path("/etc/apt/sources.list.d").glob("*")]):
+        text = path.read_text() if path.is_file() else ""
+        if path.suffix == ".list":
+            for line in re.finditer(r"^deb\s+(?:\[(.*?)\]\s+)?(\S+)\s+(\S+)\s+(.+)$", text, re.MULTILINE):
+                yield line.groups(default="")
+        elif path.suffix == ".sources":
+            for stanza in re.split(r"\n\s*\n", text):
+                fields = dict(re.findall(r"^([\w-]+):[ \t]*(.*)$", stanza, re.MULTILINE))
+                options = f"signed-by={fields['Signed-By']}" if fields.get("Signed-By", "").startswith("/") else ""
+                if "deb" in fields.get("Types", "").split():
+                    for address in fields["URIs"].split():
+                        for suite in fields["Suites"].split():
+                            yield options, address, suite, fields["Components"]
+
+
+def sources_of(release):
+    own = platform.freedesktop_os_release()["VERSION_CODENAME"]
+    for options, address, suite, components in own_sources():
+        if suite == own or suite.startswith(f"{own}-"):
+            yield f"deb {f'[{options}] ' if options else ''}{address} {release}{suite[len(own):]} {components}"
+
+
+def make_system(release, log):
+    """Returns the status of the two commands, which run in the system while it is there."""
+    sources = list(sources_of(release))
+    if not sources:
+        sys.exit("this machine's package sources name no mirror of its own release")
+    log.parent.mkdir(parents=True, exist_ok=True)
+    hook = shlex.join([sys.executable, "-B", str(Path(__file__).resolve()), INSIDE, str(log)]) + ' "$1"'
+    with open(log, "wb") as output:
+        status = subprocess.run(["mmdebstrap", "--variant=apt", "--include=make,ca-certificates", "--format=null",
+                                 f"--customize-hook={hook}", release, "-", *sources], stdout=output, stderr=output,
+                                check=False).returncode
+    lines = log.read_text(errors="replace").splitlines()
+    if status:
+        print(f"The end of {len(lines)} lines in {log}:", *lines[-LINES_OF_A_FAILURE:], sep="\n")
+    else:
+        # What was counted and measured.
+        print(*[line for line in lines if re.search(r"tests passed|Total Test time|checked: |Everything happened", line)], sep="\n")
+    return status
+
+
+def run_there(root, cache, has_network, *argv):
+    """As the first user of a machine that has been started, whose processes end with the command."""
+    namespaces = ["--mount", "--pid", "--ipc", "--uts", "--fork", "--kill-child"] + ([] if has_network else ["--net"])
+    variables = [f"{name}={value}" for name, value in ENVIRONMENT.items()]
+    print("+", *argv, flush=True)
+    subprocess.run(["unshare", *namespaces, "sh", "-c", PREPARE, "sh", *variables, "sh", "-c", f"cd /{TREE} && exec \"$@\"", "sh", *argv],
+                   env=os.environ | {"ROOT": str(root), "CACHE": str(cache)}, check=True)
+
+
+def use_system(log, root):
+    tree, cache = root / TREE, log.with_suffix(".ccache")
+    tree.mkdir()
+    cache.mkdir(exist_ok=True)
+    committed = subprocess.run(["git", "-C", SOURCE, "-c", f"safe.directory={SOURCE}", "archive", "HEAD"], check=True,
+                               stdout=subprocess.PIPE)
+    subprocess.run(["tar", "--extract", "--directory", tree], input=committed.stdout, check=True)
+    # Afterwards, there is nothing left to be fetched.
+    run_there(root, cache, True, "scripts/setup", "--tests")
+    run_there(root, cache, False, "make", "test")
+    run_there(root, cache, False, "make", "run")
+
+
+if __name__ == "__main__":
+    if sys.argv[1] == INSIDE:
+        use_system(Path(sys.argv[2]), Path(sys.argv[3]))
+    else:
+        sys.exit(make_system(sys.argv[1], Path(sys.argv[2])))
