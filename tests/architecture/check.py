@@ -59,7 +59,7 @@ FORBIDDEN = re.compile(
     r"""\b spec\.md \b
     | \b specificatio[n]s? \b
     | \b part [ ] \d+ \. \d+
-    | (?<! [\w.~})-] ) / (?: work | tmp ) /""",
+    | (?<! [\w.~})-] ) / (?: work | tmp ) / (?! \.X11-unix/ )""",
     re.VERBOSE | re.IGNORECASE)
 
 LITERAL_COLOUR = re.compile(
