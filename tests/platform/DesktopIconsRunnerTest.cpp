@@ -47,9 +47,16 @@ public:
     DesktopIcons state = DesktopIcons::absent;
     DesktopIcons stateAfterShowing = DesktopIcons::shown;
     bool canShow = true;
+    bool isHiding = false;
+    int looksUntilItIsBack = 0;
 
     std::string_view windowClass() const override { return windowClass_; }
-    DesktopIcons icons(const DesktopScene&) override { return state; }
+    DesktopIcons icons(const DesktopScene&) override {
+        looksUntilItIsBack -= looksUntilItIsBack > 0 ? 1 : 0;
+        return state;
+    }
+    bool isAboutToHide(const DesktopScene&) const override { return isHiding; }
+    bool isComingBack() const override { return looksUntilItIsBack > 0; }
     void hide(const DesktopScene&) override {
         calls_.emplace_back("hide");
         state = DesktopIcons::hidden;
@@ -179,10 +186,11 @@ struct DesktopThatComesBackTest : DesktopIconsRunnerTest {
 };
 
 TEST_F(DesktopThatComesBackTest, IsHiddenAsSoonAsItAppears) {
+    EXPECT_EQ(read(), "1\n");
     setIconsHidden(true);
-    EXPECT_EQ(read(), "1\n");
+    EXPECT_EQ(read(), "0\n") << "they are not to be seen, and will not be";
     clock.advance(1);
-    EXPECT_EQ(read(), "1\n");
+    EXPECT_EQ(read(), "0\n");
     EXPECT_THAT(calls, ElementsAre("show"));
 
     first->state = DesktopIcons::shown;
@@ -198,9 +206,11 @@ TEST_F(DesktopThatComesBackTest, IsHiddenAsSoonAsItAppears) {
 TEST_F(DesktopThatComesBackTest, IsHiddenThoughItWasSeenBefore) {
     setIconsHidden(true);
     first->state = DesktopIcons::shown;
-    EXPECT_EQ(read(), "1\n");
+    EXPECT_EQ(read(), "0\n");
+    EXPECT_THAT(calls, ElementsAre("show"));
     clock.advance(0.3);
     EXPECT_EQ(read(), "0\n");
+    EXPECT_THAT(calls, ElementsAre("show", "hide"));
 }
 
 TEST_F(DesktopThatComesBackTest, IsHiddenThoughTheBusDoesNotAnswerForAWhile) {
@@ -223,12 +233,52 @@ TEST_F(DesktopThatComesBackTest, IsNotHiddenOnceItIsToBeShownAgain) {
     EXPECT_THAT(calls, ElementsAre("show"));
 }
 
+TEST_F(DesktopThatComesBackTest, StaysWhenTheHideIsCalledOffByOneWhoAsksFirst) {
+    setIconsHidden(true);
+    clock.advance(0.5);
+    // As the application does to restore everything, and to flip the icons.
+    const Curtain::DesktopController controller(runner);
+    ASSERT_TRUE(controller.iconsHidden());
+    controller.setIconsHidden(!controller.iconsHidden());
+    first->state = DesktopIcons::shown;
+    clock.advance(10);
+    EXPECT_FALSE(controller.iconsHidden());
+    EXPECT_THAT(calls, ElementsAre("show"));
+}
+
 TEST_F(DesktopThatComesBackTest, IsNotAwaitedForEver) {
     setIconsHidden(true);
     clock.advance(5);
     EXPECT_EQ(read(), "0\n");
     first->state = DesktopIcons::shown;
     clock.advance(10);
+    EXPECT_THAT(calls, ElementsAre("show"));
+}
+
+TEST_F(DesktopIconsRunnerTest, WhatHasBegunToShowIsBroughtToItsEndThoughNobodyAsks) {
+    first->state = DesktopIcons::hidden;
+    second->looksUntilItIsBack = 10;
+    setIconsHidden(false);
+    clock.advance(1);
+    EXPECT_LT(second->looksUntilItIsBack, 6);
+    scene.busNames.reset();
+    clock.advance(10);
+    EXPECT_GT(second->looksUntilItIsBack, 0) << "nobody can look";
+    scene.busNames.emplace();
+    clock.advance(10);
+    EXPECT_EQ(second->looksUntilItIsBack, 0);
+    // Then nothing is looked at any more.
+    second->looksUntilItIsBack = 1000;
+    clock.advance(10);
+    EXPECT_EQ(second->looksUntilItIsBack, 1000);
+}
+
+TEST_F(DesktopIconsRunnerTest, WhatIsAboutToHideIsShownToo) {
+    first->state = DesktopIcons::shown;
+    setIconsHidden(false);
+    EXPECT_THAT(calls, IsEmpty());
+    first->isHiding = true;
+    setIconsHidden(false);
     EXPECT_THAT(calls, ElementsAre("show"));
 }
 

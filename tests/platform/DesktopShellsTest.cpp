@@ -192,6 +192,38 @@ TEST_F(PlasmaDesktopTest, ADesktopThatCameLaterIsHiddenBesideTheOthers) {
     EXPECT_THAT(state.values, IsEmpty());
 }
 
+TEST_F(PlasmaDesktopTest, WhatWasHiddenInAnEarlierSessionGetsItsFilterBackUnlessItWasShownSince) {
+    startPlasma({"1=org.kde.plasma.folder"});
+    choose(1, "filterMode", "1");
+    choose(1, "filterPattern", "*.txt");
+    choose(1, "filterMimeTypes", "all/all");
+    const auto chosen = filter(1);
+    LinuxPlatform::PlasmaDesktop earlier{bus, {state, "plasma", "another session"}};
+    earlier.hide(scene());
+    EXPECT_TRUE(plasma.show(scene()));
+    EXPECT_EQ(filter(1), chosen);
+
+    earlier.hide(scene());
+    choose(1, "filterMode", "0");
+    choose(1, "filterPattern", "*");
+    EXPECT_EQ(plasma.icons(scene()), DesktopIcons::shown);
+    EXPECT_THAT(state.values, IsEmpty());
+}
+
+TEST_F(PlasmaDesktopTest, WhatWasHiddenInAnEarlierSessionIsNotTakenAlong) {
+    startPlasma({"1=org.kde.plasma.folder", "2=org.kde.plasma.folder"});
+    choose(2, "filterMode", "1");
+    choose(2, "filterPattern", "*.txt");
+    LinuxPlatform::PlasmaDesktop earlier{bus, {state, "plasma", "another session"}};
+    choose(1, "filterMode", "2");
+    earlier.hide(scene());
+    const auto hidden = filter(2);
+    choose(1, "filterMode", "0");
+    plasma.hide(scene());
+    EXPECT_TRUE(plasma.show(scene()));
+    EXPECT_EQ(filter(2), hidden);
+}
+
 TEST_F(PlasmaDesktopTest, LeavesADesktopAloneThatTheUserHadHidden) {
     startPlasma({"1=org.kde.plasma.folder", "2=org.kde.plasma.folder"});
     choose(1, "filterMode", "2");
@@ -330,6 +362,47 @@ TEST_F(GnomeDesktopTest, WithoutAnExtensionAtWorkThereAreNoIconsAndNothingIsChan
     EXPECT_EQ(gnome.icons(scene()), DesktopIcons::hidden);
     EXPECT_FALSE(gnome.show(scene()));
     EXPECT_EQ(stateOf("ding@rastersoft.com"), 3);
+}
+
+TEST_F(GnomeDesktopTest, AnotherExtensionThatSeemsToDrawIconsLeavesItOpen) {
+    startGnome({"zorin-desktop-icons@zorinos.com=1", "dock@example.com=1"});
+    auto now = scene();
+    EXPECT_EQ(gnome.icons(now), DesktopIcons::unknown);
+    now.isEveryWindowKnown = true;
+    EXPECT_EQ(gnome.icons(now), DesktopIcons::hidden) << "its windows will tell";
+}
+
+TEST_F(GnomeDesktopTest, AnotherExtensionThatIsNotAtWorkDrawsNothing) {
+    startGnome({"zorin-desktop-icons@zorinos.com=2", "desktop-dock@example.com=1", "icons@example.com=1"});
+    EXPECT_EQ(gnome.icons(scene()), DesktopIcons::hidden);
+}
+
+TEST_F(GnomeDesktopTest, WhatWasDisabledInAnEarlierSessionComesBack) {
+    startGnome({"ding@rastersoft.com=2"});
+    LinuxPlatform::EarlierValue(state, "gnome", "another session").keep("ding@rastersoft.com");
+    EXPECT_EQ(gnome.icons(scene()), DesktopIcons::hidden);
+    EXPECT_TRUE(gnome.show(scene()));
+    EXPECT_EQ(stateOf("ding@rastersoft.com"), 1);
+    EXPECT_THAT(state.values, IsEmpty());
+}
+
+TEST_F(GnomeDesktopTest, WhatItsUserHasEnabledSinceAnEarlierSessionIsHis) {
+    startGnome({"ding@rastersoft.com=1"});
+    LinuxPlatform::EarlierValue(state, "gnome", "another session").keep("ding@rastersoft.com");
+    EXPECT_EQ(gnome.icons(scene()), DesktopIcons::shown);
+    EXPECT_THAT(state.values, IsEmpty());
+    ask(QStringLiteral("disable"), {QStringLiteral("ding@rastersoft.com")});
+    EXPECT_FALSE(gnome.show(scene())) << "he has disabled it himself";
+    EXPECT_EQ(stateOf("ding@rastersoft.com"), 2);
+}
+
+TEST_F(GnomeDesktopTest, WhatWasDisabledInAnEarlierSessionIsNotTakenAlong) {
+    startGnome({"ding@rastersoft.com=1", "desktop-icons@csoriano=2"});
+    LinuxPlatform::EarlierValue(state, "gnome", "another session").keep("desktop-icons@csoriano");
+    gnome.hide(scene());
+    EXPECT_TRUE(gnome.show(scene()));
+    EXPECT_EQ(stateOf("ding@rastersoft.com"), 1);
+    EXPECT_EQ(stateOf("desktop-icons@csoriano"), 2);
 }
 
 TEST_F(GnomeDesktopTest, AnExtensionThatIsGoneIsNotMissed) {

@@ -50,6 +50,8 @@ using TestSupport::readFile;
 using TestSupport::spinUntil;
 using TestSupport::writeFile;
 
+using namespace std::chrono_literals;
+
 /// These programs take their time on a busy machine.
 constexpr std::chrono::seconds patience{30};
 
@@ -340,6 +342,125 @@ TEST_F(GSettingsTest, CajaWhichEndsWithItsDesktop) {
     start({"caja", "--no-default-window", "--force-desktop"});
     hideAndShow([] { return gsettings({"get", "org.mate.background", "show-desktop-icons"}); });
     EXPECT_FALSE(GSettingsKey("org.mate.background", "show-desktop-icons").chosenValue());
+}
+
+/// Caja's ways, in orders that the real one takes now and then; time passes by hand.
+struct CajaOrdersTest : GSettingsTest {
+    using Icons = LinuxPlatform::DesktopIcons;
+
+    TestSupport::MemoryUserDefaults state;
+    int starts = 0;
+    LinuxPlatform::CajaDesktop::Clock::time_point now{};
+    LinuxPlatform::CajaDesktop caja{{state, "caja", "session"},
+                                    [this](const auto&) {
+                                        ++starts;
+                                        return true;
+                                    },
+                                    [this] { return now; }};
+    GSettingsKey setting{"org.mate.background", "show-desktop-icons"};
+    const DesktopScene drawing{std::set<std::string>{"org.mate.Caja"}, {{"Caja", std::nullopt}}, true};
+    const DesktopScene ending{std::set<std::string>{"org.mate.Caja"}, {}, true};
+    const DesktopScene ended{std::set<std::string>{}, {}, true};
+    /// Its window goes after its name.
+    const DesktopScene leaving{std::set<std::string>{}, {{"Caja", std::nullopt}}, true};
+
+    CajaOrdersTest() {
+        setting.reset();
+        EXPECT_EQ(caja.icons(drawing), Icons::shown);
+        caja.hide(drawing);
+    }
+
+    ~CajaOrdersTest() override {
+        setting.reset();
+        // What is written is on its way for a while.
+        EXPECT_TRUE(spinUntil(
+            [] {
+                return gsettings({"get", "org.mate.background", "show-desktop-icons"}) == "true\n";
+            },
+            patience));
+    }
+
+    void pass(std::chrono::milliseconds time) { now += time; }
+};
+
+TEST_F(CajaOrdersTest, OneThatHasEndedIsStartedOnce) {
+    EXPECT_EQ(caja.icons(ended), Icons::hidden);
+    EXPECT_TRUE(caja.show(ended));
+    EXPECT_EQ(starts, 1);
+    for (int look = 0; look < 10; ++look) {
+        pass(200ms);
+        caja.icons(ended);
+    }
+    EXPECT_EQ(starts, 1) << "it takes its time";
+    caja.icons(drawing);
+    pass(2s);
+    caja.icons(drawing);
+    EXPECT_FALSE(caja.isComingBack());
+    caja.icons(ended);
+    EXPECT_EQ(starts, 1) << "its user has ended it";
+}
+
+TEST_F(CajaOrdersTest, OneThatIsAboutToEndIsStartedAgain) {
+    EXPECT_EQ(caja.icons(ending), Icons::hidden);
+    EXPECT_TRUE(caja.show(ending));
+    caja.icons(ending);
+    EXPECT_EQ(starts, 0);
+    caja.icons(ended);
+    EXPECT_EQ(starts, 1);
+}
+
+TEST_F(CajaOrdersTest, OneThatShowsItsDesktopOnceMoreBeforeItEndsIsStartedAgain) {
+    EXPECT_TRUE(caja.show(ending));
+    pass(10ms);
+    EXPECT_EQ(caja.icons(drawing), Icons::shown);
+    pass(500ms);
+    EXPECT_EQ(caja.icons(leaving), Icons::shown);
+    EXPECT_TRUE(caja.isComingBack());
+    pass(10ms);
+    caja.icons(ended);
+    EXPECT_EQ(starts, 1);
+}
+
+TEST_F(CajaOrdersTest, SuccessorThatEndsWithItIsStartedAgain) {
+    EXPECT_TRUE(caja.show(ended));
+    EXPECT_EQ(starts, 1);
+    caja.icons(drawing);
+    pass(300ms);
+    caja.icons(ended);
+    EXPECT_EQ(starts, 1) << "too early to say";
+    pass(2s);
+    caja.icons(ended);
+    EXPECT_EQ(starts, 2);
+}
+
+TEST_F(CajaOrdersTest, OneThatHasNotBegunToHideStays) {
+    EXPECT_TRUE(caja.isAboutToHide(drawing));
+    // Twice is not to take the hidden icons for its user's choice.
+    caja.hide(drawing);
+    EXPECT_TRUE(caja.show(drawing));
+    EXPECT_FALSE(setting.chosenValue());
+    EXPECT_FALSE(caja.isAboutToHide(drawing));
+    EXPECT_EQ(caja.icons(drawing), Icons::shown);
+    caja.icons(ended);
+    EXPECT_EQ(starts, 1) << "it hid them all the same, and ended";
+}
+
+TEST_F(CajaOrdersTest, OneThatIsHiddenAgainOrByOthersIsNotStarted) {
+    EXPECT_TRUE(caja.show(ending));
+    EXPECT_TRUE(setting.write("false"));
+    caja.icons(ended);
+    EXPECT_EQ(starts, 0);
+    EXPECT_FALSE(caja.isComingBack());
+}
+
+TEST_F(CajaOrdersTest, OneThatNeverComesIsNotStartedForEver) {
+    EXPECT_TRUE(caja.show(ended));
+    for (int look = 0; look < 1000; ++look) {
+        pass(200ms);
+        caja.icons(ended);
+    }
+    EXPECT_FALSE(caja.isComingBack());
+    EXPECT_LE(starts, 15);
 }
 
 TEST_F(GSettingsTest, CajaThatWasHiddenInAnEarlierSession) {

@@ -228,6 +228,7 @@ public Q_SLOTS:
     double state(const QString& uuid) { return shell_.states.value(uuid); }
     void refuse() { shell_.isRefusing = true; }
     void enable(const QString& uuid) { shell_.states[uuid] = 1; }
+    void disable(const QString& uuid) { shell_.states[uuid] = 2; }
 
 private:
     GnomeShell& shell_;

@@ -7,6 +7,10 @@ namespace {
 
 /// It has its name on the bus by then.
 constexpr std::chrono::seconds timeToStart{2};
+/// One that is about to end may show its desktop once more on the way, but not for so long.
+constexpr std::chrono::seconds timeToStay{2};
+/// One that is not there by then will not come.
+constexpr std::chrono::seconds timeToComeBack{30};
 
 constexpr auto busName = "org.mate.Caja";
 /// Runs in every session of MATE.
@@ -18,19 +22,17 @@ std::vector<std::string> command() {
 
 } // namespace
 
-CajaDesktop::CajaDesktop(EarlierValue earlier, StartDesktopProgram start)
+CajaDesktop::CajaDesktop(EarlierValue earlier, StartDesktopProgram start, Now now)
     : setting_({"org.mate.background", "show-desktop-icons"}, std::move(earlier), "false", "true"),
-      start_(std::move(start)) {}
+      start_(std::move(start)),
+      now_(std::move(now)) {}
 
 DesktopIcons CajaDesktop::icons(const DesktopScene& scene) {
-    if (scene.desktopWindowOf(windowClass()) != nullptr) {
-        isAwaited_ = false;
-        return DesktopIcons::shown;
+    if (comingBack_ && !bringBack(scene)) {
+        comingBack_.reset();
     }
-    const auto now = std::chrono::steady_clock::now();
-    if (isAwaited_ && !scene.hasName(busName) && (!started_ || now - *started_ > timeToStart)) {
-        started_ = now;
-        isAwaited_ = start_(command());
+    if (scene.desktopWindowOf(windowClass()) != nullptr) {
+        return DesktopIcons::shown;
     }
     if (!scene.hasName(busName) && !wasHidden(scene)) {
         return DesktopIcons::absent;
@@ -42,24 +44,48 @@ DesktopIcons CajaDesktop::icons(const DesktopScene& scene) {
     return scene.isEveryWindowKnown || !scene.hasName(busName) ? DesktopIcons::absent : DesktopIcons::unknown;
 }
 
+bool CajaDesktop::bringBack(const DesktopScene& scene) {
+    const auto now = now_();
+    const bool isThere = scene.desktopWindowOf(windowClass()) != nullptr;
+    comingBack_->seen = isThere ? std::optional(comingBack_->seen.value_or(now)) : std::nullopt;
+    const bool hasStayed = isThere && now - *comingBack_->seen >= timeToStay;
+    if (hasStayed || now - comingBack_->asked > timeToComeBack || setting_.isHidden() == true) {
+        return false;
+    }
+    const auto& started = comingBack_->started;
+    if (isThere || scene.hasName(busName) || (started && now - *started <= timeToStart)) {
+        return true;
+    }
+    comingBack_->started = now;
+    return start_(command());
+}
+
+bool CajaDesktop::isAboutToHide(const DesktopScene& scene) const {
+    return scene.desktopWindowOf(windowClass()) != nullptr && setting_.isHidden() == true &&
+           setting_.earlier().isOfThisSession();
+}
+
 void CajaDesktop::hide(const DesktopScene&) {
-    isAwaited_ = false;
+    comingBack_.reset();
     setting_.hide();
 }
 
 bool CajaDesktop::show(const DesktopScene& scene) {
+    comingBack_.reset();
     const bool isToStart = wasHidden(scene);
     if (!setting_.giveBack()) {
         return false;
     }
-    isAwaited_ = isToStart;
-    started_.reset();
+    if (!isToStart) {
+        return scene.hasName(busName);
+    }
+    comingBack_ = {.asked = now_(), .started = {}, .seen = {}};
     if (scene.hasName(busName)) {
         // It may still be about to end.
         return true;
     }
-    started_ = std::chrono::steady_clock::now();
-    return isToStart && start_(command());
+    comingBack_->started = comingBack_->asked;
+    return start_(command());
 }
 
 bool CajaDesktop::wasHidden(const DesktopScene& scene) const {

@@ -58,6 +58,10 @@ std::string DesktopIconsRunner::run(const std::string& path, const Arguments& ar
 }
 
 std::string DesktopIconsRunner::read() {
+    if (pendingHide_) {
+        // Whoever wants the icons has to call that off.
+        return hiddenAnswer;
+    }
     const auto scene = look_();
     if (!scene.busNames) {
         return {};
@@ -96,13 +100,15 @@ bool DesktopIconsRunner::isEachWindowWithoutIcons(const std::vector<DesktopScene
 }
 
 void DesktopIconsRunner::write(bool shown) {
-    pendingHide_ = {};
+    pendingHide_.reset();
+    pendingShow_ = {};
     const auto scene = look_();
     if (!scene.busNames) {
         return;
     }
     if (shown) {
         show(scene);
+        pendingShow_ = clock_.repeating(timeBetweenLooks, [this] { bringBack(); });
     } else if (hideShown(scene)) {
         askedToShow_.reset();
     } else if (isComingBack()) {
@@ -112,8 +118,23 @@ void DesktopIconsRunner::write(bool shown) {
 
 void DesktopIconsRunner::show(const DesktopScene& scene) {
     for (const auto& desktop : desktops_) {
-        if (desktop->icons(scene) == DesktopIcons::hidden && desktop->show(scene)) {
+        const bool isToShow = desktop->icons(scene) == DesktopIcons::hidden || desktop->isAboutToHide(scene);
+        if (isToShow && desktop->show(scene)) {
             askedToShow_ = clock_.now();
+        }
+    }
+}
+
+void DesktopIconsRunner::bringBack() {
+    const auto isComingBack = [](const auto& desktop) { return desktop->isComingBack(); };
+    if (std::ranges::none_of(desktops_, isComingBack)) {
+        pendingShow_ = {};
+        return;
+    }
+    const auto scene = look_();
+    for (const auto& desktop : desktops_) {
+        if (scene.busNames && desktop->isComingBack()) {
+            desktop->icons(scene);
         }
     }
 }
@@ -135,7 +156,7 @@ void DesktopIconsRunner::hideWhenShown() {
         askedToShow_.reset();
     }
     if (!isComingBack()) {
-        pendingHide_ = {};
+        pendingHide_.reset();
     }
 }
 

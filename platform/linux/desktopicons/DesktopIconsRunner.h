@@ -25,8 +25,8 @@ public:
     std::string run(const std::string& path, const std::vector<std::string>& arguments) override;
 
 private:
-    /// "0" when the icons are hidden everywhere or it is known that nothing draws any, "1" when they are
-    /// shown anywhere, nothing when it cannot be known.
+    /// "0" when the icons are hidden everywhere or about to be, or it is known that nothing draws any, "1"
+    /// when they are shown anywhere, nothing when it cannot be known.
     std::string read();
     bool isEachWindowWithoutIcons(const std::vector<DesktopScene::Window>& windows,
                                   const std::vector<DesktopIcons>& found) const;
@@ -34,6 +34,8 @@ private:
     /// Whether any was shown.
     bool hideShown(const DesktopScene& scene);
     void show(const DesktopScene& scene);
+    /// Sees to it that what was to be shown appears, though nobody asks.
+    void bringBack();
     /// Hides what is about to appear as soon as it does.
     void hideWhenShown();
     bool isComingBack() const;
@@ -43,7 +45,9 @@ private:
     Desktops desktops_;
     Look look_;
     std::optional<Platform::MainQueue::Seconds> askedToShow_;
-    Platform::Subscription pendingHide_;
+    /// While a desktop is awaited whose icons are to be hidden.
+    std::optional<Platform::Subscription> pendingHide_;
+    Platform::Subscription pendingShow_;
 };
 
 } // namespace LinuxPlatform

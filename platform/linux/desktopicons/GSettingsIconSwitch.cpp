@@ -23,6 +23,10 @@ std::optional<bool> GSettingsIconSwitch::isHidden() const {
 }
 
 void GSettingsIconSwitch::hide() {
+    if (earlier_.isOfThisSession() && isHidden() == true) {
+        // What is there now is ours, and on its way.
+        return;
+    }
     earlier_.keep(key_.chosenValue().value_or(nothingChosen));
     if (!key_.write(hidden_)) {
         earlier_.forget();

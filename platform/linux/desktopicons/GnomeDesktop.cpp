@@ -23,6 +23,17 @@ const QStringList& knownExtensions() {
     return identifiers;
 }
 
+/// What an extension calls itself tells, and nothing else does.
+bool seemsToDrawIcons(const QString& identifier, const QVariantMap& extension) {
+    const auto words = identifier + QLatin1Char(' ') + extension.value(QStringLiteral("name")).toString();
+    return words.contains(QLatin1String("desktop"), Qt::CaseInsensitive) &&
+           words.contains(QLatin1String("icon"), Qt::CaseInsensitive);
+}
+
+bool isAtWork(const QVariantMap& extension) {
+    return extension.value(QStringLiteral("state")).toDouble() == stateOfWorkingExtension;
+}
+
 QStringList linesIn(const std::string& text) {
     return QString::fromStdString(text).split(QLatin1Char('\n'));
 }
@@ -44,12 +55,21 @@ DesktopIcons GnomeDesktop::icons(const DesktopScene& scene) {
     if (!installed) {
         return DesktopIcons::unknown;
     }
-    for (const auto& [identifier, isAtWork] : *installed) {
+    for (const auto& [identifier, isAtWork] : installed->known) {
         if (isAtWork) {
+            forgetAnotherSession(identifier);
             return DesktopIcons::shown;
         }
     }
-    return DesktopIcons::hidden;
+    return installed->isAnotherAtWork && !scene.isEveryWindowKnown ? DesktopIcons::unknown
+                                                                   : DesktopIcons::hidden;
+}
+
+void GnomeDesktop::forgetAnotherSession(const QString& enabled) {
+    const auto earlier = earlier_.get();
+    if (earlier && !earlier_.isOfThisSession() && linesIn(*earlier).contains(enabled)) {
+        earlier_.forget();
+    }
 }
 
 void GnomeDesktop::hide(const DesktopScene&) {
@@ -57,11 +77,11 @@ void GnomeDesktop::hide(const DesktopScene&) {
     if (!installed) {
         return;
     }
-    const auto before = earlier_.get();
+    const auto before = earlier_.isOfThisSession() ? earlier_.get() : std::nullopt;
     const auto disabledBefore = linesIn(before.value_or(""));
     QStringList atWork;
     QStringList kept;
-    for (const auto& [identifier, isAtWork] : *installed) {
+    for (const auto& [identifier, isAtWork] : installed->known) {
         if (isAtWork) {
             atWork.append(identifier);
         }
@@ -97,7 +117,7 @@ bool GnomeDesktop::show(const DesktopScene&) {
     return isShown;
 }
 
-std::optional<std::map<QString, bool>> GnomeDesktop::extensions() {
+std::optional<GnomeDesktop::Extensions> GnomeDesktop::extensions() {
     const auto answer = askShell(bus_, QStringLiteral("ListExtensions"), {});
     const auto list = answer.arguments().value(0);
     if (!isReply(answer) || list.metaType() != QMetaType::fromType<QDBusArgument>() ||
@@ -105,14 +125,16 @@ std::optional<std::map<QString, bool>> GnomeDesktop::extensions() {
         return std::nullopt;
     }
     const auto all = qdbus_cast<QMap<QString, QVariantMap>>(list.value<QDBusArgument>());
-    std::map<QString, bool> installed;
-    for (const auto& identifier : knownExtensions()) {
-        if (const auto found = all.constFind(identifier); found != all.constEnd()) {
-            installed[identifier] =
-                found->value(QStringLiteral("state")).toDouble() == stateOfWorkingExtension;
+    Extensions found;
+    for (auto extension = all.constBegin(); extension != all.constEnd(); ++extension) {
+        const auto& identifier = extension.key();
+        if (knownExtensions().contains(identifier)) {
+            found.known[identifier] = isAtWork(*extension);
+        } else if (isAtWork(*extension) && seemsToDrawIcons(identifier, *extension)) {
+            found.isAnotherAtWork = true;
         }
     }
-    return installed;
+    return found;
 }
 
 std::optional<bool> GnomeDesktop::call(const QString& method, const QString& extension) {

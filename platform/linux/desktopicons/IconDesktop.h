@@ -24,10 +24,14 @@ public:
     /// Asked afresh each time. Changes nothing that the user chose, but may bring to its end what `show`
     /// began.
     virtual DesktopIcons icons(const DesktopScene& scene) = 0;
+    /// Whether its icons are shown only because it has not followed `hide` yet.
+    virtual bool isAboutToHide(const DesktopScene& /*scene*/) const { return false; }
+    /// Whether `icons` is to be asked again, as `show` is not done.
+    virtual bool isComingBack() const { return false; }
     /// To be called when the icons are shown. Remembers how they were, beyond the end of this process.
     virtual void hide(const DesktopScene& scene) = 0;
-    /// To be called when the icons are hidden. Gives back what `hide` found; without that, the desktop's
-    /// default. Returns whether icons are going to appear.
+    /// To be called when the icons are hidden, or about to be. Gives back what `hide` found; without that,
+    /// the desktop's default. Returns whether icons are going to appear.
     virtual bool show(const DesktopScene& scene) = 0;
 };
 

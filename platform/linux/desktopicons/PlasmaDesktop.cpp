@@ -108,10 +108,23 @@ DesktopIcons PlasmaDesktop::icons(const DesktopScene& scene) {
     }
     for (const auto& filter : *current) {
         if (!isHiding(filter.toObject())) {
+            forgetAnotherSession(filter.toObject().value(QStringLiteral("id")).toInt());
             return DesktopIcons::shown;
         }
     }
     return DesktopIcons::hidden;
+}
+
+void PlasmaDesktop::forgetAnotherSession(int shown) {
+    if (earlier_.isOfThisSession()) {
+        return;
+    }
+    for (const auto& filter : earlierFilters()) {
+        if (filter.toObject().value(QStringLiteral("id")).toInt() == shown) {
+            earlier_.forget();
+            return;
+        }
+    }
 }
 
 void PlasmaDesktop::hide(const DesktopScene&) {
@@ -131,12 +144,12 @@ void PlasmaDesktop::hide(const DesktopScene&) {
         }
     }
     // Others may have been hidden before these came.
-    for (const auto& filter : earlierFilters()) {
+    const auto before = earlier_.isOfThisSession() ? earlier_.get() : std::nullopt;
+    for (const auto& filter : before ? earlierFilters() : QJsonArray()) {
         if (!shown.contains(filter.toObject().value(QStringLiteral("id")).toInt())) {
             found.append(filter);
         }
     }
-    const auto before = earlier_.get();
     earlier_.keep(QJsonDocument(found).toJson(QJsonDocument::Compact).toStdString());
     if (setFilters(wanted) == false) {
         earlier_.replace(before);

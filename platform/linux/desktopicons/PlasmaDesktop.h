@@ -22,6 +22,9 @@ public:
     bool show(const DesktopScene& scene) override;
 
 private:
+    /// Once a desktop was shown again in another way since the last session, what was remembered then is
+    /// over.
+    void forgetAnotherSession(int shown);
     /// What is remembered, as far as it makes sense.
     QJsonArray earlierFilters() const;
     /// The filters of the desktops that show a folder; absent when the shell does not say.
