@@ -1,5 +1,7 @@
 PREFIX ?= /usr/local
 JOBS ?= $(shell nproc)
+# How often make test-long runs each test whose world is more than its own process.
+REPEATS ?= 20
 
 RELEASE := build/release
 BENCH := build/bench
@@ -11,7 +13,7 @@ HAS_DISPLAY := $(DISPLAY)$(WAYLAND_DISPLAY)
 help:
 	@echo "make run         install what is missing, build, and start Curtain"
 	@echo "make test        install what is missing, build, and run the tests"
-	@echo "make test-long   the long tests"
+	@echo "make test-long   the long tests, and the others REPEATS=$(REPEATS) times on a busy machine; takes hours"
 	@echo "make bench       the benchmarks"
 	@echo "make lint        check the format and run clang-tidy"
 	@echo "make install     build and install under PREFIX=$(PREFIX)"
@@ -52,6 +54,7 @@ test: tests
 test-long: tests
 	scripts/setup --long
 	ctest --preset long
+	scripts/repeat-tests --times $(REPEATS) $(RELEASE)
 
 bench:
 	@test -d bench || { echo "There are no benchmarks yet."; exit 1; }
