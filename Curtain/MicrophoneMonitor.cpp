@@ -34,6 +34,8 @@ struct MicrophoneMonitor::Shared {
     /// The one that the audio queue may be waiting for.
     std::weak_ptr<Platform::AudioEngine> engineBeingSetUp;
     std::optional<Platform::AudioFormat> tapFormat;
+    /// While an echo is recorded: a microphone that comes now is heard in this format, whatever its own.
+    std::optional<Platform::AudioFormat> recordingFormat;
     std::shared_ptr<Platform::AudioFile> audioFile;
     /// The last buffer's, for the main thread; a message for each would be memory allocated on the engine's
     /// thread.
@@ -87,12 +89,29 @@ struct MicrophoneMonitor::Shared {
         std::shared_ptr<Platform::AudioFile> dropped;
         const std::scoped_lock lock(mutex);
         dropped.swap(audioFile);
+        recordingFormat.reset();
     }
 
     void dropLevelSource() {
         std::unique_ptr<Platform::DispatchSource> dropped;
         const std::scoped_lock lock(mutex);
         dropped.swap(levelSource);
+    }
+
+    /// The format of a recording that begins now; none before the tap is there.
+    std::optional<Platform::AudioFormat> beginRecording() {
+        const std::scoped_lock lock(mutex);
+        if (running) {
+            recordingFormat = tapFormat;
+        }
+        return recordingFormat;
+    }
+
+    /// What the tap is installed with where the microphone delivers `inputFormat`.
+    Platform::AudioFormat adoptFormat(const Platform::AudioFormat& inputFormat) {
+        const std::scoped_lock lock(mutex);
+        tapFormat = recordingFormat.value_or(inputFormat);
+        return *tapFormat;
     }
 
     /// On the audio queue. Returns whether there is a microphone.
@@ -102,15 +121,12 @@ struct MicrophoneMonitor::Shared {
             return false;
         }
         auto& input = engine->inputNode();
-        const auto format = input.inputFormat();
-        if (format.channelCount == 0 || !(format.sampleRate > 0)) {
+        const auto inputFormat = input.inputFormat();
+        if (inputFormat.channelCount == 0 || !(inputFormat.sampleRate > 0)) {
             return false;
         }
         input.removeTap();
-        {
-            const std::scoped_lock lock(shared->mutex);
-            shared->tapFormat = format;
-        }
+        const auto format = shared->adoptFormat(inputFormat);
         input.installTap(tapFrames, format, [weak = std::weak_ptr(shared)](const auto& buffer) {
             if (const auto monitor = weak.lock()) {
                 process(monitor, buffer);
@@ -162,9 +178,7 @@ MicrophoneMonitor::~MicrophoneMonitor() {
     shared_->dropFile();
     shared_->dropLevelSource();
     player_.reset();
-    if (echoPhase_ == EchoPhase::recording || echoPhase_ == EchoPhase::playing) {
-        services_.fileManager.removeItem(echoURL_);
-    }
+    services_.fileManager.removeItem(echoURL_);
 }
 
 float MicrophoneMonitor::level() const {
@@ -181,6 +195,7 @@ EchoPhase MicrophoneMonitor::echoPhase() const {
 
 void MicrophoneMonitor::start() {
     using Platform::AuthorizationStatus;
+    isWanted_ = true;
     switch (services_.authorization.status(Platform::MediaType::audio)) {
     case AuthorizationStatus::authorized:
         startMetering();
@@ -193,10 +208,10 @@ void MicrophoneMonitor::start() {
         services_.authorization.requestAccess(
             Platform::MediaType::audio,
             [&mainQueue = services_.mainQueue, answered = lifetime_.weak([this](bool isGranted) {
-                if (isGranted) {
-                    startMetering();
-                } else {
+                if (!isGranted) {
                     setStatus(MicStatus::noPermission);
+                } else if (isWanted_) {
+                    startMetering();
                 }
             })](bool isGranted) { mainQueue.async([answered, isGranted] { answered(isGranted); }); });
         return;
@@ -258,6 +273,7 @@ void MicrophoneMonitor::failed(MicStatus status, const Platform::AudioEngine* en
 }
 
 void MicrophoneMonitor::stop() {
+    isWanted_ = false;
     if (!shared_->isRunning()) {
         return;
     }
@@ -277,13 +293,7 @@ void MicrophoneMonitor::startEcho() {
     if (echoPhase_ == EchoPhase::recording || echoPhase_ == EchoPhase::playing) {
         return;
     }
-    std::optional<Platform::AudioFormat> settings;
-    {
-        const std::scoped_lock lock(shared_->mutex);
-        if (shared_->running) {
-            settings = shared_->tapFormat;
-        }
-    }
+    const auto settings = shared_->beginRecording();
     if (!settings) {
         start();
         return;
@@ -332,6 +342,7 @@ void MicrophoneMonitor::playRecording() {
     auto made = services_.audio.makePlayer(echoURL_);
     if (const auto* error = std::get_if<Platform::AudioError>(&made)) {
         services_.log.writeLine("Curtain echo: error al reproducir: " + error->localizedDescription);
+        services_.fileManager.removeItem(echoURL_);
         setEchoPhase(EchoPhase::done);
         return;
     }

@@ -79,6 +79,8 @@ private:
     MicStatus status_ = MicStatus::unknown;
     EchoPhase echoPhase_ = EchoPhase::idle;
     std::unique_ptr<Platform::AudioPlayer> player_;
+    /// Whether somebody wants the level; metering may still be waiting for the permission.
+    bool isWanted_ = false;
     bool isRecordingOpen_ = false;
     bool isEchoDue_ = false;
     Platform::Lifetime lifetime_;

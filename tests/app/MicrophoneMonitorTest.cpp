@@ -61,6 +61,14 @@ struct MicrophoneMonitorTest : testing::Test {
         mainQueue.runReady();
     }
 
+    /// In the format that the tap has asked for.
+    void feedTap(float sample) {
+        const auto format = audio.engine().tapFormat;
+        const std::vector<float> frame(format.channelCount, sample);
+        audio.engine().feed({format, frame.data(), 1});
+        mainQueue.runReady();
+    }
+
     void feedLoud() { feed({0.5F, -0.5F}); }
     void feedSilence() { feed(std::vector<float>(1024)); }
 
@@ -155,6 +163,28 @@ TEST_F(MicrophoneMonitorTest, AnAnswerAfterTheEndIsIgnored) {
     authorization.answer(true);
     runAll();
     EXPECT_THAT(audio.calls, IsEmpty());
+}
+
+TEST_F(MicrophoneMonitorTest, AnAnswerAfterTheStopTurnsNothingOn) {
+    authorization.statuses[Platform::MediaType::audio] = AuthorizationStatus::notDetermined;
+    start();
+    monitor->stop();
+    authorization.answer(true);
+    runAll();
+    EXPECT_THAT(audio.calls, IsEmpty());
+    start();
+    EXPECT_TRUE(audio.engine().isRunning);
+}
+
+TEST_F(MicrophoneMonitorTest, AnAnswerAfterAStopAndAnotherStartTurnsOneEngineOn) {
+    authorization.statuses[Platform::MediaType::audio] = AuthorizationStatus::notDetermined;
+    start();
+    monitor->stop();
+    start();
+    authorization.answer(true);
+    runAll();
+    EXPECT_THAT(audio.engines, SizeIs(1));
+    EXPECT_TRUE(audio.engine().isRunning);
 }
 
 TEST_F(MicrophoneMonitorTest, RequestingPermissionPublishesNothing) {
@@ -481,6 +511,57 @@ TEST_F(MicrophoneMonitorTest, TheEchoRecordsThreeSecondsAndPlaysThemAtFullVolume
     EXPECT_THAT(audio.recordings.front()->samples, SizeIs(3));
 }
 
+TEST_F(MicrophoneMonitorTest, AnotherMicrophoneDuringTheRecordingIsHeardInTheRecordingsFormat) {
+    startRecording();
+    feedTap(0.1F);
+    audio.changeConfiguration({2, 44100});
+    runAll();
+    EXPECT_EQ(audio.engine().tapFormat, (Platform::AudioFormat{1, 48000}));
+    EXPECT_TRUE(audio.engine().isRunning);
+    feedTap(0.2F);
+    mainQueue.advance(3.0);
+    EXPECT_THAT(audio.recordings.front()->samples, ElementsAre(0.1F, 0.2F));
+    audio.finishPlaying(true);
+    audio.changeConfiguration({2, 44100});
+    runAll();
+    EXPECT_EQ(audio.engine().tapFormat, (Platform::AudioFormat{2, 44100}));
+}
+
+TEST_F(MicrophoneMonitorTest, AnEchoBeforeTheNextSetUpIsRecordedInTheFormatItBeganWith) {
+    start();
+    monitor->stop();
+    runAll();
+    audio.inputFormat = {2, 44100};
+    monitor->start();
+    monitor->startEcho();
+    ASSERT_EQ(monitor->echoPhase(), EchoPhase::recording);
+    runAll();
+    feedTap(0.1F);
+    mainQueue.advance(3.0);
+    EXPECT_THAT(audio.recordings.front()->samples, ElementsAre(0.1F));
+    audio.finishPlaying(true);
+    monitor->stop();
+    start();
+    EXPECT_EQ(audio.engine().tapFormat, (Platform::AudioFormat{2, 44100}));
+}
+
+TEST_F(MicrophoneMonitorTest, ARecordingThatWasStoppedDoesNotFixTheFormatOfTheNextSetUp) {
+    startRecording();
+    monitor->stop();
+    audio.inputFormat = {2, 44100};
+    start();
+    EXPECT_EQ(audio.engine().tapFormat, (Platform::AudioFormat{2, 44100}));
+}
+
+TEST_F(MicrophoneMonitorTest, AFileThatCannotBeMadeDoesNotFixTheFormatOfTheNextSetUp) {
+    start();
+    audio.fileError = "disco lleno";
+    monitor->startEcho();
+    audio.changeConfiguration({2, 44100});
+    runAll();
+    EXPECT_EQ(audio.engine().tapFormat, (Platform::AudioFormat{2, 44100}));
+}
+
 TEST_F(MicrophoneMonitorTest, PlaybackWaitsForTheBufferInFlight) {
     startRecording();
     auto& engine = audio.engine();
@@ -587,9 +668,17 @@ TEST_F(MicrophoneMonitorTest, ARecordingThatCannotBePlayedIsDone) {
     mainQueue.advance(3.0);
     EXPECT_EQ(monitor->echoPhase(), EchoPhase::done);
     EXPECT_THAT(log.lines, ElementsAre("Curtain echo: error al reproducir: no existe"));
-    EXPECT_EQ(removals(), before);
+    EXPECT_EQ(removals(), before + 1) << "Nobody will ever hear it.";
     monitor->startEcho();
     EXPECT_EQ(monitor->echoPhase(), EchoPhase::recording);
+}
+
+TEST_F(MicrophoneMonitorTest, TheEndRemovesTheRecordingWhateverBecameOfTheEcho) {
+    startPlaying();
+    audio.finishPlaying(true);
+    const auto before = removals();
+    monitor.reset();
+    EXPECT_EQ(removals(), before + 1);
 }
 
 TEST_F(MicrophoneMonitorTest, AStopDuringTheRecordingStillPlaysWhatWasWritten) {

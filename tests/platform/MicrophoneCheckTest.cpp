@@ -127,17 +127,22 @@ TEST_F(MicrophoneCheckTest, AMicrophoneThatIsUnpluggedIsNotReplacedByTheSpeakers
     EXPECT_TRUE(becomes(MicStatus::working));
 }
 
+/// Two channels, the right one so many times as loud.
+std::vector<float> leftAndRight(const std::vector<float>& left, float factor) {
+    std::vector<float> both;
+    for (const auto sample : left) {
+        both.push_back(sample);
+        both.push_back(factor * sample);
+    }
+    return both;
+}
+
 TEST_F(MicrophoneCheckTest, TheMeterFollowsTheDefaultMicrophoneAndItsFormat) {
     sound.addMicrophone("other", 44100);
     startMetering();
     ASSERT_TRUE(levelBecomes(0, 0));
     // Only the left channel counts.
-    auto stereo = std::vector<float>();
-    for (const auto sample : tone(440, 0.01, 60, 44100)) {
-        stereo.push_back(sample);
-        stereo.push_back(50 * sample);
-    }
-    sound.feed(stereo, "other_feed", 44100, 2);
+    sound.feed(leftAndRight(tone(440, 0.01, 60, 44100), 50), "other_feed", 44100, 2);
     SoundWorld::makeDefault("other");
     EXPECT_TRUE(levelBecomes(0.13F, 0.15F));
     SoundWorld::makeDefault("microphone");
@@ -318,9 +323,7 @@ struct EchoTest : TestSupport::MicrophoneCheck {
         }
         EXPECT_EQ(info.format & SF_FORMAT_TYPEMASK, SF_FORMAT_CAF);
         EXPECT_EQ(info.format & SF_FORMAT_SUBMASK, SF_FORMAT_FLOAT);
-        EXPECT_EQ(info.samplerate, 48000);
-        EXPECT_EQ(info.channels, 1);
-        std::vector<float> samples(static_cast<std::size_t>(info.frames));
+        std::vector<float> samples(static_cast<std::size_t>(info.frames * info.channels));
         sf_readf_float(file, samples.data(), info.frames);
         sf_close(file);
         return samples;
@@ -372,14 +375,32 @@ TEST_F(EchoTest, AStopWhileRecordingPlaysWhatThereIs) {
     EXPECT_FALSE(std::filesystem::exists(recording()));
 }
 
-TEST_F(EchoTest, AnotherFormatInTheMiddleEndsTheRecordingButNotTheEcho) {
+TEST_F(EchoTest, AnotherMicrophoneInTheMiddleIsRecordedFurtherInTheSameFormat) {
     sound.addMicrophone("other", 44100);
     ASSERT_NO_FATAL_FAILURE(startRecordingATone());
+    sound.feed(leftAndRight(tone(440, 0.25, 60, 44100), 3.5F), "other_feed", 44100, 2);
     SoundWorld::makeDefault("other");
-    ASSERT_TRUE(levelBecomes(0, 0));
     EXPECT_TRUE(becomes(EchoPhase::done));
     EXPECT_NEAR(loudest(recorded), 0.5, 0.01);
-    EXPECT_LT(recorded.size(), std::size_t{3} * 48000);
+    // Only the left channel counts.
+    ASSERT_GT(recorded.size(), 48000U);
+    EXPECT_NEAR(loudest({recorded.end() - 4800, recorded.end()}), 0.25, 0.01);
+}
+
+TEST_F(EchoTest, AMonoMicrophoneInTheMiddleOfAStereoRecordingIsAsLoud) {
+    sound.addMicrophone("other", 44100);
+    SoundWorld::makeDefault("other");
+    sound.feed(leftAndRight(tone(440, 0.25, 60, 44100), 0), "other_feed", 44100, 2);
+    startMetering();
+    ASSERT_TRUE(levelBecomes(1, 1));
+    monitor->startEcho();
+    ASSERT_TRUE(eventually([&] { return recordedBytes() > 20000; }));
+    SoundWorld::makeDefault("microphone");
+    sound.feed(tone(440, 0.01, 60));
+    EXPECT_TRUE(levelBecomes(0.13F, 0.15F));
+    EXPECT_TRUE(becomes(EchoPhase::done));
+    ASSERT_GT(recorded.size(), 2U * 48000U);
+    EXPECT_NEAR(loudest({recorded.end() - 4800, recorded.end()}), 0.01, 0.0005);
 }
 
 TEST_F(EchoTest, AMicrophoneThatComesBackInTheMiddleIsRecordedFurther) {

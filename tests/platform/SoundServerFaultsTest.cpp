@@ -1,4 +1,5 @@
 #include "tests/platform/MicrophoneCheck.h"
+#include "tests/support/SoundMixer.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -62,7 +63,17 @@ private:
     int socket_;
 };
 
-struct SoundServerFaultsTest : TestSupport::MicrophoneCheck {};
+struct SoundServerFaultsTest : TestSupport::MicrophoneCheck {
+    void meterATone() {
+        sound.feed(tone(440, 0.5, 60));
+        monitor->start();
+        ASSERT_TRUE(levelBecomes(1, 1));
+        ASSERT_TRUE(becomes(MicStatus::working));
+    }
+
+    /// With the tone still there.
+    bool fallsSilent() { return levelBecomes(0, 0) && becomes(MicStatus::silent); }
+};
 
 TEST_F(SoundServerFaultsTest, WithoutAServerThereIsNoInputDevice) {
     setenv("PULSE_SERVER", "unix:/nowhere", 1);
@@ -172,6 +183,66 @@ TEST_F(SoundServerFaultsTest, TheMeterGoesOnWhenTheServerThaws) {
     sound.silence();
     SoundWorld::thaw();
     EXPECT_TRUE(levelBecomes(0, 0));
+}
+
+TEST_F(SoundServerFaultsTest, TheMeterFallsWhenTheServerFreezes) {
+    ASSERT_NO_FATAL_FAILURE(meterATone());
+    SoundWorld::freeze();
+    EXPECT_TRUE(fallsSilent());
+    SoundWorld::thaw();
+    EXPECT_TRUE(levelBecomes(1, 1));
+}
+
+TEST_F(SoundServerFaultsTest, TheMeterFallsWhenTheMicrophoneIsUnplugged) {
+    ASSERT_NO_FATAL_FAILURE(meterATone());
+    SoundWorld::unplug();
+    EXPECT_TRUE(fallsSilent());
+    SoundWorld::plugIn();
+    EXPECT_TRUE(levelBecomes(1, 1));
+}
+
+TEST_F(SoundServerFaultsTest, TheMeterFallsWhenTheMicrophoneIsSuspended) {
+    if (SoundWorld::isPipeWire()) {
+        GTEST_SKIP() << "PipeWire wakes a source up at once when somebody records from it.";
+    }
+    ASSERT_NO_FATAL_FAILURE(meterATone());
+    SoundWorld::suspend(true);
+    EXPECT_TRUE(fallsSilent());
+    SoundWorld::suspend(false);
+    EXPECT_TRUE(levelBecomes(1, 1));
+}
+
+TEST_F(SoundServerFaultsTest, AStreamThatAMixerEndsIsOpenedAgain) {
+    ASSERT_NO_FATAL_FAILURE(meterATone());
+    TestSupport::SoundMixer mixer;
+    for (int round = 0; round < 3; ++round) {
+        ASSERT_TRUE(mixer.endRecordingsOf("Curtain"));
+        sound.silence();
+        EXPECT_TRUE(levelBecomes(0, 0));
+        sound.feed(tone(440, 0.5, 60));
+        EXPECT_TRUE(levelBecomes(1, 1));
+    }
+}
+
+TEST_F(SoundServerFaultsTest, NoSilenceComesAfterTheStop) {
+    ASSERT_NO_FATAL_FAILURE(meterATone());
+    SoundWorld::freeze();
+    monitor->stop();
+    EXPECT_FALSE(TestSupport::spinUntil([&] { return monitor->status() == MicStatus::silent; },
+                                        std::chrono::milliseconds(1500)));
+    SoundWorld::thaw();
+}
+
+TEST_F(SoundServerFaultsTest, TenRestartsOfTheServerLeaveOneMeter) {
+    startMetering();
+    for (int round = 0; round < 10; ++round) {
+        SoundWorld::killServer();
+        SoundWorld::startServer();
+    }
+    sound.feed(tone(440, 0.5, 60));
+    EXPECT_TRUE(levelBecomes(1, 1));
+    EXPECT_EQ(SoundWorld::ourRecordings(), 1);
+    EXPECT_LT(durationOf([&] { monitor.reset(); }), std::chrono::seconds(1));
 }
 
 TEST_F(SoundServerFaultsTest, AServerThatFreezesInTheMiddleOfAnEchoEndsIt) {

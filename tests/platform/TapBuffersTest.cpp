@@ -56,6 +56,19 @@ TEST(TapBuffersTest, AGapIsSilence) {
     EXPECT_THAT(sink.samples, testing::ElementsAre(1, 2, 3, 0, 0, 0, 0, 0, 0, 1, 2, 3));
 }
 
+TEST(TapBuffersTest, SilenceIsAWholeBufferOfItsOwn) {
+    TapBuffers buffers(4, 1);
+    Sink sink;
+    buffers.pushSilence(sink.deliver(1));
+    EXPECT_THAT(sink.samples, testing::ElementsAre(0, 0, 0, 0));
+    const auto samples = counting(4);
+    buffers.push(&samples[1], 3, sink.deliver(1));
+    buffers.pushSilence(sink.deliver(1));
+    buffers.push(samples.data(), 4, sink.deliver(1));
+    EXPECT_THAT(sink.samples, testing::ElementsAre(0, 0, 0, 0, 1, 2, 3, 0, 0, 0, 0, 0, 0, 1, 2, 3));
+    EXPECT_THAT(sink.lengths, testing::Each(4U));
+}
+
 TEST(TapBuffersTest, OddSizesDoNoHarm) {
     Sink sink;
     const auto samples = counting(4);
@@ -63,6 +76,7 @@ TEST(TapBuffersTest, OddSizesDoNoHarm) {
     EXPECT_EQ(sink.samples, samples);
     TapBuffers(1024, 0).push(samples.data(), 4, sink.deliver(0));
     TapBuffers(1024, 1).push(samples.data(), 0, sink.deliver(1));
+    TapBuffers(1024, 0).pushSilence(sink.deliver(0));
     EXPECT_THAT(sink.lengths, testing::SizeIs(4));
 }
 

@@ -16,6 +16,7 @@
 #include <numbers>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <system_error>
 #include <thread>
 #include <vector>
@@ -195,6 +196,8 @@ public:
         waitUntil([] { return !isServerThere(); });
     }
 
+    static bool isPipeWire() { return std::filesystem::exists(processOf("pipewire-pulse")); }
+
     /// With devices as before.
     static void startServer() {
         replacement() = std::make_unique<ChildProcess>(serverCommand());
@@ -212,9 +215,19 @@ public:
     static void thaw() { ::kill(serverProcess(), SIGCONT); }
 
     /// The program's own recording streams, as the server lists them.
-    static bool hasOurRecording() {
-        return outputOf("pactl list source-outputs").find("application.name = \"Curtain\"") !=
-               std::string::npos;
+    static int ourRecordings() {
+        constexpr std::string_view ours = "application.name = \"Curtain\"";
+        const auto list = outputOf("pactl list source-outputs");
+        int count = 0;
+        for (auto at = list.find(ours); at != std::string::npos; at = list.find(ours, at + 1)) {
+            ++count;
+        }
+        return count;
+    }
+    static bool hasOurRecording() { return ourRecordings() > 0; }
+
+    static void suspend(bool isSuspended) {
+        outputOf(std::string("pactl suspend-source microphone ") + (isSuspended ? "1" : "0"));
     }
 
     /// The program's own connections, as the server lists them.
@@ -230,8 +243,6 @@ private:
     static std::filesystem::path processOf(const std::string& part) {
         return std::filesystem::path(std::getenv("VIRTUAL_DESKTOP_PIDS")) / part;
     }
-
-    static bool isPipeWire() { return std::filesystem::exists(processOf("pipewire-pulse")); }
 
     static bool isServerThere() { return !outputOf("timeout 5 pactl info").empty(); }
 

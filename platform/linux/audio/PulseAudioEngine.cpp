@@ -7,6 +7,7 @@
 #include <pulse/error.h>
 #include <pulse/stream.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cmath>
@@ -26,9 +27,27 @@ constexpr std::uint32_t fragmentFrames = 1024;
 constexpr int attempts = 5;
 constexpr std::chrono::milliseconds attemptInterval{50};
 
+/// So long nothing may come while it should; then there is nothing to hear.
+constexpr std::chrono::milliseconds longestPause{500};
+
+/// A stream that the server ends again and again is opened ever more seldom, until one has lived for long.
+constexpr std::chrono::milliseconds longestWait{1600};
+constexpr std::chrono::seconds longLife{5};
+
 Platform::AudioFormat formatOf(const std::optional<InputDevice>& device) {
     return device ? Platform::AudioFormat{device->spec.channels, static_cast<double>(device->spec.rate)}
                   : Platform::AudioFormat{};
+}
+
+/// The channels that a stream of `device` has where so many are asked for; the first one stays the first.
+pa_channel_map channelsFor(const InputDevice& device, std::uint8_t count) {
+    auto channels = device.channels;
+    if (count <= channels.channels) {
+        channels.channels = count;
+    } else {
+        pa_channel_map_init_extend(&channels, count, PA_CHANNEL_MAP_DEFAULT);
+    }
+    return channels;
 }
 
 /// What a question on the loop's thread was answered, or nothing when that took too long.
@@ -78,7 +97,8 @@ public:
 
     Recording(SoundServer& server, std::shared_ptr<Observers> observers)
         : server_(server),
-          observers_(std::move(observers)) {}
+          observers_(std::move(observers)),
+          pause_(server.loop(), [this] { fallSilent(); }) {}
 
     void observeInput() {
         inputChanges_ = server_.addInputObserver([this] {
@@ -86,8 +106,9 @@ public:
                 // Whoever is starting the engine need not know; the tap follows in any case.
                 connect();
             } else {
-                close();
+                failed("the microphone has changed");
             }
+            nextTelling_ = {};
             observers_->tell();
         });
     }
@@ -130,7 +151,11 @@ public:
         }
     }
 
-    void close() { failed("it was stopped"); }
+    void close() {
+        pause_.stop();
+        nextTelling_ = {};
+        failed("it was stopped");
+    }
 
     void cancel() {
         isCancelled_ = true;
@@ -191,9 +216,8 @@ private:
         streamFormat_ = formatOfTap().value_or(formatOf(device));
         const pa_sample_spec spec{PA_SAMPLE_FLOAT32NE, static_cast<std::uint32_t>(streamFormat_.sampleRate),
                                   static_cast<std::uint8_t>(streamFormat_.channelCount)};
-        const bool isNative = spec.channels == device->channels.channels;
-        stream_.reset(
-            pa_stream_new(context, "Microphone check", &spec, isNative ? &device->channels : nullptr));
+        const auto channels = channelsFor(*device, spec.channels);
+        stream_.reset(pa_stream_new(context, "Microphone check", &spec, &channels));
         if (!stream_) {
             failed(pa_strerror(pa_context_errno(context)));
             return;
@@ -205,9 +229,10 @@ private:
         constexpr auto serversChoice = static_cast<std::uint32_t>(-1);
         const pa_buffer_attr buffering{serversChoice, serversChoice, serversChoice, serversChoice,
                                        fragmentFrames * static_cast<std::uint32_t>(pa_frame_size(&spec))};
-        if (pa_stream_connect_record(
-                stream_.get(), device->name.c_str(), &buffering,
-                static_cast<pa_stream_flags_t>(PA_STREAM_ADJUST_LATENCY | PA_STREAM_DONT_MOVE)) < 0) {
+        if (pa_stream_connect_record(stream_.get(), device->name.c_str(), &buffering,
+                                     static_cast<pa_stream_flags_t>(PA_STREAM_ADJUST_LATENCY |
+                                                                    PA_STREAM_DONT_MOVE |
+                                                                    PA_STREAM_NO_REMAP_CHANNELS)) < 0) {
             failed(pa_strerror(pa_context_errno(context)));
         }
     }
@@ -216,6 +241,8 @@ private:
         switch (pa_stream_get_state(stream_.get())) {
         case PA_STREAM_READY:
             isRunning_ = true;
+            begin_ = std::chrono::steady_clock::now();
+            pause_.restart(longestPause);
             if (const auto started = std::exchange(started_, nullptr)) {
                 started(std::nullopt);
             }
@@ -226,11 +253,33 @@ private:
                 --attemptsLeft_;
                 nextAttempt_ = server_.loop().after(attemptInterval, [this] { connect(); });
             } else {
+                const bool wasRunning = isRunning_;
                 failed(pa_strerror(pa_context_errno(pa_stream_get_context(stream_.get()))));
+                if (wasRunning) {
+                    tellSoon();
+                }
             }
             return;
         default:
             return;
+        }
+    }
+
+    /// The device is still there as far as is known, so the stream may be opened again.
+    void tellSoon() {
+        if (std::chrono::steady_clock::now() - begin_ > longLife) {
+            wait_ = attemptInterval;
+        }
+        nextTelling_ = server_.loop().after(wait_, [this] { observers_->tell(); });
+        wait_ = std::min(2 * wait_, longestWait);
+    }
+
+    void fallSilent() {
+        const std::scoped_lock lock(tapMutex_);
+        if (tap_) {
+            tap_->buffers.pushSilence([this](const float* silence, std::size_t count) {
+                tap_->block({tap_->format, silence, count});
+            });
         }
     }
 
@@ -246,6 +295,7 @@ private:
     void read() {
         const void* data = nullptr;
         std::size_t bytes = 0;
+        pause_.restart(longestPause);
         while (stream_ && pa_stream_peek(stream_.get(), &data, &bytes) == 0 && bytes > 0) {
             deliver(static_cast<const float*>(data),
                     bytes / pa_frame_size(pa_stream_get_sample_spec(stream_.get())));
@@ -272,6 +322,11 @@ private:
     bool isCancelled_ = false;
     int attemptsLeft_ = 0;
     Platform::Subscription nextAttempt_;
+    /// Of the stream, when it last began to run.
+    std::chrono::steady_clock::time_point begin_;
+    std::chrono::milliseconds wait_ = attemptInterval;
+    Platform::Subscription nextTelling_;
+    PulseLoop::Timer pause_;
     std::atomic<bool> isRunning_ = false;
     /// Held while the tap is called, so that its removal waits for it.
     std::mutex tapMutex_;

@@ -13,13 +13,56 @@
 namespace LinuxPlatform {
 namespace {
 
-struct Timer {
+struct Once {
     pa_mainloop_api* api;
     pa_time_event* event = nullptr;
     PulseLoop::Task task;
 };
 
+struct Reader : std::enable_shared_from_this<Reader> {
+    Reader(pa_mainloop_api* itsApi, PulseLoop::Task itsTask) : api(itsApi), task(std::move(itsTask)) {}
+
+    pa_mainloop_api* api;
+    pa_io_event* event = nullptr;
+    PulseLoop::Task task;
+};
+
+timeval timeAfter(std::chrono::milliseconds delay) {
+    timeval due{};
+    pa_gettimeofday(&due);
+    pa_timeval_add(&due, static_cast<pa_usec_t>(std::chrono::microseconds(delay).count()));
+    return due;
+}
+
 } // namespace
+
+PulseLoop::Timer::Timer(PulseLoop& loop, Task task) : api_(loop.api()), task_(std::move(task)) {}
+
+PulseLoop::Timer::~Timer() {
+    if (event_ != nullptr) {
+        api_->time_free(event_);
+    }
+}
+
+void PulseLoop::Timer::restart(std::chrono::milliseconds delay) {
+    const auto due = timeAfter(delay);
+    if (event_ != nullptr) {
+        api_->time_restart(event_, &due);
+        return;
+    }
+    event_ = api_->time_new(
+        api_, &due,
+        [](pa_mainloop_api*, pa_time_event* /*event*/, const timeval*, void* data) {
+            static_cast<Timer*>(data)->task_();
+        },
+        this);
+}
+
+void PulseLoop::Timer::stop() {
+    if (event_ != nullptr) {
+        api_->time_restart(event_, nullptr);
+    }
+}
 
 PulseLoop::PulseLoop()
     : loop_(pa_mainloop_new(), &pa_mainloop_free),
@@ -62,20 +105,31 @@ void PulseLoop::wakeUp() const {
 }
 
 Platform::Subscription PulseLoop::after(std::chrono::milliseconds delay, Task task) {
-    auto timer = std::make_shared<Timer>(Timer{api(), nullptr, std::move(task)});
-    timeval due{};
-    pa_gettimeofday(&due);
-    pa_timeval_add(&due, static_cast<pa_usec_t>(std::chrono::microseconds(delay).count()));
+    auto timer = std::make_shared<Once>(Once{api(), nullptr, std::move(task)});
+    const auto due = timeAfter(delay);
     timer->event = timer->api->time_new(
         timer->api, &due,
         [](pa_mainloop_api*, pa_time_event* /*event*/, const timeval*, void* data) {
             // The task may end its own subscription, and the timer with it.
-            if (const auto dueTask = std::exchange(static_cast<Timer*>(data)->task, nullptr)) {
+            if (const auto dueTask = std::exchange(static_cast<Once*>(data)->task, nullptr)) {
                 dueTask();
             }
         },
         timer.get());
     return Platform::Subscription([timer] { timer->api->time_free(timer->event); });
+}
+
+Platform::Subscription PulseLoop::whenReadable(int descriptor, Task task) {
+    auto reader = std::make_shared<Reader>(api(), std::move(task));
+    reader->event = reader->api->io_new(
+        reader->api, descriptor, PA_IO_EVENT_INPUT,
+        [](pa_mainloop_api*, pa_io_event*, int, pa_io_event_flags_t, void* data) {
+            // The task may end its own subscription.
+            const auto self = static_cast<Reader*>(data)->shared_from_this();
+            self->task();
+        },
+        reader.get());
+    return Platform::Subscription([reader] { reader->api->io_free(reader->event); });
 }
 
 void PulseLoop::run() {

@@ -32,6 +32,27 @@ public:
     /// Runs the task once, unless the subscription has ended by then.
     Platform::Subscription after(std::chrono::milliseconds delay, Task task);
 
+    /// A task that is due once nobody has put it off for a while. The loop outlives it; its thread only.
+    class Timer {
+    public:
+        Timer(PulseLoop& loop, Task task);
+        ~Timer();
+        Timer(const Timer&) = delete;
+        Timer& operator=(const Timer&) = delete;
+
+        /// From now on; allocates nothing, and wakes nobody up.
+        void restart(std::chrono::milliseconds delay);
+        void stop();
+
+    private:
+        pa_mainloop_api* api_;
+        Task task_;
+        pa_time_event* event_ = nullptr;
+    };
+
+    /// Runs the task whenever there is something to read, until the subscription ends.
+    Platform::Subscription whenReadable(int descriptor, Task task);
+
 private:
     void run();
     void wakeUp() const;

@@ -43,6 +43,16 @@ public:
         }
     }
 
+    /// Delivers a buffer of nothing but silence, after the one that had begun.
+    template <class Deliver>
+    void pushSilence(const Deliver& deliver) {
+        const auto frames = [this](std::size_t samples) { return channels_ > 0 ? samples / channels_ : 0; };
+        if (!pending_.empty()) {
+            push(nullptr, frames(samplesPerBuffer_ - pending_.size()), deliver);
+        }
+        push(nullptr, frames(samplesPerBuffer_), deliver);
+    }
+
 private:
     std::size_t channels_;
     std::size_t samplesPerBuffer_;
