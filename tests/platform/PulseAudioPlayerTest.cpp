@@ -11,6 +11,8 @@
 #include <cmath>
 #include <cstdlib>
 #include <optional>
+#include <set>
+#include <string>
 
 namespace {
 
@@ -126,6 +128,79 @@ TEST_F(PulseAudioPlayerTest, PlaysAtFullVolumeWhateverTheServerRemembers) {
     }
     EXPECT_GE(loudness.size(), 18U);
     EXPECT_THAT(loudness, testing::Each(testing::FloatNear(0.5F, 0.01F)));
+}
+
+/// A PulseAudio whose streams turn the speakers up and down.
+struct FlatVolumesTest : PulseAudioPlayerTest {
+    std::filesystem::path configuration =
+        std::filesystem::path(std::getenv("HOME")) / ".config/pulse/daemon.conf";
+
+    void SetUp() override {
+        if (SoundWorld::isPipeWire()) {
+            GTEST_SKIP() << "PipeWire has no flat volumes.";
+        }
+        TestSupport::writeFile(configuration, "flat-volumes = yes\n");
+        restartServer();
+        outputOf("pactl set-sink-volume speakers 30%");
+        const TestSupport::ChildProcess loud({"pacat", "--volume=65536", "/dev/zero"});
+        ASSERT_TRUE(eventually([] { return volumes("get-sink-volume speakers") == "100% 100% "; }))
+            << "A loud stream turns the speakers up.";
+    }
+    void TearDown() override {
+        if (std::filesystem::remove(configuration)) {
+            restartServer();
+        }
+    }
+
+    static void restartServer() {
+        SoundWorld::killServer();
+        SoundWorld::startServer();
+    }
+
+    static std::string volumes(const std::string& what) {
+        return outputOf("pactl " + what + " | grep -o '[0-9]*%' | tr '\\n' ' '");
+    }
+
+    /// The speakers, while the sound is played and afterwards, and the last volume of the sound itself.
+    void playAt(const std::string& speakers, const std::string& stream) {
+        player->play();
+        std::set<std::string> ofSpeakers;
+        std::string ofStream;
+        ASSERT_TRUE(eventually([&] {
+            ofSpeakers.insert(volumes("get-sink-volume speakers"));
+            const auto now = volumes("list sink-inputs");
+            ofStream = now.empty() ? ofStream : now;
+            return listener.outcome.has_value();
+        }));
+        EXPECT_EQ(listener.outcome, true);
+        EXPECT_THAT(ofSpeakers, testing::ElementsAre(speakers));
+        EXPECT_EQ(ofStream, stream);
+    }
+};
+
+TEST_F(FlatVolumesTest, TheSpeakersStayAsTheyAre) {
+    outputOf("pactl set-sink-volume speakers 30%");
+    open(makeFile(1));
+    playAt("30% 30% ", "30% 30% ");
+}
+
+TEST_F(FlatVolumesTest, ASoundThatTheServerRemembersAsFaintIsAsLoudAsTheSpeakers) {
+    const auto path = makeFile(2);
+    outputOf("pactl set-sink-volume speakers 30%");
+    open(path);
+    player->play();
+    ASSERT_TRUE(eventually([] { return !ourStream().empty(); }));
+    outputOf("pactl set-sink-input-volume " + ourStream().substr(0, ourStream().find('\n')) + " 5%");
+    ASSERT_TRUE(finishes());
+    outputOf("pactl set-sink-volume speakers 30%");
+    open(path);
+    playAt("30% 30% ", "30% 30% ");
+}
+
+TEST_F(FlatVolumesTest, SpeakersOutOfBalanceStaySo) {
+    outputOf("pactl set-sink-volume speakers 50% 20%");
+    open(makeFile(1));
+    playAt("50% 20% ", "50% 20% ");
 }
 
 TEST_F(PulseAudioPlayerTest, AVeryShortFileAndAnEmptyOneFinishToo) {

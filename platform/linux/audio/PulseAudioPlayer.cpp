@@ -16,7 +16,9 @@
 #include <chrono>
 #include <cstdint>
 #include <cstring>
+#include <optional>
 #include <utility>
+#include <vector>
 
 #include <fcntl.h>
 
@@ -73,7 +75,8 @@ public:
     Playback(SoundServer& server, std::unique_ptr<Source> source, float volume, Finished finished)
         : server_(server),
           source_(std::move(source)),
-          finished_(std::move(finished)) {
+          finished_(std::move(finished)),
+          spec_(source_->spec()) {
         pa_cvolume_set(&volume_, source_->spec().channels, pa_sw_volume_from_linear(volume));
     }
 
@@ -104,8 +107,41 @@ private:
             finish(false);
             return;
         }
-        const auto spec = source_->spec();
-        stream_.reset(pa_stream_new(context, "Microphone check", &spec, nullptr));
+        askingForSink_.reset(pa_context_get_sink_info_by_name(
+            context, "@DEFAULT_SINK@",
+            [](pa_context*, const pa_sink_info* sink, int isLast, void* data) {
+                if (isLast == 0) {
+                    self(data).suit(*sink);
+                } else {
+                    self(data).open();
+                }
+            },
+            this));
+    }
+
+    /// Where volumes are flat, a stream's is that of the speakers, each of which goes up with the channel
+    /// that it plays. So the stream has their channels, and what is played as it is has their volumes.
+    void suit(const pa_sink_info& sink) {
+        if ((sink.flags & PA_SINK_FLAT_VOLUME) == 0) {
+            return;
+        }
+        flatSink_ = sink.index;
+        const auto requested = pa_cvolume_max(&volume_);
+        if (spec_.channels == 1 || spec_.channels == sink.channel_map.channels) {
+            channels_ = sink.channel_map;
+            spec_.channels = channels_->channels;
+            pa_sw_cvolume_multiply_scalar(&volume_, &sink.volume, requested);
+        } else {
+            pa_cvolume_set(&volume_, spec_.channels,
+                           pa_sw_volume_multiply(pa_cvolume_min(&sink.volume), requested));
+        }
+    }
+
+    void open() {
+        auto* const context = server_.context();
+        stream_.reset(context != nullptr ? pa_stream_new(context, "Microphone check", &spec_,
+                                                         channels_ ? &*channels_ : nullptr)
+                                         : nullptr);
         if (!stream_) {
             finish(false);
             return;
@@ -115,13 +151,17 @@ private:
         pa_stream_set_write_callback(
             stream_.get(), [](pa_stream*, std::size_t bytes, void* data) { self(data).write(bytes); }, this);
         constexpr auto serversChoice = static_cast<std::uint32_t>(-1);
-        const auto ahead = static_cast<std::uint32_t>(spec.rate * secondsAhead) *
-                           static_cast<std::uint32_t>(pa_frame_size(&spec));
+        const auto ahead = static_cast<std::uint32_t>(spec_.rate * secondsAhead) *
+                           static_cast<std::uint32_t>(pa_frame_size(&spec_));
         const pa_buffer_attr buffering{serversChoice, ahead, serversChoice, serversChoice, serversChoice};
+        pa_cvolume unchanged{};
+        pa_cvolume_reset(&unchanged, spec_.channels);
+        const auto isFlat = flatSink_.has_value();
         if (pa_stream_connect_playback(
                 stream_.get(), nullptr, &buffering,
-                static_cast<pa_stream_flags_t>(PA_STREAM_ADJUST_LATENCY | PA_STREAM_START_CORKED), &volume_,
-                nullptr) < 0) {
+                static_cast<pa_stream_flags_t>(PA_STREAM_ADJUST_LATENCY | PA_STREAM_START_CORKED |
+                                               (isFlat ? PA_STREAM_RELATIVE_VOLUME : PA_STREAM_NOFLAGS)),
+                isFlat ? &unchanged : &volume_, nullptr) < 0) {
             finish(false);
         }
     }
@@ -145,15 +185,18 @@ private:
     void setVolume() {
         auto* const context = server_.context();
         const auto index = pa_stream_get_index(stream_.get());
+        if (flatSink_ && *flatSink_ != pa_stream_get_device_index(stream_.get())) {
+            // It plays elsewhere, where these volumes would be out of place.
+            unmuting_.reset(pa_context_set_sink_input_mute(context, index, 0, nullptr, nullptr));
+            begin();
+            return;
+        }
         unmuting_.reset(pa_context_set_sink_input_mute(context, index, 0, nullptr, nullptr));
         settingVolume_.reset(pa_context_set_sink_input_volume(
-            context, index, &volume_,
-            [](pa_context*, int, void* data) {
-                auto& playback = self(data);
-                playback.starting_.reset(pa_stream_cork(playback.stream_.get(), 0, nullptr, nullptr));
-            },
-            this));
+            context, index, &volume_, [](pa_context*, int, void* data) { self(data).begin(); }, this));
     }
+
+    void begin() { starting_.reset(pa_stream_cork(stream_.get(), 0, nullptr, nullptr)); }
 
     void write(std::size_t bytes) {
         const auto frameSize = pa_frame_size(pa_stream_get_sample_spec(stream_.get()));
@@ -164,7 +207,7 @@ private:
                 finish(false);
                 return;
             }
-            const auto frames = source_->read(static_cast<float*>(place), size / frameSize);
+            const auto frames = read(static_cast<float*>(place), size / frameSize);
             isAtEnd_ = frames < size / frameSize;
             const auto filled = frames * frameSize;
             if (filled > 0) {
@@ -182,9 +225,21 @@ private:
         }
     }
 
+    std::size_t read(float* samples, std::size_t frames) {
+        if (source_->spec().channels == spec_.channels) {
+            return source_->read(samples, frames);
+        }
+        mono_.resize(frames);
+        const auto count = source_->read(mono_.data(), frames);
+        for (std::size_t frame = 0; frame < count; ++frame) {
+            std::fill_n(samples + frame * spec_.channels, spec_.channels, mono_[frame]);
+        }
+        return count;
+    }
+
     void finish(bool successfully) {
         deadline_ = {};
-        for (auto* const question : {&unmuting_, &settingVolume_, &starting_, &draining_}) {
+        for (auto* const question : {&askingForSink_, &unmuting_, &settingVolume_, &starting_, &draining_}) {
             question->reset();
         }
         stream_.reset();
@@ -197,9 +252,15 @@ private:
     std::unique_ptr<Source> source_;
     Finished finished_;
     pa_cvolume volume_{};
+    /// What the stream has; the file, where that is mono, has it once for all.
+    pa_sample_spec spec_;
+    std::optional<pa_channel_map> channels_;
+    std::optional<std::uint32_t> flatSink_;
+    std::vector<float> mono_;
     bool isAtEnd_ = false;
     Platform::Subscription deadline_;
     PulseStream stream_;
+    Question askingForSink_{nullptr, &release};
     Question unmuting_{nullptr, &release};
     Question settingVolume_{nullptr, &release};
     Question starting_{nullptr, &release};
