@@ -2,6 +2,8 @@
 
 #include "core/PreferencesJson.h"
 
+#include <utility>
+
 namespace CurtainCore {
 namespace {
 
@@ -13,10 +15,11 @@ PreferencesStore::PreferencesStore(UserDefaults& defaults) : defaults_(defaults)
 
 Preferences PreferencesStore::load() const {
     const auto bytes = defaults_.data(key);
-    if (!bytes) {
-        return {};
+    auto preferences = bytes ? decodePreferences(*bytes) : std::nullopt;
+    if (!preferences && (bytes || defaults_.contains(key))) {
+        noteDamage(bytes);
     }
-    return decodePreferences(*bytes).value_or(Preferences{});
+    return preferences ? std::move(*preferences) : Preferences{};
 }
 
 void PreferencesStore::save(const Preferences& preferences) {
@@ -28,6 +31,18 @@ void PreferencesStore::save(const Preferences& preferences) {
         defaults_.keepCopy(key);
     }
     defaults_.setData(key, *document);
+}
+
+void PreferencesStore::noteDamage(const std::optional<std::string>& document) const {
+    const auto hash = document ? std::hash<std::string>()(*document) : 0;
+    if (damage_ && hash == damagedDocument_) {
+        return;
+    }
+    damagedDocument_ = hash;
+    damage_ = PreferencesDamage{document ? defaults_.copyNow(key) : std::nullopt};
+    if (onDamage) {
+        onDamage();
+    }
 }
 
 bool PreferencesStore::holdsUnreadableDocument() const {

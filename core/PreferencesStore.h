@@ -3,7 +3,20 @@
 #include "core/Preferences.h"
 #include "core/UserDefaults.h"
 
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <string>
+
 namespace CurtainCore {
+
+/// A stored document that could not be loaded, so that the defaults stand in for it.
+struct PreferencesDamage {
+    /// The name of the copy that was kept; absent where the document cannot even be read.
+    std::optional<std::string> copy;
+
+    bool operator==(const PreferencesDamage&) const = default;
+};
 
 /// Loads and saves the whole record, without a cache: every `load` reads the user defaults again. Main thread
 /// only.
@@ -15,13 +28,23 @@ public:
     /// The stored record; every field at its default when nothing, or nothing valid, is stored.
     Preferences load() const;
 
+    /// The last document found that could not be loaded, for as long as this object lives.
+    const std::optional<PreferencesDamage>& damage() const { return damage_; }
+    /// Called inside `load`, once for each such document.
+    std::function<void()> onDamage;
+
     /// Replaces the stored document. A stored document that could not be loaded is kept beside the new one.
     void save(const Preferences& preferences);
 
 private:
     bool holdsUnreadableDocument() const;
+    void noteDamage(const std::optional<std::string>& document) const;
 
     UserDefaults& defaults_;
+    // Loading changes nothing but what is known of the damage.
+    mutable std::optional<PreferencesDamage> damage_;
+    /// Tells one damaged document from another.
+    mutable std::size_t damagedDocument_ = 0;
 };
 
 } // namespace CurtainCore

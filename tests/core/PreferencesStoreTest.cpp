@@ -8,6 +8,7 @@ namespace {
 
 using CurtainCore::AppLanguage;
 using CurtainCore::Preferences;
+using CurtainCore::PreferencesDamage;
 using CurtainCore::PreferencesStore;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -49,6 +50,41 @@ TEST_F(PreferencesStoreTest, BadDocumentLosesEverySettingButStaysStored) {
     EXPECT_EQ(store.load(), Preferences{});
     EXPECT_EQ(defaults.values[key], document);
     EXPECT_EQ(defaults.writes, 0);
+}
+
+TEST_F(PreferencesStoreTest, ABadDocumentIsToldOnceWithTheNameOfItsCopy) {
+    int told = 0;
+    store.onDamage = [&] { ++told; };
+    store.load();
+    EXPECT_EQ(store.damage(), std::nullopt) << "nothing is stored, and nothing damaged";
+    defaults.values[key] = "not json";
+    store.load();
+    store.load();
+    EXPECT_EQ(told, 1);
+    EXPECT_EQ(store.damage(), (PreferencesDamage{"curtain.preferences.v1.damaged-1"}));
+    EXPECT_THAT(defaults.copies, ElementsAre("not json"));
+    defaults.values[key] = "no json either";
+    store.load();
+    EXPECT_EQ(told, 2);
+    EXPECT_EQ(store.damage(), (PreferencesDamage{"curtain.preferences.v1.damaged-2"}));
+    store.save({});
+    store.load();
+    EXPECT_EQ(told, 2);
+    EXPECT_TRUE(store.damage()) << "what was lost stays lost";
+    EXPECT_THAT(defaults.copies, ElementsAre("not json", "no json either"));
+}
+
+TEST_F(PreferencesStoreTest, ADocumentThatCannotBeReadIsToldWithoutACopyAndStays) {
+    int told = 0;
+    store.onDamage = [&] { ++told; };
+    defaults.values[key] = R"({"hasOnboarded": true})";
+    defaults.unreadable.insert(key);
+    store.load();
+    store.load();
+    EXPECT_EQ(told, 1);
+    EXPECT_EQ(store.damage(), PreferencesDamage{});
+    EXPECT_TRUE(defaults.contains(key));
+    EXPECT_THAT(defaults.copies, IsEmpty());
 }
 
 TEST_F(PreferencesStoreTest, TheNextSaveKeepsACopyOfABadDocument) {

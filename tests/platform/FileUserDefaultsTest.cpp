@@ -9,6 +9,10 @@
 #include <array>
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <memory>
+#include <mutex>
 #include <random>
 #include <set>
 #include <thread>
@@ -200,13 +204,15 @@ TEST_F(FileUserDefaultsTest, LinksThatLeadNowhereAreUnreadableAndGiveWay) {
     for (const auto* target : {"missing", "missing/deeper", "key"}) {
         fs::remove(folder / "key");
         fs::create_symlink(target, folder / "key");
-        EXPECT_TRUE(defaults.contains("key"));
-        EXPECT_EQ(defaults.data("key"), std::nullopt);
-        defaults.setString("key", "new");
-        EXPECT_EQ(defaults.string("key"), "new") << target;
+        FileUserDefaults fresh(folder, log);
+        EXPECT_TRUE(fresh.contains("key"));
+        EXPECT_EQ(fresh.data("key"), std::nullopt);
+        fresh.setString("key", "new");
+        EXPECT_EQ(fresh.string("key"), "new") << target;
         EXPECT_EQ(FileUserDefaults(folder, log).string("key"), "new") << target;
     }
-    EXPECT_THAT(log.lines, IsEmpty());
+    EXPECT_THAT(log.lines, SizeIs(3));
+    EXPECT_THAT(log.lines, testing::Each(HasSubstr("cannot be read")));
 }
 
 TEST_F(FileUserDefaultsTest, ALinkThatLeadsNowhereIsKeptAsItIs) {
@@ -354,6 +360,157 @@ TEST_F(FileUserDefaultsTest, AFileThatMayNotBeReadIsKeptAside) {
         fs::permissions(folder / "key.damaged-1", fs::perms(0600));
         EXPECT_THAT(copies("key"), ElementsAre("mine"));
     });
+}
+
+TEST_F(FileUserDefaultsTest, AFileThatMayNotBeReadAnyMoreIsWhatItWas) {
+    put("key", "mine");
+    runAsOrdinaryUser(parent.path(), [&] {
+        EXPECT_EQ(defaults.string("key"), "mine");
+        fs::permissions(folder / "key", fs::perms::none);
+        EXPECT_EQ(defaults.string("key"), "mine");
+        EXPECT_EQ(defaults.data("key"), "mine");
+        EXPECT_TRUE(defaults.contains("key"));
+        EXPECT_THAT(log.lines,
+                    ElementsAre("Curtain: " + (folder / "key").string() +
+                                " cannot be read (Permission denied); what was read before stays in "
+                                "force"));
+
+        fs::permissions(folder / "key", fs::perms(0600));
+        put("key", "edited");
+        EXPECT_EQ(defaults.string("key"), "edited") << "nothing is kept from one that can be read";
+        fs::permissions(folder / "key", fs::perms::none);
+        EXPECT_EQ(defaults.string("key"), "edited");
+        EXPECT_THAT(log.lines, SizeIs(2)) << "that is another time";
+    });
+}
+
+TEST_F(FileUserDefaultsTest, AFolderThatMayNotBeEnteredHidesNoValue) {
+    put("key", "mine");
+    runAsOrdinaryUser(parent.path(), [&] {
+        EXPECT_EQ(defaults.string("key"), "mine");
+        fs::permissions(folder, fs::perms::none);
+        EXPECT_EQ(defaults.string("key"), "mine");
+        EXPECT_TRUE(FileUserDefaults(folder, log).contains("key")) << "it cannot be told that there is none";
+        EXPECT_EQ(FileUserDefaults(folder, log).string("key"), std::nullopt);
+        fs::permissions(folder, fs::perms(0700));
+    });
+}
+
+TEST_F(FileUserDefaultsTest, WithoutAFreeDescriptorAValueIsWhatItWas) {
+    put("key", "mine");
+    ForkedChild child([&] {
+        EXPECT_EQ(defaults.string("key"), "mine");
+        const rlimit none{0, RLIM_INFINITY};
+        rlimit usual{};
+        getrlimit(RLIMIT_NOFILE, &usual);
+        setrlimit(RLIMIT_NOFILE, &none);
+        EXPECT_EQ(defaults.string("key"), "mine");
+        EXPECT_TRUE(defaults.contains("key"));
+        defaults.setString("key", "new");
+        EXPECT_EQ(defaults.string("key"), "new");
+        setrlimit(RLIMIT_NOFILE, &usual);
+        EXPECT_EQ(stored("key"), "mine") << "neither replaced nor moved away";
+        EXPECT_THAT(log.lines,
+                    ElementsAre(HasSubstr("Too many open files"), HasSubstr("Too many open files")));
+        defaults.setString("other", "value");
+        EXPECT_EQ(stored("key"), "new");
+        EXPECT_THAT(copies("key"), ElementsAre("mine"));
+    });
+    EXPECT_EQ(child.wait(), 0);
+}
+
+TEST_F(FileUserDefaultsTest, AValueThatWasWrittenIsWhatItWasToo) {
+    runAsOrdinaryUser(parent.path(), [&] {
+        defaults.setString("key", "written");
+        defaults.setString("gone", "written");
+        defaults.remove("gone");
+        fs::permissions(folder, fs::perms::none);
+        EXPECT_EQ(defaults.string("key"), "written");
+        EXPECT_EQ(defaults.string("gone"), std::nullopt);
+        fs::permissions(folder, fs::perms(0700));
+    });
+}
+
+TEST_F(FileUserDefaultsTest, WhatIsGoneOrNoFileAnyMoreIsNotKept) {
+    put("key", "mine");
+    EXPECT_EQ(defaults.string("key"), "mine");
+    fs::remove(folder / "key");
+    EXPECT_EQ(defaults.string("key"), std::nullopt);
+    EXPECT_FALSE(defaults.contains("key"));
+    put("key", "mine");
+    EXPECT_EQ(defaults.string("key"), "mine");
+    putUnreadable("key");
+    EXPECT_EQ(defaults.string("key"), std::nullopt);
+    EXPECT_THAT(log.lines, IsEmpty());
+}
+
+TEST_F(FileUserDefaultsTest, AWriteOverAFileThatCannotBeReadKeepsIt) {
+    put("key", "mine");
+    runAsOrdinaryUser(parent.path(), [&] {
+        EXPECT_EQ(defaults.string("key"), "mine");
+        put("key", "edited by hand");
+        fs::permissions(folder / "key", fs::perms::none);
+        EXPECT_EQ(defaults.string("key"), "mine");
+        defaults.setString("key", "new");
+        EXPECT_EQ(stored("key"), "new");
+        fs::permissions(folder / "key.damaged-1", fs::perms(0600));
+        EXPECT_THAT(copies("key"), ElementsAre("edited by hand"));
+    });
+}
+
+bool becomesTrue(const std::function<bool()>& condition) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > deadline) {
+            return false;
+        }
+        std::this_thread::yield();
+    }
+    return true;
+}
+
+/// A drive that answers when the test lets it.
+struct SlowDrive {
+    std::mutex mutex;
+    std::condition_variable changed;
+    bool answers = true;
+    int asked = 0;
+
+    void setAnswers(bool answersNow) {
+        const std::lock_guard lock(mutex);
+        answers = answersNow;
+        changed.notify_all();
+    }
+
+    LinuxPlatform::FileReading read(const fs::path& path) {
+        std::unique_lock lock(mutex);
+        ++asked;
+        changed.wait(lock, [this] { return answers; });
+        auto reading = LinuxPlatform::readSettingsFile(path);
+        reading.isLocal = false;
+        return reading;
+    }
+};
+
+TEST_F(FileUserDefaultsTest, ADriveThatDoesNotAnswerIsNotWaitedForAgain) {
+    const auto drive = std::make_shared<SlowDrive>();
+    FileUserDefaults remote(
+        folder, log,
+        LinuxPlatform::BoundedReader([drive](const fs::path& path) { return drive->read(path); },
+                                     std::chrono::milliseconds(100)));
+    put("key", "mine");
+    ASSERT_TRUE(becomesTrue([&] { return remote.string("key") == "mine"; }));
+    drive->setAnswers(false);
+    const auto asked = drive->asked;
+    for (int count = 0; count < 50; ++count) {
+        EXPECT_EQ(remote.string("key"), "mine");
+        EXPECT_TRUE(remote.contains("key"));
+    }
+    EXPECT_EQ(drive->asked, asked + 1);
+    EXPECT_THAT(log.lines, testing::Contains(HasSubstr("Connection timed out")));
+    put("key", "edited");
+    drive->setAnswers(true);
+    EXPECT_TRUE(becomesTrue([&] { return remote.string("key") == "edited"; }));
 }
 
 TEST_F(FileUserDefaultsTest, AReaderNeverSeesPartOfAValue) {
@@ -542,6 +699,34 @@ TEST_F(StoredPreferencesTest, AFileThatMayNotBeReadIsKept) {
         fs::permissions(folder / "curtain.preferences.v1.damaged-1", fs::perms(0600));
         EXPECT_THAT(copies(key), ElementsAre(R"({"launchAtLogin": true})"));
     });
+}
+
+TEST_F(StoredPreferencesTest, ARecordThatCannotBeReadForAWhileStaysInForce) {
+    changed.targetApps = {{"org.mail", "Mail"}};
+    store.save(changed);
+    runAsOrdinaryUser(parent.path(), [&] {
+        EXPECT_EQ(store.load(), changed);
+        fs::permissions(folder / key, fs::perms::none);
+        EXPECT_EQ(store.load(), changed);
+        EXPECT_FALSE(store.damage());
+        fs::permissions(folder / key, fs::perms(0600));
+        EXPECT_EQ(store.load(), changed);
+        EXPECT_THAT(log.lines, SizeIs(1));
+        EXPECT_THAT(names(), ElementsAre(key));
+    });
+}
+
+TEST_F(StoredPreferencesTest, ADamagedFileIsKeptAsSoonAsItIsFoundAndStaysWhereItIs) {
+    put(key, "damaged");
+    store.load();
+    EXPECT_EQ(store.damage(), (CurtainCore::PreferencesDamage{"curtain.preferences.v1.damaged-1"}));
+    FileUserDefaults nextDefaults(folder, log);
+    const CurtainCore::PreferencesStore next(nextDefaults);
+    next.load();
+    EXPECT_EQ(next.damage(), store.damage());
+    EXPECT_EQ(stored(key), "damaged");
+    EXPECT_THAT(copies(key), ElementsAre("damaged"));
+    EXPECT_THAT(log.lines, IsEmpty());
 }
 
 TEST_F(StoredPreferencesTest, ARecordOfTenMegabytesIsLoaded) {

@@ -3,6 +3,8 @@
 #include "core/UserDefaults.h"
 #include "core/Utf8.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <functional>
 #include <map>
 #include <set>
@@ -51,10 +53,26 @@ public:
         if (found == values.end()) {
             return;
         }
-        copies.push_back(found->second);
+        copy(found->second);
         if (unreadable.contains(key)) {
             remove(key);
         }
+    }
+
+    std::optional<std::string> copyNow(std::string_view key) override {
+        const auto bytes = data(key);
+        return bytes ? std::optional(std::string(key) + ".damaged-" + std::to_string(copy(*bytes)))
+                     : std::nullopt;
+    }
+
+private:
+    /// The copy's number.
+    std::ptrdiff_t copy(const std::string& bytes) {
+        auto found = std::ranges::find(copies, bytes);
+        if (found == copies.end()) {
+            found = copies.insert(copies.end(), bytes);
+        }
+        return found - copies.begin() + 1;
     }
 };
 

@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include <optional>
 #include <string>
 
 namespace TestSupport {
@@ -127,7 +128,28 @@ TYPED_TEST_P(UserDefaultsContract, NoCopyReplacesAnOlderOne) {
         this->world.put("key", bytes);
         this->defaults.keepCopy("key");
     }
-    EXPECT_THAT(this->world.copies("key"), testing::ElementsAre("first", "second", "second"));
+    EXPECT_THAT(this->world.copies("key"), testing::ElementsAre("first", "second"));
+}
+
+TYPED_TEST_P(UserDefaultsContract, ACopyMadeAtOnceHasANameAndLeavesTheValue) {
+    this->world.put("key", "first");
+    EXPECT_EQ(this->defaults.copyNow("key"), "key.damaged-1");
+    this->world.put("key", "second");
+    EXPECT_EQ(this->defaults.copyNow("key"), "key.damaged-2");
+    EXPECT_EQ(this->defaults.copyNow("key"), "key.damaged-2") << "it is there already";
+    this->world.put("key", "first");
+    EXPECT_EQ(this->defaults.copyNow("key"), "key.damaged-1");
+    this->defaults.keepCopy("key");
+    EXPECT_EQ(this->defaults.data("key"), "first");
+    EXPECT_THAT(this->world.copies("key"), testing::ElementsAre("first", "second"));
+}
+
+TYPED_TEST_P(UserDefaultsContract, WhatCannotBeReadIsNotCopiedAtOnceAndStays) {
+    EXPECT_EQ(this->defaults.copyNow("key"), std::nullopt);
+    this->world.putUnreadable("key");
+    EXPECT_EQ(this->defaults.copyNow("key"), std::nullopt);
+    EXPECT_TRUE(this->defaults.contains("key"));
+    EXPECT_THAT(this->world.copies("key"), testing::IsEmpty());
 }
 
 TYPED_TEST_P(UserDefaultsContract, WhereNothingIsNothingIsKept) {
@@ -153,6 +175,8 @@ REGISTER_TYPED_TEST_SUITE_P(UserDefaultsContract, NothingIsThereAtFirst, DataIsS
                             BytesThatAreNoTextAreAbsentAsText, EveryCharacterIsText,
                             AnUnreadableValueIsThereButAbsent, AnUnreadableValueGivesWayToANewOne,
                             AnUnreadableValueCanBeRemoved, ACopyOutlastsTheValue, NoCopyReplacesAnOlderOne,
-                            WhereNothingIsNothingIsKept, AnUnreadableValueIsKeptByMovingIt);
+                            ACopyMadeAtOnceHasANameAndLeavesTheValue,
+                            WhatCannotBeReadIsNotCopiedAtOnceAndStays, WhereNothingIsNothingIsKept,
+                            AnUnreadableValueIsKeptByMovingIt);
 
 } // namespace TestSupport

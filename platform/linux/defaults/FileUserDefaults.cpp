@@ -20,8 +20,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Values beyond this size are no settings; reading stops there.
-constexpr std::size_t largestValue = std::size_t{64} << 20U;
 constexpr std::string_view temporarySuffix = ".new";
 
 class Descriptor {
@@ -44,28 +42,6 @@ private:
 
 std::error_code lastError() {
     return {errno, std::generic_category()};
-}
-
-std::optional<std::string> readFile(const fs::path& path) {
-    // A named pipe in the place of a file must not block.
-    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    struct stat status {};
-    if (!file.isOpen() || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) {
-        return std::nullopt;
-    }
-    std::string bytes;
-    std::array<char, 65536> block;
-    while (bytes.size() <= largestValue) {
-        const auto count = ::read(file.get(), block.data(), block.size());
-        if (count == 0) {
-            return bytes;
-        }
-        if (count < 0 && errno != EINTR) {
-            return std::nullopt;
-        }
-        bytes.append(block.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
-    }
-    return std::nullopt;
 }
 
 std::error_code writeAll(int descriptor, const std::string& bytes) {
@@ -166,41 +142,67 @@ std::error_code makeFolder(const fs::path& folder) {
     return error;
 }
 
-fs::path unusedCopyName(const fs::path& path) {
+fs::path copyName(const fs::path& path, int number) {
+    auto copy = path;
+    copy += ".damaged-" + std::to_string(number);
+    return copy;
+}
+
+bool isThere(const fs::path& path) {
+    std::error_code error;
+    return fs::exists(fs::symlink_status(path, error));
+}
+
+/// The first name that no copy has; with bytes, an earlier copy that holds the same.
+fs::path nameForCopy(const fs::path& path, const std::optional<std::string>& bytes) {
     for (int number = 1;; ++number) {
-        auto copy = path;
-        copy += ".damaged-" + std::to_string(number);
-        std::error_code error;
-        if (!fs::exists(fs::symlink_status(copy, error))) {
+        auto copy = copyName(path, number);
+        const bool isSame = bytes && readSettingsFile(copy).bytes == *bytes;
+        if (isSame || !isThere(copy)) {
             return copy;
         }
     }
 }
 
+/// Whether this process or this computer is short of something, and not the file at fault.
+bool isShortage(const std::error_code& error) {
+    return error == std::errc::too_many_files_open || error == std::errc::too_many_files_open_in_system ||
+           error == std::errc::not_enough_memory;
+}
+
+/// The name of a copy of these bytes, made now unless there is one.
+std::optional<fs::path> copyOf(const fs::path& path, const std::string& bytes) {
+    auto copy = nameForCopy(path, bytes);
+    return isThere(copy) || !replaceFile(copy, bytes) ? std::optional(std::move(copy)) : std::nullopt;
+}
+
 /// Keeps what is at the path, if anything, under a new name beside it.
 std::error_code copyAside(const fs::path& path) {
-    const auto bytes = readFile(path);
-    const auto copy = unusedCopyName(path);
-    if (bytes && !replaceFile(copy, *bytes)) {
+    const auto reading = readSettingsFile(path);
+    if (isShortage(reading.error)) {
+        return reading.error;
+    }
+    if (reading.outcome == FileReading::Outcome::read && copyOf(path, reading.bytes)) {
         return {};
     }
     // What cannot be copied gives way to the new value under the copy's name.
+    const auto copy = nameForCopy(path, std::nullopt);
     return ::rename(path.c_str(), copy.c_str()) == 0 || errno == ENOENT ? std::error_code{} : lastError();
 }
 
 } // namespace
 
-FileUserDefaults::FileUserDefaults(fs::path folder, Platform::Log& log)
+FileUserDefaults::FileUserDefaults(fs::path folder, Platform::Log& log, BoundedReader reader)
     : folder_(std::move(folder)),
-      log_(log) {}
+      log_(log),
+      reader_(std::move(reader)) {}
 
 bool FileUserDefaults::contains(std::string_view key) const {
     if (const auto unsaved = unsaved_.find(key); unsaved != unsaved_.end()) {
         return unsaved->second.has_value();
     }
     const auto path = pathFor(key);
-    std::error_code error;
-    return path && fs::exists(fs::symlink_status(*path, error));
+    return path && reader_.read(*path).outcome != FileReading::Outcome::absent;
 }
 
 std::optional<std::string> FileUserDefaults::data(std::string_view key) const {
@@ -208,7 +210,26 @@ std::optional<std::string> FileUserDefaults::data(std::string_view key) const {
         return unsaved->second;
     }
     const auto path = pathFor(key);
-    return path ? readFile(*path) : std::nullopt;
+    return path ? read(*path, std::string(key)) : std::nullopt;
+}
+
+std::optional<std::string> FileUserDefaults::read(const fs::path& path, const std::string& key) const {
+    auto reading = reader_.read(path);
+    if (reading.outcome == FileReading::Outcome::failed) {
+        if (failing_.insert(key).second) {
+            log_.writeLine("Curtain: " + path.string() + " cannot be read (" + reading.error.message() +
+                           "); what was read before stays in force");
+        }
+        const auto last = lastRead_.find(key);
+        return last == lastRead_.end() ? std::nullopt : std::optional(last->second);
+    }
+    failing_.erase(key);
+    if (reading.outcome != FileReading::Outcome::read) {
+        lastRead_.erase(key);
+        return std::nullopt;
+    }
+    lastRead_.insert_or_assign(key, reading.bytes);
+    return std::move(reading.bytes);
 }
 
 std::optional<std::string> FileUserDefaults::string(std::string_view key) const {
@@ -238,6 +259,13 @@ void FileUserDefaults::keepCopy(std::string_view key) {
     }
 }
 
+std::optional<std::string> FileUserDefaults::copyNow(std::string_view key) {
+    const auto path = pathFor(key);
+    const auto bytes = data(key);
+    const auto copy = path && bytes ? copyOf(*path, *bytes) : std::nullopt;
+    return copy ? std::optional(copy->filename().string()) : std::nullopt;
+}
+
 std::optional<fs::path> FileUserDefaults::pathFor(std::string_view key) const {
     if (key.empty() || key.front() == '.' || key.find('/') != std::string_view::npos ||
         key.find('\0') != std::string_view::npos) {
@@ -247,10 +275,25 @@ std::optional<fs::path> FileUserDefaults::pathFor(std::string_view key) const {
 }
 
 void FileUserDefaults::change(std::string_view key, std::optional<std::string> value) {
-    if (pathFor(key)) {
-        unsaved_.insert_or_assign(std::string(key), std::move(value));
-        writeUnsaved();
+    const auto path = pathFor(key);
+    if (!path) {
+        return;
     }
+    const std::string name(key);
+    if (failing_.contains(name)) {
+        read(*path, name);
+    }
+    if (failing_.contains(name)) {
+        // What is there may be more than what was read last.
+        copiesDue_.insert(name);
+    }
+    if (value) {
+        lastRead_.insert_or_assign(name, *value);
+    } else {
+        lastRead_.erase(name);
+    }
+    unsaved_.insert_or_assign(name, std::move(value));
+    writeUnsaved();
 }
 
 void FileUserDefaults::writeUnsaved() {
