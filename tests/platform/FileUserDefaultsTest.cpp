@@ -400,10 +400,10 @@ TEST_F(FileUserDefaultsTest, WithoutAFreeDescriptorAValueIsWhatItWas) {
     put("key", "mine");
     ForkedChild child([&] {
         EXPECT_EQ(defaults.string("key"), "mine");
-        const rlimit none{0, RLIM_INFINITY};
         rlimit usual{};
         getrlimit(RLIMIT_NOFILE, &usual);
-        setrlimit(RLIMIT_NOFILE, &none);
+        const rlimit none{0, usual.rlim_max};
+        ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
         EXPECT_EQ(defaults.string("key"), "mine");
         EXPECT_TRUE(defaults.contains("key"));
         defaults.setString("key", "new");

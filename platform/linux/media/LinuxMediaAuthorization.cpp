@@ -1,7 +1,5 @@
 #include "platform/linux/media/LinuxMediaAuthorization.h"
 
-#include <QCoreApplication>
-#include <QStringList>
 #include <QVariant>
 
 #include <filesystem>
@@ -17,10 +15,10 @@ LinuxMediaAuthorization::LinuxMediaAuthorization(QDBusConnection sessionBus, boo
                                                  std::function<bool()> mayUseCameras)
     : sessionBus_(std::move(sessionBus)),
       mayUseCameras_(std::move(mayUseCameras)) {
-    for (const auto type : {MediaType::audio, MediaType::video}) {
-        accesses_[type].status =
-            isSandboxed ? AuthorizationStatus::notDetermined : AuthorizationStatus::authorized;
-    }
+    // No portal asks about microphones: a sandbox has the sound server's socket, or has not.
+    accesses_[MediaType::audio].status = AuthorizationStatus::authorized;
+    accesses_[MediaType::video].status =
+        isSandboxed ? AuthorizationStatus::notDetermined : AuthorizationStatus::authorized;
 }
 
 bool LinuxMediaAuthorization::isThisProcessSandboxed() {
@@ -59,20 +57,9 @@ void LinuxMediaAuthorization::ask(MediaType type) {
                      *response == refused ? AuthorizationStatus::denied : AuthorizationStatus::notDetermined);
         }
     };
-    switch (type) {
-    case MediaType::audio:
-        accesses_.at(type).request = std::make_unique<PortalRequest>(
-            sessionBus_, QStringLiteral("org.freedesktop.portal.Device"), QStringLiteral("AccessDevice"),
-            QVariantList{static_cast<unsigned>(QCoreApplication::applicationPid()),
-                         QStringList{QStringLiteral("microphone")}},
-            answer);
-        return;
-    case MediaType::video:
-        accesses_.at(type).request =
-            std::make_unique<PortalRequest>(sessionBus_, QStringLiteral("org.freedesktop.portal.Camera"),
-                                            QStringLiteral("AccessCamera"), QVariantList{}, answer);
-        return;
-    }
+    accesses_.at(type).request =
+        std::make_unique<PortalRequest>(sessionBus_, QStringLiteral("org.freedesktop.portal.Camera"),
+                                        QStringLiteral("AccessCamera"), QVariantList{}, answer);
 }
 
 void LinuxMediaAuthorization::answered(MediaType type, AuthorizationStatus status) {

@@ -13,8 +13,9 @@
 namespace LinuxPlatform {
 
 /// Outside a sandbox every program may use the devices that its user may open. Inside one the portal asks the
-/// user, once in the life of this object; where it cannot be asked, the sandbox itself lets the program use a
-/// device, or does not show it.
+/// user about cameras, once in the life of this object; where it cannot be asked, the sandbox itself lets the
+/// program use a camera, or does not show it. Of microphones the sandbox decides alone: the portal refuses
+/// the question to programs inside of it.
 class LinuxMediaAuthorization : public Platform::MediaAuthorization {
 public:
     /// `mayUseCameras` says whether the user may open cameras; without it, he may. It is asked each time.
