@@ -6,6 +6,7 @@
 #include "Curtain/ViewText.h"
 #include "core/Localizer.h"
 
+#include <QGuiApplication>
 #include <QKeySequence>
 
 #include <algorithm>
@@ -76,7 +77,9 @@ KeyboardShortcuts::MenuItem menuItem(const QKeySequence& sequence) {
 /// Everything that SettingsView.qml acts on with a modifier.
 std::vector<KeyboardShortcuts::MenuItem> windowShortcuts() {
     std::vector<KeyboardShortcuts::MenuItem> items;
-    for (const auto& sequence : QKeySequence::keyBindings(QKeySequence::Close)) {
+    // The platform names these, and there is one only with an application that has windows.
+    const auto closing = qGuiApp ? QKeySequence::keyBindings(QKeySequence::Close) : QList<QKeySequence>();
+    for (const auto& sequence : closing) {
         items.push_back(menuItem(sequence));
     }
     for (const auto& sequences : {nextTabSequences, previousTabSequences}) {
