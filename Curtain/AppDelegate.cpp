@@ -61,7 +61,13 @@ AppDelegate::AppDelegate(Platform::Platform& platform)
       cameraManager_(cameraServices_),
       micMonitor_({*platform.audioServices, *platform.mediaAuthorization, *platform.fileManager,
                    *platform.userFolders, *platform.mainQueue, *platform.workQueues, *platform.log}),
-      screenWatcher_(*platform.screenWatcherProbe) {}
+      screenWatcher_(*platform.screenWatcherProbe) {
+    // Whoever loads is in the middle of something.
+    store_.onDamage = lifetime_.weak([this] {
+        platform_.mainQueue->async(
+            lifetime_.weak([this, damage = *store_.damage()] { notifier_.notifySettingsLost(damage); }));
+    });
+}
 
 AppDelegate::~AppDelegate() {
     platform_.popover->setOnDidClose(nullptr);
@@ -177,7 +183,7 @@ void AppDelegate::toggleModeFromHotkey() {
     if (engine().isActive()) {
         deactivatePrivacyMode();
     } else {
-        engine().activate(store_.load().targetBundleIDs());
+        activatePrivacyMode();
     }
     autoActivated_ = false;
     updateIcon();
@@ -426,7 +432,7 @@ void AppDelegate::handleDetection(CurtainCore::DetectionConfidence confidence) {
         notifier_.notifyPrompt();
         return;
     }
-    engine().activate(store_.load().targetBundleIDs());
+    activatePrivacyMode();
     autoActivated_ = true;
     updateIcon();
     refreshReadiness();
@@ -442,6 +448,17 @@ void AppDelegate::undoAutomaticActivation() {
     }
 }
 
+void AppDelegate::activatePrivacyMode() {
+    engine().activate(store_.load().targetBundleIDs());
+    tellIfListWasLost();
+}
+
+void AppDelegate::tellIfListWasLost() {
+    if (store_.load().targetApps.empty() && store_.damage()) {
+        notifier_.notifyNothingHidden();
+    }
+}
+
 void AppDelegate::deactivatePrivacyMode() {
     engine().deactivate();
     notifier_.withdrawPrivacyNotices();
@@ -449,14 +466,18 @@ void AppDelegate::deactivatePrivacyMode() {
 
 void AppDelegate::hidePrivateApps() {
     if (!engine().isActive()) {
-        engine().activate(store_.load().targetBundleIDs());
+        activatePrivacyMode();
     }
     updateIcon();
     refreshReadiness();
 }
 
 void AppDelegate::fixEverything() {
+    const bool wasActive = engine().isActive();
     const bool notificationsNeedAttention = FixEverything::run(engine(), store_, desktopController_);
+    if (!wasActive) {
+        tellIfListWasLost();
+    }
     updateIcon();
     refreshReadiness();
     if (notificationsNeedAttention) {

@@ -78,6 +78,8 @@ private:
     void noticeRehidden(const std::string& bundleID);
     void handleDetection(CurtainCore::DetectionConfidence confidence);
     void undoAutomaticActivation();
+    void activatePrivacyMode();
+    void tellIfListWasLost();
     void deactivatePrivacyMode();
     void hidePrivateApps();
     void fixEverything();

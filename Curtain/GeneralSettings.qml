@@ -81,6 +81,13 @@ SettingsPage {
         }
     }
     WarningCaption {
+        objectName: "settingsLoss"
+        x: 1 + Theme.rowInset
+        width: parent.width - 2 * x
+        visible: page.model.settingsLoss !== ""
+        text: page.model.settingsLoss
+    }
+    WarningCaption {
         objectName: "noGlobalShortcuts"
         x: 1 + Theme.rowInset
         width: parent.width - 2 * x

@@ -1,6 +1,7 @@
 #include "Curtain/Notifier.h"
 
 #include "Curtain/PlatformWording.h"
+#include "Curtain/SettingsLoss.h"
 
 #include <utility>
 
@@ -12,7 +13,8 @@ using Platform::NotificationOption::alert;
 using Platform::NotificationOption::banner;
 using Platform::NotificationOption::sound;
 
-std::string text(LocKey key, const std::string& lang) {
+template <class Key>
+std::string text(Key key, const std::string& lang) {
     return std::string(PlatformWording::string(key, lang));
 }
 
@@ -76,6 +78,25 @@ void Notifier::notifyPrompt() {
     const auto lang = languageProvider();
     center_.add({uuids_.makeUuid(),
                  {text(LocKey::sharePromptTitle, lang), text(LocKey::sharePromptBody, lang), {}, {}}});
+}
+
+void Notifier::notifySettingsLost(const CurtainCore::PreferencesDamage& damage) {
+    if (!enabled_) {
+        return;
+    }
+    const auto lang = languageProvider();
+    center_.add({uuids_.makeUuid(),
+                 {text(PlatformKey::settingsLostTitle, lang), settingsLossText(damage, lang), {}, {}}});
+}
+
+void Notifier::notifyNothingHidden() {
+    if (!enabled_) {
+        return;
+    }
+    const auto lang = languageProvider();
+    addPrivacyNotice(
+        {uuids_.makeUuid(),
+         {text(PlatformKey::nothingHiddenTitle, lang), text(PlatformKey::privateAppsLost, lang), {}, {}}});
 }
 
 void Notifier::withdrawPrivacyNotices() {

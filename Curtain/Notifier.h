@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/PreferencesStore.h"
 #include "platform/Application.h"
 #include "platform/MainQueue.h"
 #include "platform/UserNotificationCenter.h"
@@ -41,6 +42,10 @@ public:
     void notifyActivated();
     void notifyRehidden(const std::string& appName, const std::string& bundleID);
     void notifyPrompt();
+    /// Says in `damage` what became of the settings.
+    void notifySettingsLost(const CurtainCore::PreferencesDamage& damage);
+    /// Privacy mode is on and hides nothing, since the private apps were lost with the settings.
+    void notifyNothingHidden();
     /// Takes every notice off the screen that is true only while privacy mode is on.
     void withdrawPrivacyNotices();
     /// The one about this app, which is hidden no longer.

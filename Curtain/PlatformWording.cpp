@@ -286,6 +286,50 @@ constexpr auto ownTexts = std::to_array<Entry<PlatformKey>>({
       .pt = "Não é possível detectar o compartilhamento da tela nesta sessão.",
       .fr = "Le partage d’écran ne peut pas être détecté dans cette session.",
       .ru = "В этом сеансе показ экрана не распознаётся."}},
+    // The name of the file stands below.
+    {PlatformKey::settingsDamaged,
+     {.en =
+          "The settings file is damaged, so the defaults apply and no app is private. A copy of it was kept.",
+      .es = "El archivo de configuración está dañado: se usan los valores predeterminados y ninguna app es "
+            "privada. Se guardó una copia.",
+      .zh = "设置文件已损坏，因此使用默认设置，没有私密应用。已保留一份副本。",
+      .hi = "सेटिंग की फ़ाइल ख़राब है, इसलिए डिफ़ॉल्ट सेटिंग लागू हैं और कोई ऐप निजी नहीं है। उसकी एक कॉपी रखी गई है।",
+      .ar = "ملف الإعدادات تالف، لذا تُستخدم الإعدادات الافتراضية ولا يوجد أي تطبيق خاص. حُفظت نسخة منه.",
+      .pt = "O arquivo de configurações está danificado: valem os padrões e nenhum app é privado. Uma cópia "
+            "dele foi guardada.",
+      .fr =
+          "Le fichier des paramètres est endommagé : les valeurs par défaut s’appliquent et aucune app n’est "
+          "privée. Une copie a été conservée.",
+      .ru = "Файл настроек повреждён: действуют настройки по умолчанию, личных приложений нет. Его копия "
+            "сохранена."}},
+    {PlatformKey::settingsUnreadable,
+     {.en = "The settings file can't be read, so the defaults apply and no app is private.",
+      .es = "No se puede leer el archivo de configuración: se usan los valores predeterminados y ninguna app "
+            "es privada.",
+      .zh = "无法读取设置文件，因此使用默认设置，没有私密应用。",
+      .hi = "सेटिंग की फ़ाइल पढ़ी नहीं जा सकती, इसलिए डिफ़ॉल्ट सेटिंग लागू हैं और कोई ऐप निजी नहीं है।",
+      .ar = "تتعذر قراءة ملف الإعدادات، لذا تُستخدم الإعدادات الافتراضية ولا يوجد أي تطبيق خاص.",
+      .pt = "Não é possível ler o arquivo de configurações: valem os padrões e nenhum app é privado.",
+      .fr =
+          "Le fichier des paramètres est illisible : les valeurs par défaut s’appliquent et aucune app n’est "
+          "privée.",
+      .ru = "Файл настроек не читается: действуют настройки по умолчанию, личных приложений нет."}},
+    {PlatformKey::privateAppsLost,
+     {.en = "Your private apps are not known, since the settings could not be read. Choose them again in the "
+            "settings.",
+      .es = "No se sabe cuáles son tus apps privadas, porque no se pudo leer la configuración. Vuelve a "
+            "elegirlas en la configuración.",
+      .zh = "由于无法读取设置，无法得知你的私密应用。请在设置中重新选择。",
+      .hi = "सेटिंग पढ़ी नहीं जा सकी, इसलिए आपके निजी ऐप पता नहीं हैं। सेटिंग में उन्हें फिर से चुनें।",
+      .ar = "تطبيقاتك الخاصة غير معروفة لأن الإعدادات تعذرت قراءتها. اخترها من جديد في الإعدادات.",
+      .pt = "Não se sabe quais são seus apps privados, porque não foi possível ler as configurações. "
+            "Escolha-os "
+            "de novo nas configurações.",
+      .fr =
+          "Vos apps privées ne sont pas connues, car les paramètres n’ont pas pu être lus. Choisissez-les à "
+          "nouveau dans les paramètres.",
+      .ru = "Личные приложения неизвестны, так как настройки не удалось прочитать. Выберите их снова в "
+            "настройках."}},
     // Buttons that show only a symbol.
     {PlatformKey::mirrorPicture,
      {.en = "Mirror picture",
@@ -314,6 +358,25 @@ constexpr auto ownTexts = std::to_array<Entry<PlatformKey>>({
       .pt = "Limpar a busca",
       .fr = "Effacer la recherche",
       .ru = "Очистить поиск"}},
+    // Titles of notices.
+    {PlatformKey::settingsLostTitle,
+     {.en = "Your settings could not be read",
+      .es = "No se pudo leer tu configuración",
+      .zh = "无法读取你的设置",
+      .hi = "आपकी सेटिंग पढ़ी नहीं जा सकी",
+      .ar = "تعذرت قراءة إعداداتك",
+      .pt = "Não foi possível ler suas configurações",
+      .fr = "Vos paramètres n’ont pas pu être lus",
+      .ru = "Не удалось прочитать настройки"}},
+    {PlatformKey::nothingHiddenTitle,
+     {.en = "No app was hidden",
+      .es = "No se ocultó ninguna app",
+      .zh = "没有隐藏任何应用",
+      .hi = "कोई ऐप नहीं छिपाया गया",
+      .ar = "لم يُخفَ أي تطبيق",
+      .pt = "Nenhum app foi ocultado",
+      .fr = "Aucune app n’a été masquée",
+      .ru = "Ни одно приложение не скрыто"}},
 });
 
 std::string_view textOf(const Texts& texts, AppLanguage language) {

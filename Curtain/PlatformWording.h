@@ -29,9 +29,18 @@ enum class PlatformKey {
     noTray,
     noGlobalShortcuts,
     noShareDetection,
+    /// The stored settings could not be understood, and what that means; the name of their copy stands below.
+    settingsDamaged,
+    /// The same where they cannot even be read.
+    settingsUnreadable,
+    /// Why privacy mode has hidden nothing: the list of private apps was lost with the settings.
+    privateAppsLost,
     mirrorPicture,
     moreOptions,
     clearSearch,
+    /// The titles of the notices about the three sentences above.
+    settingsLostTitle,
+    nothingHiddenTitle,
 };
 
 /// The texts that the user sees on Linux: those of `CurtainCore::Localizer`, but for the few that would be
@@ -52,7 +61,7 @@ std::string_view string(PlatformKey key, std::string_view lang);
 
 template <>
 struct CurtainCore::RawValues<Curtain::PlatformKey> {
-    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 13> cases{{
+    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 18> cases{{
         {Curtain::PlatformKey::noHidingOnWayland, "noHidingOnWayland"},
         {Curtain::PlatformKey::noWindowManager, "noWindowManager"},
         {Curtain::PlatformKey::logOutOnce, "logOutOnce"},
@@ -63,8 +72,13 @@ struct CurtainCore::RawValues<Curtain::PlatformKey> {
         {Curtain::PlatformKey::noTray, "noTray"},
         {Curtain::PlatformKey::noGlobalShortcuts, "noGlobalShortcuts"},
         {Curtain::PlatformKey::noShareDetection, "noShareDetection"},
+        {Curtain::PlatformKey::settingsDamaged, "settingsDamaged"},
+        {Curtain::PlatformKey::settingsUnreadable, "settingsUnreadable"},
+        {Curtain::PlatformKey::privateAppsLost, "privateAppsLost"},
         {Curtain::PlatformKey::mirrorPicture, "mirrorPicture"},
         {Curtain::PlatformKey::moreOptions, "moreOptions"},
         {Curtain::PlatformKey::clearSearch, "clearSearch"},
+        {Curtain::PlatformKey::settingsLostTitle, "settingsLostTitle"},
+        {Curtain::PlatformKey::nothingHiddenTitle, "nothingHiddenTitle"},
     }};
 };

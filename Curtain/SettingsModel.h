@@ -8,6 +8,7 @@
 
 #include <QObject>
 
+#include <optional>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -24,6 +25,8 @@ public:
                   Platform::LoginItem& loginItem, Platform::Log& log);
 
     const CurtainCore::Preferences& prefs() const { return prefs_; }
+    /// What was lost of the preferences, for the settings to say; absent when nothing was.
+    const std::optional<CurtainCore::PreferencesDamage>& damage() const { return store_.damage(); }
     /// The code of the language of all texts.
     std::string lang() const;
 

@@ -3,6 +3,7 @@
 #include "Curtain/HotkeyManager.h"
 #include "Curtain/NotificationChecker.h"
 #include "Curtain/PlatformWording.h"
+#include "Curtain/SettingsLoss.h"
 #include "Curtain/ViewText.h"
 #include "core/Localizer.h"
 
@@ -103,6 +104,11 @@ SettingsView::SettingsView(const Services& services)
     connect(&services_.model, &SettingsModel::prefsChanged, this, &SettingsView::modelChanged);
     cameras_ = CameraPreviewManager::availableCameras(services_.capture);
     reloadEntries();
+}
+
+QString SettingsView::settingsLoss() const {
+    const auto& damage = services_.model.damage();
+    return damage ? QString::fromStdString(settingsLossText(*damage, lang_)) : QString();
 }
 
 QStringList SettingsView::nextTabKeys() const {

@@ -49,6 +49,8 @@ class SettingsView : public QObject {
     /// The key combinations that go to the tab after, and to the one before.
     Q_PROPERTY(QStringList nextTabKeys READ nextTabKeys CONSTANT)
     Q_PROPERTY(QStringList previousTabKeys READ previousTabKeys CONSTANT)
+    /// What became of settings that could not be loaded; empty when all was well.
+    Q_PROPERTY(QString settingsLoss READ settingsLoss NOTIFY prefsChanged)
     /// Whether the desktop shows the status item.
     Q_PROPERTY(bool hasTray READ hasTray NOTIFY hasTrayChanged)
     /// Whether anything can tell in this session that the screen is shared.
@@ -99,6 +101,7 @@ public:
     bool hasGlobalShortcuts() const {
         return services_.hotKeyService.reach() == Platform::HotKeyReach::everywhere;
     }
+    QString settingsLoss() const;
     QStringList nextTabKeys() const;
     QStringList previousTabKeys() const;
     bool hasTray() const { return services_.statusItem.hasPanel(); }

@@ -6,6 +6,9 @@
 #include <gmock/gmock.h>
 
 #include <memory>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -136,6 +139,95 @@ TEST_F(AppDelegateTest, CorruptPreferencesHideNothingButSwitchTheMode) {
     EXPECT_THAT(takeCalls(), IsEmpty());
     EXPECT_EQ(fakes.statusBar.images.back(), closedImage);
     EXPECT_EQ(fakes.userDefaults.values["curtain.preferences.v1"], "corrupt");
+}
+
+struct DamagedPreferencesTest : AppDelegateTest {
+    static constexpr auto key = "curtain.preferences.v1";
+
+    DamagedPreferencesTest() { fakes.userDefaults.values[key] = "corrupt"; }
+
+    std::vector<std::string> takeNotices() {
+        std::vector<std::string> notices;
+        for (const auto& request : std::exchange(fakes.userNotificationCenter.added, {})) {
+            notices.push_back(request.content.title + ": " + request.content.body);
+        }
+        return notices;
+    }
+};
+
+constexpr auto lossNotice = "Your settings could not be read: The settings file is damaged, so the defaults "
+                            "apply and no app is private. A copy of it was kept.\n";
+constexpr auto nothingHiddenNotice =
+    "No app was hidden: Your private apps are not known, since the settings could not be read. Choose them "
+    "again in the settings.";
+
+TEST_F(DamagedPreferencesTest, AreToldOnceWithTheNameOfTheirCopy) {
+    launch();
+    fakes.mainQueue.advance(1);
+    EXPECT_THAT(takeNotices(), ElementsAre(lossNotice + std::string("curtain.preferences.v1.damaged-1")));
+    EXPECT_THAT(fakes.userDefaults.copies, ElementsAre("corrupt"));
+    EXPECT_EQ(fakes.userDefaults.values[key], "corrupt");
+    fakes.statusBar.click(leftClick);
+    fakes.mainQueue.advance(10);
+    EXPECT_THAT(takeNotices(), IsEmpty());
+    EXPECT_THAT(fakes.log.lines, IsEmpty());
+}
+
+TEST_F(DamagedPreferencesTest, ThatCannotEvenBeReadAreToldToo) {
+    fakes.userDefaults.unreadable.insert(key);
+    launch();
+    fakes.mainQueue.advance(1);
+    EXPECT_THAT(
+        takeNotices(),
+        ElementsAre("Your settings could not be read: The settings file can't be read, so the defaults "
+                    "apply and no app is private."));
+}
+
+TEST_F(DamagedPreferencesTest, AreToldInTheLanguageOfTheSystem) {
+    fakes.locale.language = "fr";
+    launch();
+    fakes.mainQueue.advance(1);
+    EXPECT_THAT(takeNotices(), ElementsAre(testing::StartsWith("Vos paramètres n’ont pas pu être lus: ")));
+}
+
+TEST_F(DamagedPreferencesTest, WhichComeWhileItRunsAreToldAtTheNextSwitch) {
+    fakes.userDefaults.values.erase(key);
+    makePrivate({"a"});
+    fakes.workspace.run("a");
+    launch();
+    pressShortcut();
+    pressShortcut();
+    fakes.mainQueue.advance(1);
+    EXPECT_THAT(takeNotices(), IsEmpty());
+    fakes.userDefaults.values[key] = "corrupt";
+    pressShortcut();
+    fakes.mainQueue.advance(1);
+    EXPECT_THAT(takeNotices(), ElementsAre(nothingHiddenNotice, testing::StartsWith(lossNotice)));
+}
+
+TEST_F(DamagedPreferencesTest, EverySwitchOnWithTheLostListSaysSoUntilAppsAreChosen) {
+    launch();
+    fakes.mainQueue.advance(1);
+    takeNotices();
+    pressShortcut();
+    EXPECT_THAT(takeNotices(), ElementsAre(nothingHiddenNotice));
+    EXPECT_EQ(fakes.statusBar.images.back(), closedImage);
+    pressShortcut();
+    EXPECT_THAT(takeNotices(), IsEmpty());
+    change([](auto& record) { record.hasOnboarded = true; });
+    pressShortcut();
+    EXPECT_THAT(takeNotices(), ElementsAre(nothingHiddenNotice)) << "the list is lost all the same";
+    pressShortcut();
+    makePrivate({"a"});
+    pressShortcut();
+    EXPECT_THAT(takeNotices(), IsEmpty());
+}
+
+TEST_F(AppDelegateTest, AnEmptyListOfItsUsersChoiceIsHiddenWithoutAWord) {
+    launch();
+    pressShortcut();
+    fakes.mainQueue.advance(1);
+    EXPECT_THAT(fakes.userNotificationCenter.added, IsEmpty());
 }
 
 TEST_F(AppDelegateTest, PrivateAppThatReturnsIsHiddenAgainAfterAFifthOfASecond) {

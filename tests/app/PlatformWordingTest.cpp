@@ -214,8 +214,14 @@ TEST(PlatformWording, TheEnglishTextsOfItsOwn) {
             "No matching settings page was found. Allow access with your desktop's own tools, then continue.",
             "No system tray was found. Add one to see Curtain's icon.",
             "This session doesn't support global shortcuts.",
-            "Screen sharing can't be detected in this session.", "Mirror picture", "More options",
-            "Clear search"));
+            "Screen sharing can't be detected in this session.",
+            "The settings file is damaged, so the defaults apply and no app is private. A copy of it was "
+            "kept.",
+            "The settings file can't be read, so the defaults apply and no app is private.",
+            "Your private apps are not known, since the settings could not be read. Choose them again in the "
+            "settings.",
+            "Mirror picture", "More options", "Clear search", "Your settings could not be read",
+            "No app was hidden"));
 }
 
 TEST(PlatformWording, AnUnknownLanguageReadsEnglish) {
@@ -295,7 +301,7 @@ TEST_P(PlatformWordingTypography, SentencesEndWhereTheEnglishOnesDo) {
         EXPECT_EQ(text.ends_with("…"), english.ends_with("…")) << text;
     }
     for (const auto key : allCases<PlatformKey>()) {
-        // The names of buttons come after the sentences.
+        // The names of buttons and the titles come after the sentences.
         const bool isSentence = key < PlatformKey::mirrorPicture;
         EXPECT_EQ(PlatformWording::string(key, code).ends_with(fullStop), isSentence)
             << code << ' ' << rawValue(key);

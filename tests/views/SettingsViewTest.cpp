@@ -567,6 +567,21 @@ TEST_F(SettingsViewTest, TabLeavesTheFieldWithoutAChange) {
     EXPECT_EQ(platform.keyboard.beeps, 0);
 }
 
+TEST_F(SettingsViewTest, SaysWhatBecameOfDamagedSettings) {
+    EXPECT_EQ(show().find("settingsLoss"), nullptr);
+    for (const auto& language : languages()) {
+        SCOPED_TRACE(language);
+        platform.userDefaults.values["curtain.preferences.v1"] = "damaged " + language;
+        platform.locale.language = language;
+        auto view = show();
+        const auto copy = QStringLiteral("curtain.preferences.v1.damaged-");
+        EXPECT_TRUE(content->settingsLoss().startsWith(text(PlatformKey::settingsDamaged) + u'\n' + copy));
+        EXPECT_THAT(view.texts(), Contains(content->settingsLoss()));
+        EXPECT_THAT(view.problems(CurtainCore::Localizer::isRightToLeft(language)), IsEmpty());
+        view.picture("settings-loss-" + language);
+    }
+}
+
 TEST_F(SettingsViewTest, CombinationsOfTheWindowAreRefusedByTheirLabels) {
     constexpr std::int64_t keyZ = 6;
     constexpr std::int64_t keyW = 13;
