@@ -274,6 +274,14 @@ TEST_F(ReentrantHideEngineTest, SwitchingOnAnewWhileAnAppIsHiddenIsTheLastWord) 
     EXPECT_EQ(apps.count("unhide c"), 1);
 }
 
+TEST_F(ReentrantHideEngineTest, SwitchingOnAnewWithTheSameTargetsAsksAboutThemOnce) {
+    apps.onHide = once([&] { engine.activate({"b"}); });
+    engine.activate({"a", "b"});
+    EXPECT_EQ(apps.count("isHidden b"), 1);
+    engine.deactivate();
+    EXPECT_TRUE(apps.isVisible("b"));
+}
+
 TEST_F(ReentrantHideEngineTest, WhatIsRevealedWhileAnotherAppIsHiddenIsNotHidden) {
     apps.onHide = once([&] { engine.reveal("b"); });
     engine.activate({"a", "b", "c"});
