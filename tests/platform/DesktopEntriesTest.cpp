@@ -1,3 +1,4 @@
+#include "core/PreferencesJson.h"
 #include "platform/linux/apps/DesktopEntryBundles.h"
 #include "platform/linux/windows/LinuxWorkspace.h"
 #include "tests/platform/AppsWorld.h"
@@ -248,6 +249,30 @@ TEST_F(DesktopEntriesTest, AnAppForAnAddressIsOneThatShows) {
     EXPECT_EQ(workspace.urlForApplicationToOpen("HTTPS://example.org/?a:b"),
               (user / "browser.desktop").string());
     EXPECT_EQ(workspace.urlForApplicationToOpen("mailto:ada@example.org"), std::nullopt);
+}
+
+TEST_F(DesktopEntriesTest, AFileNameThatIsNotUnicodeMakesAnIdentifierThatIs) {
+    addProgram("app");
+    install(system / "caf\xe9.desktop", "Name=Diary\nExec=app\n");
+    install(system / "kaf\xe9/app.desktop", "Name=Nested\nExec=app\n");
+    EXPECT_THAT(ids(), ElementsAre("caf\xc3\xa9", "kaf\xc3\xa9-app"));
+    EXPECT_EQ(nameOf("caf\xc3\xa9"), "Diary");
+    const auto bundle = bundles.open((system / "caf\xe9.desktop").string());
+    ASSERT_TRUE(bundle);
+    EXPECT_EQ(bundle->bundleIdentifier, "caf\xc3\xa9");
+    CurtainCore::Preferences preferences;
+    preferences.targetApps = {{*bundle->bundleIdentifier, "Diary"}};
+    EXPECT_TRUE(CurtainCore::encodePreferences(preferences));
+    EXPECT_EQ(entries.withPath((system / "caf\xe9.desktop").string()), entries.withId("caf\xc3\xa9"));
+}
+
+TEST_F(DesktopEntriesTest, WhatRunsInATerminalIsNotOffered) {
+    addProgram("top");
+    install(system / "top.desktop", "Name=Top\nExec=top\nTerminal=true\n");
+    install(system / "plain.desktop", "Name=Plain\nExec=top\nTerminal=false\n");
+    EXPECT_THAT(ids(), ElementsAre("plain", "top"));
+    EXPECT_FALSE(bundles.open((system / "top.desktop").string()));
+    EXPECT_TRUE(bundles.open((system / "plain.desktop").string()));
 }
 
 TEST_F(DesktopEntriesTest, BrokenFilesAreLeftOut) {

@@ -3,6 +3,7 @@
 #include "platform/linux/apps/AsciiCase.h"
 #include "platform/linux/apps/BundleIdentifiers.h"
 #include "platform/linux/apps/InterpretedProgram.h"
+#include "platform/linux/apps/LegacyText.h"
 
 #include <gio/gdesktopappinfo.h>
 #include <glib.h>
@@ -119,7 +120,9 @@ std::optional<DesktopEntry> readEntry(const fs::path& path, std::string id) {
     entry.hasArguments = command.hasArguments;
     entry.urlSchemes = urlSchemes(app);
     entry.namesContent = command.namesContent;
-    entry.shouldShow = g_app_info_should_show(app) != FALSE;
+    // What runs in a terminal has no windows of its own by which it could be known.
+    entry.shouldShow = g_app_info_should_show(app) != FALSE &&
+                       g_desktop_app_info_get_boolean(info.get(), G_KEY_FILE_DESKTOP_KEY_TERMINAL) == FALSE;
     for (const auto* const key : {"X-Flatpak", "X-SnapInstanceName"}) {
         const OwnedText sandbox(g_desktop_app_info_get_string(info.get(), key), g_free);
         entry.sandbox += text(sandbox.get());
@@ -266,7 +269,8 @@ void DesktopEntries::read() {
         for (const auto& path : sortedContents(folder)) {
             const auto name = path.filename().string();
             if (name.ends_with(suffix)) {
-                auto id = prefix + name.substr(0, name.size() - suffix.size());
+                // The settings could not be written with an identifier that is not Unicode.
+                auto id = utf8FromLegacyText(prefix + name.substr(0, name.size() - suffix.size()));
                 if (seen.insert(id).second) {
                     if (auto entry = entryIn(path, id)) {
                         entries_.push_back(std::move(*entry));
