@@ -19,6 +19,10 @@ using LinuxPlatform::Window;
 using LinuxPlatform::WindowId;
 using PlatformTests::pager;
 using PlatformTests::PrivacyMode;
+using testing::_;
+using testing::Contains;
+using testing::Not;
+using testing::Pair;
 using testing::SizeIs;
 using TestSupport::ChildProcess;
 using TestSupport::spinUntil;
@@ -38,6 +42,27 @@ struct X11PrivacyModeTest : PlatformTests::X11WindowFixture {
     bool areVisible(const std::vector<xcb_window_t>& windows) {
         return std::ranges::all_of(windows,
                                    [this](auto window) { return find(window) && !isHidden(window); });
+    }
+
+    std::vector<xcb_window_t> openApps() {
+        std::vector<xcb_window_t> apps;
+        for (const auto* const name : {"ant", "bee", "zoo"}) {
+            apps.push_back(openFocused(name, name));
+            EXPECT_TRUE(waitForEvent(LinuxPlatform::WindowEvent::activated, apps.back()));
+        }
+        return apps;
+    }
+
+    void expectSilentHiding(const std::vector<xcb_window_t>& apps) {
+        events.clear();
+        privacy.engine.activate({"zoo", "bee", "ant"});
+        ASSERT_TRUE(spinUntil([&] { return areHidden(apps); }));
+        // What the window manager still had to say has been said once this has the focus.
+        const auto last = openFocused("last", "Last");
+        ASSERT_TRUE(waitForEvent(LinuxPlatform::WindowEvent::activated, last));
+        for (const auto app : apps) {
+            EXPECT_THAT(events, Not(Contains(Pair(_, WindowId{app}))));
+        }
     }
 
     std::size_t countOf(const std::string& className, bool isHidden) {
@@ -193,6 +218,15 @@ TEST_F(X11PrivacyModeTest, InstanceThatItsUserHadPutAwayStaysAway) {
     // now.
     openFocused("last", "Last");
     EXPECT_TRUE(isHidden(putAway));
+}
+
+TEST_F(X11PrivacyModeTest, FocusThatPassesThroughAppsThatAreHiddenAnnouncesNone) {
+    openFocused("front", "Front");
+    expectSilentHiding(openApps());
+}
+
+TEST_F(X11PrivacyModeTest, FocusThatIsLeftWithNobodyAnnouncesNoApp) {
+    expectSilentHiding(openApps());
 }
 
 TEST_F(X11PrivacyModeTest, AppThatQuitsBetweenQuestionAndHideHarmsNobody) {

@@ -155,17 +155,6 @@ TEST_F(X11WindowKindsTest, WindowsOfAGroupAreHiddenOneByOne) {
     showAll(group);
 }
 
-TEST_F(X11WindowKindsTest, MenusAndTooltipsAreLeftAlone) {
-    const auto window = openListed("a", "A");
-    const auto menu = client.create("a", "A");
-    const std::uint32_t isOverride = 1;
-    xcb_change_window_attributes(client.get(), menu, XCB_CW_OVERRIDE_REDIRECT, &isOverride);
-    client.map(menu);
-    hide(window);
-    EXPECT_EQ(find(menu), std::nullopt);
-    EXPECT_TRUE(isOnScreen(menu));
-}
-
 TEST_F(X11WindowKindsTest, WindowsOfTheUsualTypesComeBackAsTheyWere) {
     for (const auto* const type : {"DIALOG", "UTILITY", "NORMAL"}) {
         SCOPED_TRACE(type);

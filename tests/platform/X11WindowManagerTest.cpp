@@ -1,6 +1,7 @@
 #include "tests/platform/PrivacyMode.h"
 #include "tests/platform/X11WindowFixture.h"
 #include "tests/support/ChildProcess.h"
+#include "tests/support/HandDrivenQueue.h"
 #include "tests/support/ScriptedWindowManager.h"
 
 #include <gmock/gmock.h>
@@ -31,13 +32,17 @@ using TestSupport::spinUntil;
 using TestSupport::X11TestClient;
 
 constexpr auto hiddenState = "_NET_WM_STATE_HIDDEN";
+constexpr auto aboveState = "_NET_WM_STATE_ABOVE";
+constexpr auto focusedState = "_NET_WM_STATE_FOCUSED";
+constexpr auto shadedState = "_NET_WM_STATE_SHADED";
+constexpr auto ignoresHiding = Platform::HidingObstacle::windowManagerIgnoresHiding;
 
 /// A display without a window manager; the tests bring their own.
 struct X11WindowManagerTest : PlatformTests::X11WindowFixture {
     ~X11WindowManagerTest() override {
         const X11TestClient cleaner;
         for (const auto* const name : {"_NET_CLIENT_LIST", "_NET_CLIENT_LIST_STACKING",
-                                       "_NET_SUPPORTING_WM_CHECK", "_NET_ACTIVE_WINDOW"}) {
+                                       "_NET_SUPPORTING_WM_CHECK", "_NET_ACTIVE_WINDOW", "_NET_SUPPORTED"}) {
             xcb_delete_property(cleaner.get(), cleaner.root(), cleaner.atom(name));
         }
         cleaner.sync();
@@ -50,6 +55,44 @@ struct X11WindowManagerTest : PlatformTests::X11WindowFixture {
             xcb_get_window_attributes_reply(client.get(), xcb_get_window_attributes(client.get(), window),
                                             nullptr));
         return reply && reply->map_state == XCB_MAP_STATE_VIEWABLE;
+    }
+
+    /// Another look at the windows, whose time the test moves.
+    struct ManualSystem {
+        TestSupport::HandDrivenQueue queue;
+        std::unique_ptr<X11Connection> connection = X11Connection::open();
+        X11WindowSystem system{*connection, queue};
+        std::vector<std::pair<WindowEvent, WindowId>> events;
+        Platform::Subscription subscription = system.addEventHandler(
+            [this](WindowEvent event, const Window& window) { events.emplace_back(event, window.id); });
+
+        bool lists(xcb_window_t window) {
+            return spinUntil([&] {
+                return std::ranges::find(system.windows(), WindowId{window}, &Window::id) !=
+                       system.windows().end();
+            });
+        }
+
+        void advance(double seconds) {
+            static_cast<void>(system.windows());
+            queue.advance(seconds);
+        }
+    };
+
+    /// Since the last time.
+    int requestsToHide(ManualSystem& manual) {
+        // Whatever was sent before this answer has arrived.
+        manual.connection->atoms(std::array{std::string_view("WM_CHANGE_STATE")});
+        client.sync();
+        int count = 0;
+        while (const LinuxPlatform::XcbPointer<xcb_generic_event_t> event{xcb_poll_for_event(client.get())}) {
+            const auto& message = reinterpret_cast<const xcb_client_message_event_t&>(*event);
+            if ((event->response_type & 0x7FU) == XCB_CLIENT_MESSAGE &&
+                message.type == client.atom("WM_CHANGE_STATE")) {
+                ++count;
+            }
+        }
+        return count;
     }
 
     /// A window as a manager has it that leaves hidden windows mapped.
@@ -68,6 +111,7 @@ TEST_F(X11WindowManagerTest, WithoutAManagerThereAreNoWindowsAndNothingHangs) {
     PrivacyMode privacy(system, mainQueue);
     EXPECT_THAT(system.windows(), IsEmpty());
     EXPECT_EQ(system.hidingObstacle(), Platform::HidingObstacle::noWindowManager);
+    EXPECT_FALSE(system.knowsEveryWindow());
     EXPECT_EQ(privacy.hiding.isHidden("a"), std::nullopt);
     system.hide(std::array{WindowId{window}});
     system.show(std::array{WindowId{window}});
@@ -112,6 +156,138 @@ TEST_F(X11WindowManagerTest, FocusThatPassesThroughAWindowOnItsWayOutIsNoActivat
     manager.setStates(window, {});
     manager.setActive(window);
     EXPECT_TRUE(waitForEvent(WindowEvent::activated, window));
+}
+
+TEST_F(X11WindowManagerTest, FocusThatComesAndGoesOnTheWayOutIsNoReturn) {
+    ScriptedWindowManager manager;
+    const auto window = openUnder(manager, ScriptedWindowManager::normal, {aboveState, focusedState});
+    ASSERT_TRUE(spinUntil([&] { return isListed(window); }));
+    connection->dispatchEvents();
+    QCoreApplication::processEvents();
+    events.clear();
+    system.hide(std::array{WindowId{window}});
+    manager.setStates(window, {aboveState});
+    EXPECT_FALSE(isHidden(window));
+    manager.setStates(window, {focusedState, aboveState});
+    EXPECT_FALSE(isHidden(window));
+    manager.setManagerState(window, ScriptedWindowManager::iconic);
+    EXPECT_FALSE(isHidden(window));
+    manager.setStates(window, {aboveState, hiddenState});
+    EXPECT_TRUE(isHidden(window));
+    QCoreApplication::processEvents();
+    EXPECT_THAT(events, IsEmpty());
+}
+
+TEST_F(X11WindowManagerTest, WindowThatWasHiddenAndIsBackBeforeAnybodyLooksIsAnnounced) {
+    ScriptedWindowManager manager;
+    const auto mapped = openUnder(manager, ScriptedWindowManager::normal, {focusedState});
+    const auto unmapped = client.open("b", "B");
+    manager.setManagerState(unmapped, ScriptedWindowManager::normal);
+    manager.list({mapped, unmapped});
+    ASSERT_TRUE(waitForEvent(WindowEvent::opened, unmapped));
+    events.clear();
+    system.hide(std::array{WindowId{mapped}, WindowId{unmapped}});
+    // One that leaves hidden windows mapped, and one that does not.
+    for (const auto state : {ScriptedWindowManager::iconic, ScriptedWindowManager::normal}) {
+        manager.setManagerState(mapped, state);
+    }
+    manager.setStates(mapped, {});
+    manager.unmap(unmapped);
+    manager.map(unmapped);
+    manager.setStates(unmapped, {focusedState});
+    EXPECT_TRUE(waitForEvent(WindowEvent::activated, mapped));
+    EXPECT_TRUE(waitForEvent(WindowEvent::activated, unmapped));
+}
+
+TEST_F(X11WindowManagerTest, StateOfAWindowThatTheManagerDoesNotHideMeansNoReturnLater) {
+    ScriptedWindowManager manager;
+    const auto window = openUnder(manager, ScriptedWindowManager::normal);
+    ManualSystem manual;
+    ASSERT_TRUE(manual.lists(window));
+    manual.system.hide(std::array{WindowId{window}});
+    manual.advance(2.1);
+    manager.setStates(window, {aboveState});
+    manual.advance(0);
+    EXPECT_THAT(manual.events, IsEmpty());
+}
+
+TEST_F(X11WindowManagerTest, ManagerThatIgnoresHidingIsFoundOut) {
+    ScriptedWindowManager manager;
+    const auto window = openUnder(manager, ScriptedWindowManager::normal);
+    ManualSystem manual;
+    ASSERT_TRUE(manual.lists(window));
+    EXPECT_EQ(manual.system.hidingObstacle(), std::nullopt);
+    manual.system.hide(std::array{WindowId{window}});
+    manual.advance(1.9);
+    EXPECT_EQ(manual.system.hidingObstacle(), std::nullopt) << "it may have been busy";
+    manual.advance(0.2);
+    EXPECT_EQ(manual.system.hidingObstacle(), ignoresHiding);
+    // It was busy after all.
+    manager.setStates(window, {hiddenState});
+    EXPECT_EQ(manual.system.hidingObstacle(), std::nullopt);
+}
+
+TEST_F(X11WindowManagerTest, ManagerIsAskedOnceMoreBeforeItIsSaidToIgnoreHiding) {
+    ScriptedWindowManager manager;
+    const auto window = openUnder(manager, ScriptedWindowManager::normal);
+    const std::uint32_t mask = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
+    xcb_change_window_attributes(client.get(), client.root(), XCB_CW_EVENT_MASK, &mask);
+    client.sync();
+    ManualSystem manual;
+    ASSERT_TRUE(manual.lists(window));
+    manual.system.hide(std::array{WindowId{window}});
+    EXPECT_EQ(requestsToHide(manual), 1);
+    manual.advance(1.1);
+    EXPECT_EQ(requestsToHide(manual), 1);
+    manual.advance(5);
+    EXPECT_EQ(requestsToHide(manual), 0);
+}
+
+TEST_F(X11WindowManagerTest, NextManagerIsJudgedAnew) {
+    std::optional<ScriptedWindowManager> manager(std::in_place);
+    const auto window = openUnder(*manager, ScriptedWindowManager::normal);
+    ManualSystem manual;
+    ASSERT_TRUE(manual.lists(window));
+    manual.system.hide(std::array{WindowId{window}});
+    manual.advance(2.1);
+    EXPECT_EQ(manual.system.hidingObstacle(), ignoresHiding);
+    manager.reset();
+    ScriptedWindowManager next;
+    next.list({window});
+    EXPECT_TRUE(spinUntil([&] { return !manual.system.hidingObstacle(); }));
+}
+
+TEST_F(X11WindowManagerTest, ManagerThatHidesOneWindowOfSeveralDoesNotIgnoreHiding) {
+    ScriptedWindowManager manager;
+    const auto window = openUnder(manager, ScriptedWindowManager::normal);
+    const auto stubborn = client.open("b", "B");
+    manager.setManagerState(stubborn, ScriptedWindowManager::normal);
+    manager.list({window, stubborn});
+    ManualSystem manual;
+    ASSERT_TRUE(manual.lists(stubborn));
+    manual.system.hide(std::array{WindowId{window}, WindowId{stubborn}});
+    manager.setStates(window, {hiddenState});
+    manual.advance(3);
+    EXPECT_EQ(manual.system.hidingObstacle(), std::nullopt);
+}
+
+TEST_F(X11WindowManagerTest, WindowsThatAreBackOrThatManagersRefuseToHideSayNothing) {
+    ScriptedWindowManager manager;
+    const auto brief = openUnder(manager, ScriptedWindowManager::normal);
+    const auto bar = client.create("b", "B");
+    client.setNumbers(bar, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM,
+                      std::array{client.atom("_NET_WM_WINDOW_TYPE_TOOLBAR")});
+    client.map(bar);
+    manager.setManagerState(bar, ScriptedWindowManager::normal);
+    manager.list({brief, bar});
+    ManualSystem manual;
+    ASSERT_TRUE(manual.lists(bar));
+    manual.system.hide(std::array{WindowId{bar}});
+    manual.advance(3);
+    manual.system.hide(std::array{WindowId{brief}});
+    manual.system.show(std::array{WindowId{brief}});
+    manual.advance(3);
+    EXPECT_EQ(manual.system.hidingObstacle(), std::nullopt);
 }
 
 TEST_F(X11WindowManagerTest, WindowThatTheManagerDoesNotHideIsActivatedAsAnyOther) {
@@ -181,9 +357,68 @@ TEST_F(X11WindowManagerTest, WindowThatIsShownWithItsMarkOnIsVisibleAndAnnounced
 TEST_F(X11WindowManagerTest, WindowsCanBeHiddenAsSoonAndAsLongAsThereIsAManager) {
     EXPECT_EQ(system.hidingObstacle(), Platform::HidingObstacle::noWindowManager);
     std::optional<ScriptedWindowManager> manager(std::in_place);
+    manager->list({});
     EXPECT_TRUE(spinUntil([&] { return !system.hidingObstacle(); }));
+    EXPECT_TRUE(system.knowsEveryWindow());
     manager.reset();
-    EXPECT_TRUE(spinUntil([&] { return system.hidingObstacle().has_value(); }));
+    EXPECT_TRUE(
+        spinUntil([&] { return system.hidingObstacle() == Platform::HidingObstacle::noWindowManager; }));
+    EXPECT_FALSE(system.knowsEveryWindow());
+}
+
+TEST_F(X11WindowManagerTest, ListThatAManagerFindsSaysNothingUntilItIsItsOwn) {
+    std::optional<ScriptedWindowManager> manager(std::in_place);
+    const auto window = openUnder(*manager, ScriptedWindowManager::normal);
+    ASSERT_TRUE(spinUntil([&] { return isListed(window) && system.knowsEveryWindow(); }));
+    manager.reset();
+    ASSERT_TRUE(spinUntil([&] { return !system.knowsEveryWindow(); }));
+    const auto unseen = client.open("b", "B");
+    ScriptedWindowManager next;
+    ASSERT_TRUE(spinUntil([&] { return isListed(window); }));
+    EXPECT_FALSE(system.knowsEveryWindow());
+    EXPECT_EQ(system.hidingObstacle(), Platform::HidingObstacle::notKnownYet);
+    next.list({window, unseen});
+    EXPECT_TRUE(spinUntil([&] { return system.knowsEveryWindow(); }));
+    EXPECT_EQ(system.hidingObstacle(), std::nullopt);
+}
+
+TEST_F(X11WindowManagerTest, NothingIsKnownOfTheWindowsOfAManagerThatListsNone) {
+    ScriptedWindowManager manager;
+    manager.support({"_NET_ACTIVE_WINDOW"});
+    client.open("a", "A");
+    ASSERT_TRUE(spinUntil([&] { return system.hidingObstacle() == ignoresHiding; }));
+    EXPECT_FALSE(system.knowsEveryWindow());
+    manager.support({"_NET_ACTIVE_WINDOW", "_NET_CLIENT_LIST"});
+    EXPECT_TRUE(spinUntil([&] { return system.knowsEveryWindow(); })) << "it may have none yet";
+    EXPECT_EQ(system.hidingObstacle(), std::nullopt);
+}
+
+TEST_F(X11WindowManagerTest, RolledUpWindowThatIsMarkedHiddenIsVisibleAsLongAsItsTitleBarIs) {
+    ScriptedWindowManager manager;
+    const auto window = openUnder(manager, ScriptedWindowManager::normal);
+    ASSERT_TRUE(spinUntil([&] { return isListed(window); }));
+    const auto frame = manager.frame(window);
+    manager.unmap(window);
+    manager.setManagerState(window, ScriptedWindowManager::iconic);
+    manager.setStates(window, {shadedState, hiddenState});
+    EXPECT_FALSE(isHidden(window));
+    const auto other = X11Connection::open();
+    X11WindowSystem late(*other, mainQueue);
+    EXPECT_FALSE(late.windows().front().isHidden);
+
+    // Now it is put away.
+    manager.setStates(window, {shadedState, hiddenState});
+    EXPECT_FALSE(isHidden(window));
+    manager.unmap(frame);
+    EXPECT_TRUE(isHidden(window));
+    EXPECT_TRUE(late.windows().front().isHidden);
+    events.clear();
+    manager.map(frame);
+    EXPECT_TRUE(waitForEvent(WindowEvent::activated, window));
+    EXPECT_FALSE(isHidden(window));
+    manager.map(window);
+    manager.setStates(window, {});
+    EXPECT_FALSE(isHidden(window));
 }
 
 TEST_F(X11WindowManagerTest, WindowsCanBeHiddenUnderAManagerThatOnlyListsThem) {

@@ -23,6 +23,26 @@ public:
         }
     }
 
+    /// What stands around a window with its title bar; on the screen until the test unmaps it.
+    xcb_window_t frame(xcb_window_t window) {
+        const auto frame = client_.open("frame", "Frame");
+        xcb_reparent_window(client_.get(), window, frame, 0, 20);
+        client_.sync();
+        return frame;
+    }
+
+    void unmap(xcb_window_t window) {
+        xcb_unmap_window(client_.get(), window);
+        client_.sync();
+    }
+
+    void map(xcb_window_t window) { client_.map(window); }
+
+    /// As one that lists no windows at all, or only while there are some.
+    void support(std::initializer_list<std::string_view> hints) {
+        client_.setNumbers(client_.root(), "_NET_SUPPORTED", XCB_ATOM_ATOM, atoms(hints));
+    }
+
     /// Exactly these windows.
     void list(const std::vector<xcb_window_t>& windows) {
         for (const auto* const name : {"_NET_CLIENT_LIST", "_NET_CLIENT_LIST_STACKING"}) {
@@ -35,11 +55,7 @@ public:
     }
 
     void setStates(xcb_window_t window, std::initializer_list<std::string_view> names) {
-        std::vector<std::uint32_t> atoms;
-        for (const auto name : names) {
-            atoms.push_back(client_.atom(name));
-        }
-        client_.setNumbers(window, "_NET_WM_STATE", XCB_ATOM_ATOM, atoms);
+        client_.setNumbers(window, "_NET_WM_STATE", XCB_ATOM_ATOM, atoms(names));
     }
 
     void setActive(xcb_window_t window) {
@@ -56,6 +72,14 @@ public:
     }
 
 private:
+    std::vector<std::uint32_t> atoms(std::initializer_list<std::string_view> names) const {
+        std::vector<std::uint32_t> list;
+        for (const auto name : names) {
+            list.push_back(client_.atom(name));
+        }
+        return list;
+    }
+
     X11TestClient client_;
     xcb_window_t checkWindow_;
 };

@@ -25,14 +25,20 @@ constexpr std::array<std::string_view, X11WindowModel::atomCount> atomNames{
     "_NET_ACTIVE_WINDOW",
     "_NET_CURRENT_DESKTOP",
     "_NET_SUPPORTING_WM_CHECK",
+    "_NET_SUPPORTED",
     "WM_STATE",
     "_NET_WM_STATE",
     "_NET_WM_STATE_HIDDEN",
+    "_NET_WM_STATE_FOCUSED",
+    "_NET_WM_STATE_SHADED",
     "_NET_WM_STATE_SKIP_TASKBAR",
     "_NET_WM_PID",
     "_NET_WM_WINDOW_TYPE",
     "_NET_WM_WINDOW_TYPE_DESKTOP",
     "_NET_WM_WINDOW_TYPE_DOCK",
+    "_NET_WM_WINDOW_TYPE_MENU",
+    "_NET_WM_WINDOW_TYPE_TOOLBAR",
+    "_NET_WM_WINDOW_TYPE_SPLASH",
     "_NET_WM_DESKTOP",
     "_KDE_NET_WM_DESKTOP_FILE",
     "_GTK_APPLICATION_ID",
@@ -117,7 +123,7 @@ public:
                                                         XCB_GET_PROPERTY_TYPE_ANY, 0, property.longestValue));
             }
         }
-        if (isNew_ || entry.isViewableStale) {
+        if (isNew_ || entry.isViewableStale || entry.isFrameStale) {
             attributesRequest_ = xcb_get_window_attributes(connection, window);
         }
         if (isNew_ && model.hasProcessQuery_) {
@@ -188,6 +194,14 @@ const X11Window* X11WindowModel::find(xcb_window_t window) const {
 void X11WindowModel::expectHidden(xcb_window_t window) {
     if (const auto entry = entries_.find(window); entry != entries_.end()) {
         entry->second.isExpectedHidden = true;
+        entry->second.wasMapped = false;
+        entry->second.managerStateWrites = 0;
+    }
+}
+
+void X11WindowModel::expectNoMore(xcb_window_t window) {
+    if (const auto entry = entries_.find(window); entry != entries_.end()) {
+        entry->second.isExpectedHidden = false;
     }
 }
 
@@ -233,7 +247,9 @@ void X11WindowModel::handleEvent(const xcb_generic_event_t& event) {
 }
 
 void X11WindowModel::sessionPropertyChanged(xcb_atom_t property) {
-    const std::array<std::pair<Atom, bool*>, 3> watched{{{netSupportingWmCheck, &isManagerStale_},
+    isClientListOld_ = isClientListOld_ && property != atom(netClientList);
+    const std::array<std::pair<Atom, bool*>, 4> watched{{{netSupportingWmCheck, &isManagerStale_},
+                                                         {netSupported, &isManagerStale_},
                                                          {netClientList, &isClientListStale_},
                                                          {netActiveWindow, &isActiveWindowStale_}}};
     for (const auto& [name, isStale] : watched) {
@@ -252,8 +268,9 @@ void X11WindowModel::windowPropertyChanged(xcb_window_t window, xcb_atom_t prope
     }
     auto& entry = found->second;
     const bool isManagerStateKnown = entry.window.managerState.has_value();
+    entry.managerStateWrites += property == atom(wmState) ? 1 : 0;
     if (property == atom(wmState) && isManagerStateKnown && !entry.isHiddenMarkInDoubt &&
-        !entry.window.isHiddenMarkStale) {
+        !entry.window.isHiddenMarkStale && !entry.isExpectedHidden) {
         // Every hiding and showing changes it, and nobody asks.
         return;
     }
@@ -271,9 +288,15 @@ std::uint32_t X11WindowModel::bitOf(xcb_atom_t property) const {
 void X11WindowModel::windowMapped(xcb_window_t window) {
     const auto found = entries_.find(window);
     if (found == entries_.end()) {
+        frameChanged(window);
         return;
     }
     auto& entry = found->second;
+    if (entry.isExpectedHidden) {
+        entry.wasMapped = true;
+        entry.staleProperties |= bitOf(atom(netWmState));
+        windowsChanged();
+    }
     if (isMarkedHidden(entry.window) || (entry.staleProperties & bitOf(atom(netWmState))) != 0) {
         entry.isHiddenMarkInDoubt = true;
         entry.isViewableStale = true;
@@ -285,6 +308,7 @@ void X11WindowModel::windowMapped(xcb_window_t window) {
 void X11WindowModel::windowUnmapped(xcb_window_t window) {
     const auto found = entries_.find(window);
     if (found == entries_.end()) {
+        frameChanged(window);
         return;
     }
     auto& entry = found->second;
@@ -297,6 +321,19 @@ void X11WindowModel::windowUnmapped(xcb_window_t window) {
     }
 }
 
+void X11WindowModel::frameChanged(xcb_window_t window) {
+    if (auto* const entry = entryWithFrame(window)) {
+        entry->isFrameStale = true;
+        windowsChanged();
+    }
+}
+
+X11WindowModel::Entry* X11WindowModel::entryWithFrame(xcb_window_t frame) {
+    const auto found =
+        std::ranges::find_if(entries_, [&](const auto& entry) { return entry.second.frame == frame; });
+    return found == entries_.end() ? nullptr : &found->second;
+}
+
 void X11WindowModel::windowsChanged() {
     areWindowsStale_ = true;
     onChanged_();
@@ -305,6 +342,8 @@ void X11WindowModel::windowsChanged() {
 void X11WindowModel::windowDestroyed(xcb_window_t window) {
     if (window == managerWindow_) {
         isManagerStale_ = true;
+        isClientListOld_ = true;
+        ++managerGeneration_;
         onChanged_();
     } else if (entries_.erase(window) > 0) {
         std::erase(clientList_, window);
@@ -317,17 +356,27 @@ void X11WindowModel::readRoot(Changes& changes) {
     const auto request = [this](bool isStale, Atom name) {
         return isStale ? std::optional(requestNumbers(connection_.root(), name)) : std::nullopt;
     };
+    const auto supported = request(isManagerStale_, netSupported);
     const auto manager = request(std::exchange(isManagerStale_, false), netSupportingWmCheck);
     // The list of a window manager that is gone says nothing.
     const auto clientList = request(std::exchange(isClientListStale_, false) || manager, netClientList);
     const auto active = request(std::exchange(isActiveWindowStale_, false), netActiveWindow);
     if (manager) {
         const auto answer = receiveNumbers(*manager);
-        managerWindow_ = answer.empty() ? xcb_window_t{XCB_WINDOW_NONE} : answer.front();
+        const auto window = answer.empty() ? xcb_window_t{XCB_WINDOW_NONE} : answer.front();
+        if (std::exchange(managerWindow_, window) != window) {
+            ++managerGeneration_;
+        }
         isManagerGone_ = managerWindow_ != XCB_WINDOW_NONE && !isManagerAlive();
     }
+    if (supported) {
+        const auto hints = receiveNumbers(*supported);
+        isClientListSupported_ = std::ranges::find(hints, atom(netClientList)) != hints.end();
+    }
     if (clientList) {
-        auto list = receiveNumbers(*clientList);
+        const auto reply = connection_.reply<xcb_get_property_reply>(*clientList);
+        isClientListThere_ = reply && reply->type != XCB_ATOM_NONE;
+        auto list = reply ? listIn(*reply) : std::vector<std::uint32_t>{};
         takeClientList(isManagerGone_ ? std::vector<xcb_window_t>{} : std::move(list), changes);
     }
     if (active) {
@@ -371,7 +420,7 @@ void X11WindowModel::readStaleWindows(Changes& changes) {
     areWindowsStale_ = false;
     std::vector<Reading> readings;
     for (const auto& [window, entry] : entries_) {
-        if (entry.isNew || entry.isViewableStale || entry.staleProperties != 0) {
+        if (entry.isStale()) {
             readings.emplace_back(*this, window, entry);
         }
     }
@@ -385,14 +434,15 @@ void X11WindowModel::readStaleWindows(Changes& changes) {
         }
         entry.isHiddenMarkInDoubt = entry.isHiddenMarkInDoubt || isFirstUpdate_;
         entry.window.isHiddenMarkStale = isHiddenMarkStale(entry);
-        const bool isBackUnseen = (entry.staleProperties & bitOf(atom(netWmState))) != 0 &&
-                                  std::exchange(entry.isExpectedHidden, false) && !isHidden(before) &&
-                                  entry.window.isManaged && !isHidden(entry.window);
-        if (isBackUnseen) {
+        entry.window.isRolledUp = isRolledUp(entry);
+        const bool isBack = isBackUnseen(entry, before);
+        if (isBack) {
             changes.returned.push_back(entry.window.id);
         }
+        entry.isExpectedHidden = entry.isExpectedHidden && !isBack && !isHidden(entry.window);
         entry.staleProperties = 0;
         entry.isViewableStale = false;
+        entry.isFrameStale = false;
         if (!std::exchange(entry.isNew, false)) {
             compare(before, entry.window, changes);
         }
@@ -416,8 +466,62 @@ void X11WindowModel::compare(const X11Window& before, const X11Window& now, Chan
     }
 }
 
+bool X11WindowModel::hasState(const X11Window& window, Atom state) const {
+    return std::ranges::find(window.state, atom(state)) != window.state.end();
+}
+
 bool X11WindowModel::isMarkedHidden(const X11Window& window) const {
-    return std::ranges::find(window.state, atom(netWmStateHidden)) != window.state.end();
+    return hasState(window, netWmStateHidden);
+}
+
+bool X11WindowModel::isBackUnseen(const Entry& entry, const X11Window& before) const {
+    const bool isThere = entry.window.isManaged && !isHidden(before) && !isHidden(entry.window);
+    if (!entry.isExpectedHidden || !isThere) {
+        return false;
+    }
+    // There and back again. Some window managers refuse the request by writing once that the window is
+    // normal.
+    const bool wasIconic = entry.managerStateWrites > 1 && entry.window.managerState != iconicState;
+    if (entry.wasMapped || wasIconic) {
+        return true;
+    }
+    // The focus leaves a window, or comes upon it, while it is being hidden.
+    return !isOnlyTheFocusDifferent(before, entry.window);
+}
+
+bool X11WindowModel::isOnlyTheFocusDifferent(const X11Window& before, const X11Window& now) const {
+    const auto withoutFocus = [this](std::vector<xcb_atom_t> state) {
+        std::erase(state, atom(netWmStateFocused));
+        std::ranges::sort(state);
+        return state;
+    };
+    return withoutFocus(before.state) == withoutFocus(now.state);
+}
+
+bool X11WindowModel::isRolledUp(Entry& entry) {
+    entry.frame = XCB_WINDOW_NONE;
+    if (!isMarkedHidden(entry.window) || !hasState(entry.window, netWmStateShaded)) {
+        return false;
+    }
+    entry.frame = outermostWindow(entry.window.id);
+    const std::uint32_t mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    if (entry.frame != entry.window.id) {
+        xcb_change_window_attributes(connection_.get(), entry.frame, XCB_CW_EVENT_MASK, &mask);
+    }
+    const auto attributes = connection_.reply<xcb_get_window_attributes_reply>(
+        xcb_get_window_attributes(connection_.get(), entry.frame));
+    return attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
+}
+
+xcb_window_t X11WindowModel::outermostWindow(xcb_window_t window) {
+    while (const auto tree =
+               connection_.reply<xcb_query_tree_reply>(xcb_query_tree(connection_.get(), window))) {
+        if (tree->parent == tree->root || tree->parent == XCB_WINDOW_NONE) {
+            break;
+        }
+        window = tree->parent;
+    }
+    return window;
 }
 
 bool X11WindowModel::isHiddenMarkStale(const Entry& entry) const {

@@ -34,6 +34,8 @@ struct X11Window {
     std::optional<std::uint32_t> managerState;
     /// The window was shown without its mark as hidden being taken off.
     bool isHiddenMarkStale = false;
+    /// Its title bar can be seen and nothing else. Some window managers mark such windows as hidden.
+    bool isRolledUp = false;
 };
 
 /// A live picture of the client windows: read once, then kept true by the server's events. Every reading is
@@ -58,14 +60,20 @@ public:
         netActiveWindow,
         netCurrentDesktop,
         netSupportingWmCheck,
+        netSupported,
         wmState,
         netWmState,
         netWmStateHidden,
+        netWmStateFocused,
+        netWmStateShaded,
         netWmStateSkipTaskbar,
         netWmPid,
         netWmWindowType,
         netWmWindowTypeDesktop,
         netWmWindowTypeDock,
+        netWmWindowTypeMenu,
+        netWmWindowTypeToolbar,
+        netWmWindowTypeSplash,
         netWmDesktop,
         kdeNetWmDesktopFile,
         gtkApplicationId,
@@ -89,6 +97,12 @@ public:
     bool hasManager() const {
         return managerWindow_ != XCB_WINDOW_NONE ? !isManagerGone_ : !clientList_.empty();
     }
+    /// Whether it says which windows it manages, as of the last `update`.
+    bool hasWindowList() const { return hasManager() && (isClientListThere_ || isClientListSupported_); }
+    /// Whether the list is that of the window manager before it.
+    bool isWindowListOld() const { return hasManager() && isClientListOld_; }
+    /// Changes with the window manager, as far as it shows a window of its own.
+    std::uint64_t managerGeneration() const { return managerGeneration_; }
     /// Managed windows in the window manager's order, oldest first; none while there is no window manager.
     const std::vector<xcb_window_t>& managedWindows() const { return clientList_; }
     /// None when no window has the focus.
@@ -97,15 +111,18 @@ public:
     }
     /// Null when there is no such window; valid until the next `update`.
     const X11Window* find(xcb_window_t window) const;
+    bool hasState(const X11Window& window, Atom state) const;
     /// As the window manager says, unless the window can be seen to be there. A window that can be seen is
     /// not enough: some window managers leave hidden windows mapped.
     bool isHidden(const X11Window& window) const {
-        return isMarkedHidden(window) && !window.isHiddenMarkStale;
+        return isMarkedHidden(window) && !window.isHiddenMarkStale && !window.isRolledUp;
     }
     /// To be called when a window is asked to hide. It may be back before its hiding is noticed.
     void expectHidden(xcb_window_t window);
-    /// Whether it was asked to hide and nothing has been heard of it since.
+    /// Whether it was asked to hide, and has neither been seen hidden nor come back since.
     bool isExpectedHidden(xcb_window_t window) const;
+    /// To be called when it has not been hidden for so long that it will not be.
+    void expectNoMore(xcb_window_t window);
 
     /// Bottom to top; asks the server.
     std::vector<xcb_window_t> stackingOrder();
@@ -127,6 +144,14 @@ private:
         /// The window was mapped after the window manager last wrote its state, or before the first reading.
         bool isHiddenMarkInDoubt = false;
         bool isExpectedHidden = false;
+        /// Since then it was mapped, and so often its WM_STATE was written.
+        bool wasMapped = false;
+        int managerStateWrites = 0;
+        /// What the window manager put around a window that is rolled up and marked as hidden.
+        xcb_window_t frame = XCB_WINDOW_NONE;
+        bool isFrameStale = false;
+
+        bool isStale() const { return isNew || isViewableStale || isFrameStale || staleProperties != 0; }
     };
 
     static const std::vector<Property>& properties();
@@ -148,6 +173,12 @@ private:
     void compare(const X11Window& before, const X11Window& now, Changes& changes) const;
     bool isMarkedHidden(const X11Window& window) const;
     bool isHiddenMarkStale(const Entry& entry) const;
+    bool isOnlyTheFocusDifferent(const X11Window& before, const X11Window& now) const;
+    bool isBackUnseen(const Entry& entry, const X11Window& before) const;
+    bool isRolledUp(Entry& entry);
+    xcb_window_t outermostWindow(xcb_window_t window);
+    Entry* entryWithFrame(xcb_window_t frame);
+    void frameChanged(xcb_window_t window);
 
     xcb_get_property_cookie_t requestNumbers(xcb_window_t window, Atom name);
     std::vector<std::uint32_t> receiveNumbers(xcb_get_property_cookie_t request);
@@ -163,9 +194,14 @@ private:
     bool areWindowsStale_ = false;
     std::uint64_t generation_ = 0;
     std::uint64_t lastBirth_ = 0;
+    std::uint64_t managerGeneration_ = 0;
     /// The window by which a window manager shows that it is there; none if it has none.
     xcb_window_t managerWindow_ = XCB_WINDOW_NONE;
     bool isManagerGone_ = false;
+    bool isClientListThere_ = false;
+    /// As the window manager says of its own abilities; it may have no list while it has no windows.
+    bool isClientListSupported_ = false;
+    bool isClientListOld_ = false;
     std::vector<xcb_window_t> clientList_;
     xcb_window_t activeWindow_ = XCB_WINDOW_NONE;
     std::map<xcb_window_t, Entry> entries_;

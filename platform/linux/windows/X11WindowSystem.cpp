@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <utility>
 
 #include <unistd.h>
@@ -20,6 +21,8 @@ constexpr std::uint32_t onAllDesktops = 0xFFFFFFFF;
 constexpr Platform::MainQueue::Seconds showDeadline{0.15};
 /// One that has not hidden a window by now does not heed the request.
 constexpr Platform::MainQueue::Seconds hideDeadline{1};
+/// It may have been busy once.
+constexpr int requestsUntilKnown = 2;
 
 std::string localHostName() {
     std::array<char, 256> name{};
@@ -42,12 +45,18 @@ X11WindowSystem::X11WindowSystem(X11Connection& connection, Platform::MainQueue&
 
 std::optional<Platform::HidingObstacle> X11WindowSystem::hidingObstacle() {
     takeIn();
-    return model_.hasManager() ? std::nullopt : std::optional(Platform::HidingObstacle::noWindowManager);
+    if (!model_.hasManager()) {
+        return Platform::HidingObstacle::noWindowManager;
+    }
+    if (!model_.hasWindowList() || unheededRequests_ >= requestsUntilKnown) {
+        return Platform::HidingObstacle::windowManagerIgnoresHiding;
+    }
+    return model_.isWindowListOld() ? std::optional(Platform::HidingObstacle::notKnownYet) : std::nullopt;
 }
 
 bool X11WindowSystem::knowsEveryWindow() {
     takeIn();
-    return model_.hasManager();
+    return model_.hasWindowList() && !model_.isWindowListOld();
 }
 
 std::uint64_t X11WindowSystem::generation() {
@@ -69,24 +78,138 @@ void X11WindowSystem::hide(std::span<const WindowId> windows) {
     rememberFocus(windows);
     lastHide_ = mainQueue_.now();
     for (const auto window : windows) {
-        // The standard request. Some window managers take it for done where the window is on another
-        // workspace, so the state is asked for as well.
-        connection_.sendToWindowManager(xcbWindow(window), model_.atom(X11WindowModel::wmChangeState),
-                                        std::array{iconicState});
-        requestHidden(xcbWindow(window), true);
+        requestIconic(xcbWindow(window));
         model_.expectHidden(xcbWindow(window));
+        keptAway_.insert(window);
         awaitingShow_.erase(window);
         awaitingActivation_.erase(window);
     }
     connection_.flush();
+    watchHiding(windows);
+    keepPopupsAway();
+}
+
+void X11WindowSystem::keepPopupsAway() {
+    std::erase_if(keptAway_, [this](WindowId window) { return !exists(window); });
+    if (keptAway_.empty()) {
+        popups_.reset();
+        return;
+    }
+    if (popups_) {
+        popups_->judgeAnew();
+    } else {
+        popups_ = X11Popups::open([this](const X11Popup& popup) { return isPopupOfHiddenApp(popup); });
+    }
+}
+
+bool X11WindowSystem::isKeptAway(const Window& window) const {
+    return keptAway_.contains(window.id) &&
+           (window.isHidden || model_.isExpectedHidden(xcbWindow(window.id)));
+}
+
+bool X11WindowSystem::isPopupOfHiddenApp(const X11Popup& popup) {
+    rebuildIfChanged();
+    for (const auto owner : popup.owners) {
+        const auto window = std::ranges::find(windows_, WindowId{owner}, &Window::id);
+        if (window != windows_.end()) {
+            return isKeptAway(*window);
+        }
+    }
+    // Where its program has windows of several apps, it may be any one's.
+    bool hasWindowAway = false;
+    for (const auto& window : windows_) {
+        const bool isSameProgram =
+            popup.process ? popup.process == window.hints.process : popup.client == window.client;
+        if (isSameProgram && !window.isHidden && !isKeptAway(window)) {
+            return false;
+        }
+        hasWindowAway = hasWindowAway || (isSameProgram && isKeptAway(window));
+    }
+    return hasWindowAway;
+}
+
+void X11WindowSystem::requestIconic(xcb_window_t window) {
+    // The standard request. Some window managers take it for done where the window is on another workspace,
+    // so the state is asked for as well.
+    connection_.sendToWindowManager(window, model_.atom(X11WindowModel::wmChangeState),
+                                    std::array{iconicState});
+    requestHidden(window, true);
+}
+
+void X11WindowSystem::watchHiding(std::span<const WindowId> windows) {
+    std::vector<WindowId> asked;
+    std::ranges::copy_if(windows, std::back_inserter(asked),
+                         [this](WindowId window) { return isToBeHidden(window); });
+    if (asked.empty()) {
+        return;
+    }
+    awaitingHide_.insert(asked.begin(), asked.end());
+    mainQueue_.asyncAfter(hideDeadline, lifetime_.weak([this, asked = std::move(asked), before = heeded_] {
+        endWatchOfHiding(asked, before);
+    }));
+}
+
+bool X11WindowSystem::isToBeHidden(WindowId window) const {
+    const auto* const found = model_.find(xcbWindow(window));
+    // Window managers may refuse to hide some kinds of windows, and not all of them let one see that a
+    // rolled-up window is hidden.
+    return found != nullptr && found->isManaged && !model_.isHidden(*found) &&
+           !model_.hasState(*found, X11WindowModel::netWmStateShaded) &&
+           std::ranges::none_of(std::array{X11WindowModel::netWmWindowTypeMenu,
+                                           X11WindowModel::netWmWindowTypeToolbar,
+                                           X11WindowModel::netWmWindowTypeSplash},
+                                [&](auto type) { return isOfType(*found, type); });
+}
+
+void X11WindowSystem::endWatchOfHiding(std::vector<WindowId> asked, std::uint64_t heededBefore) {
+    takeIn();
+    std::erase_if(asked, [this](WindowId window) { return !awaitingHide_.contains(window); });
+    for (const auto window : asked) {
+        model_.expectNoMore(xcbWindow(window));
+    }
+    if (asked.empty() || heeded_ != heededBefore) {
+        return;
+    }
+    if (++unheededRequests_ < requestsUntilKnown) {
+        std::ranges::for_each(asked, [this](WindowId window) { requestIconic(xcbWindow(window)); });
+        connection_.flush();
+        watchHiding(asked);
+    }
+}
+
+void X11WindowSystem::noteWhatWasHeeded(const X11WindowModel::Changes& changes) {
+    if (std::exchange(judgedManager_, model_.managerGeneration()) != model_.managerGeneration()) {
+        unheededRequests_ = 0;
+        awaitingHide_.clear();
+    }
+    const auto isHeeded = [&](WindowId window) {
+        const auto* const found = model_.find(xcbWindow(window));
+        return found == nullptr || model_.isHidden(*found) ||
+               std::ranges::find(changes.returned, found->id) != changes.returned.end();
+    };
+    const auto count = std::erase_if(awaitingHide_, isHeeded);
+    heeded_ += count;
+    unheededRequests_ = count > 0 ? 0 : unheededRequests_;
+}
+
+void X11WindowSystem::noteWhatIsBack(const X11WindowModel::Changes& changes) {
+    for (const auto window : changes.returned) {
+        keptAway_.erase(window);
+    }
+    if (popups_) {
+        keepPopupsAway();
+    }
 }
 
 void X11WindowSystem::show(std::span<const WindowId> windows) {
     for (const auto window : windows) {
         requestHidden(xcbWindow(window), false);
+        awaitingHide_.erase(window);
+        keptAway_.erase(window);
         awaitingShow_.insert(window);
     }
     connection_.flush();
+    keepPopupsAway();
     watchShowing();
 }
 
@@ -143,6 +266,10 @@ Platform::Subscription X11WindowSystem::addEventHandler(EventHandler handler) {
 void X11WindowSystem::takeIn() {
     connection_.dispatchEvents();
     const auto changes = model_.update();
+    if (std::exchange(notedGeneration_, model_.generation()) != model_.generation()) {
+        noteWhatWasHeeded(changes);
+        noteWhatIsBack(changes);
+    }
     for (const auto window : changes.opened) {
         undelivered_.emplace_back(WindowEvent::opened, window);
     }
@@ -175,6 +302,10 @@ void X11WindowSystem::deliverEvents() {
         if (found == nullptr || !isAppWindow(*found)) {
             continue;
         }
+        // It was asked to hide after that.
+        if (event == WindowEvent::activated && (model_.isHidden(*found) || isOnItsWayOut(window))) {
+            continue;
+        }
         handlers_.tell(event, describe(*found));
     }
 }
@@ -194,11 +325,12 @@ void X11WindowSystem::rebuildIfChanged() {
 }
 
 bool X11WindowSystem::isAppWindow(const X11Window& window) const {
-    const auto is = [&](X11WindowModel::Atom type) {
-        return std::ranges::find(window.type, model_.atom(type)) != window.type.end();
-    };
-    return window.isManaged && !is(X11WindowModel::netWmWindowTypeDesktop) &&
-           !is(X11WindowModel::netWmWindowTypeDock);
+    return window.isManaged && !isOfType(window, X11WindowModel::netWmWindowTypeDesktop) &&
+           !isOfType(window, X11WindowModel::netWmWindowTypeDock);
+}
+
+bool X11WindowSystem::isOfType(const X11Window& window, X11WindowModel::Atom type) const {
+    return std::ranges::find(window.type, model_.atom(type)) != window.type.end();
 }
 
 Window X11WindowSystem::describe(const X11Window& window) const {

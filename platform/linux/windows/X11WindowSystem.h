@@ -4,11 +4,13 @@
 #include "platform/MainQueue.h"
 #include "platform/Subscribers.h"
 #include "platform/linux/windows/WindowSystem.h"
+#include "platform/linux/windows/X11Popups.h"
 #include "platform/linux/windows/X11WindowModel.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <set>
 #include <string>
 #include <utility>
@@ -39,8 +41,18 @@ private:
     void deliverEvents();
     void rebuildIfChanged();
     bool isAppWindow(const X11Window& window) const;
+    bool isOfType(const X11Window& window, X11WindowModel::Atom type) const;
     Window describe(const X11Window& window) const;
     void requestHidden(xcb_window_t window, bool hidden);
+    void keepPopupsAway();
+    bool isKeptAway(const Window& window) const;
+    bool isPopupOfHiddenApp(const X11Popup& popup);
+    void requestIconic(xcb_window_t window);
+    void watchHiding(std::span<const WindowId> windows);
+    bool isToBeHidden(WindowId window) const;
+    void endWatchOfHiding(std::vector<WindowId> asked, std::uint64_t heededBefore);
+    void noteWhatWasHeeded(const X11WindowModel::Changes& changes);
+    void noteWhatIsBack(const X11WindowModel::Changes& changes);
     void watchShowing();
     void mapStillHidden(std::size_t countBefore);
     void activateOne();
@@ -52,7 +64,19 @@ private:
     X11WindowModel model_;
     std::string hostName_;
     std::uint64_t builtGeneration_ = 0;
+    std::uint64_t notedGeneration_ = 0;
     std::vector<Window> windows_;
+    /// Asked to hide and not seen to have done so.
+    std::set<WindowId> awaitingHide_;
+    /// How often a window was seen to do what was asked; tells whether any did in between.
+    std::uint64_t heeded_ = 0;
+    /// In a row, of the present window manager.
+    int unheededRequests_ = 0;
+    std::uint64_t judgedManager_ = 0;
+    /// Asked to hide, and neither asked back nor brought back.
+    std::set<WindowId> keptAway_;
+    /// Null while no window is kept away.
+    std::unique_ptr<X11Popups> popups_;
     /// Asked back and not known to have come.
     std::set<WindowId> awaitingShow_;
     std::uint64_t lastShowWatch_ = 0;
