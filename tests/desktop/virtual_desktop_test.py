@@ -38,11 +38,11 @@ CALL_BUS = ("gdbus call --session --dest org.freedesktop.DBus --object-path /org
             "--method org.freedesktop.DBus.")
 
 
-def wait_until(condition, seconds=30):
+def wait_until(condition, what, seconds=30, seen=None):
     deadline = time.monotonic() + seconds
     while not (answer := condition()):
         if time.monotonic() > deadline:
-            raise AssertionError("the condition did not come true in time")
+            raise AssertionError(f"not within {seconds} s: {what}; seen: {seen() if seen else answer}")
         time.sleep(0.01)
     return answer
 
@@ -100,7 +100,7 @@ class VirtualDesktopTest(unittest.TestCase):
         """A world that listed its processes and now waits for its standard input to end."""
         command = f"({LIST_PROCESSES}) >{path}.new; mv {path}.new {path}; read line"
         world = self.start("sh", "-c", command, **keywords)
-        wait_until(path.exists)
+        wait_until(path.exists, f"{path} is there", seen=lambda: sorted(path.parent.iterdir()) if path.parent.exists() else None)
         return world, listed_processes(path.read_text())
 
     def assert_gone(self, processes, parts=frozenset(PARTS)):
@@ -300,7 +300,7 @@ class VirtualDesktopTest(unittest.TestCase):
 
     def test_ends_what_the_command_left_running(self):
         pid, start_time = self.ask("setsid sleep 1000 & echo $! $(cut -d' ' -f22 /proc/$!/stat)").split()
-        self.assertFalse(is_running(pid, start_time))
+        self.assertFalse(is_running(pid, start_time), pid)
 
     def test_is_gone_when_interrupted(self):
         for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
@@ -316,7 +316,8 @@ class VirtualDesktopTest(unittest.TestCase):
         world, processes = self.start_and_list(self.scratch / "list")
         world.kill()
         world.communicate(timeout=60)
-        wait_until(lambda: not any(is_running(*entry[:2]) for entry in processes))
+        wait_until(lambda: not any(is_running(*entry[:2]) for entry in processes), "they have ended",
+                   seen=lambda: [entry for entry in processes if is_running(*entry[:2])])
 
     def put_in_place_of(self, part, lines):
         stand_in = self.scratch / "bin" / part
