@@ -1,6 +1,7 @@
 #include "Curtain/AppDelegate.h"
 
 #include "Curtain/FixEverything.h"
+#include "Curtain/HidingWording.h"
 #include "Curtain/MeetingReadinessView.h"
 #include "Curtain/PlatformWording.h"
 #include "core/Localizer.h"
@@ -51,6 +52,7 @@ AppDelegate::AppDelegate(Platform::Platform& platform)
       cameraServices_{*platform.captureServices, *platform.mediaAuthorization, *platform.mainQueue,
                       *platform.workQueues},
       hiding_(*platform.workspace),
+      hidingWatch_(*platform.systemVersion, *platform.mainQueue),
       workspaceObserver_(*platform.workspace),
       store_(*platform.userDefaults),
       shortcuts_(*platform.userDefaults, *platform.hotKeyService, *platform.log),
@@ -114,6 +116,8 @@ void AppDelegate::applicationDidFinishLaunching() {
     hotkeys_.start();
     notifier_.languageProvider = [this] { return currentLang(); };
     setupAutoDetection();
+    hidingWatch_.onAnswer = [this] { hidingAnswered(); };
+    hidingWatch_.begin();
 }
 
 void AppDelegate::menuOpen() {
@@ -141,7 +145,7 @@ void AppDelegate::openSettings() {
         settingsView_ = std::make_shared<SettingsView>(SettingsView::Services{
             settingsModel(), catalog_, shortcuts_, *platform_.captureServices, *platform_.urlOpener,
             *platform_.keyboard, *platform_.systemShortcuts, *platform_.locale, *platform_.hotKeyService,
-            screenWatcher_, *statusItem_});
+            screenWatcher_, *statusItem_, *platform_.systemVersion});
         QObject::connect(settingsView_.get(), &SettingsView::langChanged, settingsView_.get(),
                          std::function<void()>(lifetime_.weak([this] { languageDidChange(); })));
     }
@@ -156,6 +160,7 @@ void AppDelegate::openSettings() {
             platform_.windows->makeWindow({"qrc:/Curtain/SettingsView.qml", settingsView_}, settingsSize, {});
         settingsWindow_->center();
     }
+    hidingWatch_.begin();
     nameSettingsWindow();
     settingsWindow_->makeKeyAndOrderFront();
     settingsWindow_->orderFrontRegardless();
@@ -171,6 +176,7 @@ void AppDelegate::nameSettingsWindow() {
 
 void AppDelegate::languageDidChange() {
     nameSettingsWindow();
+    updateToolTip();
     if (onboardingWC_) {
         onboardingWC_->viewModel()->setLang(currentLang());
     }
@@ -281,6 +287,8 @@ void AppDelegate::togglePopover() {
     } else {
         micMonitor_.stop();
     }
+    hidingWatch_.begin();
+    updateToolTip();
     coordinator().refresh();
     popover.setContent(makeReadinessView());
     const auto screen = popoverScreen();
@@ -378,7 +386,8 @@ Platform::View AppDelegate::makeReadinessView() {
                                                   *platform_.workspace,
                                                   catalog_,
                                                   *platform_.urlOpener,
-                                                  *platform_.locale};
+                                                  *platform_.locale,
+                                                  *platform_.systemVersion};
     return {"qrc:/Curtain/MeetingReadinessView.qml",
             std::make_shared<MeetingReadinessView>(services, currentLang(), std::move(actions))};
 }
@@ -432,11 +441,13 @@ void AppDelegate::handleDetection(CurtainCore::DetectionConfidence confidence) {
         notifier_.notifyPrompt();
         return;
     }
-    activatePrivacyMode();
+    const bool hasEffect = activatePrivacyMode();
     autoActivated_ = true;
     updateIcon();
     refreshReadiness();
-    notifier_.notifyActivated();
+    if (hasEffect) {
+        notifier_.notifyActivated();
+    }
 }
 
 void AppDelegate::undoAutomaticActivation() {
@@ -448,9 +459,10 @@ void AppDelegate::undoAutomaticActivation() {
     }
 }
 
-void AppDelegate::activatePrivacyMode() {
+bool AppDelegate::activatePrivacyMode() {
     engine().activate(store_.load().targetBundleIDs());
     tellIfListWasLost();
+    return !sayIfNothingIsHidden();
 }
 
 void AppDelegate::tellIfListWasLost() {
@@ -462,6 +474,27 @@ void AppDelegate::tellIfListWasLost() {
 void AppDelegate::deactivatePrivacyMode() {
     engine().deactivate();
     notifier_.withdrawPrivacyNotices();
+}
+
+bool AppDelegate::sayIfNothingIsHidden() {
+    hidingWatch_.begin();
+    const bool isInVain = hidingWatch_.isHidingImpossible();
+    if (isInVain) {
+        notifier_.notifyPrivacyModeInVain(
+            std::string(HidingWording::reason(*hidingWatch_.obstacle(), currentLang())));
+    }
+    return isInVain;
+}
+
+void AppDelegate::hidingAnswered() {
+    if (engine().isActive()) {
+        sayIfNothingIsHidden();
+    }
+    updateToolTip();
+    coordinator().refresh();
+    if (settingsView_) {
+        settingsView_->askSession();
+    }
 }
 
 void AppDelegate::hidePrivateApps() {
@@ -477,6 +510,7 @@ void AppDelegate::fixEverything() {
     const bool notificationsNeedAttention = FixEverything::run(engine(), store_, desktopController_);
     if (!wasActive) {
         tellIfListWasLost();
+        sayIfNothingIsHidden();
     }
     updateIcon();
     refreshReadiness();
@@ -533,6 +567,10 @@ void AppDelegate::savePhoto() {
 }
 
 void AppDelegate::showOnboardingWizard(CurtainCore::OnboardingStep startAt) {
+    if (onboardingWC_ && onboardingWC_->isOver()) {
+        // What stood in the way then need not do so now.
+        onboardingWC_.reset();
+    }
     if (!onboardingWC_) {
         const OnboardingViewModel::Services services{
             cameraManager_,
@@ -576,6 +614,19 @@ void AppDelegate::updateIcon() {
     const bool isActive = engine().isActive();
     const auto image = statusImage(isActive ? "close" : "open");
     statusItem_->setImage(image ? *image : symbolImage(isActive ? "eye.slash" : "eye"));
+    updateToolTip();
+}
+
+void AppDelegate::updateToolTip() {
+    if (!engine().isActive()) {
+        statusItem_->setToolTip("Curtain");
+        return;
+    }
+    const auto lang = currentLang();
+    const auto mode = hidingWatch_.isHidingImpossible()
+                          ? PlatformWording::string(PlatformKey::privacyModeInVain, lang)
+                          : PlatformWording::string(CurtainCore::LocKey::privacyOnTitle, lang);
+    statusItem_->setToolTip("Curtain — " + std::string(mode));
 }
 
 std::optional<Platform::Image> AppDelegate::statusImage(const std::string& name) const {

@@ -5,6 +5,7 @@
 #include "Curtain/CompatibilityProbe.h"
 #include "Curtain/DesktopChecker.h"
 #include "Curtain/DesktopController.h"
+#include "Curtain/HidingWatch.h"
 #include "Curtain/HotkeyManager.h"
 #include "Curtain/MicrophoneMonitor.h"
 #include "Curtain/Notifier.h"
@@ -78,9 +79,13 @@ private:
     void noticeRehidden(const std::string& bundleID);
     void handleDetection(CurtainCore::DetectionConfidence confidence);
     void undoAutomaticActivation();
-    void activatePrivacyMode();
+    /// Returns false where it was said that it has no effect.
+    bool activatePrivacyMode();
     void tellIfListWasLost();
     void deactivatePrivacyMode();
+    /// To be called after privacy mode has been switched on. Returns whether it was said that it is in vain.
+    bool sayIfNothingIsHidden();
+    void hidingAnswered();
     void hidePrivateApps();
     void fixEverything();
     void restore();
@@ -96,6 +101,7 @@ private:
 
     std::string currentLang() const;
     void updateIcon();
+    void updateToolTip();
     std::optional<Platform::Image> statusImage(const std::string& name) const;
     Platform::Image symbolImage(const std::string& name) const;
     void refreshReadiness();
@@ -109,6 +115,7 @@ private:
 
     std::unique_ptr<Platform::StatusItem> statusItem_;
     SystemAppHiding hiding_;
+    HidingWatch hidingWatch_;
     std::optional<CurtainCore::HideEngine> engine_;
     WorkspaceObserver workspaceObserver_;
     CurtainCore::PreferencesStore store_;

@@ -33,6 +33,8 @@ QString visibilityName(PrivateAppVisibility visibility) {
         return QStringLiteral("hidden");
     case PrivateAppVisibility::notRunning:
         return QStringLiteral("notRunning");
+    case PrivateAppVisibility::unknown:
+        return QStringLiteral("cannotTell");
     }
     return {};
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Curtain/HidingWatch.h"
 #include "core/Compatibility.h"
 #include "platform/AudioServices.h"
 #include "platform/CaptureServices.h"
@@ -28,8 +29,10 @@ public:
     [[nodiscard]] Platform::Subscription prepare() const;
     /// What is not known counts as not there.
     CurtainCore::CompatibilityResult run() const;
-    /// Why apps cannot be hidden here; absent where they can, and where it is not known.
+    /// Why apps cannot be hidden here; absent where they can.
     std::optional<Platform::HidingObstacle> hidingObstacle() const;
+    /// Waits for the answer to that.
+    HidingWatch hidingWatch(Platform::MainQueue& mainQueue) const { return {services_.system, mainQueue}; }
 
 private:
     Services services_;

@@ -5,13 +5,21 @@ WizardPage {
     id: page
 
     readonly property bool isCompatible: vm.isCompatibilityKnown && vm.isCompatible
+    readonly property bool isUnsupported: vm.isCompatibilityKnown && !vm.isCompatible
 
     hasButton: isCompatible
     button.text: vm.text("wizCompatContinue")
     button.onClicked: vm.advance()
+    // The answer may come after the button to close the window has had the keyboard.
+    onIsCompatibleChanged: {
+        if (isCompatible) {
+            button.forceActiveFocus();
+        }
+    }
     Component.onCompleted: vm.checkCompatibility()
 
     Spinner {
+        id: spinner
         objectName: "spinner"
         anchors.centerIn: parent
         visible: !page.vm.isCompatibilityKnown
@@ -64,14 +72,28 @@ WizardPage {
             }
         }
     }
+    WizardText {
+        objectName: "waiting"
+        y: spinner.y + spinner.height + 16
+        inset: 12
+        visible: !page.vm.isCompatibilityKnown && text !== ""
+        text: page.vm.hidingObstacle
+    }
     Item {
-        anchors.fill: parent
-        visible: page.vm.isCompatibilityKnown && !page.vm.isCompatible
+        id: unsupported
+
+        readonly property real contentHeight: 56 + 20 + verdict.height + 10 + obstacle.height
+            + (remedy.visible ? 10 + remedy.height : 0)
+
+        x: 0
+        y: 51 + Math.max(0, Math.round((close.y - 51 - contentHeight) / 2))
+        width: parent.width
+        height: contentHeight
+        visible: page.isUnsupported
 
         Symbol {
             objectName: "warning"
             anchors.horizontalCenter: parent.horizontalCenter
-            y: 150
             name: "exclamationmark.circle.fill"
             size: 56
             color: Theme.orange
@@ -79,16 +101,47 @@ WizardPage {
         WizardTitle {
             id: verdict
             objectName: "verdict"
-            y: 226
+            y: 76
             style: Theme.panelTitle
             text: page.vm.text("wizCompatOSFail")
         }
         WizardText {
+            id: obstacle
             objectName: "obstacle"
             y: verdict.y + verdict.height + 10
             inset: 12
             visible: text !== ""
             text: page.vm.hidingObstacle
+        }
+        WizardText {
+            id: remedy
+            objectName: "remedy"
+            y: obstacle.y + obstacle.height + 10
+            inset: 12
+            color: Theme.ink
+            visible: text !== ""
+            text: page.vm.hidingRemedy
+        }
+    }
+    ActionButton {
+        id: close
+        objectName: "close"
+        x: 24
+        y: 396
+        width: parent.width - 48
+        height: 40
+        kind: "quiet"
+        visible: page.isUnsupported || page.vm.hidingObstacle !== ""
+        enabled: visible
+        text: page.vm.text("close")
+        onVisibleChanged: takeKeyboard()
+        Component.onCompleted: takeKeyboard()
+        onClicked: page.vm.close()
+
+        function takeKeyboard() {
+            if (visible) {
+                forceActiveFocus();
+            }
         }
     }
 }

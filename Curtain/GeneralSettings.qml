@@ -91,8 +91,15 @@ SettingsPage {
         objectName: "noGlobalShortcuts"
         x: 1 + Theme.rowInset
         width: parent.width - 2 * x
-        visible: !page.model.hasGlobalShortcuts
+        visible: page.model.shortcutReach === "nowhere"
         text: page.model.texts.noGlobalShortcuts
+    }
+    WarningCaption {
+        objectName: "shortcutInX11WindowsOnly"
+        x: 1 + Theme.rowInset
+        width: parent.width - 2 * x
+        visible: page.model.shortcutReach === "inX11WindowsOnly"
+        text: page.model.texts.shortcutInX11WindowsOnly
     }
     WarningCaption {
         objectName: "noTray"
@@ -100,5 +107,12 @@ SettingsPage {
         width: parent.width - 2 * x
         visible: !page.model.hasTray
         text: page.model.texts.noTray
+    }
+    WarningCaption {
+        objectName: "generalHidingObstacle"
+        x: 1 + Theme.rowInset
+        width: parent.width - 2 * x
+        visible: text !== ""
+        text: page.model.hidingObstacle
     }
 }

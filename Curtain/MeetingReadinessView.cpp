@@ -1,5 +1,6 @@
 #include "Curtain/MeetingReadinessView.h"
 
+#include "Curtain/HidingWording.h"
 #include "Curtain/NotificationChecker.h"
 #include "Curtain/SettingsLinks.h"
 #include "Curtain/ViewText.h"
@@ -55,6 +56,10 @@ QString keyName(CurtainCore::LocKey key) {
     return QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size()));
 }
 
+QVariantMap shareLine(const QString& key, const QString& text, const QString& tone) {
+    return {{QStringLiteral("key"), key}, {QStringLiteral("text"), text}, {QStringLiteral("tone"), tone}};
+}
+
 bool isSevere(const CurtainCore::ReadinessIssue& issue) {
     return issue.severity == ReadinessStatus::danger;
 }
@@ -105,30 +110,66 @@ QString MeetingReadinessView::capsuleTone() const {
     const auto isMicrophoneOut = microphoneMark() == ReadinessStatus::danger;
     const std::array rows{now.camera, isMicrophoneOut ? ReadinessStatus::danger : now.microphone,
                           now.notifications, now.desktop, now.privateApps};
-    if (!now.issues.empty() || std::ranges::any_of(rows, isBad)) {
+    if (!now.issues.empty() || isPrivacyModeInVain() || std::ranges::any_of(rows, isBad)) {
         return QStringLiteral("orange");
     }
     return std::ranges::count(rows, ReadinessStatus::unknown) > 0 ? QStringLiteral("gray")
                                                                   : QStringLiteral("green");
 }
 
+bool MeetingReadinessView::isPrivacyModeInVain() const {
+    const auto obstacle = services_.system.hidingObstacle();
+    return isPrivacyModeOn() && obstacle && obstacle != Platform::HidingObstacle::notKnownYet;
+}
+
+QString MeetingReadinessView::hidingObstacle() const {
+    const auto obstacle = services_.system.hidingObstacle();
+    return obstacle ? toQString(HidingWording::reason(*obstacle, lang_)) : QString();
+}
+
+bool MeetingReadinessView::isRiskOpen() const {
+    return isScoreIncomplete() && state().risk == RiskLevel::low;
+}
+
+QString MeetingReadinessView::scoreGap() const {
+    if (!isScoreIncomplete()) {
+        return {};
+    }
+    const bool areSomeCounted = state().privateApps == ReadinessStatus::danger;
+    return text(areSomeCounted ? QStringLiteral("somePrivateAppsNotCounted")
+                               : QStringLiteral("privateAppsNotCounted"));
+}
+
 QString MeetingReadinessView::riskLabel() const {
+    if (isRiskOpen()) {
+        return text(QStringLiteral("cannotTell"));
+    }
     static constexpr std::array keys{"riskLow", "riskMedium", "riskHigh", "riskVeryHigh"};
     return text(QString::fromLatin1(keys.at(static_cast<std::size_t>(state().risk))));
 }
 
 QString MeetingReadinessView::riskTone() const {
-    return riskColour(state().risk);
+    return isRiskOpen() ? QStringLiteral("gray") : riskColour(state().risk);
 }
 
 QVariantList MeetingReadinessView::issues() const {
     QVariantList all;
     for (const auto& issue : state().issues) {
         const auto key = keyName(issue.key);
-        all.push_back(QVariantMap{
-            {QStringLiteral("key"), key},
-            {QStringLiteral("text"), text(key)},
-            {QStringLiteral("tone"), isSevere(issue) ? QStringLiteral("red") : QStringLiteral("orange")}});
+        all.push_back(
+            shareLine(key, text(key), isSevere(issue) ? QStringLiteral("red") : QStringLiteral("orange")));
+    }
+    return all;
+}
+
+QVariantList MeetingReadinessView::shareLines() const {
+    auto all = issues();
+    if (isScoreIncomplete()) {
+        all.push_back(shareLine(QStringLiteral("cannotTell"), text(QStringLiteral("privateAppsUnseen")),
+                                QStringLiteral("gray")));
+    }
+    if (all.isEmpty()) {
+        all.push_back(shareLine({}, text(QStringLiteral("youAreReady")), QStringLiteral("green")));
     }
     return all;
 }
@@ -180,6 +221,9 @@ QString MeetingReadinessView::privateAppsStatus() const {
 QString MeetingReadinessView::privateAppsDetail() const {
     if (state().privateApps == ReadinessStatus::ok) {
         return text(QStringLiteral("youAreReady"));
+    }
+    if (state().privateApps == ReadinessStatus::unknown && isScoreIncomplete()) {
+        return text(QStringLiteral("cannotTell"));
     }
     const auto visible =
         std::ranges::count(privateApps_.rows(), PrivateAppVisibility::visible, &AppListRow::visibility);
@@ -258,13 +302,14 @@ bool MeetingReadinessView::isReady() const {
     const auto& now = state();
     const std::array rows{now.camera, microphoneMark(), now.notifications, now.desktop, now.privateApps};
     return services_.camera.status() == CameraStatus::available && now.issues.empty() &&
-           std::ranges::none_of(rows, isBad);
+           !isScoreIncomplete() && !isPrivacyModeInVain() && std::ranges::none_of(rows, isBad);
 }
 
 QStringList MeetingReadinessView::visibilities() const {
     static constexpr std::array names{std::pair{PrivateAppVisibility::visible, "visible"},
                                       std::pair{PrivateAppVisibility::hidden, "hidden"},
-                                      std::pair{PrivateAppVisibility::notRunning, "notRunning"}};
+                                      std::pair{PrivateAppVisibility::notRunning, "notRunning"},
+                                      std::pair{PrivateAppVisibility::unknown, "cannotTell"}};
     QStringList found;
     for (const auto& [visibility, name] : names) {
         if (std::ranges::count(privateApps_.rows(), visibility, &AppListRow::visibility) > 0) {

@@ -8,6 +8,7 @@
 #include "Curtain/ReadinessCoordinator.h"
 #include "core/PreferencesStore.h"
 #include "platform/Locale.h"
+#include "platform/SystemVersion.h"
 #include "platform/UrlOpener.h"
 #include "platform/Workspace.h"
 
@@ -47,12 +48,19 @@ class MeetingReadinessView : public QObject {
     Q_PROPERTY(QString capsuleText READ capsuleText NOTIFY stateChanged)
     Q_PROPERTY(QString capsuleTone READ capsuleTone NOTIFY stateChanged)
     Q_PROPERTY(bool isPrivacyModeOn READ isPrivacyModeOn NOTIFY stateChanged)
+    /// Whether it hides nothing, since nothing can be hidden here.
+    Q_PROPERTY(bool isPrivacyModeInVain READ isPrivacyModeInVain NOTIFY stateChanged)
+    /// One sentence on why apps cannot be hidden, empty where they can.
+    Q_PROPERTY(QString hidingObstacle READ hidingObstacle NOTIFY stateChanged)
     Q_PROPERTY(bool showsRisk READ showsRisk NOTIFY stateChanged)
     Q_PROPERTY(int score READ score NOTIFY stateChanged)
     Q_PROPERTY(QString riskLabel READ riskLabel NOTIFY stateChanged)
     Q_PROPERTY(QString riskTone READ riskTone NOTIFY stateChanged)
+    /// What the score leaves out, in a few words; empty where it is complete.
+    Q_PROPERTY(QString scoreGap READ scoreGap NOTIFY stateChanged)
     Q_PROPERTY(bool hasIssues READ hasIssues NOTIFY stateChanged)
     Q_PROPERTY(QVariantList issues READ issues NOTIFY stateChanged)
+    Q_PROPERTY(QVariantList shareLines READ shareLines NOTIFY stateChanged)
 
     Q_PROPERTY(QString cameraStatus READ cameraStatus NOTIFY stateChanged)
     Q_PROPERTY(QString cameraDetail READ cameraDetail NOTIFY stateChanged)
@@ -97,6 +105,7 @@ public:
         const AppCatalog& catalog;
         Platform::UrlOpener& urlOpener;
         Platform::Locale& locale;
+        Platform::SystemVersion& system;
     };
 
     MeetingReadinessView(const Services& services, std::string lang, MeetingReadinessActions actions);
@@ -108,13 +117,18 @@ public:
     QString capsuleText() const;
     QString capsuleTone() const;
     bool isPrivacyModeOn() const { return state().privacyModeActive; }
+    bool isPrivacyModeInVain() const;
+    QString hidingObstacle() const;
     bool showsRisk() const { return showsRisk_; }
     int score() const { return state().score; }
     QString riskLabel() const;
     QString riskTone() const;
+    QString scoreGap() const;
     bool hasIssues() const { return !state().issues.empty(); }
     /// Each with its `key`, `text` and `tone`.
     QVariantList issues() const;
+    /// The issues and what cannot be told; a single one with an empty `key` where all is well.
+    QVariantList shareLines() const;
 
     /// "ok", "warning", "danger" or "unknown", like that of every row.
     QString cameraStatus() const;
@@ -201,6 +215,9 @@ private:
     enum class SettingsPage { none, camera, focus };
 
     const CurtainCore::ReadinessState& state() const { return services_.coordinator.state(); }
+    bool isScoreIncomplete() const { return state().privateAppsUnknown > 0; }
+    /// Whether the risk would be called low, and apps that were not counted may raise it.
+    bool isRiskOpen() const;
     CurtainCore::ReadinessStatus microphoneMark() const;
     void readState();
     void readCamera();

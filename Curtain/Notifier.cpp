@@ -99,6 +99,15 @@ void Notifier::notifyNothingHidden() {
          {text(PlatformKey::nothingHiddenTitle, lang), text(PlatformKey::privateAppsLost, lang), {}, {}}});
 }
 
+void Notifier::notifyPrivacyModeInVain(const std::string& reason) {
+    if (!enabled_) {
+        return;
+    }
+    registerCategories();
+    const auto title = PlatformWording::string(PlatformKey::privacyModeInVain, languageProvider());
+    addPrivacyNotice({"privacyModeInVain", {std::string(title), reason, activatedCategory, {}}});
+}
+
 void Notifier::withdrawPrivacyNotices() {
     if (!privacyNotices_.empty()) {
         center_.removeDeliveredNotifications({privacyNotices_.begin(), privacyNotices_.end()});

@@ -46,6 +46,8 @@ public:
     void notifySettingsLost(const CurtainCore::PreferencesDamage& damage);
     /// Privacy mode is on and hides nothing, since the private apps were lost with the settings.
     void notifyNothingHidden();
+    /// Privacy mode is on, and nothing can be hidden, for this reason. A second one takes its place.
+    void notifyPrivacyModeInVain(const std::string& reason);
     /// Takes every notice off the screen that is true only while privacy mode is on.
     void withdrawPrivacyNotices();
     /// The one about this app, which is hidden no longer.

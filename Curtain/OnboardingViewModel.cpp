@@ -1,5 +1,6 @@
 #include "Curtain/OnboardingViewModel.h"
 
+#include "Curtain/HidingWording.h"
 #include "Curtain/PlatformWording.h"
 #include "Curtain/SettingsLinks.h"
 #include "Curtain/ViewText.h"
@@ -20,28 +21,14 @@ using CurtainCore::PermissionStatus;
 using Platform::AuthorizationStatus;
 using Platform::MediaType;
 
-PlatformKey sentence(Platform::HidingObstacle obstacle) {
-    switch (obstacle) {
-    case Platform::HidingObstacle::waylandSession:
-        return PlatformKey::noHidingOnWayland;
-    case Platform::HidingObstacle::noWindowManager:
-        return PlatformKey::noWindowManager;
-    case Platform::HidingObstacle::nextSessionNeeded:
-        return PlatformKey::logOutOnce;
-    case Platform::HidingObstacle::windowManagerIgnoresHiding:
-        return PlatformKey::windowManagerIgnoresHiding;
-    case Platform::HidingObstacle::notKnownYet:
-        return PlatformKey::hidingNotKnownYet;
-    }
-    return PlatformKey::noHidingOnWayland;
-}
-
 } // namespace
 
 OnboardingViewModel::OnboardingViewModel(const Services& services, std::string lang, OnboardingStep startAt)
     : services_(services),
       lang_(std::move(lang)),
-      flow_(startAt) {
+      flow_(startAt),
+      hidingWatch_(services.compatibilityProbe.hidingWatch(services.camera.mainQueue)) {
+    hidingWatch_.onAnswer = [this] { checkCompatibility(); };
     // Qt ends both with the model.
     connect(&services.cameraManager, &CameraPreviewManager::changed, this, &OnboardingViewModel::changed);
     connect(&services.micMonitor, &MicrophoneMonitor::changed, this, &OnboardingViewModel::changed);
@@ -60,6 +47,9 @@ void OnboardingViewModel::windowDidShow() {
     if (!compatibility_) {
         preparation_ = services_.compatibilityProbe.prepare();
     }
+    if (flow_.step() == OnboardingStep::compatibility()) {
+        checkCompatibility();
+    }
     if (const auto kind = flow_.step().permissionKind();
         kind && currentStatus() == PermissionStatus::granted) {
         startLiveArea(*kind);
@@ -69,6 +59,7 @@ void OnboardingViewModel::windowDidShow() {
 void OnboardingViewModel::windowWillClose() {
     isClosed_ = true;
     preparation_ = {};
+    hidingWatch_.end();
     services_.cameraManager.stop();
     services_.micMonitor.stop();
 }
@@ -131,8 +122,11 @@ QString OnboardingViewModel::videoApps() const {
 }
 
 QString OnboardingViewModel::hidingObstacle() const {
-    return hidingObstacle_ ? toQString(PlatformWording::string(sentence(*hidingObstacle_), lang_))
-                           : QString();
+    return hidingObstacle_ ? toQString(HidingWording::reason(*hidingObstacle_, lang_)) : QString();
+}
+
+QString OnboardingViewModel::hidingRemedy() const {
+    return hidingObstacle_ ? toQString(HidingWording::remedy(*hidingObstacle_, lang_)) : QString();
 }
 
 bool OnboardingViewModel::isGranted() const {
@@ -198,10 +192,16 @@ void OnboardingViewModel::checkCompatibility() {
     if (compatibility_) {
         return;
     }
+    hidingObstacle_ = services_.compatibilityProbe.hidingObstacle();
+    if (hidingObstacle_ == Platform::HidingObstacle::notKnownYet) {
+        hidingWatch_.begin();
+        Q_EMIT changed();
+        return;
+    }
     compatibility_ = services_.compatibilityProbe.run();
     preparation_ = {};
-    if (!compatibility_->isCompatible()) {
-        hidingObstacle_ = services_.compatibilityProbe.hidingObstacle();
+    if (compatibility_->isCompatible()) {
+        hidingObstacle_.reset();
     }
     Q_EMIT changed();
 }
@@ -242,6 +242,10 @@ void OnboardingViewModel::finish() {
     // A copy, since finishing may put another action in its place.
     const auto action = onFinish;
     action();
+}
+
+void OnboardingViewModel::close() {
+    onClose();
 }
 
 void OnboardingViewModel::desktopAnswered() {

@@ -3,6 +3,7 @@
 #include "Curtain/CameraPreviewManager.h"
 #include "Curtain/CompatibilityProbe.h"
 #include "Curtain/DesktopChecker.h"
+#include "Curtain/HidingWatch.h"
 #include "Curtain/MicrophoneMonitor.h"
 #include "core/Compatibility.h"
 #include "core/OnboardingFlow.h"
@@ -39,6 +40,8 @@ class OnboardingViewModel : public QObject {
     Q_PROPERTY(QString videoApps READ videoApps NOTIFY changed)
     /// One sentence on why apps cannot be hidden, empty where there is none.
     Q_PROPERTY(QString hidingObstacle READ hidingObstacle NOTIFY changed)
+    /// One sentence on what helps against it, empty where nothing is to be said.
+    Q_PROPERTY(QString hidingRemedy READ hidingRemedy NOTIFY changed)
     /// Of the current page. On a page that asks for no permission both are false.
     Q_PROPERTY(bool isGranted READ isGranted NOTIFY changed)
     Q_PROPERTY(bool isDenied READ isDenied NOTIFY changed)
@@ -68,6 +71,8 @@ public:
     OnboardingViewModel(const Services& services, std::string lang, CurtainCore::OnboardingStep startAt);
 
     std::function<void()> onFinish = [] {};
+    /// The user wants to be rid of the window.
+    std::function<void()> onClose = [] {};
 
     CameraPreviewManager& cameraManager() const { return services_.cameraManager; }
     MicrophoneMonitor& micMonitor() const { return services_.micMonitor; }
@@ -101,6 +106,7 @@ public:
     bool hasVideoApps() const;
     QString videoApps() const;
     QString hidingObstacle() const;
+    QString hidingRemedy() const;
     bool isGranted() const;
     bool isDenied() const;
     QString settingsProblem() const;
@@ -114,12 +120,14 @@ public:
     /// The text of a key, by the key's name.
     Q_INVOKABLE QString text(const QString& key) const;
     Q_INVOKABLE void advance();
-    /// To be called when the compatibility page is shown. Looks at the system the first time.
+    /// To be called when the compatibility page is shown. Looks at the system the first time, and as often as
+    /// it does not know yet whether apps can be hidden.
     Q_INVOKABLE void checkCompatibility();
     /// Asks for the permission of the current page; nothing on a page without one.
     Q_INVOKABLE void requestCurrentPermission();
     Q_INVOKABLE void openSystemSettings();
     Q_INVOKABLE void finish();
+    Q_INVOKABLE void close();
 
 Q_SIGNALS:
     /// All texts are others; comes before `changed`.
@@ -142,6 +150,7 @@ private:
     CurtainCore::OnboardingFlow flow_;
     std::optional<CurtainCore::CompatibilityResult> compatibility_;
     std::optional<Platform::HidingObstacle> hidingObstacle_;
+    HidingWatch hidingWatch_;
     std::map<CurtainCore::PermissionKind, CurtainCore::PermissionStatus> status_;
     std::int64_t desktopFileCount_ = 0;
     bool isSettingsPageMissing_ = false;

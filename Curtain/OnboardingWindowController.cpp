@@ -15,7 +15,9 @@ OnboardingWindowController::OnboardingWindowController(Platform::Windows& window
                                                        std::shared_ptr<OnboardingViewModel> viewModel)
     : windows_(windows),
       application_(application),
-      viewModel_(std::move(viewModel)) {}
+      viewModel_(std::move(viewModel)) {
+    viewModel_->onClose = [this] { close(); };
+}
 
 void OnboardingWindowController::show() {
     if (!window_) {
@@ -36,6 +38,11 @@ void OnboardingWindowController::close() {
     if (window_) {
         window_->close();
     }
+}
+
+bool OnboardingWindowController::isOver() const {
+    return window_ && !window_->isVisible() && viewModel_->isCompatibilityKnown() &&
+           !viewModel_->isCompatible();
 }
 
 void OnboardingWindowController::makeWindow() {

@@ -20,6 +20,8 @@ public:
     /// Makes the window the first time, and brings it to the front every time.
     void show();
     void close();
+    /// Whether its window is closed and there was no way forward in it.
+    bool isOver() const;
 
 private:
     void makeWindow();

@@ -9,7 +9,7 @@
 
 namespace Curtain {
 
-/// Names a text that only Linux needs: a sentence, or a button's name for assistive technology and its tip.
+/// Names a text that only Linux needs: a sentence or, from `mirrorPicture` on, a few words.
 enum class PlatformKey {
     /// Why apps cannot be hidden, to stand below `wizCompatOSFail` or alone: the session is a Wayland one
     /// that has no way to do it.
@@ -22,13 +22,22 @@ enum class PlatformKey {
     windowManagerIgnoresHiding,
     /// The same, for now: the session has not answered yet.
     hidingNotKnownYet,
+    /// What helps against noHidingOnWayland, noWindowManager and windowManagerIgnoresHiding.
+    chooseX11Session,
+    startWindowManager,
+    chooseAnotherDesktop,
+    /// Where not every window of the session is known.
+    privateAppsUnseen,
     /// The desktop has no page that a settings button could open, and what to do instead.
     noSettingsPage,
     /// The same, where the page would grant a permission.
     noPermissionPage,
     noTray,
     noGlobalShortcuts,
+    shortcutInX11WindowsOnly,
     noShareDetection,
+    /// Something can tell as a rule, and cannot at this moment.
+    shareDetectionUnknown,
     /// The stored settings could not be understood, and what that means; the name of their copy stands below.
     settingsDamaged,
     /// The same where they cannot even be read.
@@ -41,6 +50,14 @@ enum class PlatformKey {
     /// The titles of the notices about the three sentences above.
     settingsLostTitle,
     nothingHiddenTitle,
+    close,
+    /// What one app is where nobody knows whether it can be seen, and the risk for want of such answers.
+    cannotTell,
+    /// Below a score: none of them is in it, or not all are.
+    privateAppsNotCounted,
+    somePrivateAppsNotCounted,
+    /// Privacy mode is on, and nothing can be hidden.
+    privacyModeInVain,
 };
 
 /// The texts that the user sees on Linux: those of `CurtainCore::Localizer`, but for the few that would be
@@ -61,17 +78,23 @@ std::string_view string(PlatformKey key, std::string_view lang);
 
 template <>
 struct CurtainCore::RawValues<Curtain::PlatformKey> {
-    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 18> cases{{
+    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 29> cases{{
         {Curtain::PlatformKey::noHidingOnWayland, "noHidingOnWayland"},
         {Curtain::PlatformKey::noWindowManager, "noWindowManager"},
         {Curtain::PlatformKey::logOutOnce, "logOutOnce"},
         {Curtain::PlatformKey::windowManagerIgnoresHiding, "windowManagerIgnoresHiding"},
         {Curtain::PlatformKey::hidingNotKnownYet, "hidingNotKnownYet"},
+        {Curtain::PlatformKey::chooseX11Session, "chooseX11Session"},
+        {Curtain::PlatformKey::startWindowManager, "startWindowManager"},
+        {Curtain::PlatformKey::chooseAnotherDesktop, "chooseAnotherDesktop"},
+        {Curtain::PlatformKey::privateAppsUnseen, "privateAppsUnseen"},
         {Curtain::PlatformKey::noSettingsPage, "noSettingsPage"},
         {Curtain::PlatformKey::noPermissionPage, "noPermissionPage"},
         {Curtain::PlatformKey::noTray, "noTray"},
         {Curtain::PlatformKey::noGlobalShortcuts, "noGlobalShortcuts"},
+        {Curtain::PlatformKey::shortcutInX11WindowsOnly, "shortcutInX11WindowsOnly"},
         {Curtain::PlatformKey::noShareDetection, "noShareDetection"},
+        {Curtain::PlatformKey::shareDetectionUnknown, "shareDetectionUnknown"},
         {Curtain::PlatformKey::settingsDamaged, "settingsDamaged"},
         {Curtain::PlatformKey::settingsUnreadable, "settingsUnreadable"},
         {Curtain::PlatformKey::privateAppsLost, "privateAppsLost"},
@@ -80,5 +103,10 @@ struct CurtainCore::RawValues<Curtain::PlatformKey> {
         {Curtain::PlatformKey::clearSearch, "clearSearch"},
         {Curtain::PlatformKey::settingsLostTitle, "settingsLostTitle"},
         {Curtain::PlatformKey::nothingHiddenTitle, "nothingHiddenTitle"},
+        {Curtain::PlatformKey::close, "close"},
+        {Curtain::PlatformKey::cannotTell, "cannotTell"},
+        {Curtain::PlatformKey::privateAppsNotCounted, "privateAppsNotCounted"},
+        {Curtain::PlatformKey::somePrivateAppsNotCounted, "somePrivateAppsNotCounted"},
+        {Curtain::PlatformKey::privacyModeInVain, "privacyModeInVain"},
     }};
 };

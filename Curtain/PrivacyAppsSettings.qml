@@ -6,8 +6,21 @@ SettingsPage {
 
     required property QtObject model
 
-    readonly property real listTop: options.height + 10 + segments.height + 8 + search.height + 8
+    readonly property real listTop: (obstacle.visible ? obstacle.height + 10 : 0) + options.height + 10 + segments.height + 8 + search.height + 8
 
+    WarningCaption {
+        id: obstacle
+        objectName: "hidingObstacle"
+        x: 1 + Theme.rowInset
+        width: parent.width - 2 * x
+        visible: text !== ""
+        text: page.model.hidingObstacle
+    }
+    Item {
+        width: 1
+        height: 10
+        visible: obstacle.visible
+    }
     Card {
         id: options
         width: parent.width
@@ -35,7 +48,7 @@ SettingsPage {
             WarningCaption {
                 objectName: "restartCaption"
                 width: parent.width
-                visible: page.model.switches.autoDetect
+                visible: page.model.switches.autoDetect && page.model.hasShareDetection
                 text: page.model.texts.autoDetectRestart
             }
             WarningCaption {
@@ -43,6 +56,12 @@ SettingsPage {
                 width: parent.width
                 visible: !page.model.hasShareDetection
                 text: page.model.texts.noShareDetection
+            }
+            WarningCaption {
+                objectName: "shareDetectionUnknown"
+                width: parent.width
+                visible: page.model.isShareDetectionBlind
+                text: page.model.texts.shareDetectionUnknown
             }
             // It says what is detected, so it would contradict the one above.
             StyledText {

@@ -5,10 +5,14 @@ namespace {
 
 PrivateAppVisibility visibilityOf(Platform::Workspace& workspace, const CurtainCore::TargetApp& target) {
     const auto instances = workspace.runningApplicationsWithBundleIdentifier(target.bundleID);
+    const bool isSeen = !instances.empty() && !instances.front()->isHidden();
+    if (!isSeen && !workspace.knowsEveryWindow()) {
+        return PrivateAppVisibility::unknown;
+    }
     if (instances.empty()) {
         return PrivateAppVisibility::notRunning;
     }
-    return instances.front()->isHidden() ? PrivateAppVisibility::hidden : PrivateAppVisibility::visible;
+    return isSeen ? PrivateAppVisibility::visible : PrivateAppVisibility::hidden;
 }
 
 } // namespace
@@ -27,6 +31,9 @@ PrivateAppsReport report(Platform::Workspace& workspace, const std::vector<Curta
             ++report.hidden;
             break;
         case PrivateAppVisibility::notRunning:
+            break;
+        case PrivateAppVisibility::unknown:
+            ++report.unknown;
             break;
         }
     }

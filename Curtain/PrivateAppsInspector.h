@@ -8,7 +8,13 @@
 
 namespace Curtain {
 
-enum class PrivateAppVisibility { visible, hidden, notRunning };
+enum class PrivateAppVisibility {
+    visible,
+    hidden,
+    notRunning,
+    /// Not seen, in a session that does not show all of its windows.
+    unknown,
+};
 
 struct PrivateAppRow {
     std::string bundleID;
@@ -19,12 +25,14 @@ struct PrivateAppRow {
     bool operator==(const PrivateAppRow&) const = default;
 };
 
-/// Counts of private apps, duplicates counted; `running` is the sum of `visible` and `hidden`.
+/// Counts of private apps, duplicates counted; `running` is the sum of `visible` and `hidden`. One that is
+/// unknown may run or not.
 struct PrivateAppsReport {
     int total = 0;
     int running = 0;
     int visible = 0;
     int hidden = 0;
+    int unknown = 0;
 
     bool operator==(const PrivateAppsReport&) const = default;
 };

@@ -62,19 +62,20 @@ Card {
         Item {
             StateMetrics { id: visibleWord; text: panel.model.visibilities.includes("visible") ? panel.model.text("visible") : "" }
             StateMetrics { id: hiddenWord; text: panel.model.visibilities.includes("hidden") ? panel.model.text("hidden") : "" }
+            StateMetrics { id: cannotTellWord; text: panel.model.visibilities.includes("cannotTell") ? panel.model.text("cannotTell") : "" }
             StateMetrics { id: notRunningWord; text: panel.model.visibilities.includes("notRunning") ? panel.model.text("notRunning") : "" }
 
             ListView {
                 id: list
 
                 readonly property real stateWidth: 14 + Math.ceil(Math.max(visibleWord.advanceWidth,
-                    hiddenWord.advanceWidth, notRunningWord.advanceWidth))
+                    hiddenWord.advanceWidth, notRunningWord.advanceWidth, cannotTellWord.advanceWidth))
                 readonly property bool canScroll: contentHeight > height
 
                 objectName: "privateAppsList"
                 anchors.left: parent.left
                 width: 303
-                height: 178
+                height: obstacle.visible ? obstacle.y - 8 : 178
                 model: panel.model.privateApps
                 clip: canScroll
                 interactive: canScroll
@@ -154,12 +155,21 @@ Card {
                 objectName: "addPrivateAppsHint"
                 anchors.left: parent.left
                 width: 288
-                height: 178
+                height: list.height
                 visible: !panel.model.hasPrivateApps
                 horizontalAlignment: Text.AlignHCenter
                 wrapMode: Text.WordWrap
                 text: panel.model.text("addPrivateAppsHint")
                 color: Theme.ink2
+            }
+            WarningCaption {
+                id: obstacle
+                objectName: "hidingObstacle"
+                anchors.left: parent.left
+                y: 178 - height
+                width: 288
+                visible: text !== ""
+                text: panel.model.hidingObstacle
             }
             ActionButton {
                 objectName: "hidePrivateApps"

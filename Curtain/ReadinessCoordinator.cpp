@@ -21,7 +21,9 @@ void ReadinessCoordinator::refresh() {
     using CurtainCore::NotificationStatus;
     const auto preferences = store_.load();
     CurtainCore::ReadinessInput input;
-    input.privateAppsVisible = PrivateAppsInspector::report(workspace_, preferences.targetApps).visible;
+    const auto apps = PrivateAppsInspector::report(workspace_, preferences.targetApps);
+    input.privateAppsVisible = apps.visible;
+    input.privateAppsUnknown = apps.unknown;
     const auto desktop = preferences.checkDesktopFiles ? desktopChecker_.check()
                                                        : DesktopChecker::Report{0, desktop_.iconsHidden()};
     input.desktopFileCount = desktop.fileCount;

@@ -33,9 +33,9 @@ Item {
         anchors.left: title.left
         anchors.verticalCenter: tagline.verticalCenter
         visible: header.model.isPrivacyModeOn
-        name: "eye.slash"
+        name: header.model.isPrivacyModeInVain ? "exclamationmark.triangle.fill" : "eye.slash"
         size: 14
-        color: Theme.accent
+        color: header.model.isPrivacyModeInVain ? Theme.orange : Theme.accent
     }
     StyledText {
         id: tagline
@@ -44,9 +44,11 @@ Item {
         anchors.leftMargin: header.model.isPrivacyModeOn ? 19 : 0
         y: 20
         height: 16
-        text: header.model.text(header.model.isPrivacyModeOn ? "privacyOnTitle" : "tagline")
+        text: header.model.text(header.model.isPrivacyModeInVain ? "privacyModeInVain"
+            : header.model.isPrivacyModeOn ? "privacyOnTitle" : "tagline")
         style: header.model.isPrivacyModeOn ? Theme.smallMedium : Theme.small
-        color: header.model.isPrivacyModeOn ? Theme.accent : Theme.ink2
+        color: header.model.isPrivacyModeInVain ? Theme.orangeText
+            : header.model.isPrivacyModeOn ? Theme.accent : Theme.ink2
     }
     Capsule {
         objectName: "capsule"

@@ -13,6 +13,7 @@ Card {
     border.color: Theme.riskEdge(model.riskTone)
     Accessible.role: Accessible.Grouping
     Accessible.name: caption.text + ": " + model.score + " / 100, " + model.riskLabel
+        + (gap.visible ? ", " + gap.text : "")
     Component.onCompleted: isReady = true
 
     Behavior on shownScore {
@@ -37,7 +38,7 @@ Card {
         anchors.leftMargin: 14
         anchors.right: parent.right
         anchors.rightMargin: 16
-        y: 16
+        y: gap.visible ? 8 : 16
         height: 16
         text: row.model.text("screenShareRisk")
         style: Theme.smallMedium
@@ -48,10 +49,25 @@ Card {
         objectName: "score"
         anchors.left: shield.right
         anchors.leftMargin: 14
-        y: 32
+        y: caption.y + 16
         value: row.shownScore
         range: "/ 100"
         gap: 5
+    }
+    StyledText {
+        id: gap
+        objectName: "scoreGap"
+        isSpoken: false
+        anchors.left: shield.right
+        anchors.leftMargin: 14
+        anchors.right: parent.right
+        anchors.rightMargin: 16
+        y: 60
+        height: 16
+        visible: text !== ""
+        text: row.model.scoreGap
+        style: Theme.small
+        color: Theme.ink2
     }
     TextMetrics {
         id: word
@@ -65,7 +81,7 @@ Card {
         Accessible.ignored: true
         anchors.right: parent.right
         anchors.rightMargin: 17
-        y: 36
+        y: score.y + 4
         implicitHeight: 28
         inset: word.advanceWidth + 26 + 12 < row.width - 34 - 26 - 14 - score.width ? 13 : 9
         tone: row.model.riskTone

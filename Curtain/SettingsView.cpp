@@ -1,5 +1,6 @@
 #include "Curtain/SettingsView.h"
 
+#include "Curtain/HidingWording.h"
 #include "Curtain/HotkeyManager.h"
 #include "Curtain/NotificationChecker.h"
 #include "Curtain/PlatformWording.h"
@@ -97,9 +98,10 @@ SettingsView::SettingsView(const Services& services)
     : services_(services),
       lang_(services.model.lang()),
       apps_(services.model, services.catalog, services.locale.preferredLanguageCode()),
-      shortcut_({services.shortcuts, services.keyboard, services.systemShortcuts},
-                HotkeyManager::togglePrivacy(services.shortcuts), windowShortcuts(),
-                [this] { return lang_; }),
+      shortcut_(
+          {services.shortcuts, services.keyboard, services.systemShortcuts},
+          HotkeyManager::togglePrivacy(services.shortcuts), windowShortcuts(), [this] { return lang_; },
+          services.hotKeyService.canTakeKeyboard()),
       panelObserver_(services.statusItem.addPanelObserver([this] { Q_EMIT hasTrayChanged(); })) {
     connect(&services_.model, &SettingsModel::prefsChanged, this, &SettingsView::modelChanged);
     cameras_ = CameraPreviewManager::availableCameras(services_.capture);
@@ -248,7 +250,34 @@ void SettingsView::openFocusSettings() {
     Q_EMIT lacksFocusSettingsChanged();
 }
 
+QString SettingsView::shortcutReach() const {
+    switch (services_.hotKeyService.reach()) {
+    case Platform::HotKeyReach::everywhere:
+        return QStringLiteral("everywhere");
+    case Platform::HotKeyReach::inX11WindowsOnly:
+        return QStringLiteral("inX11WindowsOnly");
+    case Platform::HotKeyReach::nowhere:
+        break;
+    }
+    return QStringLiteral("nowhere");
+}
+
+QString SettingsView::hidingObstacle() const {
+    return shownObstacle_ ? toQString(HidingWording::reason(*shownObstacle_, lang_)) : QString();
+}
+
+void SettingsView::askSession() {
+    const auto obstacle = services_.system.hidingObstacle();
+    const bool isBlind = services_.screenWatcher.isBlind();
+    if (obstacle != shownObstacle_ || isBlind != isShownBlind_) {
+        shownObstacle_ = obstacle;
+        isShownBlind_ = isBlind;
+        Q_EMIT sessionChanged();
+    }
+}
+
 void SettingsView::refresh() {
+    askSession();
     services_.model.reload();
     reloadEntries();
     Q_EMIT shortcut_.changed();
@@ -262,6 +291,7 @@ void SettingsView::modelChanged() {
     if (auto lang = services_.model.lang(); lang != lang_) {
         lang_ = std::move(lang);
         Q_EMIT langChanged();
+        Q_EMIT sessionChanged();
     }
     Q_EMIT prefsChanged();
     Q_EMIT camerasChanged();

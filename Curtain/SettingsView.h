@@ -13,12 +13,14 @@
 #include "platform/StatusItem.h"
 #include "platform/Subscription.h"
 #include "platform/SystemShortcuts.h"
+#include "platform/SystemVersion.h"
 #include "platform/UrlOpener.h"
 
 #include <QObject>
 #include <QStringList>
 #include <QVariantMap>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -44,8 +46,10 @@ class SettingsView : public QObject {
     Q_PROPERTY(QString query READ query WRITE setQuery NOTIFY queryChanged)
     Q_PROPERTY(QAbstractListModel* apps READ apps CONSTANT)
     Q_PROPERTY(Curtain::ShortcutField* shortcut READ shortcut CONSTANT)
-    /// Whether a shortcut can act in this session.
-    Q_PROPERTY(bool hasGlobalShortcuts READ hasGlobalShortcuts CONSTANT)
+    /// Where the shortcut acts: "everywhere", "inX11WindowsOnly" or "nowhere".
+    Q_PROPERTY(QString shortcutReach READ shortcutReach CONSTANT)
+    /// One sentence on why apps cannot be hidden, empty where they can.
+    Q_PROPERTY(QString hidingObstacle READ hidingObstacle NOTIFY sessionChanged)
     /// The key combinations that go to the tab after, and to the one before.
     Q_PROPERTY(QStringList nextTabKeys READ nextTabKeys CONSTANT)
     Q_PROPERTY(QStringList previousTabKeys READ previousTabKeys CONSTANT)
@@ -55,6 +59,8 @@ class SettingsView : public QObject {
     Q_PROPERTY(bool hasTray READ hasTray NOTIFY hasTrayChanged)
     /// Whether anything can tell in this session that the screen is shared.
     Q_PROPERTY(bool hasShareDetection READ hasShareDetection CONSTANT)
+    /// Whether nothing can at this moment.
+    Q_PROPERTY(bool isShareDetectionBlind READ isShareDetectionBlind NOTIFY sessionChanged)
     /// Whether the button for the settings of notifications found none to open.
     Q_PROPERTY(bool lacksFocusSettings READ lacksFocusSettings NOTIFY lacksFocusSettingsChanged)
 
@@ -72,6 +78,7 @@ public:
         const Platform::HotKeyService& hotKeyService;
         const ScreenWatcher& screenWatcher;
         Platform::StatusItem& statusItem;
+        Platform::SystemVersion& system;
     };
 
     explicit SettingsView(const Services& services);
@@ -98,14 +105,14 @@ public:
     void setQuery(const QString& query);
     QAbstractListModel* apps() { return &apps_; }
     ShortcutField* shortcut() { return &shortcut_; }
-    bool hasGlobalShortcuts() const {
-        return services_.hotKeyService.reach() == Platform::HotKeyReach::everywhere;
-    }
+    QString shortcutReach() const;
+    QString hidingObstacle() const;
     QString settingsLoss() const;
     QStringList nextTabKeys() const;
     QStringList previousTabKeys() const;
     bool hasTray() const { return services_.statusItem.hasPanel(); }
     bool hasShareDetection() const { return services_.screenWatcher.fn != nullptr; }
+    bool isShareDetectionBlind() const { return isShownBlind_; }
     bool lacksFocusSettings() const { return lacksFocusSettings_; }
 
     Q_INVOKABLE void setSwitch(const QString& key, bool on);
@@ -113,6 +120,8 @@ public:
     Q_INVOKABLE void openFocusSettings();
     /// Takes over what has changed elsewhere, when the user returns to the window.
     Q_INVOKABLE void refresh();
+    /// Asks the session again what it can do at this moment.
+    Q_INVOKABLE void askSession();
 
 Q_SIGNALS:
     void langChanged();
@@ -121,6 +130,7 @@ Q_SIGNALS:
     void showingInstalledChanged();
     void queryChanged();
     void hasTrayChanged();
+    void sessionChanged();
     void lacksFocusSettingsChanged();
     /// The window is about to be shown anew: it remembers nothing of the last time.
     void shownAnew();
@@ -134,6 +144,8 @@ private:
     std::vector<CameraChoice> cameras_;
     bool showingInstalled_ = false;
     bool lacksFocusSettings_ = false;
+    std::optional<Platform::HidingObstacle> shownObstacle_;
+    bool isShownBlind_ = false;
     AppChoiceModel apps_;
     ShortcutField shortcut_;
     Platform::Subscription panelObserver_;

@@ -47,6 +47,14 @@ FocusScope {
         }
     }
 
+    // Nobody tells when the session's answers change.
+    Timer {
+        interval: 2000
+        repeat: true
+        running: view.Window.visibility !== Window.Hidden
+        onTriggered: view.model.askSession()
+    }
+
     Rectangle {
         anchors.fill: parent
         color: Theme.window

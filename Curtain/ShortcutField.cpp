@@ -2,7 +2,6 @@
 
 #include "hotkeys/ShortcutTexts.h"
 
-#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QWindow>
 
@@ -61,10 +60,11 @@ bool isModifier(int key) {
 
 ShortcutField::ShortcutField(const KeyboardShortcuts::ShortcutRecorder::Services& services,
                              KeyboardShortcuts::Name name, std::vector<KeyboardShortcuts::MenuItem> mainMenu,
-                             std::function<std::string()> lang)
+                             std::function<std::string()> lang, bool canTakeKeyboard)
     : keyboard_(services.keyboard),
       recorder_(services, std::move(name), std::move(mainMenu)),
-      lang_(std::move(lang)) {
+      lang_(std::move(lang)),
+      canTakeKeyboard_(canTakeKeyboard) {
     recorder_.onChange = [this] {
         takeKeyboard(recorder_.isRecording());
         Q_EMIT changed();
@@ -169,9 +169,7 @@ QString ShortcutField::localized(std::string_view key) const {
 }
 
 void ShortcutField::takeKeyboard(bool take) {
-    // Only X servers let a window have every key; elsewhere the compositor keeps its own.
-    const bool isPossible = window_ && QGuiApplication::platformName() == QLatin1String("xcb");
-    if (isPossible && take != std::exchange(hasKeyboard_, take)) {
+    if (window_ && canTakeKeyboard_ && take != std::exchange(hasKeyboard_, take)) {
         window_->setKeyboardGrabEnabled(take);
     }
 }

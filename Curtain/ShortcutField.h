@@ -31,7 +31,8 @@ class ShortcutField : public QObject {
 public:
     /// What the services refer to outlives the field. `lang` answers with the code of the texts' language.
     ShortcutField(const KeyboardShortcuts::ShortcutRecorder::Services& services, KeyboardShortcuts::Name name,
-                  std::vector<KeyboardShortcuts::MenuItem> mainMenu, std::function<std::string()> lang);
+                  std::vector<KeyboardShortcuts::MenuItem> mainMenu, std::function<std::string()> lang,
+                  bool canTakeKeyboard);
     ~ShortcutField() override;
 
     QString combination() const;
@@ -65,6 +66,7 @@ private:
     Platform::Keyboard& keyboard_;
     KeyboardShortcuts::ShortcutRecorder recorder_;
     std::function<std::string()> lang_;
+    bool canTakeKeyboard_;
     QPointer<QWindow> window_;
     bool hasKeyboard_ = false;
     std::optional<KeyboardShortcuts::ShortcutAlert> alert_;

@@ -118,6 +118,13 @@ T.Dialog {
                     source: "qrc:/curtain/share-files.svg"
                 }
                 Image {
+                    objectName: "shareUnknown"
+                    anchors.fill: parent
+                    sourceSize: Qt.size(390, 150)
+                    visible: panel.model.scoreGap !== "" && !picture.has("privateApps")
+                    source: "qrc:/curtain/share-unknown.svg"
+                }
+                Image {
                     objectName: "shareWindows"
                     anchors.fill: parent
                     sourceSize: Qt.size(390, 150)
@@ -144,7 +151,7 @@ T.Dialog {
                 width: parent.width
 
                 Repeater {
-                    model: panel.model.hasIssues ? panel.model.issues : [{ key: "", text: panel.model.text("youAreReady"), tone: "green" }]
+                    model: panel.model.shareLines
 
                     Item {
                         id: line
@@ -159,7 +166,8 @@ T.Dialog {
                             id: mark
                             anchors.left: parent.left
                             anchors.verticalCenter: parent.verticalCenter
-                            name: line.modelData.key === "" ? "checkmark.circle.fill" : "exclamationmark.triangle"
+                            name: ({ "green": "checkmark.circle.fill", "gray": "circle" })[line.modelData.tone]
+                                ?? "exclamationmark.triangle"
                             size: 19
                             color: Theme.solid(line.modelData.tone)
                         }
@@ -198,10 +206,24 @@ T.Dialog {
                     anchors.left: parent.left
                     anchors.right: score.left
                     anchors.rightMargin: 12
-                    height: parent.height
+                    height: gap.visible ? 18 : parent.height
                     wrapMode: Text.WordWrap
                     text: panel.model.text("embarrassmentScore")
                     style: Theme.bodyMedium
+                    color: Theme.ink2
+                }
+                StyledText {
+                    id: gap
+                    objectName: "testShareScoreGap"
+                    isSpoken: false
+                    anchors.left: parent.left
+                    anchors.right: score.left
+                    anchors.rightMargin: 12
+                    y: 19
+                    height: 16
+                    visible: text !== ""
+                    text: panel.model.scoreGap
+                    style: Theme.small
                     color: Theme.ink2
                 }
                 ScoreText {
@@ -213,7 +235,7 @@ T.Dialog {
                     range: "/100"
                     valueStyle: Theme.display
                     Accessible.role: Accessible.StaticText
-                    Accessible.name: caption.text + ": " + value + range
+                    Accessible.name: caption.text + ": " + value + range + (gap.visible ? ", " + gap.text : "")
                 }
             }
             ActionButton {

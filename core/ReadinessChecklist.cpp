@@ -30,6 +30,13 @@ std::optional<bool> result(bool evaluated, bool passed) {
     return evaluated ? std::optional(passed) : std::nullopt;
 }
 
+ReadinessStatus privateAppsStatus(const ReadinessInput& input) {
+    if (input.privateAppsVisible >= 1) {
+        return ReadinessStatus::danger;
+    }
+    return input.privateAppsUnknown >= 1 ? ReadinessStatus::unknown : ReadinessStatus::ok;
+}
+
 } // namespace
 
 ReadinessState ReadinessChecklistEngine::build(const ReadinessInput& input) const {
@@ -68,13 +75,14 @@ ReadinessState ReadinessChecklistEngine::build(const ReadinessInput& input) cons
         .microphone = status(microphone),
         .desktop = desktopExposed ? ReadinessStatus::warning : ReadinessStatus::ok,
         .notifications = status(input.notifications),
-        .privateApps = appsExposed ? ReadinessStatus::danger : ReadinessStatus::ok,
+        .privateApps = privateAppsStatus(input),
         .desktopFileCount = input.desktopFileCount,
         .score = score,
         .risk = risk,
         .issues = std::move(issues),
         .privacyModeActive = input.privacyModeActive,
         .desktopHidden = input.desktopHidden,
+        .privateAppsUnknown = input.privateAppsUnknown,
     };
 }
 

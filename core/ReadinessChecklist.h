@@ -58,6 +58,8 @@ struct ReadinessInput {
     bool micOK = false;
     bool privacyModeActive = false;
     bool desktopHidden = false;
+    /// Private apps that may be on the screen or not; none of them is among the visible ones.
+    std::int64_t privateAppsUnknown = 0;
 
     bool operator==(const ReadinessInput&) const = default;
 };
@@ -75,6 +77,8 @@ struct ReadinessState {
     std::vector<ReadinessIssue> issues;
     bool privacyModeActive = false;
     bool desktopHidden = false;
+    /// As told; the score counts none of them.
+    std::int64_t privateAppsUnknown = 0;
 
     bool operator==(const ReadinessState&) const = default;
 };

@@ -50,6 +50,8 @@ public:
     virtual ~HotKeyService() = default;
 
     virtual HotKeyReach reach() const = 0;
+    /// Whether a window of this program can have every key for a while, those included that others hold.
+    virtual bool canTakeKeyboard() const = 0;
     virtual HotKeyStatus registerHotKey(const HotKeyCombination& combination, HotKeyID id) = 0;
     /// Does nothing for an identifier that is not registered.
     virtual void unregisterHotKey(HotKeyID id) = 0;

@@ -10,6 +10,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 
 namespace Platform {
 
@@ -22,6 +23,9 @@ public:
     virtual ~StatusItem() = default;
 
     virtual void setImage(const Image& image) = 0;
+    /// What is shown while the pointer rests on the item, where the panel shows such a thing. UTF-8, one
+    /// line.
+    virtual void setToolTip(const std::string& text) = 0;
     /// `action` is called for those events whose type's bit is set in `eventMask`.
     virtual void setAction(std::uint64_t eventMask, Action action) = 0;
     /// What a click for the menu would pop up now, for panels that ask for it before.

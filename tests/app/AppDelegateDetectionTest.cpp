@@ -1,3 +1,4 @@
+#include "Curtain/MeetingReadinessView.h"
 #include "tests/app/AppDelegateFixture.h"
 
 namespace {
@@ -382,6 +383,96 @@ TEST_F(DetectionTest, NoticeOfTheActivationGoesWithPrivacyModeHoweverItEnds) {
         end();
         EXPECT_THAT(fakes.userNotificationCenter.delivered, IsEmpty());
     }
+}
+
+struct InVainTest : DetectionTest {
+    void SetUp() override {
+        DetectionTest::SetUp();
+        change([](auto& record) {
+            record.hasOnboarded = true;
+            record.notificationsMarkedHandled = true;
+        });
+        fakes.systemVersion.obstacle = Platform::HidingObstacle::waylandSession;
+        launch();
+    }
+
+    static constexpr auto title = "Privacy mode has no effect";
+    static constexpr auto reason = "This Wayland desktop offers no way to hide other apps.";
+
+    Curtain::MeetingReadinessView& view() {
+        return dynamic_cast<Curtain::MeetingReadinessView&>(*fakes.popover.content.model);
+    }
+};
+
+TEST_F(InVainTest, EverySwitchOnIsAnsweredWithOneNoticeThatNothingIsHidden) {
+    fakes.statusBar.click(TestSupport::leftClick);
+    const std::vector<std::function<void()>> ways{[&] { pressShortcut(); }, [&] { view().hidePrivateApps(); },
+                                                  [&] { view().fixEverything(); }, [&] { watch(true); }};
+    for (const auto& switchOn : ways) {
+        switchOn();
+        ASSERT_TRUE(isPrivate());
+        EXPECT_THAT(titles(), ElementsAre(title));
+        EXPECT_EQ(fakes.userNotificationCenter.added.at(0).content.body, reason);
+        // Further presses switch nothing on.
+        view().hidePrivateApps();
+        view().fixEverything();
+        EXPECT_THAT(titles(), SizeIs(1));
+        pressShortcut();
+        EXPECT_THAT(fakes.userNotificationCenter.delivered, IsEmpty());
+        fakes.userNotificationCenter.added.clear();
+    }
+}
+
+TEST_F(InVainTest, NoticesCanBeUndone) {
+    pressShortcut();
+    fakes.userNotificationCenter.answer(fakes.userNotificationCenter.added.at(0), "CURTAIN_UNDO");
+    EXPECT_FALSE(isPrivate());
+}
+
+TEST_F(InVainTest, PopoverAndToolTipSayThatTheModeHasNoEffect) {
+    EXPECT_EQ(fakes.statusBar.toolTip, "Curtain");
+    fakes.statusBar.click(TestSupport::leftClick);
+    EXPECT_EQ(view().hidingObstacle(), reason);
+    EXPECT_FALSE(view().isPrivacyModeInVain());
+    pressShortcut();
+    EXPECT_TRUE(view().isPrivacyModeInVain());
+    EXPECT_EQ(fakes.statusBar.toolTip, std::string("Curtain — ") + title);
+    // The next opening asks anew.
+    fakes.statusBar.click(TestSupport::leftClick);
+    fakes.systemVersion.obstacle.reset();
+    fakes.statusBar.click(TestSupport::leftClick);
+    EXPECT_EQ(view().hidingObstacle(), "");
+    EXPECT_FALSE(view().isPrivacyModeInVain());
+    EXPECT_EQ(fakes.statusBar.toolTip, "Curtain — Privacy mode on");
+    pressShortcut();
+    EXPECT_EQ(fakes.statusBar.toolTip, "Curtain");
+}
+
+TEST_F(InVainTest, NothingIsSaidBeforeTheSessionHasAnswered) {
+    fakes.systemVersion.obstacle = Platform::HidingObstacle::notKnownYet;
+    fakes.statusBar.click(TestSupport::leftClick);
+    pressShortcut();
+    EXPECT_THAT(titles(), IsEmpty());
+    EXPECT_EQ(view().hidingObstacle(), "Whether apps can be hidden in this session isn't known yet.");
+    EXPECT_FALSE(view().isPrivacyModeInVain());
+    EXPECT_EQ(fakes.statusBar.toolTip, "Curtain — Privacy mode on");
+    fakes.systemVersion.obstacle = Platform::HidingObstacle::windowManagerIgnoresHiding;
+    fakes.mainQueue.advance(0.25);
+    EXPECT_THAT(titles(), ElementsAre(title));
+    EXPECT_TRUE(view().isPrivacyModeInVain());
+    EXPECT_EQ(fakes.statusBar.toolTip, std::string("Curtain — ") + title);
+    fakes.mainQueue.advance(10.0);
+    EXPECT_THAT(titles(), SizeIs(1));
+}
+
+TEST_F(InVainTest, AnAnswerThatAppsCanBeHiddenIsTakenInToo) {
+    fakes.systemVersion.obstacle = Platform::HidingObstacle::notKnownYet;
+    fakes.statusBar.click(TestSupport::leftClick);
+    pressShortcut();
+    fakes.systemVersion.obstacle.reset();
+    fakes.mainQueue.advance(0.25);
+    EXPECT_THAT(titles(), IsEmpty());
+    EXPECT_EQ(view().hidingObstacle(), "");
 }
 
 } // namespace

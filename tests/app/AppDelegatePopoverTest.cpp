@@ -646,4 +646,25 @@ TEST_F(WizardTest, WithoutABundleNobodyIsAskedForNotifications) {
     EXPECT_THAT(fakes.userNotificationCenter.calls, IsEmpty());
 }
 
+TEST_F(WizardTest, APageThatLedNowhereIsNotShownAgainWhereTheObstacleIsGone) {
+    fakes.systemVersion.version = 0;
+    fakes.systemVersion.obstacle = Platform::HidingObstacle::noWindowManager;
+    launch();
+    fakes.statusBar.click(leftClick);
+    model().advance();
+    model().checkCompatibility();
+    EXPECT_FALSE(model().isCompatible());
+    model().close();
+    EXPECT_FALSE(fakes.windows.all[0]->isVisible());
+    fakes.systemVersion.version = 14;
+    fakes.systemVersion.obstacle.reset();
+    fakes.statusBar.click(leftClick);
+    ASSERT_EQ(fakes.windows.made, 2);
+    auto& again = dynamic_cast<Curtain::OnboardingViewModel&>(*fakes.windows.all.back()->view.model);
+    EXPECT_EQ(again.page(), "welcome");
+    again.advance();
+    again.checkCompatibility();
+    EXPECT_TRUE(again.isCompatible());
+}
+
 } // namespace

@@ -281,4 +281,20 @@ TEST(NotificationCheckerTest, OpensTheFocusSettings) {
     EXPECT_FALSE(Curtain::NotificationChecker::openFocusSettings(opener));
 }
 
+TEST_F(NotifierTest, ThatNothingIsHiddenIsSaidOnceAndGoesWithPrivacyMode) {
+    notifier->notifyPrivacyModeInVain("Because.");
+    notifier->notifyPrivacyModeInVain("For another reason.");
+    ASSERT_EQ(center.delivered.size(), 1U);
+    EXPECT_EQ(center.delivered[0].content.title, "Privacy mode has no effect");
+    EXPECT_EQ(center.delivered[0].content.body, "For another reason.");
+    // It can be undone like any other activation.
+    EXPECT_EQ(center.delivered[0].content.categoryIdentifier, "CURTAIN_ACTIVATED");
+    notifier->withdrawPrivacyNotices();
+    EXPECT_THAT(center.delivered, IsEmpty());
+    makeWithoutBundle();
+    center.calls.clear();
+    notifier->notifyPrivacyModeInVain("Because.");
+    EXPECT_THAT(center.calls, IsEmpty());
+}
+
 } // namespace

@@ -181,7 +181,9 @@ TEST_F(OnboardingViewModelTest, SaysWhyAppsCannotBeHidden) {
         {std::nullopt, ""},
         {Platform::HidingObstacle::waylandSession, sentence(Curtain::PlatformKey::noHidingOnWayland)},
         {Platform::HidingObstacle::noWindowManager, sentence(Curtain::PlatformKey::noWindowManager)},
-        {Platform::HidingObstacle::nextSessionNeeded, sentence(Curtain::PlatformKey::logOutOnce)}};
+        {Platform::HidingObstacle::nextSessionNeeded, sentence(Curtain::PlatformKey::logOutOnce)},
+        {Platform::HidingObstacle::windowManagerIgnoresHiding,
+         sentence(Curtain::PlatformKey::windowManagerIgnoresHiding)}};
     system.version = 0;
     for (const auto& [obstacle, text] : cases) {
         system.obstacle = obstacle;
@@ -190,6 +192,54 @@ TEST_F(OnboardingViewModelTest, SaysWhyAppsCannotBeHidden) {
         EXPECT_FALSE(model->isCompatible());
         EXPECT_EQ(model->hidingObstacle().toStdString(), text);
     }
+}
+
+TEST_F(OnboardingViewModelTest, SaysWhatHelpsAgainstIt) {
+    using Platform::HidingObstacle;
+    const std::vector<std::pair<HidingObstacle, std::string>> remedies{
+        {HidingObstacle::waylandSession,
+         "At the login screen, choose a session marked X11 or Xorg, or a desktop such as Xfce."},
+        {HidingObstacle::noWindowManager,
+         "Start a window manager, or choose a complete desktop at the login screen."},
+        {HidingObstacle::windowManagerIgnoresHiding,
+         "At the login screen, choose a desktop such as Xfce, MATE or LXQt."},
+        {HidingObstacle::nextSessionNeeded, ""}};
+    system.version = 0;
+    for (const auto& [obstacle, remedy] : remedies) {
+        system.obstacle = obstacle;
+        startAt(OnboardingStep::compatibility());
+        EXPECT_EQ(model->hidingRemedy(), "");
+        model->checkCompatibility();
+        EXPECT_EQ(model->hidingRemedy().toStdString(), remedy);
+    }
+}
+
+TEST_F(OnboardingViewModelTest, WaitsForASessionThatHasNotAnsweredYet) {
+    system.version = 0;
+    system.obstacle = Platform::HidingObstacle::notKnownYet;
+    startAt(OnboardingStep::compatibility());
+    model->windowDidShow();
+    EXPECT_FALSE(model->isCompatibilityKnown());
+    EXPECT_EQ(model->hidingObstacle(), "Whether apps can be hidden in this session isn't known yet.");
+    mainQueue.advance(5.0);
+    EXPECT_FALSE(model->isCompatibilityKnown());
+    system.version = 14;
+    system.obstacle.reset();
+    mainQueue.advance(0.25);
+    EXPECT_TRUE(model->isCompatible());
+    EXPECT_EQ(model->hidingObstacle(), "");
+}
+
+TEST_F(OnboardingViewModelTest, AsksNobodyOnceItsWindowIsClosedAndAnewWhenItIsShown) {
+    system.obstacle = Platform::HidingObstacle::notKnownYet;
+    startAt(OnboardingStep::compatibility());
+    model->windowDidShow();
+    model->windowWillClose();
+    system.obstacle.reset();
+    mainQueue.advance(5.0);
+    EXPECT_FALSE(model->isCompatibilityKnown());
+    model->windowDidShow();
+    EXPECT_TRUE(model->isCompatible());
 }
 
 TEST_F(OnboardingViewModelTest, AskingOnAPageWithoutAPermissionDoesNothing) {

@@ -135,4 +135,24 @@ TEST_F(OnboardingWindowControllerTest, EndingWithAnOpenWindowStopsTheDevices) {
     EXPECT_FALSE(isMicrophoneOn());
 }
 
+TEST_F(OnboardingWindowControllerTest, TheModelCanCloseIt) {
+    controller->show();
+    model->close();
+    EXPECT_FALSE(window().isVisible());
+    EXPECT_EQ(application.policy, ActivationPolicy::accessory);
+}
+
+TEST_F(OnboardingWindowControllerTest, IsOverOnceAPageThatLeadsNowhereIsClosed) {
+    system.version = 0;
+    system.obstacle = Platform::HidingObstacle::waylandSession;
+    controller->show();
+    EXPECT_FALSE(controller->isOver());
+    model->checkCompatibility();
+    EXPECT_FALSE(controller->isOver());
+    controller->close();
+    EXPECT_TRUE(controller->isOver());
+    controller->show();
+    EXPECT_FALSE(controller->isOver());
+}
+
 } // namespace

@@ -210,18 +210,25 @@ TEST(PlatformWording, TheEnglishTextsOfItsOwn) {
             "Log out and back in once so that Curtain can hide apps.",
             "The window manager of this session doesn't hide windows when it is asked to.",
             "Whether apps can be hidden in this session isn't known yet.",
+            "At the login screen, choose a session marked X11 or Xorg, or a desktop such as Xfce.",
+            "Start a window manager, or choose a complete desktop at the login screen.",
+            "At the login screen, choose a desktop such as Xfce, MATE or LXQt.",
+            "Curtain can't tell whether your private apps can be seen.",
             "No matching settings page was found. Look in your desktop's menus or panel.",
             "No matching settings page was found. Allow access with your desktop's own tools, then continue.",
             "No system tray was found. Add one to see Curtain's icon.",
             "This session doesn't support global shortcuts.",
+            "The shortcut works only while a window of an X11 program has the focus.",
             "Screen sharing can't be detected in this session.",
+            "Curtain can't tell at the moment whether the screen is shared.",
             "The settings file is damaged, so the defaults apply and no app is private. A copy of it was "
             "kept.",
             "The settings file can't be read, so the defaults apply and no app is private.",
             "Your private apps are not known, since the settings could not be read. Choose them again in the "
             "settings.",
             "Mirror picture", "More options", "Clear search", "Your settings could not be read",
-            "No app was hidden"));
+            "No app was hidden", "Close", "Can't tell", "Private apps not counted",
+            "Some private apps not counted", "Privacy mode has no effect"));
 }
 
 TEST(PlatformWording, AnUnknownLanguageReadsEnglish) {

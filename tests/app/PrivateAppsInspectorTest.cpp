@@ -59,4 +59,17 @@ TEST_F(PrivateAppsInspectorTest, OneQueryATarget) {
     EXPECT_EQ(workspace.queries, 4);
 }
 
+TEST_F(PrivateAppsInspectorTest, WhereNotEveryWindowIsKnownOnlyAVisibleAppIsKnown) {
+    workspace.everyWindowIsKnown = false;
+    workspace.run("visible");
+    workspace.run("unseen").hidden = true;
+    const std::vector<CurtainCore::TargetApp> targets{{"visible", "V"}, {"unseen", "U"}, {"absent", "A"}};
+    EXPECT_THAT(PrivateAppsInspector::rows(workspace, targets),
+                ElementsAre(PrivateAppRow{"visible", "V", PrivateAppVisibility::visible},
+                            PrivateAppRow{"unseen", "U", PrivateAppVisibility::unknown},
+                            PrivateAppRow{"absent", "A", PrivateAppVisibility::unknown}));
+    EXPECT_EQ(PrivateAppsInspector::report(workspace, targets),
+              (PrivateAppsReport{.total = 3, .running = 1, .visible = 1, .hidden = 0, .unknown = 2}));
+}
+
 } // namespace

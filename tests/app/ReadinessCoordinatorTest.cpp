@@ -209,4 +209,14 @@ TEST_F(ReadinessCoordinatorTest, TogglingKeepsTheOtherPreferences) {
     EXPECT_EQ(store.load(), before);
 }
 
+TEST_F(ReadinessCoordinatorTest, AppsAreUnknownWhereNotEveryWindowIsKnown) {
+    workspace.everyWindowIsKnown = false;
+    EXPECT_EQ(refreshed().privateApps, ReadinessStatus::ok) << "there are none";
+    change([](auto& preferences) { preferences.targetApps = {{"a", "A"}, {"b", "B"}}; });
+    workspace.run("b").hidden = true;
+    const auto state = refreshed();
+    EXPECT_EQ(state.privateApps, ReadinessStatus::unknown);
+    EXPECT_EQ(state.privateAppsUnknown, 2);
+}
+
 } // namespace

@@ -290,4 +290,30 @@ TEST(ReadinessStatus, CasesComeInTheirOrder) {
     EXPECT_LT(PermissionStatus::granted, PermissionStatus::denied);
 }
 
+TEST(ReadinessChecklist, AppsThatNobodyCanSeeAreUnknownAndNoIssue) {
+    auto input = allClear();
+    input.privateAppsUnknown = 2;
+    const auto state = build(input);
+    EXPECT_EQ(state.privateApps, ReadinessStatus::unknown);
+    EXPECT_EQ(state.privateAppsUnknown, 2);
+    EXPECT_THAT(state.issues, IsEmpty());
+    EXPECT_EQ(state.score, 0);
+}
+
+TEST(ReadinessChecklist, OneVisibleAppIsADangerHoweverManyCannotBeSeen) {
+    auto input = allClear();
+    input.privateAppsVisible = 1;
+    input.privateAppsUnknown = 2;
+    const auto state = build(input);
+    EXPECT_EQ(state.privateApps, ReadinessStatus::danger);
+    EXPECT_EQ(state.privateAppsUnknown, 2);
+    EXPECT_EQ(state.score, 25);
+}
+
+TEST(ReadinessChecklist, ANegativeNumberOfUnknownAppsIsNone) {
+    auto input = allClear();
+    input.privateAppsUnknown = -1;
+    EXPECT_EQ(build(input).privateApps, ReadinessStatus::ok);
+}
+
 } // namespace

@@ -158,6 +158,36 @@ TEST_F(StatusNotifierItemTest, TextDirectionIsKnownBeforeTheLayoutAndItsChangeIs
     EXPECT_EQ(textDirection(), "ltr");
 }
 
+TEST_F(StatusNotifierItemTest, SaysWhatItsToolTipIsAndWhenItChanges) {
+    const auto itemInterface = QStringLiteral("org.kde.StatusNotifierItem");
+    const auto toolTip = [&] {
+        const auto answer = panel.call(QStringLiteral("/StatusNotifierItem"), propertiesInterface,
+                                       QStringLiteral("Get"), {itemInterface, QStringLiteral("ToolTip")});
+        const auto parts = qvariant_cast<QDBusVariant>(answer.value(0)).variant().value<QDBusArgument>();
+        QString icon;
+        QString title;
+        parts.beginStructure();
+        parts >> icon;
+        // No pixmaps.
+        parts.beginArray();
+        EXPECT_TRUE(parts.atEnd());
+        parts.endArray();
+        parts >> title;
+        return title.toStdString();
+    };
+    int changes = 0;
+    const LinuxPlatform::DBusSignal signal(panel.bus(), panel.item, QStringLiteral("/StatusNotifierItem"),
+                                           itemInterface, QStringLiteral("NewToolTip"),
+                                           [&](const QDBusMessage&) { ++changes; });
+    item.setToolTip("Curtain — in vain");
+    EXPECT_TRUE(spinUntil([&] { return changes == 1; }, patience));
+    EXPECT_EQ(toolTip(), "Curtain — in vain");
+    item.setToolTip("Curtain — in vain");
+    item.setToolTip("Curtain");
+    EXPECT_TRUE(spinUntil([&] { return changes == 2; }, patience));
+    EXPECT_EQ(toolTip(), "Curtain");
+}
+
 TEST_F(StatusNotifierItemTest, IsWhereThePanelSaidLast) {
     pointer = QPoint(7, 9);
     EXPECT_EQ(item.frame(), std::nullopt);

@@ -32,6 +32,8 @@ public:
     std::function<void()> onUnregister;
 
     Platform::HotKeyReach reach() const override { return heard; }
+    /// There is no keyboard to take off screen.
+    bool canTakeKeyboard() const override { return false; }
 
     Platform::HotKeyStatus registerHotKey(const Platform::HotKeyCombination& combination,
                                           Platform::HotKeyID id) override {

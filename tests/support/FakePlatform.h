@@ -99,6 +99,7 @@ public:
     std::vector<Platform::Image> images;
     std::vector<Platform::Menu> menus;
     int items = 0;
+    std::string toolTip;
     std::optional<Platform::Rect> frame;
     /// What a panel gets to see that draws the menu itself.
     std::function<Platform::Menu()> menu;
@@ -137,6 +138,8 @@ private:
                 bar_.onImage();
             }
         }
+
+        void setToolTip(const std::string& text) override { bar_.toolTip = text; }
 
         void setAction(std::uint64_t eventMask, Action action) override {
             bar_.eventMask_ = eventMask;

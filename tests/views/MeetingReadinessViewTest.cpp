@@ -438,5 +438,66 @@ TEST_F(ReadinessViewDeath, ATextThatDoesNotExistIsAMistake) {
               "No matching settings page was found. Look in your desktop's menus or panel.");
 }
 
+TEST_F(ReadinessView, SaysNowhereThatAllIsWellWherePrivateAppsCannotBeSeen) {
+    world.makeClear();
+    EXPECT_TRUE(view().isReady());
+    world.workspace.everyWindowIsKnown = false;
+    world.coordinator.refresh();
+    EXPECT_EQ(view().privateAppsStatus(), "unknown");
+    EXPECT_EQ(view().privateAppsDetail(), "Can't tell");
+    EXPECT_EQ(view().visibilities(), QStringList("cannotTell"));
+    EXPECT_EQ(view().capsuleText(), "Ready for your call?");
+    EXPECT_EQ(view().capsuleTone(), "gray");
+    EXPECT_FALSE(view().isReady());
+    EXPECT_EQ(view().score(), 0);
+    EXPECT_EQ(view().riskLabel(), "Can't tell");
+    EXPECT_EQ(view().riskTone(), "gray");
+    EXPECT_EQ(view().scoreGap(), "Private apps not counted");
+    ASSERT_EQ(view().shareLines().size(), 1);
+    EXPECT_EQ(view().shareLines()[0].toMap()["text"],
+              "Curtain can't tell whether your private apps can be seen.");
+    EXPECT_EQ(view().shareLines()[0].toMap()["tone"], "gray");
+}
+
+TEST_F(ReadinessView, ARiskThatIsThereWithoutThemKeepsItsName) {
+    world.makeRisky();
+    world.workspace.everyWindowIsKnown = false;
+    world.coordinator.refresh();
+    EXPECT_EQ(view().privateAppsStatus(), "danger");
+    EXPECT_EQ(view().privateAppsDetail(), "2 visible");
+    EXPECT_EQ(view().riskLabel(), "High Risk");
+    EXPECT_EQ(view().riskTone(), "orange");
+    EXPECT_EQ(view().scoreGap(), "Some private apps not counted");
+    EXPECT_EQ(view().shareLines().size(), 4);
+    EXPECT_EQ(view().issues().size(), 3);
+}
+
+TEST_F(ReadinessView, WithoutPrivateAppsNothingIsUnknown) {
+    world.makeClear();
+    world.setPrivateApps({});
+    world.workspace.everyWindowIsKnown = false;
+    world.coordinator.refresh();
+    EXPECT_EQ(view().privateAppsDetail(), "You're ready.");
+    EXPECT_EQ(view().scoreGap(), "");
+    EXPECT_EQ(view().riskTone(), "green");
+    EXPECT_TRUE(view().isReady());
+}
+
+TEST_F(ReadinessView, PrivacyModeInVainNeedsAttention) {
+    world.makeClear();
+    world.system.obstacle = Platform::HidingObstacle::windowManagerIgnoresHiding;
+    world.coordinator.refresh();
+    EXPECT_TRUE(view().isPrivacyModeInVain());
+    EXPECT_EQ(view().capsuleTone(), "orange");
+    EXPECT_EQ(view().capsuleText(), "A few things need attention.");
+    EXPECT_FALSE(view().isReady());
+    world.isPrivacyModeActive = false;
+    world.coordinator.refresh();
+    EXPECT_FALSE(view().isPrivacyModeInVain());
+    EXPECT_EQ(view().hidingObstacle(),
+              "The window manager of this session doesn't hide windows when it is asked to.");
+    EXPECT_EQ(view().capsuleTone(), "green");
+}
+
 } // namespace
 } // namespace TestSupport

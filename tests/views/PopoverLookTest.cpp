@@ -156,5 +156,48 @@ TEST_F(PopoverLook, Recording) {
     });
 }
 
+TEST_F(PopoverLook, NothingCanBeSeen) {
+    inEveryLanguage("unknown-apps", [](auto& world) {
+        world.makeClear();
+        world.isPrivacyModeActive = false;
+        world.workspace.everyWindowIsKnown = false;
+        world.system.obstacle = Platform::HidingObstacle::waylandSession;
+        world.coordinator.refresh();
+    });
+}
+
+TEST_F(PopoverLook, NothingCanBeSeenAndPrivacyModeIsOn) {
+    inEveryLanguage("unknown-apps-in-vain", [](auto& world) {
+        world.makeRisky();
+        world.isPrivacyModeActive = true;
+        world.workspace.everyWindowIsKnown = false;
+        world.system.obstacle = Platform::HidingObstacle::waylandSession;
+        world.coordinator.refresh();
+    });
+}
+
+TEST_F(PopoverLook, EveryObstacle) {
+    using Platform::HidingObstacle;
+    for (const auto& [obstacle, name] : {std::pair{HidingObstacle::noWindowManager, "manager"},
+                                         {HidingObstacle::nextSessionNeeded, "session"},
+                                         {HidingObstacle::windowManagerIgnoresHiding, "ignored"},
+                                         {HidingObstacle::notKnownYet, "open"}}) {
+        inEveryLanguage(std::string("obstacle-") + name, [obstacle = obstacle](auto& world) {
+            world.isPrivacyModeActive = true;
+            world.system.obstacle = obstacle;
+            world.coordinator.refresh();
+        });
+    }
+}
+
+TEST_F(PopoverLook, TestShareUnknown) {
+    inEveryLanguage("test-share-unknown", [](auto& world) {
+        world.makeClear();
+        world.workspace.everyWindowIsKnown = false;
+        world.coordinator.refresh();
+        world.change([](auto& preferences) { preferences.runTestShareModeOnOpen = true; });
+    });
+}
+
 } // namespace
 } // namespace TestSupport

@@ -9,6 +9,7 @@
 #include "tests/support/FakeLocale.h"
 #include "tests/support/FakeMediaAuthorization.h"
 #include "tests/support/FakeProcessRunner.h"
+#include "tests/support/FakeSystemVersion.h"
 #include "tests/support/FakeUrlOpener.h"
 #include "tests/support/FakeUserFolders.h"
 #include "tests/support/FakeWorkspace.h"
@@ -72,6 +73,7 @@ struct ReadinessWorld {
     FakeAudioServices audio;
     FakeUrlOpener urlOpener;
     FakeLocale locale;
+    FakeSystemVersion system;
     RecordingLog log;
     Curtain::DesktopController desktop{runner};
     Curtain::DesktopChecker checker{desktop, files, folders, workQueues, mainQueue};
@@ -108,7 +110,7 @@ struct ReadinessWorld {
         callbacks.onQuit = note("quit");
         view = std::make_shared<Curtain::MeetingReadinessView>(
             Curtain::MeetingReadinessView::Services{coordinator, camera, mic, store, capture, workspace,
-                                                    catalog, urlOpener, locale},
+                                                    catalog, urlOpener, locale, system},
             lang, std::move(callbacks));
         return *view;
     }

@@ -71,7 +71,7 @@ protected:
                                                          platform.log);
         content = std::make_shared<Curtain::SettingsView>(Curtain::SettingsView::Services{
             *model, catalog, shortcuts, capture, urlOpener, platform.keyboard, platform.systemShortcuts,
-            platform.locale, platform.hotKeyService, screenWatcher, *statusItem});
+            platform.locale, *hotKeys, screenWatcher, *statusItem, platform.systemVersion});
         content->willShow();
         return {{"qrc:/Curtain/SettingsView.qml", content}, QSize(440, 430)};
     }
@@ -102,6 +102,7 @@ protected:
         platform.workspace, platform.fileManager, platform.bundles, {{"/apps"}, "app"}};
     KeyboardShortcuts::KeyboardShortcuts shortcuts{platform.userDefaults, platform.hotKeyService,
                                                    platform.log};
+    const Platform::HotKeyService* hotKeys = &platform.hotKeyService;
     Curtain::ScreenWatcher screenWatcher{platform.screenWatcherProbe};
     std::unique_ptr<Platform::StatusItem> statusItem = platform.statusBar.makeStatusItem();
     std::unique_ptr<Curtain::SettingsModel> model;
@@ -175,16 +176,79 @@ TEST_F(SettingsViewTest, SaysWhatCannotWorkInThisSessionInEveryLanguage) {
         view.click("tabApps");
         EXPECT_THAT(view.texts(), Contains(text(PlatformKey::noShareDetection)));
         EXPECT_THAT(view.texts(), Not(Contains(text(LocKey::autoDetectNote))));
+        // A restart would not help.
+        EXPECT_THAT(view.texts(), Not(Contains(text(LocKey::autoDetectRestart))));
         EXPECT_THAT(view.problems(isRightToLeft), IsEmpty());
         view.picture("settings-no-detection-" + language);
     }
 }
 
+TEST_F(SettingsViewTest, SaysWhatWorksInPartOrIsNotKnownInEveryLanguage) {
+    platform.hotKeyService.heard = Platform::HotKeyReach::inX11WindowsOnly;
+    platform.screenWatcherProbe.isWatched.reset();
+    platform.systemVersion.obstacle = Platform::HidingObstacle::waylandSession;
+    for (const auto& language : languages()) {
+        SCOPED_TRACE(language);
+        speak(language);
+        const bool isRightToLeft = CurtainCore::Localizer::isRightToLeft(language);
+        auto view = show();
+        EXPECT_THAT(view.texts(), Contains(text(PlatformKey::shortcutInX11WindowsOnly)));
+        EXPECT_EQ(view.find("noGlobalShortcuts"), nullptr);
+        EXPECT_THAT(view.texts(), Contains(text(PlatformKey::noHidingOnWayland)));
+        EXPECT_TRUE(QRectF(0, 0, 440, 430).contains(view.place("generalHidingObstacle")));
+        EXPECT_THAT(view.problems(isRightToLeft), IsEmpty());
+        view.picture("settings-wayland-" + language);
+        view.click("tabApps");
+        EXPECT_THAT(view.texts(), Contains(text(PlatformKey::noHidingOnWayland)));
+        EXPECT_THAT(view.texts(), Contains(text(PlatformKey::shareDetectionUnknown)));
+        EXPECT_THAT(view.problems(isRightToLeft), IsEmpty());
+        view.picture("settings-wayland-apps-" + language);
+    }
+}
+
+TEST_F(SettingsViewTest, TakesTheKeyboardForARecordingWhereTheShortcutsServiceSaysThatItCan) {
+    struct Generous : FakeHotKeyService {
+        bool canTakeKeyboard() const override { return true; }
+    } generous;
+    {
+        auto view = show();
+        view.click("shortcut");
+        ASSERT_TRUE(content->shortcut()->isRecording());
+        EXPECT_THAT(takeWarnings(), IsEmpty());
+    }
+    hotKeys = &generous;
+    auto view = show();
+    view.click("shortcut");
+    ASSERT_TRUE(content->shortcut()->isRecording());
+    // Off screen it can only be seen that it was tried.
+    EXPECT_THAT(takeWarnings(), Contains(testing::HasSubstr("grabbing the keyboard")));
+    view.click("launchAtLogin");
+    takeWarnings();
+}
+
+TEST_F(SettingsViewTest, FollowsWhatTheSessionAnswers) {
+    platform.systemVersion.obstacle = Platform::HidingObstacle::notKnownYet;
+    auto view = show();
+    EXPECT_NE(view.find("generalHidingObstacle"), nullptr);
+    platform.systemVersion.obstacle.reset();
+    platform.screenWatcherProbe.isWatched.reset();
+    EXPECT_TRUE(ShownView::waitFor([&] { return view.find("generalHidingObstacle") == nullptr; }));
+    view.click("tabApps");
+    EXPECT_EQ(view.find("hidingObstacle"), nullptr);
+    EXPECT_NE(view.find("shareDetectionUnknown"), nullptr);
+    platform.screenWatcherProbe.isWatched = true;
+    EXPECT_TRUE(ShownView::waitFor([&] { return view.find("shareDetectionUnknown") == nullptr; }));
+}
+
 TEST_F(SettingsViewTest, SaysNothingOfWhatWorks) {
     auto view = show();
     EXPECT_EQ(view.find("noGlobalShortcuts"), nullptr);
+    EXPECT_EQ(view.find("shortcutInX11WindowsOnly"), nullptr);
     EXPECT_EQ(view.find("noTray"), nullptr);
+    EXPECT_EQ(view.find("generalHidingObstacle"), nullptr);
     view.click("tabApps");
+    EXPECT_EQ(view.find("hidingObstacle"), nullptr);
+    EXPECT_EQ(view.find("shareDetectionUnknown"), nullptr);
     EXPECT_EQ(view.find("noShareDetection"), nullptr);
     EXPECT_THAT(view.texts(), Contains(text(LocKey::autoDetectNote)));
 }

@@ -49,6 +49,10 @@ const std::vector<Look>& looks() {
          HidingObstacle::noWindowManager},
         {"unsupported-session", OnboardingStep::compatibility(), Answer::ask, false,
          HidingObstacle::nextSessionNeeded},
+        {"unsupported-ignored", OnboardingStep::compatibility(), Answer::ask, false,
+         HidingObstacle::windowManagerIgnoresHiding},
+        {"unsupported-open", OnboardingStep::compatibility(), Answer::ask, false,
+         HidingObstacle::notKnownYet},
         {"desktop", OnboardingStep::permission(PermissionKind::desktop)},
         {"desktop-granted", OnboardingStep::permission(PermissionKind::desktop), Answer::granted},
         {"microphone", OnboardingStep::permission(PermissionKind::microphone)},
@@ -262,17 +266,45 @@ TEST_F(Wizard, CompatibilityShowsWhatIsMissingAndLeadsOnAllTheSame) {
     EXPECT_EQ(model->page(), "desktop");
 }
 
+TEST_F(Wizard, ASessionThatHasNotAnsweredIsWaitedFor) {
+    system.version = 0;
+    system.obstacle = Platform::HidingObstacle::notKnownYet;
+    auto view = show(OnboardingStep::compatibility());
+    EXPECT_NE(view.find("spinner"), nullptr);
+    EXPECT_NE(view.find("waiting"), nullptr);
+    EXPECT_NE(view.find("close"), nullptr);
+    EXPECT_EQ(view.find("verdict"), nullptr);
+    system.version = 14;
+    system.obstacle.reset();
+    mainQueue.advance(0.25);
+    view.settle();
+    EXPECT_EQ(view.find("spinner"), nullptr);
+    EXPECT_EQ(view.find("close"), nullptr);
+    EXPECT_TRUE(view.find("goOn")->hasActiveFocus());
+}
+
 TEST_F(Wizard, AnUnsupportedSessionLeadsNowhereAndSaysWhy) {
     auto view = show(looks().at(4), "en");
     EXPECT_THAT(view.texts(),
                 UnorderedElementsAre("Curtain can't hide apps in this session. Please log in to another one "
                                      "to continue.",
-                                     "No window manager is running, so apps can't be hidden."));
+                                     "No window manager is running, so apps can't be hidden.",
+                                     "Start a window manager, or choose a complete desktop at the login "
+                                     "screen.",
+                                     "Close"));
     EXPECT_EQ(view.find("goOn"), nullptr);
+    int closed = 0;
+    model->onClose = [&] { ++closed; };
+    EXPECT_TRUE(view.find("close")->hasActiveFocus());
+    view.press(Qt::Key_Space);
+    EXPECT_EQ(closed, 1);
+    view.click("close");
+    EXPECT_EQ(closed, 2);
     for (const auto key : {Qt::Key_Return, Qt::Key_Space, Qt::Key_Tab, Qt::Key_Space}) {
         view.press(key);
     }
     EXPECT_EQ(model->page(), "compatibility");
+    EXPECT_EQ(finished, 0);
 }
 
 TEST_F(Wizard, DesktopIsClearedWhenItIsGranted) {

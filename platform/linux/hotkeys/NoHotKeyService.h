@@ -8,6 +8,7 @@ namespace LinuxPlatform {
 class NoHotKeyService : public Platform::HotKeyService {
 public:
     Platform::HotKeyReach reach() const override { return Platform::HotKeyReach::nowhere; }
+    bool canTakeKeyboard() const override { return false; }
     Platform::HotKeyStatus registerHotKey(const Platform::HotKeyCombination& /*combination*/,
                                           Platform::HotKeyID /*id*/) override {
         return Platform::hotKeyInvalid;

@@ -23,6 +23,7 @@ public:
     ~X11HotKeyService() override;
 
     Platform::HotKeyReach reach() const override { return Platform::HotKeyReach::everywhere; }
+    bool canTakeKeyboard() const override { return reach() == Platform::HotKeyReach::everywhere; }
     Platform::HotKeyStatus registerHotKey(const Platform::HotKeyCombination& combination,
                                           Platform::HotKeyID id) override;
     void unregisterHotKey(Platform::HotKeyID id) override;

@@ -91,6 +91,7 @@ constexpr auto introspection = R"xml(
   <method name="ContextMenu"><arg type="i" direction="in"/><arg type="i" direction="in"/></method>
   <method name="Scroll"><arg type="i" direction="in"/><arg type="s" direction="in"/></method>
   <signal name="NewIcon"/>
+  <signal name="NewToolTip"/>
 </interface>
 )xml";
 
@@ -176,6 +177,12 @@ public:
         announceIcon();
     }
 
+    void setToolTip(const QString& text) {
+        if (std::exchange(content_.toolTip, text) != text) {
+            bus_.send(QDBusMessage::createSignal(itemPath, itemInterface, QStringLiteral("NewToolTip")));
+        }
+    }
+
     void announceIcon() {
         bus_.send(QDBusMessage::createSignal(itemPath, itemInterface, QStringLiteral("NewIcon")));
     }
@@ -227,8 +234,7 @@ private:
             {QStringLiteral("IconThemePath"), name.isEmpty() ? QString() : iconThemesFolder()},
             {QStringLiteral("IconName"), name},
             {QStringLiteral("IconPixmap"), QVariant::fromValue(pixmaps())},
-            {QStringLiteral("ToolTip"),
-             QVariant::fromValue(StatusNotifierToolTip{QStringLiteral("Curtain")})},
+            {QStringLiteral("ToolTip"), QVariant::fromValue(StatusNotifierToolTip{content_.toolTip})},
             {QStringLiteral("ItemIsMenu"), false},
             {QStringLiteral("Menu"), QVariant::fromValue(QDBusObjectPath(menuPath))},
         };
@@ -261,6 +267,10 @@ StatusNotifierItem::~StatusNotifierItem() = default;
 
 void StatusNotifierItem::setImage(const Platform::Image& image) {
     object_->setImage(image);
+}
+
+void StatusNotifierItem::setToolTip(const QString& text) {
+    object_->setToolTip(text);
 }
 
 std::optional<QRect> StatusNotifierItem::geometry() const {

@@ -21,6 +21,7 @@ public:
     StatusNotifierItem& operator=(const StatusNotifierItem&) = delete;
 
     void setImage(const Platform::Image& image) override;
+    void setToolTip(const QString& text) override;
     std::optional<QRect> geometry() const override;
     void updateTint() override;
 

@@ -8,6 +8,7 @@
 #include <QImage>
 #include <QPoint>
 #include <QRect>
+#include <QString>
 
 #include <functional>
 #include <optional>
@@ -17,6 +18,7 @@ namespace LinuxPlatform {
 /// What the icon shows and whom it tells of clicks, whichever way it takes into a panel.
 struct TrayIconContent {
     Platform::Image image;
+    QString toolTip;
     /// The second argument is where the click or the icon is, in pixels of the screen; null when not known.
     std::function<void(const Platform::Event&, const QRect&)> onClick;
     /// What a right click would open now.
@@ -32,6 +34,7 @@ public:
     virtual ~TrayIcon() = default;
 
     virtual void setImage(const Platform::Image& image) = 0;
+    virtual void setToolTip(const QString& text) = 0;
     /// Where it is, in pixels of the screen; absent when the panel does not tell.
     virtual std::optional<QRect> geometry() const = 0;
     /// The colour for templates may have changed.

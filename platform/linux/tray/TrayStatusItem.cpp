@@ -48,6 +48,13 @@ void TrayStatusItem::setImage(const Platform::Image& image) {
     }
 }
 
+void TrayStatusItem::setToolTip(const std::string& text) {
+    toolTip_ = QString::fromStdString(text);
+    if (icon_) {
+        icon_->setToolTip(toolTip_);
+    }
+}
+
 void TrayStatusItem::setAction(std::uint64_t eventMask, Action action) {
     eventMask_ = eventMask;
     action_ = std::move(action);
@@ -109,7 +116,8 @@ void TrayStatusItem::takeBestPlace() {
 
 void TrayStatusItem::stand() {
     hasBeenShown_ = true;
-    TrayIconContent content{*image_, [this](const auto& event, const auto& where) { clicked(event, where); },
+    TrayIconContent content{*image_, toolTip_,
+                            [this](const auto& event, const auto& where) { clicked(event, where); },
                             [this] { return menu_ ? std::optional(menu_()) : std::nullopt; },
                             [this] { return menuOfRightClick(); }};
     if (place_.watcher.isEmpty()) {

@@ -31,6 +31,7 @@ public:
     TrayStatusItem(X11Connection* x11, Platform::MainQueue& queue, Platform::Log& log, TrayToolkit toolkit);
 
     void setImage(const Platform::Image& image) override;
+    void setToolTip(const std::string& text) override;
     void setAction(std::uint64_t eventMask, Action action) override;
     void setMenu(std::function<Platform::Menu()> menu) override;
     std::optional<Platform::Rect> frame() const override;
@@ -66,6 +67,7 @@ private:
     bool isHostAwaited_ = true;
     bool hasBeenShown_ = false;
     std::optional<Platform::Image> image_;
+    QString toolTip_;
     std::uint64_t eventMask_ = 0;
     Action action_;
     std::function<Platform::Menu()> menu_;

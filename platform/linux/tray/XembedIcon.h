@@ -24,6 +24,8 @@ public:
     XembedIcon& operator=(const XembedIcon&) = delete;
 
     void setImage(const Platform::Image& image) override;
+    /// These panels leave tips to the icon's own windows, and there are none.
+    void setToolTip(const QString& /*text*/) override {}
     std::optional<QRect> geometry() const override;
     void updateTint() override;
 
