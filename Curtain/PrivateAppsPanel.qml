@@ -75,7 +75,7 @@ Card {
                 objectName: "privateAppsList"
                 anchors.left: parent.left
                 width: 303
-                height: obstacle.visible ? obstacle.y - 8 : 178
+                height: obstacle.visible ? Math.floor((obstacle.y - 8) / 42) * 42 : 178
                 model: panel.model.privateApps
                 clip: canScroll
                 interactive: canScroll
