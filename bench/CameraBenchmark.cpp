@@ -56,13 +56,19 @@ constexpr double longestStart = 60;
 constexpr double mostMemory = 15;
 
 /// Runs tasks at once: here it is the adapters that are measured.
-class ImmediateWorkQueues : public Platform::WorkQueues, private Platform::WorkQueue {
+struct ImmediateQueue : Platform::WorkQueue {
+    void async(Task task) override { task(); }
+};
+
+class ImmediateWorkQueues : public Platform::WorkQueues {
 public:
-    std::unique_ptr<Platform::WorkQueue> makeSerial(const std::string&) override { return nullptr; }
-    Platform::WorkQueue& userInitiated() override { return *this; }
+    std::unique_ptr<Platform::WorkQueue> makeSerial(const std::string&) override {
+        return std::make_unique<ImmediateQueue>();
+    }
+    Platform::WorkQueue& userInitiated() override { return queue_; }
 
 private:
-    void async(Task task) override { task(); }
+    ImmediateQueue queue_;
 };
 
 class CameraCosts {
@@ -179,10 +185,10 @@ private:
     std::string camera_;
     double seconds_;
     QtPlatform::QtMainQueue mainQueue_;
-    LinuxPlatform::LinuxCaptureServices services_{
-        mainQueue_, std::make_unique<LinuxPlatform::PipeWireCameras>(), nullptr};
-    TestSupport::FakeMediaAuthorization authorization_;
     ImmediateWorkQueues workQueues_;
+    LinuxPlatform::LinuxCaptureServices services_{
+        mainQueue_, workQueues_, std::make_unique<LinuxPlatform::PipeWireCameras>(), nullptr};
+    TestSupport::FakeMediaAuthorization authorization_;
     Curtain::CameraPreviewManager manager_{{services_, authorization_, mainQueue_, workQueues_}};
     QtPlatform::ViewEngine engine_;
     QQuickView view_{&engine_.engine(), nullptr};

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Subscription.h"
+
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -79,6 +81,18 @@ public:
     virtual std::shared_ptr<const Picture> picture() const = 0;
 };
 
+/// Why a running session shows nothing.
+enum class CaptureInterruption {
+    /// The camera is not there.
+    deviceNotAvailable,
+    /// Another program has it.
+    deviceInUse,
+    /// It does not begin.
+    deviceFailed,
+    /// It has begun, and no picture comes that could be shown.
+    noPictures,
+};
+
 /// One camera at work. Main thread only, but for `isRunning`, `startRunning` and `stopRunning`, which any
 /// thread may call.
 class CaptureSession {
@@ -107,6 +121,11 @@ public:
     /// When it returns, the camera is let go.
     virtual void stopRunning() = 0;
 
+    /// Absent while there are pictures, while the session does not run, and while a camera that has just been
+    /// opened may still bring one. The session tries to get its camera back all the time.
+    virtual std::optional<CaptureInterruption> interruption() const = 0;
+    virtual Subscription observeInterruption(std::function<void()> onChanged) = 0;
+
     /// `onPictureChanged` is called on the main thread whenever `picture` has changed.
     virtual std::unique_ptr<VideoPreview> makePreview(std::function<void()> onPictureChanged) = 0;
 };
@@ -122,11 +141,13 @@ public:
     /// wait a moment for the system's list, later ones do not.
     virtual std::vector<CaptureDevice> devices() = 0;
     virtual std::optional<CaptureDevice> defaultDevice() = 0;
+    /// `onChanged` is called on the main thread when the two above may have another answer than before.
+    virtual Subscription observeDevices(std::function<void()> onChanged) = 0;
     /// Null when that camera cannot be used.
     virtual std::shared_ptr<CaptureInput> makeInput(const CaptureDevice& device) = 0;
     virtual std::shared_ptr<PhotoOutput> makePhotoOutput() = 0;
     virtual std::shared_ptr<CaptureSession> makeSession() = 0;
-    /// An encoded image file as a picture; null when it is none.
+    /// An encoded image file as a picture; null when it is none. Any thread: a large one takes long.
     virtual std::shared_ptr<const Picture> decodeImage(const std::vector<std::byte>& encoded) = 0;
 };
 

@@ -225,8 +225,8 @@ LinuxCaptureServices& addCamera(Platform::Platform& platform) {
         connector = [bus] { return openPipeWireRemote(bus); };
     }
     auto cameras = std::make_unique<LinuxCaptureServices>(
-        *platform.mainQueue, std::make_unique<PipeWireCameras>(connector),
-        std::make_unique<V4l2Cameras>(std::make_unique<KernelVideoDeviceCalls>(), "/sys"));
+        *platform.mainQueue, *platform.workQueues, std::make_unique<PipeWireCameras>(connector),
+        std::make_unique<V4l2Cameras>(std::make_shared<KernelVideoDeviceCalls>(), "/sys"));
     auto& added = *cameras;
     platform.captureServices = std::move(cameras);
     // The daemon may hand out cameras whose devices are closed to the user.

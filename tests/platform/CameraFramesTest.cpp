@@ -207,6 +207,116 @@ TEST(RawVideoTest, EveryLumaAndChromaStaysInRange) {
     }
 }
 
+/// Against the recommendations' own equations, for every luma and many chromas.
+TEST(RawVideoTest, ColorsOfEveryRangeAndMatrixAreNearTheExactOnes) {
+    using LinuxPlatform::ColorMatrix;
+    using LinuxPlatform::ColorRange;
+    for (const auto matrix : {ColorMatrix::bt601, ColorMatrix::bt709}) {
+        const double kr = matrix == ColorMatrix::bt601 ? 0.299 : 0.2126;
+        const double kb = matrix == ColorMatrix::bt601 ? 0.114 : 0.0722;
+        const double kg = 1 - kr - kb;
+        for (const auto range : {ColorRange::limited, ColorRange::full}) {
+            const bool isFull = range == ColorRange::full;
+            double worst = 0;
+            for (int u = 0; u < 256; u += 5) {
+                for (int v = 0; v < 256; v += 5) {
+                    Bytes data;
+                    for (int y = 0; y < 256; ++y) {
+                        data.insert(data.end(), {byteOf(y), byteOf(y % 2 == 0 ? u : v)});
+                    }
+                    auto frame = frameOf(PixelLayout::yuyv, 256, 1, data);
+                    frame.format.range = range;
+                    frame.format.matrix = matrix;
+                    const auto picture = LinuxPlatform::pictureOfRawFrame(frame, 1);
+                    ASSERT_TRUE(picture);
+                    for (int y = 0; y < 256; ++y) {
+                        const double luma = isFull ? y : (y - 16) * 255.0 / 219;
+                        const double blue = (u - 128) * (isFull ? 1 : 255.0 / 224);
+                        const double red = (v - 128) * (isFull ? 1 : 255.0 / 224);
+                        const double r = luma + 2 * (1 - kr) * red;
+                        const double b = luma + 2 * (1 - kb) * blue;
+                        const double g = luma - 2 * kr * (1 - kr) / kg * red - 2 * kb * (1 - kb) / kg * blue;
+                        const auto pixel = pixelOf(*picture, y, 0);
+                        worst = std::max({worst, std::abs(pixel.red - std::clamp(r, 0.0, 255.0)),
+                                          std::abs(pixel.green - std::clamp(g, 0.0, 255.0)),
+                                          std::abs(pixel.blue - std::clamp(b, 0.0, 255.0))});
+                    }
+                }
+            }
+            EXPECT_LE(worst, 2) << "full range: " << isFull << ", matrix " << static_cast<int>(matrix);
+        }
+    }
+}
+
+/// What is done to the picture of three colours in two rows is undone.
+TEST(FrameDecoderTest, PicturesAndPhotosAreUpright) {
+    using LinuxPlatform::Orientation;
+    constexpr int width = 48;
+    constexpr int height = 32;
+    const auto colorAt = [&](int x, int y) {
+        return barColors[static_cast<std::size_t>(x / 16 + (y / 16) * 2) % 4];
+    };
+    for (const bool isMirrored : {false, true}) {
+        for (int turns = 0; turns < 4; ++turns) {
+            const Orientation orientation{isMirrored, turns};
+            const bool isOnItsSide = turns % 2 != 0;
+            const int storedWidth = isOnItsSide ? height : width;
+            const int storedHeight = isOnItsSide ? width : height;
+            Bytes stored(static_cast<std::size_t>(width * height) * 4);
+            for (int y = 0; y < height; ++y) {
+                for (int x = 0; x < width; ++x) {
+                    // Mirrored first, then turned counter-clockwise a quarter at a time.
+                    int toX = isMirrored ? width - 1 - x : x;
+                    int toY = y;
+                    int w = width;
+                    int h = height;
+                    for (int turn = 0; turn < turns; ++turn) {
+                        const int turnedX = toY;
+                        toY = w - 1 - toX;
+                        toX = turnedX;
+                        std::swap(w, h);
+                    }
+                    const auto color = colorAt(x, y);
+                    auto* pixel = &stored[static_cast<std::size_t>(toY * storedWidth + toX) * 4];
+                    pixel[0] = byteOf(color.blue);
+                    pixel[1] = byteOf(color.green);
+                    pixel[2] = byteOf(color.red);
+                }
+            }
+            auto frame = frameOf(PixelLayout::bgrx, storedWidth, storedHeight, stored);
+            frame.orientation = orientation;
+            const auto isRight = [&](const Platform::Picture& picture, int tolerance) {
+                bool isSame = picture.width == width && picture.height == height;
+                for (int y = 8; y < height && isSame; y += 16) {
+                    for (int x = 8; x < width && isSame; x += 16) {
+                        isSame = isNear(pixelOf(picture, x, y), colorAt(x, y), tolerance);
+                    }
+                }
+                return isSame;
+            };
+            FrameDecoder decoder;
+            const auto picture = decoder.picture(frame, width, height);
+            ASSERT_TRUE(picture);
+            EXPECT_TRUE(isRight(*picture, 0)) << isMirrored << turns;
+            const auto photo = decoder.photo(frame);
+            ASSERT_TRUE(photo);
+            EXPECT_TRUE(isRight(*JpegCodec().decode(*photo, 1).picture, 2)) << isMirrored << turns;
+            // The same as JPEG, whose bytes lie on their side as well.
+            Platform::Picture asStored;
+            asStored.width = storedWidth;
+            asStored.height = storedHeight;
+            asStored.pixels = stored;
+            const auto jpeg = JpegCodec().encode(asStored);
+            auto jpegFrame = frameOf(PixelLayout::jpeg, storedWidth, storedHeight, *jpeg);
+            jpegFrame.orientation = orientation;
+            const auto jpegPhoto = decoder.photo(jpegFrame);
+            ASSERT_TRUE(jpegPhoto);
+            EXPECT_EQ(*jpegPhoto == *jpeg, orientation.isUpright()) << "unchanged where it is upright";
+            EXPECT_TRUE(isRight(*JpegCodec().decode(*jpegPhoto, 1).picture, 4)) << isMirrored << turns;
+        }
+    }
+}
+
 TEST(RawVideoTest, OddSizesAreTaken) {
     for (const auto layout :
          {PixelLayout::yuyv, PixelLayout::nv12, PixelLayout::yuv420, PixelLayout::gray, PixelLayout::bgr}) {
@@ -275,6 +385,54 @@ TEST(FrameDecoderTest, PhotoOfJpegIsTheSameBytes) {
     jpeg.insert(jpeg.end(), 100, std::byte{0});
     FrameDecoder decoder;
     EXPECT_EQ(decoder.photo(frameOf(PixelLayout::jpeg, 320, 180, jpeg)), jpeg);
+}
+
+/// The segments of a JPEG in front of its first scan, by their markers.
+std::vector<std::pair<int, Bytes>> segmentsOf(const Bytes& jpeg) {
+    std::vector<std::pair<int, Bytes>> segments;
+    std::size_t at = 2;
+    while (segments.empty() || segments.back().first != 0xDA) {
+        const auto length = std::to_integer<std::size_t>(jpeg.at(at + 2)) * 256 +
+                            std::to_integer<std::size_t>(jpeg.at(at + 3)) + 2;
+        const auto begin = jpeg.begin() + static_cast<std::ptrdiff_t>(at);
+        segments.emplace_back(std::to_integer<int>(jpeg.at(at + 1)),
+                              Bytes(begin, begin + static_cast<std::ptrdiff_t>(length)));
+        at += length;
+    }
+    return segments;
+}
+
+TEST(FrameDecoderTest, PhotoOfAJpegWithoutHuffmanTablesHasTheStandardOnes) {
+    const auto whole = jpegBars(320, 180);
+    Bytes bare(whole.begin(), whole.begin() + 2);
+    std::size_t header = 2;
+    for (const auto& [marker, segment] : segmentsOf(whole)) {
+        header += segment.size();
+        if (marker != 0xC4) {
+            bare.insert(bare.end(), segment.begin(), segment.end());
+        }
+    }
+    bare.insert(bare.end(), whole.begin() + static_cast<std::ptrdiff_t>(header), whole.end());
+    ASSERT_LT(bare.size(), whole.size());
+    FrameDecoder decoder;
+    const auto photo = decoder.photo(frameOf(PixelLayout::jpeg, 320, 180, bare));
+    ASSERT_TRUE(photo);
+    const auto tables = [](const Bytes& jpeg) {
+        Bytes all;
+        for (const auto& [marker, segment] : segmentsOf(jpeg)) {
+            if (marker == 0xC4) {
+                all.insert(all.end(), segment.begin(), segment.end());
+            }
+        }
+        return all;
+    };
+    EXPECT_EQ(photo->size(), whole.size());
+    // The encoder of the bars uses the standard ones.
+    EXPECT_EQ(tables(*photo), tables(whole));
+    const auto picture = JpegCodec().decode(*photo, 1);
+    ASSERT_TRUE(picture.picture);
+    EXPECT_FALSE(picture.isDamaged);
+    EXPECT_EQ(picture.picture->pixels, JpegCodec().decode(whole, 1).picture->pixels);
 }
 
 TEST(FrameDecoderTest, PhotoOfARawFrameIsEncodedOnceAtQuality92) {

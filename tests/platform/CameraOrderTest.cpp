@@ -4,11 +4,17 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
+#include <future>
+#include <map>
+
+#include <sys/stat.h>
+
 namespace {
 
+using LinuxPlatform::CameraDirectory;
 using LinuxPlatform::CameraKind;
 using LinuxPlatform::FoundCamera;
-using LinuxPlatform::inDiscoveryOrder;
 using testing::ElementsAre;
 
 struct CameraOrderTest : testing::Test {
@@ -32,7 +38,7 @@ struct CameraOrderTest : testing::Test {
 
     std::vector<std::string> ids(const std::vector<FoundCamera>& cameras) const {
         std::vector<std::string> ids;
-        for (const auto& camera : inDiscoveryOrder(cameras, system.path())) {
+        for (const auto& camera : CameraDirectory(system.path()).list(cameras)) {
             ids.push_back(camera.device.uniqueID);
         }
         return ids;
@@ -87,7 +93,7 @@ TEST_F(CameraOrderTest, OrderDoesNotDependOnTheOrderOfArrival) {
 
 TEST_F(CameraOrderTest, CamerasThatShareEverythingAreNumberedInTheOrderOfTheirSerials) {
     const auto listed =
-        inDiscoveryOrder({{"same", "Camera", "", 9}, {"same", "Camera", "", 4}}, system.path());
+        CameraDirectory(system.path()).list({{"same", "Camera", "", 9}, {"same", "Camera", "", 4}});
     ASSERT_EQ(listed.size(), 2U);
     EXPECT_EQ(listed[0].device.uniqueID, "same");
     EXPECT_EQ(listed[0].serial, 4U);
@@ -96,7 +102,94 @@ TEST_F(CameraOrderTest, CamerasThatShareEverythingAreNumberedInTheOrderOfTheirSe
 }
 
 TEST_F(CameraOrderTest, CameraWithoutADescriptionShowsItsName) {
-    EXPECT_EQ(inDiscoveryOrder({{"plain", "", "", 1}}, system.path()).front().device.localizedName, "plain");
+    EXPECT_EQ(CameraDirectory(system.path()).list({{"plain", "", "", 1}}).front().device.localizedName,
+              "plain");
+}
+
+/// Names as session managers and drivers make them.
+TEST_F(CameraOrderTest, NamesAreThoseThatPeopleKnow) {
+    const auto name = [&](const std::string& description) {
+        return CameraDirectory(system.path())
+            .list({{"name", description, "", 1}})
+            .front()
+            .device.localizedName;
+    };
+    EXPECT_EQ(name("HD Pro Webcam C920 (V4L2)"), "HD Pro Webcam C920");
+    EXPECT_EQ(name("Integrated Camera: Integrated C"), "Integrated Camera");
+    EXPECT_EQ(name("Integrated Camera  Integrated C (V4L2)"), "Integrated Camera");
+    EXPECT_EQ(name("HP Wide Vision: IR"), "HP Wide Vision: IR");
+    EXPECT_EQ(name("(V4L2)"), "(V4L2)");
+    EXPECT_EQ(name("Camera: "), "Camera: ");
+}
+
+TEST_F(CameraOrderTest, ANumberStaysWithItsCameraWhenTheOtherOneGoes) {
+    CameraDirectory directory(system.path());
+    const FoundCamera one{"one", "Camera", "", 4};
+    const FoundCamera two{"two", "Camera", "", 9};
+    const auto names = [&](const std::vector<FoundCamera>& cameras) {
+        std::map<std::string, std::string> byID;
+        for (const auto& camera : directory.list(cameras)) {
+            byID[camera.device.uniqueID] = camera.device.localizedName;
+        }
+        return byID;
+    };
+    using Names = std::map<std::string, std::string>;
+    EXPECT_EQ(names({one, two}), (Names{{"one", "Camera"}, {"two", "Camera (2)"}}));
+    EXPECT_EQ(names({two}), (Names{{"two", "Camera (2)"}}));
+    EXPECT_EQ(names({one, two}), (Names{{"one", "Camera"}, {"two", "Camera (2)"}}));
+}
+
+TEST_F(CameraOrderTest, AnIdentifierStaysWithItsCameraWhenItsNamesakeGoes) {
+    CameraDirectory directory(system.path());
+    const auto idOf = [&](const std::vector<FoundCamera>& cameras, std::uint64_t serial) {
+        for (const auto& camera : directory.list(cameras)) {
+            if (camera.serial == serial) {
+                return camera.device.uniqueID;
+            }
+        }
+        return std::string();
+    };
+    const FoundCamera one{"same", "Camera", "", 4};
+    const FoundCamera two{"same", "Camera", "", 9};
+    EXPECT_EQ(idOf({one, two}, 9), "same#2");
+    EXPECT_EQ(idOf({two}, 9), "same#2");
+    EXPECT_EQ(idOf({two, {"same", "Camera", "", 12}}, 12), "same") << "the number that is free";
+}
+
+TEST_F(CameraOrderTest, ManyNamesThatCameAndWentAreNotKeptInMind) {
+    CameraDirectory directory(system.path());
+    for (std::uint64_t turn = 0; turn < 1000; ++turn) {
+        directory.list({{"camera " + std::to_string(turn), "Camera", "", turn + 1}});
+    }
+    const auto listed = directory.list({{"last", "Camera", "", 2000}});
+    EXPECT_LT(listed.front().device.localizedName, "Camera (70)");
+}
+
+TEST_F(CameraOrderTest, CamerasWithoutColorsComeLast) {
+    describe("video0", "pci0/usb1/1-5/1-5:1.0", "fixed");
+    EXPECT_THAT(
+        ids({{"infrared", "Built-in Camera", "v4l2:/dev/video0", 1, true}, {"loopback", "Loopback", "", 2}}),
+        ElementsAre("loopback", "infrared"));
+}
+
+TEST_F(CameraOrderTest, APathThatIsNoVideoDeviceLeadsNowhere) {
+    // Whatever is read there never answers.
+    const auto trap = system.path() / "usb";
+    std::filesystem::create_directories(trap / "device");
+    const auto pipe = trap / "removable";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const std::vector<std::string> paths{"v4l2:/dev/" + trap.string(), "v4l2:/dev/../../usb",
+                                         "v4l2:/dev/video", "v4l2:/dev/video0/../usb", "v4l2:/dev/video-1"};
+    for (const auto& path : paths) {
+        auto answer = std::async(std::launch::async, [&] { return kind("Camera", path); });
+        const bool isThere = answer.wait_for(std::chrono::seconds(5)) == std::future_status::ready;
+        EXPECT_TRUE(isThere) << path;
+        if (!isThere) {
+            // Somebody writes, and the reader goes on.
+            TestSupport::writeFile(pipe, "fixed\n");
+        }
+        EXPECT_EQ(answer.get(), CameraKind::networkOrPhone) << path;
+    }
 }
 
 } // namespace

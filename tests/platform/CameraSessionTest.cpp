@@ -1,10 +1,13 @@
 #include "platform/linux/camera/CameraSession.h"
 
+#include "platform/linux/ThreadWorkQueues.h"
 #include "tests/platform/CameraWorld.h"
 #include "tests/support/HandDrivenQueue.h"
 
 #include <gmock/gmock.h>
 
+#include <chrono>
+#include <mutex>
 #include <thread>
 
 namespace {
@@ -23,12 +26,13 @@ using TestSupport::RecordingPhotoReceiver;
 struct ScriptedStack : LinuxPlatform::CameraStack {
     struct Feed : LinuxPlatform::CameraFeed {
         Feed(ScriptedStack& theStack, std::string theID) : stack(theStack), id(std::move(theID)) {
-            stack.calls.push_back("open " + id);
+            stack.add("open " + id);
         }
         Feed(const Feed&) = delete;
         Feed& operator=(const Feed&) = delete;
         ~Feed() override {
-            stack.calls.push_back("close " + id);
+            const std::scoped_lock lock(stack.closing);
+            stack.add("close " + id);
             stack.sink = nullptr;
         }
         ScriptedStack& stack;
@@ -36,10 +40,23 @@ struct ScriptedStack : LinuxPlatform::CameraStack {
     };
 
     std::vector<std::string> calls;
+    std::mutex callsMutex;
+    /// Held up by whoever wants closing to take its time.
+    std::mutex closing;
     FrameSink* sink = nullptr;
+
+    void add(const std::string& call) {
+        const std::scoped_lock lock(callsMutex);
+        calls.push_back(call);
+    }
+    bool is(const std::vector<std::string>& expected) {
+        const std::scoped_lock lock(callsMutex);
+        return calls == expected;
+    }
 
     std::vector<Platform::CaptureDevice> devices() override { return {}; }
     std::optional<Platform::CaptureDevice> defaultDevice() override { return std::nullopt; }
+    void onDevicesChanged(std::function<void()>) override {}
     std::unique_ptr<LinuxPlatform::CameraFeed> open(const std::string& uniqueID,
                                                     FrameSink& theSink) override {
         sink = &theSink;
@@ -55,10 +72,16 @@ struct ScriptedStack : LinuxPlatform::CameraStack {
     }
 };
 
+/// Runs every task at once.
+struct ImmediateQueue : Platform::WorkQueue {
+    void async(Task task) override { task(); }
+};
+
 struct CameraSessionTest : testing::Test {
     TestSupport::HandDrivenQueue mainQueue;
     std::shared_ptr<ScriptedStack> stack = std::make_shared<ScriptedStack>();
-    std::shared_ptr<CameraSession> session = std::make_shared<CameraSession>(mainQueue);
+    std::shared_ptr<CameraSession> session =
+        std::make_shared<CameraSession>(mainQueue, std::make_unique<ImmediateQueue>());
     std::shared_ptr<CameraPhotoOutput> output = std::make_shared<CameraPhotoOutput>();
     std::shared_ptr<RecordingPhotoReceiver> receiver = std::make_shared<RecordingPhotoReceiver>();
     int changes = 0;
@@ -169,6 +192,30 @@ TEST_F(CameraSessionTest, ChangesTakeEffectTogether) {
     EXPECT_THAT(stack->calls, ElementsAre("open one", "close one", "open two"));
 }
 
+TEST_F(CameraSessionTest, SwitchingDoesNotWaitForADriverThatTakesItsTime) {
+    LinuxPlatform::ThreadWorkQueues workQueues;
+    session = std::make_shared<CameraSession>(mainQueue, workQueues.makeSerial("camera switch"));
+    const auto first = input("one");
+    session->addInput(first);
+    session->startRunning();
+    // Closing the first camera waits until this is let go.
+    std::unique_lock driver(stack->closing);
+    session->beginConfiguration();
+    session->removeInput(first);
+    session->addInput(input("two"));
+    session->commitConfiguration();
+    session->setSuspended(true);
+    session->setSuspended(false);
+    EXPECT_TRUE(stack->is({"open one"})) << "and yet the main thread has come here";
+    driver.unlock();
+    EXPECT_TRUE(TestSupport::spinUntil(
+        [&] {
+            return stack->is({"open one", "close one", "open two"});
+        },
+        std::chrono::seconds(20)));
+    session.reset();
+}
+
 TEST_F(CameraSessionTest, UnchangedConfigurationLeavesTheCameraOpen) {
     session->addInput(input("one"));
     session->startRunning();
@@ -207,7 +254,7 @@ TEST_F(CameraSessionTest, CameraThatGoesDarkenThePreview) {
     const auto preview = look();
     stack->deliver(10);
     mainQueue.runReady();
-    stack->sink->onDark();
+    stack->sink->onDark(Platform::CaptureInterruption::deviceNotAvailable);
     EXPECT_EQ(preview->picture(), nullptr);
     mainQueue.runReady();
     EXPECT_EQ(changes, 2);
@@ -314,7 +361,7 @@ TEST_F(CameraSessionTest, CameraThatGoesEndsThePhotosThatWait) {
     session->addOutput(output);
     session->startRunning();
     output->capturePhoto({}, receiver);
-    stack->sink->onDark();
+    stack->sink->onDark(Platform::CaptureInterruption::deviceNotAvailable);
     ASSERT_EQ(receiver->calls(), 1);
     EXPECT_EQ(receiver->photo()->fileDataRepresentation, std::nullopt);
     output->capturePhoto({}, receiver);
@@ -333,7 +380,7 @@ TEST_F(CameraSessionTest, CameraThatIsStartedAgainMayAnswerWithItsFirstFrame) {
     session->addInput(input("one"));
     session->addOutput(output);
     session->startRunning();
-    stack->sink->onDark();
+    stack->sink->onDark(Platform::CaptureInterruption::deviceNotAvailable);
     session->stopRunning();
     session->startRunning();
     output->capturePhoto({}, receiver);

@@ -7,6 +7,7 @@
 #include "tests/support/TemporaryFolder.h"
 
 #include <algorithm>
+#include <csignal>
 #include <cstdlib>
 #include <memory>
 #include <mutex>
@@ -30,6 +31,7 @@ public:
 
     bool isStreaming() const { return log().ends_with("streaming\n"); }
     void unplug() { process_.end(SIGTERM); }
+    void signal(int number) { kill(process_.id(), number); }
 
 private:
     static std::vector<std::string> command(const std::filesystem::path& log, const std::string& name,

@@ -1,19 +1,29 @@
-#include "platform/linux/camera/PipeWireCameras.h"
+#include "platform/linux/camera/pipewire/PipeWireCameras.h"
 
+#include "platform/linux/ThreadWorkQueues.h"
 #include "platform/linux/camera/LinuxCaptureServices.h"
+#include "platform/linux/camera/V4l2Cameras.h"
 #include "tests/platform/CameraWorld.h"
+#include "tests/support/FakeVideoDevices.h"
 
 #include <gmock/gmock.h>
 
+#include <array>
+#include <atomic>
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 namespace {
 
 using LinuxPlatform::LinuxCaptureServices;
 using LinuxPlatform::PipeWireCameras;
 using Platform::CaptureDevice;
+using Platform::CaptureInterruption;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using TestSupport::ChildProcess;
@@ -50,10 +60,25 @@ bool holdsForAFreshStack(const Condition& condition) {
     return false;
 }
 
+/// A socket of the virtual desktop's daemon.
+int connectToDaemon() {
+    const auto path = std::filesystem::path(std::getenv("XDG_RUNTIME_DIR")) / "pipewire-0";
+    const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    path.string().copy(address.sun_path, sizeof address.sun_path - 1);
+    if (connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) < 0) {
+        close(socket);
+        return -1;
+    }
+    return socket;
+}
+
 struct PipeWireCamerasTest : testing::Test {
     TestSupport::TemporaryFolder folder;
     QtPlatform::QtMainQueue mainQueue;
-    LinuxCaptureServices services{mainQueue, std::make_unique<PipeWireCameras>(), nullptr};
+    LinuxPlatform::ThreadWorkQueues workQueues;
+    LinuxCaptureServices services{mainQueue, workQueues, std::make_unique<PipeWireCameras>(), nullptr};
     std::shared_ptr<Platform::CaptureSession> session = services.makeSession();
     std::shared_ptr<Platform::PhotoOutput> output = services.makePhotoOutput();
     std::unique_ptr<Platform::VideoPreview> preview;
@@ -133,8 +158,8 @@ TEST_F(PipeWireCamerasTest, CamerasAreListedBuiltInFirstThenByName) {
     const auto other = plugIn("a-phone", "A Phone", "yuyv");
     const auto builtIn = plugIn("inside", "Integrated Camera", "yuyv");
     EXPECT_THAT(services.devices(),
-                ElementsAre(CaptureDevice{"inside", "Integrated Camera"}, CaptureDevice{"a-phone", "A Phone"},
-                            CaptureDevice{"b-phone", "A Phone"}));
+                ElementsAre(CaptureDevice{"inside", "Integrated Camera"}, CaptureDevice{"b-phone", "A Phone"},
+                            CaptureDevice{"a-phone", "A Phone (2)"}));
 }
 
 TEST_F(PipeWireCamerasTest, FirstListIsComplete) {
@@ -174,8 +199,8 @@ TEST_F(PipeWireCamerasTest, CamerasComeAndGo) {
 TEST_F(PipeWireCamerasTest, CamerasOfTheSameNameAreToldApart) {
     const auto one = plugIn("same", "Same Camera", "yuyv");
     const auto two = plugIn("same", "Same Camera", "jpeg", {"log=" + (folder.path() / "second").string()});
-    ASSERT_THAT(services.devices(),
-                ElementsAre(CaptureDevice{"same", "Same Camera"}, CaptureDevice{"same#2", "Same Camera"}));
+    ASSERT_THAT(services.devices(), ElementsAre(CaptureDevice{"same", "Same Camera"},
+                                                CaptureDevice{"same#2", "Same Camera (2)"}));
     choose("same#2");
     look();
     session->startRunning();
@@ -197,6 +222,43 @@ TEST_F(PipeWireCamerasTest, RawPicturesHaveTheCamerasColors) {
     EXPECT_EQ(picture->width, 320);
     EXPECT_EQ(picture->height, 180);
     EXPECT_TRUE(spinUntil([&] { return pictures >= 5; }, patience)) << "pictures keep coming";
+}
+
+TEST_F(PipeWireCamerasTest, ColorsAreReadAsTheCameraMeansThem) {
+    const auto camera = plugIn("full", "Full Range", "yuyv", {"full709"});
+    choose("full");
+    look();
+    session->startRunning();
+    ASSERT_TRUE(comesOn());
+    const auto picture = preview->picture();
+    const std::array<TestSupport::Rgb, 4> bars{{{255, 0, 0}, {0, 255, 0}, {0, 0, 255}, {128, 128, 128}}};
+    for (int bar = 0; bar < 4; ++bar) {
+        const auto pixel =
+            TestSupport::pixelOf(*picture, picture->width * (2 * bar + 1) / 8, picture->height / 8);
+        EXPECT_TRUE(TestSupport::isNear(pixel, bars[static_cast<std::size_t>(bar)], 2))
+            << bar << ": " << pixel.red << " " << pixel.green << " " << pixel.blue;
+    }
+}
+
+TEST_F(PipeWireCamerasTest, PicturesThatTheCameraTurnsAreTurnedBack) {
+    // Mirrored, which four upright bars show, and on their side.
+    const auto mirrored = plugIn("mirrored", "Mirrored", "yuyv", {"transform=4"});
+    const auto turned = plugIn("turned", "Turned", "both", {"transform=1"});
+    const TestSupport::Rgb red{255, 0, 0};
+    choose("mirrored");
+    look();
+    session->startRunning();
+    ASSERT_TRUE(comesOn());
+    auto picture = preview->picture();
+    EXPECT_TRUE(TestSupport::isNear(TestSupport::pixelOf(*picture, picture->width * 7 / 8, 10), red));
+    choose("turned");
+    ASSERT_TRUE(spinUntil(
+        [&] { return preview->picture() && preview->picture()->height > preview->picture()->width; },
+        patience));
+    picture = preview->picture();
+    // What was turned counter-clockwise had its right side on top before: the left bar comes to the top.
+    EXPECT_TRUE(
+        TestSupport::isNear(TestSupport::pixelOf(*picture, picture->width / 8, picture->height / 8), red));
 }
 
 TEST_F(PipeWireCamerasTest, JpegIsPreferredAndDecodedAsSmallAsItMayBe) {
@@ -430,18 +492,123 @@ TEST_F(PipeWireCamerasTest, FormatThatChangesInMidStreamIsFollowed) {
     }
 }
 
-TEST_F(PipeWireCamerasTest, CameraOfImpossibleSizeStaysDark) {
-    const auto ordinary = plugIn("ordinary", "Camera", "yuyv");
-    for (const auto& [id, size] : {std::pair{"tiny", "size=0x0"}, std::pair{"huge", "size=16384x16384"}}) {
-        const auto camera = plugIn(id, "Odd", "both", {size});
-        choose(id);
+TEST_F(PipeWireCamerasTest, OnlyCamerasThatCanBeReadAreListedAndThoseWithoutColorsLast) {
+    const auto gray = plugIn("a-gray", "A Gray One", "gray");
+    std::vector<std::unique_ptr<VirtualCamera>> others;
+    for (const auto& [formats, size] :
+         {std::pair{"depth", "size=640x480"}, std::pair{"bayer", "size=640x480"},
+          std::pair{"h264", "size=640x480"}, std::pair{"yuyv", "size=0x0"},
+          std::pair{"both", "size=16384x16384"}}) {
+        others.push_back(std::make_unique<VirtualCamera>(folder, std::string("other-") + formats, "Other",
+                                                         formats, std::vector<std::string>{size}));
+    }
+    // By the time the last one is there, the others are as well.
+    const auto color = plugIn("z-color", "Z Color", "yuyv");
+    EXPECT_THAT(services.devices(),
+                ElementsAre(CaptureDevice{"z-color", "Z Color"}, CaptureDevice{"a-gray", "A Gray One"}));
+    EXPECT_TRUE(holdsForAFreshStack([](PipeWireCameras& fresh) {
+        return fresh.devices() ==
+               std::vector{CaptureDevice{"z-color", "Z Color"}, CaptureDevice{"a-gray", "A Gray One"}};
+    }));
+    ChildProcess choice(
+        {"pw-metadata", "0", "default.configured.video.source", R"({"name":"z-color"})", "Spa:String:JSON"});
+    ASSERT_TRUE(spinUntil([&] { return services.defaultDevice().has_value(); }, patience));
+    ChildProcess other(
+        {"pw-metadata", "0", "default.configured.video.source", R"({"name":"a-gray"})", "Spa:String:JSON"});
+    EXPECT_TRUE(spinUntil([&] { return !services.defaultDevice(); }, patience))
+        << "nobody wants it by default";
+}
+
+TEST_F(PipeWireCamerasTest, ACameraThatStopsInMidStreamIsDarkSaysSoAndIsOpenedAgain) {
+    for (const auto* fault : {"stops", "damages", "breaks"}) {
+        const auto camera = plugIn(fault, "Camera", "jpeg", {fault});
+        choose(fault);
         look();
         session->startRunning();
-        EXPECT_FALSE(camera->isStreaming());
-        choose("ordinary");
-        EXPECT_TRUE(comesOn()) << "after a camera with " << size;
+        ASSERT_TRUE(comesOn()) << fault;
+        EXPECT_EQ(session->interruption(), std::nullopt) << fault;
+        EXPECT_TRUE(goesDark()) << fault;
+        EXPECT_EQ(session->interruption(), CaptureInterruption::noPictures) << fault;
+        EXPECT_TRUE(comesOn()) << fault;
+        EXPECT_TRUE(spinUntil([&] { return !session->interruption(); }, patience)) << fault;
         session->stopRunning();
     }
+}
+
+TEST_F(PipeWireCamerasTest, ACameraThatFreezesIsDarkAndReturns) {
+    const auto camera = plugIn("cam", "Camera", "both");
+    choose("cam");
+    look();
+    session->startRunning();
+    ASSERT_TRUE(comesOn());
+    camera->signal(SIGSTOP);
+    EXPECT_TRUE(goesDark());
+    EXPECT_EQ(session->interruption(), CaptureInterruption::noPictures);
+    camera->signal(SIGCONT);
+    EXPECT_TRUE(comesOn());
+}
+
+TEST_F(PipeWireCamerasTest, ACameraThatNeverDeliversSaysSo) {
+    const auto camera = plugIn("mute", "Camera", "both", {"silent"});
+    choose("mute");
+    look();
+    session->startRunning();
+    EXPECT_TRUE(
+        spinUntil([&] { return session->interruption() == CaptureInterruption::noPictures; }, patience));
+    session->stopRunning();
+    EXPECT_EQ(session->interruption(), std::nullopt);
+}
+
+TEST_F(PipeWireCamerasTest, ACameraThatRefusesSaysSoTakesNoPhotoLaterAndComesWhenItDoesNot) {
+    const auto busy = folder.path() / "busy";
+    TestSupport::writeFile(busy, "");
+    const auto camera = plugIn("cam", "Camera", "both", {"busy=" + busy.string()});
+    choose("cam");
+    look();
+    session->startRunning();
+    const auto receiver = std::make_shared<RecordingPhotoReceiver>();
+    output->capturePhoto({}, receiver);
+    ASSERT_TRUE(
+        spinUntil([&] { return session->interruption() == CaptureInterruption::deviceFailed; }, patience));
+    ASSERT_EQ(receiver->calls(), 1);
+    output->capturePhoto({}, receiver);
+    EXPECT_EQ(receiver->calls(), 2);
+    std::filesystem::remove(busy);
+    EXPECT_TRUE(comesOn());
+    EXPECT_TRUE(spinUntil([&] { return !session->interruption(); }, patience));
+    EXPECT_EQ(receiver->calls(), 2) << "nobody asked for one now";
+    EXPECT_EQ(receiver->photo()->fileDataRepresentation, std::nullopt);
+}
+
+TEST_F(PipeWireCamerasTest, AProducerThatCutsItsMemoryOffEndsNothingButItsFeed) {
+    const auto camera = plugIn("cut", "Camera", "yuyv", {"shrinking", "size=640x480"});
+    choose("cut");
+    look();
+    session->startRunning();
+    ASSERT_TRUE(comesOn());
+    EXPECT_TRUE(showsBars(*preview->picture()));
+    ASSERT_TRUE(spinUntil([&] { return camera->log().find("cut off") != std::string::npos; }, patience));
+    EXPECT_TRUE(goesDark());
+    EXPECT_TRUE(comesOn()) << "with new memory";
+}
+
+TEST_F(PipeWireCamerasTest, AnErrorOfTheConnectionIsTheEndOfItAndANewOneBegins) {
+    const auto camera = plugIn("cam", "Camera", "both");
+    std::array<int, 2> sockets{};
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets.data()), 0);
+    // The first daemon that is met talks nonsense, the second is the real one.
+    std::atomic<int> connections = 0;
+    PipeWireCameras cameras([&] { return ++connections == 1 ? sockets[0] : connectToDaemon(); });
+    cameras.prepare();
+    const std::vector<char> nonsense(4096, '\xFF');
+    ASSERT_EQ(write(sockets[1], nonsense.data(), nonsense.size()), static_cast<ssize_t>(nonsense.size()));
+    EXPECT_TRUE(spinUntil(
+        [&] {
+            return cameras.devices() == std::vector{CaptureDevice{"cam", "Camera"}};
+        },
+        patience));
+    EXPECT_EQ(connections, 2);
+    close(sockets[1]);
 }
 
 TEST_F(PipeWireCamerasTest, ManyStartsAndStopsLeaveNothingBehind) {
@@ -503,10 +670,27 @@ TEST_F(PipeWireCamerasTest, ZDaemonThatEndsAndComesBack) {
     std::filesystem::remove(socket);
     const ChildProcess daemon({"pipewire"});
     ASSERT_TRUE(spinUntil([&] { return std::filesystem::exists(socket); }, patience));
+    // Without anybody who tells the daemon of cameras, those of the kernel count.
+    auto devices = std::make_shared<TestSupport::FakeVideoDevices>();
+    devices->byPath["/dev/video0"] = std::make_shared<TestSupport::FakeVideoDevice>();
+    LinuxCaptureServices both(mainQueue, workQueues, std::make_unique<PipeWireCameras>(),
+                              std::make_unique<LinuxPlatform::V4l2Cameras>(devices, "/sys"));
+    EXPECT_TRUE(spinUntil(
+        [&] {
+            return both.devices() == std::vector{CaptureDevice{"v4l2:usb-1", "Camera"}};
+        },
+        patience));
+    int news = 0;
+    const auto observer = both.observeDevices([&] { ++news; });
     const ChildProcess sessionManager({"wireplumber"});
     camera = plugIn("cam", "Camera", "both");
     EXPECT_TRUE(comesOn());
     EXPECT_TRUE(showsBars(*preview->picture()));
+    EXPECT_TRUE(spinUntil(
+        [&] {
+            return both.devices() == std::vector{CaptureDevice{"cam", "Camera"}} && news > 0;
+        },
+        patience));
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <functional>
@@ -16,6 +17,7 @@ using LinuxPlatform::PixelLayout;
 using LinuxPlatform::V4l2Cameras;
 using LinuxPlatform::VideoFormat;
 using Platform::CaptureDevice;
+using Platform::CaptureInterruption;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using TestSupport::FakeVideoDevice;
@@ -30,15 +32,19 @@ struct RecordingSink : LinuxPlatform::FrameSink {
         std::vector<std::byte> data;
     };
 
-    void onFrame(const LinuxPlatform::VideoFrame& frame) override {
+    bool onFrame(const LinuxPlatform::VideoFrame& frame) override {
         const auto& plane = frame.planes[0];
         if (onFrameTaken) {
             onFrameTaken();
         }
         add([&] { frames.push_back({frame.format, plane.stride, {plane.data.begin(), plane.data.end()}}); });
+        return canBeShown;
     }
-    void onDark() override {
-        add([&] { ++darks; });
+    void onDark(Platform::CaptureInterruption why) override {
+        add([&] {
+            ++darks;
+            reasons.push_back(why);
+        });
     }
 
     template <class Condition>
@@ -51,6 +57,9 @@ struct RecordingSink : LinuxPlatform::FrameSink {
     std::condition_variable changed;
     std::vector<Frame> frames;
     int darks = 0;
+    std::vector<Platform::CaptureInterruption> reasons;
+    /// Whether the frames can be decoded.
+    std::atomic<bool> canBeShown = true;
     /// Called on the feed's thread.
     std::function<void()> onFrameTaken;
 
@@ -67,12 +76,8 @@ private:
 
 struct V4l2CamerasTest : testing::Test {
     TestSupport::TemporaryFolder system;
-    FakeVideoDevices* devices = nullptr;
-    std::unique_ptr<V4l2Cameras> cameras = [this] {
-        auto calls = std::make_unique<FakeVideoDevices>();
-        devices = calls.get();
-        return std::make_unique<V4l2Cameras>(std::move(calls), system.path());
-    }();
+    std::shared_ptr<FakeVideoDevices> devices = std::make_shared<FakeVideoDevices>();
+    std::unique_ptr<V4l2Cameras> cameras = std::make_unique<V4l2Cameras>(devices, system.path());
     RecordingSink sink;
 
     std::shared_ptr<FakeVideoDevice> plugIn(const std::string& path, const std::string& card = "Camera",
@@ -95,14 +100,19 @@ struct V4l2CamerasTest : testing::Test {
         change([&] { device.frames.push_back(frame); });
     }
 
+    /// With the devices' lock.
     bool waitFor(const std::function<bool()>& condition) {
+        return eventually([&] {
+            const std::scoped_lock lock(devices->mutex);
+            return condition();
+        });
+    }
+
+    static bool eventually(const std::function<bool()>& condition) {
         const auto end = std::chrono::steady_clock::now() + patience;
         while (std::chrono::steady_clock::now() < end) {
-            {
-                const std::scoped_lock lock(devices->mutex);
-                if (condition()) {
-                    return true;
-                }
+            if (condition()) {
+                return true;
             }
             std::this_thread::yield();
         }
@@ -126,8 +136,8 @@ TEST_F(V4l2CamerasTest, OnlyCamerasWithALayoutThatCanBeReadAreListed) {
 TEST_F(V4l2CamerasTest, CamerasWithTheSameNameAndPlugAreToldApart) {
     plugIn("/dev/video0", "Camera", "usb-1");
     plugIn("/dev/video2", "Camera", "usb-1");
-    EXPECT_THAT(cameras->devices(),
-                ElementsAre(CaptureDevice{"v4l2:usb-1", "Camera"}, CaptureDevice{"v4l2:usb-1#2", "Camera"}));
+    EXPECT_THAT(cameras->devices(), ElementsAre(CaptureDevice{"v4l2:usb-1", "Camera"},
+                                                CaptureDevice{"v4l2:usb-1#2", "Camera (2)"}));
 }
 
 TEST_F(V4l2CamerasTest, JpegIsPreferredAndItsBytesArriveUnchanged) {
@@ -150,6 +160,45 @@ TEST_F(V4l2CamerasTest, RawFramesBringTheDriversSizeAndStride) {
     ASSERT_TRUE(sink.waitUntil([&] { return !sink.frames.empty(); }));
     EXPECT_EQ(sink.frames.front().format, (VideoFormat{PixelLayout::yuyv, 352, 288}));
     EXPECT_EQ(sink.frames.front().stride, 768);
+}
+
+TEST_F(V4l2CamerasTest, ColorsAreWhatTheDriverSaysOrTheKernelsRules) {
+    using LinuxPlatform::ColorMatrix;
+    using LinuxPlatform::ColorRange;
+    struct Case {
+        std::uint32_t colorspace;
+        std::uint32_t encoding;
+        std::uint32_t quantization;
+        ColorRange range;
+        ColorMatrix matrix;
+    };
+    const std::vector<Case> cases{{V4L2_COLORSPACE_DEFAULT, V4L2_YCBCR_ENC_DEFAULT, V4L2_QUANTIZATION_DEFAULT,
+                                   ColorRange::limited, ColorMatrix::bt601},
+                                  {V4L2_COLORSPACE_SRGB, V4L2_YCBCR_ENC_DEFAULT, V4L2_QUANTIZATION_DEFAULT,
+                                   ColorRange::limited, ColorMatrix::bt601},
+                                  {V4L2_COLORSPACE_JPEG, V4L2_YCBCR_ENC_DEFAULT, V4L2_QUANTIZATION_DEFAULT,
+                                   ColorRange::full, ColorMatrix::bt601},
+                                  {V4L2_COLORSPACE_REC709, V4L2_YCBCR_ENC_DEFAULT, V4L2_QUANTIZATION_DEFAULT,
+                                   ColorRange::limited, ColorMatrix::bt709},
+                                  {V4L2_COLORSPACE_SRGB, V4L2_YCBCR_ENC_709, V4L2_QUANTIZATION_FULL_RANGE,
+                                   ColorRange::full, ColorMatrix::bt709},
+                                  {V4L2_COLORSPACE_JPEG, V4L2_YCBCR_ENC_601, V4L2_QUANTIZATION_LIM_RANGE,
+                                   ColorRange::limited, ColorMatrix::bt601}};
+    for (const auto& each : cases) {
+        const auto device = plugIn("/dev/video0");
+        change([&] {
+            device->formats = {V4L2_PIX_FMT_YUYV};
+            device->colorspace = each.colorspace;
+            device->encoding = each.encoding;
+            device->quantization = each.quantization;
+        });
+        const auto before = sink.frames.size();
+        const auto feed = cameras->open("v4l2:usb-1", sink);
+        deliver(*device, frame);
+        ASSERT_TRUE(sink.waitUntil([&] { return sink.frames.size() > before; }));
+        EXPECT_EQ(sink.frames.back().format.range, each.range);
+        EXPECT_EQ(sink.frames.back().format.matrix, each.matrix);
+    }
 }
 
 TEST_F(V4l2CamerasTest, BuffersGoRoundForMoreFramesThanThereAre) {
@@ -247,9 +296,77 @@ TEST_F(V4l2CamerasTest, CameraThatAnotherProgramUsesIsTriedAgain) {
     change([&] { device->isBusy = true; });
     const auto feed = cameras->open("v4l2:usb-1", sink);
     ASSERT_TRUE(sink.waitUntil([&] { return sink.darks > 0; }));
+    EXPECT_EQ(sink.reasons.front(), CaptureInterruption::deviceInUse);
     change([&] { device->isBusy = false; });
     deliver(*device, frame);
     EXPECT_TRUE(sink.waitUntil([&] { return !sink.frames.empty(); }));
+}
+
+TEST_F(V4l2CamerasTest, ACameraWithoutColorsComesLast) {
+    plugIn("/dev/video0", "A Camera", "usb-1")->formats = {V4L2_PIX_FMT_GREY};
+    plugIn("/dev/video2", "B Camera", "usb-2");
+    EXPECT_THAT(cameras->devices(), ElementsAre(CaptureDevice{"v4l2:usb-2", "B Camera"},
+                                                CaptureDevice{"v4l2:usb-1", "A Camera"}));
+}
+
+TEST_F(V4l2CamerasTest, ACameraThatFallsSilentIsDarkAndIsOpenedAgain) {
+    const auto device = plugIn("/dev/video0");
+    const auto feed = cameras->open("v4l2:usb-1", sink);
+    deliver(*device, frame);
+    ASSERT_TRUE(sink.waitUntil([&] { return sink.darks > 0; }));
+    EXPECT_EQ(sink.reasons.front(), CaptureInterruption::noPictures);
+    deliver(*device, frame);
+    EXPECT_TRUE(sink.waitUntil([&] { return sink.frames.size() == 2; }));
+}
+
+TEST_F(V4l2CamerasTest, FramesOfWhichNothingCanBeShownAreAsGoodAsSilence) {
+    const auto device = plugIn("/dev/video0");
+    sink.canBeShown = false;
+    // There is always another one.
+    sink.onFrameTaken = [&] { deliver(*device, frame); };
+    auto feed = cameras->open("v4l2:usb-1", sink);
+    deliver(*device, frame);
+    ASSERT_TRUE(sink.waitUntil([&] { return sink.darks > 0; }));
+    EXPECT_EQ(sink.reasons.front(), CaptureInterruption::noPictures);
+    EXPECT_GT(sink.frames.size(), 1U);
+    feed.reset();
+}
+
+TEST_F(V4l2CamerasTest, WhoeverAsksForTheListDoesNotWaitForADriver) {
+    plugIn("/dev/video0");
+    ASSERT_EQ(cameras->devices().size(), 1U);
+    devices->holdUpOpening(true);
+    plugIn("/dev/video2", "Slow Camera", "usb-2");
+    ASSERT_TRUE(waitFor([&] { return devices->waitingToOpen > 0; }));
+    for (int turn = 0; turn < 3; ++turn) {
+        EXPECT_THAT(cameras->devices(), ElementsAre(CaptureDevice{"v4l2:usb-1", "Camera"}));
+    }
+    EXPECT_GT(devices->waitingToOpen, 0) << "the driver has not answered meanwhile";
+    devices->holdUpOpening(false);
+    EXPECT_TRUE(eventually([&] { return cameras->devices().size() == 2; }));
+}
+
+TEST_F(V4l2CamerasTest, TheEndDoesNotWaitForADriverThatNeverAnswers) {
+    devices->holdUpOpening(true);
+    plugIn("/dev/video0");
+    EXPECT_THAT(cameras->devices(), IsEmpty());
+    cameras.reset();
+    EXPECT_EQ(devices->waitingToOpen, 1) << "it still waits";
+    devices->holdUpOpening(false);
+}
+
+TEST_F(V4l2CamerasTest, CamerasThatComeAndGoAreTold) {
+    std::atomic<int> news = 0;
+    cameras->onDevicesChanged([&] { ++news; });
+    EXPECT_THAT(cameras->devices(), IsEmpty());
+    const int before = news;
+    plugIn("/dev/video0");
+    ASSERT_TRUE(eventually([&] { return news > before; }));
+    EXPECT_EQ(cameras->devices().size(), 1U);
+    change([&] { devices->byPath.clear(); });
+    ASSERT_TRUE(eventually([&] { return news > before + 1; }));
+    EXPECT_THAT(cameras->devices(), IsEmpty());
+    cameras.reset();
 }
 
 TEST_F(V4l2CamerasTest, CameraOfImpossibleSizeIsNotStarted) {

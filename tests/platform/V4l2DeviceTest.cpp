@@ -23,7 +23,7 @@ TEST(V4l2DeviceTest, StreamsTheCamerasPicturesThroughMappedMemory) {
     const auto description = device.describe();
     ASSERT_TRUE(description);
     EXPECT_FALSE(description->name.empty());
-    ASSERT_TRUE(device.start());
+    ASSERT_EQ(device.start(), V4l2Device::Start::begun);
     const int wakeUp = eventfd(0, EFD_CLOEXEC);
     LinuxPlatform::FrameDecoder decoder;
     int frames = 0;

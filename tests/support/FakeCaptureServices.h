@@ -12,6 +12,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -133,6 +134,15 @@ public:
         isRunning_ = false;
     }
 
+    std::optional<Platform::CaptureInterruption> interruption() const override { return interruption_; }
+    Platform::Subscription observeInterruption(std::function<void()> onChanged) override {
+        return interruptionChanged_.add(std::move(onChanged));
+    }
+    void interrupt(std::optional<Platform::CaptureInterruption> why) {
+        interruption_ = why;
+        interruptionChanged_.tell();
+    }
+
     std::unique_ptr<Platform::VideoPreview> makePreview(std::function<void()> onPictureChanged) override {
         return std::make_unique<Preview>(*this, std::move(onPictureChanged));
     }
@@ -175,6 +185,8 @@ private:
         std::make_shared<std::shared_ptr<const Platform::Picture>>();
     std::shared_ptr<std::pair<int, int>> previewSize_ = std::make_shared<std::pair<int, int>>();
     Platform::Subscribers<> changed_;
+    std::optional<Platform::CaptureInterruption> interruption_;
+    Platform::Subscribers<> interruptionChanged_;
 };
 
 /// Cameras of the test's own. The session and the photo output are the same ones whoever asks.
@@ -191,10 +203,17 @@ public:
     std::shared_ptr<const Platform::Picture> decodedImage = plainPicture(2, 1, 10, 20, 30);
 
     int preparations = 0;
+    /// The thread that decoded an image last.
+    std::thread::id decodedOn;
 
     void prepare() override { ++preparations; }
     std::vector<Platform::CaptureDevice> devices() override { return cameras; }
     std::optional<Platform::CaptureDevice> defaultDevice() override { return defaultCamera; }
+    Platform::Subscription observeDevices(std::function<void()> onChanged) override {
+        return devicesChanged_.add(std::move(onChanged));
+    }
+    /// Cameras have come or gone.
+    void tellOfDevices() { devicesChanged_.tell(); }
     std::shared_ptr<Platform::CaptureInput> makeInput(const Platform::CaptureDevice& device) override {
         if (std::ranges::count(broken, device.uniqueID) > 0) {
             return nullptr;
@@ -204,8 +223,12 @@ public:
     std::shared_ptr<Platform::PhotoOutput> makePhotoOutput() override { return photoOutput; }
     std::shared_ptr<Platform::CaptureSession> makeSession() override { return session; }
     std::shared_ptr<const Platform::Picture> decodeImage(const std::vector<std::byte>& encoded) override {
+        decodedOn = std::this_thread::get_id();
         return encoded == image ? decodedImage : nullptr;
     }
+
+private:
+    Platform::Subscribers<> devicesChanged_;
 };
 
 } // namespace TestSupport

@@ -38,6 +38,10 @@ struct FakeVideoDevice {
     std::uint32_t forcedWidth = 0;
     std::uint32_t forcedHeight = 0;
     std::uint32_t bytesPerLine = 0;
+    /// What the driver says of colours.
+    std::uint32_t colorspace = V4L2_COLORSPACE_DEFAULT;
+    std::uint32_t encoding = V4L2_YCBCR_ENC_DEFAULT;
+    std::uint32_t quantization = V4L2_QUANTIZATION_DEFAULT;
 
     v4l2_pix_format format{};
     bool isStreaming = false;
@@ -52,6 +56,13 @@ public:
     std::map<std::string, std::shared_ptr<FakeVideoDevice>> byPath;
     int opened = 0;
     int mapped = 0;
+    /// How many wait for a driver that takes its time.
+    std::atomic<int> waitingToOpen = 0;
+
+    void holdUpOpening(bool isHeldUp) {
+        isHeldUp_ = isHeldUp;
+        isHeldUp_.notify_all();
+    }
 
     std::vector<std::string> devices() override {
         const std::scoped_lock lock(mutex);
@@ -62,12 +73,22 @@ public:
         return paths;
     }
 
+    int watch() override { return watched; }
+
+    void takeNews(int) override {
+        const std::scoped_lock lock(mutex);
+        seen_ = state();
+    }
+
     bool isAllowed(const std::string& path) override {
         const std::scoped_lock lock(mutex);
         return byPath.at(path)->isAllowed;
     }
 
     int open(const std::string& path) override {
+        ++waitingToOpen;
+        isHeldUp_.wait(true);
+        --waitingToOpen;
         const std::scoped_lock lock(mutex);
         const auto found = byPath.find(path);
         if (found == byPath.end()) {
@@ -83,6 +104,9 @@ public:
 
     void close(int device) override {
         const std::scoped_lock lock(mutex);
+        if (device == watched) {
+            return;
+        }
         --opened;
         open_.erase(device);
     }
@@ -113,13 +137,16 @@ public:
         while (std::chrono::steady_clock::now() < end) {
             {
                 const std::scoped_lock lock(mutex);
+                if (descriptor == watched && seen_ != state()) {
+                    return true;
+                }
                 const auto found = open_.find(descriptor);
                 if (found != open_.end() && (found->second->failure != 0 || !found->second->frames.empty())) {
                     return true;
                 }
             }
-            pollfd watched{wakeUp, POLLIN, 0};
-            if (poll(&watched, 1, 1) > 0) {
+            pollfd signal{wakeUp, POLLIN, 0};
+            if (poll(&signal, 1, 1) > 0) {
                 return false;
             }
         }
@@ -127,6 +154,18 @@ public:
     }
 
 private:
+    /// The descriptor of the folder of devices.
+    static constexpr int watched = 99;
+
+    /// What can be seen from outside: the devices, and whether they may be opened.
+    std::map<std::string, bool> state() const {
+        std::map<std::string, bool> all;
+        for (const auto& [path, device] : byPath) {
+            all[path] = device->isAllowed;
+        }
+        return all;
+    }
+
     static int answer(FakeVideoDevice& device, unsigned long request, void* argument) {
         switch (request) {
         case VIDIOC_QUERYCAP: {
@@ -155,6 +194,9 @@ private:
                 format.fmt.pix.height = device.forcedHeight;
             }
             format.fmt.pix.bytesperline = device.bytesPerLine;
+            format.fmt.pix.colorspace = device.colorspace;
+            format.fmt.pix.ycbcr_enc = device.encoding;
+            format.fmt.pix.quantization = device.quantization;
             device.format = format.fmt.pix;
             return 0;
         }
@@ -207,6 +249,8 @@ private:
 
     std::map<int, std::shared_ptr<FakeVideoDevice>> open_;
     int lastDescriptor_ = 100;
+    std::map<std::string, bool> seen_;
+    std::atomic<bool> isHeldUp_ = false;
 };
 
 } // namespace TestSupport

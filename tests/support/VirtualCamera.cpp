@@ -1,6 +1,6 @@
 /// A camera of PipeWire that behaves like one on USB: several formats, JPEG of its own.
 ///
-/// usage: VirtualCamera NAME DESCRIPTION jpeg|yuyv|both [OPTION...]
+/// usage: VirtualCamera NAME DESCRIPTION jpeg|yuyv|both|gray|depth|bayer|h264 [OPTION...]
 ///
 /// It shows four upright bars, red, green, blue and gray, and a white square that moves. Each JPEG carries a
 /// comment "VirtualCamera NAME frame N". It lives until it is told to end.
@@ -10,11 +10,19 @@
 ///          size=WxH   what it announces and delivers instead of 1280x720 and 640x480
 ///          rate=N     frames a second, instead of 30
 ///          photo      a picture full of detail instead of flat bars
+///          full709    colours in full range by BT.709, and says so; for raw formats
+///          transform=N  calls its pictures mirrored and turned as N of spa_meta_videotransform_value, though
+///                     they are not
 ///          picture=FILE  a JPEG file that it shows instead, as it is; for the format jpeg
 ///          silent     never delivers a frame
 ///          truncated  ends each frame half way
 ///          smaller, larger  delivers another size than announced
 ///          broken     delivers noise
+///          busy=FILE  while there is such a file, refuses to begin
+///          stops, breaks, damages  a while after each start delivers nothing any more, noise, or frames that
+///          it
+///                     calls damaged itself
+///          shrinking  delivers in memory of its own, and a while after the first start cuts it off
 ///          changing   after a while delivers nothing any more but another format, of 640x480 pixels
 
 #include <pipewire/pipewire.h>
@@ -31,11 +39,16 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
+
+#include <sys/mman.h>
+#include <unistd.h>
 
 #pragma GCC diagnostic ignored "-Wold-style-cast"
 #pragma GCC diagnostic ignored "-Wpedantic"
@@ -47,6 +60,7 @@ using Bytes = std::vector<std::uint8_t>;
 
 constexpr int frames = 8;
 constexpr std::size_t framesBeforeChange = 20;
+constexpr std::size_t sharedSize = 4U << 20U;
 constexpr int squareSide = 100;
 
 struct Size {
@@ -64,6 +78,9 @@ struct Options {
     std::vector<Size> sizes{{1280, 720}, {640, 480}};
     int rate = 30;
     bool isPhoto = false;
+    bool isFull709 = false;
+    std::uint32_t transform = 0;
+    std::string busyFile;
     std::string fault;
 };
 
@@ -134,6 +151,13 @@ Bytes yuyvFrame(int frame, Size size, const Options& options) {
         for (int x = 0; x < size.width; ++x) {
             // Both pixels of a pair have the colour of the first.
             const auto c = colorAt(x & ~1, y, frame, size, options.isPhoto);
+            if (options.isFull709) {
+                const double y709 = 0.2126 * c.red + 0.7152 * c.green + 0.0722 * c.blue;
+                const auto chroma = x % 2 == 0 ? (c.blue - y709) / 1.8556 : (c.red - y709) / 1.5748;
+                data.push_back(static_cast<std::uint8_t>(std::lround(y709)));
+                data.push_back(static_cast<std::uint8_t>(std::clamp(std::lround(chroma) + 128L, 0L, 255L)));
+                continue;
+            }
             const auto luma = 16 + (66 * c.red + 129 * c.green + 25 * c.blue + 128) / 256;
             const auto blue = 128 + (-38 * c.red - 74 * c.green + 112 * c.blue + 128) / 256;
             const auto red = 128 + (112 * c.red - 94 * c.green - 18 * c.blue + 128) / 256;
@@ -160,6 +184,12 @@ public:
             loop,
             [](void* self, std::uint64_t) { pw_stream_trigger_process(static_cast<Camera*>(self)->stream_); },
             this);
+        if (!options_.busyFile.empty()) {
+            busyTimer_ = pw_loop_add_timer(
+                loop, [](void* self, std::uint64_t) { static_cast<Camera*>(self)->lookWhetherFree(); }, this);
+            timespec interval{0, 50'000'000};
+            pw_loop_update_timer(loop, busyTimer_, &interval, &interval, false);
+        }
         auto* properties = pw_properties_new(PW_KEY_MEDIA_CLASS, "Video/Source", PW_KEY_MEDIA_ROLE, "Camera",
                                              PW_KEY_NODE_NAME, options_.name.c_str(), PW_KEY_NODE_DESCRIPTION,
                                              options_.description.c_str(), nullptr);
@@ -179,10 +209,11 @@ private:
         const bool willChange = options_.fault == "changing";
         withOffers(willChange ? std::vector{options_.sizes.front()} : options_.sizes,
                    [this](std::vector<const spa_pod*>& formats) {
-                       pw_stream_connect(
-                           stream_, PW_DIRECTION_OUTPUT, PW_ID_ANY,
-                           static_cast<pw_stream_flags>(PW_STREAM_FLAG_DRIVER | PW_STREAM_FLAG_MAP_BUFFERS),
-                           formats.data(), static_cast<std::uint32_t>(formats.size()));
+                       const auto memory =
+                           isShrinking() ? PW_STREAM_FLAG_ALLOC_BUFFERS : PW_STREAM_FLAG_MAP_BUFFERS;
+                       pw_stream_connect(stream_, PW_DIRECTION_OUTPUT, PW_ID_ANY,
+                                         static_cast<pw_stream_flags>(PW_STREAM_FLAG_DRIVER | memory),
+                                         formats.data(), static_cast<std::uint32_t>(formats.size()));
                    });
     }
 
@@ -207,7 +238,12 @@ private:
                                 SPA_FORMAT_mediaSubtype, SPA_POD_Id(subtype), SPA_FORMAT_VIDEO_framerate,
                                 SPA_POD_Fraction(&rate), 0);
             if (subtype == SPA_MEDIA_SUBTYPE_raw) {
-                spa_pod_builder_add(&builder, SPA_FORMAT_VIDEO_format, SPA_POD_Id(SPA_VIDEO_FORMAT_YUY2), 0);
+                spa_pod_builder_add(&builder, SPA_FORMAT_VIDEO_format, SPA_POD_Id(rawFormat()), 0);
+                if (options_.isFull709) {
+                    spa_pod_builder_add(&builder, SPA_FORMAT_VIDEO_colorRange,
+                                        SPA_POD_Id(SPA_VIDEO_COLOR_RANGE_0_255), SPA_FORMAT_VIDEO_colorMatrix,
+                                        SPA_POD_Id(SPA_VIDEO_COLOR_MATRIX_BT709), 0);
+                }
             }
             spa_pod_builder_prop(&builder, SPA_FORMAT_VIDEO_size, 0);
             spa_pod_builder_push_choice(&builder, &choice, SPA_CHOICE_Enum, 0);
@@ -222,13 +258,41 @@ private:
             spa_pod_builder_pop(&builder, &choice);
             formats.push_back(static_cast<const spa_pod*>(spa_pod_builder_pop(&builder, &object)));
         };
-        if (options_.formats != "yuyv") {
+        if (options_.formats == "h264") {
+            offer(SPA_MEDIA_SUBTYPE_h264);
+        } else if (options_.formats == "bayer") {
+            offer(SPA_MEDIA_SUBTYPE_bayer);
+        }
+        if (options_.formats == "jpeg" || options_.formats == "both") {
             offer(SPA_MEDIA_SUBTYPE_mjpg);
         }
-        if (options_.formats != "jpeg") {
+        if (formats.empty() || options_.formats == "both") {
             offer(SPA_MEDIA_SUBTYPE_raw);
         }
         use(formats);
+    }
+
+    bool isBusy() const { return !options_.busyFile.empty() && std::filesystem::exists(options_.busyFile); }
+
+    /// Memory that nobody takes fails the link, as a driver does that gives no buffers.
+    spa_data_type memoryType() const {
+        return isBusy() ? SPA_DATA_DmaBuf : isShrinking() ? SPA_DATA_MemFd : SPA_DATA_MemPtr;
+    }
+
+    /// What was said of buffers stays said.
+    void lookWhetherFree() {
+        const bool isFreeNow = std::exchange(wasBusy_, isBusy()) && !wasBusy_;
+        if (isFreeNow && largest_ > 0) {
+            describeBuffers();
+        }
+    }
+
+    bool isShrinking() const { return options_.fault == "shrinking"; }
+
+    spa_video_format rawFormat() const {
+        return options_.formats == "gray"    ? SPA_VIDEO_FORMAT_GRAY8
+               : options_.formats == "depth" ? SPA_VIDEO_FORMAT_GRAY16_LE
+                                             : SPA_VIDEO_FORMAT_YUY2;
     }
 
     void log(const std::string& line) const {
@@ -258,19 +322,28 @@ private:
         log(std::string(isJpeg ? "jpeg " : "yuyv ") + std::to_string(size.width) + "x" +
             std::to_string(size.height));
         makeFrames(isJpeg, size);
-        std::size_t largest = static_cast<std::size_t>(size.width * size.height) * 2;
+        largest_ = static_cast<std::size_t>(size.width * size.height) * 2;
         for (const auto& frame : frames_) {
-            largest = std::max(largest, frame.size());
+            largest_ = std::max(largest_, frame.size());
         }
+        describeBuffers();
+    }
+
+    void describeBuffers() {
         std::array<std::uint8_t, 512> memory{};
         spa_pod_builder builder{};
         spa_pod_builder_init(&builder, memory.data(), memory.size());
         const auto* buffers = static_cast<const spa_pod*>(spa_pod_builder_add_object(
             &builder, SPA_TYPE_OBJECT_ParamBuffers, SPA_PARAM_Buffers, SPA_PARAM_BUFFERS_buffers,
             SPA_POD_CHOICE_RANGE_Int(4, 2, 8), SPA_PARAM_BUFFERS_blocks, SPA_POD_Int(1),
-            SPA_PARAM_BUFFERS_size, SPA_POD_Int(static_cast<int>(largest)), SPA_PARAM_BUFFERS_stride,
-            SPA_POD_Int(stride_)));
-        pw_stream_update_params(stream_, &buffers, 1);
+            SPA_PARAM_BUFFERS_size, SPA_POD_Int(static_cast<int>(largest_)), SPA_PARAM_BUFFERS_stride,
+            SPA_POD_Int(stride_), SPA_PARAM_BUFFERS_dataType, SPA_POD_CHOICE_FLAGS_Int(1 << memoryType())));
+        const auto* transform = static_cast<const spa_pod*>(spa_pod_builder_add_object(
+            &builder, SPA_TYPE_OBJECT_ParamMeta, SPA_PARAM_Meta, SPA_PARAM_META_type,
+            SPA_POD_Id(SPA_META_VideoTransform), SPA_PARAM_META_size,
+            SPA_POD_Int(static_cast<int>(sizeof(spa_meta_videotransform)))));
+        std::array params{buffers, transform};
+        pw_stream_update_params(stream_, params.data(), options_.transform != 0 ? 2 : 1);
     }
 
     void makeFrames(bool isJpeg, Size announced) {
@@ -300,20 +373,68 @@ private:
         if (!buffer) {
             return;
         }
+        if (auto* const meta = static_cast<spa_meta_videotransform*>(spa_buffer_find_meta_data(
+                buffer->buffer, SPA_META_VideoTransform, sizeof(spa_meta_videotransform)))) {
+            meta->transform = options_.transform;
+        }
         auto& data = buffer->buffer->datas[0];
         data.chunk->offset = 0;
         data.chunk->size = 0;
         if (data.data && !frames_.empty()) {
-            const auto& frame = frames_[count_++ % frames_.size()];
+            const bool isLate = ++framesSinceStart_ > framesBeforeChange;
+            const auto& frame =
+                isLate && options_.fault == "breaks" ? noise_ : frames_[count_++ % frames_.size()];
             const auto size = std::min<std::size_t>(frame.size(), data.maxsize);
             std::memcpy(data.data, frame.data(), size);
             data.chunk->size = static_cast<std::uint32_t>(size);
             data.chunk->stride = stride_;
+            data.chunk->flags = isLate && options_.fault == "damages" ? SPA_CHUNK_FLAG_CORRUPTED : 0;
+            if (isLate && options_.fault == "stops") {
+                stopTimer();
+            }
+            if (isLate && isShrinking()) {
+                cutOff();
+            }
         }
         pw_stream_queue_buffer(stream_, buffer);
         if (options_.fault == "changing" && count_ == framesBeforeChange) {
             change();
         }
+    }
+
+    void stopTimer() {
+        timespec never{};
+        pw_loop_update_timer(pw_main_loop_get_loop(loop_), timer_, &never, &never, false);
+    }
+
+    /// A buffer in a file that this program may cut off, unlike those that the daemon makes.
+    void onAddBuffer(pw_buffer* buffer) {
+        auto& data = buffer->buffer->datas[0];
+        const int file = memfd_create("camera", MFD_CLOEXEC);
+        if (!isShrinking() || file < 0 || ftruncate(file, sharedSize) < 0) {
+            return;
+        }
+        data.type = SPA_DATA_MemFd;
+        data.flags = SPA_DATA_FLAG_READWRITE;
+        data.fd = file;
+        data.mapoffset = 0;
+        data.maxsize = sharedSize;
+        data.data = mmap(nullptr, sharedSize, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
+        files_.push_back(file);
+    }
+
+    void resizeFiles(std::size_t size) {
+        for (const int file : files_) {
+            [[maybe_unused]] const int result = ftruncate(file, static_cast<off_t>(size));
+        }
+    }
+
+    void cutOff() {
+        if (!std::exchange(isCutOff_, true)) {
+            resizeFiles(0);
+            log("cut off");
+        }
+        stopTimer();
     }
 
     void onStateChanged(pw_stream_state state, const char* error) {
@@ -325,8 +446,12 @@ private:
             first.tv_nsec = 1;
             interval.tv_nsec = 1'000'000'000L / options_.rate;
         }
+        framesSinceStart_ = 0;
+        if (isStreaming) {
+            resizeFiles(sharedSize);
+        }
         pw_loop_update_timer(pw_main_loop_get_loop(loop_), timer_, &first, &interval, false);
-        if (state == PW_STREAM_STATE_ERROR) {
+        if (state == PW_STREAM_STATE_ERROR && options_.busyFile.empty()) {
             std::fprintf(stderr, "VirtualCamera: %s\n", error ? error : "error");
             hasFailed_ = true;
             pw_main_loop_quit(loop_);
@@ -343,6 +468,9 @@ private:
             events.param_changed = [](void* self, std::uint32_t id, const spa_pod* param) {
                 static_cast<Camera*>(self)->onParamChanged(id, param);
             };
+            events.add_buffer = [](void* self, pw_buffer* buffer) {
+                static_cast<Camera*>(self)->onAddBuffer(buffer);
+            };
             events.process = [](void* self) { static_cast<Camera*>(self)->onProcess(); };
             return events;
         }();
@@ -354,8 +482,15 @@ private:
     pw_stream* stream_ = nullptr;
     spa_source* timer_ = nullptr;
     int stride_ = 0;
+    std::size_t largest_ = 0;
+    bool wasBusy_ = false;
+    spa_source* busyTimer_ = nullptr;
     std::vector<Bytes> frames_;
+    Bytes noise_ = Bytes(4096, 0x55);
     std::size_t count_ = 0;
+    std::size_t framesSinceStart_ = 0;
+    std::vector<int> files_;
+    bool isCutOff_ = false;
     bool hasFailed_ = false;
 };
 
@@ -383,6 +518,12 @@ Options parse(int argumentCount, char** arguments) {
             }
         } else if (option.starts_with("rate=")) {
             options.rate = std::atoi(arguments[index] + 5);
+        } else if (option.starts_with("busy=")) {
+            options.busyFile = option.substr(5);
+        } else if (option == "full709") {
+            options.isFull709 = true;
+        } else if (option.starts_with("transform=")) {
+            options.transform = static_cast<std::uint32_t>(std::atoi(arguments[index] + 10));
         } else if (option == "photo") {
             options.isPhoto = true;
         } else {

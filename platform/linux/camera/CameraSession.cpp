@@ -1,8 +1,15 @@
 #include "platform/linux/camera/CameraSession.h"
 
+#include <chrono>
 #include <utility>
 
 namespace LinuxPlatform {
+namespace {
+
+/// The computer stays awake for so long until a camera has been let go.
+constexpr std::chrono::milliseconds sleepPatience{500};
+
+} // namespace
 
 CameraInput::CameraInput(Platform::CaptureDevice device, std::shared_ptr<CameraStack> stack)
     : device_(std::move(device)),
@@ -34,10 +41,12 @@ void CameraPhotoOutput::attach(std::weak_ptr<FrameDistributor> distributor) {
     distributor_ = std::move(distributor);
 }
 
-CameraSession::CameraSession(Platform::MainQueue& mainQueue)
-    : distributor_(FrameDistributor::make(mainQueue)) {}
+CameraSession::CameraSession(Platform::MainQueue& mainQueue, std::unique_ptr<Platform::WorkQueue> workQueue)
+    : distributor_(FrameDistributor::make(mainQueue)),
+      workQueue_(std::move(workQueue)) {}
 
 CameraSession::~CameraSession() {
+    workQueue_.reset();
     closeFeed();
 }
 
@@ -95,15 +104,21 @@ bool CameraSession::isRunning() const {
 }
 
 void CameraSession::startRunning() {
-    const std::scoped_lock lock(mutex_);
     isRunning_ = true;
     apply();
 }
 
 void CameraSession::stopRunning() {
-    const std::scoped_lock lock(mutex_);
     isRunning_ = false;
     apply();
+}
+
+std::optional<Platform::CaptureInterruption> CameraSession::interruption() const {
+    return distributor_->interruption();
+}
+
+Platform::Subscription CameraSession::observeInterruption(std::function<void()> onChanged) {
+    return distributor_->observeInterruption(std::move(onChanged));
 }
 
 std::unique_ptr<Platform::VideoPreview> CameraSession::makePreview(std::function<void()> onPictureChanged) {
@@ -111,39 +126,73 @@ std::unique_ptr<Platform::VideoPreview> CameraSession::makePreview(std::function
 }
 
 void CameraSession::setSuspended(bool isSuspended) {
-    const std::scoped_lock lock(mutex_);
+    std::unique_lock lock(wishMutex_);
     isSuspended_ = isSuspended;
-    apply();
+    lock.unlock();
+    applyElsewhere();
+    if (isSuspended) {
+        lock.lock();
+        applied_.wait_for(lock, sleepPatience, [this] { return !feedInput_; });
+    }
 }
 
 void CameraSession::commit() {
     if (openConfigurations_ > 0) {
         return;
     }
-    const std::scoped_lock lock(mutex_);
-    committedInput_ = input_;
-    apply();
+    {
+        const std::scoped_lock lock(wishMutex_);
+        committedInput_ = input_;
+    }
+    applyElsewhere();
+}
+
+std::shared_ptr<CameraInput> CameraSession::wantedInput() const {
+    return isRunning_ && !isSuspended_ ? committedInput_ : nullptr;
+}
+
+void CameraSession::applyElsewhere() {
+    {
+        const std::scoped_lock lock(wishMutex_);
+        if (wantedInput() == feedInput_) {
+            return;
+        }
+    }
+    workQueue_->async([this] { apply(); });
 }
 
 void CameraSession::apply() {
-    const auto wanted = isRunning_ && !isSuspended_ ? committedInput_ : nullptr;
-    if (wanted == feedInput_) {
-        return;
-    }
-    closeFeed();
-    if (wanted) {
-        distributor_->open();
-        feed_ = wanted->stack().open(wanted->device().uniqueID, *distributor_);
-        feedInput_ = wanted;
+    const std::scoped_lock feedLock(feedMutex_);
+    while (true) {
+        std::unique_lock lock(wishMutex_);
+        const auto wanted = wantedInput();
+        if (wanted == feedInput_) {
+            return;
+        }
+        lock.unlock();
+        if (feed_) {
+            // Afterwards the wish may be another one.
+            closeFeed();
+        } else {
+            distributor_->open();
+            feed_ = wanted->stack().open(wanted->device().uniqueID, *distributor_);
+            lock.lock();
+            feedInput_ = wanted;
+        }
     }
 }
 
 void CameraSession::closeFeed() {
-    if (feedInput_) {
-        feed_ = nullptr;
-        feedInput_ = nullptr;
-        distributor_->close();
+    if (!feed_) {
+        return;
     }
+    feed_ = nullptr;
+    distributor_->close();
+    {
+        const std::scoped_lock lock(wishMutex_);
+        feedInput_ = nullptr;
+    }
+    applied_.notify_all();
 }
 
 } // namespace LinuxPlatform

@@ -2,10 +2,12 @@
 
 #include "platform/CaptureServices.h"
 #include "platform/MainQueue.h"
+#include "platform/WorkQueue.h"
 #include "platform/linux/camera/CameraStack.h"
 #include "platform/linux/camera/FrameDistributor.h"
 
 #include <atomic>
+#include <condition_variable>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -32,8 +34,9 @@ class CameraPhotoOutput;
 /// A session with at most one camera and one photo output.
 class CameraSession : public Platform::CaptureSession {
 public:
-    /// `mainQueue` outlives the session.
-    explicit CameraSession(Platform::MainQueue& mainQueue);
+    /// `mainQueue` outlives the session. The queue of its own opens and closes cameras for the main thread,
+    /// which waits for no driver.
+    CameraSession(Platform::MainQueue& mainQueue, std::unique_ptr<Platform::WorkQueue> workQueue);
     CameraSession(const CameraSession&) = delete;
     CameraSession& operator=(const CameraSession&) = delete;
     ~CameraSession() override;
@@ -50,17 +53,22 @@ public:
     bool isRunning() const override;
     void startRunning() override;
     void stopRunning() override;
+    std::optional<Platform::CaptureInterruption> interruption() const override;
+    Platform::Subscription observeInterruption(std::function<void()> onChanged) override;
     std::unique_ptr<Platform::VideoPreview> makePreview(std::function<void()> onPictureChanged) override;
 
     /// While the computer sleeps, the camera is let go, of a running session too, which picks it up
-    /// afterwards.
+    /// afterwards. Waits a moment for a camera to be let go.
     void setSuspended(bool isSuspended);
 
 private:
     /// Makes the input count.
     void commit();
-    /// Opens and closes the feed as the committed input and `isRunning_` ask for, with the lock held.
+    std::shared_ptr<CameraInput> wantedInput() const;
+    /// Opens and closes the feed as the committed input and `isRunning_` ask for. May block.
     void apply();
+    /// The same, some time soon.
+    void applyElsewhere();
     void closeFeed();
 
     std::shared_ptr<FrameDistributor> distributor_;
@@ -69,12 +77,19 @@ private:
     std::shared_ptr<CameraInput> input_;
 
     std::atomic<bool> isRunning_ = false;
-    std::mutex mutex_;
+    /// Held for moments only.
+    mutable std::mutex wishMutex_;
+    std::condition_variable applied_;
     bool isSuspended_ = false;
     /// The input as last committed.
     std::shared_ptr<CameraInput> committedInput_;
+    /// Of the feed that is open.
     std::shared_ptr<CameraInput> feedInput_;
+    /// Held while cameras are opened and closed.
+    std::mutex feedMutex_;
     std::unique_ptr<CameraFeed> feed_;
+    /// Goes first.
+    std::unique_ptr<Platform::WorkQueue> workQueue_;
 };
 
 /// Takes the next frame of the session that it was added to.

@@ -1,6 +1,8 @@
 #include "platform/linux/camera/FrameDecoder.h"
 
+#include "platform/linux/camera/JpegTables.h"
 #include "platform/linux/camera/RawVideo.h"
+#include "platform/linux/camera/Upright.h"
 
 #include <utility>
 
@@ -39,17 +41,20 @@ std::shared_ptr<const Platform::Picture> FrameDecoder::picture(const VideoFrame&
         }
         size = *own;
     }
-    return decode(frame, reductionFor(size.width, size.height, width, height));
+    const bool isOnItsSide = frame.orientation.quarterTurns % 2 != 0;
+    const int reduction =
+        reductionFor(size.width, size.height, isOnItsSide ? height : width, isOnItsSide ? width : height);
+    return upright(decode(frame, reduction), frame.orientation);
 }
 
 std::optional<std::vector<std::byte>> FrameDecoder::photo(const VideoFrame& frame) {
-    if (frame.format.layout != PixelLayout::jpeg) {
-        const auto whole = decode(frame, 1);
+    if (frame.format.layout != PixelLayout::jpeg || !frame.orientation.isUpright()) {
+        const auto whole = upright(decode(frame, 1), frame.orientation);
         return whole ? codec_.encode(*whole) : std::nullopt;
     }
     // Decoding at an eighth reads every byte all the same.
     const auto data = frame.planes[0].data;
-    return decode(frame, 8) ? std::optional(std::vector<std::byte>(data.begin(), data.end())) : std::nullopt;
+    return decode(frame, 8) ? std::optional(withHuffmanTables(data)) : std::nullopt;
 }
 
 std::shared_ptr<const Platform::Picture> FrameDecoder::decode(const VideoFrame& frame, int reduction) {

@@ -21,12 +21,12 @@ public:
     /// `now` is called on the frames' thread.
     explicit FrameDecoder(std::function<Clock::time_point()> now = Clock::now);
 
-    /// As small as it may be and still fill that many pixels, or all but a sixteenth of them. Null for a
-    /// frame that is not worth showing: one that does not decode, and a damaged one right after a sound
+    /// Upright, as small as it may be and still fill that many pixels, or all but a sixteenth of them. Null
+    /// for a frame that is not worth showing: one that does not decode, and a damaged one right after a sound
     /// one.
     std::shared_ptr<const Platform::Picture> picture(const VideoFrame& frame, int width, int height);
-    /// An image file: the camera's own JPEG unchanged, any other frame encoded. Absent for a frame that is
-    /// not worth showing.
+    /// An image file: the camera's own JPEG, if it is upright, unchanged but for standard tables that it
+    /// leaves out, any other frame encoded. Absent for a frame that is not worth showing.
     std::optional<std::vector<std::byte>> photo(const VideoFrame& frame);
 
 private:

@@ -47,26 +47,40 @@ void FrameDistributor::open() {
 }
 
 void FrameDistributor::close() {
-    onDark();
+    endPhotos();
+    setPicture(nullptr);
+    setInterruption(std::nullopt);
     decoder_.reset();
 }
 
-void FrameDistributor::onFrame(const VideoFrame& frame) {
-    answerPhotos(frame);
+bool FrameDistributor::onFrame(const VideoFrame& frame) {
+    const bool isUsable = answerPhotos(frame) && showInPreviews(frame);
+    if (isUsable) {
+        setInterruption(std::nullopt);
+    }
+    return isUsable;
+}
+
+bool FrameDistributor::showInPreviews(const VideoFrame& frame) {
     const auto wanted = [this] {
         const std::scoped_lock lock(mutex_);
         return wanted_;
     }();
     if (wanted.width <= 0) {
-        return;
+        return true;
     }
-    if (auto picture = decoder_->picture(frame, wanted.width, wanted.height)) {
-        setPicture(std::move(picture));
+    auto picture = decoder_->picture(frame, wanted.width, wanted.height);
+    if (!picture) {
+        return false;
     }
+    setPicture(std::move(picture));
+    return true;
 }
 
-void FrameDistributor::onDark() {
+void FrameDistributor::onDark(Platform::CaptureInterruption why) {
     endPhotos();
+    // Whoever sees the darkness can ask why.
+    setInterruption(why);
     setPicture(nullptr);
 }
 
@@ -76,6 +90,15 @@ FrameDistributor::makePreview(std::function<void()> onPictureChanged) {
     const std::scoped_lock lock(mutex_);
     previews_.push_back(preview.get());
     return preview;
+}
+
+Platform::Subscription FrameDistributor::observeInterruption(std::function<void()> onChanged) {
+    return interruptionChanges_.add(std::move(onChanged));
+}
+
+std::optional<Platform::CaptureInterruption> FrameDistributor::interruption() const {
+    const std::scoped_lock lock(mutex_);
+    return interruption_;
 }
 
 void FrameDistributor::capturePhoto(const std::weak_ptr<Platform::PhotoReceiver>& receiver) {
@@ -105,13 +128,13 @@ void FrameDistributor::endPhotos() {
     }
 }
 
-void FrameDistributor::answerPhotos(const VideoFrame& frame) {
+bool FrameDistributor::answerPhotos(const VideoFrame& frame) {
     std::vector<std::weak_ptr<Platform::PhotoReceiver>> receivers;
     {
         const std::scoped_lock lock(mutex_);
         hasCamera_ = true;
         if (receivers_.empty()) {
-            return;
+            return true;
         }
         receivers.swap(receivers_);
     }
@@ -119,13 +142,14 @@ void FrameDistributor::answerPhotos(const VideoFrame& frame) {
     if (!photo.fileDataRepresentation) {
         const std::scoped_lock lock(mutex_);
         receivers_.insert(receivers_.begin(), receivers.begin(), receivers.end());
-        return;
+        return false;
     }
     for (const auto& weak : receivers) {
         if (const auto receiver = weak.lock()) {
             receiver->didFinishProcessingPhoto(photo);
         }
     }
+    return true;
 }
 
 void FrameDistributor::setPicture(std::shared_ptr<const Platform::Picture> picture) {
@@ -143,13 +167,29 @@ void FrameDistributor::setPicture(std::shared_ptr<const Platform::Picture> pictu
             return;
         }
     }
-    mainQueue_.async([weak = weak_from_this()] {
+    tell(&FrameDistributor::changes_, &FrameDistributor::isNewsOnItsWay_);
+}
+
+void FrameDistributor::setInterruption(std::optional<Platform::CaptureInterruption> interruption) {
+    {
+        const std::scoped_lock lock(mutex_);
+        if (std::exchange(interruption_, interruption) == interruption ||
+            std::exchange(isInterruptionOnItsWay_, true)) {
+            return;
+        }
+    }
+    tell(&FrameDistributor::interruptionChanges_, &FrameDistributor::isInterruptionOnItsWay_);
+}
+
+void FrameDistributor::tell(Platform::Subscribers<> FrameDistributor::*subscribers,
+                            bool FrameDistributor::*isOnItsWay) {
+    mainQueue_.async([weak = weak_from_this(), subscribers, isOnItsWay] {
         if (const auto self = weak.lock()) {
             {
                 const std::scoped_lock lock(self->mutex_);
-                self->isNewsOnItsWay_ = false;
+                (*self).*isOnItsWay = false;
             }
-            self->changes_.tell();
+            ((*self).*subscribers).tell();
         }
     });
 }

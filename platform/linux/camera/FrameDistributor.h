@@ -24,8 +24,8 @@ public:
     FrameDistributor& operator=(const FrameDistributor&) = delete;
     ~FrameDistributor() override;
 
-    void onFrame(const VideoFrame& frame) override;
-    void onDark() override;
+    bool onFrame(const VideoFrame& frame) override;
+    void onDark(Platform::CaptureInterruption why) override;
 
     /// Before a feed begins to deliver, and after it has ended. Closed, there is no picture and no photo. Any
     /// thread.
@@ -34,6 +34,9 @@ public:
 
     /// Main thread only.
     std::unique_ptr<Platform::VideoPreview> makePreview(std::function<void()> onPictureChanged);
+    Platform::Subscription observeInterruption(std::function<void()> onChanged);
+    /// Any thread.
+    std::optional<Platform::CaptureInterruption> interruption() const;
     /// The next frame that is worth it becomes the photo. Ends without a photo while there is no camera, and
     /// when it goes first: nobody wants the photo of a moment long after. Any thread.
     void capturePhoto(const std::weak_ptr<Platform::PhotoReceiver>& receiver);
@@ -46,10 +49,16 @@ private:
     };
 
     explicit FrameDistributor(Platform::MainQueue& mainQueue);
-    void answerPhotos(const VideoFrame& frame);
+    /// False for a frame that photos wait for in vain.
+    bool answerPhotos(const VideoFrame& frame);
+    /// False for a frame that previews wait for in vain.
+    bool showInPreviews(const VideoFrame& frame);
     /// Without a photo, and so do later ones until there is a camera again.
     void endPhotos();
     void setPicture(std::shared_ptr<const Platform::Picture> picture);
+    void setInterruption(std::optional<Platform::CaptureInterruption> interruption);
+    /// Has the main thread tell them and take the mark back.
+    void tell(Platform::Subscribers<> FrameDistributor::*subscribers, bool FrameDistributor::*isOnItsWay);
     /// Picks the largest size that a preview wants, with the lock held.
     void updateWanted();
     void setSize(Preview& preview, Size size);
@@ -61,11 +70,14 @@ private:
     std::optional<FrameDecoder> decoder_;
     /// Of the main thread.
     Platform::Subscribers<> changes_;
+    Platform::Subscribers<> interruptionChanges_;
     mutable std::mutex mutex_;
     std::vector<Preview*> previews_;
     Size wanted_;
     std::shared_ptr<const Platform::Picture> picture_;
     bool isNewsOnItsWay_ = false;
+    std::optional<Platform::CaptureInterruption> interruption_;
+    bool isInterruptionOnItsWay_ = false;
     /// Or expects one that has just been opened.
     bool hasCamera_ = false;
     std::vector<std::weak_ptr<Platform::PhotoReceiver>> receivers_;

@@ -191,19 +191,36 @@ std::uint8_t clamped(int value) {
     return static_cast<std::uint8_t>(std::clamp(value, 0, 255));
 }
 
+/// Of the equations of ITU-R BT.601 and BT.709, in 1/64 steps; every product fits into 16 bits.
+struct Coefficients {
+    int black = 0;
+    /// In 1/128 steps, so that white is white.
+    int luma = 0;
+    int blueToBlue = 0;
+    int blueToGreen = 0;
+    int redToGreen = 0;
+    int redToRed = 0;
+};
+
+constexpr Coefficients limited601{16, 149, 129, 25, 52, 102};
+constexpr Coefficients limited709{16, 149, 135, 14, 34, 115};
+constexpr Coefficients full601{0, 128, 113, 22, 46, 90};
+constexpr Coefficients full709{0, 128, 119, 12, 30, 101};
+
+template <Coefficients with>
 void convert(const Samples& samples, std::uint8_t* out) {
     const auto count = samples[0].size();
     const auto* luma = samples[0].data();
     const auto* blue = samples[1].data();
     const auto* red = samples[2].data();
     for (std::size_t x = 0; x < count; ++x) {
-        // BT.601 in 1/64 steps; every product fits into 16 bits.
-        const int y = (luma[x] - 16) * 75 + 32;
+        const int above = luma[x] - with.black;
+        const int y = above * (with.luma / 2) + (with.luma % 2 != 0 ? above >> 1 : 0) + 32;
         const int u = blue[x] - 128;
         const int v = red[x] - 128;
-        out[4 * x] = clamped((y + u * 129) >> 6);
-        out[4 * x + 1] = clamped((y - u * 25 - v * 52) >> 6);
-        out[4 * x + 2] = clamped((y + v * 102) >> 6);
+        out[4 * x] = clamped((y + u * with.blueToBlue) >> 6);
+        out[4 * x + 1] = clamped((y - u * with.blueToGreen - v * with.redToGreen) >> 6);
+        out[4 * x + 2] = clamped((y + v * with.redToRed) >> 6);
         out[4 * x + 3] = 0xFF;
     }
 }
@@ -215,6 +232,18 @@ void interleave(const Samples& samples, std::uint8_t* out) {
         out[4 * x + 2] = samples[2][x];
         out[4 * x + 3] = 0xFF;
     }
+}
+
+using Conversion = void (*)(const Samples&, std::uint8_t*);
+
+Conversion conversionOf(const VideoFormat& format) {
+    if (!hasLuma(format.layout)) {
+        return interleave;
+    }
+    if (format.range == ColorRange::full) {
+        return format.matrix == ColorMatrix::bt709 ? convert<full709> : convert<full601>;
+    }
+    return format.matrix == ColorMatrix::bt709 ? convert<limited709> : convert<limited601>;
 }
 
 } // namespace
@@ -244,6 +273,7 @@ std::shared_ptr<const Platform::Picture> pictureOfRawFrame(const VideoFrame& fra
         // The planes of the chroma have half as many rows.
         sums[plane].rows = plane == 0 ? step : std::max<std::size_t>(step / 2, 1);
     }
+    const auto fillRow = conversionOf(format);
     Samples samples;
     samples.fill(std::vector<std::uint8_t>(width));
     auto* out = reinterpret_cast<std::uint8_t*>(picture->pixels.data());
@@ -256,11 +286,7 @@ std::shared_ptr<const Platform::Picture> pictureOfRawFrame(const VideoFrame& fra
         for (std::size_t channel = 0; channel < channels.size(); ++channel) {
             gather(sums[channels[channel].plane], channels[channel], step, samples[channel]);
         }
-        if (hasLuma(format.layout)) {
-            convert(samples, out);
-        } else {
-            interleave(samples, out);
-        }
+        fillRow(samples, out);
     }
     return picture;
 }

@@ -1,72 +1,30 @@
 #include "platform/linux/camera/V4l2Cameras.h"
 
-#include "platform/linux/camera/CameraOrder.h"
+#include "platform/linux/camera/PictureWatch.h"
 #include "platform/linux/camera/V4l2Device.h"
+#include "platform/linux/camera/WakeUp.h"
 
 #include <algorithm>
 #include <chrono>
-#include <cstdint>
 #include <thread>
 #include <utility>
-
-#include <sys/eventfd.h>
-#include <unistd.h>
 
 namespace LinuxPlatform {
 namespace {
 
+using Platform::CaptureInterruption;
+
 /// How often a camera that is not there, or does not work, is tried again.
 constexpr std::chrono::milliseconds retryInterval{500};
-/// A camera that delivers nothing for so long is opened anew.
-constexpr std::chrono::seconds longestSilence{5};
-
-struct FoundDevice {
-    Platform::CaptureDevice device;
-    std::string path;
-};
-
-std::vector<FoundDevice> look(VideoDeviceCalls& calls, const std::filesystem::path& systemFolder) {
-    const auto paths = calls.devices();
-    std::vector<FoundCamera> cameras;
-    for (std::size_t index = 0; index < paths.size(); ++index) {
-        if (const auto description = V4l2Device(calls, paths[index]).describe()) {
-            cameras.push_back({"v4l2:" + description->bus, description->name, "v4l2:" + paths[index], index});
-        }
-    }
-    std::vector<FoundDevice> found;
-    for (auto& camera : inDiscoveryOrder(std::move(cameras), systemFolder)) {
-        found.push_back({std::move(camera.device), paths[static_cast<std::size_t>(camera.serial)]});
-    }
-    return found;
-}
-
-/// Wakes a thread that waits.
-class WakeUp {
-public:
-    WakeUp() : descriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
-    WakeUp(const WakeUp&) = delete;
-    WakeUp& operator=(const WakeUp&) = delete;
-    ~WakeUp() { close(descriptor_); }
-
-    int descriptor() const { return descriptor_; }
-    void signal() const {
-        const std::uint64_t one = 1;
-        // The counter cannot be full.
-        [[maybe_unused]] const auto written = write(descriptor_, &one, sizeof one);
-    }
-
-private:
-    int descriptor_;
-};
 
 } // namespace
 
 class V4l2Cameras::Feed : public CameraFeed {
 public:
-    Feed(std::shared_ptr<VideoDeviceCalls> calls, std::filesystem::path systemFolder, std::string uniqueID,
+    Feed(std::shared_ptr<VideoDeviceCalls> calls, std::shared_ptr<V4l2DeviceList> list, std::string uniqueID,
          FrameSink& sink)
         : calls_(std::move(calls)),
-          systemFolder_(std::move(systemFolder)),
+          list_(std::move(list)),
           uniqueID_(std::move(uniqueID)),
           sink_(sink),
           thread_([this](const std::stop_token& stop) { run(stop); }) {}
@@ -80,57 +38,74 @@ public:
 
 private:
     void run(const std::stop_token& stop) {
+        // It may not have been looked for yet.
+        list_->cameras();
         while (!stop.stop_requested()) {
-            const auto found = look(*calls_, systemFolder_);
-            const auto camera =
-                std::ranges::find(found, uniqueID_, [](const auto& entry) { return entry.device.uniqueID; });
-            if (camera != found.end()) {
-                deliver(camera->path, stop);
+            const auto path = list_->pathOf(uniqueID_);
+            const auto why = path ? deliver(*path, stop) : CaptureInterruption::deviceNotAvailable;
+            if (stop.stop_requested()) {
+                return;
             }
-            sink_.onDark();
-            if (!stop.stop_requested()) {
-                calls_->wait(-1, wakeUp_.descriptor(), retryInterval);
-            }
+            sink_.onDark(why);
+            list_->lookAgain();
+            const bool isSilence = why == CaptureInterruption::noPictures;
+            calls_->wait(-1, wakeUp_.descriptor(), isSilence ? watch_.pause() : retryInterval);
         }
     }
 
-    /// Until the camera fails.
-    void deliver(const std::string& path, const std::stop_token& stop) {
+    /// Until the camera fails or falls silent.
+    CaptureInterruption deliver(const std::string& path, const std::stop_token& stop) {
         V4l2Device device(*calls_, path);
-        if (!device.start()) {
-            return;
+        switch (device.start()) {
+        case V4l2Device::Start::begun:
+            break;
+        case V4l2Device::Start::busy:
+            return CaptureInterruption::deviceInUse;
+        case V4l2Device::Start::failed:
+            return reasonOfFailure(path);
         }
-        auto lastFrame = std::chrono::steady_clock::now();
+        watch_.onOpened(PictureWatch::Clock::now());
         while (!stop.stop_requested()) {
-            const auto turn = device.next(wakeUp_.descriptor(), retryInterval,
-                                          [this](const VideoFrame& frame) { sink_.onFrame(frame); });
-            const auto now = std::chrono::steady_clock::now();
-            if (turn == V4l2Device::Turn::frame) {
-                lastFrame = now;
+            const auto left = watch_.left(PictureWatch::Clock::now());
+            if (left.count() <= 0) {
+                return CaptureInterruption::noPictures;
             }
-            if (turn == V4l2Device::Turn::failed || now - lastFrame > longestSilence) {
-                return;
+            const auto turn = device.next(wakeUp_.descriptor(), left, [this](const VideoFrame& frame) {
+                if (sink_.onFrame(frame)) {
+                    watch_.onPicture(PictureWatch::Clock::now());
+                }
+            });
+            if (turn == V4l2Device::Turn::failed) {
+                return reasonOfFailure(path);
             }
         }
+        return CaptureInterruption::noPictures;
+    }
+
+    CaptureInterruption reasonOfFailure(const std::string& path) {
+        const auto paths = calls_->devices();
+        return std::ranges::find(paths, path) == paths.end() ? CaptureInterruption::deviceNotAvailable
+                                                             : CaptureInterruption::deviceFailed;
     }
 
     std::shared_ptr<VideoDeviceCalls> calls_;
-    std::filesystem::path systemFolder_;
+    std::shared_ptr<V4l2DeviceList> list_;
     std::string uniqueID_;
     FrameSink& sink_;
+    PictureWatch watch_;
     WakeUp wakeUp_;
     /// Last, so that it sees everything else made.
     std::jthread thread_;
 };
 
-V4l2Cameras::V4l2Cameras(std::unique_ptr<VideoDeviceCalls> calls, std::filesystem::path systemFolder)
+V4l2Cameras::V4l2Cameras(std::shared_ptr<VideoDeviceCalls> calls, const std::filesystem::path& systemFolder)
     : calls_(std::move(calls)),
-      systemFolder_(std::move(systemFolder)) {}
+      list_(std::make_shared<V4l2DeviceList>(calls_, systemFolder)) {}
 
 std::vector<Platform::CaptureDevice> V4l2Cameras::devices() {
     std::vector<Platform::CaptureDevice> devices;
-    for (auto& found : look(*calls_, systemFolder_)) {
-        devices.push_back(std::move(found.device));
+    for (auto& camera : list_->cameras()) {
+        devices.push_back(std::move(camera.device));
     }
     return devices;
 }
@@ -140,7 +115,11 @@ std::optional<Platform::CaptureDevice> V4l2Cameras::defaultDevice() {
 }
 
 std::unique_ptr<CameraFeed> V4l2Cameras::open(const std::string& uniqueID, FrameSink& sink) {
-    return std::make_unique<Feed>(calls_, systemFolder_, uniqueID, sink);
+    return std::make_unique<Feed>(calls_, list_, uniqueID, sink);
+}
+
+void V4l2Cameras::onDevicesChanged(std::function<void()> callback) {
+    list_->onChanged(std::move(callback));
 }
 
 } // namespace LinuxPlatform

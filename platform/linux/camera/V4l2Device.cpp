@@ -33,6 +33,33 @@ std::optional<PixelLayout> layoutOf(std::uint32_t format) {
     return found == layouts.end() ? std::nullopt : std::optional(found->second);
 }
 
+/// The driver's answer or, where it leaves that open, what the kernel's own rules say.
+std::uint32_t encodingOf(const v4l2_pix_format& format) {
+    return format.ycbcr_enc != V4L2_YCBCR_ENC_DEFAULT
+               ? format.ycbcr_enc
+               : static_cast<std::uint32_t>(V4L2_MAP_YCBCR_ENC_DEFAULT(format.colorspace));
+}
+
+ColorMatrix matrixOf(const v4l2_pix_format& format) {
+    const auto encoding = encodingOf(format);
+    return encoding == V4L2_YCBCR_ENC_709 || encoding == V4L2_YCBCR_ENC_XV709 ? ColorMatrix::bt709
+                                                                              : ColorMatrix::bt601;
+}
+
+ColorRange rangeOf(const v4l2_pix_format& format) {
+    const auto quantization = format.quantization != V4L2_QUANTIZATION_DEFAULT
+                                  ? format.quantization
+                                  : static_cast<std::uint32_t>(V4L2_MAP_QUANTIZATION_DEFAULT(
+                                        false, format.colorspace, encodingOf(format)));
+    return quantization == V4L2_QUANTIZATION_FULL_RANGE ? ColorRange::full : ColorRange::limited;
+}
+
+V4l2Device::Start startOf(int result) {
+    return result >= 0        ? V4l2Device::Start::begun
+           : result == -EBUSY ? V4l2Device::Start::busy
+                              : V4l2Device::Start::failed;
+}
+
 std::string textOf(std::span<const std::uint8_t> field) {
     return {field.begin(), std::ranges::find(field, 0)};
 }
@@ -64,47 +91,60 @@ std::optional<V4l2Device::Description> V4l2Device::describe() {
     const auto abilities = (capability.capabilities & V4L2_CAP_DEVICE_CAPS) != 0 ? capability.device_caps
                                                                                  : capability.capabilities;
     constexpr std::uint32_t needed = V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_STREAMING;
-    if ((abilities & needed) != needed || !bestFormat()) {
+    const auto best = (abilities & needed) == needed ? bestFormat() : std::nullopt;
+    if (!best) {
         return std::nullopt;
     }
-    return Description{textOf(capability.card), textOf(capability.bus_info)};
+    return Description{textOf(capability.card), textOf(capability.bus_info), *best == V4L2_PIX_FMT_GREY};
 }
 
-bool V4l2Device::start() {
-    const auto best = device_ < 0 ? std::nullopt : bestFormat();
-    if (!best) {
-        return false;
+V4l2Device::Start V4l2Device::start() {
+    if (device_ < 0) {
+        return startOf(device_);
     }
+    const auto best = bestFormat();
+    if (!best) {
+        return Start::failed;
+    }
+    if (const int result = chooseFormat(*best); result < 0) {
+        return startOf(result);
+    }
+    if (const int result = mapBuffers(); result < 0) {
+        return startOf(result);
+    }
+    int type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
+    const int result = calls_.control(device_, VIDIOC_STREAMON, &type);
+    isStreaming_ = result >= 0;
+    return startOf(result);
+}
+
+int V4l2Device::chooseFormat(std::uint32_t pixelFormat) {
     v4l2_format format{};
     format.type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
-    const bool isJpeg = layoutOf(*best) == PixelLayout::jpeg;
+    const bool isJpeg = layoutOf(pixelFormat) == PixelLayout::jpeg;
     // Uncompressed pictures of a good size come through USB at a few a second.
     format.fmt.pix.width = isJpeg ? 1280 : 640;
     format.fmt.pix.height = isJpeg ? 720 : 480;
-    format.fmt.pix.pixelformat = *best;
+    format.fmt.pix.pixelformat = pixelFormat;
     format.fmt.pix.field = V4L2_FIELD_ANY;
-    if (calls_.control(device_, VIDIOC_S_FMT, &format) < 0) {
-        return false;
+    if (const int result = calls_.control(device_, VIDIOC_S_FMT, &format); result < 0) {
+        return result;
     }
     const auto& chosen = format.fmt.pix;
     const auto layout = layoutOf(chosen.pixelformat);
     if (!layout || chosen.width == 0 || chosen.height == 0 || chosen.width > largestFrameSide ||
         chosen.height > largestFrameSide) {
-        return false;
+        return -EINVAL;
     }
-    format_ = {*layout, static_cast<int>(chosen.width), static_cast<int>(chosen.height)};
+    format_ = {*layout, static_cast<int>(chosen.width), static_cast<int>(chosen.height), rangeOf(chosen),
+               matrixOf(chosen)};
     stride_ = *layout == PixelLayout::jpeg ? 0 : static_cast<int>(chosen.bytesperline);
     v4l2_streamparm rate{};
     rate.type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
     rate.parm.capture.timeperframe = {1, 30};
     // A camera that has one rate only may refuse.
     calls_.control(device_, VIDIOC_S_PARM, &rate);
-    if (!mapBuffers()) {
-        return false;
-    }
-    int type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
-    isStreaming_ = calls_.control(device_, VIDIOC_STREAMON, &type) >= 0;
-    return isStreaming_;
+    return 0;
 }
 
 V4l2Device::Turn V4l2Device::next(int wakeUp, std::chrono::milliseconds time,
@@ -160,32 +200,32 @@ std::optional<std::uint32_t> V4l2Device::bestFormat() {
     return best ? std::optional(layouts[*best].first) : std::nullopt;
 }
 
-bool V4l2Device::mapBuffers() {
+int V4l2Device::mapBuffers() {
     v4l2_requestbuffers request{};
     request.count = bufferCount;
     request.type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
     request.memory = V4L2_MEMORY_MMAP;
-    if (calls_.control(device_, VIDIOC_REQBUFS, &request) < 0 || request.count == 0) {
-        return false;
+    if (const int result = calls_.control(device_, VIDIOC_REQBUFS, &request); result < 0) {
+        return result;
     }
     for (std::uint32_t index = 0; index < request.count; ++index) {
         v4l2_buffer buffer{};
         buffer.index = index;
         buffer.type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
         buffer.memory = V4L2_MEMORY_MMAP;
-        if (calls_.control(device_, VIDIOC_QUERYBUF, &buffer) < 0) {
-            return false;
+        if (const int result = calls_.control(device_, VIDIOC_QUERYBUF, &buffer); result < 0) {
+            return result;
         }
         const auto memory = calls_.map(device_, buffer.length, buffer.m.offset);
         if (memory.empty()) {
-            return false;
+            return -ENOMEM;
         }
         buffers_.push_back(memory);
         if (!queue(index)) {
-            return false;
+            return -ENOMEM;
         }
     }
-    return true;
+    return buffers_.empty() ? -ENOMEM : 0;
 }
 
 bool V4l2Device::queue(std::uint32_t index) {

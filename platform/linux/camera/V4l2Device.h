@@ -25,12 +25,15 @@ public:
         std::string name;
         /// Where the camera is plugged in.
         std::string bus;
+        /// Whether it has no layout with colours.
+        bool isGray = false;
     };
 
     /// Absent for what is no camera with a layout that Curtain reads.
     std::optional<Description> describe();
+    enum class Start { begun, busy, failed };
     /// Chooses the layout and begins to deliver.
-    bool start();
+    Start start();
     enum class Turn { frame, nothing, failed };
     /// Waits for a frame, at most until `wakeUp` is readable or the time is over, and hands the newest one
     /// on. Older ones that nobody took in time are dropped.
@@ -39,7 +42,9 @@ public:
 
 private:
     std::optional<std::uint32_t> bestFormat();
-    bool mapBuffers();
+    /// A result of the driver's, negative for an error.
+    int chooseFormat(std::uint32_t pixelFormat);
+    int mapBuffers();
     bool queue(std::uint32_t index);
 
     VideoDeviceCalls& calls_;

@@ -10,6 +10,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/inotify.h>
 #include <sys/ioctl.h>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -47,6 +48,22 @@ std::vector<std::string> KernelVideoDeviceCalls::devices() {
         paths.push_back(std::move(path));
     }
     return paths;
+}
+
+int KernelVideoDeviceCalls::watch() {
+    const int watch = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+    // Whoever makes a device gives it to its users a moment later.
+    if (watch >= 0 && ::inotify_add_watch(watch, "/dev", IN_CREATE | IN_DELETE | IN_ATTRIB) < 0) {
+        ::close(watch);
+        return -1;
+    }
+    return watch;
+}
+
+void KernelVideoDeviceCalls::takeNews(int watch) {
+    std::array<char, 4096> events{};
+    while (::read(watch, events.data(), events.size()) > 0) {
+    }
 }
 
 bool KernelVideoDeviceCalls::isAllowed(const std::string& path) {

@@ -16,6 +16,11 @@ public:
 
     /// The paths of all video devices, such as "/dev/video0", in the order of their numbers.
     virtual std::vector<std::string> devices() = 0;
+    /// Something to wait for like a device, readable when devices come, go or change hands, and to be closed
+    /// like one; negative when that cannot be seen.
+    virtual int watch() = 0;
+    /// What made it readable has been noticed.
+    virtual void takeNews(int watch) = 0;
     /// Whether this user may open the device.
     virtual bool isAllowed(const std::string& path) = 0;
     virtual int open(const std::string& path) = 0;
@@ -33,6 +38,8 @@ public:
 class KernelVideoDeviceCalls : public VideoDeviceCalls {
 public:
     std::vector<std::string> devices() override;
+    int watch() override;
+    void takeNews(int watch) override;
     bool isAllowed(const std::string& path) override;
     int open(const std::string& path) override;
     void close(int device) override;

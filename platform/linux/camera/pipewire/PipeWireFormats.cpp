@@ -1,7 +1,10 @@
-#include "platform/linux/camera/PipeWireFormats.h"
+#include "platform/linux/camera/pipewire/PipeWireFormats.h"
 
 #include <spa/param/video/format-utils.h>
+#include <spa/pod/filter.h>
 
+#include <algorithm>
+#include <span>
 #include <utility>
 
 // The library's headers are C: casts and designators of their own macros are theirs.
@@ -12,6 +15,7 @@
 namespace LinuxPlatform {
 namespace {
 
+/// Gray comes last: a camera that offers nothing else sees in infra-red.
 constexpr std::array layouts{
     std::pair{SPA_VIDEO_FORMAT_YUY2, PixelLayout::yuyv},
     std::pair{SPA_VIDEO_FORMAT_UYVY, PixelLayout::uyvy},
@@ -41,8 +45,11 @@ void addSizeAndRate(spa_pod_builder& builder, const Sizes& sizes, std::uint32_t 
                         SPA_FORMAT_VIDEO_framerate, SPA_POD_CHOICE_RANGE_Fraction(&usual, &least, &most), 0);
 }
 
-const spa_pod* offer(spa_pod_builder& builder, spa_media_subtype subtype, const Sizes& sizes,
+using RawLayouts = std::span<const std::pair<spa_video_format, PixelLayout>>;
+
+const spa_pod* offer(spa_pod_builder& builder, RawLayouts rawLayouts, const Sizes& sizes,
                      std::uint32_t leastRate) {
+    const auto subtype = rawLayouts.empty() ? SPA_MEDIA_SUBTYPE_mjpg : SPA_MEDIA_SUBTYPE_raw;
     spa_pod_frame object;
     spa_pod_builder_push_object(&builder, &object, SPA_TYPE_OBJECT_Format, SPA_PARAM_EnumFormat);
     spa_pod_builder_add(&builder, SPA_FORMAT_mediaType, SPA_POD_Id(SPA_MEDIA_TYPE_video),
@@ -52,8 +59,8 @@ const spa_pod* offer(spa_pod_builder& builder, spa_media_subtype subtype, const 
         spa_pod_builder_prop(&builder, SPA_FORMAT_VIDEO_format, 0);
         spa_pod_builder_push_choice(&builder, &choice, SPA_CHOICE_Enum, 0);
         // The first one is the default, the others are the choices.
-        spa_pod_builder_id(&builder, layouts.front().first);
-        for (const auto& [id, layout] : layouts) {
+        spa_pod_builder_id(&builder, rawLayouts.front().first);
+        for (const auto& [id, layout] : rawLayouts) {
             spa_pod_builder_id(&builder, id);
         }
         spa_pod_builder_pop(&builder, &choice);
@@ -71,6 +78,14 @@ std::optional<PixelLayout> layoutOf(spa_video_format format) {
     return std::nullopt;
 }
 
+ColorRange rangeOf(spa_video_color_range range) {
+    return range == SPA_VIDEO_COLOR_RANGE_0_255 ? ColorRange::full : ColorRange::limited;
+}
+
+ColorMatrix matrixOf(spa_video_color_matrix matrix) {
+    return matrix == SPA_VIDEO_COLOR_MATRIX_BT709 ? ColorMatrix::bt709 : ColorMatrix::bt601;
+}
+
 std::optional<VideoFormat> checked(PixelLayout layout, const spa_rectangle& size) {
     if (size.width == 0 || size.height == 0 || size.width > largestFrameSide ||
         size.height > largestFrameSide) {
@@ -81,23 +96,33 @@ std::optional<VideoFormat> checked(PixelLayout layout, const spa_rectangle& size
 
 } // namespace
 
-PipeWireFormats::PipeWireFormats() {
+PipeWireFormats::PipeWireFormats(Layouts which) {
     spa_pod_builder builder{};
     spa_pod_builder_init(&builder, memory_.data(), static_cast<std::uint32_t>(memory_.size()));
     constexpr spa_rectangle hd{1280, 720};
     constexpr spa_rectangle fullHd{1920, 1080};
     constexpr spa_rectangle least{1, 1};
     constexpr spa_rectangle most{largestFrameSide, largestFrameSide};
+    constexpr RawLayouts jpeg;
+    const auto raw = RawLayouts(layouts).first(layouts.size() - (which == Layouts::color ? 1 : 0));
     // Uncompressed pictures of a good size come through USB at a few a second, so JPEG goes first, and small
     // before slow.
     offers_ = {
-        offer(builder, SPA_MEDIA_SUBTYPE_mjpg, {hd, hd, hd}, 15),
-        offer(builder, SPA_MEDIA_SUBTYPE_mjpg, {hd, least, fullHd}, 15),
-        offer(builder, SPA_MEDIA_SUBTYPE_raw, {hd, hd, hd}, 24),
-        offer(builder, SPA_MEDIA_SUBTYPE_raw, {hd, least, fullHd}, 15),
-        offer(builder, SPA_MEDIA_SUBTYPE_mjpg, {hd, least, most}, 0),
-        offer(builder, SPA_MEDIA_SUBTYPE_raw, {hd, least, most}, 0),
+        offer(builder, jpeg, {hd, hd, hd}, 15),     offer(builder, jpeg, {hd, least, fullHd}, 15),
+        offer(builder, raw, {hd, hd, hd}, 24),      offer(builder, raw, {hd, least, fullHd}, 15),
+        offer(builder, jpeg, {hd, least, most}, 0), offer(builder, raw, {hd, least, most}, 0),
     };
+}
+
+bool PipeWireFormats::matches(const spa_pod* format) const {
+    return format && std::ranges::any_of(offers_, [&](const spa_pod* offer) {
+               // What both have in common is no larger than the two.
+               std::vector<std::uint8_t> memory(SPA_POD_SIZE(format) + SPA_POD_SIZE(offer));
+               spa_pod_builder builder{};
+               spa_pod_builder_init(&builder, memory.data(), static_cast<std::uint32_t>(memory.size()));
+               spa_pod* common = nullptr;
+               return spa_pod_filter(&builder, &common, format, offer) >= 0;
+           });
 }
 
 std::optional<VideoFormat> PipeWireFormats::parse(const spa_pod* format) {
@@ -115,7 +140,12 @@ std::optional<VideoFormat> PipeWireFormats::parse(const spa_pod* format) {
         spa_video_info_raw info{};
         if (spa_format_video_raw_parse(format, &info) >= 0) {
             if (const auto layout = layoutOf(info.format)) {
-                return checked(*layout, info.size);
+                auto known = checked(*layout, info.size);
+                if (known) {
+                    known->range = rangeOf(info.color_range);
+                    known->matrix = matrixOf(info.color_matrix);
+                }
+                return known;
             }
         }
     }

@@ -7,6 +7,8 @@
 
 namespace LinuxPlatform {
 
+class PipeWireConnection;
+
 /// The cameras of a PipeWire daemon, on a thread of its own that exists from the first use on. A daemon that
 /// comes, goes or comes back is noticed by the next call, and by a feed within half a second.
 class PipeWireCameras : public CameraStack {
@@ -26,15 +28,16 @@ public:
     std::vector<Platform::CaptureDevice> devices() override;
     std::optional<Platform::CaptureDevice> defaultDevice() override;
     std::unique_ptr<CameraFeed> open(const std::string& uniqueID, FrameSink& sink) override;
+    void onDevicesChanged(std::function<void()> callback) override;
 
     /// Whether there is a daemon that answers. Main thread only; may wait like `devices`.
-    bool isReachable() const;
+    bool isReachable();
+    /// Whether it also has somebody who tells it of cameras, or a camera all the same. May wait like
+    /// `devices`.
+    bool isInCharge();
 
 private:
-    class Client;
-    class Feed;
-
-    std::unique_ptr<Client> client_;
+    std::unique_ptr<PipeWireConnection> connection_;
 };
 
 } // namespace LinuxPlatform
