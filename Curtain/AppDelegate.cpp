@@ -197,13 +197,17 @@ void AppDelegate::toggleModeFromHotkey() {
 }
 
 void AppDelegate::installReadinessProviders() {
+    QObject::connect(&cameraManager_, &CameraPreviewManager::findingChanged, &cameraManager_,
+                     [this] { refreshReadiness(); });
     coordinator().isPrivacyModeActive = [this] { return engine().isActive(); };
     coordinator().cameraReadinessProvider = [this]() -> ProviderReadiness {
         if (!store_.load().showCameraPreview) {
             return {};
         }
         const auto status = cameraManager_.status();
-        return {status != CameraStatus::unavailable, status == CameraStatus::available};
+        // A camera that shows nothing is not ready, whatever it was when it was started.
+        return {status != CameraStatus::unavailable,
+                status == CameraStatus::available && !cameraManager_.interruption()};
     };
     coordinator().micReadinessProvider = [this]() -> ProviderReadiness {
         if (!store_.load().showMicrophoneCheck) {

@@ -195,7 +195,7 @@ Item {
         anchors.centerIn: parent
         width: parent.width - 32
         objectName: "noPicture"
-        visible: card.cameraState === "unavailable" || card.isDark
+        visible: card.cameraState === "unavailable" || card.isDark || card.model.cameraProblem !== ""
         spacing: 8
 
         Symbol {
@@ -205,9 +205,11 @@ Item {
             color: Theme.stageSymbol
         }
         StyledText {
+            objectName: "cameraProblem"
             width: parent.width
             horizontalAlignment: Text.AlignHCenter
-            text: card.model.text("cameraPreview")
+            wrapMode: Text.WordWrap
+            text: card.model.cameraProblem || card.model.text("cameraPreview")
             style: Theme.small
             color: Theme.stageInk
         }

@@ -8,6 +8,12 @@
 
 namespace Curtain {
 
+/// A photo that decodes.
+struct CameraPreviewManager::Photo {
+    std::vector<std::byte> data;
+    std::shared_ptr<const Platform::Picture> picture;
+};
+
 struct CameraPreviewManager::Running {
     explicit Running(std::shared_ptr<Platform::CaptureSession> theSession) : session(std::move(theSession)) {}
 
@@ -35,7 +41,12 @@ CameraPreviewManager::CameraPreviewManager(const Services& services)
     : services_(services),
       session_(services.capture.makeSession()),
       photoOutput_(services.capture.makePhotoOutput()),
-      running_(std::make_shared<Running>(session_)) {}
+      running_(std::make_shared<Running>(session_)),
+      interruptions_(session_->observeInterruption([this] {
+          Q_EMIT changed();
+          Q_EMIT findingChanged();
+      })),
+      devices_(services.capture.observeDevices([this] { devicesChanged(); })) {}
 
 CameraPreviewManager::~CameraPreviewManager() {
     // A view may hold the session for longer.
@@ -44,6 +55,10 @@ CameraPreviewManager::~CameraPreviewManager() {
 
 CameraStatus CameraPreviewManager::status() const {
     return status_;
+}
+
+std::optional<Platform::CaptureInterruption> CameraPreviewManager::interruption() const {
+    return status_ == CameraStatus::available && isStarted_ ? session_->interruption() : std::nullopt;
 }
 
 bool CameraPreviewManager::mirrored() const {
@@ -82,6 +97,7 @@ const std::shared_ptr<Platform::CaptureSession>& CameraPreviewManager::session()
 
 void CameraPreviewManager::start(const std::optional<std::string>& deviceID) {
     isStarted_ = true;
+    wantedDeviceID_ = deviceID;
     switch (services_.authorization.status(Platform::MediaType::video)) {
     case Platform::AuthorizationStatus::authorized:
         configureAndRun(deviceID);
@@ -115,13 +131,10 @@ void CameraPreviewManager::stop() {
 }
 
 void CameraPreviewManager::capture() {
-    capturePhoto([this, cleared = photosCleared_](std::optional<std::vector<std::byte>> data) {
-        if (!data || cleared != photosCleared_) {
-            return;
-        }
-        if (auto photo = services_.capture.decodeImage(*data)) {
-            capturedData_ = std::move(data);
-            capturedPhoto_ = std::move(photo);
+    capturePhoto([this, cleared = photosCleared_](std::optional<Photo> photo) {
+        if (photo && cleared == photosCleared_) {
+            capturedData_ = std::move(photo->data);
+            capturedPhoto_ = std::move(photo->picture);
             Q_EMIT changed();
         }
     });
@@ -162,7 +175,8 @@ void CameraPreviewManager::configureAndRun(const std::optional<std::string>& dev
         setStatus(CameraStatus::noCameraFound);
         return;
     }
-    if (chosen->uniqueID != configuredDeviceID_) {
+    // An input that could not be made is made again.
+    if (chosen->uniqueID != configuredDeviceID_ || session_->inputs().empty()) {
         configure(*chosen);
     }
     // The user may have closed the view while being asked for permission.
@@ -191,13 +205,30 @@ void CameraPreviewManager::configure(const Platform::CaptureDevice& device) {
     Q_EMIT changed();
 }
 
+void CameraPreviewManager::devicesChanged() {
+    if (!isStarted_ || (status_ != CameraStatus::available && status_ != CameraStatus::noCameraFound)) {
+        return;
+    }
+    const auto devices = services_.capture.devices();
+    const bool isWantedThere = wantedDeviceID_ && std::ranges::count(devices, *wantedDeviceID_,
+                                                                     &Platform::CaptureDevice::uniqueID) > 0;
+    // The session waits for a camera that has gone and says so, and no other one is shown in its place while
+    // somebody looks.
+    if (status_ == CameraStatus::noCameraFound || isWantedThere || devices.empty()) {
+        const auto before = status_;
+        configureAndRun(wantedDeviceID_);
+        if (status_ != before) {
+            Q_EMIT findingChanged();
+        }
+    }
+}
+
 void CameraPreviewManager::runOrStop(bool shouldRun) {
     running_->isWanted = shouldRun;
     services_.workQueues.userInitiated().async([running = running_] { running->settle(); });
 }
 
-void CameraPreviewManager::capturePhoto(
-    std::function<void(std::optional<std::vector<std::byte>>)> completion) {
+void CameraPreviewManager::capturePhoto(std::function<void(std::optional<Photo>)> completion) {
     const auto outputs = session_->outputs();
     // A session that has been told to stop may still be running for a moment.
     if (!isStarted_ || !session_->isRunning() || !std::ranges::count(outputs, photoOutput_)) {
@@ -209,10 +240,15 @@ void CameraPreviewManager::capturePhoto(
         settings.codec = Platform::PhotoCodec::jpeg;
     }
     auto onMain = lifetime_.weak(std::move(completion));
-    const auto delegate = PhotoCaptureDelegate::make(
-        [&mainQueue = services_.mainQueue, onMain = std::move(onMain)](PhotoCaptureDelegate::PhotoData data) {
-            mainQueue.async([onMain, data = std::move(data)]() mutable { onMain(std::move(data)); });
-        });
+    const auto delegate = PhotoCaptureDelegate::make([services = services_, onMain = std::move(onMain)](
+                                                         PhotoCaptureDelegate::PhotoData data) {
+        // A large photo takes its time, which the main thread does not have.
+        std::optional<Photo> photo;
+        if (auto picture = data ? services.capture.decodeImage(*data) : nullptr) {
+            photo.emplace(Photo{std::move(*data), std::move(picture)});
+        }
+        services.mainQueue.async([onMain, photo = std::move(photo)]() mutable { onMain(std::move(photo)); });
+    });
     photoOutput_->capturePhoto(settings, delegate);
 }
 

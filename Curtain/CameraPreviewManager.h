@@ -49,6 +49,8 @@ public:
     ~CameraPreviewManager() override;
 
     CameraStatus status() const;
+    /// Why a camera that is available shows nothing; absent while it does, or may be about to.
+    std::optional<Platform::CaptureInterruption> interruption() const;
     bool mirrored() const;
     void setMirrored(bool mirrored);
     /// The last test photo, decoded; null for none.
@@ -78,6 +80,8 @@ public:
 Q_SIGNALS:
     /// Any of the published values has changed.
     void changed();
+    /// What the check finds has changed by itself: a camera came or went, began or stopped.
+    void findingChanged();
 
 private:
     /// What the background tasks share with the manager, and may outlive it with.
@@ -86,7 +90,9 @@ private:
     void configureAndRun(const std::optional<std::string>& deviceID);
     void configure(const Platform::CaptureDevice& device);
     void runOrStop(bool shouldRun);
-    void capturePhoto(std::function<void(std::optional<std::vector<std::byte>>)> completion);
+    void devicesChanged();
+    struct Photo;
+    void capturePhoto(std::function<void(std::optional<Photo>)> completion);
     void setStatus(CameraStatus status);
 
     Services services_;
@@ -102,6 +108,10 @@ private:
     std::uint64_t photosCleared_ = 0;
     std::optional<std::string> activeDeviceID_;
     std::optional<std::string> configuredDeviceID_;
+    /// As the last start asked for it.
+    std::optional<std::string> wantedDeviceID_;
+    Platform::Subscription interruptions_;
+    Platform::Subscription devices_;
     Platform::Lifetime lifetime_;
 };
 

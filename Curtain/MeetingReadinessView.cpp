@@ -298,6 +298,10 @@ QString MeetingReadinessView::cameraState() const {
     return QStringLiteral("unavailable");
 }
 
+QString MeetingReadinessView::cameraProblem() const {
+    return interruptionText(services_.camera.interruption(), lang_);
+}
+
 bool MeetingReadinessView::isReady() const {
     const auto& now = state();
     const std::array rows{now.camera, microphoneMark(), now.notifications, now.desktop, now.privateApps};

@@ -78,6 +78,7 @@ class MeetingReadinessView : public QObject {
     Q_PROPERTY(double microphoneLevel READ microphoneLevel NOTIFY microphoneLevelChanged)
 
     Q_PROPERTY(QString cameraState READ cameraState NOTIFY cameraChanged)
+    Q_PROPERTY(QString cameraProblem READ cameraProblem NOTIFY cameraChanged)
     Q_PROPERTY(bool hasPhoto READ hasPhoto NOTIFY cameraChanged)
     Q_PROPERTY(bool isMirrored READ isMirrored NOTIFY cameraChanged)
     Q_PROPERTY(bool isReady READ isReady NOTIFY readyChanged)
@@ -148,6 +149,8 @@ public:
 
     /// "available", "noPermission", "noCameraFound" or "unavailable".
     QString cameraState() const;
+    /// Why an available camera shows nothing; empty while it does, or may be about to.
+    QString cameraProblem() const;
     bool hasPhoto() const { return services_.camera.capturedPhoto() != nullptr; }
     bool isMirrored() const { return services_.camera.mirrored(); }
     /// Whether a camera that shows a picture deserves the ready badge.

@@ -147,10 +147,12 @@ QString OnboardingViewModel::deviceProblem() const {
     if (kind == PermissionKind::microphone && services_.micMonitor.status() == MicStatus::noInputDevice) {
         return toQString(PlatformWording::string(LocKey::micNoInput, lang_));
     }
-    if (kind == PermissionKind::camera && services_.cameraManager.status() == CameraStatus::noCameraFound) {
-        return toQString(PlatformWording::string(LocKey::noCameraFound, lang_));
+    if (kind != PermissionKind::camera) {
+        return {};
     }
-    return {};
+    return services_.cameraManager.status() == CameraStatus::noCameraFound
+               ? toQString(PlatformWording::string(LocKey::noCameraFound, lang_))
+               : interruptionText(services_.cameraManager.interruption(), lang_);
 }
 
 double OnboardingViewModel::level() const {

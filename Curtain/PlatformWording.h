@@ -44,6 +44,14 @@ enum class PlatformKey {
     settingsUnreadable,
     /// Why privacy mode has hidden nothing: the list of private apps was lost with the settings.
     privateAppsLost,
+    /// Why a camera shows nothing: it is not plugged in any more.
+    cameraGone,
+    /// The same: another program uses it.
+    cameraInUse,
+    /// The same: it does not begin, for whatever reason.
+    cameraDoesNotStart,
+    /// The same: it has begun and sends nothing that can be shown.
+    cameraSendsNothing,
     mirrorPicture,
     moreOptions,
     clearSearch,
@@ -78,7 +86,7 @@ std::string_view string(PlatformKey key, std::string_view lang);
 
 template <>
 struct CurtainCore::RawValues<Curtain::PlatformKey> {
-    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 29> cases{{
+    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 33> cases{{
         {Curtain::PlatformKey::noHidingOnWayland, "noHidingOnWayland"},
         {Curtain::PlatformKey::noWindowManager, "noWindowManager"},
         {Curtain::PlatformKey::logOutOnce, "logOutOnce"},
@@ -98,6 +106,10 @@ struct CurtainCore::RawValues<Curtain::PlatformKey> {
         {Curtain::PlatformKey::settingsDamaged, "settingsDamaged"},
         {Curtain::PlatformKey::settingsUnreadable, "settingsUnreadable"},
         {Curtain::PlatformKey::privateAppsLost, "privateAppsLost"},
+        {Curtain::PlatformKey::cameraGone, "cameraGone"},
+        {Curtain::PlatformKey::cameraInUse, "cameraInUse"},
+        {Curtain::PlatformKey::cameraDoesNotStart, "cameraDoesNotStart"},
+        {Curtain::PlatformKey::cameraSendsNothing, "cameraSendsNothing"},
         {Curtain::PlatformKey::mirrorPicture, "mirrorPicture"},
         {Curtain::PlatformKey::moreOptions, "moreOptions"},
         {Curtain::PlatformKey::clearSearch, "clearSearch"},

@@ -68,6 +68,24 @@ QVariantMap viewTexts(std::string_view lang) {
     return texts;
 }
 
+QString interruptionText(std::optional<Platform::CaptureInterruption> interruption, std::string_view lang) {
+    using Platform::CaptureInterruption;
+    const auto text = [&](PlatformKey key) { return toQString(PlatformWording::string(key, lang)); };
+    if (interruption) {
+        switch (*interruption) {
+        case CaptureInterruption::deviceNotAvailable:
+            return text(PlatformKey::cameraGone);
+        case CaptureInterruption::deviceInUse:
+            return text(PlatformKey::cameraInUse);
+        case CaptureInterruption::deviceFailed:
+            return text(PlatformKey::cameraDoesNotStart);
+        case CaptureInterruption::noPictures:
+            return text(PlatformKey::cameraSendsNothing);
+        }
+    }
+    return {};
+}
+
 QString iconAddress(const Platform::Image& icon) {
     return icon.source.empty() ? QString()
                                : QStringLiteral("image://icon/") +

@@ -1,10 +1,12 @@
 #pragma once
 
+#include "platform/CaptureServices.h"
 #include "platform/Image.h"
 
 #include <QString>
 #include <QVariantMap>
 
+#include <optional>
 #include <string_view>
 
 namespace Curtain {
@@ -15,6 +17,9 @@ QString viewText(const QString& key, std::string_view lang);
 
 /// All of these texts, by their names.
 QVariantMap viewTexts(std::string_view lang);
+
+/// Why a camera shows nothing; empty for no reason.
+QString interruptionText(std::optional<Platform::CaptureInterruption> interruption, std::string_view lang);
 
 /// The address under which a QML file finds an app's icon; empty for an icon without a source.
 QString iconAddress(const Platform::Image& icon);

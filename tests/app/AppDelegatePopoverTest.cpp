@@ -181,6 +181,41 @@ TEST_F(PopoverTest, TheCamerasRowSaysWhatBecameOfTheCamera) {
     EXPECT_EQ(statusOnceOpen(), "unknown");
 }
 
+TEST_F(PopoverTest, TheCamerasRowFollowsACameraThatStopsAndReturns) {
+    open();
+    ASSERT_EQ(view().cameraStatus(), "ok");
+    EXPECT_EQ(view().cameraProblem(), "");
+    QStringList problems;
+    for (const auto why :
+         {Platform::CaptureInterruption::deviceNotAvailable, Platform::CaptureInterruption::deviceInUse,
+          Platform::CaptureInterruption::deviceFailed, Platform::CaptureInterruption::noPictures}) {
+        fakes.captureServices.session->interrupt(why);
+        EXPECT_EQ(view().cameraStatus(), "danger");
+        EXPECT_EQ(view().cameraState(), "available");
+        problems.push_back(view().cameraProblem());
+    }
+    EXPECT_EQ(problems,
+              QStringList({"The camera is not plugged in any more.", "Another program is using the camera.",
+                           "The camera doesn't start. Another program may be using it.",
+                           "The camera sends no picture. Curtain keeps trying."}));
+    fakes.captureServices.session->interrupt(std::nullopt);
+    EXPECT_EQ(view().cameraStatus(), "ok");
+    EXPECT_EQ(view().cameraProblem(), "");
+}
+
+TEST_F(PopoverTest, TheCamerasRowFollowsCamerasThatComeAndGo) {
+    const auto cameras = std::exchange(fakes.captureServices.cameras, {});
+    open();
+    ASSERT_EQ(view().cameraStatus(), "danger");
+    fakes.captureServices.cameras = cameras;
+    fakes.captureServices.tellOfDevices();
+    EXPECT_EQ(view().cameraStatus(), "ok");
+    fakes.captureServices.cameras.clear();
+    fakes.captureServices.tellOfDevices();
+    EXPECT_EQ(view().cameraStatus(), "danger");
+    EXPECT_EQ(view().cameraState(), "noCameraFound");
+}
+
 TEST_F(PopoverTest, AMicrophoneThatMayNotBeUsedCostsPoints) {
     using Platform::AuthorizationStatus;
     const auto scoreOnceOpen = [&](AuthorizationStatus status) {

@@ -247,6 +247,109 @@ TEST_F(CameraPreviewManagerTest, CameraThatCannotBeUsedCountsAsAvailable) {
     EXPECT_EQ(manager->activeDeviceID(), "desk");
 }
 
+TEST_F(CameraPreviewManagerTest, WhatInterruptsTheCameraIsPublishedWhileItIsWanted) {
+    int findings = 0;
+    QObject::connect(manager.get(), &CameraPreviewManager::findingChanged, [&] { ++findings; });
+    startAndRun();
+    changes = 0;
+    capture.session->interrupt(Platform::CaptureInterruption::noPictures);
+    EXPECT_EQ(manager->interruption(), Platform::CaptureInterruption::noPictures);
+    EXPECT_EQ(manager->status(), CameraStatus::available);
+    EXPECT_EQ(changes, 1);
+    EXPECT_EQ(findings, 1);
+    stopAndRun();
+    EXPECT_EQ(manager->interruption(), std::nullopt);
+}
+
+TEST_F(CameraPreviewManagerTest, AnInputThatCouldNotBeMadeIsMadeAtTheNextOpening) {
+    capture.broken = {"desk"};
+    startAndRun("desk");
+    stopAndRun();
+    capture.broken.clear();
+    capture.session->calls.clear();
+    startAndRun("desk");
+    EXPECT_THAT(capture.session->calls, ElementsAre("begin", "add desk", "commit", "start"));
+}
+
+TEST_F(CameraPreviewManagerTest, ACameraThatComesWhileNoneIsThereIsTaken) {
+    capture.cameras.clear();
+    startAndRun();
+    ASSERT_EQ(manager->status(), CameraStatus::noCameraFound);
+    int findings = 0;
+    QObject::connect(manager.get(), &CameraPreviewManager::findingChanged, [&] { ++findings; });
+    capture.cameras = {desk};
+    capture.tellOfDevices();
+    workQueues.runAll();
+    EXPECT_EQ(manager->status(), CameraStatus::available);
+    EXPECT_EQ(manager->activeDeviceID(), "desk");
+    EXPECT_TRUE(capture.session->isRunning());
+    EXPECT_EQ(findings, 1);
+}
+
+TEST_F(CameraPreviewManagerTest, TheChosenCameraIsTakenWhenItComes) {
+    capture.cameras = {front};
+    startAndRun("desk");
+    ASSERT_EQ(manager->activeDeviceID(), "front");
+    capture.cameras = {front, desk};
+    capture.tellOfDevices();
+    EXPECT_EQ(manager->activeDeviceID(), "desk");
+}
+
+TEST_F(CameraPreviewManagerTest, NoOtherCameraIsTakenWhileSomebodyLooks) {
+    startAndRun();
+    ASSERT_EQ(manager->activeDeviceID(), "front");
+    capture.session->calls.clear();
+    capture.cameras = {desk};
+    capture.tellOfDevices();
+    workQueues.runAll();
+    EXPECT_EQ(manager->activeDeviceID(), "front");
+    EXPECT_THAT(capture.session->calls, IsEmpty());
+}
+
+TEST_F(CameraPreviewManagerTest, TheLastCameraThatGoesIsSaidAndComesBack) {
+    capture.cameras = {front};
+    startAndRun();
+    int findings = 0;
+    QObject::connect(manager.get(), &CameraPreviewManager::findingChanged, [&] { ++findings; });
+    capture.cameras.clear();
+    capture.tellOfDevices();
+    EXPECT_EQ(manager->status(), CameraStatus::noCameraFound);
+    capture.cameras = {front};
+    capture.session->calls.clear();
+    capture.tellOfDevices();
+    workQueues.runAll();
+    EXPECT_EQ(manager->status(), CameraStatus::available);
+    EXPECT_THAT(capture.session->calls, IsEmpty()) << "it has been waited for";
+    EXPECT_EQ(findings, 2);
+}
+
+TEST_F(CameraPreviewManagerTest, CamerasThatComeAndGoTurnNothingOn) {
+    capture.cameras.clear();
+    startAndRun();
+    stopAndRun();
+    capture.cameras = {front};
+    capture.tellOfDevices();
+    workQueues.runAll();
+    EXPECT_FALSE(capture.session->isRunning());
+    EXPECT_EQ(manager->status(), CameraStatus::noCameraFound);
+    setStatus(AuthorizationStatus::denied);
+    startAndRun();
+    capture.tellOfDevices();
+    workQueues.runAll();
+    EXPECT_FALSE(capture.session->isRunning());
+    EXPECT_EQ(manager->status(), CameraStatus::noPermission);
+}
+
+TEST_F(CameraPreviewManagerTest, APhotoIsDecodedWhereItArrives) {
+    startAndRun();
+    manager->capture();
+    finishPhoto(capture.image);
+    mainQueue.runReady();
+    ASSERT_NE(manager->capturedPhoto(), nullptr);
+    EXPECT_NE(capture.decodedOn, std::thread::id());
+    EXPECT_NE(capture.decodedOn, std::this_thread::get_id()) << "a large one takes its time";
+}
+
 TEST_F(CameraPreviewManagerTest, WhatTheSessionRefusesIsNotAdded) {
     capture.session->acceptsInputs = false;
     capture.session->acceptsOutputs = false;

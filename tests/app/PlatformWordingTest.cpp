@@ -226,9 +226,11 @@ TEST(PlatformWording, TheEnglishTextsOfItsOwn) {
             "The settings file can't be read, so the defaults apply and no app is private.",
             "Your private apps are not known, since the settings could not be read. Choose them again in the "
             "settings.",
-            "Mirror picture", "More options", "Clear search", "Your settings could not be read",
-            "No app was hidden", "Close", "Can't tell", "Private apps not counted",
-            "Some private apps not counted", "Privacy mode has no effect"));
+            "The camera is not plugged in any more.", "Another program is using the camera.",
+            "The camera doesn't start. Another program may be using it.",
+            "The camera sends no picture. Curtain keeps trying.", "Mirror picture", "More options",
+            "Clear search", "Your settings could not be read", "No app was hidden", "Close", "Can't tell",
+            "Private apps not counted", "Some private apps not counted", "Privacy mode has no effect"));
 }
 
 TEST(PlatformWording, AnUnknownLanguageReadsEnglish) {

@@ -383,6 +383,23 @@ TEST_F(Popover, ACameraThatStaysDarkShowsASign) {
     EXPECT_TRUE(ShownView::waitFor([&] { return shown->find("noPicture") == nullptr; }));
 }
 
+TEST_F(Popover, ACameraThatIsInterruptedSaysWhyAndWearsNoBadge) {
+    world.makeClear();
+    show();
+    ASSERT_TRUE(ShownView::waitFor([&] { return shown->find("readyBadge") != nullptr; }));
+    world.capture.session->show(nullptr);
+    world.capture.session->interrupt(Platform::CaptureInterruption::deviceFailed);
+    shown->settle();
+    EXPECT_EQ(shown->find("readyBadge"), nullptr);
+    EXPECT_THAT(shown->texts(),
+                Contains(QString("The camera doesn't start. Another program may be using it.")));
+    EXPECT_THAT(shown->problems(false), IsEmpty());
+    world.capture.session->show(portrait(664, 372));
+    world.capture.session->interrupt(std::nullopt);
+    EXPECT_TRUE(ShownView::waitFor([&] { return shown->find("readyBadge") != nullptr; }));
+    EXPECT_EQ(shown->find("noPicture"), nullptr);
+}
+
 TEST_F(Popover, TheBadgeWaitsForAPicture) {
     world.makeClear();
     world.capture.session->show(nullptr);
