@@ -199,6 +199,22 @@ TEST_F(X11WindowManagerTest, WindowThatWasHiddenAndIsBackBeforeAnybodyLooksIsAnn
     EXPECT_TRUE(waitForEvent(WindowEvent::activated, unmapped));
 }
 
+TEST_F(X11WindowManagerTest, WindowThatIsMappedLateIsNotBackAgain) {
+    ScriptedWindowManager manager;
+    const auto window = client.create("a", "A");
+    manager.setManagerState(window, ScriptedWindowManager::normal);
+    manager.list({window});
+    ASSERT_TRUE(waitForEvent(WindowEvent::opened, window));
+    events.clear();
+    system.hide(std::array{WindowId{window}});
+    manager.map(window);
+    EXPECT_FALSE(isHidden(window));
+    manager.setStates(window, {hiddenState});
+    EXPECT_TRUE(isHidden(window));
+    QCoreApplication::processEvents();
+    EXPECT_THAT(events, IsEmpty());
+}
+
 TEST_F(X11WindowManagerTest, StateOfAWindowThatTheManagerDoesNotHideMeansNoReturnLater) {
     ScriptedWindowManager manager;
     const auto window = openUnder(manager, ScriptedWindowManager::normal);

@@ -194,6 +194,7 @@ const X11Window* X11WindowModel::find(xcb_window_t window) const {
 void X11WindowModel::expectHidden(xcb_window_t window) {
     if (const auto entry = entries_.find(window); entry != entries_.end()) {
         entry->second.isExpectedHidden = true;
+        entry->second.wasUnmapped = false;
         entry->second.wasMapped = false;
         entry->second.managerStateWrites = 0;
     }
@@ -292,7 +293,7 @@ void X11WindowModel::windowMapped(xcb_window_t window) {
         return;
     }
     auto& entry = found->second;
-    if (entry.isExpectedHidden) {
+    if (entry.isExpectedHidden && entry.wasUnmapped) {
         entry.wasMapped = true;
         entry.staleProperties |= bitOf(atom(netWmState));
         windowsChanged();
@@ -312,6 +313,8 @@ void X11WindowModel::windowUnmapped(xcb_window_t window) {
         return;
     }
     auto& entry = found->second;
+    entry.wasUnmapped = true;
+    entry.isUnmappedToHide = true;
     entry.isHiddenMarkInDoubt = false;
     entry.isViewableStale = false;
     entry.isViewable = false;
@@ -481,7 +484,8 @@ bool X11WindowModel::isBackUnseen(const Entry& entry, const X11Window& before) c
     }
     // There and back again. Some window managers refuse the request by writing once that the window is
     // normal.
-    const bool wasIconic = entry.managerStateWrites > 1 && entry.window.managerState != iconicState;
+    const bool wasIconic =
+        !entry.isUnmappedToHide && entry.managerStateWrites > 1 && entry.window.managerState != iconicState;
     if (entry.wasMapped || wasIconic) {
         return true;
     }

@@ -144,7 +144,11 @@ private:
         /// The window was mapped after the window manager last wrote its state, or before the first reading.
         bool isHiddenMarkInDoubt = false;
         bool isExpectedHidden = false;
-        /// Since then it was mapped, and so often its WM_STATE was written.
+        /// Since then it was unmapped and mapped again, and so often its WM_STATE was written. A window that
+        /// has just come back may be mapped late.
+        bool wasUnmapped = false;
+        /// Its window manager takes hidden windows off the screen itself.
+        bool isUnmappedToHide = false;
         bool wasMapped = false;
         int managerStateWrites = 0;
         /// What the window manager put around a window that is rolled up and marked as hidden.
