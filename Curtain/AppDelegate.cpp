@@ -340,17 +340,20 @@ void AppDelegate::popoverDidClose() {
     cameraManager_.clearCapturedPhoto();
 }
 
-void AppDelegate::handleOutsideClick() {
-    if (!platform_.popover->isShown()) {
-        return;
-    }
-    const auto location = platform_.screens->mouseLocation();
+/// Whatever is no part of the visible frame belongs to the menu bar, the status item itself included.
+bool AppDelegate::isInMenuBar(const Platform::Point& location) const {
     const auto screens = platform_.screens->screens();
     const auto found =
         std::ranges::find_if(screens, [&](const auto& screen) { return screen.frame.contains(location); });
     const auto screen = found != screens.end() ? std::optional(*found) : platform_.screens->main();
-    // Whatever is no part of the visible frame belongs to the menu bar, the status item itself included.
-    if (screen && !screen->visibleFrame.contains(location)) {
+    return screen && !screen->visibleFrame.contains(location);
+}
+
+void AppDelegate::handleOutsideClick() {
+    if (!platform_.popover->isShown()) {
+        return;
+    }
+    if (const auto location = platform_.screens->mouseLocation(); location && isInMenuBar(*location)) {
         return;
     }
     platform_.mainQueue->asyncAfter(outsideClickDelay, lifetime_.weak([this] { closeUnlessPanelIsUsed(); }));

@@ -69,6 +69,7 @@ private:
     void showStatusMenu();
     Platform::Menu statusMenu();
     void popoverDidClose();
+    bool isInMenuBar(const Platform::Point& location) const;
     void handleOutsideClick();
     void closeUnlessPanelIsUsed();
     Platform::View makeReadinessView();

@@ -18,13 +18,14 @@
 #include <utility>
 
 int main(int argumentCount, char** arguments) {
-    if (const auto problem = QtPlatform::missingDisplay()) {
+    LinuxPlatform::leaveSilentSessionBus();
+    const auto session = LinuxPlatform::probeSession(LinuxPlatform::sourcesOfThisSession());
+    if (const auto problem = LinuxPlatform::missingXServer(session);
+        problem && QtPlatform::showsItselfThroughX()) {
         std::fprintf(stderr, "%s\n", problem->c_str());
         return EXIT_FAILURE;
     }
     const QtPlatform::ForeignFileMessages foreign(qEnvironmentVariableIsSet("CURTAIN_DEBUG"));
-    LinuxPlatform::leaveSilentSessionBus();
-    const auto session = LinuxPlatform::probeSession(LinuxPlatform::sourcesOfThisSession());
     std::optional<QtPlatform::PreferredDisplay> display(std::in_place);
     QApplication application(argumentCount, arguments);
     display.reset();

@@ -22,11 +22,13 @@ public:
     virtual ~Screens() = default;
 
     virtual std::vector<Screen> screens() = 0;
-    /// The one that the user works on, which is the one with the pointer; absent without any.
+    /// The one that the user works on, which is the one with the pointer where that is known; absent without
+    /// any.
     virtual std::optional<Screen> main() = 0;
     /// The one that shows that pixel of the whole screen; absent when none does.
     virtual std::optional<Screen> at(const Point& pixel) = 0;
-    virtual Point mouseLocation() = 0;
+    /// Absent where nobody tells where the pointer is.
+    virtual std::optional<Point> mouseLocation() = 0;
 };
 
 } // namespace Platform

@@ -40,6 +40,7 @@
 #include "platform/linux/tray/TrayStatusBar.h"
 #include "platform/linux/windows/InterfaceLevel.h"
 #include "platform/linux/windows/LinuxWorkspace.h"
+#include "platform/linux/windows/ListedWindowSystem.h"
 #include "platform/linux/windows/NoWindowSystem.h"
 #include "platform/linux/windows/X11WindowSystem.h"
 #include "platform/linux/x11/X11Connection.h"
@@ -64,20 +65,22 @@
 
 #include <QGuiApplication>
 #include <QPalette>
+#include <QScreen>
 
 #include <QDBusConnection>
 #include <glib.h>
 
+#include <cstdlib>
 #include <utility>
 
 namespace LinuxPlatform {
 namespace {
 
-QtPlatform::WindowManagerLink linkTo(X11WindowManager* windowManager) {
+QtPlatform::WindowManagerLink linkTo(X11WindowManager* windowManager, const SessionEnvironment& environment) {
     if (windowManager == nullptr) {
         return {};
     }
-    return {
+    QtPlatform::WindowManagerLink link{
         .isComposited = [=] { return windowManager->isComposited(); },
         .markAsPopover = [=](WId window) { windowManager->markAsPopover(static_cast<xcb_window_t>(window)); },
         .setInputRegion =
@@ -86,20 +89,35 @@ QtPlatform::WindowManagerLink linkTo(X11WindowManager* windowManager) {
             },
         .activate = [=](WId window) { windowManager->activate(static_cast<xcb_window_t>(window)); },
         .panels = [=] { return windowManager->panels(); },
+        .isPointerKnown = true,
     };
+    if (environment.kind != SessionKind::x11) {
+        // The panels are windows of Wayland's, and the pointer is known only over windows of X11.
+        link.panels = nullptr;
+        link.isPointerKnown = false;
+    }
+    return link;
+}
+
+/// None where there is no server, or where its answer got lost since the session was asked for.
+std::unique_ptr<X11Connection> connectionTo(const SessionEnvironment& environment) {
+    return environment.hasXServer() ? X11Connection::open() : nullptr;
 }
 
 /// What several ports stand on. Later members use earlier ones.
 struct Session {
+    explicit Session(SessionEnvironment session) : environment(std::move(session)) {}
+
+    SessionEnvironment environment;
     DesktopEntries entries{DesktopEntries::standardFolders()};
     AppIdentity identity{entries, ProcessTable()};
-    std::unique_ptr<X11Connection> x11 = X11Connection::open();
+    std::unique_ptr<X11Connection> x11 = connectionTo(environment);
     std::unique_ptr<WindowSystem> windowSystem;
     /// A connection of its own: others select the events of the root window on theirs.
-    std::unique_ptr<X11Connection> shellConnection = X11Connection::open();
+    std::unique_ptr<X11Connection> shellConnection = connectionTo(environment);
     std::unique_ptr<X11WindowManager> windowManager =
         shellConnection ? std::make_unique<X11WindowManager>(*shellConnection) : nullptr;
-    QtPlatform::QtScreens screens{linkTo(windowManager.get())};
+    QtPlatform::QtScreens screens{linkTo(windowManager.get(), environment)};
     QtPlatform::ViewEngine views;
     std::unique_ptr<ScopedApps> scopedApps;
     ReducedMotion motion{QDBusConnection::sessionBus(),
@@ -149,12 +167,30 @@ Platform::ApplicationFolders applicationFolders() {
     return folders;
 }
 
-TrayToolkit trayToolkit() {
+/// Panels are no higher; the distance is that of two corners of an icon at most.
+constexpr int farthestFromPointer = 128;
+
+/// On X11 an icon that was clicked is at the pointer. Elsewhere it is at least in a panel, as far as panels
+/// are known.
+bool isPlausiblePlace(const QPoint& pixel, const SessionEnvironment& environment) {
+    if (environment.kind == SessionKind::x11) {
+        const auto pointer = QtPlatform::ScreenGeometry::pointer();
+        return !pointer || (std::abs(pixel.x() - pointer->x()) <= farthestFromPointer &&
+                            std::abs(pixel.y() - pointer->y()) <= farthestFromPointer);
+    }
+    const auto* const screen = QtPlatform::ScreenGeometry::screenAt(pixel);
+    return screen != nullptr && !screen->availableGeometry().toRectF().contains(
+                                    QtPlatform::ScreenGeometry::inPoints({pixel, QSize(1, 1)}, *screen));
+}
+
+TrayToolkit trayToolkit(const SessionEnvironment& environment) {
+    const bool isPointerKnown = environment.kind == SessionKind::x11;
     return {
         .render = QtPlatform::renderImage,
         .popUpMenu = [menu = std::make_shared<QtPlatform::PopUpMenu>()](
                          const auto& content, const auto& place) { menu->show(content, place); },
-        .pointer = QtPlatform::ScreenGeometry::pointer,
+        .pointer = [=] { return isPointerKnown ? QtPlatform::ScreenGeometry::pointer() : std::nullopt; },
+        .isPlausible = [=](const QPoint& pixel) { return isPlausiblePlace(pixel, environment); },
         .textColor = QGuiApplication::palette().color(QPalette::WindowText),
         .pixelsPerPoint = qGuiApp->devicePixelRatio(),
     };
@@ -170,11 +206,12 @@ std::string desktopNames(const SessionEnvironment& environment) {
 }
 
 /// The popover, the windows and what surrounds them.
-void addShell(Platform::Platform& platform, Session& session, const SessionEnvironment& environment) {
-    const auto windowManager = linkTo(session.windowManager.get());
+void addShell(Platform::Platform& platform, Session& session) {
+    const auto& environment = session.environment;
+    const auto windowManager = linkTo(session.windowManager.get(), environment);
     auto toolkitMonitors = std::make_unique<QtPlatform::QtEventMonitors>();
     platform.screens = std::make_unique<QtPlatform::QtScreens>(windowManager);
-    if (session.shellConnection) {
+    if (session.shellConnection && environment.kind == SessionKind::x11) {
         platform.eventMonitors =
             std::make_unique<X11EventMonitors>(*session.shellConnection, std::move(toolkitMonitors));
         platform.menuBar = std::make_unique<X11MenuBar>(*session.shellConnection);
@@ -238,7 +275,50 @@ LinuxCaptureServices& addCamera(Platform::Platform& platform) {
     return added;
 }
 
+std::unique_ptr<WindowSystem> windowSystemOf(Session& session, Platform::MainQueue& queue) {
+    using Platform::HidingObstacle;
+    const auto& environment = session.environment;
+    if (!session.x11) {
+        return std::make_unique<NoWindowSystem>(environment.isWayland() ? HidingObstacle::waylandSession
+                                                                        : HidingObstacle::noWindowManager);
+    }
+    auto windows = std::make_unique<X11WindowSystem>(*session.x11, queue);
+    if (environment.isWayland()) {
+        return std::make_unique<ListedWindowSystem>(std::move(windows), HidingObstacle::waylandSession,
+                                                    false);
+    }
+    // It has no state in which a window is put away.
+    if (environment.windowManager == "i3") {
+        return std::make_unique<ListedWindowSystem>(std::move(windows),
+                                                    HidingObstacle::windowManagerIgnoresHiding, true);
+    }
+    return windows;
+}
+
+std::unique_ptr<Platform::HotKeyService> hotKeyServiceOf(Session& session,
+                                                         const Platform::Platform& platform) {
+    if (!session.x11) {
+        return std::make_unique<NoHotKeyService>();
+    }
+    // The server grants every combination, but hears of keys only what its compositor hands on.
+    const auto reach = session.environment.isWayland() ? Platform::HotKeyReach::inX11WindowsOnly
+                                                       : Platform::HotKeyReach::everywhere;
+    return std::make_unique<X11HotKeyService>(*session.x11, *platform.mainQueue, *platform.log, reach);
+}
+
 } // namespace
+
+std::optional<std::string> missingXServer(const SessionEnvironment& environment) {
+    if (environment.hasXServer()) {
+        return std::nullopt;
+    }
+    if (environment.silentDisplay.empty()) {
+        return "Curtain: there is no X display to show itself on (DISPLAY is not set); start it from within "
+               "a desktop session";
+    }
+    return "Curtain: the X display " + environment.silentDisplay +
+           " does not answer; start Curtain from within a desktop session";
+}
 
 Platform::Platform makeLinuxPlatform(const SessionEnvironment& environment) {
     QtPlatform::registerItems();
@@ -248,16 +328,9 @@ Platform::Platform makeLinuxPlatform(const SessionEnvironment& environment) {
     platform.workQueues = std::make_unique<ThreadWorkQueues>();
     platform.wallClock = std::make_unique<QtPlatform::QtWallClock>();
     platform.uuids = std::make_unique<QtPlatform::QtUuidSource>();
-    auto session = std::make_shared<Session>();
-    if (session->x11) {
-        session->windowSystem = std::make_unique<X11WindowSystem>(*session->x11, *platform.mainQueue);
-        platform.hotKeyService =
-            std::make_unique<X11HotKeyService>(*session->x11, *platform.mainQueue, *platform.log);
-    } else {
-        platform.log->writeLine("Curtain: this session has no X server, so apps cannot be hidden in it yet");
-        session->windowSystem = std::make_unique<NoWindowSystem>();
-        platform.hotKeyService = std::make_unique<NoHotKeyService>();
-    }
+    auto session = std::make_shared<Session>(environment);
+    session->windowSystem = windowSystemOf(*session, *platform.mainQueue);
+    platform.hotKeyService = hotKeyServiceOf(*session, platform);
     auto keyboard = std::make_unique<XkbKeyboard>(session->x11.get(), desktopNames(environment));
     platform.systemShortcuts = std::make_unique<DesktopShortcuts>(
         *platform.hotKeyService, *platform.mainQueue,
@@ -283,12 +356,13 @@ Platform::Platform makeLinuxPlatform(const SessionEnvironment& environment) {
         std::make_unique<LinuxWorkspace>(*session->windowSystem, session->identity, session->entries,
                                          *session->scopedApps, *platform.mainQueue);
     platform.systemVersion = std::make_unique<InterfaceLevel>(*session->windowSystem);
-    platform.statusBar = std::make_unique<TrayStatusBar>(*platform.mainQueue, *platform.log, trayToolkit());
+    platform.statusBar =
+        std::make_unique<TrayStatusBar>(*platform.mainQueue, *platform.log, trayToolkit(environment));
     platform.screenWatcherProbe = std::make_unique<ScreenWatch>(captureRoads(environment, *platform.log));
     platform.userNotificationCenter =
         std::make_unique<DBusNotificationCenter>(QDBusConnection::sessionBus(), *platform.mainQueue,
                                                  "Curtain", QGuiApplication::desktopFileName().toStdString());
-    addShell(platform, *session, environment);
+    addShell(platform, *session);
     auto sound = std::make_unique<PulseAudioServices>(*platform.mainQueue);
     if (!QDBusConnection::sessionBus().isConnected()) {
         platform.log->writeLine(

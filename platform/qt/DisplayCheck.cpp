@@ -1,12 +1,7 @@
 #include "platform/qt/DisplayCheck.h"
 
-#include <QByteArray>
-#include <QString>
+#include <QList>
 #include <QtGlobal>
-
-#include <memory>
-
-#include <xcb/xcb.h>
 
 namespace QtPlatform {
 namespace {
@@ -17,25 +12,13 @@ constexpr auto x11Platform = "xcb";
 
 } // namespace
 
-std::optional<std::string> missingDisplay() {
-    // Whoever chooses the toolkit's platform by hand knows where it shows.
-    if (const auto chosen = qgetenv(platformVariable); !chosen.isEmpty() && chosen != x11Platform) {
-        return std::nullopt;
-    }
-    if (qEnvironmentVariableIsEmpty("DISPLAY")) {
-        return "Curtain: there is no X display to show itself on (DISPLAY is not set); start it from within "
-               "a desktop session";
-    }
-    const std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> connection(
-        xcb_connect(nullptr, nullptr), &xcb_disconnect);
-    if (xcb_connection_has_error(connection.get()) != 0) {
-        return "Curtain: the X display " + qEnvironmentVariable("DISPLAY").toStdString() +
-               " does not answer; start Curtain from within a desktop session";
-    }
-    return std::nullopt;
+bool showsItselfThroughX() {
+    // A list begins with what is preferred, which may have options behind a colon.
+    const auto chosen = qgetenv(platformVariable).split(';').value(0).split(':').value(0);
+    return chosen.isEmpty() || chosen == x11Platform || chosen.startsWith("wayland");
 }
 
-PreferredDisplay::PreferredDisplay() : isOurs_(qEnvironmentVariableIsEmpty(platformVariable)) {
+PreferredDisplay::PreferredDisplay() : isOurs_(showsItselfThroughX()), before_(qgetenv(platformVariable)) {
     if (isOurs_) {
         qputenv(platformVariable, x11Platform);
     }
@@ -43,8 +26,10 @@ PreferredDisplay::PreferredDisplay() : isOurs_(qEnvironmentVariableIsEmpty(platf
 
 PreferredDisplay::~PreferredDisplay() {
     // Programs that Curtain starts choose for themselves.
-    if (isOurs_) {
+    if (isOurs_ && before_.isEmpty()) {
         qunsetenv(platformVariable);
+    } else if (isOurs_) {
+        qputenv(platformVariable, before_);
     }
 }
 

@@ -1,16 +1,14 @@
 #pragma once
 
-#include <optional>
-#include <string>
+#include <QByteArray>
 
 namespace QtPlatform {
 
-/// One sentence for the user when there is no display that a QApplication could open; it would abort. To be
-/// asked before one is made.
-std::optional<std::string> missingDisplay();
+/// Whether a QApplication that is made shows itself through X. It does, also where the user prefers Wayland
+/// for other programs, unless another platform than these two was chosen by hand.
+bool showsItselfThroughX();
 
-/// While it lives, a QApplication that is made shows itself through X, also where there is a Wayland
-/// compositor beside it. The user's own choice of a platform wins.
+/// While it lives, a QApplication that is made shows itself as `showsItselfThroughX` says.
 class PreferredDisplay {
 public:
     PreferredDisplay();
@@ -20,6 +18,7 @@ public:
 
 private:
     bool isOurs_;
+    QByteArray before_;
 };
 
 } // namespace QtPlatform

@@ -3,7 +3,6 @@
 #include "platform/qt/PopoverPlacement.h"
 #include "platform/qt/ScreenGeometry.h"
 
-#include <QCursor>
 #include <QGuiApplication>
 #include <QQuickItem>
 #include <QQuickWindow>
@@ -152,7 +151,7 @@ void QtPopover::makeWindow() {
 
 QPoint QtPopover::position(const Platform::StatusItem& item) const {
     const auto frame = item.frame();
-    auto* screen = QGuiApplication::screenAt(QCursor::pos());
+    auto* screen = ScreenGeometry::userScreen(windowManager_.isPointerKnown);
     std::optional<QRectF> place;
     if (frame) {
         const QRect pixels(static_cast<int>(frame->x), static_cast<int>(frame->y),
@@ -161,9 +160,6 @@ QPoint QtPopover::position(const Platform::StatusItem& item) const {
             screen = itemsScreen;
             place = ScreenGeometry::inPoints(pixels, *screen);
         }
-    }
-    if (screen == nullptr) {
-        screen = QGuiApplication::primaryScreen();
     }
     return PopoverPlacement::topLeft(place, {contentSize_.width, contentSize_.height}, screen->geometry(),
                                      screens_.visibleFrame(*screen), QGuiApplication::isRightToLeft())

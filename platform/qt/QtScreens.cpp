@@ -49,8 +49,7 @@ std::vector<Platform::Screen> QtScreens::screens() {
 }
 
 std::optional<Platform::Screen> QtScreens::main() {
-    const auto* const atPointer = QGuiApplication::screenAt(QCursor::pos());
-    const auto* const screen = atPointer != nullptr ? atPointer : QGuiApplication::primaryScreen();
+    const auto* const screen = ScreenGeometry::userScreen(windowManager_.isPointerKnown);
     return screen != nullptr ? std::optional(describe(*screen)) : std::nullopt;
 }
 
@@ -60,9 +59,12 @@ std::optional<Platform::Screen> QtScreens::at(const Platform::Point& pixel) {
     return screen != nullptr ? std::optional(describe(*screen)) : std::nullopt;
 }
 
-Platform::Point QtScreens::mouseLocation() {
+std::optional<Platform::Point> QtScreens::mouseLocation() {
+    if (!windowManager_.isPointerKnown) {
+        return std::nullopt;
+    }
     const auto position = QCursor::pos();
-    return {static_cast<double>(position.x()), static_cast<double>(position.y())};
+    return Platform::Point{static_cast<double>(position.x()), static_cast<double>(position.y())};
 }
 
 QRectF QtScreens::visibleFrame(const QScreen& screen) const {

@@ -15,7 +15,7 @@ public:
     std::vector<Platform::Screen> screens() override;
     std::optional<Platform::Screen> main() override;
     std::optional<Platform::Screen> at(const Platform::Point& pixel) override;
-    Platform::Point mouseLocation() override;
+    std::optional<Platform::Point> mouseLocation() override;
 
     /// The part of the screen that no panel keeps for itself, in points.
     QRectF visibleFrame(const QScreen& screen) const;

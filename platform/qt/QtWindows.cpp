@@ -1,8 +1,8 @@
 #include "platform/qt/QtWindows.h"
 
 #include "platform/qt/HostedView.h"
+#include "platform/qt/ScreenGeometry.h"
 
-#include <QCursor>
 #include <QGuiApplication>
 #include <QIcon>
 #include <QMouseEvent>
@@ -77,8 +77,7 @@ public:
     void setTitle(const std::string& title) override { window_.setTitle(QString::fromStdString(title)); }
 
     void center() override {
-        const auto* const atPointer = QGuiApplication::screenAt(QCursor::pos());
-        const auto* const screen = atPointer != nullptr ? atPointer : QGuiApplication::primaryScreen();
+        const auto* const screen = ScreenGeometry::userScreen(windowManager_.isPointerKnown);
         if (screen == nullptr) {
             return;
         }

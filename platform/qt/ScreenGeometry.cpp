@@ -25,15 +25,18 @@ QRectF inPoints(const QRect& pixels, const QScreen& screen) {
 }
 
 std::optional<QPoint> pointer() {
-    const bool isEveryWindowOfX11 = QGuiApplication::platformName() == QLatin1String("xcb") &&
-                                    qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
     const auto position = QCursor::pos();
-    const auto* const screen = isEveryWindowOfX11 ? QGuiApplication::screenAt(position) : nullptr;
+    const auto* const screen = QGuiApplication::screenAt(position);
     if (screen == nullptr) {
         return std::nullopt;
     }
     const auto corner = screen->geometry().topLeft();
     return corner + (position - corner) * screen->devicePixelRatio();
+}
+
+QScreen* userScreen(bool isPointerKnown) {
+    auto* const atPointer = isPointerKnown ? QGuiApplication::screenAt(QCursor::pos()) : nullptr;
+    return atPointer != nullptr ? atPointer : QGuiApplication::primaryScreen();
 }
 
 } // namespace QtPlatform::ScreenGeometry

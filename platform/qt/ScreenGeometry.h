@@ -15,8 +15,11 @@ namespace QtPlatform::ScreenGeometry {
 /// Null when no screen shows that pixel.
 QScreen* screenAt(const QPoint& pixel);
 QRectF inPoints(const QRect& pixels, const QScreen& screen);
-/// The pixel under the pointer; absent where a program does not learn where the pointer is outside its
-/// windows.
+/// The pixel under the pointer; absent when no screen shows it. To be asked only where a program learns where
+/// the pointer is also outside its windows.
 std::optional<QPoint> pointer();
+/// The screen that the user works on: the one with the pointer where that is known, or else the first. Null
+/// without any.
+QScreen* userScreen(bool isPointerKnown);
 
 } // namespace QtPlatform::ScreenGeometry

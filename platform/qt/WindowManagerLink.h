@@ -21,6 +21,8 @@ struct WindowManagerLink {
     std::function<void(WId window)> activate;
     /// The edges that panels keep for themselves, in pixels; empty where Qt knows the free part of a screen.
     std::function<std::vector<QRect>()> panels;
+    /// Whether Qt learns where the pointer is also while it is over windows of others.
+    bool isPointerKnown = false;
 };
 
 } // namespace QtPlatform

@@ -269,6 +269,14 @@ TEST_F(PopoverTest, AClickIntoTheMenuBarDoesNotCloseIt) {
     EXPECT_TRUE(fakes.popover.isShown());
 }
 
+TEST_F(PopoverTest, AClickClosesItWhereThePointerIsNotKnown) {
+    open();
+    fakes.screens.pointer.reset();
+    fakes.eventMonitors.clickElsewhere(EventType::leftMouseDown);
+    fakes.mainQueue.advance(1.0);
+    EXPECT_FALSE(fakes.popover.isShown());
+}
+
 TEST_F(PopoverTest, EachScreenHasItsOwnMenuBar) {
     fakes.screens.all.push_back({{1440, 0, 1024, 768}, {1440, 0, 1024, 740}});
     open();

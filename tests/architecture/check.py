@@ -67,6 +67,9 @@ LITERAL_COLOUR = re.compile(
     | \b\w*[cC]olor\s*:\s*"(?!transparent")\w+" """,
     re.VERBOSE)
 
+# An adapter that forgets to answer must not seem to be able to do something.
+ANSWER_WITH_DEFAULT = re.compile(r"\bvirtual\s+(?!~|void\b)(?:[^;{=]|=(?!\s*0\s*;))*?(?:;|\{)")
+
 SCRIPTS = ("scripts/*", "tests/*.py", "tests/*.sh")
 ENDING_BY_NAME = re.compile(r"\b(?:p[k]ill|kill[a]ll)\b")
 
@@ -124,6 +127,9 @@ def code_offences(box, path, code, paths):
                 yield line, f"{box.name} must not include {inside}"
         elif not STANDARD_HEADER.fullmatch(match[1]) and not re.match(box.foreign_headers, match[1]):
             yield line, f"{box.name} must not include <{match[1]}>"
+    if path.endswith(".h") and (box.name == "ports" or path.endswith("/WindowSystem.h")):
+        for line, _ in matches(ANSWER_WITH_DEFAULT, code):
+            yield line, "an interface answers nothing by itself; end the method with = 0"
     if not box.may_wait:
         for line, match in matches(CLOCK_SLEEP_OR_THREAD, code):
             yield line, f'"{match[0]}": time and threads come from the queues in platform/'

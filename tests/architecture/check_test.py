@@ -52,6 +52,15 @@ class CheckTest(unittest.TestCase):
             "tests/core/ATest.cpp": '#include "core/A.h"\n#include "platform/linux/apps/A.h"\n',
         })
 
+    def test_refuses_answers_of_interfaces_themselves(self):
+        head = "class A {\n    virtual ~A() = default;\n"
+        for answer in ("virtual bool canHide() { return true; }", "virtual bool canHide();",
+                       "virtual std::optional<int> why() const {\n        return {};\n    }"):
+            for path in ("platform/A.h", "platform/linux/windows/WindowSystem.h"):
+                self.assert_refused(f"{path}:3", f"{head}    {answer}\n}};\n")
+        self.assert_passes({"platform/A.h": f"{head}    virtual bool canHide(int most = 1) const = 0;\n"
+                                            "    virtual void prepare() {}\n    // virtual bool x() {\n};\n"})
+
     def test_refuses_colours_outside_the_theme(self):
         self.assert_refused("Curtain/A.qml:2", 'Rectangle {\ncolor: "black"\n}\n')
         self.assert_refused("Curtain/A.qml:1", 'property color line: "#D3D7DF"\n')

@@ -35,7 +35,8 @@ class StartTest(DesktopCase):
                     "start it from within a desktop session")
         self.assert_refuses(sentence, DISPLAY=None)
         self.assert_refuses(sentence, DISPLAY="")
-        self.assert_refuses(sentence, DISPLAY=None, QT_QPA_PLATFORM="xcb")
+        for platform in ("xcb", "wayland", "wayland;xcb"):
+            self.assert_refuses(sentence, DISPLAY=None, QT_QPA_PLATFORM=platform)
 
     def test_says_that_the_display_does_not_answer(self):
         for name in (":4711", "nonsense"):
@@ -44,6 +45,13 @@ class StartTest(DesktopCase):
 
     def test_works_on_x_beside_wayland(self):
         self.assert_works(XTERM, WAYLAND_DISPLAY="wayland-0", XDG_SESSION_TYPE="wayland")
+
+    def test_stays_on_x_where_other_programs_are_to_prefer_wayland(self):
+        for platform in ("wayland", "wayland;xcb"):
+            with self.subTest(platform):
+                self.assert_works(XTERM, QT_QPA_PLATFORM=platform)
+                self.end_curtain()
+                self.desktop.end_programs()
 
     def test_works_without_a_session_bus(self):
         empty = self.scratch / "run"

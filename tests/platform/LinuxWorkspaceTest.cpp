@@ -1,6 +1,7 @@
 #include "platform/linux/windows/LinuxWorkspace.h"
 
 #include "platform/linux/windows/InterfaceLevel.h"
+#include "platform/linux/windows/ListedWindowSystem.h"
 #include "platform/linux/windows/NoWindowSystem.h"
 #include "tests/support/FakeWindowSystem.h"
 #include "tests/support/HandDrivenQueue.h"
@@ -8,7 +9,9 @@
 
 #include <gmock/gmock.h>
 
+#include <array>
 #include <memory>
+#include <utility>
 
 #include <unistd.h>
 
@@ -102,10 +105,39 @@ TEST_F(LinuxWorkspaceTest, InterfaceLevelSaysWhetherWindowsCanBeHiddenNow) {
 }
 
 TEST_F(LinuxWorkspaceTest, WithoutAWindowSystemNothingCanBeHidden) {
-    LinuxPlatform::NoWindowSystem none;
+    LinuxPlatform::NoWindowSystem none(Platform::HidingObstacle::waylandSession);
     LinuxPlatform::InterfaceLevel level(none);
     EXPECT_EQ(level.majorVersion(), 0);
     EXPECT_EQ(level.hidingObstacle(), Platform::HidingObstacle::waylandSession);
+    EXPECT_EQ(LinuxPlatform::NoWindowSystem(Platform::HidingObstacle::noWindowManager).hidingObstacle(),
+              Platform::HidingObstacle::noWindowManager);
+    EXPECT_FALSE(none.knowsEveryWindow());
+}
+
+TEST(ListedWindowSystemTest, ListsWindowsAndLeavesThemAlone) {
+    for (const bool isWholeSession : {false, true}) {
+        auto fake = std::make_unique<TestSupport::FakeWindowSystem>();
+        auto& windows = *fake;
+        windows.open(1, "a", 10);
+        LinuxPlatform::ListedWindowSystem listed(
+            std::move(fake), Platform::HidingObstacle::windowManagerIgnoresHiding, isWholeSession);
+        EXPECT_EQ(listed.hidingObstacle(), Platform::HidingObstacle::windowManagerIgnoresHiding);
+        EXPECT_EQ(listed.knowsEveryWindow(), isWholeSession);
+        EXPECT_EQ(listed.windows().size(), 1U);
+        EXPECT_TRUE(listed.exists(1));
+        EXPECT_FALSE(listed.exists(2));
+        const auto before = listed.generation();
+        const std::array<LinuxPlatform::WindowId, 1> all{1};
+        listed.hide(all);
+        listed.show(all);
+        listed.activate(all);
+        EXPECT_EQ(listed.generation(), before);
+        EXPECT_FALSE(windows.at(1).isHidden);
+        EXPECT_TRUE(windows.hidden.empty() && windows.shown.empty() && windows.activated.empty());
+        windows.open(2, "b", 11);
+        EXPECT_NE(listed.generation(), before);
+        EXPECT_EQ(listed.windows().size(), 2U);
+    }
 }
 
 TEST_F(LinuxWorkspaceTest, InstancesWithAVisibleWindowComeFirst) {

@@ -219,7 +219,7 @@ TEST(DesktopShortcuts, FindsAGrabOfAnotherClientAndLeavesTheOwnAlone) {
     ASSERT_NE(connection, nullptr);
     QtPlatform::QtMainQueue queue;
     TestSupport::RecordingLog log;
-    X11HotKeyService service(*connection, queue, log);
+    X11HotKeyService service(*connection, queue, log, Platform::HotKeyReach::everywhere);
     XkbKeyboard keyboard(connection.get(), "");
     DesktopShortcuts shortcuts(service, queue, [&](std::int64_t key) { return keyboard.symbols(key); }, {});
     const auto isTaken = [&] {
@@ -231,7 +231,7 @@ TEST(DesktopShortcuts, FindsAGrabOfAnotherClientAndLeavesTheOwnAlone) {
     EXPECT_EQ(isTaken(), false);
     {
         const auto other = X11Connection::open();
-        X11HotKeyService holder(*other, queue, log);
+        X11HotKeyService holder(*other, queue, log, Platform::HotKeyReach::everywhere);
         ASSERT_EQ(holder.registerHotKey({4, control + option}, {1, 1}), 0);
         EXPECT_EQ(isTaken(), true);
     }

@@ -89,6 +89,7 @@ struct StatusNotifierItemTest : testing::Test {
     TestSupport::HandDrivenQueue queue;
     TestSupport::RecordingLog log;
     std::optional<QPoint> pointer;
+    QPoint implausible{8, 14};
     std::vector<Platform::Menu> opened;
     bool isRightToLeft = false;
     TrayStatusItem item{nullptr,
@@ -97,6 +98,7 @@ struct StatusNotifierItemTest : testing::Test {
                         {.render = [](const auto&, const QColor&, int) { return QImage(); },
                          .popUpMenu = [this](const auto& menu, const auto&) { opened.push_back(menu); },
                          .pointer = [this] { return pointer; },
+                         .isPlausible = [this](const QPoint& place) { return place != implausible; },
                          .textColor = Qt::blue}};
     std::vector<std::uint64_t> clicks;
 
@@ -200,6 +202,18 @@ TEST_F(StatusNotifierItemTest, IsWhereThePanelSaidLast) {
     click("Activate", 0, 5);
     EXPECT_EQ(item.frame(), (Rect{0, 5, 0, 0}));
     EXPECT_EQ(clicks.size(), 4U);
+}
+
+TEST_F(StatusNotifierItemTest, DoesNotBelieveAPlaceWhereItCannotBe) {
+    click("Activate", 300, 200);
+    pointer = QPoint(400, 300);
+    click("Activate", implausible.x(), implausible.y());
+    EXPECT_EQ(item.frame(), (Rect{400, 300, 0, 0}));
+    click("Activate", 390, 310);
+    EXPECT_EQ(item.frame(), (Rect{390, 310, 0, 0}));
+    pointer.reset();
+    click("Activate", implausible.x(), implausible.y());
+    EXPECT_EQ(item.frame(), std::nullopt);
 }
 
 TEST_F(StatusNotifierItemTest, IsAtThePointerOfTheClickWhenThePanelSaysNoPlace) {

@@ -189,6 +189,7 @@ protected:
                               },
                           .popUpMenu = [](const auto&, const auto&) {},
                           .pointer = [] { return std::nullopt; },
+                          .isPlausible = [](const QPoint&) { return true; },
                           .textColor = Qt::blue}};
 
     static bool isRequested(FakeTray& tray) {

@@ -79,7 +79,8 @@ struct X11HotKeyServiceTest : testing::Test {
     QtPlatform::QtMainQueue mainQueue;
     TestSupport::RecordingLog log;
     std::unique_ptr<X11Connection> connection = X11Connection::open();
-    std::optional<X11HotKeyService> service{std::in_place, *connection, mainQueue, log};
+    std::optional<X11HotKeyService> service{std::in_place, *connection, mainQueue, log,
+                                            Platform::HotKeyReach::everywhere};
     std::vector<std::pair<HotKeyEvent, std::uint32_t>> events;
     Platform::Subscription subscription = service->installEventHandler(
         [this](HotKeyEvent event, HotKeyID id) { events.emplace_back(event, id.id); });
@@ -174,7 +175,7 @@ TEST_F(X11HotKeyServiceTest, HeldKeyIsOnePressAndOneRelease) {
 TEST_F(X11HotKeyServiceTest, CombinationThatAnotherClientHoldsIsRefusedWhole) {
     const auto other = X11Connection::open();
     {
-        X11HotKeyService holder(*other, mainQueue, log);
+        X11HotKeyService holder(*other, mainQueue, log, Platform::HotKeyReach::everywhere);
         ASSERT_EQ(holder.registerHotKey(toggle, {1, 1}), 0);
         EXPECT_EQ(service->registerHotKey(toggle, toggleID), Platform::hotKeyExists);
     }
@@ -226,7 +227,7 @@ TEST_F(X11HotKeyServiceTest, UnregisteredCombinationGoesBackToTheOthers) {
     settle();
     EXPECT_THAT(events, IsEmpty());
     const auto other = X11Connection::open();
-    X11HotKeyService next(*other, mainQueue, log);
+    X11HotKeyService next(*other, mainQueue, log, Platform::HotKeyReach::everywhere);
     EXPECT_EQ(next.registerHotKey(toggle, toggleID), 0);
 }
 
@@ -261,7 +262,8 @@ TEST_F(X11HotKeyServiceTest, KeyThatIsHeldWhileItsCombinationIsUnregisteredSaysN
 
 TEST_F(X11HotKeyServiceTest, RefusedCombinationStaysRefused) {
     const auto other = X11Connection::open();
-    std::optional<X11HotKeyService> holder(std::in_place, *other, mainQueue, log);
+    std::optional<X11HotKeyService> holder(std::in_place, *other, mainQueue, log,
+                                           Platform::HotKeyReach::everywhere);
     ASSERT_EQ(holder->registerHotKey(toggle, {1, 1}), 0);
     ASSERT_EQ(service->registerHotKey(toggle, toggleID), Platform::hotKeyExists);
     holder.reset();
@@ -388,7 +390,7 @@ TEST_F(X11KeyboardChangeTest, CombinationThatAnotherProgramHasGetsAnotherTryWhen
 TEST_F(X11HotKeyServiceTest, KeyboardOfWhichTheServerTellsNothingHasNoCombinations) {
     const auto other = X11Connection::open();
     ASSERT_EQ(shutdown(xcb_get_file_descriptor(other->get()), SHUT_RDWR), 0);
-    X11HotKeyService deaf(*other, mainQueue, log);
+    X11HotKeyService deaf(*other, mainQueue, log, Platform::HotKeyReach::everywhere);
     constexpr Platform::HotKeyCombination functionKey{96, 0};
     EXPECT_EQ(deaf.registerHotKey(functionKey, toggleID), Platform::hotKeyInvalid);
 }
@@ -408,7 +410,7 @@ struct X11KeysWorld {
     QtPlatform::QtMainQueue mainQueue;
     TestSupport::RecordingLog log;
     std::unique_ptr<X11Connection> connection = X11Connection::open();
-    X11HotKeyService service_{*connection, mainQueue, log};
+    X11HotKeyService service_{*connection, mainQueue, log, Platform::HotKeyReach::everywhere};
     Typist typist;
 
     Platform::HotKeyService& service() { return service_; }

@@ -70,6 +70,7 @@ struct X11ShellTest : testing::Test {
             },
         .activate = [this](WId window) { windowManager.activate(static_cast<xcb_window_t>(window)); },
         .panels = [this] { return windowManager.panels(); },
+        .isPointerKnown = true,
     };
     QtPlatform::QtScreens screens{link};
     QtPlatform::ViewEngine engine;

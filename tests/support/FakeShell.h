@@ -57,7 +57,7 @@ private:
 class FakeScreens : public Platform::Screens {
 public:
     std::vector<Platform::Screen> all{{{0, 0, 1440, 900}, {0, 28, 1440, 872}}};
-    Platform::Point pointer{700, 400};
+    std::optional<Platform::Point> pointer = Platform::Point{700, 400};
 
     std::vector<Platform::Screen> screens() override { return all; }
     std::optional<Platform::Screen> main() override {
@@ -71,7 +71,7 @@ public:
         }
         return std::nullopt;
     }
-    Platform::Point mouseLocation() override { return pointer; }
+    std::optional<Platform::Point> mouseLocation() override { return pointer; }
 };
 
 class FakeEventMonitors : public Platform::EventMonitors {

@@ -13,10 +13,11 @@
 namespace LinuxPlatform {
 
 X11HotKeyService::X11HotKeyService(X11Connection& connection, Platform::MainQueue& mainQueue,
-                                   Platform::Log& log)
+                                   Platform::Log& log, Platform::HotKeyReach reach)
     : connection_(connection),
       mainQueue_(mainQueue),
       log_(log),
+      reach_(reach),
       keyboard_(connection) {
     detectAutoRepeat();
     watchActiveWindow();

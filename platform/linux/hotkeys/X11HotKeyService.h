@@ -18,11 +18,12 @@ namespace LinuxPlatform {
 class X11HotKeyService : public Platform::HotKeyService {
 public:
     /// All outlive this object. `log` is told when a change of the keyboard costs a hot key, and when it is
-    /// back.
-    X11HotKeyService(X11Connection& connection, Platform::MainQueue& mainQueue, Platform::Log& log);
+    /// back. `reach` is how far the server hears the keyboard.
+    X11HotKeyService(X11Connection& connection, Platform::MainQueue& mainQueue, Platform::Log& log,
+                     Platform::HotKeyReach reach);
     ~X11HotKeyService() override;
 
-    Platform::HotKeyReach reach() const override { return Platform::HotKeyReach::everywhere; }
+    Platform::HotKeyReach reach() const override { return reach_; }
     bool canTakeKeyboard() const override { return reach() == Platform::HotKeyReach::everywhere; }
     Platform::HotKeyStatus registerHotKey(const Platform::HotKeyCombination& combination,
                                           Platform::HotKeyID id) override;
@@ -58,6 +59,7 @@ private:
     X11Connection& connection_;
     Platform::MainQueue& mainQueue_;
     Platform::Log& log_;
+    Platform::HotKeyReach reach_;
     X11Keyboard keyboard_;
     std::uint8_t keyboardEvent_ = 0;
     xcb_atom_t activeWindowProperty_ = XCB_ATOM_NONE;

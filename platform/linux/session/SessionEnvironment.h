@@ -29,6 +29,8 @@ struct SessionEnvironment {
     std::optional<std::string> windowManager;
     /// As in DISPLAY; empty without an X server.
     std::string display;
+    /// As in DISPLAY where no X server answers there; empty otherwise.
+    std::string silentDisplay;
     /// Empty without a Wayland compositor.
     std::filesystem::path waylandSocket;
     /// Where i3 or sway answers; empty without one.

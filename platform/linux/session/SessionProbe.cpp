@@ -63,7 +63,7 @@ private:
         const auto display = sources_.variable("DISPLAY");
         if (!display.empty()) {
             xServer_ = sources_.askXServer(display);
-            result_.display = xServer_ ? display : std::string();
+            (xServer_ ? result_.display : result_.silentDisplay) = display;
         }
     }
 

@@ -50,6 +50,9 @@ struct TrayToolkit {
     std::function<void(const Platform::Menu&, const QRect&)> popUpMenu;
     /// The pixel of the screen under the pointer; absent when it cannot be known.
     std::function<std::optional<QPoint>()> pointer;
+    /// Whether a pixel that a panel tells can be that of an icon which has been clicked. Some panels tell
+    /// places within themselves.
+    std::function<bool(const QPoint&)> isPlausible;
     /// The colour of text on the desktop's ordinary surfaces.
     QColor textColor;
     double pixelsPerPoint = 1;

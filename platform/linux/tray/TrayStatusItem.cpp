@@ -130,8 +130,9 @@ void TrayStatusItem::stand() {
 
 void TrayStatusItem::clicked(const Platform::Event& event, const QRect& place) {
     if (!place.isNull()) {
-        lastClick_ = place;
-    } else {
+        lastClick_ = toolkit_.isPlausible(place.topLeft()) ? place : QRect();
+    }
+    if (place.isNull() || lastClick_.isNull()) {
         lastPointer_ = toolkit_.pointer();
     }
     if ((eventMask_ >> event.type & 1U) != 0 && action_) {

@@ -4,12 +4,12 @@
 
 namespace LinuxPlatform {
 
-/// Stands in where the session lets nobody list or hide windows: there are none.
+/// Stands in where the session lets nobody list or hide windows: there are none, for the reason given.
 class NoWindowSystem : public WindowSystem {
 public:
-    std::optional<Platform::HidingObstacle> hidingObstacle() override {
-        return Platform::HidingObstacle::waylandSession;
-    }
+    explicit NoWindowSystem(Platform::HidingObstacle reason) : reason_(reason) {}
+
+    std::optional<Platform::HidingObstacle> hidingObstacle() override { return reason_; }
     bool knowsEveryWindow() override { return false; }
     std::uint64_t generation() override { return 0; }
     const std::vector<Window>& windows() override { return windows_; }
@@ -20,6 +20,7 @@ public:
     Platform::Subscription addEventHandler(EventHandler /*handler*/) override { return {}; }
 
 private:
+    Platform::HidingObstacle reason_;
     std::vector<Window> windows_;
 };
 
