@@ -1,4 +1,5 @@
 #include "Curtain/AppDelegate.h"
+#include "platform/linux/Diagnosis.h"
 #include "platform/linux/LinuxPlatform.h"
 #include "platform/linux/dbus/ApplicationBus.h"
 #include "platform/linux/dbus/SessionBusCheck.h"
@@ -15,9 +16,56 @@
 #include <cstdio>
 #include <cstdlib>
 #include <optional>
+#include <string>
+#include <string_view>
 #include <utility>
 
+namespace {
+
+void printLine(const std::string& line) {
+    std::printf("%s\n", line.c_str());
+    std::fflush(stdout);
+}
+
+/// What a command line other than the bare name asks for; the process's status.
+int answerOption(int argumentCount, char** arguments) {
+    const std::string_view option = arguments[1];
+    const bool isAlone = argumentCount == 2;
+    if (isAlone && option == "--version") {
+        printLine("curtain " CURTAIN_VERSION);
+        return EXIT_SUCCESS;
+    }
+    if (isAlone && option == "--help") {
+        printLine("usage: curtain [--diagnose | --help | --version]\n"
+                  "Gets you ready for a video call and keeps private things off a shared screen. Without an "
+                  "option it\n"
+                  "puts an icon into the tray; a second start opens its window.\n"
+                  "  --diagnose  print what a report about a fault needs to say of this session\n"
+                  "  --help      print this\n"
+                  "  --version   print the version");
+        return EXIT_SUCCESS;
+    }
+    if (isAlone && option == "--diagnose") {
+        LinuxPlatform::leaveSilentSessionBus();
+        const auto session = LinuxPlatform::probeSession(LinuxPlatform::sourcesOfThisSession());
+        const QCoreApplication application(argumentCount, arguments);
+        printLine("Curtain: " CURTAIN_VERSION);
+        LinuxPlatform::diagnose(session, printLine);
+        return EXIT_SUCCESS;
+    }
+    const auto* const refused = isAlone ? arguments[1] : arguments[2];
+    std::fprintf(stderr, "curtain: there is no option %s here; curtain --help tells what there is\n",
+                 refused);
+    constexpr int wrongUse = 2;
+    return wrongUse;
+}
+
+} // namespace
+
 int main(int argumentCount, char** arguments) {
+    if (argumentCount > 1) {
+        return answerOption(argumentCount, arguments);
+    }
     LinuxPlatform::leaveSilentSessionBus();
     const auto session = LinuxPlatform::probeSession(LinuxPlatform::sourcesOfThisSession());
     if (const auto problem = LinuxPlatform::missingXServer(session);
