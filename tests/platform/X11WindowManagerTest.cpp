@@ -215,6 +215,28 @@ TEST_F(X11WindowManagerTest, WindowThatIsMappedLateIsNotBackAgain) {
     EXPECT_THAT(events, IsEmpty());
 }
 
+TEST_F(X11WindowManagerTest, MarkThatIsTakenOffLateIsNoSecondReturn) {
+    ScriptedWindowManager manager;
+    const auto window = client.create("a", "A");
+    manager.setManagerState(window, ScriptedWindowManager::iconic);
+    manager.setStates(window, {hiddenState});
+    manager.list({window});
+    ASSERT_TRUE(spinUntil([&] { return isHidden(window); }));
+    client.map(window);
+    manager.setManagerState(window, ScriptedWindowManager::normal);
+    ASSERT_TRUE(waitForEvent(WindowEvent::activated, window));
+    events.clear();
+    system.hide(std::array{WindowId{window}});
+    manager.setStates(window, {});
+    EXPECT_FALSE(isHidden(window));
+    QCoreApplication::processEvents();
+    manager.unmap(window);
+    manager.setStates(window, {hiddenState});
+    EXPECT_TRUE(isHidden(window));
+    QCoreApplication::processEvents();
+    EXPECT_THAT(events, IsEmpty());
+}
+
 TEST_F(X11WindowManagerTest, StateOfAWindowThatTheManagerDoesNotHideMeansNoReturnLater) {
     ScriptedWindowManager manager;
     const auto window = openUnder(manager, ScriptedWindowManager::normal);

@@ -496,6 +496,8 @@ bool X11WindowModel::isBackUnseen(const Entry& entry, const X11Window& before) c
 bool X11WindowModel::isOnlyTheFocusDifferent(const X11Window& before, const X11Window& now) const {
     const auto withoutFocus = [this](std::vector<xcb_atom_t> state) {
         std::erase(state, atom(netWmStateFocused));
+        // Neither time it says so truly, or the window would be hidden.
+        std::erase(state, atom(netWmStateHidden));
         std::ranges::sort(state);
         return state;
     };
