@@ -68,8 +68,9 @@ Card {
             ListView {
                 id: list
 
+                // The last letters of the longest word may reach out of it.
                 readonly property real stateWidth: 14 + Math.ceil(Math.max(visibleWord.advanceWidth,
-                    hiddenWord.advanceWidth, notRunningWord.advanceWidth, cannotTellWord.advanceWidth))
+                    hiddenWord.advanceWidth, notRunningWord.advanceWidth, cannotTellWord.advanceWidth + 1))
                 readonly property bool canScroll: contentHeight > height
 
                 objectName: "privateAppsList"
