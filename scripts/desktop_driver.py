@@ -30,7 +30,7 @@ GRAB_ASYNC = 1
 REPLACE, PIXMAP, GC_FOREGROUND = 0, 20, 4
 VIEWABLE = 2
 ICONIC_STATE = 3
-REMOVE, ADD = 0, 1
+ADD = 1
 SOURCE_PAGER = 2
 
 SHIFT_MASK, LOCK_MASK, CONTROL_MASK, ALT_MASK, NUM_LOCK_MASK, SUPER_MASK = 1, 2, 4, 8, 16, 64
@@ -314,9 +314,11 @@ class Window:
     def has_state(self, name):
         return self.display.atom(f"_NET_WM_STATE_{name}") in (self.display.property(self.id, "_NET_WM_STATE") or ())
 
-    def ask_for_state(self, name, value=True):
-        self.display.send_to_window_manager(self.id, "_NET_WM_STATE", ADD if value else REMOVE,
-                                            self.display.atom(f"_NET_WM_STATE_{name}"), 0, SOURCE_PAGER)
+    def ask_for_state(self, name, second_name=None):
+        """One or two states in one request, as panels maximise windows."""
+        second = self.display.atom(f"_NET_WM_STATE_{second_name}") if second_name else 0
+        self.display.send_to_window_manager(self.id, "_NET_WM_STATE", ADD,
+                                            self.display.atom(f"_NET_WM_STATE_{name}"), second, SOURCE_PAGER)
 
     def raise_from_task_list(self):
         """What a click in the panel's list of windows does."""

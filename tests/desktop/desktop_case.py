@@ -118,11 +118,11 @@ class DesktopCase(unittest.TestCase):
 
     # Other people's programs
 
-    def pid_of_part(self, name):
-        """The process of a part of this virtual desktop, whose script is the parent of this process."""
+    def pid_of_part(self, *names):
+        """The process of a part with one of these names, of this virtual desktop, whose script is the parent of this process."""
         processes = subprocess.run(["ps", "-o", "pid=,comm=", "--ppid", str(os.getppid())], check=True, text=True,
                                    capture_output=True).stdout.splitlines()
-        return next(int(pid) for pid, program in map(str.split, processes) if program == name)
+        return next(int(pid) for pid, program in map(str.split, processes) if program in names)
 
     def start_xterm(self, x=60, y=80):
         return self.desktop.start("xterm", "-geometry", f"60x15+{x}+{y}", "-bg", XTERM_COLOUR, "-e", "cat")

@@ -64,7 +64,7 @@ class PrivacyModeTest(DesktopCase):
         self.start_curtain(XTERM)
         self.toggle()
         self.wait_hidden(xterm)
-        window_manager = self.pid_of_part("openbox")
+        window_manager = self.pid_of_part("openbox", "xfwm4")
         for process in (window_manager, self.curtain.pid):
             self.addCleanup(lambda pid=process: os.kill(pid, signal.SIGCONT) if Path(f"/proc/{pid}").exists() else None)
         self.display.watch_requests()
@@ -160,8 +160,7 @@ class PrivacyModeTest(DesktopCase):
             with self.subTest(states):
                 xterm = self.open_xterm()
                 small = xterm.geometry
-                for state in states:
-                    xterm.ask_for_state(state)
+                xterm.ask_for_state(*states)
                 # Window managers answer one state after the other.
                 wait_until(lambda: all(map(xterm.has_state, states)) and xterm.geometry.width > small.width
                            and xterm.geometry.height > small.height, "it is large", seen=lambda: xterm.geometry.width)
