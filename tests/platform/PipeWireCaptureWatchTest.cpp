@@ -73,6 +73,7 @@ protected:
     int receivers_ = 0;
 
     void SetUp() override { ASSERT_TRUE(watch_); }
+    void TearDown() override { EXPECT_THAT(watch_.lines(), IsEmpty()) << "nothing broke"; }
 
     static std::unique_ptr<ChildProcess> send(const std::string& name,
                                               const std::vector<std::string>& properties) {
@@ -175,6 +176,21 @@ TEST_F(PipeWireCaptureWatchTest, CamerasInUseDoNotCount) {
     EXPECT_TRUE(becomes(true)) << "they do not hide one that does";
 }
 
+TEST_F(PipeWireCaptureWatchTest, ProgramsThatAreGoneBeforeTheyAreLookedAtBreakNothing) {
+    ASSERT_TRUE(becomes(false));
+    for (int visit = 0; visit < 10; ++visit) {
+        // Nobody takes in meanwhile that the program comes and goes.
+        EXPECT_FALSE(has("xdg-desktop-portal-wlr"));
+        EXPECT_EQ(watch_->isScreenCaptured(), false);
+    }
+    const auto cast = send("xdg-desktop-portal-wlr", {});
+    const auto receiver = receive("xdg-desktop-portal-wlr");
+    while (watch_->isScreenCaptured() != true) {
+        ASSERT_EQ(watch_->isScreenCaptured(), false) << "the daemon says what it has to say of those before";
+        watch_.pass(100ms);
+    }
+}
+
 /// A daemon of the test's own, at a place where none is at first.
 class PipeWireDaemonTest : public testing::Test {
 protected:
@@ -220,12 +236,35 @@ TEST_F(PipeWireDaemonTest, OneThatBreaksOffLeavesNothingKnownUntilItIsBack) {
         EXPECT_TRUE(watch.becomes(unknown));
         EXPECT_FALSE(watch->isConnected());
         std::filesystem::remove(folder_.path() / "pipewire-0");
-        for (int question = 0; question < 100; ++question) {
-            watch.pass(1s);
+        for (auto time = 0s; time < LinuxPlatform::Reopening::longestPause - 1s; time += 1s) {
             EXPECT_EQ(watch->isScreenCaptured(), unknown);
+            watch.pass(1s);
         }
     }
     EXPECT_THAT(watch.lines(), SizeIs(3));
+}
+
+TEST_F(PipeWireDaemonTest, OneThatStaysAwayIsGone) {
+    HandDrivenWatch watch;
+    ASSERT_TRUE(watch);
+    for (int life = 0; life < 2; ++life) {
+        auto daemon = start();
+        ASSERT_TRUE(watch.becomes(false));
+        ASSERT_TRUE(watch->isConnected());
+        watch.pass(LinuxPlatform::Reopening::longestPause);
+        daemon->end(SIGKILL);
+        ASSERT_TRUE(watch.becomes(unknown));
+        watch.pass(LinuxPlatform::Reopening::longestPause);
+        // The socket of one that was killed stays, and refuses.
+        EXPECT_EQ(watch->isScreenCaptured(), unknown) << "it is missed for the first time";
+        watch.pass(LinuxPlatform::Reopening::longestPause - 1ms);
+        EXPECT_EQ(watch->isScreenCaptured(), unknown);
+        watch.pass(1ms);
+        EXPECT_EQ(watch->isScreenCaptured(), false);
+        std::filesystem::remove(folder_.path() / "pipewire-0");
+        EXPECT_EQ(watch->isScreenCaptured(), false);
+    }
+    EXPECT_THAT(watch.lines(), SizeIs(2)) << "of each that broke off";
 }
 
 TEST_F(PipeWireDaemonTest, FrozenOneHoldsNobodyUpAndLeavesNothingKnown) {

@@ -121,6 +121,7 @@ private:
             missed(errno);
             return;
         }
+        absentSince_.reset();
         if (hasBroken_) {
             reopening_.tried(now_());
         }
@@ -132,8 +133,9 @@ private:
                     static_cast<Registry*>(data)->answered(sequence);
                 }
             };
-            events.error = [](void* data, std::uint32_t id, int, int, const char*) {
-                if (id == PW_ID_CORE) {
+            events.error = [](void* data, std::uint32_t id, int, int result, const char*) {
+                // An object that went before we asked for it is missed once more when we drop it again.
+                if (id == PW_ID_CORE && result != -ENOENT) {
                     static_cast<Registry*>(data)->isLost_ = true;
                 }
             };
@@ -162,14 +164,19 @@ private:
         question_ = pw_core_sync(core_.get(), PW_ID_CORE, 0);
     }
 
-    /// No daemon, no casts; but one that was there may be about to come back. Any other reason says nothing.
+    /// No daemon, no casts; but one that was there may be about to come back, for a while. Any other reason
+    /// says nothing.
     void missed(int reason) {
         const bool isAbsent = reason == ENOENT || reason == ECONNREFUSED || reason == EHOSTDOWN;
-        isKnown_ = isAbsent && !hasBroken_;
-        if (!isAbsent) {
+        if (isAbsent) {
+            absentSince_ = absentSince_.value_or(now_());
+            hasBroken_ = hasBroken_ && now_() - *absentSince_ < Reopening::longestPause;
+        } else {
+            absentSince_.reset();
             say(reopening_.broke(now_()));
             reopening_.tried(now_());
         }
+        isKnown_ = isAbsent && !hasBroken_;
     }
 
     /// What is there already comes in two parts: first the objects, then what they say of themselves.
@@ -337,8 +344,9 @@ private:
     std::map<Id, std::unique_ptr<Bound>> bound_;
     ScreenCastGraph graph_;
     bool isLost_ = false;
-    /// Whether a daemon that was there broke off.
+    /// Whether a daemon that was there broke off and may come back.
     bool hasBroken_ = false;
+    std::optional<Reopening::Clock::time_point> absentSince_;
     /// The one of ours that the daemon has not come to yet.
     std::optional<int> question_;
     bool hasObjects_ = false;

@@ -11,9 +11,9 @@ namespace LinuxPlatform {
 
 /// Finds screen casts among the streams of PipeWire (version 0.3 of its protocol), whose registry it follows.
 /// A daemon that is not there casts nothing, and is looked for at each question. From the moment when one
-/// breaks off until there is one again, and while one does not answer, nothing is known. The first question
-/// waits for what the daemon says, but not for long. A cast that ends is remembered for a while, as it may
-/// pause.
+/// breaks off until there is one again or it has been missed for a minute, and while one does not answer,
+/// nothing is known. The first question waits for what the daemon says, but not for long. A cast that ends is
+/// remembered for a while, as it may pause.
 class PipeWireCaptureWatch : public CaptureWatch {
 public:
     /// Null when the library cannot be used at all.
