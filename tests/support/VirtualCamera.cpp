@@ -275,8 +275,9 @@ private:
     bool isBusy() const { return !options_.busyFile.empty() && std::filesystem::exists(options_.busyFile); }
 
     /// Memory that nobody takes fails the link, as a driver does that gives no buffers.
-    spa_data_type memoryType() const {
-        return isBusy() ? SPA_DATA_DmaBuf : isShrinking() ? SPA_DATA_MemFd : SPA_DATA_MemPtr;
+    int memoryTypes() const {
+        constexpr int ordinary = 1 << SPA_DATA_MemPtr | 1 << SPA_DATA_MemFd;
+        return isBusy() ? 1 << SPA_DATA_DmaBuf : isShrinking() ? 1 << SPA_DATA_MemFd : ordinary;
     }
 
     /// What was said of buffers stays said.
@@ -337,7 +338,7 @@ private:
             &builder, SPA_TYPE_OBJECT_ParamBuffers, SPA_PARAM_Buffers, SPA_PARAM_BUFFERS_buffers,
             SPA_POD_CHOICE_RANGE_Int(4, 2, 8), SPA_PARAM_BUFFERS_blocks, SPA_POD_Int(1),
             SPA_PARAM_BUFFERS_size, SPA_POD_Int(static_cast<int>(largest_)), SPA_PARAM_BUFFERS_stride,
-            SPA_POD_Int(stride_), SPA_PARAM_BUFFERS_dataType, SPA_POD_CHOICE_FLAGS_Int(1 << memoryType())));
+            SPA_POD_Int(stride_), SPA_PARAM_BUFFERS_dataType, SPA_POD_CHOICE_FLAGS_Int(memoryTypes())));
         const auto* transform = static_cast<const spa_pod*>(spa_pod_builder_add_object(
             &builder, SPA_TYPE_OBJECT_ParamMeta, SPA_PARAM_Meta, SPA_PARAM_META_type,
             SPA_POD_Id(SPA_META_VideoTransform), SPA_PARAM_META_size,
