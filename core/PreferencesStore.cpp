@@ -16,8 +16,13 @@ PreferencesStore::PreferencesStore(UserDefaults& defaults) : defaults_(defaults)
 Preferences PreferencesStore::load() const {
     const auto bytes = defaults_.data(key);
     auto preferences = bytes ? decodePreferences(*bytes) : std::nullopt;
-    if (!preferences && (bytes || defaults_.contains(key))) {
-        noteDamage(bytes);
+    if (bytes) {
+        unreadable_.reset();
+    }
+    if (!preferences && bytes) {
+        noteDamage(*bytes);
+    } else if (!preferences && defaults_.contains(key)) {
+        noteUnreadable();
     }
     return preferences ? std::move(*preferences) : Preferences{};
 }
@@ -29,17 +34,36 @@ void PreferencesStore::save(const Preferences& preferences) {
     }
     if (holdsUnreadableDocument()) {
         defaults_.keepCopy(key);
+        makeLossLast();
     }
     defaults_.setData(key, *document);
 }
 
-void PreferencesStore::noteDamage(const std::optional<std::string>& document) const {
-    const auto hash = document ? std::hash<std::string>()(*document) : 0;
-    if (damage_ && hash == damagedDocument_) {
+void PreferencesStore::noteDamage(const std::string& document) const {
+    const auto hash = std::hash<std::string>()(document);
+    if (hash == damagedDocument_) {
         return;
     }
     damagedDocument_ = hash;
-    damage_ = PreferencesDamage{document ? defaults_.copyNow(key) : std::nullopt};
+    damage_ = PreferencesDamage{defaults_.copyNow(key)};
+    tellDamage();
+}
+
+void PreferencesStore::noteUnreadable() const {
+    if (!unreadable_) {
+        unreadable_ = PreferencesDamage{};
+        tellDamage();
+    }
+}
+
+void PreferencesStore::makeLossLast() {
+    if (unreadable_) {
+        damage_ = std::exchange(unreadable_, std::nullopt);
+        damagedDocument_.reset();
+    }
+}
+
+void PreferencesStore::tellDamage() const {
     if (onDamage) {
         onDamage();
     }

@@ -28,8 +28,9 @@ public:
     /// The stored record; every field at its default when nothing, or nothing valid, is stored.
     Preferences load() const;
 
-    /// The last document found that could not be loaded, for as long as this object lives.
-    const std::optional<PreferencesDamage>& damage() const { return damage_; }
+    /// The last document found that could not be loaded, for as long as this object lives; one that could not
+    /// even be read only until it is read after all.
+    const std::optional<PreferencesDamage>& damage() const { return unreadable_ ? unreadable_ : damage_; }
     /// Called inside `load`, once for each such document.
     std::function<void()> onDamage;
 
@@ -38,13 +39,19 @@ public:
 
 private:
     bool holdsUnreadableDocument() const;
-    void noteDamage(const std::optional<std::string>& document) const;
+    void noteDamage(const std::string& document) const;
+    void noteUnreadable() const;
+    /// Nobody will read any more what is about to be replaced.
+    void makeLossLast();
+    void tellDamage() const;
 
     UserDefaults& defaults_;
     // Loading changes nothing but what is known of the damage.
     mutable std::optional<PreferencesDamage> damage_;
     /// Tells one damaged document from another.
-    mutable std::size_t damagedDocument_ = 0;
+    mutable std::optional<std::size_t> damagedDocument_;
+    /// There while the stored document cannot even be read.
+    mutable std::optional<PreferencesDamage> unreadable_;
 };
 
 } // namespace CurtainCore

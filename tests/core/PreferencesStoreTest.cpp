@@ -87,6 +87,30 @@ TEST_F(PreferencesStoreTest, ADocumentThatCannotBeReadIsToldWithoutACopyAndStays
     EXPECT_THAT(defaults.copies, IsEmpty());
 }
 
+TEST_F(PreferencesStoreTest, ADocumentThatIsReadAfterAllHasNoDamage) {
+    int told = 0;
+    store.onDamage = [&] { ++told; };
+    defaults.values[key] = R"({"hasOnboarded": true})";
+    defaults.unreadable.insert(key);
+    store.load();
+    defaults.unreadable.clear();
+    EXPECT_TRUE(store.load().hasOnboarded);
+    EXPECT_EQ(store.damage(), std::nullopt);
+    defaults.unreadable.insert(key);
+    store.load();
+    EXPECT_EQ(store.damage(), PreferencesDamage{});
+    EXPECT_EQ(told, 2) << "it went away in between";
+}
+
+TEST_F(PreferencesStoreTest, ASaveInPlaceOfAnUnreadableDocumentIsNoMendOfIt) {
+    defaults.values[key] = R"({"hasOnboarded": true})";
+    defaults.unreadable.insert(key);
+    store.load();
+    store.save({});
+    store.load();
+    EXPECT_EQ(store.damage(), PreferencesDamage{}) << "what was lost stays lost";
+}
+
 TEST_F(PreferencesStoreTest, TheNextSaveKeepsACopyOfABadDocument) {
     defaults.values[key] = "not json";
     store.save({});
