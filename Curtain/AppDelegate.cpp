@@ -246,6 +246,7 @@ void AppDelegate::setupAutoDetection() {
         }
     };
     notifier_.onReveal = [this](const std::string& bundleID) {
+        returns_.erase(bundleID);
         engine().reveal(bundleID);
         notifier_.withdrawRehidden(bundleID);
         updateIcon();
@@ -401,24 +402,28 @@ Platform::View AppDelegate::makeReadinessView() {
 
 void AppDelegate::appAppeared(const std::string& bundleID) {
     platform_.mainQueue->asyncAfter(rehideDelay, lifetime_.weak([this, bundleID] {
+        const bool isSeen = !hiding_.isHidden(bundleID).value_or(true);
         if (engine().reapply(bundleID)) {
-            noticeOnceHidden(bundleID, hiddenLooks);
+            returns_.insert_or_assign(bundleID, Platform::Lifetime());
+            noticeOnceHidden(bundleID, isSeen, hiddenLooks);
         }
     }));
 }
 
-void AppDelegate::noticeOnceHidden(const std::string& bundleID, int looksLeft) {
+void AppDelegate::noticeOnceHidden(const std::string& bundleID, bool wasSeen, int looksLeft) {
     const auto isHidden = hiding_.isHidden(bundleID);
     if (!engine().isActive() || !isHidden || platform_.systemVersion->hidingObstacle() ||
         !platform_.workspace->knowsEveryWindow()) {
         return;
     }
-    if (*isHidden) {
+    if (wasSeen && *isHidden) {
         noticeRehidden(bundleID);
     } else if (looksLeft > 0) {
-        platform_.mainQueue->asyncAfter(hiddenLookInterval, lifetime_.weak([this, bundleID, looksLeft] {
-            noticeOnceHidden(bundleID, looksLeft - 1);
-        }));
+        const bool isSeen = wasSeen || !*isHidden;
+        platform_.mainQueue->asyncAfter(hiddenLookInterval,
+                                        returns_[bundleID].weak([this, bundleID, isSeen, looksLeft] {
+                                            noticeOnceHidden(bundleID, isSeen, looksLeft - 1);
+                                        }));
     }
 }
 
@@ -479,6 +484,7 @@ void AppDelegate::tellIfListWasLost() {
 }
 
 void AppDelegate::deactivatePrivacyMode() {
+    returns_.clear();
     engine().deactivate();
     notifier_.withdrawPrivacyNotices();
 }

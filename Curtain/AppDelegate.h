@@ -75,8 +75,8 @@ private:
     Platform::View makeReadinessView();
 
     void appAppeared(const std::string& bundleID);
-    /// Posts the notice once the app is seen hidden, and none where it stays on the screen.
-    void noticeOnceHidden(const std::string& bundleID, int looksLeft);
+    /// Posts the notice once the app, having been seen, is hidden, and none where it stays on the screen.
+    void noticeOnceHidden(const std::string& bundleID, bool wasSeen, int looksLeft);
     void noticeRehidden(const std::string& bundleID);
     void handleDetection(CurtainCore::DetectionConfidence confidence);
     void undoAutomaticActivation();
@@ -138,6 +138,8 @@ private:
     ScreenWatcher screenWatcher_;
     /// By bundle identifier.
     std::map<std::string, Platform::MainQueue::Seconds> lastRehideNotice_;
+    /// The last return of each app that is looked at until it is hidden, by bundle identifier.
+    std::map<std::string, Platform::Lifetime> returns_;
     Platform::Lifetime lifetime_;
 };
 

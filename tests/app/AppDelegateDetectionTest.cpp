@@ -334,6 +334,73 @@ TEST_F(RehideNoticeTest, NothingIsSaidWherePrivacyModeEndsBeforeTheAppIsHidden) 
     EXPECT_THAT(noticed(), IsEmpty());
 }
 
+TEST_F(RehideNoticeTest, NothingIsSaidOfAnEarlierReturnOnceTheAppIsRevealed) {
+    auto& app = fakes.workspace.run("slow");
+    makePrivate({"slow"});
+    launch();
+    pressShortcut();
+    returnOf("slow");
+    fakes.mainQueue.advance(3.6);
+    app.obeys = false;
+    returnOf("slow");
+    fakes.userNotificationCenter.answer(fakes.userNotificationCenter.added.back(), "CURTAIN_REVEAL");
+    fakes.userNotificationCenter.added.clear();
+    fakes.mainQueue.advance(0.5);
+    // Its user minimises it.
+    app.hidden = true;
+    fakes.mainQueue.advance(3.0);
+    EXPECT_THAT(noticed(), IsEmpty());
+}
+
+TEST_F(RehideNoticeTest, NothingIsSaidOfAReturnBeforePrivacyModeWasSwitchedOnAnew) {
+    auto& app = fakes.workspace.run("slow");
+    makePrivate({"slow"});
+    launch();
+    pressShortcut();
+    app.obeys = false;
+    returnOf("slow");
+    pressShortcut();
+    app.obeys = true;
+    pressShortcut();
+    ASSERT_TRUE(app.hidden);
+    fakes.mainQueue.advance(3.0);
+    EXPECT_THAT(noticed(), IsEmpty());
+}
+
+TEST_F(RehideNoticeTest, NothingIsSaidOfAnAppThatWasNotSeen) {
+    launch();
+    pressShortcut();
+    const auto app = fakes.workspace.runningApplicationsWithBundleIdentifier("a").at(0);
+    ASSERT_TRUE(app->isHidden());
+    fakes.workspace.post(Platform::WorkspaceNotification::didLaunchApplication, app);
+    fakes.mainQueue.advance(3.0);
+    EXPECT_THAT(noticed(), IsEmpty());
+    // A switch-on hides the app before its return has been answered.
+    fakes.workspace.bringToFront("a");
+    pressShortcut();
+    pressShortcut();
+    ASSERT_TRUE(app->isHidden());
+    fakes.mainQueue.advance(3.0);
+    EXPECT_THAT(noticed(), IsEmpty());
+}
+
+TEST_F(RehideNoticeTest, AnAppWhoseWindowComesLaterIsNoticedOnceItIsHidden) {
+    auto& app = fakes.workspace.run("late");
+    makePrivate({"late"});
+    launch();
+    pressShortcut();
+    app.obeys = false;
+    fakes.workspace.bringToFront("late");
+    app.hidden = true;
+    fakes.mainQueue.advance(0.5);
+    EXPECT_THAT(noticed(), IsEmpty()) << "there was no window yet";
+    app.hidden = false;
+    fakes.mainQueue.advance(0.1);
+    app.hidden = true;
+    fakes.mainQueue.advance(0.1);
+    EXPECT_THAT(noticed(), ElementsAre("rehidden.late"));
+}
+
 TEST_F(RehideNoticeTest, NothingIsSaidWhereNothingCanBeHiddenOrSeen) {
     launch();
     pressShortcut();
