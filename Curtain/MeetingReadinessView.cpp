@@ -133,7 +133,7 @@ bool MeetingReadinessView::isRiskOpen() const {
 
 QString MeetingReadinessView::scoreGap() const {
     if (!isScoreIncomplete()) {
-        return {};
+        return isPrivacyModeInVain() ? text(QStringLiteral("privacyModeInVain")) : QString();
     }
     const bool areSomeCounted = state().privateApps == ReadinessStatus::danger;
     return text(areSomeCounted ? QStringLiteral("somePrivateAppsNotCounted")
@@ -164,6 +164,10 @@ QVariantList MeetingReadinessView::issues() const {
 
 QVariantList MeetingReadinessView::shareLines() const {
     auto all = issues();
+    if (isPrivacyModeInVain()) {
+        const auto inVain = QStringLiteral("privacyModeInVain");
+        all.push_back(shareLine(inVain, text(inVain), QStringLiteral("orange")));
+    }
     if (isScoreIncomplete()) {
         all.push_back(shareLine(QStringLiteral("cannotTell"), text(QStringLiteral("privateAppsUnseen")),
                                 QStringLiteral("gray")));

@@ -56,7 +56,8 @@ class MeetingReadinessView : public QObject {
     Q_PROPERTY(int score READ score NOTIFY stateChanged)
     Q_PROPERTY(QString riskLabel READ riskLabel NOTIFY stateChanged)
     Q_PROPERTY(QString riskTone READ riskTone NOTIFY stateChanged)
-    /// What the score leaves out, in a few words; empty where it is complete.
+    /// What the score leaves out, or else what it counts in vain, in a few words; empty where it can be taken
+    /// as it is.
     Q_PROPERTY(QString scoreGap READ scoreGap NOTIFY stateChanged)
     Q_PROPERTY(bool hasIssues READ hasIssues NOTIFY stateChanged)
     Q_PROPERTY(QVariantList issues READ issues NOTIFY stateChanged)
@@ -128,7 +129,8 @@ public:
     bool hasIssues() const { return !state().issues.empty(); }
     /// Each with its `key`, `text` and `tone`.
     QVariantList issues() const;
-    /// The issues and what cannot be told; a single one with an empty `key` where all is well.
+    /// The issues, what has no effect and what cannot be told; a single one with an empty `key` where all is
+    /// well.
     QVariantList shareLines() const;
 
     /// "ok", "warning", "danger" or "unknown", like that of every row.

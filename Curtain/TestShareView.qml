@@ -121,7 +121,8 @@ T.Dialog {
                     objectName: "shareUnknown"
                     anchors.fill: parent
                     sourceSize: Qt.size(390, 150)
-                    visible: panel.model.scoreGap !== "" && !picture.has("privateApps")
+                    visible: panel.model.shareLines.some(line => line.key === "cannotTell")
+                        && !picture.has("privateApps")
                     source: "qrc:/curtain/share-unknown.svg"
                 }
                 Image {

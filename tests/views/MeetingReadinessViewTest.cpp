@@ -491,9 +491,16 @@ TEST_F(ReadinessView, PrivacyModeInVainNeedsAttention) {
     EXPECT_EQ(view().capsuleTone(), "orange");
     EXPECT_EQ(view().capsuleText(), "A few things need attention.");
     EXPECT_FALSE(view().isReady());
+    EXPECT_EQ(view().score(), 0) << "the mode counts as long as it is on";
+    EXPECT_EQ(view().scoreGap(), "Privacy mode has no effect");
+    ASSERT_EQ(view().shareLines().size(), 1);
+    EXPECT_EQ(view().shareLines()[0].toMap()["key"], "privacyModeInVain");
+    EXPECT_EQ(view().shareLines()[0].toMap()["text"], "Privacy mode has no effect");
+    EXPECT_EQ(view().shareLines()[0].toMap()["tone"], "orange");
     world.isPrivacyModeActive = false;
     world.coordinator.refresh();
     EXPECT_FALSE(view().isPrivacyModeInVain());
+    EXPECT_EQ(view().scoreGap(), "");
     EXPECT_EQ(view().hidingObstacle(),
               "The window manager of this session doesn't hide windows when it is asked to.");
     EXPECT_EQ(view().capsuleTone(), "green");
