@@ -117,6 +117,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     notifier_.languageProvider = [this] { return currentLang(); };
     setupAutoDetection();
     hidingWatch_.onAnswer = [this] { hidingAnswered(); };
+    hidingWatch_.isFollowed = [this] { return engine().isActive(); };
     hidingWatch_.begin();
 }
 
@@ -490,18 +491,30 @@ void AppDelegate::deactivatePrivacyMode() {
 }
 
 bool AppDelegate::sayIfNothingIsHidden() {
+    toldObstacle_.reset();
     hidingWatch_.begin();
-    const bool isInVain = hidingWatch_.isHidingImpossible();
-    if (isInVain) {
-        notifier_.notifyPrivacyModeInVain(
-            std::string(HidingWording::reason(*hidingWatch_.obstacle(), currentLang())));
+    return tellObstacle();
+}
+
+bool AppDelegate::tellObstacle() {
+    const auto obstacle = hidingWatch_.obstacle();
+    if (obstacle == Platform::HidingObstacle::notKnownYet) {
+        return false;
     }
-    return isInVain;
+    if (std::exchange(toldObstacle_, obstacle) == obstacle) {
+        return obstacle.has_value();
+    }
+    if (obstacle) {
+        notifier_.notifyPrivacyModeInVain(std::string(HidingWording::reason(*obstacle, currentLang())));
+    } else {
+        notifier_.withdrawPrivacyModeInVain();
+    }
+    return obstacle.has_value();
 }
 
 void AppDelegate::hidingAnswered() {
     if (engine().isActive()) {
-        sayIfNothingIsHidden();
+        tellObstacle();
     }
     updateToolTip();
     coordinator().refresh();

@@ -86,6 +86,9 @@ private:
     void deactivatePrivacyMode();
     /// To be called after privacy mode has been switched on. Returns whether it was said that it is in vain.
     bool sayIfNothingIsHidden();
+    /// Once for each obstacle, and takes back what was said of one that is gone. Returns whether there is
+    /// one.
+    bool tellObstacle();
     void hidingAnswered();
     void hidePrivateApps();
     void fixEverything();
@@ -117,6 +120,8 @@ private:
     std::unique_ptr<Platform::StatusItem> statusItem_;
     SystemAppHiding hiding_;
     HidingWatch hidingWatch_;
+    /// What was said of privacy mode since it was switched on.
+    std::optional<Platform::HidingObstacle> toldObstacle_;
     std::optional<CurtainCore::HideEngine> engine_;
     WorkspaceObserver workspaceObserver_;
     CurtainCore::PreferencesStore store_;

@@ -1,11 +1,13 @@
 #include "Curtain/HidingWatch.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace Curtain {
 namespace {
 
-constexpr Platform::MainQueue::Seconds lookInterval{0.25};
+constexpr Platform::MainQueue::Seconds firstPause{0.25};
+constexpr Platform::MainQueue::Seconds longestPause{2};
 
 } // namespace
 
@@ -19,30 +21,43 @@ bool HidingWatch::isHidingImpossible() const {
 }
 
 void HidingWatch::begin() {
-    if (obstacle() == Platform::HidingObstacle::notKnownYet) {
-        isWaiting_ = true;
-        lookLater();
+    // A change that has not been told yet is still to be told.
+    if (!isWatching_) {
+        seen_ = obstacle();
     }
+    isWatching_ = isToBeWatched();
+    pause_ = firstPause;
+    lookLater();
+}
+
+void HidingWatch::end() {
+    isWatching_ = false;
+}
+
+bool HidingWatch::isToBeWatched() const {
+    return seen_ == Platform::HidingObstacle::notKnownYet || (isFollowed && isFollowed());
 }
 
 void HidingWatch::lookLater() {
-    if (std::exchange(isLookDue_, true)) {
+    if (!isWatching_) {
         return;
     }
-    mainQueue_.asyncAfter(lookInterval, lifetime_.weak([this] {
-        isLookDue_ = false;
-        if (!isWaiting_) {
-            return;
-        }
-        if (obstacle() == Platform::HidingObstacle::notKnownYet) {
-            lookLater();
-            return;
-        }
-        isWaiting_ = false;
-        if (onAnswer) {
-            onAnswer();
+    mainQueue_.asyncAfter(pause_, lifetime_.weak([this, number = ++lastLook_] {
+        if (isWatching_ && number == lastLook_) {
+            look();
         }
     }));
+}
+
+void HidingWatch::look() {
+    const auto before = std::exchange(seen_, obstacle());
+    const bool isDifferent = before != seen_;
+    isWatching_ = isToBeWatched();
+    pause_ = isDifferent ? firstPause : std::min(pause_ * 2, longestPause);
+    lookLater();
+    if (isDifferent && onAnswer) {
+        onAnswer();
+    }
 }
 
 } // namespace Curtain

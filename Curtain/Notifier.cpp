@@ -18,6 +18,8 @@ std::string text(Key key, const std::string& lang) {
     return std::string(PlatformWording::string(key, lang));
 }
 
+constexpr auto inVainIdentifier = "privacyModeInVain";
+
 std::string rehiddenIdentifier(const std::string& bundleID) {
     return "rehidden." + bundleID;
 }
@@ -53,8 +55,9 @@ void Notifier::notifyActivated() {
     }
     registerCategories();
     const auto lang = languageProvider();
+    activatedNotice_ = uuids_.makeUuid();
     addPrivacyNotice(
-        {uuids_.makeUuid(),
+        {activatedNotice_,
          {text(LocKey::privacyOnTitle, lang), text(LocKey::privacyOnBody, lang), activatedCategory, {}}});
 }
 
@@ -105,7 +108,12 @@ void Notifier::notifyPrivacyModeInVain(const std::string& reason) {
     }
     registerCategories();
     const auto title = PlatformWording::string(PlatformKey::privacyModeInVain, languageProvider());
-    addPrivacyNotice({"privacyModeInVain", {std::string(title), reason, activatedCategory, {}}});
+    withdrawPrivacyNotice(activatedNotice_);
+    addPrivacyNotice({inVainIdentifier, {std::string(title), reason, activatedCategory, {}}});
+}
+
+void Notifier::withdrawPrivacyModeInVain() {
+    withdrawPrivacyNotice(inVainIdentifier);
 }
 
 void Notifier::withdrawPrivacyNotices() {
@@ -116,9 +124,7 @@ void Notifier::withdrawPrivacyNotices() {
 }
 
 void Notifier::withdrawRehidden(const std::string& bundleID) {
-    if (const auto identifier = rehiddenIdentifier(bundleID); privacyNotices_.erase(identifier) > 0) {
-        center_.removeDeliveredNotifications({identifier});
-    }
+    withdrawPrivacyNotice(rehiddenIdentifier(bundleID));
 }
 
 void Notifier::requestAuthorization(std::function<void()> completion) {
@@ -160,6 +166,12 @@ void Notifier::registerCategories() {
 void Notifier::addPrivacyNotice(const Platform::NotificationRequest& request) {
     privacyNotices_.insert(request.identifier);
     center_.add(request);
+}
+
+void Notifier::withdrawPrivacyNotice(const std::string& identifier) {
+    if (privacyNotices_.erase(identifier) > 0) {
+        center_.removeDeliveredNotifications({identifier});
+    }
 }
 
 void Notifier::reveal(const Platform::NotificationContent& content) const {

@@ -46,8 +46,10 @@ public:
     void notifySettingsLost(const CurtainCore::PreferencesDamage& damage);
     /// Privacy mode is on and hides nothing, since the private apps were lost with the settings.
     void notifyNothingHidden();
-    /// Privacy mode is on, and nothing can be hidden, for this reason. A second one takes its place.
+    /// Privacy mode is on, and nothing can be hidden, for this reason. Takes the place of an earlier one, and
+    /// of the notice that privacy mode was switched on.
     void notifyPrivacyModeInVain(const std::string& reason);
+    void withdrawPrivacyModeInVain();
     /// Takes every notice off the screen that is true only while privacy mode is on.
     void withdrawPrivacyNotices();
     /// The one about this app, which is hidden no longer.
@@ -63,6 +65,7 @@ public:
 private:
     void registerCategories();
     void addPrivacyNotice(const Platform::NotificationRequest& request);
+    void withdrawPrivacyNotice(const std::string& identifier);
     void reveal(const Platform::NotificationContent& content) const;
 
     Platform::UserNotificationCenter& center_;
@@ -72,6 +75,8 @@ private:
     bool isDelegate_ = false;
     /// What has been posted about privacy mode since it was last taken back; no identifier twice.
     std::set<std::string> privacyNotices_;
+    /// Of the latest notice that privacy mode was switched on.
+    std::string activatedNotice_;
 };
 
 } // namespace Curtain

@@ -542,4 +542,77 @@ TEST_F(InVainTest, AnAnswerThatAppsCanBeHiddenIsTakenInToo) {
     EXPECT_EQ(view().hidingObstacle(), "");
 }
 
+TEST_F(InVainTest, AnObstacleThatComesWhilePrivacyModeIsOnIsSaidOnce) {
+    fakes.systemVersion.obstacle.reset();
+    fakes.statusBar.click(TestSupport::leftClick);
+    pressShortcut();
+    fakes.mainQueue.advance(60.0);
+    EXPECT_THAT(titles(), IsEmpty());
+    fakes.systemVersion.obstacle = Platform::HidingObstacle::notKnownYet;
+    fakes.mainQueue.advance(2.0);
+    EXPECT_THAT(titles(), IsEmpty());
+    fakes.systemVersion.obstacle = Platform::HidingObstacle::windowManagerIgnoresHiding;
+    fakes.mainQueue.advance(2.0);
+    EXPECT_THAT(titles(), ElementsAre(title));
+    EXPECT_TRUE(view().isPrivacyModeInVain());
+    EXPECT_EQ(fakes.statusBar.toolTip, std::string("Curtain — ") + title);
+    fakes.mainQueue.advance(60.0);
+    EXPECT_THAT(titles(), SizeIs(1));
+}
+
+TEST_F(InVainTest, TheNoticeGoesWithTheObstacleAndComesBackWithIt) {
+    fakes.statusBar.click(TestSupport::leftClick);
+    pressShortcut();
+    ASSERT_THAT(fakes.userNotificationCenter.delivered, SizeIs(1));
+    // As long as nobody knows, what was said stands.
+    fakes.systemVersion.obstacle = Platform::HidingObstacle::notKnownYet;
+    fakes.mainQueue.advance(2.0);
+    EXPECT_THAT(fakes.userNotificationCenter.delivered, SizeIs(1));
+    fakes.systemVersion.obstacle.reset();
+    fakes.mainQueue.advance(2.0);
+    EXPECT_THAT(fakes.userNotificationCenter.delivered, IsEmpty());
+    EXPECT_FALSE(view().isPrivacyModeInVain());
+    EXPECT_EQ(fakes.statusBar.toolTip, "Curtain — Privacy mode on");
+    fakes.systemVersion.obstacle = Platform::HidingObstacle::noWindowManager;
+    fakes.mainQueue.advance(2.0);
+    EXPECT_THAT(titles(), ElementsAre(title, title));
+    EXPECT_EQ(fakes.statusBar.toolTip, std::string("Curtain — ") + title);
+}
+
+TEST_F(InVainTest, AnObstacleThatComesAfterAllTakesThePlaceOfTheNoticeThatPrivacyModeIsOn) {
+    fakes.systemVersion.obstacle.reset();
+    watch(true);
+    ASSERT_THAT(fakes.userNotificationCenter.delivered, SizeIs(1));
+    EXPECT_NE(titles().at(0), title);
+    fakes.systemVersion.obstacle = Platform::HidingObstacle::windowManagerIgnoresHiding;
+    fakes.mainQueue.advance(2.0);
+    ASSERT_THAT(fakes.userNotificationCenter.delivered, SizeIs(1));
+    EXPECT_EQ(fakes.userNotificationCenter.delivered[0].content.title, title);
+}
+
+TEST_F(InVainTest, AnObstacleThatComesAfterPrivacyModeIsNotSaid) {
+    fakes.systemVersion.obstacle.reset();
+    pressShortcut();
+    pressShortcut();
+    fakes.systemVersion.obstacle = Platform::HidingObstacle::windowManagerIgnoresHiding;
+    fakes.mainQueue.advance(60.0);
+    EXPECT_THAT(titles(), IsEmpty());
+    EXPECT_EQ(fakes.statusBar.toolTip, "Curtain");
+}
+
+TEST_F(InVainTest, TheSessionIsAskedEverMoreSeldom) {
+    for (const auto obstacle : {std::optional(Platform::HidingObstacle::notKnownYet), {}}) {
+        fakes.systemVersion.obstacle = obstacle;
+        pressShortcut();
+        fakes.systemVersion.questions = 0;
+        fakes.mainQueue.advance(60.0);
+        EXPECT_LT(fakes.systemVersion.questions, 40);
+        pressShortcut();
+    }
+    fakes.mainQueue.advance(2.0);
+    fakes.systemVersion.questions = 0;
+    fakes.mainQueue.advance(60.0);
+    EXPECT_EQ(fakes.systemVersion.questions, 0) << "nothing is to be known while it is off";
+}
+
 } // namespace

@@ -225,7 +225,7 @@ TEST_F(OnboardingViewModelTest, WaitsForASessionThatHasNotAnsweredYet) {
     EXPECT_FALSE(model->isCompatibilityKnown());
     system.version = 14;
     system.obstacle.reset();
-    mainQueue.advance(0.25);
+    mainQueue.advance(2.0);
     EXPECT_TRUE(model->isCompatible());
     EXPECT_EQ(model->hidingObstacle(), "");
 }
