@@ -7,12 +7,14 @@
 #include <gmock/gmock.h>
 
 #include <array>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
 #include <ostream>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <csignal>
@@ -36,6 +38,7 @@ constexpr auto aboveState = "_NET_WM_STATE_ABOVE";
 constexpr auto focusedState = "_NET_WM_STATE_FOCUSED";
 constexpr auto shadedState = "_NET_WM_STATE_SHADED";
 constexpr auto ignoresHiding = Platform::HidingObstacle::windowManagerIgnoresHiding;
+constexpr auto notKnownYet = Platform::HidingObstacle::notKnownYet;
 
 /// A display without a window manager; the tests bring their own.
 struct X11WindowManagerTest : PlatformTests::X11WindowFixture {
@@ -256,13 +259,153 @@ TEST_F(X11WindowManagerTest, ManagerThatIgnoresHidingIsFoundOut) {
     ASSERT_TRUE(manual.lists(window));
     EXPECT_EQ(manual.system.hidingObstacle(), std::nullopt);
     manual.system.hide(std::array{WindowId{window}});
-    manual.advance(1.9);
-    EXPECT_EQ(manual.system.hidingObstacle(), std::nullopt) << "it may have been busy";
+    manual.advance(0.9);
+    EXPECT_EQ(manual.system.hidingObstacle(), std::nullopt);
+    manual.advance(0.2);
+    EXPECT_EQ(manual.system.hidingObstacle(), notKnownYet) << "it may be busy";
+    manual.advance(3.8);
+    EXPECT_EQ(manual.system.hidingObstacle(), notKnownYet);
     manual.advance(0.2);
     EXPECT_EQ(manual.system.hidingObstacle(), ignoresHiding);
     // It was busy after all.
     manager.setStates(window, {hiddenState});
     EXPECT_EQ(manual.system.hidingObstacle(), std::nullopt);
+}
+
+TEST_F(X11WindowManagerTest, ManagerThatPausesDoesNotIgnoreHiding) {
+    ScriptedWindowManager manager;
+    const auto window = openUnder(manager, ScriptedWindowManager::normal);
+    ManualSystem manual;
+    ASSERT_TRUE(manual.lists(window));
+    manual.system.hide(std::array{WindowId{window}});
+    manual.advance(4.5);
+    EXPECT_EQ(manual.system.hidingObstacle(), notKnownYet);
+    manager.setStates(window, {hiddenState});
+    EXPECT_EQ(manual.system.hidingObstacle(), std::nullopt);
+    manual.advance(5);
+    EXPECT_EQ(manual.system.hidingObstacle(), std::nullopt);
+}
+
+TEST_F(X11WindowManagerTest, AppsThatAreHiddenOneAfterAnotherShortenNoDeadline) {
+    ScriptedWindowManager manager;
+    const auto window = openUnder(manager, ScriptedWindowManager::normal);
+    const auto other = client.open("b", "B");
+    manager.setManagerState(other, ScriptedWindowManager::normal);
+    manager.list({window, other});
+    ManualSystem manual;
+    ASSERT_TRUE(manual.lists(other));
+    manual.system.hide(std::array{WindowId{window}});
+    manual.system.hide(std::array{WindowId{other}});
+    manual.advance(4.9);
+    EXPECT_EQ(manual.system.hidingObstacle(), notKnownYet);
+    manual.advance(0.2);
+    EXPECT_EQ(manual.system.hidingObstacle(), ignoresHiding);
+}
+
+TEST_F(X11WindowManagerTest, ManagerThatHasHiddenAWindowOnceDoesNotIgnoreHiding) {
+    ScriptedWindowManager manager;
+    const auto window = openUnder(manager, ScriptedWindowManager::normal);
+    const auto stubborn = client.open("b", "B");
+    manager.setManagerState(stubborn, ScriptedWindowManager::normal);
+    manager.list({window, stubborn});
+    ManualSystem manual;
+    ASSERT_TRUE(manual.lists(stubborn));
+    manual.system.hide(std::array{WindowId{window}});
+    manager.setStates(window, {hiddenState});
+    manual.advance(0);
+    manual.system.hide(std::array{WindowId{stubborn}});
+    manual.advance(10);
+    EXPECT_EQ(manual.system.hidingObstacle(), std::nullopt);
+}
+
+TEST_F(X11WindowManagerTest, WindowThatIsClosedSaysNothingOfItsManager) {
+    ScriptedWindowManager manager;
+    const auto window = openUnder(manager, ScriptedWindowManager::normal);
+    const auto closed = client.open("b", "B");
+    manager.setManagerState(closed, ScriptedWindowManager::normal);
+    manager.list({window, closed});
+    ManualSystem manual;
+    ASSERT_TRUE(manual.lists(closed));
+    manual.system.hide(std::array{WindowId{window}, WindowId{closed}});
+    manual.advance(0.5);
+    client.destroy(closed);
+    manager.list({window});
+    manual.advance(5);
+    EXPECT_EQ(manual.system.hidingObstacle(), ignoresHiding);
+    client.destroy(window);
+    manager.list({});
+    manual.advance(0);
+    EXPECT_EQ(manual.system.hidingObstacle(), ignoresHiding);
+}
+
+TEST_F(X11WindowManagerTest, WindowsThatMayNotBeMinimizedSayNothingOfTheirManager) {
+    const auto numbers = [this](xcb_window_t window, const char* name, xcb_atom_t type,
+                                std::vector<std::uint32_t> values) {
+        client.setNumbers(window, name, type, values);
+    };
+    const auto motif = client.atom("_MOTIF_WM_HINTS");
+    const std::vector<std::pair<const char*, std::function<void(xcb_window_t)>>> kinds{
+        {"functions without minimize",
+         [&](auto window) {
+             numbers(window, "_MOTIF_WM_HINTS", motif, {1, 2 | 4 | 32, 0, 0, 0});
+         }},
+        {"all functions but minimize",
+         [&](auto window) {
+             numbers(window, "_MOTIF_WM_HINTS", motif, {1, 1 | 8, 0, 0, 0});
+         }},
+        {"actions without minimize",
+         [&](auto window) {
+             numbers(window, "_NET_WM_ALLOWED_ACTIONS", XCB_ATOM_ATOM, {client.atom("_NET_WM_ACTION_MOVE")});
+         }},
+        {"transient",
+         [&](auto window) { numbers(window, "WM_TRANSIENT_FOR", XCB_ATOM_WINDOW, {client.root()}); }},
+        {"not in task lists",
+         [&](auto window) {
+             numbers(window, "_NET_WM_STATE", XCB_ATOM_ATOM, {client.atom("_NET_WM_STATE_SKIP_TASKBAR")});
+         }},
+        {"utility", [&](auto window) {
+             numbers(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM,
+                     {client.atom("_NET_WM_WINDOW_TYPE_UTILITY")});
+         }}};
+    ScriptedWindowManager manager;
+    manager.support({"_NET_CLIENT_LIST", "_NET_WM_ACTION_MINIMIZE"});
+    for (const auto& [name, makeSo] : kinds) {
+        SCOPED_TRACE(name);
+        const auto window = client.create("a", "A");
+        makeSo(window);
+        client.map(window);
+        manager.setManagerState(window, ScriptedWindowManager::normal);
+        manager.list({window});
+        ManualSystem manual;
+        ASSERT_TRUE(manual.lists(window));
+        manual.system.hide(std::array{WindowId{window}});
+        manual.advance(6);
+        EXPECT_EQ(manual.system.hidingObstacle(), std::nullopt);
+        client.destroy(window);
+    }
+}
+
+TEST_F(X11WindowManagerTest, WindowsThatMayBeMinimizedTellThatTheirManagerIgnoresHiding) {
+    ScriptedWindowManager manager;
+    for (const bool doesManagerKnowTheAction : {true, false}) {
+        manager.support({"_NET_CLIENT_LIST",
+                         doesManagerKnowTheAction ? "_NET_WM_ACTION_MINIMIZE" : "_NET_WM_ACTION_MOVE"});
+        const auto window = client.create("a", "A");
+        client.setNumbers(window, "_NET_WM_ALLOWED_ACTIONS", XCB_ATOM_ATOM,
+                          std::array{client.atom(doesManagerKnowTheAction ? "_NET_WM_ACTION_MINIMIZE"
+                                                                          : "_NET_WM_ACTION_MOVE")});
+        client.setNumbers(window, "_MOTIF_WM_HINTS", client.atom("_MOTIF_WM_HINTS"),
+                          std::array{1U | 2U, 1U, 0U, 0U, 0U});
+        client.map(window);
+        manager.setManagerState(window, ScriptedWindowManager::normal);
+        manager.list({window});
+        ManualSystem manual;
+        ASSERT_TRUE(manual.lists(window));
+        manual.system.hide(std::array{WindowId{window}});
+        manual.advance(6);
+        EXPECT_EQ(manual.system.hidingObstacle(), ignoresHiding) << doesManagerKnowTheAction;
+        client.destroy(window);
+    }
 }
 
 TEST_F(X11WindowManagerTest, ManagerIsAskedOnceMoreBeforeItIsSaidToIgnoreHiding) {
@@ -287,7 +430,7 @@ TEST_F(X11WindowManagerTest, NextManagerIsJudgedAnew) {
     ManualSystem manual;
     ASSERT_TRUE(manual.lists(window));
     manual.system.hide(std::array{WindowId{window}});
-    manual.advance(2.1);
+    manual.advance(5.1);
     EXPECT_EQ(manual.system.hidingObstacle(), ignoresHiding);
     manager.reset();
     ScriptedWindowManager next;
@@ -305,7 +448,7 @@ TEST_F(X11WindowManagerTest, ManagerThatHidesOneWindowOfSeveralDoesNotIgnoreHidi
     ASSERT_TRUE(manual.lists(stubborn));
     manual.system.hide(std::array{WindowId{window}, WindowId{stubborn}});
     manager.setStates(window, {hiddenState});
-    manual.advance(3);
+    manual.advance(6);
     EXPECT_EQ(manual.system.hidingObstacle(), std::nullopt);
 }
 
@@ -321,10 +464,10 @@ TEST_F(X11WindowManagerTest, WindowsThatAreBackOrThatManagersRefuseToHideSayNoth
     ManualSystem manual;
     ASSERT_TRUE(manual.lists(bar));
     manual.system.hide(std::array{WindowId{bar}});
-    manual.advance(3);
+    manual.advance(6);
     manual.system.hide(std::array{WindowId{brief}});
     manual.system.show(std::array{WindowId{brief}});
-    manual.advance(3);
+    manual.advance(6);
     EXPECT_EQ(manual.system.hidingObstacle(), std::nullopt);
 }
 
@@ -420,15 +563,47 @@ TEST_F(X11WindowManagerTest, ListThatAManagerFindsSaysNothingUntilItIsItsOwn) {
     EXPECT_EQ(system.hidingObstacle(), std::nullopt);
 }
 
+TEST_F(X11WindowManagerTest, ListThatWasWrittenBeforeTheFormerManagerIsGoneIsBelieved) {
+    std::optional<ScriptedWindowManager> manager(std::in_place);
+    const auto window = openUnder(*manager, ScriptedWindowManager::normal);
+    ManualSystem manual;
+    ASSERT_TRUE(manual.lists(window));
+    ScriptedWindowManager next;
+    next.list({window});
+    manager.reset();
+    client.sync();
+    EXPECT_TRUE(spinUntil([&] { return manual.system.knowsEveryWindow(); }));
+    EXPECT_EQ(manual.system.hidingObstacle(), std::nullopt);
+}
+
+TEST_F(X11WindowManagerTest, ListStaysOldWhereItsManagerTookItsNameBack) {
+    std::optional<ScriptedWindowManager> manager(std::in_place);
+    const auto window = openUnder(*manager, ScriptedWindowManager::normal);
+    ManualSystem manual;
+    ASSERT_TRUE(manual.lists(window));
+    xcb_delete_property(client.get(), client.root(), client.atom("_NET_SUPPORTING_WM_CHECK"));
+    client.sync();
+    manager.reset();
+    ScriptedWindowManager next;
+    client.sync();
+    EXPECT_EQ(manual.system.hidingObstacle(), notKnownYet);
+    EXPECT_FALSE(manual.system.knowsEveryWindow());
+}
+
 TEST_F(X11WindowManagerTest, NothingIsKnownOfTheWindowsOfAManagerThatListsNone) {
     ScriptedWindowManager manager;
     manager.support({"_NET_ACTIVE_WINDOW"});
     client.open("a", "A");
-    ASSERT_TRUE(spinUntil([&] { return system.hidingObstacle() == ignoresHiding; }));
-    EXPECT_FALSE(system.knowsEveryWindow());
+    ManualSystem manual;
+    EXPECT_EQ(manual.system.hidingObstacle(), notKnownYet) << "it may be starting";
+    manual.advance(4.9);
+    EXPECT_EQ(manual.system.hidingObstacle(), notKnownYet);
+    manual.advance(0.2);
+    EXPECT_EQ(manual.system.hidingObstacle(), ignoresHiding);
+    EXPECT_FALSE(manual.system.knowsEveryWindow());
     manager.support({"_NET_ACTIVE_WINDOW", "_NET_CLIENT_LIST"});
-    EXPECT_TRUE(spinUntil([&] { return system.knowsEveryWindow(); })) << "it may have none yet";
-    EXPECT_EQ(system.hidingObstacle(), std::nullopt);
+    EXPECT_TRUE(spinUntil([&] { return manual.system.knowsEveryWindow(); })) << "it may have none yet";
+    EXPECT_EQ(manual.system.hidingObstacle(), std::nullopt);
 }
 
 TEST_F(X11WindowManagerTest, RolledUpWindowThatIsMarkedHiddenIsVisibleAsLongAsItsTitleBarIs) {

@@ -17,6 +17,11 @@ namespace {
 
 constexpr std::uint32_t longestList = 1U << 16U;
 constexpr std::uint32_t iconicState = 3;
+/// In the first of the Motif hints: the second is set.
+constexpr std::uint32_t motifHasFunctions = 1U << 0U;
+/// In the second: all functions but the named ones.
+constexpr std::uint32_t motifAllBut = 1U << 0U;
+constexpr std::uint32_t motifMinimize = 1U << 3U;
 
 /// In the order of `X11WindowModel::Atom`.
 constexpr std::array<std::string_view, X11WindowModel::atomCount> atomNames{
@@ -39,6 +44,10 @@ constexpr std::array<std::string_view, X11WindowModel::atomCount> atomNames{
     "_NET_WM_WINDOW_TYPE_MENU",
     "_NET_WM_WINDOW_TYPE_TOOLBAR",
     "_NET_WM_WINDOW_TYPE_SPLASH",
+    "_NET_WM_WINDOW_TYPE_UTILITY",
+    "_NET_WM_ALLOWED_ACTIONS",
+    "_NET_WM_ACTION_MINIMIZE",
+    "_MOTIF_WM_HINTS",
     "_NET_WM_DESKTOP",
     "_KDE_NET_WM_DESKTOP_FILE",
     "_GTK_APPLICATION_ID",
@@ -65,6 +74,16 @@ void readClass(X11Window& window, const xcb_get_property_reply_t& reply) {
     const auto end = std::min(bytes.find('\0'), bytes.size());
     window.instanceName = textIn(bytes);
     window.className = textIn(bytes.substr(std::min(end + 1, bytes.size())));
+}
+
+void readMotifHints(X11Window& window, const xcb_get_property_reply_t& reply) {
+    const auto hints = listIn(reply);
+    const bool hasFunctions = hints.size() > 1 && (hints[0] & motifHasFunctions) != 0;
+    window.wantedFunctions = hasFunctions ? std::optional(hints[1]) : std::nullopt;
+}
+
+void readAllowedActions(X11Window& window, const xcb_get_property_reply_t& reply) {
+    window.allowedActions = reply.type != XCB_ATOM_NONE ? std::optional(listIn(reply)) : std::nullopt;
 }
 
 } // namespace
@@ -99,6 +118,12 @@ const std::vector<X11WindowModel::Property>& X11WindowModel::properties() {
          [](X11Window& window, const Reply& reply) { window.desktopFile = textIn(bytesIn(&reply)); }},
         {gtkApplicationId, 256,
          [](X11Window& window, const Reply& reply) { window.applicationId = textIn(bytesIn(&reply)); }},
+        {xcb_atom_t{XCB_ATOM_WM_TRANSIENT_FOR}, 1,
+         [](X11Window& window, const Reply& reply) {
+             window.isTransient = numberIn(reply).value_or(0) != 0;
+         }},
+        {motifWmHints, 5, readMotifHints},
+        {netWmAllowedActions, 64, readAllowedActions},
     };
     return list;
 }
@@ -227,7 +252,7 @@ void X11WindowModel::handleEvent(const xcb_generic_event_t& event) {
     case XCB_PROPERTY_NOTIFY: {
         const auto& notification = reinterpret_cast<const xcb_property_notify_event_t&>(event);
         if (notification.window == connection_.root() || notification.window == managerWindow_) {
-            sessionPropertyChanged(notification.atom);
+            sessionPropertyChanged(notification);
         } else {
             windowPropertyChanged(notification.window, notification.atom);
         }
@@ -247,7 +272,11 @@ void X11WindowModel::handleEvent(const xcb_generic_event_t& event) {
     }
 }
 
-void X11WindowModel::sessionPropertyChanged(xcb_atom_t property) {
+void X11WindowModel::sessionPropertyChanged(const xcb_property_notify_event_t& notification) {
+    const auto property = notification.atom;
+    isNextManagerThere_ = isNextManagerThere_ || (notification.window == connection_.root() &&
+                                                  property == atom(netSupportingWmCheck) &&
+                                                  notification.state == XCB_PROPERTY_NEW_VALUE);
     isClientListOld_ = isClientListOld_ && property != atom(netClientList);
     const std::array<std::pair<Atom, bool*>, 4> watched{{{netSupportingWmCheck, &isManagerStale_},
                                                          {netSupported, &isManagerStale_},
@@ -345,7 +374,8 @@ void X11WindowModel::windowsChanged() {
 void X11WindowModel::windowDestroyed(xcb_window_t window) {
     if (window == managerWindow_) {
         isManagerStale_ = true;
-        isClientListOld_ = true;
+        // The next one may have written its own before this one is gone.
+        isClientListOld_ = isClientListOld_ || !isNextManagerThere_;
         ++managerGeneration_;
         onChanged_();
     } else if (entries_.erase(window) > 0) {
@@ -365,6 +395,7 @@ void X11WindowModel::readRoot(Changes& changes) {
     const auto clientList = request(std::exchange(isClientListStale_, false) || manager, netClientList);
     const auto active = request(std::exchange(isActiveWindowStale_, false), netActiveWindow);
     if (manager) {
+        isNextManagerThere_ = false;
         const auto answer = receiveNumbers(*manager);
         const auto window = answer.empty() ? xcb_window_t{XCB_WINDOW_NONE} : answer.front();
         if (std::exchange(managerWindow_, window) != window) {
@@ -374,7 +405,9 @@ void X11WindowModel::readRoot(Changes& changes) {
     }
     if (supported) {
         const auto hints = receiveNumbers(*supported);
-        isClientListSupported_ = std::ranges::find(hints, atom(netClientList)) != hints.end();
+        const auto has = [&](Atom hint) { return std::ranges::find(hints, atom(hint)) != hints.end(); };
+        isClientListSupported_ = has(netClientList);
+        isMinimizeActionSupported_ = has(netWmActionMinimize);
     }
     if (clientList) {
         const auto reply = connection_.reply<xcb_get_property_reply>(*clientList);
@@ -471,6 +504,17 @@ void X11WindowModel::compare(const X11Window& before, const X11Window& now, Chan
 
 bool X11WindowModel::hasState(const X11Window& window, Atom state) const {
     return std::ranges::find(window.state, atom(state)) != window.state.end();
+}
+
+bool X11WindowModel::mayBeMinimized(const X11Window& window) const {
+    if (window.wantedFunctions &&
+        ((*window.wantedFunctions & motifAllBut) != 0) == ((*window.wantedFunctions & motifMinimize) != 0)) {
+        return false;
+    }
+    // What is missing says nothing where the window manager does not know the action.
+    return !isMinimizeActionSupported_ || !window.allowedActions ||
+           std::ranges::find(*window.allowedActions, atom(netWmActionMinimize)) !=
+               window.allowedActions->end();
 }
 
 bool X11WindowModel::isMarkedHidden(const X11Window& window) const {

@@ -30,6 +30,13 @@ struct X11Window {
     std::vector<xcb_atom_t> state;
     std::vector<xcb_atom_t> type;
     std::optional<std::uint32_t> desktop;
+    /// Belongs to another window or to all of its group.
+    bool isTransient = false;
+    /// What its program asks about the functions of its frame, as a Motif window manager has it; absent where
+    /// it asks nothing.
+    std::optional<std::uint32_t> wantedFunctions;
+    /// What the window manager says may be done with it; absent where it says nothing.
+    std::optional<std::vector<xcb_atom_t>> allowedActions;
     /// WM_STATE: absent until a window manager has taken the window in.
     std::optional<std::uint32_t> managerState;
     /// The window was shown without its mark as hidden being taken off.
@@ -74,6 +81,10 @@ public:
         netWmWindowTypeMenu,
         netWmWindowTypeToolbar,
         netWmWindowTypeSplash,
+        netWmWindowTypeUtility,
+        netWmAllowedActions,
+        netWmActionMinimize,
+        motifWmHints,
         netWmDesktop,
         kdeNetWmDesktopFile,
         gtkApplicationId,
@@ -117,6 +128,8 @@ public:
     bool isHidden(const X11Window& window) const {
         return isMarkedHidden(window) && !window.isHiddenMarkStale && !window.isRolledUp;
     }
+    /// Whether its program and the window manager let it be minimized, as far as they say anything.
+    bool mayBeMinimized(const X11Window& window) const;
     /// To be called when a window is asked to hide. It may be back before its hiding is noticed.
     void expectHidden(xcb_window_t window);
     /// Whether it was asked to hide, and has neither been seen hidden nor come back since.
@@ -163,7 +176,7 @@ private:
     /// In `Entry::staleProperties`; 0 for a property that is not read.
     std::uint32_t bitOf(xcb_atom_t property) const;
     void handleEvent(const xcb_generic_event_t& event);
-    void sessionPropertyChanged(xcb_atom_t property);
+    void sessionPropertyChanged(const xcb_property_notify_event_t& notification);
     void windowPropertyChanged(xcb_window_t window, xcb_atom_t property);
     void windowMapped(xcb_window_t window);
     void windowUnmapped(xcb_window_t window);
@@ -206,6 +219,9 @@ private:
     /// As the window manager says of its own abilities; it may have no list while it has no windows.
     bool isClientListSupported_ = false;
     bool isClientListOld_ = false;
+    /// Another one has named its window since the present one was read.
+    bool isNextManagerThere_ = false;
+    bool isMinimizeActionSupported_ = false;
     std::vector<xcb_window_t> clientList_;
     xcb_window_t activeWindow_ = XCB_WINDOW_NONE;
     std::map<xcb_window_t, Entry> entries_;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <iterator>
 #include <utility>
 
 #include <unistd.h>
@@ -19,10 +18,10 @@ constexpr std::uint32_t onAllDesktops = 0xFFFFFFFF;
 /// Window managers answer within a few milliseconds; one that has not shown a single window by now does not
 /// know the polite request.
 constexpr Platform::MainQueue::Seconds showDeadline{0.15};
-/// One that has not hidden a window by now does not heed the request.
+/// One that has not hidden a window by now is busy, or does not heed the request.
 constexpr Platform::MainQueue::Seconds hideDeadline{1};
-/// It may have been busy once.
-constexpr int requestsUntilKnown = 2;
+/// However busy a window manager is, it has done by then what it is asked, or says by then what it can do.
+constexpr Platform::MainQueue::Seconds answerDeadline{5};
 
 std::string localHostName() {
     std::array<char, 256> name{};
@@ -48,10 +47,17 @@ std::optional<Platform::HidingObstacle> X11WindowSystem::hidingObstacle() {
     if (!model_.hasManager()) {
         return Platform::HidingObstacle::noWindowManager;
     }
-    if (!model_.hasWindowList() || unheededRequests_ >= requestsUntilKnown) {
+    if (ignoresHiding_) {
         return Platform::HidingObstacle::windowManagerIgnoresHiding;
     }
-    return model_.isWindowListOld() ? std::optional(Platform::HidingObstacle::notKnownYet) : std::nullopt;
+    if (!model_.hasWindowList()) {
+        // Window managers show that they are there before they say what they can do.
+        return mainQueue_.now() - managerSince_ < answerDeadline
+                   ? Platform::HidingObstacle::notKnownYet
+                   : Platform::HidingObstacle::windowManagerIgnoresHiding;
+    }
+    const bool isInDoubt = model_.isWindowListOld() || (hiddenWindows_ == 0 && isAwaited(lateHideRequest_));
+    return isInDoubt ? std::optional(Platform::HidingObstacle::notKnownYet) : std::nullopt;
 }
 
 bool X11WindowSystem::knowsEveryWindow() {
@@ -137,59 +143,80 @@ void X11WindowSystem::requestIconic(xcb_window_t window) {
 }
 
 void X11WindowSystem::watchHiding(std::span<const WindowId> windows) {
-    std::vector<WindowId> asked;
-    std::ranges::copy_if(windows, std::back_inserter(asked),
-                         [this](WindowId window) { return isToBeHidden(window); });
-    if (asked.empty()) {
-        return;
+    const auto request = ++lastHideRequest_;
+    for (const auto window : windows) {
+        if (isToBeHidden(window)) {
+            awaitingHide_.emplace(window, request);
+        }
     }
-    awaitingHide_.insert(asked.begin(), asked.end());
-    mainQueue_.asyncAfter(hideDeadline, lifetime_.weak([this, asked = std::move(asked), before = heeded_] {
-        endWatchOfHiding(asked, before);
-    }));
+    mainQueue_.asyncAfter(
+        hideDeadline, lifetime_.weak([this, request, asked = std::vector(windows.begin(), windows.end()),
+                                      before = hiddenWindows_] { endExpectation(request, asked, before); }));
+    mainQueue_.asyncAfter(answerDeadline, lifetime_.weak([this, request] { judge(request); }));
 }
 
 bool X11WindowSystem::isToBeHidden(WindowId window) const {
     const auto* const found = model_.find(xcbWindow(window));
     // Window managers may refuse to hide some kinds of windows, and not all of them let one see that a
     // rolled-up window is hidden.
-    return found != nullptr && found->isManaged && !model_.isHidden(*found) &&
-           !model_.hasState(*found, X11WindowModel::netWmStateShaded) &&
-           std::ranges::none_of(std::array{X11WindowModel::netWmWindowTypeMenu,
-                                           X11WindowModel::netWmWindowTypeToolbar,
-                                           X11WindowModel::netWmWindowTypeSplash},
-                                [&](auto type) { return isOfType(*found, type); });
+    return found != nullptr && found->isManaged && !found->isTransient && !model_.isHidden(*found) &&
+           model_.mayBeMinimized(*found) && !model_.hasState(*found, X11WindowModel::netWmStateShaded) &&
+           !model_.hasState(*found, X11WindowModel::netWmStateSkipTaskbar) &&
+           std::ranges::none_of(
+               std::array{X11WindowModel::netWmWindowTypeMenu, X11WindowModel::netWmWindowTypeToolbar,
+                          X11WindowModel::netWmWindowTypeSplash, X11WindowModel::netWmWindowTypeUtility},
+               [&](auto type) { return isOfType(*found, type); });
 }
 
-void X11WindowSystem::endWatchOfHiding(std::vector<WindowId> asked, std::uint64_t heededBefore) {
+void X11WindowSystem::endExpectation(std::uint64_t request, std::span<const WindowId> windows,
+                                     std::uint64_t hiddenBefore) {
     takeIn();
-    std::erase_if(asked, [this](WindowId window) { return !awaitingHide_.contains(window); });
-    for (const auto window : asked) {
-        model_.expectNoMore(xcbWindow(window));
+    lateHideRequest_ = std::max(lateHideRequest_, request);
+    for (const auto window : windows) {
+        const auto* const found = model_.find(xcbWindow(window));
+        const auto awaited = awaitingHide_.find(window);
+        const bool isWaiting = awaited != awaitingHide_.end() && awaited->second == request;
+        if (isWaiting && hiddenWindows_ == hiddenBefore) {
+            requestIconic(xcbWindow(window));
+        }
+        // Of a rolled-up window one may not see that it is hidden until it is back.
+        const bool isUnjudged = awaited == awaitingHide_.end() && found != nullptr &&
+                                !model_.hasState(*found, X11WindowModel::netWmStateShaded);
+        if (isWaiting || isUnjudged) {
+            model_.expectNoMore(xcbWindow(window));
+        }
     }
-    if (asked.empty() || heeded_ != heededBefore) {
-        return;
-    }
-    if (++unheededRequests_ < requestsUntilKnown) {
-        std::ranges::for_each(asked, [this](WindowId window) { requestIconic(xcbWindow(window)); });
-        connection_.flush();
-        watchHiding(asked);
-    }
+    connection_.flush();
+}
+
+void X11WindowSystem::judge(std::uint64_t request) {
+    takeIn();
+    ignoresHiding_ = ignoresHiding_ || (hiddenWindows_ == 0 && isAwaited(request));
+}
+
+bool X11WindowSystem::isAwaited(std::uint64_t request) const {
+    return std::ranges::any_of(awaitingHide_, [&](const auto& asked) { return asked.second <= request; });
 }
 
 void X11WindowSystem::noteWhatWasHeeded(const X11WindowModel::Changes& changes) {
     if (std::exchange(judgedManager_, model_.managerGeneration()) != model_.managerGeneration()) {
-        unheededRequests_ = 0;
+        hiddenWindows_ = 0;
+        ignoresHiding_ = false;
+        managerSince_ = mainQueue_.now();
         awaitingHide_.clear();
     }
-    const auto isHeeded = [&](WindowId window) {
-        const auto* const found = model_.find(xcbWindow(window));
-        return found == nullptr || model_.isHidden(*found) ||
-               std::ranges::find(changes.returned, found->id) != changes.returned.end();
+    const auto isDone = [&](const auto& asked) {
+        const auto* const found = model_.find(xcbWindow(asked.first));
+        return found != nullptr && model_.isHidden(*found);
     };
-    const auto count = std::erase_if(awaitingHide_, isHeeded);
-    heeded_ += count;
-    unheededRequests_ = count > 0 ? 0 : unheededRequests_;
+    hiddenWindows_ += static_cast<std::uint64_t>(std::ranges::count_if(awaitingHide_, isDone));
+    ignoresHiding_ = ignoresHiding_ && hiddenWindows_ == 0;
+    // A window that is closed or taken from the screen by its own program says nothing of the window manager.
+    std::erase_if(awaitingHide_, [&](const auto& asked) {
+        const auto* const found = model_.find(xcbWindow(asked.first));
+        return isDone(asked) || found == nullptr || !found->isManaged ||
+               std::ranges::find(changes.returned, found->id) != changes.returned.end();
+    });
 }
 
 void X11WindowSystem::noteWhatIsBack(const X11WindowModel::Changes& changes) {

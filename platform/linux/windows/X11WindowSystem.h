@@ -50,7 +50,9 @@ private:
     void requestIconic(xcb_window_t window);
     void watchHiding(std::span<const WindowId> windows);
     bool isToBeHidden(WindowId window) const;
-    void endWatchOfHiding(std::vector<WindowId> asked, std::uint64_t heededBefore);
+    void endExpectation(std::uint64_t request, std::span<const WindowId> windows, std::uint64_t hiddenBefore);
+    void judge(std::uint64_t request);
+    bool isAwaited(std::uint64_t request) const;
     void noteWhatWasHeeded(const X11WindowModel::Changes& changes);
     void noteWhatIsBack(const X11WindowModel::Changes& changes);
     void watchShowing();
@@ -66,12 +68,17 @@ private:
     std::uint64_t builtGeneration_ = 0;
     std::uint64_t notedGeneration_ = 0;
     std::vector<Window> windows_;
-    /// Asked to hide and not seen to have done so.
-    std::set<WindowId> awaitingHide_;
-    /// How often a window was seen to do what was asked; tells whether any did in between.
-    std::uint64_t heeded_ = 0;
-    /// In a row, of the present window manager.
-    int unheededRequests_ = 0;
+    /// By which request each window was asked to hide that has not been seen to have done so. Windows by
+    /// which a window manager cannot be judged are not among them.
+    std::map<WindowId, std::uint64_t> awaitingHide_;
+    std::uint64_t lastHideRequest_ = 0;
+    /// What was asked until then should have been done.
+    std::uint64_t lateHideRequest_ = 0;
+    /// Of those that were asked, by the present window manager.
+    std::uint64_t hiddenWindows_ = 0;
+    /// It was given long enough to hide the first.
+    bool ignoresHiding_ = false;
+    Platform::MainQueue::Seconds managerSince_{0};
     std::uint64_t judgedManager_ = 0;
     /// Asked to hide, and neither asked back nor brought back.
     std::set<WindowId> keptAway_;
