@@ -1,8 +1,11 @@
 #include "platform/linux/Diagnosis.h"
 
 #include "platform/linux/desktopicons/X11DesktopWindows.h"
+#include "platform/linux/screenwatch/CaptureRoads.h"
 #include "platform/linux/session/SocketQuestion.h"
+#include "platform/linux/windows/SessionWindows.h"
 #include "platform/linux/x11/X11Connection.h"
+#include "platform/qt/QtMainQueue.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
@@ -22,6 +25,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <mutex>
+#include <optional>
 #include <string_view>
 #include <thread>
 #include <vector>
@@ -57,30 +61,40 @@ std::string desktopsOf(const SessionEnvironment& environment) {
     return orNone(names);
 }
 
-std::string windowsOf(const SessionEnvironment& environment) {
-    if (environment.kind == SessionKind::waylandWithX) {
-        return "X11 windows are listed; none can be hidden, since there is no back end for this Wayland "
-               "session";
+std::string hidingOf(std::optional<Platform::HidingObstacle> obstacle) {
+    using Platform::HidingObstacle;
+    switch (obstacle.value_or(HidingObstacle::notKnownYet)) {
+    case HidingObstacle::waylandSession:
+        return "none can be hidden, since there is no back end for this Wayland session";
+    case HidingObstacle::noWindowManager:
+        return "none can be hidden, since nothing manages the windows";
+    case HidingObstacle::nextSessionNeeded:
+        return "none can be hidden before the next session";
+    case HidingObstacle::windowManagerIgnoresHiding:
+        return "none can be hidden, since the window manager does not do what it is asked";
+    case HidingObstacle::notKnownYet:
+        break;
     }
-    if (environment.kind == SessionKind::wayland) {
-        return "none can be listed or hidden, since there is no back end for this Wayland session";
-    }
-    if (environment.kind == SessionKind::none) {
-        return "none can be listed or hidden, since there is no session";
-    }
-    if (environment.windowManager == "i3") {
-        return "X11 windows are listed; none can be hidden, since i3 does not do what it is asked";
-    }
-    return environment.windowManager ? "X11 windows are listed and hidden"
-                                     : "no window manager names itself; without one none can be hidden";
+    return obstacle ? "whether they can be hidden is not known yet" : "hiding has not been tried yet";
+}
+
+/// As the back end says that Curtain would choose.
+std::string windowsOf(const SessionEnvironment& environment, X11Connection* x11) {
+    QtPlatform::QtMainQueue queue;
+    const auto system = windowsOfSession(environment, x11, queue);
+    const auto count = system->windows().size();
+    return std::to_string(count) + " listed, " +
+           (system->knowsEveryWindow() ? "which are all; " : "and there may be others; ") +
+           hidingOf(system->hidingObstacle());
 }
 
 std::string shortcutOf(const SessionEnvironment& environment) {
     switch (environment.kind) {
     case SessionKind::x11:
-        return "grabbed from the X server, heard everywhere";
+        return "asked of the X server, which has it heard everywhere";
     case SessionKind::waylandWithX:
-        return "grabbed from the X server, heard only while a window of an X11 program has the focus";
+        return "asked of the X server, which has it heard only while a window of an X11 program has the "
+               "focus";
     default:
         return "none, since there is no X server";
     }
@@ -194,8 +208,7 @@ std::string camerasOf() {
 }
 
 std::string roadsOf(const SessionEnvironment& environment, X11Connection* x11) {
-    // The X server of a Wayland session shows its clients nothing but black.
-    const auto* const record = environment.kind == SessionKind::x11 && x11 != nullptr
+    const auto* const record = isScreenReadFromXServer(environment) && x11 != nullptr
                                    ? xcb_get_extension_data(x11->get(), &xcb_record_id)
                                    : nullptr;
     std::string text = record != nullptr && record->present != 0 ? "requests to the X server" : "";
@@ -214,7 +227,7 @@ std::jthread endAfter(std::chrono::seconds patience, const std::function<void(co
         over.wait_for(lock, stop, patience, [] { return false; });
         if (!stop.stop_requested()) {
             print("The rest is not known: somebody does not answer");
-            std::_Exit(EXIT_SUCCESS);
+            std::_Exit(EXIT_FAILURE);
         }
     });
 }
@@ -232,7 +245,7 @@ void diagnose(const SessionEnvironment& environment, const std::function<void(co
           (environment.silentDisplay.empty() ? "" : " (" + environment.silentDisplay + " does not answer)"));
     print(std::string("Session bus: ") + (bus.isConnected() ? "answers" : "none"));
     print("Curtain is running: " + runningOf(bus));
-    print("Windows: " + windowsOf(environment));
+    print("Windows: " + windowsOf(environment, x11.get()));
     print("Shortcut: " + shortcutOf(environment));
     print("Tray: " + trayOf(bus, x11.get()));
     print("Notifications: " + notificationsOf(bus));

@@ -28,9 +28,8 @@
 #include "platform/linux/media/LinuxMediaAuthorization.h"
 #include "platform/linux/motion/ReducedMotion.h"
 #include "platform/linux/notifications/DBusNotificationCenter.h"
-#include "platform/linux/screenwatch/PipeWireCaptureWatch.h"
+#include "platform/linux/screenwatch/CaptureRoads.h"
 #include "platform/linux/screenwatch/ScreenWatch.h"
-#include "platform/linux/screenwatch/X11CaptureWatch.h"
 #include "platform/linux/session/LoginManager.h"
 #include "platform/linux/settingslinks/SettingsLinkOpener.h"
 #include "platform/linux/shell/NoMenuBar.h"
@@ -40,9 +39,7 @@
 #include "platform/linux/tray/TrayStatusBar.h"
 #include "platform/linux/windows/InterfaceLevel.h"
 #include "platform/linux/windows/LinuxWorkspace.h"
-#include "platform/linux/windows/ListedWindowSystem.h"
-#include "platform/linux/windows/NoWindowSystem.h"
-#include "platform/linux/windows/X11WindowSystem.h"
+#include "platform/linux/windows/SessionWindows.h"
 #include "platform/linux/x11/X11Connection.h"
 #include "platform/qt/DetachedProgram.h"
 #include "platform/qt/ImageRendering.h"
@@ -227,19 +224,6 @@ void addShell(Platform::Platform& platform, Session& session) {
         std::make_unique<SettingsLinkOpener>(desktopNames(environment), QtPlatform::startDetached);
 }
 
-std::vector<std::unique_ptr<CaptureWatch>> captureRoads(const SessionEnvironment& environment,
-                                                        Platform::Log& log) {
-    std::vector<std::unique_ptr<CaptureWatch>> roads;
-    // The X server of a Wayland session shows its clients nothing but black.
-    if (auto road = environment.kind == SessionKind::x11 ? X11CaptureWatch::open(log) : nullptr) {
-        roads.push_back(std::move(road));
-    }
-    if (auto road = PipeWireCaptureWatch::open(log)) {
-        roads.push_back(std::move(road));
-    }
-    return roads;
-}
-
 /// A list that is not this session's costs a question that fails at once.
 std::vector<std::unique_ptr<ShortcutList>> shortcutLists(const SessionEnvironment& environment) {
     std::vector<std::unique_ptr<ShortcutList>> lists;
@@ -273,26 +257,6 @@ LinuxCaptureServices& addCamera(Platform::Platform& platform) {
             return mayUseCameras(calls) || !capture.devices().empty();
         });
     return added;
-}
-
-std::unique_ptr<WindowSystem> windowSystemOf(Session& session, Platform::MainQueue& queue) {
-    using Platform::HidingObstacle;
-    const auto& environment = session.environment;
-    if (!session.x11) {
-        return std::make_unique<NoWindowSystem>(environment.isWayland() ? HidingObstacle::waylandSession
-                                                                        : HidingObstacle::noWindowManager);
-    }
-    auto windows = std::make_unique<X11WindowSystem>(*session.x11, queue);
-    if (environment.isWayland()) {
-        return std::make_unique<ListedWindowSystem>(std::move(windows), HidingObstacle::waylandSession,
-                                                    false);
-    }
-    // It has no state in which a window is put away.
-    if (environment.windowManager == "i3") {
-        return std::make_unique<ListedWindowSystem>(std::move(windows),
-                                                    HidingObstacle::windowManagerIgnoresHiding, true);
-    }
-    return windows;
 }
 
 std::unique_ptr<Platform::HotKeyService> hotKeyServiceOf(Session& session,
@@ -329,7 +293,7 @@ Platform::Platform makeLinuxPlatform(const SessionEnvironment& environment) {
     platform.wallClock = std::make_unique<QtPlatform::QtWallClock>();
     platform.uuids = std::make_unique<QtPlatform::QtUuidSource>();
     auto session = std::make_shared<Session>(environment);
-    session->windowSystem = windowSystemOf(*session, *platform.mainQueue);
+    session->windowSystem = windowsOfSession(environment, session->x11.get(), *platform.mainQueue);
     platform.hotKeyService = hotKeyServiceOf(*session, platform);
     auto keyboard = std::make_unique<XkbKeyboard>(session->x11.get(), desktopNames(environment));
     platform.systemShortcuts = std::make_unique<DesktopShortcuts>(

@@ -1,16 +1,23 @@
 """Checks what Curtain answers on its command line, with and without a display, and that it starts nothing for it."""
 
+import contextlib
 import os
+import socket
 import subprocess
+import threading
 import unittest
 
-from desktop_case import CURTAIN, DesktopCase
+from desktop_case import CURTAIN, DesktopCase, wait_until
 
+NO_BACK_END = "and there may be others; none can be hidden, since there is no back end"
 SESSIONS = {
-    "x11-openbox": ("Session: X11", "Window manager: Openbox", "Windows: X11 windows are listed and hidden"),
-    "x11-i3": ("Session: X11", "Window manager: i3", "Windows: X11 windows are listed; none can be hidden, since i3"),
-    "sway": ("Session: Wayland, with an X server", "Window manager: sway", "Windows: X11 windows are listed; none"),
-    "weston": ("Session: Wayland, with an X server", "Window manager: weston", "Windows: X11 windows are listed; none"),
+    "x11-openbox": ("Session: X11", "Window manager: Openbox",
+                    "Windows: 1 listed, which are all; hiding has not been tried yet"),
+    "x11-i3": ("Session: X11", "Window manager: i3",
+               "Windows: 1 listed, which are all; none can be hidden, since the window manager does not"),
+    "sway": ("Session: Wayland, with an X server", "Window manager: sway", f"Windows: 1 listed, {NO_BACK_END}"),
+    # It keeps the list of its X11 windows to itself.
+    "weston": ("Session: Wayland, with an X server", "Window manager: weston", f"Windows: 0 listed, {NO_BACK_END}"),
 }
 
 
@@ -45,6 +52,11 @@ class CommandLineTest(DesktopCase):
         return output
 
     def test_diagnoses_this_session(self):
+        self.start_xterm()
+        search = ["xdotool", "search", "--onlyvisible", "--class", "XTerm"]
+        wait_until(lambda: subprocess.run(search, capture_output=True, check=False).returncode == 0, "a window is there")
+        windows = SESSIONS[os.environ["VIRTUAL_DESKTOP_SESSION"]][-1]
+        wait_until(lambda: windows in self.diagnosis(), windows, seen=self.diagnosis)
         output = self.diagnosis()
         for line in SESSIONS[os.environ["VIRTUAL_DESKTOP_SESSION"]]:
             self.assertIn("\n" + line, output)
@@ -55,6 +67,32 @@ class CommandLineTest(DesktopCase):
         output = self.diagnosis(DISPLAY=None, WAYLAND_DISPLAY=None)
         self.assertIn("\nSession: none", output)
         self.assertIn("\nShortcut: none", output)
+
+    def test_fails_when_somebody_does_not_answer(self):
+        status, output, _ = ask("--diagnose", DISPLAY=self.server_that_answers_once())
+        self.assertIn("\nThe rest is not known: somebody does not answer\n", output)
+        self.assertEqual(status, 1)
+
+    def server_that_answers_once(self):
+        """A display whose first client gets through to the X server; the others wait for ever."""
+        listener = socket.create_server(("127.0.0.1", 0))
+        self.addCleanup(listener.close)
+
+        def hand_on(source, target):
+            with source, contextlib.suppress(OSError):
+                while received := source.recv(65536):
+                    target.sendall(received)
+                target.shutdown(socket.SHUT_RDWR)
+
+        def serve():
+            client, _ = listener.accept()
+            server = socket.socket(socket.AF_UNIX)
+            server.connect(f"/tmp/.X11-unix/X{os.environ['DISPLAY'].strip(':').split('.')[0]}")
+            for pair in ((client, server), (server, client)):
+                threading.Thread(target=hand_on, args=pair, daemon=True).start()
+        threading.Thread(target=serve, daemon=True).start()
+        first_port = 6000
+        return f"127.0.0.1:{listener.getsockname()[1] - first_port}"
 
     def test_diagnoses_without_a_bus(self):
         output = self.diagnosis(DBUS_SESSION_BUS_ADDRESS="nonsense")

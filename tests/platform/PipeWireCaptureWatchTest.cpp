@@ -1,5 +1,8 @@
 #include "platform/linux/screenwatch/PipeWireCaptureWatch.h"
 
+#include "platform/linux/screenwatch/CaptureRoads.h"
+#include "platform/linux/screenwatch/ScreenWatch.h"
+
 #include "tests/support/ChildProcess.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/RecordingLog.h"
@@ -25,6 +28,7 @@
 namespace {
 
 using LinuxPlatform::PipeWireCaptureWatch;
+using LinuxPlatform::SessionKind;
 using testing::IsEmpty;
 using testing::SizeIs;
 using TestSupport::ChildProcess;
@@ -249,8 +253,8 @@ TEST_F(PipeWireDaemonTest, OneThatStaysAwayIsGone) {
     ASSERT_TRUE(watch);
     for (int life = 0; life < 2; ++life) {
         auto daemon = start();
-        ASSERT_TRUE(watch.becomes(false));
-        ASSERT_TRUE(watch->isConnected());
+        ASSERT_TRUE(
+            spinUntil([&] { return watch->isScreenCaptured() == false && watch->isConnected(); }, patience));
         watch.pass(LinuxPlatform::Reopening::longestPause);
         daemon->end(SIGKILL);
         ASSERT_TRUE(watch.becomes(unknown));
@@ -295,6 +299,57 @@ TEST_F(PipeWireDaemonTest, PlaceThatCannotBeReachedLeavesNothingKnown) {
     EXPECT_EQ(answer, unknown);
     EXPECT_THAT(watch.lines(), SizeIs(1));
     EXPECT_TRUE(watch.becomes(false));
+}
+
+/// What all roads of a session together tell.
+class SessionRoads {
+public:
+    explicit SessionRoads(SessionKind kind)
+        : watch_(LinuxPlatform::captureRoads(sessionOf(kind), log_)),
+          isCaptured_(watch_.lookUp("CGSIsScreenWatcherPresent")) {}
+
+    std::optional<bool> isCaptured() const { return isCaptured_(); }
+    const std::vector<std::string>& lines() const { return log_.lines; }
+
+private:
+    static LinuxPlatform::SessionEnvironment sessionOf(SessionKind kind) {
+        LinuxPlatform::SessionEnvironment session;
+        session.kind = kind;
+        return session;
+    }
+
+    TestSupport::RecordingLog log_;
+    LinuxPlatform::ScreenWatch watch_;
+    Platform::ScreenWatcherProbe::Query isCaptured_;
+};
+
+TEST_F(PipeWireDaemonTest, WithoutOneNothingIsKnownWhereThereIsNoOtherRoad) {
+    for (const auto kind : {SessionKind::wayland, SessionKind::waylandWithX}) {
+        const SessionRoads roads(kind);
+        EXPECT_EQ(roads.isCaptured(), unknown);
+        EXPECT_EQ(roads.isCaptured(), unknown);
+        const auto daemon = start();
+        EXPECT_TRUE(spinUntil([&] { return roads.isCaptured() == false; }, patience));
+        EXPECT_THAT(roads.lines(), IsEmpty());
+        daemon->end(SIGTERM);
+        std::filesystem::remove(folder_.path() / "pipewire-0");
+    }
+}
+
+TEST_F(PipeWireDaemonTest, WithoutOneTheXServerTellsEnough) {
+    const SessionRoads roads(SessionKind::x11);
+    EXPECT_EQ(roads.isCaptured(), false);
+    EXPECT_THAT(roads.lines(), IsEmpty());
+}
+
+TEST_F(PipeWireDaemonTest, XServerThatCannotBeReachedStaysUnknown) {
+    const std::string display = std::getenv("DISPLAY");
+    setenv("DISPLAY", "unix/no/such/server:0", 1);
+    const SessionRoads roads(SessionKind::x11);
+    EXPECT_EQ(roads.isCaptured(), unknown);
+    setenv("DISPLAY", display.c_str(), 1);
+    EXPECT_EQ(roads.isCaptured(), unknown) << "it is only asked again";
+    EXPECT_THAT(roads.lines(), SizeIs(1));
 }
 
 } // namespace

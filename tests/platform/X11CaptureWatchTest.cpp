@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <iterator>
 #include <memory>
@@ -460,6 +461,17 @@ TEST_F(X11CaptureWatchTest, ThousandCapturesThatComeAndGoLeaveNothing) {
     EXPECT_EQ(watch_->roundTrips(), roundTrips);
     const auto recorder = read("RECORDER", "image", whole_, "100");
     EXPECT_TRUE(becomes(true));
+}
+
+TEST_F(X11CaptureWatchTest, ServerThatCannotBeReachedAtFirstIsAskedAgain) {
+    const std::string display = std::getenv("DISPLAY");
+    setenv("DISPLAY", "unix/no/such/server:0", 1);
+    watch_ = open();
+    ASSERT_TRUE(watch_);
+    EXPECT_EQ(watch_->isScreenCaptured(), std::nullopt);
+    setenv("DISPLAY", display.c_str(), 1);
+    time_ += LinuxPlatform::Reopening::shortestPause;
+    checkThatItBeginsAgain();
 }
 
 } // namespace

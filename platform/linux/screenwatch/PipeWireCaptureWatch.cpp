@@ -57,7 +57,10 @@ bool isDevice(const spa_dict* properties) {
 
 class PipeWireCaptureWatch::Registry {
 public:
-    Registry(Platform::Log& log, Reopening::Now now) : log_(log), now_(std::move(now)) {
+    Registry(Platform::Log& log, Reopening::Now now, WithoutDaemon withoutDaemon)
+        : withoutDaemon_(withoutDaemon),
+          log_(log),
+          now_(std::move(now)) {
         pw_init(nullptr, nullptr);
         loop_.reset(pw_loop_new(nullptr));
         if (!loop_) {
@@ -122,6 +125,7 @@ private:
             return;
         }
         absentSince_.reset();
+        isKnown_ = false;
         if (hasBroken_) {
             reopening_.tried(now_());
         }
@@ -176,7 +180,7 @@ private:
             say(reopening_.broke(now_()));
             reopening_.tried(now_());
         }
-        isKnown_ = isAbsent && !hasBroken_;
+        isKnown_ = isAbsent && !hasBroken_ && withoutDaemon_ == WithoutDaemon::nobodyCasts;
     }
 
     /// What is there already comes in two parts: first the objects, then what they say of themselves.
@@ -353,13 +357,15 @@ private:
     bool isKnown_ = false;
     std::optional<Reopening::Clock::time_point> lastCast_;
     Reopening reopening_;
+    WithoutDaemon withoutDaemon_;
     Platform::Log& log_;
     Reopening::Now now_;
     std::unique_ptr<QSocketNotifier> notifier_;
 };
 
-std::unique_ptr<PipeWireCaptureWatch> PipeWireCaptureWatch::open(Platform::Log& log, Reopening::Now now) {
-    auto registry = std::make_unique<Registry>(log, std::move(now));
+std::unique_ptr<PipeWireCaptureWatch> PipeWireCaptureWatch::open(Platform::Log& log, Reopening::Now now,
+                                                                 WithoutDaemon withoutDaemon) {
+    auto registry = std::make_unique<Registry>(log, std::move(now), withoutDaemon);
     if (!registry->isUsable()) {
         return nullptr;
     }

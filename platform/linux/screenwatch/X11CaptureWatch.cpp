@@ -5,12 +5,8 @@
 namespace LinuxPlatform {
 
 std::unique_ptr<X11CaptureWatch> X11CaptureWatch::open(Platform::Log& log, Reopening::Now now) {
-    auto connection = X11Connection::open();
-    if (!connection) {
-        return nullptr;
-    }
     std::unique_ptr<X11CaptureWatch> watch(new X11CaptureWatch(log, std::move(now)));
-    watch->readers_ = X11ScreenReaders::open(std::move(connection));
+    watch->readers_ = X11ScreenReaders::open(X11Connection::open());
     if (!watch->readers_) {
         watch->lose();
     }

@@ -16,7 +16,7 @@ namespace LinuxPlatform {
 /// since captures are known by what they do for a while.
 class X11CaptureWatch : public CaptureWatch {
 public:
-    /// Null when there is no X server. `log` outlives the watch.
+    /// Never null: a server that cannot be reached yet is asked again. `log` outlives the watch.
     static std::unique_ptr<X11CaptureWatch> open(Platform::Log& log,
                                                  Reopening::Now now = &Reopening::Clock::now);
 
