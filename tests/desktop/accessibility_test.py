@@ -260,11 +260,13 @@ class UnpluggingTest(AccessibilityCase):
                     for name in cameras]
         for name in cameras:
             os.kill(int((pids / name).read_text()), signal.SIGTERM)
-        self.wait_line("label: Camera Preview")
+        self.wait_line("label: No camera found")
         self.assert_all_is_said()
         for command in commands:
             os.posix_spawn(command[0], command, os.environ)
-        wait_until(lambda: self.lines() and "label: Camera Preview" not in self.lines(), "there is a picture again",
+        self.wait_line("panel: Camera: Looks good")
+        without_picture = {"label: No camera found", "label: Camera Preview"}
+        wait_until(lambda: (lines := self.lines()) and without_picture.isdisjoint(lines), "there is a picture again",
                    seen=lambda: self.lines())
 
 
