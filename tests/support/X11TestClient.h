@@ -90,8 +90,10 @@ public:
         if (!reply || reply->format != 32) {
             return {};
         }
-        const auto* const first = static_cast<const std::uint32_t*>(xcb_get_property_value(reply.get()));
-        return {first, first + reply->value_len};
+        std::vector<std::uint32_t> values(reply->value_len);
+        std::copy_n(static_cast<const std::uint32_t*>(xcb_get_property_value(reply.get())), values.size(),
+                    values.begin());
+        return values;
     }
 
     bool isListed(xcb_window_t window) const { return contains(numbers(root(), "_NET_CLIENT_LIST"), window); }
