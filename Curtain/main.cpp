@@ -7,6 +7,7 @@
 #include "platform/linux/session/SessionProbe.h"
 #include "platform/qt/DisplayCheck.h"
 #include "platform/qt/ForeignFileMessages.h"
+#include "platform/qt/QtMainQueue.h"
 #include "platform/qt/SessionRestart.h"
 #include "platform/qt/TerminationSignals.h"
 
@@ -50,7 +51,8 @@ int answerOption(int argumentCount, char** arguments) {
         const auto session = LinuxPlatform::probeSession(LinuxPlatform::sourcesOfThisSession());
         const QCoreApplication application(argumentCount, arguments);
         printLine("Curtain: " CURTAIN_VERSION);
-        LinuxPlatform::diagnose(session, printLine);
+        QtPlatform::QtMainQueue mainQueue;
+        LinuxPlatform::diagnose(session, mainQueue, printLine);
         return EXIT_SUCCESS;
     }
     const auto* const refused = isAlone ? arguments[1] : arguments[2];

@@ -5,7 +5,6 @@
 #include "platform/linux/session/SocketQuestion.h"
 #include "platform/linux/windows/SessionWindows.h"
 #include "platform/linux/x11/X11Connection.h"
-#include "platform/qt/QtMainQueue.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
@@ -79,9 +78,9 @@ std::string hidingOf(std::optional<Platform::HidingObstacle> obstacle) {
 }
 
 /// As the back end says that Curtain would choose.
-std::string windowsOf(const SessionEnvironment& environment, X11Connection* x11) {
-    QtPlatform::QtMainQueue queue;
-    const auto system = windowsOfSession(environment, x11, queue);
+std::string windowsOf(const SessionEnvironment& environment, X11Connection* x11,
+                      Platform::MainQueue& mainQueue) {
+    const auto system = windowsOfSession(environment, x11, mainQueue);
     const auto count = system->windows().size();
     return std::to_string(count) + " listed, " +
            (system->knowsEveryWindow() ? "which are all; " : "and there may be others; ") +
@@ -234,7 +233,8 @@ std::jthread endAfter(std::chrono::seconds patience, const std::function<void(co
 
 } // namespace
 
-void diagnose(const SessionEnvironment& environment, const std::function<void(const std::string&)>& print) {
+void diagnose(const SessionEnvironment& environment, Platform::MainQueue& mainQueue,
+              const std::function<void(const std::string&)>& print) {
     const auto deadline = endAfter(std::chrono::seconds(10), print);
     const Bus bus;
     const auto x11 = environment.hasXServer() ? X11Connection::open() : nullptr;
@@ -245,7 +245,7 @@ void diagnose(const SessionEnvironment& environment, const std::function<void(co
           (environment.silentDisplay.empty() ? "" : " (" + environment.silentDisplay + " does not answer)"));
     print(std::string("Session bus: ") + (bus.isConnected() ? "answers" : "none"));
     print("Curtain is running: " + runningOf(bus));
-    print("Windows: " + windowsOf(environment, x11.get()));
+    print("Windows: " + windowsOf(environment, x11.get(), mainQueue));
     print("Shortcut: " + shortcutOf(environment));
     print("Tray: " + trayOf(bus, x11.get()));
     print("Notifications: " + notificationsOf(bus));
