@@ -8,6 +8,7 @@
 #include "platform/linux/apps/ProcessTable.h"
 #include "platform/linux/apps/ProgramNames.h"
 #include "platform/linux/apps/SnapConfinement.h"
+#include "platform/linux/windows/WindowHints.h"
 
 #include <cstdint>
 #include <optional>
@@ -16,19 +17,6 @@
 #include <vector>
 
 namespace LinuxPlatform {
-
-/// What a window says about the app that it belongs to; empty where it says nothing.
-struct WindowHints {
-    /// The two halves of the window's class, the more particular one first.
-    std::string instanceName;
-    std::string className;
-    /// Desktop-entry ids, with or without suffix, or paths.
-    std::string desktopFile;
-    std::string applicationId;
-    std::optional<std::uint32_t> process;
-
-    bool operator==(const WindowHints&) const = default;
-};
 
 struct AppIdentifier {
     std::string bundleIdentifier;

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/linux/desktopicons/EarlierValue.h"
 #include "platform/linux/desktopicons/GSettingsKey.h"
+#include "platform/linux/session/EarlierValue.h"
 
 #include <string>
 

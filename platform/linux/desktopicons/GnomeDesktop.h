@@ -1,8 +1,8 @@
 #pragma once
 
 #include "platform/linux/desktopicons/DesktopBus.h"
-#include "platform/linux/desktopicons/EarlierValue.h"
 #include "platform/linux/desktopicons/IconDesktop.h"
+#include "platform/linux/session/EarlierValue.h"
 
 #include <map>
 

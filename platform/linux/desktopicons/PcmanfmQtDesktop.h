@@ -2,8 +2,8 @@
 
 #include "platform/linux/desktopicons/DesktopBus.h"
 #include "platform/linux/desktopicons/DesktopProgram.h"
-#include "platform/linux/desktopicons/EarlierValue.h"
 #include "platform/linux/desktopicons/IconDesktop.h"
+#include "platform/linux/session/EarlierValue.h"
 
 namespace LinuxPlatform {
 

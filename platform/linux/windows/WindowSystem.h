@@ -2,7 +2,8 @@
 
 #include "platform/Subscription.h"
 #include "platform/SystemVersion.h"
-#include "platform/linux/apps/AppIdentity.h"
+#include "platform/linux/windows/WindowHints.h"
+#include "platform/linux/windows/WindowId.h"
 
 #include <cstdint>
 #include <functional>
@@ -11,9 +12,6 @@
 #include <vector>
 
 namespace LinuxPlatform {
-
-/// Names a window for as long as it exists.
-using WindowId = std::uint64_t;
 
 /// One top-level window of the session, as its window manager sees it.
 struct Window {

@@ -38,7 +38,11 @@ X11WindowSystem::X11WindowSystem(X11Connection& connection, Platform::MainQueue&
     : connection_(connection),
       mainQueue_(mainQueue),
       model_(connection, [this] { scheduleTakeIn(); }),
-      hostName_(localHostName()) {
+      hostName_(localHostName()),
+      leaving_(mainQueue),
+      activation_(
+          mainQueue, [this] { return lookAtScene(); },
+          [this](WindowId window) { bringToFront(xcbWindow(window)); }) {
     scheduleTakeIn();
 }
 
@@ -81,23 +85,26 @@ bool X11WindowSystem::exists(WindowId window) const {
 }
 
 void X11WindowSystem::hide(std::span<const WindowId> windows) {
-    rememberFocus(windows);
-    lastHide_ = mainQueue_.now();
+    activation_.forget([this](WindowId window) { return !exists(window); });
+    activation_.noteHiding(windows, model_.activeWindow());
+    leaving_.add(windows);
+    std::vector<TakenWindow> taken;
     for (const auto window : windows) {
+        // The window manager remembers the places itself.
+        taken.push_back({window, {}});
         requestIconic(xcbWindow(window));
         model_.expectHidden(xcbWindow(window));
-        keptAway_.insert(window);
         awaitingShow_.erase(window);
-        awaitingActivation_.erase(window);
     }
+    taken_.take(taken);
     connection_.flush();
     watchHiding(windows);
     keepPopupsAway();
 }
 
 void X11WindowSystem::keepPopupsAway() {
-    std::erase_if(keptAway_, [this](WindowId window) { return !exists(window); });
-    if (keptAway_.empty()) {
+    taken_.forget([this](WindowId window) { return !exists(window); });
+    if (taken_.isEmpty()) {
         popups_.reset();
         return;
     }
@@ -108,9 +115,8 @@ void X11WindowSystem::keepPopupsAway() {
     }
 }
 
-bool X11WindowSystem::isKeptAway(const Window& window) const {
-    return keptAway_.contains(window.id) &&
-           (window.isHidden || model_.isExpectedHidden(xcbWindow(window.id)));
+bool X11WindowSystem::isTaken(const Window& window) const {
+    return taken_.contains(window.id) && (window.isHidden || model_.isExpectedHidden(xcbWindow(window.id)));
 }
 
 bool X11WindowSystem::isPopupOfHiddenApp(const X11Popup& popup) {
@@ -118,7 +124,7 @@ bool X11WindowSystem::isPopupOfHiddenApp(const X11Popup& popup) {
     for (const auto owner : popup.owners) {
         const auto window = std::ranges::find(windows_, WindowId{owner}, &Window::id);
         if (window != windows_.end()) {
-            return isKeptAway(*window);
+            return isTaken(*window);
         }
     }
     // Where its program has windows of several apps, it may be any one's.
@@ -126,10 +132,10 @@ bool X11WindowSystem::isPopupOfHiddenApp(const X11Popup& popup) {
     for (const auto& window : windows_) {
         const bool isSameProgram =
             popup.process ? popup.process == window.hints.process : popup.client == window.client;
-        if (isSameProgram && !window.isHidden && !isKeptAway(window)) {
+        if (isSameProgram && !window.isHidden && !isTaken(window)) {
             return false;
         }
-        hasWindowAway = hasWindowAway || (isSameProgram && isKeptAway(window));
+        hasWindowAway = hasWindowAway || (isSameProgram && isTaken(window));
     }
     return hasWindowAway;
 }
@@ -186,7 +192,12 @@ void X11WindowSystem::endExpectation(std::uint64_t request, std::span<const Wind
             model_.expectNoMore(xcbWindow(window));
         }
     }
+    noteWhatHasSettled();
     connection_.flush();
+}
+
+void X11WindowSystem::noteWhatHasSettled() {
+    leaving_.remove([this](WindowId window) { return !model_.isExpectedHidden(xcbWindow(window)); });
 }
 
 void X11WindowSystem::judge(std::uint64_t request) {
@@ -220,9 +231,7 @@ void X11WindowSystem::noteWhatWasHeeded(const X11WindowModel::Changes& changes) 
 }
 
 void X11WindowSystem::noteWhatIsBack(const X11WindowModel::Changes& changes) {
-    for (const auto window : changes.returned) {
-        keptAway_.erase(window);
-    }
+    taken_.forget(std::vector<WindowId>(changes.returned.begin(), changes.returned.end()));
     if (popups_) {
         keepPopupsAway();
     }
@@ -232,58 +241,34 @@ void X11WindowSystem::show(std::span<const WindowId> windows) {
     for (const auto window : windows) {
         requestHidden(xcbWindow(window), false);
         awaitingHide_.erase(window);
-        keptAway_.erase(window);
         awaitingShow_.insert(window);
     }
+    taken_.forget(windows);
     connection_.flush();
     keepPopupsAway();
     watchShowing();
 }
 
 void X11WindowSystem::activate(std::span<const WindowId> windows) {
-    // Where several apps are given back, they come back one after another. One window can come to the front,
-    // and the others are to keep their places.
-    if (awaitingActivation_.empty()) {
-        mainQueue_.async(lifetime_.weak([this] { activateOne(); }));
-    }
-    awaitingActivation_.insert(windows.begin(), windows.end());
+    activation_.request(windows);
 }
 
-void X11WindowSystem::activateOne() {
+WindowActivation::Scene X11WindowSystem::lookAtScene() {
     takeIn();
-    const auto desktop = model_.currentDesktop();
-    const auto isCandidate = [&](xcb_window_t id) {
-        const auto* const window = awaitingActivation_.contains(id) ? model_.find(id) : nullptr;
-        return window != nullptr && window->isManaged &&
-               (!desktop || !window->desktop || window->desktop == desktop ||
-                window->desktop == onAllDesktops);
-    };
     const auto stackingOrder = model_.stackingOrder();
-    const auto topmost = std::find_if(stackingOrder.rbegin(), stackingOrder.rend(), isCandidate);
-    const auto focused = std::ranges::find_if(hiddenWithFocus_, isCandidate);
-    if (focused != hiddenWithFocus_.end() || topmost != stackingOrder.rend()) {
-        connection_.sendToWindowManager(focused != hiddenWithFocus_.end() ? *focused : *topmost,
-                                        model_.atom(X11WindowModel::netActiveWindow),
-                                        std::array{sourcePager, std::uint32_t{XCB_CURRENT_TIME}});
-        connection_.flush();
-    }
-    std::erase_if(hiddenWithFocus_, [this](auto window) { return awaitingActivation_.contains(window); });
-    awaitingActivation_.clear();
+    return {{stackingOrder.begin(), stackingOrder.end()},
+            [this, desktop = model_.currentDesktop()](WindowId id) {
+                const auto* const window = model_.find(xcbWindow(id));
+                return window != nullptr && window->isManaged &&
+                       (!desktop || !window->desktop || window->desktop == desktop ||
+                        window->desktop == onAllDesktops);
+            }};
 }
 
-void X11WindowSystem::rememberFocus(std::span<const WindowId> hidden) {
-    std::erase_if(hiddenWithFocus_, [this](auto window) { return !exists(window); });
-    const auto active = model_.activeWindow();
-    const bool isKnown = !active || std::ranges::find(hiddenWithFocus_, *active) != hiddenWithFocus_.end();
-    if (!isKnown && std::ranges::find(hidden, WindowId{*active}) != hidden.end()) {
-        hiddenWithFocus_.push_back(*active);
-    }
-}
-
-bool X11WindowSystem::isOnItsWayOut(xcb_window_t window) const {
-    // While several windows are hidden, the window manager passes the focus from one to the next. Nobody
-    // chose that.
-    return model_.isExpectedHidden(window) && mainQueue_.now() - lastHide_ < hideDeadline;
+void X11WindowSystem::bringToFront(xcb_window_t window) {
+    connection_.sendToWindowManager(window, model_.atom(X11WindowModel::netActiveWindow),
+                                    std::array{sourcePager, std::uint32_t{XCB_CURRENT_TIME}});
+    connection_.flush();
 }
 
 Platform::Subscription X11WindowSystem::addEventHandler(EventHandler handler) {
@@ -293,6 +278,7 @@ Platform::Subscription X11WindowSystem::addEventHandler(EventHandler handler) {
 void X11WindowSystem::takeIn() {
     connection_.dispatchEvents();
     const auto changes = model_.update();
+    noteWhatHasSettled();
     if (std::exchange(notedGeneration_, model_.generation()) != model_.generation()) {
         noteWhatWasHeeded(changes);
         noteWhatIsBack(changes);
@@ -306,7 +292,7 @@ void X11WindowSystem::takeIn() {
     for (const auto window : changes.returned) {
         undelivered_.emplace_back(WindowEvent::activated, window);
     }
-    if (changes.activated && !isOnItsWayOut(*changes.activated)) {
+    if (changes.activated && !leaving_.contains(*changes.activated)) {
         undelivered_.emplace_back(WindowEvent::activated, *changes.activated);
     }
     if (!changes.empty()) {
@@ -330,7 +316,7 @@ void X11WindowSystem::deliverEvents() {
             continue;
         }
         // It was asked to hide after that.
-        if (event == WindowEvent::activated && (model_.isHidden(*found) || isOnItsWayOut(window))) {
+        if (event == WindowEvent::activated && (model_.isHidden(*found) || leaving_.contains(window))) {
             continue;
         }
         handlers_.tell(event, describe(*found));

@@ -3,6 +3,9 @@
 #include "platform/Lifetime.h"
 #include "platform/MainQueue.h"
 #include "platform/Subscribers.h"
+#include "platform/linux/windows/LeavingWindows.h"
+#include "platform/linux/windows/TakenWindows.h"
+#include "platform/linux/windows/WindowActivation.h"
 #include "platform/linux/windows/WindowSystem.h"
 #include "platform/linux/windows/X11Popups.h"
 #include "platform/linux/windows/X11WindowModel.h"
@@ -45,21 +48,21 @@ private:
     Window describe(const X11Window& window) const;
     void requestHidden(xcb_window_t window, bool hidden);
     void keepPopupsAway();
-    bool isKeptAway(const Window& window) const;
+    bool isTaken(const Window& window) const;
     bool isPopupOfHiddenApp(const X11Popup& popup);
     void requestIconic(xcb_window_t window);
     void watchHiding(std::span<const WindowId> windows);
     bool isToBeHidden(WindowId window) const;
     void endExpectation(std::uint64_t request, std::span<const WindowId> windows, std::uint64_t hiddenBefore);
+    void noteWhatHasSettled();
     void judge(std::uint64_t request);
     bool isAwaited(std::uint64_t request) const;
     void noteWhatWasHeeded(const X11WindowModel::Changes& changes);
     void noteWhatIsBack(const X11WindowModel::Changes& changes);
     void watchShowing();
     void mapStillHidden(std::size_t countBefore);
-    void activateOne();
-    void rememberFocus(std::span<const WindowId> hidden);
-    bool isOnItsWayOut(xcb_window_t window) const;
+    WindowActivation::Scene lookAtScene();
+    void bringToFront(xcb_window_t window);
 
     X11Connection& connection_;
     Platform::MainQueue& mainQueue_;
@@ -80,17 +83,14 @@ private:
     bool ignoresHiding_ = false;
     Platform::MainQueue::Seconds managerSince_{0};
     std::uint64_t judgedManager_ = 0;
-    /// Asked to hide, and neither asked back nor brought back.
-    std::set<WindowId> keptAway_;
-    /// Null while no window is kept away.
+    TakenWindows taken_;
+    LeavingWindows leaving_;
+    /// Null while no window is taken.
     std::unique_ptr<X11Popups> popups_;
     /// Asked back and not known to have come.
     std::set<WindowId> awaitingShow_;
     std::uint64_t lastShowWatch_ = 0;
-    Platform::MainQueue::Seconds lastHide_{0};
-    std::set<WindowId> awaitingActivation_;
-    /// Had the focus when they were hidden; the window manager may pass it from one to the next meanwhile.
-    std::vector<xcb_window_t> hiddenWithFocus_;
+    WindowActivation activation_;
     bool isTakeInScheduled_ = false;
     std::vector<std::pair<WindowEvent, xcb_window_t>> undelivered_;
     Platform::Subscribers<WindowEvent, Window> handlers_;

@@ -1,4 +1,4 @@
-#include "platform/linux/desktopicons/EarlierValue.h"
+#include "platform/linux/session/EarlierValue.h"
 
 #include <utility>
 

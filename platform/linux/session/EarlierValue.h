@@ -7,7 +7,7 @@
 
 namespace LinuxPlatform {
 
-/// A desktop's setting as it was before it was changed, kept on disk until it is given back.
+/// Something of the user's desktop as it was before it was changed, kept on disk until it is given back.
 class EarlierValue {
 public:
     /// `state` outlives this object; `name` is the value's own in there. `session` is the mark of the user's
