@@ -256,6 +256,25 @@ TEST_F(DBusNotificationCenterTest, AnsweredOneIsTakenAwayOnceTheDelegateIsDone) 
     EXPECT_THAT(server_->closed, ElementsAre(2));
 }
 
+TEST_F(DBusNotificationCenterTest, WhatIsSaidOfANoticeBeforeItsNumberIsKnownCounts) {
+    startServer();
+    post(plain("first"));
+    server_->mood = Mood::holds;
+    server_->nextId = 20;
+    center_->add(rehidden("mail"));
+    center_->add(rehidden("news"));
+    EXPECT_TRUE(spinUntil([&] { return server_->heldMessages() >= 2; }));
+    server_->close(21);
+    server_->invoke(20, "REVEAL");
+    server_->invoke(22, "REVEAL");
+    server_->answerHeld();
+    EXPECT_THAT(answers(1), ElementsAre("REVEAL mail"));
+    EXPECT_EQ(post(rehidden("news")).replaces, 0U);
+    server_->invoke(1, "default");
+    EXPECT_THAT(answers(2), ElementsAre("REVEAL mail", std::string(defaultAnswer) + " first"))
+        << "and nothing of a number that was nobody's then";
+}
+
 TEST_F(DBusNotificationCenterTest, OneAnswerCountsOnce) {
     startServer();
     post(rehidden("mail"));

@@ -6,6 +6,8 @@
 #include "tests/support/PrivateBus.h"
 
 #include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
 #include <QProcess>
 #include <QString>
 #include <QStringList>
@@ -208,6 +210,17 @@ protected:
             },
             patience);
     }
+
+    /// Whether the server has dealt with all that the centre has sent, and the centre with the answers.
+    static bool isTakenIn() {
+        const auto question = QDBusMessage::createMethodCall(
+            QStringLiteral("org.freedesktop.Notifications"), QStringLiteral("/org/freedesktop/Notifications"),
+            QStringLiteral("org.freedesktop.Notifications"), QStringLiteral("GetServerInformation"));
+        QDBusPendingCallWatcher answer(QDBusConnection::sessionBus().asyncCall(question));
+        bool isAnswered = false;
+        QObject::connect(&answer, &QDBusPendingCallWatcher::finished, [&] { isAnswered = true; });
+        return spinUntil([&] { return isAnswered; }, patience);
+    }
 };
 
 TEST_F(DunstTest, NoticesStackTakeTheirPlaceAndAreAnswered) {
@@ -215,7 +228,9 @@ TEST_F(DunstTest, NoticesStackTakeTheirPlaceAndAreAnswered) {
     ASSERT_TRUE(areShown(1));
     center_->add(activated("two"));
     ASSERT_TRUE(areShown(2));
+    ASSERT_TRUE(isTakenIn());
     center_->add(activated("one"));
+    ASSERT_TRUE(isTakenIn());
     control(QStringLiteral("action"), QStringLiteral("0"));
     ASSERT_TRUE(isAnswered(1));
     EXPECT_TRUE(areShown(1)) << "dunst itself would let it stand";

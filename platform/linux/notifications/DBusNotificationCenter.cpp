@@ -17,6 +17,7 @@ namespace Option = Platform::NotificationOption;
 constexpr QLatin1String service("org.freedesktop.Notifications");
 constexpr QLatin1String path("/org/freedesktop/Notifications");
 constexpr QLatin1String interface("org.freedesktop.Notifications");
+constexpr QLatin1String actionInvokedName("ActionInvoked");
 
 /// The protocol's key of the click on the notification itself.
 constexpr auto defaultActionKey = "default";
@@ -26,6 +27,8 @@ constexpr Platform::MainQueue::Seconds patience{60};
 constexpr int serversAtMost = 3;
 constexpr uchar normalUrgency = 1;
 constexpr int untilTheServerDecides = -1;
+/// More would be nonsense.
+constexpr std::size_t earlySignalsAtMost = 100;
 
 QString text(const std::string& utf8) {
     return QString::fromStdString(utf8);
@@ -55,7 +58,7 @@ DBusNotificationCenter::DBusNotificationCenter(const QDBusConnection& bus, Platf
       applicationName_(std::move(applicationName)),
       desktopEntry_(std::move(desktopEntry)),
       owner_(bus, service, [this] { ownerChanged(); }),
-      actionInvoked_(bus, service, path, interface, QStringLiteral("ActionInvoked"),
+      actionInvoked_(bus, service, path, interface, actionInvokedName,
                      [this](const QDBusMessage& message) { actionInvoked(message); }),
       closed_(bus, service, path, interface, QStringLiteral("NotificationClosed"),
               [this](const QDBusMessage& message) { closed(message); }) {}
@@ -119,6 +122,7 @@ void DBusNotificationCenter::ownerChanged() {
     capabilities_.reset();
     isAskingCapabilities_ = false;
     shown_.clear();
+    earlySignals_.clear();
     for (auto& [identifier, post] : std::exchange(inFlight_, {})) {
         putBack(post);
     }
@@ -224,6 +228,7 @@ void DBusNotificationCenter::sent(const std::string& identifier, const QDBusMess
         }
         shown_.insert_or_assign(identifier, std::move(shown));
     }
+    lookAtEarlySignals();
     sendWaiting();
 }
 
@@ -231,6 +236,7 @@ void DBusNotificationCenter::actionInvoked(const QDBusMessage& message) {
     const auto arguments = message.arguments();
     const auto found = shownIn(message);
     if (found == shown_.end() || arguments.size() < 2) {
+        keepForLater(message);
         return;
     }
     const auto key = arguments[1].toString().toStdString();
@@ -263,6 +269,24 @@ void DBusNotificationCenter::close(std::uint32_t serverId) {
 void DBusNotificationCenter::closed(const QDBusMessage& message) {
     if (const auto found = shownIn(message); found != shown_.end()) {
         shown_.erase(found);
+    } else {
+        keepForLater(message);
+    }
+}
+
+void DBusNotificationCenter::keepForLater(const QDBusMessage& message) {
+    if (!inFlight_.empty() && earlySignals_.size() < earlySignalsAtMost) {
+        earlySignals_.push_back(message);
+    }
+}
+
+void DBusNotificationCenter::lookAtEarlySignals() {
+    for (const auto& message : std::exchange(earlySignals_, {})) {
+        if (message.member() == actionInvokedName) {
+            actionInvoked(message);
+        } else {
+            closed(message);
+        }
     }
 }
 

@@ -79,6 +79,9 @@ private:
     void close(std::uint32_t serverId);
     void actionInvoked(const QDBusMessage& message);
     void closed(const QDBusMessage& message);
+    /// What it is about may have its number on its way.
+    void keepForLater(const QDBusMessage& message);
+    void lookAtEarlySignals();
     QVariantMap hints(const Post& post) const;
     QStringList actions(const Post& post) const;
     /// The shown notification with the server's number that the message begins with.
@@ -108,6 +111,9 @@ private:
     /// Those that the server has been handed and has not answered yet, by their identifier.
     std::map<std::string, Post> inFlight_;
     std::map<std::string, Shown> shown_;
+    /// What the server said of numbers that nobody knew yet: a reply may be handed over after the signals
+    /// that followed it.
+    std::vector<QDBusMessage> earlySignals_;
     std::optional<Capabilities> capabilities_;
     bool isAskingCapabilities_ = false;
     /// Counts the changes of the server, so that an answer of an earlier one is told from those of the
