@@ -167,17 +167,27 @@ Platform::ApplicationFolders applicationFolders() {
 /// Panels are no higher; the distance is that of two corners of an icon at most.
 constexpr int farthestFromPointer = 128;
 
-/// On X11 an icon that was clicked is at the pointer. Elsewhere it is at least in a panel, as far as panels
-/// are known.
-bool isPlausiblePlace(const QPoint& pixel, const SessionEnvironment& environment) {
-    if (environment.kind == SessionKind::x11) {
-        const auto pointer = QtPlatform::ScreenGeometry::pointer();
-        return !pointer || (std::abs(pixel.x() - pointer->x()) <= farthestFromPointer &&
-                            std::abs(pixel.y() - pointer->y()) <= farthestFromPointer);
+/// Absent where the pointer's place is not known.
+std::optional<bool> isNearPointer(const QPoint& pixel, const SessionEnvironment& environment) {
+    const auto pointer =
+        environment.kind == SessionKind::x11 ? QtPlatform::ScreenGeometry::pointer() : std::nullopt;
+    if (!pointer) {
+        return std::nullopt;
     }
+    return std::abs(pixel.x() - pointer->x()) <= farthestFromPointer &&
+           std::abs(pixel.y() - pointer->y()) <= farthestFromPointer;
+}
+
+/// As far as panels are known.
+bool isInPanel(const QPoint& pixel) {
     const auto* const screen = QtPlatform::ScreenGeometry::screenAt(pixel);
     return screen != nullptr && !screen->availableGeometry().toRectF().contains(
                                     QtPlatform::ScreenGeometry::inPoints({pixel, QSize(1, 1)}, *screen));
+}
+
+/// An icon that was clicked is at the pointer, and one that was chosen by the keyboard at least in a panel.
+bool isPlausiblePlace(const QPoint& pixel, const SessionEnvironment& environment) {
+    return isNearPointer(pixel, environment).value_or(false) || isInPanel(pixel);
 }
 
 TrayToolkit trayToolkit(const SessionEnvironment& environment) {

@@ -421,6 +421,7 @@ class TrayTest(unittest.TestCase):
             self.host("Send", item, method, "300", "200")
         # Calls are answered in their order, so those two have been dealt with.
         self.assertEqual(menus(), [])
+        output("xdotool", "mousemove", "310", "190")
         self.host("Send", item, "ContextMenu", "300", "200")
         menu = wait_until(menus, "the menu")[0]
         self.assertEqual((menu.x, menu.y), (300, 201))
@@ -436,6 +437,14 @@ class TrayTest(unittest.TestCase):
         self.start_curtain()
         output("xdotool", "mousemove", "400", "300")
         self.host("Send", self.wait_for_item(), "ContextMenu", "0", "0")
+        menu = wait_until(menus, "the menu")[0]
+        self.assertEqual((menu.x, menu.y), (400, 300))
+
+    def test_opens_the_menu_at_the_pointer_when_the_host_names_a_place_where_no_icon_can_be(self):
+        self.start_host()
+        self.start_curtain()
+        output("xdotool", "mousemove", "400", "300")
+        self.host("Send", self.wait_for_item(), "ContextMenu", "900", "700")
         menu = wait_until(menus, "the menu")[0]
         self.assertEqual((menu.x, menu.y), (400, 300))
 

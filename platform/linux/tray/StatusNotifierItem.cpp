@@ -196,10 +196,10 @@ public:
         if (message.type() != QDBusMessage::MethodCallMessage || message.interface() != itemInterface) {
             return false;
         }
+        // Whoever is answered may let go of the key at once.
+        const bool isControlHeld = QGuiApplication::queryKeyboardModifiers().testFlag(Qt::ControlModifier);
         bus.send(message.createReply());
         if (const auto type = eventType(message.member())) {
-            const bool isControlHeld =
-                QGuiApplication::queryKeyboardModifiers().testFlag(Qt::ControlModifier);
             content_.onClick({*type, isControlHeld ? Platform::EventModifier::control : 0},
                              place(message.arguments()));
         }
