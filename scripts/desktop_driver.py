@@ -369,6 +369,8 @@ class Desktop:
         return program
 
     def end_programs(self):
+        # A browser's helpers write to its profile for a moment after it has ended.
+        helpers = [process for program in self._programs for process in program.family()[1:]]
         for program in self._programs:
             if program.poll() is None:
                 program.terminate()
@@ -380,6 +382,8 @@ class Desktop:
                 program.wait()
         self._programs.clear()
         wait_until(lambda: not self.windows(), "the windows of the programs are gone")
+        wait_until(lambda: not still_running(helpers), "the processes of the programs are gone",
+                   seen=lambda: still_running(helpers))
 
     def windows(self):
         """All but the desktop's own, in the order of their opening."""
@@ -455,6 +459,38 @@ def chromium(profile, *arguments):
             "--disable-component-update", "--disable-sync", f"--user-data-dir={profile}", *arguments]
 
 
+class Process(NamedTuple):
+    identifier: int
+    parent: int
+    # Tells it from a later one with the same identifier.
+    start_time: int
+
+    @staticmethod
+    def all():
+        """Those that run."""
+        for folder in Path("/proc").glob("[0-9]*"):
+            try:
+                state, parent, *rest = (folder / "stat").read_text().rpartition(")")[2].split()
+            except OSError:
+                continue
+            if state != "Z":
+                yield Process(int(folder.name), int(parent), int(rest[17]))
+
+    def family(self):
+        """This one and all that it and they have started."""
+        children = {}
+        for process in Process.all():
+            children.setdefault(process.parent, []).append(process)
+        found = [self]
+        for process in found:
+            found += children.get(process.identifier, ())
+        return found
+
+
+def still_running(processes):
+    return sorted(set(processes) & set(Process.all()))
+
+
 class Program(subprocess.Popen):
     """A program whose output goes to the files LOG.out and LOG.err."""
 
@@ -464,6 +500,10 @@ class Program(subprocess.Popen):
         self._complaints = log.with_suffix(".err")
         with open(self._output, "wb") as output, open(self._complaints, "wb") as complaints:
             super().__init__(argv, env=environment, stdin=subprocess.DEVNULL, stdout=output, stderr=complaints)
+
+    def family(self):
+        """The processes of the program that run."""
+        return [process for one in Process.all() if one.identifier == self.pid for process in one.family()]
 
     def output(self):
         return self._output.read_text(errors="replace")

@@ -146,7 +146,9 @@ class VirtualDesktopTest(unittest.TestCase):
                         xterm -fa Monospace -title listed &
                         window=$(xdotool search --sync --onlyvisible --name '^listed$')
                         printf '0x%x\\n' "$window"
-                        xprop -root _NET_CLIENT_LIST""", options=["--session", session]).splitlines()
+                        xprop -root _NET_CLIENT_LIST
+                        # It would complain if its world ended first.
+                        kill $!; wait $! || true""", options=["--session", session]).splitlines()
                     self.assertIn(windows[0], windows[1].partition("#")[2].replace(" ", "").split(","))
 
     def test_has_the_window_manager_of_its_session(self):

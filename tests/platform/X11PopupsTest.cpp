@@ -45,12 +45,6 @@ struct X11PopupsTest : PlatformTests::X11WindowFixture {
         return popup;
     }
 
-    bool isOnScreen(xcb_window_t window) const {
-        const XcbPointer<xcb_get_window_attributes_reply_t> reply(xcb_get_window_attributes_reply(
-            client.get(), xcb_get_window_attributes(client.get(), window), nullptr));
-        return reply && reply->map_state == XCB_MAP_STATE_VIEWABLE;
-    }
-
     xcb_window_t parentOf(xcb_window_t window) const {
         const XcbPointer<xcb_query_tree_reply_t> reply(
             xcb_query_tree_reply(client.get(), xcb_query_tree(client.get(), window), nullptr));
@@ -67,11 +61,11 @@ struct X11PopupsTest : PlatformTests::X11WindowFixture {
     }
 
     bool leavesTheScreen(xcb_window_t popup) {
-        return spinUntil([&] { return !isOnScreen(popup); });
+        return spinUntil([&] { return !client.isViewable(popup); });
     }
 
     bool comesToTheScreen(xcb_window_t popup) {
-        return spinUntil([&] { return isOnScreen(popup); });
+        return spinUntil([&] { return client.isViewable(popup); });
     }
 
     /// What was there before has been seen when this is off the screen.
@@ -120,7 +114,7 @@ TEST_F(X11PopupsTest, ThatItsProgramClosesAndOpensAgainIsTakenAgain) {
     xcb_unmap_window(client.get(), popup);
     client.sync();
     ASSERT_TRUE(spinUntil([&] { return parentOf(popup) == client.root(); }));
-    EXPECT_FALSE(isOnScreen(popup));
+    EXPECT_FALSE(client.isViewable(popup));
     client.map(popup);
     EXPECT_TRUE(leavesTheScreen(popup));
     EXPECT_TRUE(spinUntil([&] { return parentOf(popup) != client.root(); }));
@@ -139,7 +133,7 @@ TEST_F(X11PopupsTest, MenusTooltipsAndWhatIsDraggedAreLeftAlone) {
     leftAlone.push_back(openPopup("POPUP_MENU"));
     waitUntilAllIsSeen();
     for (const auto popup : leftAlone) {
-        EXPECT_TRUE(isOnScreen(popup));
+        EXPECT_TRUE(client.isViewable(popup));
         EXPECT_EQ(find(popup), std::nullopt);
     }
 }
@@ -158,7 +152,7 @@ TEST_F(X11PopupsTest, OfVisibleAppsAreLeftAlone) {
     const auto own = openPopup("NOTIFICATION");
     hide(foreign);
     EXPECT_TRUE(leavesTheScreen(foreignPopup));
-    EXPECT_TRUE(isOnScreen(own));
+    EXPECT_TRUE(client.isViewable(own));
     EXPECT_FALSE(isHidden(window));
     show(foreign);
     EXPECT_TRUE(comesToTheScreen(foreignPopup));
@@ -172,15 +166,15 @@ TEST_F(X11PopupsTest, OfAProgramWithSeveralAppsFollowTheWindowThatTheyName) {
     const auto ofNone = openPopup();
     hide(hidden);
     EXPECT_TRUE(leavesTheScreen(ofHidden));
-    EXPECT_TRUE(isOnScreen(ofVisible));
-    EXPECT_TRUE(isOnScreen(ofNone)) << "it may be that of the visible one";
+    EXPECT_TRUE(client.isViewable(ofVisible));
+    EXPECT_TRUE(client.isViewable(ofNone)) << "it may be that of the visible one";
     hide(visible);
     EXPECT_TRUE(leavesTheScreen(ofVisible));
     EXPECT_TRUE(leavesTheScreen(ofNone));
     show(visible);
     EXPECT_TRUE(comesToTheScreen(ofVisible));
     EXPECT_TRUE(comesToTheScreen(ofNone));
-    EXPECT_FALSE(isOnScreen(ofHidden));
+    EXPECT_FALSE(client.isViewable(ofHidden));
 }
 
 TEST_F(X11PopupsTest, AppThatItsUserPutAwayKeepsItsPopups) {
@@ -193,7 +187,7 @@ TEST_F(X11PopupsTest, AppThatItsUserPutAwayKeepsItsPopups) {
     const auto popup = openPopup();
     hide(foreign);
     EXPECT_TRUE(leavesTheScreen(foreign + 1));
-    EXPECT_TRUE(isOnScreen(popup)) << "nobody asked for that";
+    EXPECT_TRUE(client.isViewable(popup)) << "nobody asked for that";
 }
 
 TEST_F(X11PopupsTest, ComesBackWithAWindowThatItsUserBringsBack) {
@@ -218,7 +212,7 @@ TEST_F(X11PopupsTest, ComesBackToItsPlaceHoweverOurConnectionEnds) {
     ASSERT_NE(container, client.root());
     xcb_kill_client(client.get(), container);
     client.sync();
-    EXPECT_TRUE(isOnScreen(popup));
+    EXPECT_TRUE(client.isViewable(popup));
     EXPECT_EQ(parentOf(popup), client.root());
     EXPECT_EQ(placeOf(popup), place);
     show(window);

@@ -90,9 +90,12 @@ struct X11WindowFixture : testing::Test {
             [&] { return std::ranges::find(events, std::pair(event, WindowId{window})) != events.end(); });
     }
 
+    /// Managers write that a window is hidden before they take it away, and what its app asks for in between
+    /// has no effect.
     void hide(xcb_window_t window) {
         system.hide(std::array{WindowId{window}});
         EXPECT_TRUE(spinUntil([&] { return isHidden(window); }));
+        EXPECT_TRUE(spinUntil([&] { return client.mapState(window) == XCB_MAP_STATE_UNMAPPED; }));
     }
 
     void show(xcb_window_t window) {

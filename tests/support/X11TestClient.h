@@ -102,6 +102,16 @@ public:
         return contains(numbers(window, "_NET_WM_STATE"), atom("_NET_WM_STATE_HIDDEN"));
     }
 
+    /// Absent for a window that is gone.
+    std::optional<std::uint8_t> mapState(xcb_window_t window) const {
+        const LinuxPlatform::XcbPointer<xcb_get_window_attributes_reply_t> reply(
+            xcb_get_window_attributes_reply(get(), xcb_get_window_attributes(get(), window), nullptr));
+        return reply ? std::optional(reply->map_state) : std::nullopt;
+    }
+
+    /// Whether it and all that it stands in are mapped.
+    bool isViewable(xcb_window_t window) const { return mapState(window) == XCB_MAP_STATE_VIEWABLE; }
+
     xcb_window_t activeWindow() const {
         const auto list = numbers(root(), "_NET_ACTIVE_WINDOW");
         return list.empty() ? xcb_window_t{XCB_WINDOW_NONE} : list.front();
