@@ -405,26 +405,34 @@ void AppDelegate::appAppeared(const std::string& bundleID) {
     platform_.mainQueue->asyncAfter(rehideDelay, lifetime_.weak([this, bundleID] {
         const bool isSeen = !hiding_.isHidden(bundleID).value_or(true);
         if (engine().reapply(bundleID)) {
-            returns_.insert_or_assign(bundleID, Platform::Lifetime());
-            noticeOnceHidden(bundleID, isSeen, hiddenLooks);
+            // One return may be announced more than once, at last when the app is on its way out again.
+            const auto underWay = returns_.find(bundleID);
+            const bool wasSeen = isSeen || (underWay != returns_.end() && underWay->second.wasSeen);
+            returns_.insert_or_assign(bundleID, Return{wasSeen, {}});
+            noticeOnceHidden(bundleID, hiddenLooks);
         }
     }));
 }
 
-void AppDelegate::noticeOnceHidden(const std::string& bundleID, bool wasSeen, int looksLeft) {
+void AppDelegate::noticeOnceHidden(const std::string& bundleID, int looksLeft) {
     const auto isHidden = hiding_.isHidden(bundleID);
     if (!engine().isActive() || !isHidden || platform_.systemVersion->hidingObstacle() ||
         !platform_.workspace->knowsEveryWindow()) {
+        returns_.erase(bundleID);
         return;
     }
-    if (wasSeen && *isHidden) {
+    auto& lastReturn = returns_[bundleID];
+    if (lastReturn.wasSeen && *isHidden) {
+        returns_.erase(bundleID);
         noticeRehidden(bundleID);
     } else if (looksLeft > 0) {
-        const bool isSeen = wasSeen || !*isHidden;
+        lastReturn.wasSeen |= !*isHidden;
         platform_.mainQueue->asyncAfter(hiddenLookInterval,
-                                        returns_[bundleID].weak([this, bundleID, isSeen, looksLeft] {
-                                            noticeOnceHidden(bundleID, isSeen, looksLeft - 1);
+                                        lastReturn.lifetime.weak([this, bundleID, looksLeft] {
+                                            noticeOnceHidden(bundleID, looksLeft - 1);
                                         }));
+    } else {
+        returns_.erase(bundleID);
     }
 }
 

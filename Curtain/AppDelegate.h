@@ -54,6 +54,12 @@ public:
     void toggleModeFromHotkey();
 
 private:
+    /// Of an app that is looked at until it is hidden.
+    struct Return {
+        bool wasSeen = false;
+        Platform::Lifetime lifetime;
+    };
+
     // Created on first use.
     CurtainCore::HideEngine& engine();
     SettingsModel& settingsModel();
@@ -76,7 +82,7 @@ private:
 
     void appAppeared(const std::string& bundleID);
     /// Posts the notice once the app, having been seen, is hidden, and none where it stays on the screen.
-    void noticeOnceHidden(const std::string& bundleID, bool wasSeen, int looksLeft);
+    void noticeOnceHidden(const std::string& bundleID, int looksLeft);
     void noticeRehidden(const std::string& bundleID);
     void handleDetection(CurtainCore::DetectionConfidence confidence);
     void undoAutomaticActivation();
@@ -143,8 +149,8 @@ private:
     ScreenWatcher screenWatcher_;
     /// By bundle identifier.
     std::map<std::string, Platform::MainQueue::Seconds> lastRehideNotice_;
-    /// The last return of each app that is looked at until it is hidden, by bundle identifier.
-    std::map<std::string, Platform::Lifetime> returns_;
+    /// The last of each app, by bundle identifier.
+    std::map<std::string, Return> returns_;
     Platform::Lifetime lifetime_;
 };
 

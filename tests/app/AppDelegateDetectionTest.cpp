@@ -384,6 +384,22 @@ TEST_F(RehideNoticeTest, NothingIsSaidOfAnAppThatWasNotSeen) {
     EXPECT_THAT(noticed(), IsEmpty());
 }
 
+TEST_F(RehideNoticeTest, AReturnThatIsAnnouncedAgainWhileTheAppIsOnItsWayOutIsNoticedOnce) {
+    auto& app = fakes.workspace.run("twice");
+    makePrivate({"twice"});
+    launch();
+    pressShortcut();
+    app.obeys = false;
+    app.hidden = false;
+    fakes.workspace.bringToFront("twice");
+    fakes.mainQueue.advance(0.05);
+    fakes.workspace.bringToFront("twice");
+    fakes.mainQueue.advance(0.17);
+    app.hidden = true;
+    fakes.mainQueue.advance(5.0);
+    EXPECT_THAT(noticed(), ElementsAre("rehidden.twice"));
+}
+
 TEST_F(RehideNoticeTest, AnAppWhoseWindowComesLaterIsNoticedOnceItIsHidden) {
     auto& app = fakes.workspace.run("late");
     makePrivate({"late"});
