@@ -38,24 +38,22 @@ struct EmptyDesktop {
 };
 
 /// What the window system sees of the windows that a client opens.
-struct X11WindowFixture : testing::Test {
+struct X11WindowWorld {
     EmptyDesktop emptyDesktop;
     X11TestClient client;
     QtPlatform::QtMainQueue mainQueue;
     std::unique_ptr<X11Connection> connection = X11Connection::open();
     X11WindowSystem system{*connection, mainQueue};
-    std::vector<std::pair<WindowEvent, WindowId>> events;
-    Platform::Subscription subscription = system.addEventHandler(
-        [this](WindowEvent event, const Window& window) { events.emplace_back(event, window.id); });
 
     /// What is there at the first reading is not announced: it has to be over before a test opens a window.
-    X11WindowFixture() { EXPECT_THAT(system.windows(), testing::IsEmpty()); }
-
-    ~X11WindowFixture() override {
+    X11WindowWorld() { EXPECT_THAT(system.windows(), testing::IsEmpty()); }
+    ~X11WindowWorld() {
         if (currentDesktop()) {
             goToDesktop(0);
         }
     }
+    X11WindowWorld(const X11WindowWorld&) = delete;
+    X11WindowWorld& operator=(const X11WindowWorld&) = delete;
 
     std::optional<Window> find(xcb_window_t window) {
         const auto& windows = system.windows();
@@ -83,11 +81,6 @@ struct X11WindowFixture : testing::Test {
 
     void waitUntilListed(xcb_window_t window) {
         EXPECT_TRUE(spinUntil([&] { return find(window).has_value(); }));
-    }
-
-    bool waitForEvent(WindowEvent event, xcb_window_t window) {
-        return spinUntil(
-            [&] { return std::ranges::find(events, std::pair(event, WindowId{window})) != events.end(); });
     }
 
     /// Managers write that a window is hidden before they take it away, and what its app asks for in between
@@ -130,6 +123,22 @@ struct X11WindowFixture : testing::Test {
 
     bool hasState(xcb_window_t window, std::string_view state) const {
         return std::ranges::count(client.numbers(window, "_NET_WM_STATE"), client.atom(state)) > 0;
+    }
+
+    void sendToDesktop(xcb_window_t window, std::uint32_t desktop) {
+        client.ask(window, "_NET_WM_DESKTOP", {desktop, pager});
+        EXPECT_TRUE(spinUntil([&] { return client.desktop(window) == desktop; }));
+    }
+};
+
+struct X11WindowFixture : testing::Test, X11WindowWorld {
+    std::vector<std::pair<WindowEvent, WindowId>> events;
+    Platform::Subscription subscription = system.addEventHandler(
+        [this](WindowEvent event, const Window& window) { events.emplace_back(event, window.id); });
+
+    bool waitForEvent(WindowEvent event, xcb_window_t window) {
+        return spinUntil(
+            [&] { return std::ranges::find(events, std::pair(event, WindowId{window})) != events.end(); });
     }
 };
 

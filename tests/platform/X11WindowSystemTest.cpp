@@ -59,17 +59,6 @@ TEST_F(X11WindowSystemTest, WindowsOfOneConnectionShareTheirClient) {
     EXPECT_NE(find(first)->client, find(foreign)->client);
 }
 
-TEST_F(X11WindowSystemTest, OpenedAndClosedWindowsAreFollowed) {
-    const auto window = openListed("a", "A");
-    EXPECT_TRUE(waitForEvent(WindowEvent::opened, window));
-    EXPECT_TRUE(system.exists(window));
-    const auto generation = system.generation();
-    client.destroy(window);
-    EXPECT_TRUE(spinUntil([&] { return !find(window); }));
-    EXPECT_NE(system.generation(), generation);
-    EXPECT_FALSE(system.exists(window));
-}
-
 TEST_F(X11WindowSystemTest, WindowsThatWereThereAtTheStartAreNotAnnounced) {
     const auto old = openListed("a", "A");
     const auto other = X11Connection::open();
@@ -98,19 +87,6 @@ TEST_F(X11WindowSystemTest, WindowThatIsPutBackIntoTheListIsOpenedAgain) {
     EXPECT_TRUE(waitForEvent(WindowEvent::opened, window));
 }
 
-TEST_F(X11WindowSystemTest, ActivatedWindowIsAnnounced) {
-    const auto first = openFocused("a", "A");
-    const auto second = openFocused("b", "B");
-    // What happens between two looks at the server is one change.
-    ASSERT_TRUE(waitForEvent(WindowEvent::activated, second));
-    events.clear();
-    activate(first);
-    ASSERT_TRUE(waitForEvent(WindowEvent::activated, first));
-    events.clear();
-    activate(second);
-    EXPECT_TRUE(waitForEvent(WindowEvent::activated, second));
-}
-
 TEST_F(X11WindowSystemTest, HidingAndShowingTakesTheWindowOffTheScreenAndBack) {
     const auto window = openListed("a", "A");
     hide(window);
@@ -121,33 +97,6 @@ TEST_F(X11WindowSystemTest, HidingAndShowingTakesTheWindowOffTheScreenAndBack) {
     EXPECT_TRUE(spinUntil([&] { return attributes()->map_state != XCB_MAP_STATE_VIEWABLE; }));
     show(window);
     EXPECT_TRUE(spinUntil([&] { return attributes()->map_state == XCB_MAP_STATE_VIEWABLE; }));
-}
-
-TEST_F(X11WindowSystemTest, ShowingChangesNeitherFocusNorWorkspace) {
-    const auto window = openListed("a", "A");
-    const auto elsewhere = openListed("b", "B");
-    client.ask(elsewhere, "_NET_WM_DESKTOP", {1, pager});
-    ASSERT_TRUE(spinUntil([&] { return client.desktop(elsewhere) == 1U; }));
-    const auto front = openListed("c", "C");
-    activate(front);
-    hide(window);
-    hide(elsewhere);
-    show(window);
-    show(elsewhere);
-    EXPECT_EQ(client.activeWindow(), front);
-    EXPECT_EQ(client.desktop(elsewhere), 1U);
-    EXPECT_EQ(currentDesktop(), 0U);
-}
-
-TEST_F(X11WindowSystemTest, WindowOnAnotherWorkspaceIsVisibleAndCanBeHidden) {
-    const auto window = openListed("a", "A");
-    client.ask(window, "_NET_WM_DESKTOP", {1, pager});
-    ASSERT_TRUE(spinUntil([&] { return client.desktop(window) == 1U; }));
-    EXPECT_FALSE(isHidden(window));
-    hide(window);
-    goToDesktop(1);
-    EXPECT_TRUE(isHidden(window));
-    show(window);
 }
 
 TEST_F(X11WindowSystemTest, FullscreenMaximisedAndStickyWindowsComeBackAsTheyWere) {
@@ -165,58 +114,6 @@ TEST_F(X11WindowSystemTest, FullscreenMaximisedAndStickyWindowsComeBackAsTheyWer
     hide(sticky);
     show(sticky);
     EXPECT_EQ(client.desktop(sticky), 0xFFFFFFFF);
-}
-
-TEST_F(X11WindowSystemTest, WindowThatItsUserBringsBackIsAnnounced) {
-    const auto window = openListed("a", "A");
-    hide(window);
-    ASSERT_TRUE(spinUntil([&] { return client.activeWindow() != window; }));
-    events.clear();
-    client.map(window);
-    EXPECT_TRUE(waitForEvent(WindowEvent::activated, window));
-}
-
-TEST_F(X11WindowSystemTest, ActivatesTheTopmostOfTheWindowsThatAreHere) {
-    const auto lower = openListed("a", "A");
-    const auto upper = openListed("a", "A");
-    const auto elsewhere = openListed("a", "A");
-    client.ask(elsewhere, "_NET_WM_DESKTOP", {1, pager});
-    ASSERT_TRUE(spinUntil([&] { return client.desktop(elsewhere) == 1U; }));
-    activate(upper);
-    const auto front = openListed("b", "B");
-    activate(front);
-    system.activate(std::array{WindowId{lower}, WindowId{upper}, WindowId{elsewhere}});
-    EXPECT_TRUE(spinUntil([&] { return client.activeWindow() == upper; }));
-}
-
-TEST_F(X11WindowSystemTest, WindowThatIsHiddenAgainAtOnceIsNotActivated) {
-    const auto window = openFocused("again", "Again");
-    const std::array ids{WindowId{window}};
-    hide(window);
-    system.show(ids);
-    system.activate(ids);
-    system.hide(ids);
-    bool isTurnOver = false;
-    mainQueue.async([&] { isTurnOver = true; });
-    ASSERT_TRUE(spinUntil([&] { return isTurnOver; }));
-    // The window manager takes what it is asked in order, so this comes last.
-    openFocused("last", "Last");
-    EXPECT_TRUE(spinUntil([&] { return isHidden(window); }));
-}
-
-TEST_F(X11WindowSystemTest, NeverLeavesTheWorkspaceToActivate) {
-    const auto elsewhere = openListed("a", "A");
-    client.ask(elsewhere, "_NET_WM_DESKTOP", {1, pager});
-    ASSERT_TRUE(spinUntil([&] { return client.desktop(elsewhere) == 1U; }));
-    const auto front = openListed("b", "B");
-    activate(front);
-    system.activate(std::array{WindowId{elsewhere}});
-    // The window manager answers in order: once it has answered this, it has seen the other request if there
-    // was one.
-    setState(front, "_NET_WM_STATE_ABOVE");
-    EXPECT_EQ(client.activeWindow(), front);
-    EXPECT_EQ(currentDesktop(), 0U);
-    EXPECT_EQ(client.desktop(elsewhere), 1U);
 }
 
 TEST_F(X11WindowSystemTest, PanelsAndTheDesktopAreNoAppWindows) {
@@ -267,18 +164,6 @@ TEST_F(X11WindowSystemTest, BrokenPropertiesAreSurvived) {
     EXPECT_TRUE(spinUntil([&] { return find(window)->hints.instanceName.empty(); }));
 }
 
-TEST_F(X11WindowSystemTest, RequestsAboutWindowsThatAreGoneAreHarmless) {
-    const auto window = openListed("a", "A");
-    client.destroy(window);
-    const std::array gone{WindowId{window}, WindowId{0}, WindowId{0xFFFFFFFF}};
-    system.hide(gone);
-    system.show(gone);
-    system.activate(gone);
-    const auto another = openListed("b", "B");
-    hide(another);
-    EXPECT_TRUE(connection->isAlive());
-}
-
 TEST_F(X11WindowSystemTest, EventsThatAClientSendsAreNotBelieved) {
     const auto window = openListed("a", "A");
     xcb_destroy_notify_event_t forged{};
@@ -291,30 +176,6 @@ TEST_F(X11WindowSystemTest, EventsThatAClientSendsAreNotBelieved) {
     // Opened later, so whatever the forged event did has been done once it is there.
     openListed("b", "B");
     EXPECT_TRUE(system.exists(window)) << "even if the window manager is less careful";
-}
-
-TEST_F(X11WindowSystemTest, FiveHundredWindowsOpenAtOnce) {
-    std::vector<xcb_window_t> opened;
-    for (int count = 0; count < 500; ++count) {
-        opened.push_back(client.create("many", "Many"));
-        xcb_map_window(client.get(), opened.back());
-    }
-    client.sync();
-    ASSERT_TRUE(spinUntil(
-        [&] {
-            return std::ranges::count(system.windows(), std::string("Many"),
-                                      [](const Window& window) { return window.hints.className; }) == 500;
-        },
-        std::chrono::minutes(1)));
-    std::vector<WindowId> ids(opened.begin(), opened.end());
-    system.hide(ids);
-    EXPECT_TRUE(spinUntil(
-        [&] {
-            return std::ranges::all_of(system.windows(), [](const Window& window) {
-                return window.hints.className != "Many" || window.isHidden;
-            });
-        },
-        std::chrono::minutes(1)));
 }
 
 } // namespace

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "platform/Subscribers.h"
 #include "platform/linux/windows/WindowSystem.h"
 
 #include <algorithm>
 #include <cstdint>
-#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -48,12 +48,7 @@ public:
         ++generation_;
     }
 
-    void send(LinuxPlatform::WindowEvent event, WindowId id) {
-        const auto window = at(id);
-        for (const auto& [token, handler] : std::map(handlers_)) {
-            handler(event, window);
-        }
-    }
+    void send(LinuxPlatform::WindowEvent event, WindowId id) { handlers_.tell(event, at(id)); }
 
     std::optional<Platform::HidingObstacle> hidingObstacle() override { return obstacle; }
     bool knowsEveryWindow() override { return everyWindowIsKnown; }
@@ -80,22 +75,21 @@ public:
     }
 
     Platform::Subscription addEventHandler(EventHandler handler) override {
-        const auto token = ++lastToken_;
-        handlers_.emplace(token, std::move(handler));
-        return Platform::Subscription([this, token] { handlers_.erase(token); });
+        return handlers_.add(std::move(handler));
     }
 
 private:
     void setHidden(std::span<const WindowId> windows, bool isHidden) {
-        for (const auto window : windows) {
-            at(window).isHidden = takesEffect ? isHidden : at(window).isHidden;
+        for (auto& window : list) {
+            const bool isMeant = std::ranges::find(windows, window.id) != windows.end();
+            window.isHidden = isMeant && takesEffect ? isHidden : window.isHidden;
         }
+        ++generation_;
     }
 
     std::uint64_t generation_ = 1;
     std::uint64_t lastBirth_ = 0;
-    std::uint64_t lastToken_ = 0;
-    std::map<std::uint64_t, EventHandler> handlers_;
+    Platform::Subscribers<LinuxPlatform::WindowEvent, LinuxPlatform::Window> handlers_;
 };
 
 } // namespace TestSupport

@@ -418,7 +418,13 @@ void X11WindowModel::readRoot(Changes& changes) {
     if (active) {
         const auto answer = receiveNumbers(*active);
         const auto window = answer.empty() ? xcb_window_t{XCB_WINDOW_NONE} : answer.front();
-        if (std::exchange(activeWindow_, window) != window && window != XCB_WINDOW_NONE) {
+        const auto entry = entries_.find(window);
+        const auto birth = entry == entries_.end() ? 0 : entry->second.window.birth;
+        // Some window managers leave the window there that had the focus last, also when it is gone. The next
+        // one may have its identifier.
+        const bool isOther = std::exchange(activeWindow_, window) != window;
+        const bool isReborn = std::exchange(activeWindowBirth_, birth) != birth;
+        if ((isOther || isReborn) && window != XCB_WINDOW_NONE) {
             changes.activated = window;
         }
     }

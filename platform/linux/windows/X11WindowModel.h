@@ -224,6 +224,8 @@ private:
     bool isMinimizeActionSupported_ = false;
     std::vector<xcb_window_t> clientList_;
     xcb_window_t activeWindow_ = XCB_WINDOW_NONE;
+    /// As of its last reading; 0 where it was not in the list of windows then.
+    std::uint64_t activeWindowBirth_ = 0;
     std::map<xcb_window_t, Entry> entries_;
     Platform::Subscription eventHandler_;
 };
