@@ -33,7 +33,13 @@ mkdir -p "$ROOT/dev/pts" "$ROOT/ccache"
 mountpoint -q "$ROOT/dev/pts" || mount -t devpts -o newinstance,ptmxmode=0666,mode=0620 devpts "$ROOT/dev/pts"
 mount --bind "$CACHE" "$ROOT/ccache"
 ip link set lo up 2>/dev/null || true
-exec chroot "$ROOT" env -i "$@"
+# As the root of the namespace, since the kernel lets nobody become an ordinary user in a folder that was only changed to.
+mount --rbind "$ROOT" "$ROOT"
+cd "$ROOT"
+mkdir -p .machine
+pivot_root . .machine
+umount -l /.machine
+exec env -i "$@"
 """
 
 
