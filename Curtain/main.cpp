@@ -13,6 +13,7 @@
 
 #include <QApplication>
 #include <QDBusConnection>
+#include <QLoggingCategory>
 
 #include <cstdio>
 #include <cstdlib>
@@ -75,6 +76,8 @@ int main(int argumentCount, char** arguments) {
         std::fprintf(stderr, "%s\n", problem->c_str());
         return EXIT_FAILURE;
     }
+    // A screen reader that asks after what has just left the screen is no news to anybody else.
+    QLoggingCategory::setFilterRules(QStringLiteral("qt.accessibility.atspi.warning=false"));
     const QtPlatform::ForeignFileMessages foreign(qEnvironmentVariableIsSet("CURTAIN_DEBUG"));
     std::optional<QtPlatform::PreferredDisplay> display(std::in_place);
     QApplication application(argumentCount, arguments);

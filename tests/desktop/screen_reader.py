@@ -15,6 +15,10 @@ MILLISECONDS = 5000
 STATES = {4: "checked", 12: "focused", 23: "selected", 25: "showing"}
 
 
+# What later releases of the toolkit call by names of their own.
+EARLIER_ROLES = {"button menu": "push button", "page tab": "push button"}
+
+
 class Gone(Exception):
     """The element has left the screen while it was asked."""
 
@@ -76,6 +80,7 @@ class ScreenReader:
         if "showing" not in states:
             return
         role = self.ask(address, ACCESSIBLE, "GetRoleName")
+        role = EARLIER_ROLES.get(role, role)
         found.append(Element(self, address, role, self._property(address, "Name"),
                              self._property(address, "Description"), states, depth))
         for child in self.ask(address, ACCESSIBLE, "GetChildren"):

@@ -138,7 +138,9 @@ class EndAtWorkTest(SessionCase):
         self.open_popover(DISPLAY=f":{number}")
         server.kill()
         self.assertEqual(curtain.wait(SECONDS_TO_END), 1)
-        self.assertEqual(curtain.complaints(), SERVER_GONE)
+        # Later releases of the toolkit, which ends the program, complain of its threads.
+        complaints = [line for line in curtain.complaints().splitlines(True) if not line.startswith("QThreadStorage: ")]
+        self.assertEqual("".join(complaints), SERVER_GONE)
         self.wait_released()
 
 

@@ -41,6 +41,13 @@ struct LinuxWorkspaceTest : testing::Test {
         return instances.at(0);
     }
 
+    /// Two windows of an app, the second of which its user had put away before.
+    void hideOneOfTwo(std::uint32_t secondProcess) {
+        windows.open(1, "a", 10);
+        windows.open(2, "a", secondProcess).isHidden = true;
+        ask("a", &RunningApplication::hide);
+    }
+
     /// As privacy mode asks: every instance, in the order in which they are listed.
     void ask(const std::string& bundleID, void (RunningApplication::*request)()) {
         for (const auto& instance : workspace->runningApplicationsWithBundleIdentifier(bundleID)) {
@@ -203,27 +210,21 @@ TEST_F(LinuxWorkspaceTest, InstanceThatItsUserHadPutAwayStaysAwayWhenAnotherCome
 }
 
 TEST_F(LinuxWorkspaceTest, WindowThatItsUserHadPutAwayStaysAwayWhenTheTakenOneIsClosed) {
-    windows.open(1, "a", 10);
-    windows.open(2, "a", 10).isHidden = true;
-    ask("a", &RunningApplication::hide);
+    hideOneOfTwo(10);
     windows.close(1);
     ask("a", &RunningApplication::unhide);
     EXPECT_THAT(windows.shown, IsEmpty());
 }
 
 TEST_F(LinuxWorkspaceTest, InstanceThatItsUserHadPutAwayStaysAwayWhenTheTakenOneHasEnded) {
-    windows.open(1, "a", 10);
-    windows.open(2, "a", 11).isHidden = true;
-    ask("a", &RunningApplication::hide);
+    hideOneOfTwo(11);
     windows.close(1);
     ask("a", &RunningApplication::unhide);
     EXPECT_THAT(windows.shown, IsEmpty());
 }
 
 TEST_F(LinuxWorkspaceTest, WhatItsUserHadPutAwayComesWhenTheAppIsAskedForOnceMore) {
-    windows.open(1, "a", 10);
-    windows.open(2, "a", 11).isHidden = true;
-    ask("a", &RunningApplication::hide);
+    hideOneOfTwo(11);
     ask("a", &RunningApplication::unhide);
     windows.at(1).isHidden = true;
     ask("a", &RunningApplication::unhide);
@@ -239,9 +240,7 @@ TEST_F(LinuxWorkspaceTest, AppOfWhichNothingWasTakenComesBackWhole) {
 }
 
 TEST_F(LinuxWorkspaceTest, WindowThatWasPutAwayIsTakenLikeOthersOnceItsUserBroughtItBack) {
-    windows.open(1, "a", 10);
-    windows.open(2, "a", 11).isHidden = true;
-    ask("a", &RunningApplication::hide);
+    hideOneOfTwo(11);
     windows.at(2).isHidden = false;
     ask("a", &RunningApplication::hide);
     ask("a", &RunningApplication::unhide);

@@ -107,6 +107,14 @@ struct X11WindowManagerTest : PlatformTests::X11WindowFixture {
         manager.list({window});
         return window;
     }
+
+    /// Another one, of an app of its own.
+    xcb_window_t openBeside(ScriptedWindowManager& manager, xcb_window_t first) {
+        const auto window = client.open("b", "B");
+        manager.setManagerState(window, ScriptedWindowManager::normal);
+        manager.list({first, window});
+        return window;
+    }
 };
 
 TEST_F(X11WindowManagerTest, WithoutAManagerThereAreNoWindowsAndNothingHangs) {
@@ -144,9 +152,7 @@ TEST_F(X11WindowManagerTest, WindowsOfAManagerThatHeedsNoRequestStayVisible) {
 TEST_F(X11WindowManagerTest, FocusThatPassesThroughAWindowOnItsWayOutIsNoActivation) {
     ScriptedWindowManager manager;
     const auto window = openUnder(manager, ScriptedWindowManager::normal);
-    const auto other = client.open("b", "B");
-    manager.setManagerState(other, ScriptedWindowManager::normal);
-    manager.list({window, other});
+    const auto other = openBeside(manager, window);
     ASSERT_TRUE(spinUntil([&] { return isListed(window) && isListed(other); }));
     system.hide(std::array{WindowId{window}});
     manager.setActive(window);
@@ -289,9 +295,7 @@ TEST_F(X11WindowManagerTest, ManagerThatPausesDoesNotIgnoreHiding) {
 TEST_F(X11WindowManagerTest, AppsThatAreHiddenOneAfterAnotherShortenNoDeadline) {
     ScriptedWindowManager manager;
     const auto window = openUnder(manager, ScriptedWindowManager::normal);
-    const auto other = client.open("b", "B");
-    manager.setManagerState(other, ScriptedWindowManager::normal);
-    manager.list({window, other});
+    const auto other = openBeside(manager, window);
     ManualSystem manual;
     ASSERT_TRUE(manual.lists(other));
     manual.system.hide(std::array{WindowId{window}});
@@ -305,9 +309,7 @@ TEST_F(X11WindowManagerTest, AppsThatAreHiddenOneAfterAnotherShortenNoDeadline) 
 TEST_F(X11WindowManagerTest, ManagerThatHasHiddenAWindowOnceDoesNotIgnoreHiding) {
     ScriptedWindowManager manager;
     const auto window = openUnder(manager, ScriptedWindowManager::normal);
-    const auto stubborn = client.open("b", "B");
-    manager.setManagerState(stubborn, ScriptedWindowManager::normal);
-    manager.list({window, stubborn});
+    const auto stubborn = openBeside(manager, window);
     ManualSystem manual;
     ASSERT_TRUE(manual.lists(stubborn));
     manual.system.hide(std::array{WindowId{window}});
@@ -321,9 +323,7 @@ TEST_F(X11WindowManagerTest, ManagerThatHasHiddenAWindowOnceDoesNotIgnoreHiding)
 TEST_F(X11WindowManagerTest, WindowThatIsClosedSaysNothingOfItsManager) {
     ScriptedWindowManager manager;
     const auto window = openUnder(manager, ScriptedWindowManager::normal);
-    const auto closed = client.open("b", "B");
-    manager.setManagerState(closed, ScriptedWindowManager::normal);
-    manager.list({window, closed});
+    const auto closed = openBeside(manager, window);
     ManualSystem manual;
     ASSERT_TRUE(manual.lists(closed));
     manual.system.hide(std::array{WindowId{window}, WindowId{closed}});
@@ -441,9 +441,7 @@ TEST_F(X11WindowManagerTest, NextManagerIsJudgedAnew) {
 TEST_F(X11WindowManagerTest, ManagerThatHidesOneWindowOfSeveralDoesNotIgnoreHiding) {
     ScriptedWindowManager manager;
     const auto window = openUnder(manager, ScriptedWindowManager::normal);
-    const auto stubborn = client.open("b", "B");
-    manager.setManagerState(stubborn, ScriptedWindowManager::normal);
-    manager.list({window, stubborn});
+    const auto stubborn = openBeside(manager, window);
     ManualSystem manual;
     ASSERT_TRUE(manual.lists(stubborn));
     manual.system.hide(std::array{WindowId{window}, WindowId{stubborn}});
