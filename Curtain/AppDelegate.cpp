@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <functional>
 #include <set>
+#include <string_view>
 #include <utility>
 
 namespace Curtain {
@@ -40,6 +41,16 @@ constexpr double popoverWidth = 700;
 constexpr double popoverMaximumHeight = 618;
 constexpr double popoverScreenMargin = 8;
 constexpr Platform::Size settingsSize{440, 430};
+
+/// The status item's image and, should it be missing, the symbol in its place.
+struct StatusLook {
+    const char* image;
+    const char* symbol;
+};
+constexpr StatusLook openCurtain{"open", "eye"};
+constexpr StatusLook closedCurtain{"close", "eye.slash"};
+/// It must not look like a closed curtain, which promises that something is hidden.
+constexpr StatusLook curtainInVain{"alert", "exclamationmark.triangle"};
 
 } // namespace
 
@@ -117,7 +128,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     notifier_.languageProvider = [this] { return currentLang(); };
     setupAutoDetection();
     hidingWatch_.onAnswer = [this] { hidingAnswered(); };
-    hidingWatch_.isFollowed = [this] { return engine().isActive(); };
+    hidingWatch_.isFollowed = [this] { return engine().isActive() || platform_.popover->isShown(); };
     hidingWatch_.begin();
 }
 
@@ -293,8 +304,7 @@ void AppDelegate::togglePopover() {
     } else {
         micMonitor_.stop();
     }
-    hidingWatch_.begin();
-    updateToolTip();
+    followObstacle();
     coordinator().refresh();
     popover.setContent(makeReadinessView());
     const auto screen = popoverScreen();
@@ -303,6 +313,7 @@ void AppDelegate::togglePopover() {
                : popoverMaximumHeight;
     popover.setContentSize({popoverWidth, height});
     popover.show(*statusItem_);
+    hidingWatch_.begin();
 }
 
 /// The one that holds the status item, where its place is known.
@@ -524,7 +535,7 @@ void AppDelegate::hidingAnswered() {
     if (engine().isActive()) {
         tellObstacle();
     }
-    updateToolTip();
+    followObstacle();
     coordinator().refresh();
     if (settingsView_) {
         settingsView_->askSession();
@@ -645,22 +656,33 @@ std::string AppDelegate::currentLang() const {
 }
 
 void AppDelegate::updateIcon() {
-    const bool isActive = engine().isActive();
-    const auto image = statusImage(isActive ? "close" : "open");
-    statusItem_->setImage(image ? *image : symbolImage(isActive ? "eye.slash" : "eye"));
+    const auto& look = !engine().isActive() ? openCurtain : isInVain() ? curtainInVain : closedCurtain;
+    const auto image = statusImage(look.image);
+    statusItem_->setImage(image ? *image : symbolImage(look.symbol));
     updateToolTip();
 }
 
-void AppDelegate::updateToolTip() {
-    if (!engine().isActive()) {
-        statusItem_->setToolTip("Curtain");
-        return;
+void AppDelegate::followObstacle() {
+    if (engine().isActive()) {
+        updateIcon();
     }
+}
+
+bool AppDelegate::isInVain() {
+    return engine().isActive() && hidingWatch_.isHidingImpossible();
+}
+
+void AppDelegate::updateToolTip() {
     const auto lang = currentLang();
-    const auto mode = hidingWatch_.isHidingImpossible()
-                          ? PlatformWording::string(PlatformKey::privacyModeInVain, lang)
-                          : PlatformWording::string(CurtainCore::LocKey::privacyOnTitle, lang);
-    statusItem_->setToolTip("Curtain — " + std::string(mode));
+    std::string text = "Curtain";
+    const auto add = [&](std::string_view words) { text.append(" — ").append(words); };
+    if (isInVain()) {
+        add(PlatformWording::string(PlatformKey::privacyModeInVain, lang));
+        add(HidingWording::reason(*hidingWatch_.obstacle(), lang));
+    } else if (engine().isActive()) {
+        add(PlatformWording::string(CurtainCore::LocKey::privacyOnTitle, lang));
+    }
+    statusItem_->setToolTip(text);
 }
 
 std::optional<Platform::Image> AppDelegate::statusImage(const std::string& name) const {

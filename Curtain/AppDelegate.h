@@ -110,7 +110,11 @@ private:
     void finishOnboarding();
 
     std::string currentLang() const;
+    /// Whether privacy mode is on, and it is known that nothing can be hidden.
+    bool isInVain();
     void updateIcon();
+    /// The icon depends on it while privacy mode is on.
+    void followObstacle();
     void updateToolTip();
     std::optional<Platform::Image> statusImage(const std::string& name) const;
     Platform::Image symbolImage(const std::string& name) const;

@@ -5,6 +5,7 @@ namespace {
 
 using CurtainCore::AutoDetectMode;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 
@@ -29,7 +30,7 @@ struct DetectionTest : TestSupport::AppDelegateFixture {
         return result;
     }
 
-    bool isPrivate() { return fakes.statusBar.images.back().source == "/resources/close.pdf"; }
+    bool isPrivate() { return fakes.statusBar.images.back().source != "/resources/open.pdf"; }
 };
 
 TEST_F(DetectionTest, ASharedScreenSwitchesPrivacyModeOnAndSaysSo) {
@@ -180,6 +181,23 @@ struct RehideNoticeTest : DetectionTest {
         fakes.mainQueue.advance(0.2);
     }
 
+    /// An app that runs and is hidden.
+    auto& hideOnly(const std::string& identifier) {
+        auto& app = fakes.workspace.run(identifier);
+        makePrivate({identifier});
+        launch();
+        pressShortcut();
+        return app;
+    }
+
+    /// The same, which has returned and not been hidden in time.
+    auto& returnUnhidden(const std::string& identifier) {
+        auto& app = hideOnly(identifier);
+        app.obeys = false;
+        returnOf(identifier);
+        return app;
+    }
+
     std::vector<std::string> noticed() {
         std::vector<std::string> result;
         for (const auto& request : fakes.userNotificationCenter.added) {
@@ -294,12 +312,7 @@ TEST_F(RehideNoticeTest, RevealShowsTheAppAndDropsItFromPrivacyMode) {
 }
 
 TEST_F(RehideNoticeTest, IsPostedOnlyOnceTheAppIsSeenHidden) {
-    auto& app = fakes.workspace.run("slow");
-    makePrivate({"slow"});
-    launch();
-    pressShortcut();
-    app.obeys = false;
-    returnOf("slow");
+    auto& app = returnUnhidden("slow");
     fakes.mainQueue.advance(0.5);
     EXPECT_THAT(noticed(), IsEmpty());
     app.hidden = true;
@@ -308,12 +321,7 @@ TEST_F(RehideNoticeTest, IsPostedOnlyOnceTheAppIsSeenHidden) {
 }
 
 TEST_F(RehideNoticeTest, NothingIsSaidOfAnAppThatStaysOnTheScreen) {
-    auto& app = fakes.workspace.run("stubborn");
-    makePrivate({"stubborn"});
-    launch();
-    pressShortcut();
-    app.obeys = false;
-    returnOf("stubborn");
+    auto& app = returnUnhidden("stubborn");
     fakes.mainQueue.advance(2.5);
     // Its user hides it much later.
     app.hidden = true;
@@ -322,12 +330,7 @@ TEST_F(RehideNoticeTest, NothingIsSaidOfAnAppThatStaysOnTheScreen) {
 }
 
 TEST_F(RehideNoticeTest, NothingIsSaidWherePrivacyModeEndsBeforeTheAppIsHidden) {
-    auto& app = fakes.workspace.run("slow");
-    makePrivate({"slow"});
-    launch();
-    pressShortcut();
-    app.obeys = false;
-    returnOf("slow");
+    auto& app = returnUnhidden("slow");
     pressShortcut();
     app.hidden = true;
     fakes.mainQueue.advance(3.0);
@@ -335,10 +338,7 @@ TEST_F(RehideNoticeTest, NothingIsSaidWherePrivacyModeEndsBeforeTheAppIsHidden) 
 }
 
 TEST_F(RehideNoticeTest, NothingIsSaidOfAnEarlierReturnOnceTheAppIsRevealed) {
-    auto& app = fakes.workspace.run("slow");
-    makePrivate({"slow"});
-    launch();
-    pressShortcut();
+    auto& app = hideOnly("slow");
     returnOf("slow");
     fakes.mainQueue.advance(3.6);
     app.obeys = false;
@@ -353,12 +353,7 @@ TEST_F(RehideNoticeTest, NothingIsSaidOfAnEarlierReturnOnceTheAppIsRevealed) {
 }
 
 TEST_F(RehideNoticeTest, NothingIsSaidOfAReturnBeforePrivacyModeWasSwitchedOnAnew) {
-    auto& app = fakes.workspace.run("slow");
-    makePrivate({"slow"});
-    launch();
-    pressShortcut();
-    app.obeys = false;
-    returnOf("slow");
+    auto& app = returnUnhidden("slow");
     pressShortcut();
     app.obeys = true;
     pressShortcut();
@@ -401,10 +396,7 @@ TEST_F(RehideNoticeTest, AReturnThatIsAnnouncedAgainWhileTheAppIsOnItsWayOutIsNo
 }
 
 TEST_F(RehideNoticeTest, AnAppWhoseWindowComesLaterIsNoticedOnceItIsHidden) {
-    auto& app = fakes.workspace.run("late");
-    makePrivate({"late"});
-    launch();
-    pressShortcut();
+    auto& app = hideOnly("late");
     app.obeys = false;
     fakes.workspace.bringToFront("late");
     app.hidden = true;
@@ -482,6 +474,8 @@ struct InVainTest : DetectionTest {
     static constexpr auto title = "Privacy mode has no effect";
     static constexpr auto reason = "This Wayland desktop offers no way to hide other apps.";
 
+    std::string icon() { return fakes.statusBar.images.back().source; }
+
     Curtain::MeetingReadinessView& view() {
         return dynamic_cast<Curtain::MeetingReadinessView&>(*fakes.popover.content.model);
     }
@@ -519,7 +513,7 @@ TEST_F(InVainTest, PopoverAndToolTipSayThatTheModeHasNoEffect) {
     EXPECT_FALSE(view().isPrivacyModeInVain());
     pressShortcut();
     EXPECT_TRUE(view().isPrivacyModeInVain());
-    EXPECT_EQ(fakes.statusBar.toolTip, std::string("Curtain — ") + title);
+    EXPECT_EQ(fakes.statusBar.toolTip, std::string("Curtain — ") + title + " — " + reason);
     // The next opening asks anew.
     fakes.statusBar.click(TestSupport::leftClick);
     fakes.systemVersion.obstacle.reset();
@@ -529,6 +523,48 @@ TEST_F(InVainTest, PopoverAndToolTipSayThatTheModeHasNoEffect) {
     EXPECT_EQ(fakes.statusBar.toolTip, "Curtain — Privacy mode on");
     pressShortcut();
     EXPECT_EQ(fakes.statusBar.toolTip, "Curtain");
+}
+
+TEST_F(InVainTest, TheIconClaimsNoProtectionWhereThereIsNone) {
+    EXPECT_EQ(icon(), "/resources/open.pdf");
+    pressShortcut();
+    EXPECT_EQ(fakes.statusBar.images.back(), (Platform::Image{"/resources/alert.pdf", 18, 18, true, ""}));
+    pressShortcut();
+    EXPECT_EQ(icon(), "/resources/open.pdf");
+}
+
+TEST_F(InVainTest, TheIconFollowsTheObstacle) {
+    using Platform::HidingObstacle;
+    fakes.systemVersion.obstacle.reset();
+    pressShortcut();
+    EXPECT_EQ(icon(), "/resources/close.pdf");
+    for (const auto& [obstacle, expected] :
+         {std::pair{std::optional(HidingObstacle::noWindowManager), "/resources/alert.pdf"},
+          {std::optional(HidingObstacle::notKnownYet), "/resources/close.pdf"},
+          {std::optional(HidingObstacle::windowManagerIgnoresHiding), "/resources/alert.pdf"},
+          {std::optional(HidingObstacle::nextSessionNeeded), "/resources/alert.pdf"},
+          {std::optional<HidingObstacle>(), "/resources/close.pdf"}}) {
+        fakes.systemVersion.obstacle = obstacle;
+        fakes.mainQueue.advance(2.0);
+        EXPECT_EQ(icon(), expected);
+    }
+}
+
+TEST_F(InVainTest, AMissingIconGivesWayToASymbolThatWarns) {
+    fakes.resources.files.clear();
+    pressShortcut();
+    EXPECT_EQ(fakes.statusBar.images.back(),
+              (Platform::Image{"/symbols/exclamationmark.triangle", 0, 0, true, "Curtain"}));
+}
+
+TEST_F(InVainTest, AnOpenPopoverHearsThatTheObstacleHasGone) {
+    fakes.statusBar.click(TestSupport::leftClick);
+    ASSERT_EQ(view().hidingObstacle(), reason);
+    fakes.systemVersion.obstacle.reset();
+    bool isTold = false;
+    QObject::connect(&view(), &Curtain::MeetingReadinessView::stateChanged, [&] { isTold = true; });
+    fakes.mainQueue.advance(2.0);
+    EXPECT_TRUE(isTold);
 }
 
 TEST_F(InVainTest, NothingIsSaidBeforeTheSessionHasAnswered) {
@@ -543,7 +579,7 @@ TEST_F(InVainTest, NothingIsSaidBeforeTheSessionHasAnswered) {
     fakes.mainQueue.advance(0.25);
     EXPECT_THAT(titles(), ElementsAre(title));
     EXPECT_TRUE(view().isPrivacyModeInVain());
-    EXPECT_EQ(fakes.statusBar.toolTip, std::string("Curtain — ") + title);
+    EXPECT_THAT(fakes.statusBar.toolTip, HasSubstr(title));
     fakes.mainQueue.advance(10.0);
     EXPECT_THAT(titles(), SizeIs(1));
 }
@@ -571,7 +607,7 @@ TEST_F(InVainTest, AnObstacleThatComesWhilePrivacyModeIsOnIsSaidOnce) {
     fakes.mainQueue.advance(2.0);
     EXPECT_THAT(titles(), ElementsAre(title));
     EXPECT_TRUE(view().isPrivacyModeInVain());
-    EXPECT_EQ(fakes.statusBar.toolTip, std::string("Curtain — ") + title);
+    EXPECT_THAT(fakes.statusBar.toolTip, HasSubstr(title));
     fakes.mainQueue.advance(60.0);
     EXPECT_THAT(titles(), SizeIs(1));
 }
@@ -592,7 +628,7 @@ TEST_F(InVainTest, TheNoticeGoesWithTheObstacleAndComesBackWithIt) {
     fakes.systemVersion.obstacle = Platform::HidingObstacle::noWindowManager;
     fakes.mainQueue.advance(2.0);
     EXPECT_THAT(titles(), ElementsAre(title, title));
-    EXPECT_EQ(fakes.statusBar.toolTip, std::string("Curtain — ") + title);
+    EXPECT_THAT(fakes.statusBar.toolTip, HasSubstr(title));
 }
 
 TEST_F(InVainTest, AnObstacleThatComesAfterAllTakesThePlaceOfTheNoticeThatPrivacyModeIsOn) {

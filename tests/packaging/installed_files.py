@@ -8,6 +8,7 @@ INSTALLED_FILES = {
     f"{ICONS}/16x16/apps/com.curtain.Curtain.svg",
     f"{ICONS}/22x22/apps/com.curtain.Curtain.svg",
     f"{ICONS}/scalable/apps/com.curtain.Curtain.svg",
+    f"{ICONS}/symbolic/apps/com.curtain.Curtain-alert-symbolic.svg",
     f"{ICONS}/symbolic/apps/com.curtain.Curtain-close-symbolic.svg",
     f"{ICONS}/symbolic/apps/com.curtain.Curtain-open-symbolic.svg",
     f"{ICONS}/symbolic/apps/com.curtain.Curtain-symbolic.svg",

@@ -105,6 +105,24 @@ protected:
         return isShown ? server_->notices.back() : none;
     }
 
+    /// Leaves them on their way to a server that does not answer yet.
+    void addHeld(const std::vector<NotificationRequest>& requests) {
+        server_->mood = Mood::holds;
+        const auto before = server_->heldMessages();
+        for (const auto& request : requests) {
+            center_->add(request);
+        }
+        EXPECT_TRUE(spinUntil([&] { return server_->heldMessages() >= before + requests.size(); }));
+    }
+
+    /// Leaves a server that has not answered yet whether it shows it, having shown another.
+    void removeOnItsWay(const std::string& identifier) {
+        startServer();
+        post(plain("first"));
+        addHeld({plain(identifier)});
+        center_->removeDeliveredNotifications({identifier});
+    }
+
     /// What the delegate is told, once there is so much. A witness that is sent last shows that what came
     /// before it had no effect.
     std::vector<std::string> answers(std::size_t count) {
@@ -207,9 +225,7 @@ TEST_F(DBusNotificationCenterTest, SameIdentifierTakesItsPlace) {
 TEST_F(DBusNotificationCenterTest, ReplacementWaitsForTheNumberOfTheFirst) {
     startServer();
     post(plain("first"));
-    server_->mood = Mood::holds;
-    center_->add(rehidden("mail", "one"));
-    EXPECT_TRUE(spinUntil([&] { return server_->heldMessages() >= 1; }));
+    addHeld({rehidden("mail", "one")});
     center_->add(rehidden("mail", "two"));
     center_->add(rehidden("mail", "three"));
     server_->nextId = 20;
@@ -350,10 +366,7 @@ TEST_F(DBusNotificationCenterTest, SlowServerHoldsNobodyUp) {
     queue_.advance(10.0);
     server_->answerHeld();
     EXPECT_THAT(summaries(2), ElementsAre("one", "two"));
-    server_->mood = Mood::holds;
-    center_->add(plain("three"));
-    center_->add(plain("four"));
-    EXPECT_TRUE(spinUntil([&] { return server_->heldMessages() >= 2; }));
+    addHeld({plain("three"), plain("four")});
     queue_.advance(10.0);
     server_->answerHeld();
     EXPECT_THAT(summaries(4), ElementsAre("one", "two", "three", "four"));
@@ -375,10 +388,7 @@ TEST_F(DBusNotificationCenterTest, ServerThatEndsTakesItsNoticesAlong) {
 TEST_F(DBusNotificationCenterTest, WhatAServerNeverAnsweredGoesToTheNext) {
     startServer();
     post(plain("one"));
-    server_->mood = Mood::holds;
-    center_->add(plain("two"));
-    center_->add(plain("three"));
-    EXPECT_TRUE(spinUntil([&] { return server_->heldMessages() >= 2; }));
+    addHeld({plain("two"), plain("three")});
     startServer();
     EXPECT_THAT(summaries(2), ElementsAre("two", "three"));
 }
@@ -464,9 +474,7 @@ TEST_F(DBusNotificationCenterTest, GoneItHearsNothing) {
     post(rehidden("news"));
     server_->invoke(1, "REVEAL");
     answers(1);
-    server_->mood = Mood::holds;
-    center_->add(plain("unanswered"));
-    EXPECT_TRUE(spinUntil([&] { return server_->heldMessages() >= 1; }));
+    addHeld({plain("unanswered")});
     center_.reset();
     delegate_.completions.at(0)();
     server_->invoke(2, "REVEAL");
@@ -496,12 +504,7 @@ TEST_F(DBusNotificationCenterTest, RemovedOneThatWaitsIsNeverShown) {
 }
 
 TEST_F(DBusNotificationCenterTest, OneThatIsRemovedOnItsWayGoesAsSoonAsItHasANumber) {
-    startServer();
-    post(plain("first"));
-    server_->mood = Mood::holds;
-    center_->add(plain("second"));
-    EXPECT_TRUE(spinUntil([&] { return server_->heldMessages() >= 1; }));
-    center_->removeDeliveredNotifications({"second"});
+    removeOnItsWay("second");
     server_->answerHeld();
     EXPECT_TRUE(spinUntil([&] { return !server_->closed.empty(); }));
     EXPECT_THAT(server_->closed, ElementsAre(2U));
@@ -509,12 +512,7 @@ TEST_F(DBusNotificationCenterTest, OneThatIsRemovedOnItsWayGoesAsSoonAsItHasANum
 }
 
 TEST_F(DBusNotificationCenterTest, OneThatIsRemovedOnItsWayToAServerThatEndsDoesNotGoToTheNext) {
-    startServer();
-    post(plain("first"));
-    server_->mood = Mood::holds;
-    center_->add(plain("second"));
-    EXPECT_TRUE(spinUntil([&] { return server_->heldMessages() >= 1; }));
-    center_->removeDeliveredNotifications({"second"});
+    removeOnItsWay("second");
     startServer();
     center_->add(plain("third"));
     EXPECT_THAT(summaries(1), ElementsAre("third"));

@@ -11,7 +11,10 @@
 #include <QPixmap>
 
 #include <algorithm>
+#include <iterator>
+#include <optional>
 #include <set>
+#include <string>
 #include <vector>
 
 namespace {
@@ -24,15 +27,20 @@ const std::vector<int> panelSizes{16, 18, 20, 22, 24, 32, 36, 44, 48, 64};
 
 TEST(QtResources, TheStatusItemsImagesAreThereAsPdf) {
     QtResources resources;
-    EXPECT_TRUE(resources.pathForResource("open", "pdf"));
-    EXPECT_TRUE(resources.pathForResource("close", "pdf"));
-    EXPECT_NE(resources.pathForResource("open", "pdf"), resources.pathForResource("close", "pdf"));
+    std::set<std::optional<std::string>> paths;
+    for (const auto* name : {"open", "close", "alert"}) {
+        const auto path = resources.pathForResource(name, "pdf");
+        EXPECT_TRUE(path) << name;
+        paths.insert(path);
+    }
+    EXPECT_EQ(paths.size(), 3U);
 }
 
 TEST(QtResources, TheSymbolsAreThere) {
     QtResources resources;
     EXPECT_TRUE(resources.pathForSystemSymbol("eye"));
     EXPECT_TRUE(resources.pathForSystemSymbol("eye.slash"));
+    EXPECT_TRUE(resources.pathForSystemSymbol("exclamationmark.triangle"));
 }
 
 TEST(QtResources, OthersAreAbsent) {
@@ -71,8 +79,10 @@ struct ImageRenderingTest : testing::Test {
         QtResources resources;
         return {templateOf(resources.pathForResource("open", "pdf")),
                 templateOf(resources.pathForResource("close", "pdf")),
+                templateOf(resources.pathForResource("alert", "pdf")),
                 templateOf(resources.pathForSystemSymbol("eye")),
-                templateOf(resources.pathForSystemSymbol("eye.slash"))};
+                templateOf(resources.pathForSystemSymbol("eye.slash")),
+                templateOf(resources.pathForSystemSymbol("exclamationmark.triangle"))};
     }
     static QImage drawn(const Image& image, const QColor& color, int size) {
         return renderImage(image, color, size).convertToFormat(QImage::Format_ARGB32);
@@ -126,8 +136,12 @@ TEST_F(ImageRenderingTest, EverySizeOfAPanelIsDrawn) {
 
 TEST_F(ImageRenderingTest, ThePicturesDiffer) {
     const auto images = builtInImages();
-    EXPECT_NE(drawn(images[0], Qt::black, 22), drawn(images[1], Qt::black, 22));
-    EXPECT_NE(drawn(images[2], Qt::black, 22), drawn(images[3], Qt::black, 22));
+    for (auto one = images.begin(); one != images.end(); ++one) {
+        for (auto other = std::next(one); other != images.end(); ++other) {
+            EXPECT_NE(drawn(*one, Qt::black, 22), drawn(*other, Qt::black, 22))
+                << one->source << " " << other->source;
+        }
+    }
 }
 
 TEST_F(ImageRenderingTest, OtherPicturesKeepTheirColors) {

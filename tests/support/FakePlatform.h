@@ -65,8 +65,8 @@ private:
 
 class FakeResources : public Platform::Resources {
 public:
-    std::set<std::string> files{"open.pdf", "close.pdf"};
-    std::set<std::string> symbols{"eye", "eye.slash"};
+    std::set<std::string> files{"open.pdf", "close.pdf", "alert.pdf"};
+    std::set<std::string> symbols{"eye", "eye.slash", "exclamationmark.triangle"};
     std::optional<std::string> version = "1.2.3";
 
     std::optional<std::string> pathForResource(const std::string& name,
