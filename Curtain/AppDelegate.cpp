@@ -157,7 +157,7 @@ void AppDelegate::openSettings() {
         settingsView_ = std::make_shared<SettingsView>(SettingsView::Services{
             settingsModel(), catalog_, shortcuts_, *platform_.captureServices, *platform_.urlOpener,
             *platform_.keyboard, *platform_.systemShortcuts, *platform_.locale, *platform_.hotKeyService,
-            screenWatcher_, *statusItem_, *platform_.systemVersion});
+            screenWatcher_, *statusItem_, *platform_.systemVersion, *platform_.workspace});
         QObject::connect(settingsView_.get(), &SettingsView::langChanged, settingsView_.get(),
                          std::function<void()>(lifetime_.weak([this] { languageDidChange(); })));
     }

@@ -7,12 +7,15 @@ T.Button {
 
     /// Said where the button shows no words.
     property string tip
+    /// Why a press has no effect, or less than usual, in a sentence; shown beside the words.
+    property string reason
 
     implicitWidth: implicitContentWidth + leftPadding + rightPadding
     implicitHeight: implicitContentHeight + topPadding + bottomPadding
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
     Accessible.name: text !== "" ? text : tip
+    Accessible.description: reason
     Accessible.onPressAction: if (control.enabled) { control.clicked(); }
     // A key that is held down counts once, also where it leads to another button.
     Keys.onSpacePressed: event => event.accepted = event.isAutoRepeat
@@ -29,11 +32,26 @@ T.Button {
             }
         }
     }
+    // A control that is disabled does not say that it is hovered.
+    HoverHandler {
+        id: pointer
+        target: null
+        enabled: control.reason !== ""
+    }
     Loader {
         active: control.tip !== "" && control.hovered
         sourceComponent: Tip {
             text: control.tip
             visible: control.hovered && !control.down
+        }
+    }
+    Loader {
+        active: control.reason !== "" && pointer.hovered
+        sourceComponent: Tip {
+            objectName: "reason"
+            isSentence: true
+            text: control.reason
+            visible: pointer.hovered && !control.down
         }
     }
 }

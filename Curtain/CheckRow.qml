@@ -11,6 +11,9 @@ Item {
     required property string action
     /// Whether the chip remedies what is wrong.
     property bool remedies: false
+    /// Whether the chip can do anything, and if not why, in a sentence.
+    property bool canAct: true
+    property string reason
     property real chipWidth: 108
     /// What stands between detail and chip takes this much room.
     property real reserved: 0
@@ -80,6 +83,8 @@ Item {
         anchors.verticalCenter: parent.verticalCenter
         width: row.chipWidth
         text: row.action
+        enabled: row.canAct
+        reason: row.reason
         tonal: row.remedies && (row.status === "warning" || row.status === "danger")
         onClicked: row.acted()
     }

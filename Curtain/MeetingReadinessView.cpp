@@ -109,7 +109,7 @@ QString MeetingReadinessView::capsuleTone() const {
     // The level comes and goes with every word that is spoken; the checklist's row stays.
     const auto isMicrophoneOut = microphoneMark() == ReadinessStatus::danger;
     const std::array rows{now.camera, isMicrophoneOut ? ReadinessStatus::danger : now.microphone,
-                          now.notifications, now.desktop, now.privateApps};
+                          now.notifications, now.desktop, privateAppsMark()};
     if (!now.issues.empty() || isPrivacyModeInVain() || std::ranges::any_of(rows, isBad)) {
         return QStringLiteral("orange");
     }
@@ -118,8 +118,20 @@ QString MeetingReadinessView::capsuleTone() const {
 }
 
 bool MeetingReadinessView::isPrivacyModeInVain() const {
+    return isPrivacyModeOn() && !canHideApps();
+}
+
+bool MeetingReadinessView::canHideApps() const {
     const auto obstacle = services_.system.hidingObstacle();
-    return isPrivacyModeOn() && obstacle && obstacle != Platform::HidingObstacle::notKnownYet;
+    return !obstacle || obstacle == Platform::HidingObstacle::notKnownYet;
+}
+
+bool MeetingReadinessView::canFix() const {
+    const auto isOpen = [&](CurtainCore::LocKey key) {
+        return std::ranges::count(state().issues, key, &CurtainCore::ReadinessIssue::key) > 0;
+    };
+    return canHideApps() || isOpen(CurtainCore::LocKey::notifications) ||
+           (isOpen(CurtainCore::LocKey::desktop) && services_.store.load().hideFinderWithFixEverything);
 }
 
 QString MeetingReadinessView::hidingObstacle() const {
@@ -172,6 +184,9 @@ QVariantList MeetingReadinessView::shareLines() const {
         all.push_back(shareLine(QStringLiteral("cannotTell"), text(QStringLiteral("privateAppsUnseen")),
                                 QStringLiteral("gray")));
     }
+    if (all.isEmpty() && !canHideApps()) {
+        all.push_back(shareLine(QStringLiteral("hidingObstacle"), hidingObstacle(), QStringLiteral("gray")));
+    }
     if (all.isEmpty()) {
         all.push_back(shareLine({}, text(QStringLiteral("youAreReady")), QStringLiteral("green")));
     }
@@ -218,15 +233,23 @@ QString MeetingReadinessView::desktopDetail() const {
                : QString::number(state().desktopFileCount) + ' ' + text(QStringLiteral("filesOnDesktop"));
 }
 
+/// That none is seen is no protection where none could be hidden.
+ReadinessStatus MeetingReadinessView::privateAppsMark() const {
+    const auto status = state().privateApps;
+    return status == ReadinessStatus::ok && !canHideApps() ? ReadinessStatus::unknown : status;
+}
+
 QString MeetingReadinessView::privateAppsStatus() const {
-    return statusName(state().privateApps);
+    return statusName(privateAppsMark());
 }
 
 QString MeetingReadinessView::privateAppsDetail() const {
-    if (state().privateApps == ReadinessStatus::ok) {
+    const auto mark = privateAppsMark();
+    if (mark == ReadinessStatus::ok) {
         return text(QStringLiteral("youAreReady"));
     }
-    if (state().privateApps == ReadinessStatus::unknown && isScoreIncomplete()) {
+    if (mark == ReadinessStatus::unknown &&
+        (isScoreIncomplete() || !services_.workspace.knowsEveryWindow())) {
         return text(QStringLiteral("cannotTell"));
     }
     const auto visible =
@@ -308,9 +331,9 @@ QString MeetingReadinessView::cameraProblem() const {
 
 bool MeetingReadinessView::isReady() const {
     const auto& now = state();
-    const std::array rows{now.camera, microphoneMark(), now.notifications, now.desktop, now.privateApps};
+    const std::array rows{now.camera, microphoneMark(), now.notifications, now.desktop, privateAppsMark()};
     return services_.camera.status() == CameraStatus::available && now.issues.empty() &&
-           !isScoreIncomplete() && !isPrivacyModeInVain() && std::ranges::none_of(rows, isBad);
+           !isScoreIncomplete() && canHideApps() && std::ranges::none_of(rows, isBad);
 }
 
 QStringList MeetingReadinessView::visibilities() const {

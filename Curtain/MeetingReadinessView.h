@@ -52,6 +52,10 @@ class MeetingReadinessView : public QObject {
     Q_PROPERTY(bool isPrivacyModeInVain READ isPrivacyModeInVain NOTIFY stateChanged)
     /// One sentence on why apps cannot be hidden, empty where they can.
     Q_PROPERTY(QString hidingObstacle READ hidingObstacle NOTIFY stateChanged)
+    /// Whether a switch-on could hide something, as far as is known.
+    Q_PROPERTY(bool canHideApps READ canHideApps NOTIFY stateChanged)
+    /// Whether anything that is wrong could be mended.
+    Q_PROPERTY(bool canFix READ canFix NOTIFY stateChanged)
     Q_PROPERTY(bool showsRisk READ showsRisk NOTIFY stateChanged)
     Q_PROPERTY(int score READ score NOTIFY stateChanged)
     Q_PROPERTY(QString riskLabel READ riskLabel NOTIFY stateChanged)
@@ -121,6 +125,8 @@ public:
     bool isPrivacyModeOn() const { return state().privacyModeActive; }
     bool isPrivacyModeInVain() const;
     QString hidingObstacle() const;
+    bool canHideApps() const;
+    bool canFix() const;
     bool showsRisk() const { return showsRisk_; }
     int score() const { return state().score; }
     QString riskLabel() const;
@@ -224,6 +230,7 @@ private:
     /// Whether the risk would be called low, and apps that were not counted may raise it.
     bool isRiskOpen() const;
     CurtainCore::ReadinessStatus microphoneMark() const;
+    CurtainCore::ReadinessStatus privateAppsMark() const;
     void readState();
     void readCamera();
     void readMicrophone();

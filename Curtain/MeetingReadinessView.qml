@@ -144,6 +144,8 @@ VisualEffectBackground {
         kind: root.model.hasIssues ? "primary" : "tonal"
         symbol: "wand.and.stars"
         text: root.model.text("fixEverything")
+        enabled: root.model.canFix
+        reason: root.model.canHideApps ? "" : root.model.hidingObstacle
         onClicked: root.model.fixEverything()
     }
     ActionButton {

@@ -28,6 +28,8 @@ enum class PlatformKey {
     chooseAnotherDesktop,
     /// Where not every window of the session is known.
     privateAppsUnseen,
+    /// The same, above the list of running apps.
+    runningAppsUnseen,
     /// The desktop has no page that a settings button could open, and what to do instead.
     noSettingsPage,
     /// The same, where the page would grant a permission.
@@ -86,7 +88,7 @@ std::string_view string(PlatformKey key, std::string_view lang);
 
 template <>
 struct CurtainCore::RawValues<Curtain::PlatformKey> {
-    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 33> cases{{
+    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 34> cases{{
         {Curtain::PlatformKey::noHidingOnWayland, "noHidingOnWayland"},
         {Curtain::PlatformKey::noWindowManager, "noWindowManager"},
         {Curtain::PlatformKey::logOutOnce, "logOutOnce"},
@@ -96,6 +98,7 @@ struct CurtainCore::RawValues<Curtain::PlatformKey> {
         {Curtain::PlatformKey::startWindowManager, "startWindowManager"},
         {Curtain::PlatformKey::chooseAnotherDesktop, "chooseAnotherDesktop"},
         {Curtain::PlatformKey::privateAppsUnseen, "privateAppsUnseen"},
+        {Curtain::PlatformKey::runningAppsUnseen, "runningAppsUnseen"},
         {Curtain::PlatformKey::noSettingsPage, "noSettingsPage"},
         {Curtain::PlatformKey::noPermissionPage, "noPermissionPage"},
         {Curtain::PlatformKey::noTray, "noTray"},

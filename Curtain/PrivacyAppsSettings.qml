@@ -6,7 +6,7 @@ SettingsPage {
 
     required property QtObject model
 
-    readonly property real listTop: (obstacle.visible ? obstacle.height + 10 : 0) + options.height + 10 + segments.height + 8 + search.height + 8
+    readonly property real listTop: (obstacle.visible ? obstacle.height + 10 : 0) + options.height + 10 + segments.height + 8 + (unseen.visible ? unseen.height + 8 : 0) + search.height + 8
 
     WarningCaption {
         id: obstacle
@@ -90,6 +90,19 @@ SettingsPage {
     Item {
         width: 1
         height: 8
+    }
+    WarningCaption {
+        id: unseen
+        objectName: "runningAppsUnseen"
+        x: 1 + Theme.rowInset
+        width: parent.width - 2 * x
+        visible: !page.model.showingInstalled && !page.model.knowsRunningApps
+        text: page.model.texts.runningAppsUnseen
+    }
+    Item {
+        width: 1
+        height: 8
+        visible: unseen.visible
     }
     SearchField {
         id: search

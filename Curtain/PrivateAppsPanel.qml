@@ -180,7 +180,8 @@ Card {
                 implicitHeight: 36
                 kind: "tonal"
                 symbol: "eye.slash"
-                enabled: !panel.model.isPrivacyModeOn
+                enabled: !panel.model.isPrivacyModeOn && panel.model.canHideApps
+                reason: panel.model.canHideApps ? "" : panel.model.hidingObstacle
                 text: panel.model.text("hidePrivateApps")
                 onClicked: panel.model.hidePrivateApps()
             }

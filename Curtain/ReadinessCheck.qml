@@ -96,6 +96,8 @@ Card {
             detail: section.model.privateAppsDetail
             action: section.model.text(section.model.isPrivacyModeOn ? "restore" : "hideApps")
             remedies: true
+            canAct: section.model.isPrivacyModeOn || section.model.canHideApps
+            reason: canAct ? "" : section.model.hidingObstacle
             onActed: section.model.isPrivacyModeOn ? section.model.restore() : section.model.hidePrivateApps()
         }
     }

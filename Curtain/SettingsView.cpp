@@ -269,9 +269,11 @@ QString SettingsView::hidingObstacle() const {
 void SettingsView::askSession() {
     const auto obstacle = services_.system.hidingObstacle();
     const bool isBlind = services_.screenWatcher.isBlind();
-    if (obstacle != shownObstacle_ || isBlind != isShownBlind_) {
+    const bool isEveryWindowKnown = services_.workspace.knowsEveryWindow();
+    if (obstacle != shownObstacle_ || isBlind != isShownBlind_ || isEveryWindowKnown != isEveryWindowKnown_) {
         shownObstacle_ = obstacle;
         isShownBlind_ = isBlind;
+        isEveryWindowKnown_ = isEveryWindowKnown;
         Q_EMIT sessionChanged();
     }
 }

@@ -15,6 +15,7 @@
 #include "platform/SystemShortcuts.h"
 #include "platform/SystemVersion.h"
 #include "platform/UrlOpener.h"
+#include "platform/Workspace.h"
 
 #include <QObject>
 #include <QStringList>
@@ -50,6 +51,8 @@ class SettingsView : public QObject {
     Q_PROPERTY(QString shortcutReach READ shortcutReach CONSTANT)
     /// One sentence on why apps cannot be hidden, empty where they can.
     Q_PROPERTY(QString hidingObstacle READ hidingObstacle NOTIFY sessionChanged)
+    /// Whether the list of running apps has all that have a window.
+    Q_PROPERTY(bool knowsRunningApps READ knowsRunningApps NOTIFY sessionChanged)
     /// The key combinations that go to the tab after, and to the one before.
     Q_PROPERTY(QStringList nextTabKeys READ nextTabKeys CONSTANT)
     Q_PROPERTY(QStringList previousTabKeys READ previousTabKeys CONSTANT)
@@ -79,6 +82,7 @@ public:
         const ScreenWatcher& screenWatcher;
         Platform::StatusItem& statusItem;
         Platform::SystemVersion& system;
+        Platform::Workspace& workspace;
     };
 
     explicit SettingsView(const Services& services);
@@ -107,6 +111,7 @@ public:
     ShortcutField* shortcut() { return &shortcut_; }
     QString shortcutReach() const;
     QString hidingObstacle() const;
+    bool knowsRunningApps() const { return isEveryWindowKnown_; }
     QString settingsLoss() const;
     QStringList nextTabKeys() const;
     QStringList previousTabKeys() const;
@@ -146,6 +151,7 @@ private:
     bool lacksFocusSettings_ = false;
     std::optional<Platform::HidingObstacle> shownObstacle_;
     bool isShownBlind_ = false;
+    bool isEveryWindowKnown_ = true;
     AppChoiceModel apps_;
     ShortcutField shortcut_;
     Platform::Subscription panelObserver_;

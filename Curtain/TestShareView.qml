@@ -247,6 +247,8 @@ T.Dialog {
                 kind: panel.model.hasIssues ? "primary" : "tonal"
                 symbol: "wand.and.stars"
                 text: panel.model.text("fixEverything")
+                enabled: panel.model.canFix
+                reason: panel.model.canHideApps ? "" : panel.model.hidingObstacle
                 onClicked: panel.fixEverything()
             }
             // The last in the order of the keyboard, though it stands at the top.

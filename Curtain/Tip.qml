@@ -1,12 +1,16 @@
 import QtQuick
 import QtQuick.Templates as T
 
-/// The words for a control that shows only a symbol.
+/// The words for a control that shows only a symbol, below it; or a sentence about a control, above it.
 T.ToolTip {
     id: tip
 
-    x: parent ? Math.round((parent.width - implicitWidth) / 2) : 0
-    y: parent ? parent.height + 6 : 0
+    property bool isSentence: false
+
+    x: !parent ? 0
+        : !isSentence || implicitWidth < parent.width ? Math.round((parent.width - implicitWidth) / 2)
+        : parent.mirrored ? 0 : parent.width - implicitWidth
+    y: !parent ? 0 : isSentence ? -implicitHeight - 6 : parent.height + 6
     implicitWidth: implicitContentWidth + leftPadding + rightPadding
     implicitHeight: implicitContentHeight + topPadding + bottomPadding
     margins: 6

@@ -503,7 +503,58 @@ TEST_F(ReadinessView, PrivacyModeInVainNeedsAttention) {
     EXPECT_EQ(view().scoreGap(), "");
     EXPECT_EQ(view().hidingObstacle(),
               "The window manager of this session doesn't hide windows when it is asked to.");
-    EXPECT_EQ(view().capsuleTone(), "green");
+    EXPECT_EQ(view().capsuleTone(), "gray");
+}
+
+TEST_F(ReadinessView, NothingIsReadyWhereNothingCouldBeHidden) {
+    world.makeClear();
+    world.isPrivacyModeActive = false;
+    world.coordinator.refresh();
+    ASSERT_TRUE(view().isReady());
+    world.setPrivateApps({});
+    for (const bool isKnown : {true, false}) {
+        world.workspace.everyWindowIsKnown = isKnown;
+        world.system.obstacle = Platform::HidingObstacle::waylandSession;
+        world.coordinator.refresh();
+        EXPECT_EQ(view().privateAppsStatus(), "unknown");
+        EXPECT_EQ(view().privateAppsDetail(), isKnown ? "0 visible" : "Can't tell");
+        EXPECT_EQ(view().capsuleTone(), "gray");
+        EXPECT_EQ(view().capsuleText(), "Ready for your call?");
+        EXPECT_FALSE(view().isReady());
+        ASSERT_EQ(view().shareLines().size(), 1);
+        EXPECT_EQ(view().shareLines()[0].toMap()["text"],
+                  "This Wayland desktop offers no way to hide other apps.");
+        EXPECT_EQ(view().shareLines()[0].toMap()["tone"], "gray");
+    }
+    // What is not known yet is no obstacle.
+    world.workspace.everyWindowIsKnown = true;
+    world.system.obstacle = Platform::HidingObstacle::notKnownYet;
+    world.coordinator.refresh();
+    EXPECT_EQ(view().privateAppsDetail(), "You're ready.");
+}
+
+TEST_F(ReadinessView, OffersToFixOnlyWhatCanBeFixed) {
+    world.makeClear();
+    world.isPrivacyModeActive = false;
+    world.coordinator.refresh();
+    EXPECT_TRUE(view().canHideApps());
+    EXPECT_TRUE(view().canFix());
+    world.system.obstacle = Platform::HidingObstacle::noWindowManager;
+    EXPECT_FALSE(view().canHideApps());
+    EXPECT_FALSE(view().canFix());
+    world.change([](auto& preferences) { preferences.notificationsMarkedHandled = false; });
+    world.coordinator.refresh();
+    EXPECT_TRUE(view().canFix()) << "the notifications";
+    world.makeRisky();
+    world.runner.setting = "1\n";
+    world.change([](auto& preferences) { preferences.notificationsMarkedHandled = true; });
+    world.coordinator.refresh();
+    EXPECT_TRUE(view().canFix()) << "the desktop";
+    world.change([](auto& preferences) { preferences.hideFinderWithFixEverything = false; });
+    EXPECT_FALSE(view().canFix()) << "the private apps alone";
+    world.system.obstacle = Platform::HidingObstacle::notKnownYet;
+    EXPECT_TRUE(view().canHideApps());
+    EXPECT_TRUE(view().canFix());
 }
 
 } // namespace

@@ -2,10 +2,20 @@
 #include "tests/views/ReadinessWorld.h"
 #include "tests/views/ViewFixture.h"
 
+#include <algorithm>
+
 namespace TestSupport {
 namespace {
 
 using testing::IsEmpty;
+
+/// What a popover in a Wayland session has to tell of, while privacy mode is on or not.
+void hideNothing(ReadinessWorld& world, bool isPrivacyModeActive) {
+    world.isPrivacyModeActive = isPrivacyModeActive;
+    world.workspace.everyWindowIsKnown = false;
+    world.system.obstacle = Platform::HidingObstacle::waylandSession;
+    world.coordinator.refresh();
+}
 
 class PopoverLook : public ViewTest {
 protected:
@@ -159,20 +169,14 @@ TEST_F(PopoverLook, Recording) {
 TEST_F(PopoverLook, NothingCanBeSeen) {
     inEveryLanguage("unknown-apps", [](auto& world) {
         world.makeClear();
-        world.isPrivacyModeActive = false;
-        world.workspace.everyWindowIsKnown = false;
-        world.system.obstacle = Platform::HidingObstacle::waylandSession;
-        world.coordinator.refresh();
+        hideNothing(world, false);
     });
 }
 
 TEST_F(PopoverLook, NothingCanBeSeenAndPrivacyModeIsOn) {
     inEveryLanguage("unknown-apps-in-vain", [](auto& world) {
         world.makeRisky();
-        world.isPrivacyModeActive = true;
-        world.workspace.everyWindowIsKnown = false;
-        world.system.obstacle = Platform::HidingObstacle::waylandSession;
-        world.coordinator.refresh();
+        hideNothing(world, true);
     });
 }
 
@@ -188,6 +192,50 @@ TEST_F(PopoverLook, EveryObstacle) {
             world.coordinator.refresh();
         });
     }
+}
+
+TEST_F(PopoverLook, NoPrivateAppsWhereNothingCanBeHidden) {
+    inEveryLanguage("no-apps-no-hiding", [](auto& world) {
+        world.makeClear();
+        world.setPrivateApps({});
+        hideNothing(world, false);
+    });
+}
+
+TEST_F(PopoverLook, WhyAButtonHasNoEffect) {
+    for (const auto* const button : {"hidePrivateApps", "privateApps.chip", "fixEverything"}) {
+        inEveryLanguage(
+            std::string("reason-") + button,
+            [](auto& world) {
+                world.makeClear();
+                hideNothing(world, false);
+            },
+            [&](auto& shown, auto& world) {
+                // The pointer may have been there in the window before, and would not move then.
+                QTest::mouseMove(&shown.window(), QPoint(1, 1));
+                QTest::mouseMove(&shown.window(), shown.place(button).center().toPoint());
+                const auto sentence = world.view->hidingObstacle();
+                const auto seen = [&] { return std::ranges::count(shown.texts(), sentence); };
+                EXPECT_TRUE(ShownView::waitFor([&] { return seen() == 2; })) << seen();
+            });
+    }
+}
+
+TEST_F(PopoverLook, TestShareInVain) {
+    inEveryLanguage("test-share-in-vain", [](auto& world) {
+        world.makeRisky();
+        hideNothing(world, true);
+        world.change([](auto& preferences) { preferences.runTestShareModeOnOpen = true; });
+    });
+}
+
+TEST_F(PopoverLook, TestShareWhereNothingCanBeHidden) {
+    inEveryLanguage("test-share-no-hiding", [](auto& world) {
+        world.makeClear();
+        world.setPrivateApps({});
+        hideNothing(world, false);
+        world.change([](auto& preferences) { preferences.runTestShareModeOnOpen = true; });
+    });
 }
 
 TEST_F(PopoverLook, TestShareUnknown) {

@@ -623,6 +623,40 @@ TEST_F(Popover, SaysItsValuesToAssistiveTechnology) {
     EXPECT_EQ(meter->text(QAccessible::Description), "60%");
 }
 
+TEST_F(Popover, ButtonsThatCouldOnlyBeInVainSayWhy) {
+    world.makeClear();
+    world.isPrivacyModeActive = false;
+    world.coordinator.refresh();
+    show();
+    const auto buttons = {"hidePrivateApps", "privateApps.chip", "fixEverything"};
+    const auto described = [&](const char* name) {
+        auto* const interface = QAccessible::queryAccessibleInterface(shown->find(name));
+        return interface->text(QAccessible::Description).toStdString();
+    };
+    for (const auto* const name : buttons) {
+        EXPECT_TRUE(shown->find(name)->isEnabled()) << name;
+        EXPECT_EQ(described(name), "") << name;
+    }
+    world.system.obstacle = Platform::HidingObstacle::waylandSession;
+    world.coordinator.refresh();
+    shown->settle();
+    for (const auto* const name : buttons) {
+        EXPECT_FALSE(shown->find(name)->isEnabled()) << name;
+        EXPECT_EQ(described(name), "This Wayland desktop offers no way to hide other apps.") << name;
+        shown->click(name);
+    }
+    EXPECT_THAT(world.actions, IsEmpty());
+    // A mode that is on can be switched off, and what else is wrong can be mended.
+    world.isPrivacyModeActive = true;
+    world.change([](auto& preferences) { preferences.notificationsMarkedHandled = false; });
+    world.coordinator.refresh();
+    shown->settle();
+    EXPECT_TRUE(shown->find("fixEverything")->isEnabled());
+    EXPECT_EQ(described("fixEverything"), "This Wayland desktop offers no way to hide other apps.");
+    shown->click("privateApps.chip");
+    EXPECT_THAT(world.actions, ElementsAre("restore"));
+}
+
 TEST_F(Popover, RestsWhileNothingChanges) {
     world.makeRisky();
     show();

@@ -71,7 +71,8 @@ protected:
                                                          platform.log);
         content = std::make_shared<Curtain::SettingsView>(Curtain::SettingsView::Services{
             *model, catalog, shortcuts, capture, urlOpener, platform.keyboard, platform.systemShortcuts,
-            platform.locale, *hotKeys, screenWatcher, *statusItem, platform.systemVersion});
+            platform.locale, *hotKeys, screenWatcher, *statusItem, platform.systemVersion,
+            platform.workspace});
         content->willShow();
         return {{"qrc:/Curtain/SettingsView.qml", content}, QSize(440, 430)};
     }
@@ -187,6 +188,7 @@ TEST_F(SettingsViewTest, SaysWhatWorksInPartOrIsNotKnownInEveryLanguage) {
     platform.hotKeyService.heard = Platform::HotKeyReach::inX11WindowsOnly;
     platform.screenWatcherProbe.isWatched.reset();
     platform.systemVersion.obstacle = Platform::HidingObstacle::waylandSession;
+    platform.workspace.everyWindowIsKnown = false;
     for (const auto& language : languages()) {
         SCOPED_TRACE(language);
         speak(language);
@@ -201,8 +203,11 @@ TEST_F(SettingsViewTest, SaysWhatWorksInPartOrIsNotKnownInEveryLanguage) {
         view.click("tabApps");
         EXPECT_THAT(view.texts(), Contains(text(PlatformKey::noHidingOnWayland)));
         EXPECT_THAT(view.texts(), Contains(text(PlatformKey::shareDetectionUnknown)));
+        EXPECT_THAT(view.texts(), Contains(text(PlatformKey::runningAppsUnseen)));
         EXPECT_THAT(view.problems(isRightToLeft), IsEmpty());
         view.picture("settings-wayland-apps-" + language);
+        content->setShowingInstalled(true);
+        EXPECT_THAT(view.texts(), Not(Contains(text(PlatformKey::runningAppsUnseen))));
     }
 }
 
@@ -250,6 +255,7 @@ TEST_F(SettingsViewTest, SaysNothingOfWhatWorks) {
     EXPECT_EQ(view.find("hidingObstacle"), nullptr);
     EXPECT_EQ(view.find("shareDetectionUnknown"), nullptr);
     EXPECT_EQ(view.find("noShareDetection"), nullptr);
+    EXPECT_EQ(view.find("runningAppsUnseen"), nullptr);
     EXPECT_THAT(view.texts(), Contains(text(LocKey::autoDetectNote)));
 }
 
