@@ -92,6 +92,7 @@ QtPlatform::WindowManagerLink linkTo(X11WindowManager* windowManager, const Sess
         // The panels are windows of Wayland's, and the pointer is known only over windows of X11.
         link.panels = nullptr;
         link.isPointerKnown = false;
+        link.isCompositor = true;
     }
     return link;
 }

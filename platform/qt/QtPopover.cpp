@@ -16,6 +16,8 @@ namespace {
 
 /// How far the shadow reaches beyond the content, as its picture is drawn.
 constexpr QMargins shadowMargins(40, 32, 40, 48);
+/// As high as a panel may be of which nothing is known, and which would cover the popover.
+constexpr double unknownPanel = 36;
 constexpr const char* shadowSource = "qrc:/curtain/PopoverShadow.qml";
 
 } // namespace
@@ -24,7 +26,9 @@ constexpr const char* shadowSource = "qrc:/curtain/PopoverShadow.qml";
 class QtPopover::PopoverWindow : public QQuickWindow {
 public:
     explicit PopoverWindow(QtPopover& owner) : owner_(owner) {
-        setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint | Qt::NoDropShadowWindowHint);
+        // Some compositors give tool windows no keyboard, and lay tiles of others than dialogs.
+        const auto kind = owner_.windowManager_.isCompositor ? Qt::Dialog : Qt::Tool;
+        setFlags(kind | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint | Qt::NoDropShadowWindowHint);
         setTitle(QStringLiteral("Curtain"));
         QObject::connect(this, &QWindow::visibleChanged, this, [this](bool isNowVisible) {
             if (!isNowVisible && owner_.onDidClose_) {
@@ -80,6 +84,10 @@ void QtPopover::show(Platform::StatusItem& relativeTo) {
     const QSize size(static_cast<int>(contentSize_.width), static_cast<int>(contentSize_.height));
     const QRect content(position(relativeTo), size);
     const auto margins = isTranslucent ? marginsAround(content) : QMargins();
+    if (windowManager_.isCompositor && !window_->isVisible()) {
+        // Some move a window that is shown again away from its place.
+        window_->destroy();
+    }
     window_->setColor(isTranslucent ? QColor(Qt::transparent) : QColor(Qt::white));
     window_->setGeometry(content.marginsAdded(margins));
     shadow_->setVisible(isTranslucent);
@@ -162,8 +170,14 @@ QPoint QtPopover::position(const Platform::StatusItem& item) const {
         }
     }
     return PopoverPlacement::topLeft(place, {contentSize_.width, contentSize_.height}, screen->geometry(),
-                                     screens_.visibleFrame(*screen), QGuiApplication::isRightToLeft())
+                                     freePart(*screen), QGuiApplication::isRightToLeft())
         .toPoint();
+}
+
+QRectF QtPopover::freePart(const QScreen& screen) const {
+    const auto frame = screens_.visibleFrame(screen);
+    const bool areUnknown = windowManager_.isCompositor && frame == QRectF(screen.geometry());
+    return areUnknown ? frame.adjusted(0, unknownPanel, 0, -unknownPanel) : frame;
 }
 
 } // namespace QtPlatform

@@ -12,6 +12,7 @@
 #include <memory>
 
 class QQuickItem;
+class QScreen;
 
 namespace QtPlatform {
 
@@ -41,6 +42,8 @@ private:
     QMargins marginsAround(const QRect& content) const;
     /// Where the content goes, in points of the screens.
     QPoint position(const Platform::StatusItem& item) const;
+    /// What panels leave of a screen, as far as can be told.
+    QRectF freePart(const QScreen& screen) const;
 
     ViewEngine& engine_;
     const QtScreens& screens_;

@@ -23,6 +23,8 @@ struct WindowManagerLink {
     std::function<std::vector<QRect>()> panels;
     /// Whether Qt learns where the pointer is also while it is over windows of others.
     bool isPointerKnown = false;
+    /// Whether it is a Wayland compositor that shows the windows.
+    bool isCompositor = false;
 };
 
 } // namespace QtPlatform
