@@ -214,6 +214,7 @@ TEST(PlatformWording, TheEnglishTextsOfItsOwn) {
             "Start a window manager, or choose a complete desktop at the login screen.",
             "At the login screen, choose a desktop such as Xfce, MATE or LXQt.",
             "Curtain can't tell whether your private apps can be seen.",
+            "This session doesn't tell of every running app; find the others among the installed ones.",
             "No matching settings page was found. Look in your desktop's menus or panel.",
             "No matching settings page was found. Allow access with your desktop's own tools, then continue.",
             "No system tray was found. Add one to see Curtain's icon.",
