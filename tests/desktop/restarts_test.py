@@ -223,12 +223,18 @@ class PartsTest(RestartCase):
         self.start_service("pipewire-pulse")
         wait_until(lambda: self.output_of("pactl", "info"), "the sound server is back")
         wait_until(self.add_microphone, "there is a microphone again")
+        # Not every manager prefers one that says nothing of its priority to listening to the speakers.
+        wait_until(self.choose_microphone, "it is the one to use")
         wait_until(self.uses_microphone, "the microphone is in use again", 30)
         self.assert_private()
 
     def add_microphone(self):
         return self.output_of("pactl", "load-module", "module-null-sink", "media.class=Audio/Source/Virtual",
                               "sink_name=replacement", "channel_map=mono")
+
+    def choose_microphone(self):
+        self.output_of("pactl", "set-default-source", "replacement")
+        return self.output_of("pactl", "get-default-source") == "replacement\n"
 
     def uses_microphone(self):
         return 'application.name = "Curtain"' in self.output_of("pactl", "list", "source-outputs")
