@@ -21,14 +21,17 @@ IDENTIFIER = "com.curtain.Curtain"
 ENTRY = f"share/applications/{IDENTIFIER}.desktop"
 SERVICE = f"share/dbus-1/services/{IDENTIFIER}.service"
 METAINFO = f"share/metainfo/{IDENTIFIER}.metainfo.xml"
-# Curtain has no page of its own on the web yet, of which later releases of the validator warn.
-NO_HOMEPAGE = "--override=url-homepage-missing=info"
-VALIDATE = ("appstreamcli", "validate", NO_HOMEPAGE)
 LANGUAGES = {"ar", "es", "fr", "hi", "pt", "ru", "zh"}
 
 
 def run(*argv, **options):
     return subprocess.run(argv, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False, **options)
+
+
+def validator_options():
+    """Curtain has no page of its own on the web yet, of which later releases of the validator warn; earlier ones know no such tag."""
+    version = re.search(r"version: (\d+)", run("appstreamcli", "--version").stdout)
+    return ["--no-net", "--no-color"] + ["--override=url-homepage-missing=info"] * (int(version[1]) >= 1)
 
 
 def sections(path):
@@ -128,8 +131,8 @@ class InstallTest(unittest.TestCase):
 
     def test_the_metainfo_is_valid_and_says_the_same_as_the_entry(self):
         prefix = self.install(self.scratch / "prefix")
-        self.assert_succeeds(*VALIDATE, "--no-net", "--no-color", str(prefix / METAINFO))
-        self.assert_succeeds("appstreamcli", "validate-tree", NO_HOMEPAGE, "--no-net", "--no-color", str(prefix))
+        self.assert_succeeds("appstreamcli", "validate", *validator_options(), str(prefix / METAINFO))
+        self.assert_succeeds("appstreamcli", "validate-tree", *validator_options(), str(prefix))
         root = xml.parse(prefix / METAINFO).getroot()
         self.assertEqual(root.findtext("id"), IDENTIFIER)
         self.assertEqual(root.findtext("launchable"), Path(ENTRY).name)
@@ -163,7 +166,7 @@ class InstallTest(unittest.TestCase):
         self.assert_succeeds(CMAKE, "-S", str(SOURCE), "-B", str(build), "-G", "Ninja", "-DCURTAIN_BUILD_TESTS=OFF",
                              f"-DCURTAIN_SCREENSHOTS_URL={address}")
         metainfo = build / f"packaging/{IDENTIFIER}.metainfo.xml"
-        self.assert_succeeds(*VALIDATE, "--no-net", "--no-color", str(metainfo))
+        self.assert_succeeds("appstreamcli", "validate", *validator_options(), str(metainfo))
         images = [image.text for image in xml.parse(metainfo).getroot().iter("image")]
         self.assertTrue(images)
         for image in images:
