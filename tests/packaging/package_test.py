@@ -47,11 +47,11 @@ class PackageTest(unittest.TestCase):
         return output("dpkg-deb", "--field", str(self.path), name).strip()
 
     def test_lintian_has_nothing_to_say(self):
-        # The installed metainfo is validated by itself. It lacks a home page, of which later releases warn without saying so.
-        done = subprocess.run(["lintian", "--no-cfg", "--no-override", "--allow-root", "--fail-on", "error,warning",
-                               "--suppress-tags", "appstream-metadata-validation-failed", str(self.path)],
+        done = subprocess.run(["lintian", "--no-cfg", "--no-override", "--allow-root", "--fail-on", "none", str(self.path)],
                               stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False)
-        self.assertEqual((done.returncode, done.stdout), (0, ""))
+        # The installed metainfo is validated by itself. It lacks a home page, of which later releases warn without saying so.
+        said = [line for line in done.stdout.splitlines() if "appstream-metadata-validation-failed" not in line]
+        self.assertEqual((done.returncode, said), (0, []))
 
     def test_holds_what_is_installed_and_the_documents(self):
         names = {f"usr/{name}{'.gz' if name in COMPRESSED else ''}"
