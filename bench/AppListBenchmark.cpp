@@ -1,7 +1,7 @@
 #include "Curtain/AppCatalog.h"
 #include "Curtain/AppChoiceModel.h"
-#include "platform/linux/PosixFileManager.h"
 #include "platform/linux/apps/DesktopEntryBundles.h"
+#include "platform/linux/system/PosixFileManager.h"
 #include "tests/support/FakeLoginItem.h"
 #include "tests/support/FakePlatform.h"
 #include "tests/support/TemporaryFolder.h"

@@ -2,9 +2,9 @@
 
 #include "Curtain/DesktopChecker.h"
 #include "Curtain/ReadinessCoordinator.h"
-#include "platform/linux/PosixFileManager.h"
-#include "platform/linux/ThreadWorkQueues.h"
-#include "platform/linux/defaults/FileUserDefaults.h"
+#include "platform/linux/system/FileUserDefaults.h"
+#include "platform/linux/system/PosixFileManager.h"
+#include "platform/linux/system/ThreadWorkQueues.h"
 #include "tests/platform/PrivacyMode.h"
 #include "tests/support/FakeProcessRunner.h"
 #include "tests/support/FakeUserFolders.h"

@@ -1,8 +1,8 @@
 /// What a poll of the screen watch costs with a number of X clients, at rest and while one captures. It needs
 /// an X server; scripts/virtual-desktop has one.
-#include "platform/linux/StandardErrorLog.h"
 #include "platform/linux/screenwatch/PipeWireCaptureWatch.h"
 #include "platform/linux/screenwatch/X11CaptureWatch.h"
+#include "platform/linux/system/StandardErrorLog.h"
 
 #include <xcb/xcb.h>
 

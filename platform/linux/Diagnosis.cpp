@@ -1,9 +1,9 @@
 #include "platform/linux/Diagnosis.h"
 
+#include "platform/linux/SessionWindows.h"
 #include "platform/linux/desktopicons/X11DesktopWindows.h"
 #include "platform/linux/screenwatch/CaptureRoads.h"
 #include "platform/linux/session/SocketQuestion.h"
-#include "platform/linux/windows/SessionWindows.h"
 #include "platform/linux/x11/X11Connection.h"
 
 #include <QDBusConnection>

@@ -1,45 +1,45 @@
 #include "platform/linux/LinuxPlatform.h"
 
-#include "platform/linux/PosixFileManager.h"
-#include "platform/linux/StandardErrorLog.h"
-#include "platform/linux/ThreadWorkQueues.h"
+#include "platform/linux/SessionWindows.h"
+#include "platform/linux/appearance/ReducedMotion.h"
 #include "platform/linux/apps/AppIdentity.h"
 #include "platform/linux/apps/DesktopEntries.h"
 #include "platform/linux/apps/DesktopEntryBundles.h"
-#include "platform/linux/apps/ScopedApps.h"
 #include "platform/linux/audio/PulseAudioServices.h"
 #include "platform/linux/camera/CameraPortal.h"
 #include "platform/linux/camera/CameraRights.h"
 #include "platform/linux/camera/LinuxCaptureServices.h"
 #include "platform/linux/camera/V4l2Cameras.h"
-#include "platform/linux/defaults/FileUserDefaults.h"
 #include "platform/linux/desktopicons/LinuxDesktopIcons.h"
-#include "platform/linux/folders/XdgUserFolders.h"
-#include "platform/linux/hotkeys/DesktopShortcuts.h"
-#include "platform/linux/hotkeys/GSettingsShortcuts.h"
-#include "platform/linux/hotkeys/I3Shortcuts.h"
-#include "platform/linux/hotkeys/KdeShortcuts.h"
 #include "platform/linux/hotkeys/NoHotKeyService.h"
 #include "platform/linux/hotkeys/X11HotKeyService.h"
-#include "platform/linux/hotkeys/XfconfShortcuts.h"
-#include "platform/linux/hotkeys/XkbKeyboard.h"
-#include "platform/linux/locale/EnvironmentLocale.h"
-#include "platform/linux/login/AutostartEntry.h"
+#include "platform/linux/keyboard/XkbKeyboard.h"
 #include "platform/linux/media/LinuxMediaAuthorization.h"
-#include "platform/linux/motion/ReducedMotion.h"
 #include "platform/linux/notifications/DBusNotificationCenter.h"
+#include "platform/linux/ownwindows/NoMenuBar.h"
+#include "platform/linux/ownwindows/X11EventMonitors.h"
+#include "platform/linux/ownwindows/X11MenuBar.h"
+#include "platform/linux/ownwindows/X11WindowManagerClient.h"
 #include "platform/linux/screenwatch/CaptureRoads.h"
 #include "platform/linux/screenwatch/ScreenWatch.h"
+#include "platform/linux/session/AutostartEntry.h"
 #include "platform/linux/session/LoginManager.h"
 #include "platform/linux/settingslinks/SettingsLinkOpener.h"
-#include "platform/linux/shell/NoMenuBar.h"
-#include "platform/linux/shell/X11EventMonitors.h"
-#include "platform/linux/shell/X11MenuBar.h"
-#include "platform/linux/shell/X11WindowManager.h"
+#include "platform/linux/shortcutlists/DesktopShortcuts.h"
+#include "platform/linux/shortcutlists/GSettingsShortcuts.h"
+#include "platform/linux/shortcutlists/I3Shortcuts.h"
+#include "platform/linux/shortcutlists/KdeShortcuts.h"
+#include "platform/linux/shortcutlists/XfconfShortcuts.h"
+#include "platform/linux/system/EnvironmentLocale.h"
+#include "platform/linux/system/FileUserDefaults.h"
+#include "platform/linux/system/PosixFileManager.h"
+#include "platform/linux/system/StandardErrorLog.h"
+#include "platform/linux/system/ThreadWorkQueues.h"
+#include "platform/linux/system/XdgUserFolders.h"
 #include "platform/linux/tray/TrayStatusBar.h"
-#include "platform/linux/windows/InterfaceLevel.h"
-#include "platform/linux/windows/LinuxWorkspace.h"
-#include "platform/linux/windows/SessionWindows.h"
+#include "platform/linux/workspace/InterfaceLevel.h"
+#include "platform/linux/workspace/LinuxWorkspace.h"
+#include "platform/linux/workspace/ScopedApps.h"
 #include "platform/linux/x11/X11Connection.h"
 #include "platform/qt/DetachedProgram.h"
 #include "platform/qt/ImageRendering.h"
@@ -73,7 +73,8 @@
 namespace LinuxPlatform {
 namespace {
 
-QtPlatform::WindowManagerLink linkTo(X11WindowManager* windowManager, const SessionEnvironment& environment) {
+QtPlatform::WindowManagerLink linkTo(X11WindowManagerClient* windowManager,
+                                     const SessionEnvironment& environment) {
     if (windowManager == nullptr) {
         return {};
     }
@@ -113,8 +114,8 @@ struct Session {
     std::unique_ptr<WindowSystem> windowSystem;
     /// A connection of its own: others select the events of the root window on theirs.
     std::unique_ptr<X11Connection> shellConnection = connectionTo(environment);
-    std::unique_ptr<X11WindowManager> windowManager =
-        shellConnection ? std::make_unique<X11WindowManager>(*shellConnection) : nullptr;
+    std::unique_ptr<X11WindowManagerClient> windowManager =
+        shellConnection ? std::make_unique<X11WindowManagerClient>(*shellConnection) : nullptr;
     QtPlatform::QtScreens screens{linkTo(windowManager.get(), environment)};
     QtPlatform::ViewEngine views;
     std::unique_ptr<ScopedApps> scopedApps;

@@ -1,4 +1,4 @@
-#include "platform/linux/dbus/ApplicationBus.h"
+#include "platform/linux/session/ApplicationBus.h"
 
 #include "tests/support/EventLoop.h"
 

@@ -1,4 +1,4 @@
-#include "platform/linux/login/AutostartEntry.h"
+#include "platform/linux/session/AutostartEntry.h"
 
 #include "tests/support/ForkedChild.h"
 #include "tests/support/TemporaryFolder.h"

@@ -1,6 +1,6 @@
 #include "platform/linux/camera/CameraSession.h"
 
-#include "platform/linux/ThreadWorkQueues.h"
+#include "platform/linux/system/ThreadWorkQueues.h"
 #include "tests/platform/CameraWorld.h"
 #include "tests/support/HandDrivenQueue.h"
 

@@ -1,6 +1,6 @@
 #include "core/PreferencesJson.h"
 #include "platform/linux/apps/DesktopEntryBundles.h"
-#include "platform/linux/windows/LinuxWorkspace.h"
+#include "platform/linux/workspace/LinuxWorkspace.h"
 #include "tests/platform/AppsWorld.h"
 #include "tests/support/FakeWindowSystem.h"
 #include "tests/support/HandDrivenQueue.h"

@@ -1,10 +1,10 @@
 #include "platform/linux/desktopicons/DesktopIconsRunner.h"
 
 #include "Curtain/DesktopController.h"
-#include "platform/linux/PosixFileManager.h"
 #include "platform/linux/desktopicons/CajaDesktop.h"
 #include "platform/linux/desktopicons/PcmanfmDesktop.h"
 #include "platform/linux/session/EarlierValue.h"
+#include "platform/linux/system/PosixFileManager.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/FakeProcessRunner.h"
 #include "tests/support/HandDrivenQueue.h"

@@ -1,8 +1,8 @@
-#include "platform/linux/hotkeys/DesktopShortcuts.h"
+#include "platform/linux/shortcutlists/DesktopShortcuts.h"
 
-#include "platform/linux/hotkeys/GSettingsShortcuts.h"
-#include "platform/linux/hotkeys/I3Shortcuts.h"
-#include "platform/linux/hotkeys/KdeShortcuts.h"
+#include "platform/linux/shortcutlists/GSettingsShortcuts.h"
+#include "platform/linux/shortcutlists/I3Shortcuts.h"
+#include "platform/linux/shortcutlists/KdeShortcuts.h"
 #include "tests/support/FakeHotKeyService.h"
 #include "tests/support/HandDrivenQueue.h"
 

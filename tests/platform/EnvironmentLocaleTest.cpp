@@ -1,4 +1,4 @@
-#include "platform/linux/locale/EnvironmentLocale.h"
+#include "platform/linux/system/EnvironmentLocale.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "platform/linux/defaults/FileUserDefaults.h"
+#include "platform/linux/system/FileUserDefaults.h"
 
 #include "core/PreferencesStore.h"
 #include "tests/support/ForkedChild.h"

@@ -1,4 +1,4 @@
-#include "platform/linux/FolderListing.h"
+#include "platform/linux/system/FolderListing.h"
 
 #include <gmock/gmock.h>
 

@@ -1,8 +1,8 @@
-#include "platform/linux/windows/LinuxWorkspace.h"
+#include "platform/linux/workspace/LinuxWorkspace.h"
 
-#include "platform/linux/windows/InterfaceLevel.h"
 #include "platform/linux/windows/ListedWindowSystem.h"
 #include "platform/linux/windows/NoWindowSystem.h"
+#include "platform/linux/workspace/InterfaceLevel.h"
 #include "tests/support/FakeWindowSystem.h"
 #include "tests/support/HandDrivenQueue.h"
 #include "tests/support/WorkspaceContract.h"

@@ -1,6 +1,6 @@
 #include "Curtain/DesktopChecker.h"
 
-#include "platform/linux/PosixFileManager.h"
+#include "platform/linux/system/PosixFileManager.h"
 #include "tests/support/FakeProcessRunner.h"
 #include "tests/support/FakeUserFolders.h"
 #include "tests/support/HandDrivenQueue.h"

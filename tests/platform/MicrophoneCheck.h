@@ -1,10 +1,10 @@
 #pragma once
 
 #include "Curtain/MicrophoneMonitor.h"
-#include "platform/linux/PosixFileManager.h"
-#include "platform/linux/ThreadWorkQueues.h"
 #include "platform/linux/audio/PulseAudioServices.h"
 #include "platform/linux/media/LinuxMediaAuthorization.h"
+#include "platform/linux/system/PosixFileManager.h"
+#include "platform/linux/system/ThreadWorkQueues.h"
 #include "platform/qt/QtMainQueue.h"
 
 #include "tests/support/EventLoop.h"

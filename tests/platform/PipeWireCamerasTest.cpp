@@ -1,8 +1,8 @@
 #include "platform/linux/camera/pipewire/PipeWireCameras.h"
 
-#include "platform/linux/ThreadWorkQueues.h"
 #include "platform/linux/camera/LinuxCaptureServices.h"
 #include "platform/linux/camera/V4l2Cameras.h"
+#include "platform/linux/system/ThreadWorkQueues.h"
 #include "tests/platform/CameraWorld.h"
 #include "tests/support/FakeVideoDevices.h"
 

@@ -1,4 +1,4 @@
-#include "platform/linux/PosixFileManager.h"
+#include "platform/linux/system/PosixFileManager.h"
 
 #include "tests/support/FileManagerContract.h"
 #include "tests/support/TemporaryFolder.h"

@@ -1,4 +1,4 @@
-#include "platform/linux/PosixProcessRunner.h"
+#include "platform/linux/system/PosixProcessRunner.h"
 
 #include "tests/support/TemporaryFolder.h"
 

@@ -5,7 +5,7 @@
 #include "core/HideEngine.h"
 #include "platform/Lifetime.h"
 #include "platform/MainQueue.h"
-#include "platform/linux/windows/LinuxWorkspace.h"
+#include "platform/linux/workspace/LinuxWorkspace.h"
 
 #include <string>
 

@@ -1,4 +1,4 @@
-#include "platform/linux/motion/ReducedMotion.h"
+#include "platform/linux/appearance/ReducedMotion.h"
 
 #include "tests/support/EventLoop.h"
 #include "tests/support/PrivateBus.h"

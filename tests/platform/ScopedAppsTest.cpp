@@ -1,6 +1,6 @@
-#include "platform/linux/apps/ScopedApps.h"
+#include "platform/linux/workspace/ScopedApps.h"
 
-#include "platform/linux/windows/LinuxWorkspace.h"
+#include "platform/linux/workspace/LinuxWorkspace.h"
 #include "tests/platform/AppsWorld.h"
 #include "tests/support/FakeWindowSystem.h"
 #include "tests/support/HandDrivenQueue.h"

@@ -1,4 +1,4 @@
-#include "platform/linux/dbus/SessionBusCheck.h"
+#include "platform/linux/session/SessionBusCheck.h"
 
 #include "tests/support/TemporaryFolder.h"
 

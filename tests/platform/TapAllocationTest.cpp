@@ -1,7 +1,7 @@
 #include "Curtain/MicrophoneMonitor.h"
-#include "platform/linux/PosixFileManager.h"
 #include "platform/linux/audio/CafRecording.h"
 #include "platform/linux/audio/TapBuffers.h"
+#include "platform/linux/system/PosixFileManager.h"
 #include "platform/qt/QtMainQueue.h"
 
 #include "tests/support/EventLoop.h"

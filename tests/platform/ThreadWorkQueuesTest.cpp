@@ -1,4 +1,4 @@
-#include "platform/linux/ThreadWorkQueues.h"
+#include "platform/linux/system/ThreadWorkQueues.h"
 
 #include <gmock/gmock.h>
 

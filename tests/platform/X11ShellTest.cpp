@@ -1,6 +1,6 @@
-#include "platform/linux/shell/X11EventMonitors.h"
-#include "platform/linux/shell/X11MenuBar.h"
-#include "platform/linux/shell/X11WindowManager.h"
+#include "platform/linux/ownwindows/X11EventMonitors.h"
+#include "platform/linux/ownwindows/X11MenuBar.h"
+#include "platform/linux/ownwindows/X11WindowManagerClient.h"
 #include "platform/qt/QtEventMonitors.h"
 #include "platform/qt/QtPopover.h"
 #include "platform/qt/QtScreens.h"
@@ -59,7 +59,7 @@ private:
 struct X11ShellTest : testing::Test {
     X11TestClient client;
     std::unique_ptr<X11Connection> connection = X11Connection::open();
-    LinuxPlatform::X11WindowManager windowManager{*connection};
+    LinuxPlatform::X11WindowManagerClient windowManager{*connection};
     QtPlatform::WindowManagerLink link{
         .isComposited = [this] { return windowManager.isComposited(); },
         .markAsPopover =

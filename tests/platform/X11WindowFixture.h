@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/windows/X11WindowSystem.h"
+#include "platform/linux/windows/x11/X11WindowSystem.h"
 #include "platform/qt/QtMainQueue.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/X11TestClient.h"

@@ -1,4 +1,4 @@
-#include "platform/linux/folders/XdgUserFolders.h"
+#include "platform/linux/system/XdgUserFolders.h"
 
 #include "tests/support/TemporaryFolder.h"
 

@@ -6,10 +6,10 @@
 /// how long the answer took, and of the X server's part how often it had to wait for the server in all and
 /// how often it woke up by itself; at last the resident memory of this program. With `nothing` as its only
 /// word it watches nothing.
-#include "platform/linux/StandardErrorLog.h"
 #include "platform/linux/screenwatch/PipeWireCaptureWatch.h"
 #include "platform/linux/screenwatch/ScreenWatch.h"
 #include "platform/linux/screenwatch/X11CaptureWatch.h"
+#include "platform/linux/system/StandardErrorLog.h"
 
 #include <QCoreApplication>
 #include <QTimer>

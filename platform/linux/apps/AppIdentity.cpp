@@ -1,9 +1,9 @@
 #include "platform/linux/apps/AppIdentity.h"
 
-#include "platform/linux/apps/AsciiCase.h"
 #include "platform/linux/apps/BundleIdentifiers.h"
 #include "platform/linux/apps/InterpretedProgram.h"
-#include "platform/linux/apps/LegacyText.h"
+#include "platform/linux/system/AsciiCase.h"
+#include "platform/linux/system/LegacyText.h"
 
 #include <algorithm>
 #include <array>

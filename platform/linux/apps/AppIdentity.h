@@ -5,9 +5,9 @@
 #include "platform/linux/apps/DesktopEntries.h"
 #include "platform/linux/apps/FlatpakSandbox.h"
 #include "platform/linux/apps/LaunchEnvironment.h"
-#include "platform/linux/apps/ProcessTable.h"
 #include "platform/linux/apps/ProgramNames.h"
 #include "platform/linux/apps/SnapConfinement.h"
+#include "platform/linux/system/ProcessTable.h"
 #include "platform/linux/windows/WindowHints.h"
 
 #include <cstdint>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/apps/FolderChanges.h"
+#include "platform/linux/system/FolderChanges.h"
 
 #include <array>
 #include <cstdint>

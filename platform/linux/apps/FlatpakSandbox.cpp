@@ -1,6 +1,6 @@
 #include "platform/linux/apps/FlatpakSandbox.h"
 
-#include "platform/linux/apps/BoundedFile.h"
+#include "platform/linux/system/BoundedFile.h"
 
 #include <glib.h>
 

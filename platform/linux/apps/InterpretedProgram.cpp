@@ -1,6 +1,6 @@
 #include "platform/linux/apps/InterpretedProgram.h"
 
-#include "platform/linux/apps/AsciiCase.h"
+#include "platform/linux/system/AsciiCase.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/apps/ProcessTable.h"
+#include "platform/linux/system/ProcessTable.h"
 
 #include <cstdint>
 #include <string>

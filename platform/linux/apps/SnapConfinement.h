@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/linux/apps/ProcessTable.h"
 #include "platform/linux/apps/SnapApp.h"
+#include "platform/linux/system/ProcessTable.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,12 +1,12 @@
 #pragma once
 
 #include "platform/Log.h"
-#include "platform/linux/PosixProcessRunner.h"
-#include "platform/linux/defaults/FileUserDefaults.h"
 #include "platform/linux/desktopicons/DesktopBus.h"
 #include "platform/linux/desktopicons/DesktopIconsRunner.h"
 #include "platform/linux/desktopicons/X11DesktopWindows.h"
 #include "platform/linux/session/SessionEnvironment.h"
+#include "platform/linux/system/FileUserDefaults.h"
+#include "platform/linux/system/PosixProcessRunner.h"
 
 #include <filesystem>
 

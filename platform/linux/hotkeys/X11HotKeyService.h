@@ -5,7 +5,7 @@
 #include "platform/Log.h"
 #include "platform/MainQueue.h"
 #include "platform/Subscribers.h"
-#include "platform/linux/hotkeys/X11Keyboard.h"
+#include "platform/linux/keyboard/X11Keyboard.h"
 #include "platform/linux/x11/X11Connection.h"
 
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "platform/linux/session/LoginManager.h"
 
-#include "platform/linux/dbus/SessionBusCheck.h"
+#include "platform/linux/session/SessionBusCheck.h"
 
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>

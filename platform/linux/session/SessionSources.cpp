@@ -1,7 +1,7 @@
 #include "platform/linux/session/SessionProbe.h"
 
-#include "platform/linux/dbus/SessionBusCheck.h"
 #include "platform/linux/session/BoundedQuestion.h"
+#include "platform/linux/session/SessionBusCheck.h"
 #include "platform/linux/session/SocketQuestion.h"
 #include "platform/linux/session/XServerQuestion.h"
 

@@ -1,12 +1,12 @@
 #pragma once
 
+#include "platform/linux/appearance/ColorScheme.h"
+
 #include <QColor>
 
 #include <optional>
 
 namespace LinuxPlatform {
-
-enum class ColorScheme { light, dark };
 
 /// What a panel lets an icon know of its looks.
 struct PanelLook {

@@ -5,7 +5,7 @@
 #include "platform/MainQueue.h"
 #include "platform/StatusItem.h"
 #include "platform/Subscribers.h"
-#include "platform/linux/tray/DesktopColorScheme.h"
+#include "platform/linux/appearance/DesktopColorScheme.h"
 #include "platform/linux/tray/StatusNotifierHosts.h"
 #include "platform/linux/tray/TemplateTint.h"
 #include "platform/linux/tray/TrayIcon.h"

@@ -1,0 +1,7 @@
+#pragma once
+
+namespace LinuxPlatform {
+
+enum class ColorScheme { light, dark };
+
+} // namespace LinuxPlatform

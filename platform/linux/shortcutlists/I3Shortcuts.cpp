@@ -1,0 +1,189 @@
+#include "platform/linux/shortcutlists/I3Shortcuts.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSocketNotifier>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <map>
+#include <sstream>
+#include <utility>
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+namespace LinuxPlatform {
+namespace {
+
+/// The message format is that of i3's documentation: these bytes, the payload's length and the type, both in
+/// the machine's byte order, and the payload.
+constexpr std::string_view magic = "i3-ipc";
+constexpr std::size_t headerSize = magic.size() + 2 * sizeof(std::uint32_t);
+constexpr std::uint32_t getConfig = 9;
+constexpr std::size_t largestReply = std::size_t{16} << 20U;
+
+/// -1 when nobody listens.
+int connectTo(const std::string& path) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    if (path.empty() || path.size() >= sizeof address.sun_path) {
+        return -1;
+    }
+    std::memcpy(address.sun_path, path.data(), path.size());
+    const int descriptor = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    if (descriptor >= 0 &&
+        ::connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+        ::close(descriptor);
+        return -1;
+    }
+    return descriptor;
+}
+
+std::string request() {
+    std::string message(magic);
+    const std::array<std::uint32_t, 2> numbers{0, getConfig};
+    message.append(reinterpret_cast<const char*>(numbers.data()), sizeof numbers);
+    return message;
+}
+
+/// One reply as it comes in.
+class Reply : public QObject {
+public:
+    Reply(int descriptor, std::function<void(const std::string& payload)> onEnd, QObject* parent)
+        : QObject(parent),
+          descriptor_(descriptor),
+          onEnd_(std::move(onEnd)),
+          notifier_(descriptor, QSocketNotifier::Read) {
+        connect(&notifier_, &QSocketNotifier::activated, this, [this] { read(); });
+    }
+    ~Reply() override { ::close(descriptor_); }
+    Reply(const Reply&) = delete;
+    Reply& operator=(const Reply&) = delete;
+
+private:
+    void read() {
+        std::array<char, 65536> block;
+        const auto count = ::recv(descriptor_, block.data(), block.size(), 0);
+        if (count < 0 && (errno == EAGAIN || errno == EINTR)) {
+            return;
+        }
+        if (count > 0) {
+            bytes_.append(block.data(), static_cast<std::size_t>(count));
+        }
+        std::uint32_t length = 0;
+        if (bytes_.size() >= headerSize) {
+            std::memcpy(&length, bytes_.data() + magic.size(), sizeof length);
+        }
+        const bool isComplete = bytes_.size() >= headerSize && bytes_.size() >= headerSize + length;
+        if (isComplete || count <= 0 || bytes_.size() > largestReply) {
+            notifier_.setEnabled(false);
+            deleteLater();
+            onEnd_(isComplete ? bytes_.substr(headerSize, length) : std::string());
+        }
+    }
+
+    int descriptor_;
+    std::function<void(const std::string&)> onEnd_;
+    QSocketNotifier notifier_;
+    std::string bytes_;
+};
+
+std::vector<std::string> configurationsIn(const std::string& payload) {
+    const auto reply = QJsonDocument::fromJson(QByteArray::fromStdString(payload)).object();
+    std::vector<std::string> texts;
+    // Newer ones give every included file, with the variables resolved; the main file is the first of them.
+    for (const auto& file : reply.value(QLatin1String("included_configs")).toArray()) {
+        texts.push_back(
+            file.toObject().value(QLatin1String("variable_replaced_contents")).toString().toStdString());
+    }
+    if (texts.empty()) {
+        texts.push_back(reply.value(QLatin1String("config")).toString().toStdString());
+    }
+    return texts;
+}
+
+std::string withVariables(std::string text, const std::map<std::string, std::string>& variables) {
+    // Longer names first, since one may begin another.
+    for (auto variable = variables.rbegin(); variable != variables.rend(); ++variable) {
+        for (auto place = text.find(variable->first); place != std::string::npos;
+             place = text.find(variable->first, place + variable->second.size())) {
+            text.replace(place, variable->first.size(), variable->second);
+        }
+    }
+    return text;
+}
+
+} // namespace
+
+I3Shortcuts::I3Shortcuts(std::string socketPath) : socketPath_(std::move(socketPath)) {}
+
+void I3Shortcuts::ask(const WantedShortcut& wanted, Answer answer) {
+    const int descriptor = connectTo(socketPath_);
+    if (descriptor < 0) {
+        answer(false);
+        return;
+    }
+    const auto message = request();
+    if (::send(descriptor, message.data(), message.size(), MSG_NOSIGNAL) !=
+        static_cast<ssize_t>(message.size())) {
+        ::close(descriptor);
+        answer(false);
+        return;
+    }
+    new Reply(
+        descriptor,
+        [wanted, answer = std::move(answer)](const std::string& payload) {
+            const auto configurations = configurationsIn(payload);
+            answer(std::ranges::any_of(configurations, [&](const std::string& configuration) {
+                return std::ranges::any_of(bindings(configuration), [&](const Accelerator& accelerator) {
+                    return wanted.matches(accelerator);
+                });
+            }));
+        },
+        &questions_);
+}
+
+std::vector<Accelerator> I3Shortcuts::bindings(std::string_view configuration) {
+    std::vector<Accelerator> result;
+    std::map<std::string, std::string> variables;
+    std::istringstream lines{std::string(configuration)};
+    int modeDepth = 0;
+    for (std::string line; std::getline(lines, line);) {
+        std::istringstream words(withVariables(line, variables));
+        std::string command;
+        words >> command;
+        const bool opensBlock = line.find_last_not_of(" \t\r") != std::string::npos &&
+                                line[line.find_last_not_of(" \t\r")] == '{';
+        if (modeDepth > 0) {
+            modeDepth += opensBlock ? 1 : command == "}" ? -1 : 0;
+        } else if (command == "mode" && opensBlock) {
+            modeDepth = 1;
+        } else if (command == "set") {
+            std::istringstream definition(line);
+            std::string name;
+            definition >> command >> name >> std::ws;
+            std::string value;
+            std::getline(definition, value);
+            value.erase(value.find_last_not_of(" \t\r") + 1);
+            if (name.starts_with('$')) {
+                variables[name] = withVariables(value, variables);
+            }
+        } else if (command == "bindsym") {
+            std::string combination;
+            while (words >> combination && combination.starts_with("--")) {
+            }
+            if (const auto accelerator = Accelerator::fromI3(combination)) {
+                result.push_back(*accelerator);
+            }
+        }
+    }
+    return result;
+}
+
+} // namespace LinuxPlatform

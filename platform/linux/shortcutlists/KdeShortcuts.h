@@ -1,0 +1,27 @@
+#pragma once
+
+#include "platform/linux/shortcutlists/Accelerator.h"
+
+#include <QDBusConnection>
+#include <QObject>
+
+#include <optional>
+
+namespace LinuxPlatform {
+
+/// The shortcuts of the Plasma desktop, as its global accelerators' service knows them.
+class KdeShortcuts : public ShortcutList {
+public:
+    explicit KdeShortcuts(QDBusConnection bus);
+
+    void ask(const WantedShortcut& wanted, Answer answer) override;
+
+    /// The combination in the numbers of Qt; absent for a key that Qt does not number.
+    static std::optional<int> qtKey(std::int64_t modifiers, xkb_keysym_t symbol);
+
+private:
+    QDBusConnection bus_;
+    QObject questions_;
+};
+
+} // namespace LinuxPlatform

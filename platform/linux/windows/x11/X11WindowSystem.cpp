@@ -1,0 +1,402 @@
+#include "platform/linux/windows/x11/X11WindowSystem.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include <unistd.h>
+
+namespace LinuxPlatform {
+namespace {
+
+constexpr std::uint32_t iconicState = 3;
+constexpr std::uint32_t removeState = 0;
+constexpr std::uint32_t addState = 1;
+/// A request in the user's name, which focus stealing prevention lets through.
+constexpr std::uint32_t sourcePager = 2;
+constexpr std::uint32_t onAllDesktops = 0xFFFFFFFF;
+/// Window managers answer within a few milliseconds; one that has not shown a single window by now does not
+/// know the polite request.
+constexpr Platform::MainQueue::Seconds showDeadline{0.15};
+/// One that has not hidden a window by now is busy, or does not heed the request.
+constexpr Platform::MainQueue::Seconds hideDeadline{1};
+/// However busy a window manager is, it has done by then what it is asked, or says by then what it can do.
+constexpr Platform::MainQueue::Seconds answerDeadline{5};
+
+std::string localHostName() {
+    std::array<char, 256> name{};
+    return gethostname(name.data(), name.size() - 1) == 0 ? name.data() : "";
+}
+
+xcb_window_t xcbWindow(WindowId window) {
+    return static_cast<xcb_window_t>(window);
+}
+
+} // namespace
+
+X11WindowSystem::X11WindowSystem(X11Connection& connection, Platform::MainQueue& mainQueue)
+    : connection_(connection),
+      mainQueue_(mainQueue),
+      model_(connection, [this] { scheduleTakeIn(); }),
+      hostName_(localHostName()),
+      leaving_(mainQueue),
+      activation_(
+          mainQueue, [this] { return lookAtScene(); },
+          [this](WindowId window) { bringToFront(xcbWindow(window)); }) {
+    scheduleTakeIn();
+}
+
+std::optional<Platform::HidingObstacle> X11WindowSystem::hidingObstacle() {
+    takeIn();
+    if (!model_.hasManager()) {
+        return Platform::HidingObstacle::noWindowManager;
+    }
+    if (ignoresHiding_) {
+        return Platform::HidingObstacle::windowManagerIgnoresHiding;
+    }
+    if (!model_.hasWindowList()) {
+        // Window managers show that they are there before they say what they can do.
+        return mainQueue_.now() - managerSince_ < answerDeadline
+                   ? Platform::HidingObstacle::notKnownYet
+                   : Platform::HidingObstacle::windowManagerIgnoresHiding;
+    }
+    const bool isInDoubt = model_.isWindowListOld() || (hiddenWindows_ == 0 && isAwaited(lateHideRequest_));
+    return isInDoubt ? std::optional(Platform::HidingObstacle::notKnownYet) : std::nullopt;
+}
+
+bool X11WindowSystem::knowsEveryWindow() {
+    takeIn();
+    return model_.hasWindowList() && !model_.isWindowListOld();
+}
+
+std::uint64_t X11WindowSystem::generation() {
+    takeIn();
+    return model_.generation();
+}
+
+const std::vector<Window>& X11WindowSystem::windows() {
+    takeIn();
+    rebuildIfChanged();
+    return windows_;
+}
+
+bool X11WindowSystem::exists(WindowId window) const {
+    return model_.find(xcbWindow(window)) != nullptr;
+}
+
+void X11WindowSystem::hide(std::span<const WindowId> windows) {
+    activation_.forget([this](WindowId window) { return !exists(window); });
+    activation_.noteHiding(windows, model_.activeWindow());
+    leaving_.add(windows);
+    std::vector<TakenWindow> taken;
+    for (const auto window : windows) {
+        // The window manager remembers the places itself.
+        taken.push_back({window, {}});
+        requestIconic(xcbWindow(window));
+        model_.expectHidden(xcbWindow(window));
+        awaitingShow_.erase(window);
+    }
+    taken_.take(taken);
+    connection_.flush();
+    watchHiding(windows);
+    keepPopupsAway();
+}
+
+void X11WindowSystem::keepPopupsAway() {
+    taken_.forget([this](WindowId window) { return !exists(window); });
+    if (taken_.isEmpty()) {
+        popups_.reset();
+        return;
+    }
+    if (popups_) {
+        popups_->judgeAnew();
+    } else {
+        popups_ = X11Popups::open([this](const X11Popup& popup) { return isPopupOfHiddenApp(popup); });
+    }
+}
+
+bool X11WindowSystem::isTaken(const Window& window) const {
+    return taken_.contains(window.id) && (window.isHidden || model_.isExpectedHidden(xcbWindow(window.id)));
+}
+
+bool X11WindowSystem::isPopupOfHiddenApp(const X11Popup& popup) {
+    rebuildIfChanged();
+    for (const auto owner : popup.owners) {
+        const auto window = std::ranges::find(windows_, WindowId{owner}, &Window::id);
+        if (window != windows_.end()) {
+            return isTaken(*window);
+        }
+    }
+    // Where its program has windows of several apps, it may be any one's.
+    bool hasWindowAway = false;
+    for (const auto& window : windows_) {
+        const bool isSameProgram =
+            popup.process ? popup.process == window.hints.process : popup.client == window.client;
+        if (isSameProgram && !window.isHidden && !isTaken(window)) {
+            return false;
+        }
+        hasWindowAway = hasWindowAway || (isSameProgram && isTaken(window));
+    }
+    return hasWindowAway;
+}
+
+void X11WindowSystem::requestIconic(xcb_window_t window) {
+    // The standard request. Some window managers take it for done where the window is on another workspace,
+    // so the state is asked for as well.
+    connection_.sendToWindowManager(window, model_.atom(X11WindowModel::wmChangeState),
+                                    std::array{iconicState});
+    requestHidden(window, true);
+}
+
+void X11WindowSystem::watchHiding(std::span<const WindowId> windows) {
+    const auto request = ++lastHideRequest_;
+    for (const auto window : windows) {
+        if (isToBeHidden(window)) {
+            awaitingHide_.emplace(window, request);
+        }
+    }
+    mainQueue_.asyncAfter(
+        hideDeadline, lifetime_.weak([this, request, asked = std::vector(windows.begin(), windows.end()),
+                                      before = hiddenWindows_] { endExpectation(request, asked, before); }));
+    mainQueue_.asyncAfter(answerDeadline, lifetime_.weak([this, request] { judge(request); }));
+}
+
+bool X11WindowSystem::isToBeHidden(WindowId window) const {
+    const auto* const found = model_.find(xcbWindow(window));
+    // Window managers may refuse to hide some kinds of windows, and not all of them let one see that a
+    // rolled-up window is hidden.
+    return found != nullptr && found->isManaged && !found->isTransient && !model_.isHidden(*found) &&
+           model_.mayBeMinimized(*found) && !model_.hasState(*found, X11WindowModel::netWmStateShaded) &&
+           !model_.hasState(*found, X11WindowModel::netWmStateSkipTaskbar) &&
+           std::ranges::none_of(
+               std::array{X11WindowModel::netWmWindowTypeMenu, X11WindowModel::netWmWindowTypeToolbar,
+                          X11WindowModel::netWmWindowTypeSplash, X11WindowModel::netWmWindowTypeUtility},
+               [&](auto type) { return isOfType(*found, type); });
+}
+
+void X11WindowSystem::endExpectation(std::uint64_t request, std::span<const WindowId> windows,
+                                     std::uint64_t hiddenBefore) {
+    takeIn();
+    lateHideRequest_ = std::max(lateHideRequest_, request);
+    for (const auto window : windows) {
+        const auto* const found = model_.find(xcbWindow(window));
+        const auto awaited = awaitingHide_.find(window);
+        const bool isWaiting = awaited != awaitingHide_.end() && awaited->second == request;
+        if (isWaiting && hiddenWindows_ == hiddenBefore) {
+            requestIconic(xcbWindow(window));
+        }
+        // Of a rolled-up window one may not see that it is hidden until it is back.
+        const bool isUnjudged = awaited == awaitingHide_.end() && found != nullptr &&
+                                !model_.hasState(*found, X11WindowModel::netWmStateShaded);
+        if (isWaiting || isUnjudged) {
+            model_.expectNoMore(xcbWindow(window));
+        }
+    }
+    noteWhatHasSettled();
+    connection_.flush();
+}
+
+void X11WindowSystem::noteWhatHasSettled() {
+    leaving_.remove([this](WindowId window) { return !model_.isExpectedHidden(xcbWindow(window)); });
+}
+
+void X11WindowSystem::judge(std::uint64_t request) {
+    takeIn();
+    ignoresHiding_ = ignoresHiding_ || (hiddenWindows_ == 0 && isAwaited(request));
+}
+
+bool X11WindowSystem::isAwaited(std::uint64_t request) const {
+    return std::ranges::any_of(awaitingHide_, [&](const auto& asked) { return asked.second <= request; });
+}
+
+void X11WindowSystem::noteWhatWasHeeded(const X11WindowModel::Changes& changes) {
+    if (std::exchange(judgedManager_, model_.managerGeneration()) != model_.managerGeneration()) {
+        hiddenWindows_ = 0;
+        ignoresHiding_ = false;
+        managerSince_ = mainQueue_.now();
+        awaitingHide_.clear();
+    }
+    const auto isDone = [&](const auto& asked) {
+        const auto* const found = model_.find(xcbWindow(asked.first));
+        return found != nullptr && model_.isHidden(*found);
+    };
+    hiddenWindows_ += static_cast<std::uint64_t>(std::ranges::count_if(awaitingHide_, isDone));
+    ignoresHiding_ = ignoresHiding_ && hiddenWindows_ == 0;
+    // A window that is closed or taken from the screen by its own program says nothing of the window manager.
+    std::erase_if(awaitingHide_, [&](const auto& asked) {
+        const auto* const found = model_.find(xcbWindow(asked.first));
+        return isDone(asked) || found == nullptr || !found->isManaged ||
+               std::ranges::find(changes.returned, found->id) != changes.returned.end();
+    });
+}
+
+void X11WindowSystem::noteWhatIsBack(const X11WindowModel::Changes& changes) {
+    taken_.forget(std::vector<WindowId>(changes.returned.begin(), changes.returned.end()));
+    if (popups_) {
+        keepPopupsAway();
+    }
+}
+
+void X11WindowSystem::show(std::span<const WindowId> windows) {
+    for (const auto window : windows) {
+        requestHidden(xcbWindow(window), false);
+        awaitingHide_.erase(window);
+        awaitingShow_.insert(window);
+    }
+    taken_.forget(windows);
+    connection_.flush();
+    keepPopupsAway();
+    watchShowing();
+}
+
+void X11WindowSystem::activate(std::span<const WindowId> windows) {
+    activation_.request(windows);
+}
+
+WindowActivation::Scene X11WindowSystem::lookAtScene() {
+    takeIn();
+    const auto stackingOrder = model_.stackingOrder();
+    return {{stackingOrder.begin(), stackingOrder.end()},
+            [this, desktop = model_.currentDesktop()](WindowId id) {
+                const auto* const window = model_.find(xcbWindow(id));
+                return window != nullptr && window->isManaged &&
+                       (!desktop || !window->desktop || window->desktop == desktop ||
+                        window->desktop == onAllDesktops);
+            }};
+}
+
+void X11WindowSystem::bringToFront(xcb_window_t window) {
+    connection_.sendToWindowManager(window, model_.atom(X11WindowModel::netActiveWindow),
+                                    std::array{sourcePager, std::uint32_t{XCB_CURRENT_TIME}});
+    connection_.flush();
+}
+
+Platform::Subscription X11WindowSystem::addEventHandler(EventHandler handler) {
+    return handlers_.add(std::move(handler));
+}
+
+void X11WindowSystem::takeIn() {
+    connection_.dispatchEvents();
+    const auto changes = model_.update();
+    noteWhatHasSettled();
+    if (std::exchange(notedGeneration_, model_.generation()) != model_.generation()) {
+        noteWhatWasHeeded(changes);
+        noteWhatIsBack(changes);
+    }
+    for (const auto window : changes.opened) {
+        undelivered_.emplace_back(WindowEvent::opened, window);
+    }
+    for (const auto window : changes.identified) {
+        undelivered_.emplace_back(WindowEvent::opened, window);
+    }
+    for (const auto window : changes.returned) {
+        undelivered_.emplace_back(WindowEvent::activated, window);
+    }
+    if (changes.activated && !leaving_.contains(*changes.activated)) {
+        undelivered_.emplace_back(WindowEvent::activated, *changes.activated);
+    }
+    if (!changes.empty()) {
+        mainQueue_.async(lifetime_.weak([this] { deliverEvents(); }));
+    }
+}
+
+void X11WindowSystem::scheduleTakeIn() {
+    if (!std::exchange(isTakeInScheduled_, true)) {
+        mainQueue_.async(lifetime_.weak([this] {
+            isTakeInScheduled_ = false;
+            takeIn();
+        }));
+    }
+}
+
+void X11WindowSystem::deliverEvents() {
+    for (const auto& [event, window] : std::exchange(undelivered_, {})) {
+        const auto* const found = model_.find(window);
+        if (found == nullptr || !isAppWindow(*found)) {
+            continue;
+        }
+        // It was asked to hide after that.
+        if (event == WindowEvent::activated && (model_.isHidden(*found) || leaving_.contains(window))) {
+            continue;
+        }
+        handlers_.tell(event, describe(*found));
+    }
+}
+
+void X11WindowSystem::rebuildIfChanged() {
+    if (builtGeneration_ == model_.generation()) {
+        return;
+    }
+    builtGeneration_ = model_.generation();
+    windows_.clear();
+    for (const auto id : model_.managedWindows()) {
+        const auto* const window = model_.find(id);
+        if (window != nullptr && isAppWindow(*window)) {
+            windows_.push_back(describe(*window));
+        }
+    }
+}
+
+bool X11WindowSystem::isAppWindow(const X11Window& window) const {
+    return window.isManaged && !isOfType(window, X11WindowModel::netWmWindowTypeDesktop) &&
+           !isOfType(window, X11WindowModel::netWmWindowTypeDock);
+}
+
+bool X11WindowSystem::isOfType(const X11Window& window, X11WindowModel::Atom type) const {
+    return std::ranges::find(window.type, model_.atom(type)) != window.type.end();
+}
+
+Window X11WindowSystem::describe(const X11Window& window) const {
+    Window described;
+    described.id = window.id;
+    described.birth = window.birth;
+    described.hints = {window.instanceName, window.className, window.desktopFile, window.applicationId,
+                       window.connectedProcess};
+    if (!described.hints.process && (window.clientMachine.empty() || window.clientMachine == hostName_)) {
+        described.hints.process = window.declaredProcess;
+    }
+    described.client = window.id & ~xcb_get_setup(connection_.get())->resource_id_mask;
+    described.isHidden = model_.isHidden(window);
+    described.isInTaskList =
+        std::ranges::find(window.state, model_.atom(X11WindowModel::netWmStateSkipTaskbar)) ==
+        window.state.end();
+    return described;
+}
+
+void X11WindowSystem::requestHidden(xcb_window_t window, bool hidden) {
+    connection_.sendToWindowManager(window, model_.atom(X11WindowModel::netWmState),
+                                    std::array{hidden ? addState : removeState,
+                                               model_.atom(X11WindowModel::netWmStateHidden),
+                                               std::uint32_t{XCB_ATOM_NONE}, sourcePager});
+}
+
+void X11WindowSystem::watchShowing() {
+    mainQueue_.asyncAfter(showDeadline,
+                          lifetime_.weak([this, watch = ++lastShowWatch_, count = awaitingShow_.size()] {
+                              if (watch == lastShowWatch_) {
+                                  mapStillHidden(count);
+                              }
+                          }));
+}
+
+void X11WindowSystem::mapStillHidden(std::size_t countBefore) {
+    takeIn();
+    std::erase_if(awaitingShow_, [this](WindowId window) {
+        const auto* const found = model_.find(xcbWindow(window));
+        return found == nullptr || !found->isManaged || !model_.isHidden(*found);
+    });
+    if (awaitingShow_.empty()) {
+        return;
+    }
+    if (awaitingShow_.size() < countBefore) {
+        // With many windows a window manager is busy for longer.
+        watchShowing();
+        return;
+    }
+    for (const auto window : std::exchange(awaitingShow_, {})) {
+        xcb_map_window(connection_.get(), xcbWindow(window));
+    }
+    connection_.flush();
+}
+
+} // namespace LinuxPlatform

@@ -1,0 +1,100 @@
+#pragma once
+
+#include "platform/Lifetime.h"
+#include "platform/MainQueue.h"
+#include "platform/Subscribers.h"
+#include "platform/linux/windows/LeavingWindows.h"
+#include "platform/linux/windows/TakenWindows.h"
+#include "platform/linux/windows/WindowActivation.h"
+#include "platform/linux/windows/WindowSystem.h"
+#include "platform/linux/windows/x11/X11Popups.h"
+#include "platform/linux/windows/x11/X11WindowModel.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace LinuxPlatform {
+
+/// The windows of an X11 session under a window manager that follows the Extended Window Manager Hints
+/// (EWMH 1.5). The hidden state is asked of the window manager and read back from it.
+class X11WindowSystem : public WindowSystem {
+public:
+    /// Both outlive this object.
+    X11WindowSystem(X11Connection& connection, Platform::MainQueue& mainQueue);
+
+    std::optional<Platform::HidingObstacle> hidingObstacle() override;
+    bool knowsEveryWindow() override;
+    std::uint64_t generation() override;
+    const std::vector<Window>& windows() override;
+    bool exists(WindowId window) const override;
+    void hide(std::span<const WindowId> windows) override;
+    void show(std::span<const WindowId> windows) override;
+    void activate(std::span<const WindowId> windows) override;
+    Platform::Subscription addEventHandler(EventHandler handler) override;
+
+private:
+    void takeIn();
+    void scheduleTakeIn();
+    void deliverEvents();
+    void rebuildIfChanged();
+    bool isAppWindow(const X11Window& window) const;
+    bool isOfType(const X11Window& window, X11WindowModel::Atom type) const;
+    Window describe(const X11Window& window) const;
+    void requestHidden(xcb_window_t window, bool hidden);
+    void keepPopupsAway();
+    bool isTaken(const Window& window) const;
+    bool isPopupOfHiddenApp(const X11Popup& popup);
+    void requestIconic(xcb_window_t window);
+    void watchHiding(std::span<const WindowId> windows);
+    bool isToBeHidden(WindowId window) const;
+    void endExpectation(std::uint64_t request, std::span<const WindowId> windows, std::uint64_t hiddenBefore);
+    void noteWhatHasSettled();
+    void judge(std::uint64_t request);
+    bool isAwaited(std::uint64_t request) const;
+    void noteWhatWasHeeded(const X11WindowModel::Changes& changes);
+    void noteWhatIsBack(const X11WindowModel::Changes& changes);
+    void watchShowing();
+    void mapStillHidden(std::size_t countBefore);
+    WindowActivation::Scene lookAtScene();
+    void bringToFront(xcb_window_t window);
+
+    X11Connection& connection_;
+    Platform::MainQueue& mainQueue_;
+    X11WindowModel model_;
+    std::string hostName_;
+    std::uint64_t builtGeneration_ = 0;
+    std::uint64_t notedGeneration_ = 0;
+    std::vector<Window> windows_;
+    /// By which request each window was asked to hide that has not been seen to have done so. Windows by
+    /// which a window manager cannot be judged are not among them.
+    std::map<WindowId, std::uint64_t> awaitingHide_;
+    std::uint64_t lastHideRequest_ = 0;
+    /// What was asked until then should have been done.
+    std::uint64_t lateHideRequest_ = 0;
+    /// Of those that were asked, by the present window manager.
+    std::uint64_t hiddenWindows_ = 0;
+    /// It was given long enough to hide the first.
+    bool ignoresHiding_ = false;
+    Platform::MainQueue::Seconds managerSince_{0};
+    std::uint64_t judgedManager_ = 0;
+    TakenWindows taken_;
+    LeavingWindows leaving_;
+    /// Null while no window is taken.
+    std::unique_ptr<X11Popups> popups_;
+    /// Asked back and not known to have come.
+    std::set<WindowId> awaitingShow_;
+    std::uint64_t lastShowWatch_ = 0;
+    WindowActivation activation_;
+    bool isTakeInScheduled_ = false;
+    std::vector<std::pair<WindowEvent, xcb_window_t>> undelivered_;
+    Platform::Subscribers<WindowEvent, Window> handlers_;
+    Platform::Lifetime lifetime_;
+};
+
+} // namespace LinuxPlatform

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "platform/Subscribers.h"
+#include "platform/Workspace.h"
+#include "platform/linux/apps/DesktopEntries.h"
+#include "platform/linux/windows/WindowSystem.h"
+#include "platform/linux/workspace/AppInstances.h"
+
+#include <map>
+#include <memory>
+
+namespace LinuxPlatform {
+
+/// The apps of this session, made up from its windows, the installed desktop entries and the units in which
+/// they run.
+class LinuxWorkspace : public Platform::Workspace {
+public:
+    /// All outlive the workspace; handles it gave out may outlive it.
+    LinuxWorkspace(WindowSystem& windowSystem, AppIdentity& identity, DesktopEntries& entries,
+                   ScopedApps& scopedApps, Platform::MainQueue& mainQueue);
+
+    Platform::RunningApplications runningApplications() override;
+    bool knowsEveryWindow() override;
+    Platform::RunningApplications
+    runningApplicationsWithBundleIdentifier(const std::string& bundleID) override;
+    Platform::Subscription addObserver(Platform::WorkspaceNotification notification,
+                                       Observer observer) override;
+    std::optional<std::string> urlForApplicationWithBundleIdentifier(const std::string& bundleID) override;
+    std::optional<std::string> urlForApplicationToOpen(const std::string& url) override;
+    std::optional<Platform::Image> iconForFile(const std::string& path) override;
+
+    /// Tells the observers of activations once more of every app that can be seen.
+    void announceVisible();
+
+private:
+    void handleEvent(WindowEvent event, const Window& window);
+    std::shared_ptr<Platform::RunningApplication> handleFor(const AppInstanceKey& key) const;
+
+    WindowSystem& windowSystem_;
+    DesktopEntries& entries_;
+    std::shared_ptr<AppInstances> instances_;
+    std::map<Platform::WorkspaceNotification,
+             Platform::Subscribers<std::shared_ptr<Platform::RunningApplication>>>
+        observers_;
+    Platform::Subscription windowEvents_;
+};
+
+} // namespace LinuxPlatform
