@@ -42,6 +42,10 @@ BOXES = [
 ]
 OUTSIDE_THE_PRODUCT = ("tests/", "bench/")
 
+LINUX = "platform/linux/"
+LINUX_ROOMS = LINUX + "CMakeLists.txt"
+LINUX_ROOM = re.compile(r"^linux_room\(([\w/]+)([^)]*)\)", re.MULTILINE)
+
 CLOCK_SLEEP_OR_THREAD = re.compile(
     r"""\w*[cC]lock::now\b
     | \b (?: sleep_for | sleep_until | usleep | nanosleep | clock_gettime | gettimeofday | pthread_create ) \b
@@ -118,6 +122,45 @@ def included_path(including, target, paths):
     return from_root if inside else None
 
 
+def linux_rooms(text):
+    """What the rooms of the Linux adapters declare: the line and the rooms that each one may include."""
+    rooms = {}
+    for line, match in matches(LINUX_ROOM, text):
+        declared = re.search(r"\bROOMS\b([^A-Z]*)", match[2])
+        rooms[match[1]] = line, set(declared[1].split()) if declared else set()
+    return rooms
+
+
+def linux_room_of(path, rooms):
+    """None for what stands above the rooms, and outside."""
+    folder = posixpath.dirname(path.removeprefix(LINUX)) if path.startswith(LINUX) else ""
+    while folder and folder not in rooms:
+        folder = posixpath.dirname(folder)
+    return folder or None
+
+
+def room_offences(texts):
+    """Triples of a path, a line number and what is wrong there with the rooms."""
+    rooms = linux_rooms(texts.get(LINUX_ROOMS, ""))
+    used = {room: set() for room in rooms}
+    for path, text in texts.items() if rooms else ():
+        if not path.startswith(LINUX) or not path.endswith((".h", ".cpp")):
+            continue
+        room = linux_room_of(path, rooms)
+        if not room:
+            if "/" in path.removeprefix(LINUX):
+                yield path, 0, f"{posixpath.dirname(path)} is no room of {LINUX_ROOMS}"
+            continue
+        for line, match in matches(INCLUDE, without_comments(text)):
+            other = linux_room_of(included_path(path, match[1], texts) or "", rooms)
+            if other not in {None, room} | rooms[room][1]:
+                yield path, line, f"{room} does not say in {LINUX_ROOMS} that it includes from {other}"
+            used[room].add(other)
+    for room, (line, declared) in rooms.items():
+        for other in sorted(declared - used[room]):
+            yield LINUX_ROOMS, line, f"{room} includes nothing from {other}"
+
+
 def code_offences(box, path, code, paths):
     for line, match in matches(INCLUDE, code):
         inside = included_path(path, match[1], paths)
@@ -156,15 +199,14 @@ def offences(path, text, paths):
 
 def check(root):
     """Prints the offences in a tree and returns whether it is free of them."""
-    paths = files(root)
-    count = 0
-    for path in paths:
-        text = (root / path).read_text(errors="replace")
-        for line, message in offences(path, text, paths):
-            count += 1
-            print(f"{path}:{line}: {message}")
-    print(f"{len(paths)} files, {count} offences")
-    return bool(paths) and not count
+    texts = {path: (root / path).read_text(errors="replace") for path in files(root)}
+    found = [(path, line, message) for path, text in texts.items()
+             for line, message in offences(path, text, texts)]
+    found += room_offences(texts)
+    for path, line, message in found:
+        print(f"{path}:{line}: {message}")
+    print(f"{len(texts)} files, {len(found)} offences")
+    return bool(texts) and not found
 
 
 if __name__ == "__main__":

@@ -2,6 +2,7 @@
 
 import contextlib
 import io
+import posixpath
 import tempfile
 import unittest
 from pathlib import Path
@@ -51,6 +52,37 @@ class CheckTest(unittest.TestCase):
             "platform/qt/A.h": '#include "platform/A.h"\n#include "platform/qt/B.h"\n#include <QTimer>\n',
             "tests/core/ATest.cpp": '#include "core/A.h"\n#include "platform/linux/apps/A.h"\n',
         })
+
+    ROOMS = {
+        "platform/linux/CMakeLists.txt": "linux_room(low\n    SOURCES A.cpp)\n"
+                                         "linux_room(low/inner\n    ROOMS low\n    LIBRARIES X::X\n    SOURCES A.cpp)\n"
+                                         "linux_room(high\n    ROOMS low low/inner\n    SOURCES A.cpp)\n",
+        "platform/linux/low/A.h": '#include "platform/linux/low/B.h"\n',
+        "platform/linux/low/inner/A.h": '#include "platform/linux/low/A.h"\n',
+        "platform/linux/high/A.h": '#include "platform/linux/low/A.h"\n',
+        "platform/linux/high/A.cpp": '#include "platform/linux/low/inner/A.h"\n',
+        "platform/linux/LinuxPlatform.cpp": '#include "platform/linux/high/A.h"\n',
+    }
+
+    def assert_room_refused(self, changed, offence):
+        self.assertEqual(self.check(self.ROOMS | changed), (False, [offence]))
+
+    def test_refuses_includes_from_rooms_that_are_not_declared(self):
+        self.assert_passes(self.ROOMS)
+        says = "does not say in platform/linux/CMakeLists.txt that it includes from"
+        for path, target in [("low/B.h", "high"), ("low/B.cpp", "low/inner"), ("low/inner/B.h", "high")]:
+            self.assert_room_refused(
+                {f"platform/linux/{path}": f'// above\n#include "platform/linux/{target}/A.h"\n'},
+                f"platform/linux/{path}:2: {posixpath.dirname(path)} {says} {target}")
+
+    def test_refuses_rooms_that_are_declared_and_not_included(self):
+        self.assert_room_refused({"platform/linux/high/A.cpp": ""},
+                                 "platform/linux/CMakeLists.txt:7: high includes nothing from low/inner")
+
+    def test_refuses_folders_that_are_no_rooms(self):
+        self.assert_room_refused({"platform/linux/side/A.h": ""},
+                                 "platform/linux/side/A.h:0: platform/linux/side is no room of "
+                                 "platform/linux/CMakeLists.txt")
 
     def test_refuses_answers_of_interfaces_themselves(self):
         head = "class A {\n    virtual ~A() = default;\n"
