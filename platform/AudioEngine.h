@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <functional>
 #include <optional>
+#include <string>
 
 namespace Platform {
 
@@ -19,6 +20,9 @@ public:
     /// What the device delivers now; without channels when there is no microphone. May wait for the sound
     /// server, a few seconds at most.
     virtual AudioFormat inputFormat() = 0;
+    /// What the device is called, for the user, when `inputFormat` was last asked; empty where that is not
+    /// known or there is none. Does not wait.
+    virtual std::string deviceName() = 0;
     /// From now on `block` receives what the running engine hears, in buffers of `bufferSize` frames in
     /// `format`, none lost in between, on the engine's own thread.
     virtual void installTap(std::size_t bufferSize, const AudioFormat& format, TapBlock block) = 0;

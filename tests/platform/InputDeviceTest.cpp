@@ -7,7 +7,7 @@ namespace {
 using LinuxPlatform::InputDevice;
 
 InputDevice stereoMicrophone() {
-    InputDevice device{7, "microphone", {PA_SAMPLE_S16LE, 48000, 2}, {}};
+    InputDevice device{7, "microphone", {PA_SAMPLE_S16LE, 48000, 2}, {}, "Microphone"};
     pa_channel_map_init_stereo(&device.channels);
     return device;
 }

@@ -55,18 +55,21 @@ public:
         });
     }
 
-    int endedRecordings() const {
-        constexpr std::string_view ended = "'remove' on source-output";
+    int begunRecordings() const { return count("'new' on source-output"); }
+    int endedRecordings() const { return count("'remove' on source-output"); }
+    int newClients() const { return count("'new' on client"); }
+
+private:
+    int count(std::string_view event) const {
         const auto events = TestSupport::readFile(file_);
         int count = 0;
-        for (auto place = events.find(ended); place != std::string::npos;
-             place = events.find(ended, place + 1)) {
+        for (auto place = events.find(event); place != std::string::npos;
+             place = events.find(event, place + 1)) {
             ++count;
         }
         return count;
     }
 
-private:
     std::filesystem::path file_;
     TestSupport::ChildProcess listener_;
 };
@@ -88,6 +91,65 @@ TEST_F(MicrophoneCheckTest, NothingListensUnlessAsked) {
         EXPECT_TRUE(eventually([] { return !SoundWorld::hasOurRecording(); }));
     }
     EXPECT_LT(fastest, timeToLetGo);
+}
+
+TEST_F(MicrophoneCheckTest, TheMeterConnectsOnce) {
+    startMetering();
+    const ServerEvents events(folder.path() / "events");
+    ASSERT_TRUE(levelBecomes(0, 0));
+    const auto before = events.newClients();
+    EXPECT_FALSE(
+        TestSupport::spinUntil([&] { return events.newClients() > before; }, std::chrono::seconds(5)));
+}
+
+TEST_F(MicrophoneCheckTest, AMonitorThatSomebodyHasChosenIsTheMicrophone) {
+    SoundWorld::makeDefault("speakers.monitor");
+    sound.feed(tone(440, 0.01, 60), "speakers");
+    EXPECT_TRUE(audio.hasInputDevice());
+    startMetering();
+    EXPECT_TRUE(levelBecomes(0.13F, 0.15F));
+    // Now it only stands for what is missing.
+    SoundWorld::unplug();
+    EXPECT_TRUE(levelBecomes(0, 0));
+    EXPECT_FALSE(audio.hasInputDevice());
+    monitor->stop();
+    monitor->start();
+    EXPECT_TRUE(becomes(MicStatus::noInputDevice));
+}
+
+/// Under PulseAudio a headset that plays music has no microphone.
+using HeadsetTest = TestSupport::MicrophoneCheck;
+
+TEST_F(HeadsetTest, IsNotSwitchedForTheMeter) {
+    sound.addHeadset("headset");
+    SoundWorld::makeDefault("headset");
+    sound.feed(tone(440, 0.5, 60));
+    const ServerEvents events(folder.path() / "events");
+    startMetering();
+    EXPECT_TRUE(levelBecomes(1, 1));
+    EXPECT_EQ(SoundWorld::ourRecordings(), 1);
+    EXPECT_EQ(events.endedRecordings(), 0) << "There was never a stream from the headset.";
+    EXPECT_THAT(monitor->deviceName(), testing::HasSubstr("icrophone"));
+}
+
+TEST_F(MicrophoneCheckTest, AStreamThatIsGivenUpWhileTheServerMakesItDoesNotStay) {
+    const auto connection = audio.prepare();
+    const auto engine = audio.makeEngine();
+    ASSERT_GT(engine->inputNode().inputFormat().channelCount, 0U);
+    const ServerEvents events(folder.path() / "events");
+    SoundWorld::freeze();
+    EXPECT_TRUE(engine->start());
+    SoundWorld::thaw();
+    ASSERT_TRUE(eventually([&] { return events.begunRecordings() > 0; }));
+    EXPECT_TRUE(eventually([] { return !SoundWorld::hasOurRecording(); }));
+    EXPECT_TRUE(SoundWorld::hasOurClient()) << "The stream did not just end with its connection.";
+}
+
+TEST_F(MicrophoneCheckTest, TheMetersStreamIsNoCall) {
+    startMetering();
+    ASSERT_TRUE(eventually(SoundWorld::hasOurRecording));
+    EXPECT_THAT(TestSupport::outputOf("pactl list source-outputs"),
+                testing::HasSubstr("media.role = \"test\""));
 }
 
 TEST_F(MicrophoneCheckTest, APreparationConnectsUntilItEnds) {

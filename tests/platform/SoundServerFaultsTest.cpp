@@ -1,5 +1,6 @@
 #include "tests/platform/MicrophoneCheck.h"
 #include "tests/support/SoundMixer.h"
+#include "tests/support/StaleSoundConnection.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -231,6 +232,33 @@ TEST_F(SoundServerFaultsTest, NoSilenceComesAfterTheStop) {
     EXPECT_FALSE(TestSupport::spinUntil([&] { return monitor->status() == MicStatus::silent; },
                                         std::chrono::milliseconds(1500)));
     SoundWorld::thaw();
+}
+
+/// PipeWire now and then leaves a connection with an old default microphone; PulseAudio keeps its word.
+struct StaleConnectionTest : SoundServerFaultsTest {
+    std::optional<TestSupport::StaleSoundConnection> stale;
+
+    void SetUp() override {
+        sound.addMicrophone("other", 48000);
+        stale.emplace(folder.path());
+        startMetering();
+    }
+    void TearDown() override { monitor.reset(); }
+};
+
+TEST_F(StaleConnectionTest, TheMeterFollowsTheDefaultMicrophoneAllTheSame) {
+    sound.feed(tone(440, 0.5, 60), "other_feed");
+    SoundWorld::makeDefault("other");
+    EXPECT_TRUE(levelBecomes(1, 1));
+}
+
+TEST_F(StaleConnectionTest, AnotherDefaultMicrophoneDoesNotCutOffThePlayback) {
+    monitor->startEcho();
+    ASSERT_TRUE(becomes(EchoPhase::playing));
+    const auto begin = Clock::now();
+    SoundWorld::makeDefault("other");
+    EXPECT_TRUE(becomes(EchoPhase::done));
+    EXPECT_GT(Clock::now() - begin, std::chrono::milliseconds(2800));
 }
 
 TEST_F(SoundServerFaultsTest, TenRestartsOfTheServerLeaveOneMeter) {

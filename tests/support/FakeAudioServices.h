@@ -46,6 +46,7 @@ class FakeAudioServices : public Platform::AudioServices {
 public:
     /// What the input node reports; no channels for no microphone.
     Platform::AudioFormat inputFormat{1, 48000};
+    std::string deviceName;
     std::optional<std::string> startError;
     std::optional<std::string> fileError;
     std::optional<std::string> playerError;
@@ -176,6 +177,7 @@ private:
         }
 
         Platform::AudioFormat inputFormat() override { return services_.inputFormat; }
+        std::string deviceName() override { return services_.deviceName; }
 
         void installTap(std::size_t bufferSize, const Platform::AudioFormat& format,
                         TapBlock block) override {

@@ -171,6 +171,13 @@ public:
         waitUntil([&] { return hasSource(name); });
     }
 
+    /// The microphone of a Bluetooth headset, as PipeWire's session managers show it since 0.5. It is silent.
+    void addHeadset(const std::string& name) {
+        load("module-null-sink media.class=Audio/Source/Virtual sink_name=" + name +
+             " sink_properties=bluez5.loopback=true");
+        waitUntil([&] { return hasSource(name); });
+    }
+
     static void makeDefault(const std::string& name) {
         outputOf("pactl set-default-source " + name);
         waitUntil([&] { return outputOf("pactl get-default-source") == name + "\n"; });

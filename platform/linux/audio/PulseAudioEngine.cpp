@@ -5,6 +5,7 @@
 #include "platform/linux/audio/TapBuffers.h"
 
 #include <pulse/error.h>
+#include <pulse/proplist.h>
 #include <pulse/stream.h>
 
 #include <algorithm>
@@ -15,6 +16,7 @@
 #include <future>
 #include <map>
 #include <mutex>
+#include <string>
 #include <utility>
 
 namespace LinuxPlatform {
@@ -105,6 +107,8 @@ public:
             if (started_) {
                 // Whoever is starting the engine need not know; the tap follows in any case.
                 connect();
+            } else if (isFollowing_ && hearsMicrophone()) {
+                isOffCourse_ = false;
             } else {
                 failed("the microphone has changed");
             }
@@ -122,7 +126,9 @@ public:
         formatAnswer_ = std::move(answer);
         server_.whenKnown([weak = weak_from_this()] {
             if (const auto self = weak.lock()) {
-                self->answerFormat(formatOf(self->server_.defaultInput()));
+                const auto& device = self->server_.defaultInput();
+                self->setDeviceName(device ? device->description : "");
+                self->answerFormat(formatOf(device));
             }
         });
     }
@@ -177,6 +183,12 @@ public:
         tap_.emplace(Tap{format, TapBuffers(bufferSize, format.channelCount), std::move(block)});
     }
 
+    /// Any thread.
+    std::string deviceName() {
+        const std::scoped_lock lock(nameMutex_);
+        return deviceName_;
+    }
+
     void removeTap() {
         std::optional<Tap> removed;
         const std::scoped_lock lock(tapMutex_);
@@ -196,11 +208,36 @@ private:
         }
     }
 
+    void setDeviceName(const std::string& name) {
+        const std::scoped_lock lock(nameMutex_);
+        deviceName_ = name;
+    }
+
     static Recording& self(void* data) { return *static_cast<Recording*>(data); }
 
     std::optional<Platform::AudioFormat> formatOfTap() {
         const std::scoped_lock lock(tapMutex_);
         return tap_ ? std::optional(tap_->format) : std::nullopt;
+    }
+
+    /// Whether that is what comes from the stream, which the session may have moved, with nothing mixed into
+    /// its first channel.
+    bool hearsMicrophone() const {
+        const auto& device = server_.defaultInput();
+        if (!isRunning_ || server_.context() == nullptr || !device ||
+            pa_stream_get_device_index(stream_.get()) != device->index ||
+            pa_stream_get_device_name(stream_.get()) != device->name) {
+            return false;
+        }
+        const auto channels = channelsFor(*device, channels_.channels);
+        return pa_channel_map_equal(&channels_, &channels) != 0;
+    }
+
+    void follow() {
+        if (isFollowing_ && pa_stream_get_state(stream_.get()) == PA_STREAM_READY) {
+            isOffCourse_ = !hearsMicrophone();
+            server_.follow(pa_stream_get_device_name(stream_.get()));
+        }
     }
 
     void connect() {
@@ -216,23 +253,33 @@ private:
         streamFormat_ = formatOfTap().value_or(formatOf(device));
         const pa_sample_spec spec{PA_SAMPLE_FLOAT32NE, static_cast<std::uint32_t>(streamFormat_.sampleRate),
                                   static_cast<std::uint8_t>(streamFormat_.channelCount)};
-        const auto channels = channelsFor(*device, spec.channels);
-        stream_.reset(pa_stream_new(context, "Microphone check", &spec, &channels));
+        channels_ = channelsFor(*device, spec.channels);
+        // A role other than that of a call: PulseAudio and PipeWire switch no headset for it.
+        const std::unique_ptr<pa_proplist, decltype(&pa_proplist_free)> properties(pa_proplist_new(),
+                                                                                   &pa_proplist_free);
+        pa_proplist_sets(properties.get(), PA_PROP_MEDIA_ROLE, "test");
+        stream_.reset(
+            pa_stream_new_with_proplist(context, "Microphone check", &spec, &channels_, properties.get()));
         if (!stream_) {
             failed(pa_strerror(pa_context_errno(context)));
             return;
         }
         pa_stream_set_state_callback(
             stream_.get(), [](pa_stream*, void* data) { self(data).streamChanged(); }, this);
+        pa_stream_set_moved_callback(
+            stream_.get(), [](pa_stream*, void* data) { self(data).follow(); }, this);
         pa_stream_set_read_callback(
             stream_.get(), [](pa_stream*, std::size_t, void* data) { self(data).read(); }, this);
         constexpr auto serversChoice = static_cast<std::uint32_t>(-1);
         const pa_buffer_attr buffering{serversChoice, serversChoice, serversChoice, serversChoice,
                                        fragmentFrames * static_cast<std::uint32_t>(pa_frame_size(&spec))};
-        if (pa_stream_connect_record(stream_.get(), device->name.c_str(), &buffering,
-                                     static_cast<pa_stream_flags_t>(PA_STREAM_ADJUST_LATENCY |
-                                                                    PA_STREAM_DONT_MOVE |
-                                                                    PA_STREAM_NO_REMAP_CHANNELS)) < 0) {
+        isFollowing_ = server_.isFollowed();
+        isOffCourse_ = false;
+        const auto* const name = isFollowing_ ? nullptr : device->name.c_str();
+        const auto flags = PA_STREAM_ADJUST_LATENCY | PA_STREAM_NO_REMAP_CHANNELS |
+                           (isFollowing_ ? PA_STREAM_NOFLAGS : PA_STREAM_DONT_MOVE);
+        if (pa_stream_connect_record(stream_.get(), name, &buffering, static_cast<pa_stream_flags_t>(flags)) <
+            0) {
             failed(pa_strerror(pa_context_errno(context)));
         }
     }
@@ -246,6 +293,7 @@ private:
             if (const auto started = std::exchange(started_, nullptr)) {
                 started(std::nullopt);
             }
+            follow();
             return;
         case PA_STREAM_FAILED:
         case PA_STREAM_TERMINATED:
@@ -255,9 +303,7 @@ private:
             } else {
                 const bool wasRunning = isRunning_;
                 failed(pa_strerror(pa_context_errno(pa_stream_get_context(stream_.get()))));
-                if (wasRunning) {
-                    tellSoon();
-                }
+                tellSoon(wasRunning);
             }
             return;
         default:
@@ -266,8 +312,8 @@ private:
     }
 
     /// The device is still there as far as is known, so the stream may be opened again.
-    void tellSoon() {
-        if (std::chrono::steady_clock::now() - begin_ > longLife) {
+    void tellSoon(bool wasRunning) {
+        if (wasRunning && std::chrono::steady_clock::now() - begin_ > longLife) {
             wait_ = attemptInterval;
         }
         nextTelling_ = server_.loop().after(wait_, [this] { observers_->tell(); });
@@ -305,7 +351,7 @@ private:
 
     void deliver(const float* samples, std::size_t frames) {
         const std::scoped_lock lock(tapMutex_);
-        if (tap_ && tap_->format == streamFormat_) {
+        if (tap_ && tap_->format == streamFormat_ && !isOffCourse_) {
             tap_->buffers.push(samples, frames, [this](const float* full, std::size_t count) {
                 tap_->block({tap_->format, full, count});
             });
@@ -316,7 +362,13 @@ private:
     std::shared_ptr<Observers> observers_;
     Platform::Subscription inputChanges_;
     PulseStream stream_;
+    /// Whether the session moves the stream when there is another default source.
+    bool isFollowing_ = false;
+    /// Whether it has been moved, and is not yet known to deliver what is wanted.
+    bool isOffCourse_ = false;
     Platform::AudioFormat streamFormat_;
+    /// As they were asked for.
+    pa_channel_map channels_{};
     Started started_;
     FormatAnswer formatAnswer_;
     bool isCancelled_ = false;
@@ -328,6 +380,8 @@ private:
     Platform::Subscription nextTelling_;
     PulseLoop::Timer pause_;
     std::atomic<bool> isRunning_ = false;
+    std::mutex nameMutex_;
+    std::string deviceName_;
     /// Held while the tap is called, so that its removal waits for it.
     std::mutex tapMutex_;
     std::optional<Tap> tap_;
@@ -386,6 +440,10 @@ Platform::AudioFormat PulseAudioEngine::inputFormat() {
         recording->askFormat([promise](const Platform::AudioFormat& answer) { promise->set_value(answer); });
     });
     return within(std::move(format)).value_or(Platform::AudioFormat{});
+}
+
+std::string PulseAudioEngine::deviceName() {
+    return recording_->deviceName();
 }
 
 void PulseAudioEngine::installTap(std::size_t bufferSize, const Platform::AudioFormat& format,

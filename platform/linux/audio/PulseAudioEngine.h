@@ -3,6 +3,7 @@
 #include "platform/AudioEngine.h"
 
 #include <memory>
+#include <string>
 
 namespace LinuxPlatform {
 
@@ -24,6 +25,7 @@ public:
     Platform::Subscription addConfigurationChangeObserver(std::function<void()> handler) override;
 
     Platform::AudioFormat inputFormat() override;
+    std::string deviceName() override;
     void installTap(std::size_t bufferSize, const Platform::AudioFormat& format, TapBlock block) override;
     void removeTap() override;
 

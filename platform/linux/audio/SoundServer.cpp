@@ -4,16 +4,17 @@
 #include <pulse/operation.h>
 #include <pulse/proplist.h>
 
+#include <cstdlib>
 #include <future>
+#include <string_view>
 #include <utility>
+
+#include <unistd.h>
 
 namespace LinuxPlatform {
 namespace {
 
 constexpr std::chrono::milliseconds retryInterval{500};
-/// PipeWire 0.3.65 now and then leaves a connection with an old default source, whatever it is asked; a new
-/// one is told the truth.
-constexpr std::chrono::milliseconds longestIgnorance{2000};
 
 SoundServer& server(void* data) {
     return *static_cast<SoundServer*>(data);
@@ -34,7 +35,7 @@ void release(pa_context* context) {
 
 } // namespace
 
-SoundServer::SoundServer() : context_(nullptr, &release), fresh_(nullptr, &release) {
+SoundServer::SoundServer() : context_(nullptr, &release) {
     loop_.post([this] { connect(); });
 }
 
@@ -44,7 +45,6 @@ SoundServer::~SoundServer() {
     loop_.post([this, &isOver] {
         deadline_ = {};
         retry_ = {};
-        stopLooking();
         waiting_.clear();
         context_.reset();
         isOver.set_value();
@@ -70,12 +70,8 @@ void SoundServer::whenKnown(PulseLoop::Task task) {
 }
 
 Platform::Subscription SoundServer::addInputObserver(std::function<void()> observer) {
-    const bool isFirst = inputObservers_.isEmpty();
     auto subscription = inputObservers_.add(std::move(observer));
     connectIfGivenUp();
-    if (isFirst && isReady_) {
-        lookAgainLater();
-    }
     return subscription;
 }
 
@@ -92,7 +88,6 @@ void SoundServer::setSuspended(bool isSuspended) {
     problem_ = "the computer is asleep";
     isGivenUp_ = false;
     retry_ = {};
-    stopLooking();
     // Those who record stop first.
     learn({});
     context_.reset();
@@ -112,7 +107,7 @@ void SoundServer::connect() {
     isRefreshing_ = false;
     isOutdated_ = false;
     isGivenUp_ = false;
-    stopLooking();
+    followed_.reset();
     retry_ = {};
     context_ = makeContext();
     deadline_ = loop_.after(patience, [this] { learn({}); });
@@ -129,7 +124,11 @@ void SoundServer::connect() {
         },
         this);
     // A failure is told through the state as well.
-    pa_context_connect(context_.get(), nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr);
+    // Where the user lets programs start the server, the first one does; the administrator's would be in the
+    // way of his users.
+    const bool mayLaunch = !std::exchange(hasLaunched_, true) && geteuid() != 0;
+    pa_context_connect(context_.get(), nullptr, mayLaunch ? PA_CONTEXT_NOFLAGS : PA_CONTEXT_NOAUTOSPAWN,
+                       nullptr);
 }
 
 void SoundServer::contextChanged() {
@@ -137,10 +136,11 @@ void SoundServer::contextChanged() {
     case PA_CONTEXT_READY:
         isReady_ = true;
         problem_.clear();
-        forget(pa_context_subscribe(
-            context_.get(),
-            static_cast<pa_subscription_mask_t>(PA_SUBSCRIPTION_MASK_SOURCE | PA_SUBSCRIPTION_MASK_SERVER),
-            nullptr, nullptr));
+        forget(pa_context_subscribe(context_.get(),
+                                    static_cast<pa_subscription_mask_t>(PA_SUBSCRIPTION_MASK_SOURCE |
+                                                                        PA_SUBSCRIPTION_MASK_SERVER |
+                                                                        PA_SUBSCRIPTION_MASK_CARD),
+                                    nullptr, nullptr));
         refresh();
         return;
     case PA_CONTEXT_FAILED:
@@ -155,8 +155,6 @@ void SoundServer::contextChanged() {
 
 void SoundServer::lost() {
     isReady_ = false;
-    // What a look learns now would connect beside the retry, and the later one would cut off the earlier.
-    stopLooking();
     if (inputObservers_.isEmpty()) {
         isGivenUp_ = true;
     } else {
@@ -190,12 +188,20 @@ void SoundServer::refresh() {
     }
     isRefreshing_ = true;
     isOutdated_ = false;
-    growing_ = {};
+    answers_ = {};
     forget(pa_context_get_server_info(
         context_.get(),
         [](pa_context*, const pa_server_info* info, void* data) {
-            if (info != nullptr && info->default_source_name != nullptr) {
-                server(data).growing_.defaultName = info->default_source_name;
+            if (info != nullptr) {
+                server(data).serverDescribed(*info);
+            }
+        },
+        this));
+    forget(pa_context_get_card_info_list(
+        context_.get(),
+        [](pa_context*, const pa_card_info* card, int isLast, void* data) {
+            if (isLast == 0 && card->active_profile2 != nullptr) {
+                server(data).answers_.activeProfiles[card->index] = card->active_profile2->name;
             }
         },
         this));
@@ -211,65 +217,33 @@ void SoundServer::refresh() {
         this));
 }
 
-void SoundServer::stopLooking() {
-    nextLook_ = {};
-    fresh_.reset();
+void SoundServer::serverDescribed(const pa_server_info& info) {
+    const auto text = [](const char* value) { return std::string_view(value != nullptr ? value : ""); };
+    answers_.defaultName = text(info.default_source_name);
+    isPipeWire_ = text(info.server_name).find("PipeWire") != std::string_view::npos;
 }
 
-void SoundServer::lookAfresh() {
-    fresh_ = makeContext();
-    if (!fresh_) {
-        return;
+void SoundServer::follow(const std::string& name) {
+    followed_ = {name, known_.defaultName};
+    if (!known_.defaultInput || known_.defaultInput->name != name) {
+        refresh();
     }
-    pa_context_set_state_callback(
-        fresh_.get(),
-        [](pa_context* context, void* data) {
-            const auto state = pa_context_get_state(context);
-            if (!PA_CONTEXT_IS_GOOD(state)) {
-                server(data).lookAgainLater();
-            } else if (state == PA_CONTEXT_READY) {
-                forget(pa_context_get_server_info(
-                    context,
-                    [](pa_context*, const pa_server_info* info, void* sameData) {
-                        const bool isNamed = info != nullptr && info->default_source_name != nullptr;
-                        server(sameData).lookedAfresh(isNamed ? info->default_source_name : "");
-                    },
-                    data));
-            }
-        },
-        this);
-    pa_context_connect(fresh_.get(), nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr);
-}
-
-void SoundServer::lookAgainLater() {
-    if (!inputObservers_.isEmpty()) {
-        nextLook_ = loop_.after(longestIgnorance, [this] { lookAfresh(); });
-    }
-}
-
-void SoundServer::lookedAfresh(const std::string& defaultName) {
-    // Not here: the library is still calling from the connection that has answered.
-    nextLook_ = loop_.after(std::chrono::milliseconds(0), [this, defaultName] {
-        fresh_.reset();
-        if (defaultName == known_.defaultName) {
-            lookAgainLater();
-        } else {
-            // Streams end with their connection, so their owners have to hear of it in any case.
-            wasInputRemoved_ = true;
-            connect();
-        }
-    });
 }
 
 void SoundServer::sourceListed(const pa_source_info& source) {
-    if (source.monitor_of_sink != PA_INVALID_INDEX || source.name == nullptr) {
+    const auto property = [&](const char* key) {
+        const auto* const value = pa_proplist_gets(source.proplist, key);
+        return std::string(value != nullptr ? value : "");
+    };
+    if (source.name == nullptr) {
         return;
     }
-    growing_.hasMicrophone = true;
-    if (source.name == growing_.defaultName) {
-        growing_.defaultInput =
-            InputDevice{source.index, source.name, source.sample_spec, source.channel_map};
-    }
+    answers_.sources.push_back({.device = {source.index, source.name, source.sample_spec, source.channel_map,
+                                           source.description != nullptr ? source.description : ""},
+                                .isMonitor = source.monitor_of_sink != PA_INVALID_INDEX,
+                                .isHeadsetLoopback = property("bluez5.loopback") == "true",
+                                .card = source.card,
+                                .priority = std::atoi(property("priority.session").c_str())});
 }
 
 void SoundServer::refreshed(bool isComplete) {
@@ -283,9 +257,14 @@ void SoundServer::refreshed(bool isComplete) {
         refresh();
         return;
     }
-    lookAgainLater();
     if (isComplete) {
-        learn(growing_);
+        if (followed_ && followed_->serversName != answers_.defaultName) {
+            followed_.reset();
+        }
+        answers_.followedName = followed_ ? followed_->name : "";
+        const auto microphone = answers_.microphone();
+        learn({answers_.defaultName, microphone ? std::optional(microphone->device) : std::nullopt,
+               answers_.hasMicrophone(), microphone && microphone->isSubstitute});
     }
 }
 

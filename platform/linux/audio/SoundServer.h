@@ -3,6 +3,7 @@
 #include "platform/Subscribers.h"
 #include "platform/Subscription.h"
 #include "platform/linux/audio/PulseLoop.h"
+#include "platform/linux/audio/SoundSources.h"
 
 #include <pulse/context.h>
 #include <pulse/introspect.h>
@@ -17,21 +18,6 @@
 #include <vector>
 
 namespace LinuxPlatform {
-
-/// A microphone and what it delivers.
-struct InputDevice {
-    std::uint32_t index = 0;
-    std::string name;
-    pa_sample_spec spec{};
-    pa_channel_map channels{};
-
-    /// The type of its samples, which cards change when they begin to run, is nobody's business: they are
-    /// asked for as floating-point numbers.
-    bool operator==(const InputDevice& other) const {
-        return index == other.index && name == other.name && spec.rate == other.spec.rate &&
-               spec.channels == other.spec.channels && pa_channel_map_equal(&channels, &other.channels) != 0;
-    }
-};
 
 /// The connection to this session's sound server, PulseAudio or PipeWire, and what it says about microphones.
 /// Connects in the background. While somebody observes the input, connects again whenever the server comes
@@ -55,9 +41,14 @@ public:
     pa_context* context() const;
     /// Why there is no connection.
     std::string problem() const;
-    /// The default source, unless that is a monitor, which hears the speakers.
+    /// The microphone that is heard, the default one as far as that is possible.
     const std::optional<InputDevice>& defaultInput() const { return known_.defaultInput; }
     bool hasMicrophone() const { return known_.hasMicrophone; }
+    /// Whether a stream hears that microphone by asking for the default one, with which the session moves it
+    /// to another. Elsewhere the name is the surer way.
+    bool isFollowed() const { return isPipeWire_ && !known_.isSubstitute; }
+    /// What a stream that asked for the default source hears.
+    void follow(const std::string& name);
     /// Runs the task as soon as the answers above are good, at the latest when the patience is over.
     void whenKnown(PulseLoop::Task task);
     /// Tells when the default input, or its format, is not any more what it was known to be.
@@ -69,9 +60,20 @@ private:
     using Context = std::unique_ptr<pa_context, void (*)(pa_context*)>;
 
     struct Knowledge {
+        /// As the server has it.
         std::string defaultName;
         std::optional<InputDevice> defaultInput;
         bool hasMicrophone = false;
+        bool isSubstitute = false;
+    };
+
+    /// PipeWire 0.3.65 loses changes of its metadata for its sound server's connections whenever some program
+    /// looks at them at the same moment, and all that come later if that program ends too early. Its session
+    /// manager, whose metadata they are, moves streams all the same.
+    struct Followed {
+        std::string name;
+        /// What the server took for the default source; once it tells of another one, that is news.
+        std::string serversName;
     };
 
     Context makeContext();
@@ -81,36 +83,33 @@ private:
     void connectIfGivenUp();
     void eventHappened(pa_subscription_event_type_t type, std::uint32_t index);
     void refresh();
-    /// Asks by a new connection whether the old one is told the truth.
-    void lookAfresh();
-    /// Only while somebody observes the input.
-    void lookAgainLater();
-    void stopLooking();
-    void lookedAfresh(const std::string& defaultName);
+    void serverDescribed(const pa_server_info& info);
     void sourceListed(const pa_source_info& source);
     void refreshed(bool isComplete);
     void learn(const Knowledge& knowledge);
 
     PulseLoop loop_;
     Context context_;
-    Context fresh_;
     bool isReady_ = false;
     bool isSuspended_ = false;
     /// The connection is lost, and nobody has needed another one so far.
     bool isGivenUp_ = false;
+    /// A server that does not come up is not started again and again.
+    bool hasLaunched_ = false;
     std::string problem_;
     Knowledge known_;
     bool isKnown_ = false;
     std::vector<PulseLoop::Task> waiting_;
     Platform::Subscribers<> inputObservers_;
     /// What the answers of the server add up to.
-    Knowledge growing_;
+    SoundSources answers_;
+    bool isPipeWire_ = false;
     bool isRefreshing_ = false;
     bool isOutdated_ = false;
     bool wasInputRemoved_ = false;
+    std::optional<Followed> followed_;
     Platform::Subscription deadline_;
     Platform::Subscription retry_;
-    Platform::Subscription nextLook_;
 };
 
 } // namespace LinuxPlatform
