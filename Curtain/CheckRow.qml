@@ -9,6 +9,8 @@ Item {
     required property string status
     required property string detail
     required property string action
+    /// What the row is about in particular, for those who point at it.
+    property string tip: ""
     /// Whether the chip remedies what is wrong.
     property bool remedies: false
     /// Whether the chip can do anything, and if not why, in a sentence.
@@ -29,7 +31,20 @@ Item {
     implicitHeight: 32
     Accessible.role: Accessible.Grouping
     Accessible.name: label + ": " + detail
+    Accessible.description: tip
 
+    HoverHandler {
+        id: hover
+    }
+    Loader {
+        active: row.tip !== "" && hover.hovered
+        sourceComponent: Tip {
+            objectName: row.objectName + ".tip"
+            parent: row
+            text: row.tip
+            visible: hover.hovered
+        }
+    }
     Symbol {
         id: mark
         objectName: row.objectName + ".mark"

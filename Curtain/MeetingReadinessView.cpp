@@ -293,6 +293,10 @@ QString MeetingReadinessView::microphoneDetail() const {
     return text(QStringLiteral("notCheckedYet"));
 }
 
+QString MeetingReadinessView::microphoneName() const {
+    return QString::fromStdString(services_.mic.deviceName());
+}
+
 QString MeetingReadinessView::echoLabel() const {
     switch (echoPhase_) {
     case EchoPhase::recording:
@@ -458,13 +462,15 @@ void MeetingReadinessView::readCamera() {
 void MeetingReadinessView::readMicrophone() {
     const auto status = services_.mic.status();
     const auto phase = services_.mic.echoPhase();
-    if (status == micStatus_ && phase == echoPhase_) {
+    const auto name = microphoneName();
+    if (status == micStatus_ && phase == echoPhase_ && name == microphoneName_) {
         Q_EMIT microphoneLevelChanged();
         return;
     }
     const auto markBefore = microphoneMark();
     micStatus_ = status;
     echoPhase_ = phase;
+    microphoneName_ = name;
     Q_EMIT microphoneLevelChanged();
     Q_EMIT microphoneChanged();
     if (markBefore != microphoneMark()) {

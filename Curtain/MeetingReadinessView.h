@@ -79,6 +79,7 @@ class MeetingReadinessView : public QObject {
 
     Q_PROPERTY(QString microphoneStatus READ microphoneStatus NOTIFY microphoneChanged)
     Q_PROPERTY(QString microphoneDetail READ microphoneDetail NOTIFY microphoneChanged)
+    Q_PROPERTY(QString microphoneName READ microphoneName NOTIFY microphoneChanged)
     Q_PROPERTY(QString echoLabel READ echoLabel NOTIFY microphoneChanged)
     Q_PROPERTY(double microphoneLevel READ microphoneLevel NOTIFY microphoneLevelChanged)
 
@@ -152,6 +153,7 @@ public:
 
     QString microphoneStatus() const;
     QString microphoneDetail() const;
+    QString microphoneName() const;
     QString echoLabel() const;
     double microphoneLevel() const;
 
@@ -255,6 +257,7 @@ private:
     std::shared_ptr<const Platform::Picture> photo_;
     MicStatus micStatus_;
     EchoPhase echoPhase_;
+    QString microphoneName_;
 };
 
 } // namespace Curtain

@@ -37,6 +37,9 @@ struct MicrophoneMonitor::Shared {
     /// While an echo is recorded: a microphone that comes now is heard in this format, whatever its own.
     std::optional<Platform::AudioFormat> recordingFormat;
     std::shared_ptr<Platform::AudioFile> audioFile;
+    std::string deviceName;
+    /// On the main thread, when there is another one.
+    std::function<void()> onDeviceName;
     /// The last buffer's, for the main thread; a message for each would be memory allocated on the engine's
     /// thread.
     float level = 0;
@@ -114,6 +117,18 @@ struct MicrophoneMonitor::Shared {
         return *tapFormat;
     }
 
+    void setDeviceName(const std::string& name) {
+        const std::scoped_lock lock(mutex);
+        if (std::exchange(deviceName, name) != name) {
+            mainQueue.async(onDeviceName);
+        }
+    }
+
+    std::string lastDeviceName() {
+        const std::scoped_lock lock(mutex);
+        return deviceName;
+    }
+
     /// On the audio queue. Returns whether there is a microphone.
     static bool installTap(const std::shared_ptr<Shared>& shared,
                            const std::shared_ptr<Platform::AudioEngine>& engine) {
@@ -122,6 +137,7 @@ struct MicrophoneMonitor::Shared {
         }
         auto& input = engine->inputNode();
         const auto inputFormat = input.inputFormat();
+        shared->setDeviceName(input.deviceName());
         if (inputFormat.channelCount == 0 || !(inputFormat.sampleRate > 0)) {
             return false;
         }
@@ -165,6 +181,7 @@ MicrophoneMonitor::MicrophoneMonitor(const Services& services)
       shared_(std::make_shared<Shared>(services.mainQueue)),
       audioQueue_(services.workQueues.makeSerial("com.curtain.microphone")) {
     shared_->levelSource = services_.mainQueue.makeSource([this] { showLevel(shared_->lastLevel()); });
+    shared_->onDeviceName = lifetime_.weak([this] { showDeviceName(); });
     // What a crash may have left behind.
     services_.fileManager.removeItem(echoURL_);
 }
@@ -191,6 +208,10 @@ MicStatus MicrophoneMonitor::status() const {
 
 EchoPhase MicrophoneMonitor::echoPhase() const {
     return echoPhase_;
+}
+
+std::string MicrophoneMonitor::deviceName() const {
+    return deviceName_;
 }
 
 void MicrophoneMonitor::start() {
@@ -366,7 +387,18 @@ void MicrophoneMonitor::audioPlayerDidFinishPlaying(Platform::AudioPlayer& /*pla
     setEchoPhase(EchoPhase::done);
 }
 
+void MicrophoneMonitor::showDeviceName() {
+    const auto name = shared_->lastDeviceName();
+    if (std::exchange(deviceName_, name) != name) {
+        Q_EMIT changed();
+    }
+}
+
 void MicrophoneMonitor::showLevel(float level) {
+    if (!shared_->isRunning()) {
+        // It was on its way when the metering ended.
+        return;
+    }
     bool hasChanged = std::exchange(level_, level) != level;
     if (echoPhase_ != EchoPhase::recording) {
         const auto status = level > silenceThreshold ? MicStatus::working : MicStatus::silent;

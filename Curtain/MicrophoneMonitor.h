@@ -46,6 +46,8 @@ public:
     float level() const;
     MicStatus status() const;
     EchoPhase echoPhase() const;
+    /// The microphone that is heard, by its own name; empty while there is none or it is not known.
+    std::string deviceName() const;
 
     /// Begins metering, after asking for permission where that is needed.
     void start();
@@ -67,6 +69,7 @@ private:
     void startMetering();
     void failed(MicStatus status, const Platform::AudioEngine* engine);
     void showLevel(float level);
+    void showDeviceName();
     void finishEcho();
     void recordingClosed();
     void playRecording();
@@ -78,6 +81,7 @@ private:
     float level_ = 0;
     MicStatus status_ = MicStatus::unknown;
     EchoPhase echoPhase_ = EchoPhase::idle;
+    std::string deviceName_;
     std::unique_ptr<Platform::AudioPlayer> player_;
     /// Whether somebody wants the level; metering may still be waiting for the permission.
     bool isWanted_ = false;

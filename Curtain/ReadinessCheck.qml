@@ -47,6 +47,7 @@ Card {
             label: section.model.text("microphone")
             status: section.model.microphoneStatus
             detail: section.model.microphoneDetail
+            tip: section.model.microphoneName
             action: section.model.echoLabel
             onActed: section.model.startEcho()
 

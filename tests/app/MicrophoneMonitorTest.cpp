@@ -251,6 +251,24 @@ TEST_F(MicrophoneMonitorTest, EveryStartMakesANewEngine) {
     EXPECT_TRUE(audio.engine().isRunning);
 }
 
+TEST_F(MicrophoneMonitorTest, TheMicrophoneIsNamedAndFollowed) {
+    audio.deviceName = "Headset";
+    int changes = 0;
+    QObject::connect(monitor.get(), &Curtain::MicrophoneMonitor::changed, [&] { ++changes; });
+    start();
+    EXPECT_EQ(monitor->deviceName(), "Headset");
+    audio.deviceName = "Built-in";
+    changes = 0;
+    audio.changeConfiguration({1, 48000});
+    runAll();
+    EXPECT_EQ(monitor->deviceName(), "Built-in");
+    EXPECT_EQ(changes, 1);
+    audio.deviceName.clear();
+    audio.changeConfiguration({});
+    runAll();
+    EXPECT_EQ(monitor->deviceName(), "");
+}
+
 TEST_F(MicrophoneMonitorTest, StatusFollowsEveryBuffer) {
     start();
     feedLoud();
@@ -368,6 +386,16 @@ TEST_F(MicrophoneMonitorTest, StoppingRemovesTheTapAndStopsTheEngineOnTheQueue) 
     EXPECT_FALSE(audio.engine().exists);
     feedLoud();
     EXPECT_EQ(monitor->level(), 0.0F);
+}
+
+TEST_F(MicrophoneMonitorTest, ALevelThatIsOnItsWayAtTheEndIsNotShown) {
+    start();
+    const std::vector<float> loud(1024, 0.5F);
+    audio.engine().feedSamples(loud);
+    monitor->stop();
+    runAll();
+    EXPECT_EQ(monitor->level(), 0.0F);
+    EXPECT_EQ(monitor->status(), MicStatus::silent);
 }
 
 TEST_F(MicrophoneMonitorTest, StoppingWhenNotRunningDoesNothing) {

@@ -123,6 +123,16 @@ TEST_F(ReadinessView, TheMicrophoneSpeaksForItself) {
     EXPECT_EQ(view().microphoneLevel(), 0);
 }
 
+TEST_F(ReadinessView, NamesTheMicrophoneThatIsHeard) {
+    EXPECT_EQ(view().microphoneName(), "");
+    int changes = 0;
+    QObject::connect(&view(), &Curtain::MeetingReadinessView::microphoneChanged, [&] { ++changes; });
+    world.audio.deviceName = "Headset";
+    world.startMicrophone();
+    EXPECT_EQ(view().microphoneName(), "Headset");
+    EXPECT_GT(changes, 0);
+}
+
 TEST_F(ReadinessView, AMicrophoneThatIsNotThereIsRed) {
     world.audio.inputFormat = {0, 0};
     world.startMicrophone();
