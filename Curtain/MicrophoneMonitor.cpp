@@ -187,6 +187,7 @@ MicrophoneMonitor::MicrophoneMonitor(const Services& services)
 }
 
 MicrophoneMonitor::~MicrophoneMonitor() {
+    inputDeviceObserver_ = {};
     configObserver_ = {};
     // The program's end waits for no sound server.
     shared_->cancelSetUp();
@@ -244,6 +245,13 @@ void MicrophoneMonitor::startMetering() {
     if (shared_->isRunning()) {
         return;
     }
+    isInputDeviceMissing_ = false;
+    hasInputDeviceCome_ = false;
+    if (!isInputDeviceObserved_) {
+        isInputDeviceObserved_ = true;
+        inputDeviceObserver_ =
+            services_.audio.observeInputDevice([this](bool isThere) { inputDeviceChanged(isThere); });
+    }
     const auto engine = services_.audio.makeEngine();
     {
         const std::scoped_lock lock(shared_->mutex);
@@ -290,11 +298,34 @@ void MicrophoneMonitor::failed(MicStatus status, const Platform::AudioEngine* en
     if (engine != nullptr && engine == shared_->engine.get()) {
         configObserver_ = {};
         shared_->takeEngine().reset();
+        if (status == MicStatus::noInputDevice && hasInputDeviceCome_) {
+            startMetering();
+        }
+    }
+}
+
+void MicrophoneMonitor::inputDeviceChanged(bool isThere) {
+    if (!shared_->isRunning()) {
+        if (isThere && status_ == MicStatus::noInputDevice) {
+            startMetering();
+        }
+        return;
+    }
+    isInputDeviceMissing_ = !isThere;
+    hasInputDeviceCome_ = isThere;
+    sayThatInputDeviceIsMissing();
+}
+
+void MicrophoneMonitor::sayThatInputDeviceIsMissing() {
+    if (isInputDeviceMissing_ && shared_->isRunning() && echoPhase_ != EchoPhase::recording) {
+        setStatus(MicStatus::noInputDevice);
     }
 }
 
 void MicrophoneMonitor::stop() {
     isWanted_ = false;
+    isInputDeviceObserved_ = false;
+    inputDeviceObserver_ = {};
     if (!shared_->isRunning()) {
         return;
     }
@@ -400,7 +431,7 @@ void MicrophoneMonitor::showLevel(float level) {
         return;
     }
     bool hasChanged = std::exchange(level_, level) != level;
-    if (echoPhase_ != EchoPhase::recording) {
+    if (echoPhase_ != EchoPhase::recording && !isInputDeviceMissing_) {
         const auto status = level > silenceThreshold ? MicStatus::working : MicStatus::silent;
         hasChanged = std::exchange(status_, status) != status || hasChanged;
     }
@@ -418,6 +449,7 @@ void MicrophoneMonitor::setStatus(MicStatus status) {
 void MicrophoneMonitor::setEchoPhase(EchoPhase phase) {
     if (std::exchange(echoPhase_, phase) != phase) {
         Q_EMIT changed();
+        sayThatInputDeviceIsMissing();
     }
 }
 

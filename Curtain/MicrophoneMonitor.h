@@ -68,6 +68,8 @@ private:
 
     void startMetering();
     void failed(MicStatus status, const Platform::AudioEngine* engine);
+    void inputDeviceChanged(bool isThere);
+    void sayThatInputDeviceIsMissing();
     void showLevel(float level);
     void showDeviceName();
     void finishEcho();
@@ -85,12 +87,19 @@ private:
     std::unique_ptr<Platform::AudioPlayer> player_;
     /// Whether somebody wants the level; metering may still be waiting for the permission.
     bool isWanted_ = false;
+    /// Whether the microphone has gone while it was heard; silence is not what is wrong then.
+    bool isInputDeviceMissing_ = false;
+    /// Whether there is one since the present metering was begun, which may not have found it yet.
+    bool hasInputDeviceCome_ = false;
     bool isRecordingOpen_ = false;
     bool isEchoDue_ = false;
     Platform::Lifetime lifetime_;
     std::shared_ptr<Shared> shared_;
     std::unique_ptr<Platform::WorkQueue> audioQueue_;
     Platform::Subscription configObserver_;
+    /// While somebody wants the level.
+    bool isInputDeviceObserved_ = false;
+    Platform::Subscription inputDeviceObserver_;
 };
 
 } // namespace Curtain

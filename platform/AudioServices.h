@@ -6,6 +6,7 @@
 #include "platform/AudioPlayer.h"
 #include "platform/Subscription.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <variant>
@@ -22,6 +23,9 @@ public:
     virtual Subscription prepare() = 0;
     /// Whether there is a microphone, the default one or another. May wait a moment for the sound server.
     virtual bool hasInputDevice() = 0;
+    /// Tells on the main queue, while the subscription lasts, whether there is a microphone that can be
+    /// heard: once soon, and whenever that may have changed.
+    virtual Subscription observeInputDevice(std::function<void(bool isThere)> observer) = 0;
 
     /// Hears nothing before it is started.
     virtual std::shared_ptr<AudioEngine> makeEngine() = 0;

@@ -388,6 +388,77 @@ TEST_F(MicrophoneMonitorTest, StoppingRemovesTheTapAndStopsTheEngineOnTheQueue) 
     EXPECT_EQ(monitor->level(), 0.0F);
 }
 
+TEST_F(MicrophoneMonitorTest, AMicrophoneThatComesWhileItIsWantedIsHeard) {
+    const auto format = audio.inputFormat;
+    audio.inputFormat = {};
+    start();
+    ASSERT_EQ(monitor->status(), MicStatus::noInputDevice);
+    audio.inputDeviceObservers.tell(false);
+    runAll();
+    EXPECT_THAT(audio.engines, SizeIs(1));
+    audio.inputFormat = format;
+    audio.inputDeviceObservers.tell(true);
+    runAll();
+    EXPECT_THAT(audio.engines, SizeIs(2));
+    feedLoud();
+    EXPECT_EQ(monitor->status(), MicStatus::working);
+}
+
+TEST_F(MicrophoneMonitorTest, AMicrophoneThatComesJustAfterItWasLookedForIsHeard) {
+    const auto format = audio.inputFormat;
+    audio.inputFormat = {};
+    monitor->start();
+    workQueues.runAll();
+    audio.inputFormat = format;
+    audio.inputDeviceObservers.tell(true);
+    runAll();
+    EXPECT_THAT(audio.engines, SizeIs(2));
+    feedLoud();
+    EXPECT_EQ(monitor->status(), MicStatus::working);
+    // Where it cannot be opened all the same, that is the end of it.
+    monitor->stop();
+    audio.inputFormat = {};
+    monitor->start();
+    audio.inputDeviceObservers.tell(true);
+    runAll();
+    EXPECT_THAT(audio.engines, SizeIs(4));
+    EXPECT_EQ(monitor->status(), MicStatus::noInputDevice);
+}
+
+TEST_F(MicrophoneMonitorTest, AMicrophoneThatGoesIsSaidAtOnceAndItsReturnToo) {
+    start();
+    feedLoud();
+    audio.inputDeviceObservers.tell(false);
+    EXPECT_EQ(monitor->status(), MicStatus::noInputDevice);
+    // The meter falls, which is no word on the microphone.
+    feedSilence();
+    EXPECT_EQ(monitor->level(), 0.0F);
+    EXPECT_EQ(monitor->status(), MicStatus::noInputDevice);
+    audio.inputDeviceObservers.tell(true);
+    feedSilence();
+    EXPECT_EQ(monitor->status(), MicStatus::silent);
+    EXPECT_THAT(audio.engines, SizeIs(1));
+}
+
+TEST_F(MicrophoneMonitorTest, AMicrophoneThatGoesInTheMiddleOfARecordingIsSaidAfterwards) {
+    startRecording();
+    audio.inputDeviceObservers.tell(false);
+    EXPECT_EQ(monitor->status(), MicStatus::silent);
+    mainQueue.advance(3.0);
+    EXPECT_EQ(monitor->echoPhase(), EchoPhase::playing);
+    EXPECT_EQ(monitor->status(), MicStatus::noInputDevice);
+}
+
+TEST_F(MicrophoneMonitorTest, NobodyLooksForMicrophonesUnlessTheLevelIsWanted) {
+    EXPECT_TRUE(audio.inputDeviceObservers.isEmpty());
+    audio.inputFormat = {};
+    start();
+    start();
+    EXPECT_FALSE(audio.inputDeviceObservers.isEmpty());
+    monitor->stop();
+    EXPECT_TRUE(audio.inputDeviceObservers.isEmpty());
+}
+
 TEST_F(MicrophoneMonitorTest, ALevelThatIsOnItsWayAtTheEndIsNotShown) {
     start();
     const std::vector<float> loud(1024, 0.5F);

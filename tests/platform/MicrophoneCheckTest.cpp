@@ -175,6 +175,30 @@ TEST_F(MicrophoneCheckTest, WithoutAMicrophoneThereIsNoInputDevice) {
     EXPECT_TRUE(becomes(MicStatus::working));
 }
 
+TEST_F(MicrophoneCheckTest, AMicrophoneThatIsPluggedInWhileSomebodyLooksIsHeard) {
+    SoundWorld::unplug();
+    monitor->start();
+    ASSERT_TRUE(becomes(MicStatus::noInputDevice));
+    SoundWorld::plugIn();
+    sound.feed(tone(440, 0.5, 60));
+    EXPECT_TRUE(becomes(MicStatus::working));
+    sound.silence();
+    SoundWorld::unplug();
+    EXPECT_TRUE(becomes(MicStatus::noInputDevice));
+    EXPECT_TRUE(levelBecomes(0, 0));
+    SoundWorld::plugIn();
+    EXPECT_TRUE(becomes(MicStatus::silent));
+}
+
+TEST_F(MicrophoneCheckTest, NobodyLooksForMicrophonesOnceThePopoverIsShut) {
+    SoundWorld::unplug();
+    monitor->start();
+    ASSERT_TRUE(becomes(MicStatus::noInputDevice));
+    EXPECT_TRUE(eventually([] { return SoundWorld::hasOurClient(); }));
+    monitor->stop();
+    EXPECT_TRUE(eventually([] { return !SoundWorld::hasOurClient(); }));
+}
+
 TEST_F(MicrophoneCheckTest, AMicrophoneThatIsUnpluggedIsNotReplacedByTheSpeakers) {
     sound.feed(tone(440, 0.01, 60));
     startMetering();

@@ -105,6 +105,10 @@ public:
         return openPreparations.add([] {});
     }
     bool hasInputDevice() override { return isInputDeviceThere; }
+    Platform::Subscribers<bool> inputDeviceObservers;
+    Platform::Subscription observeInputDevice(std::function<void(bool isThere)> observer) override {
+        return inputDeviceObservers.add(std::move(observer));
+    }
 
     std::shared_ptr<Platform::AudioEngine> makeEngine() override {
         calls.emplace_back("make engine");

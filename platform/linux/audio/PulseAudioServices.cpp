@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <future>
+#include <utility>
 
 namespace LinuxPlatform {
 namespace {
@@ -33,6 +34,30 @@ bool PulseAudioServices::hasInputDevice() {
         sound.whenKnown([&sound, promise] { promise->set_value(sound.hasMicrophone()); });
     });
     return answer.wait_for(moment) == std::future_status::ready && answer.get();
+}
+
+Platform::Subscription PulseAudioServices::observeInputDevice(std::function<void(bool isThere)> observer) {
+    auto connection = server();
+    auto alive = std::make_shared<const std::function<void(bool)>>(std::move(observer));
+    const auto tell = [&sound = *connection, &mainQueue = mainQueue_, weak = std::weak_ptr(alive)] {
+        mainQueue.async([weak, isThere = sound.defaultInput().has_value()] {
+            if (const auto stillThere = weak.lock()) {
+                (*stillThere)(isThere);
+            }
+        });
+    };
+    // The loop's thread only.
+    auto changes = std::make_shared<Platform::Subscription>();
+    connection->loop().post([&sound = *connection, changes, tell] {
+        *changes = sound.addInputObserver(tell);
+        sound.whenKnown(tell);
+    });
+    return Platform::Subscription(
+        [connection = std::move(connection), changes, alive = std::move(alive)]() mutable {
+            alive.reset();
+            connection->loop().post([changes] { *changes = {}; });
+            connection.reset();
+        });
 }
 
 std::shared_ptr<Platform::AudioEngine> PulseAudioServices::makeEngine() {

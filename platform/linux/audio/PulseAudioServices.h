@@ -3,6 +3,7 @@
 #include "platform/AudioServices.h"
 #include "platform/MainQueue.h"
 
+#include <functional>
 #include <memory>
 
 namespace LinuxPlatform {
@@ -21,6 +22,7 @@ public:
 
     Platform::Subscription prepare() override;
     bool hasInputDevice() override;
+    Platform::Subscription observeInputDevice(std::function<void(bool isThere)> observer) override;
     std::shared_ptr<Platform::AudioEngine> makeEngine() override;
     std::variant<std::unique_ptr<Platform::AudioFile>, Platform::AudioError>
     openFileForWriting(const std::string& path, const Platform::AudioFormat& settings) override;

@@ -14,8 +14,6 @@
 namespace LinuxPlatform {
 namespace {
 
-constexpr std::chrono::milliseconds retryInterval{500};
-
 SoundServer& server(void* data) {
     return *static_cast<SoundServer*>(data);
 }
@@ -135,6 +133,7 @@ void SoundServer::contextChanged() {
     switch (pa_context_get_state(context_.get())) {
     case PA_CONTEXT_READY:
         isReady_ = true;
+        retryPause_.reset();
         problem_.clear();
         forget(pa_context_subscribe(context_.get(),
                                     static_cast<pa_subscription_mask_t>(PA_SUBSCRIPTION_MASK_SOURCE |
@@ -159,7 +158,7 @@ void SoundServer::lost() {
         isGivenUp_ = true;
     } else {
         // Not here: the library is still calling from the old connection.
-        retry_ = loop_.after(retryInterval, [this] { connect(); });
+        retry_ = loop_.after(retryPause_.next(), [this] { connect(); });
     }
     learn({});
 }

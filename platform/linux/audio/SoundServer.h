@@ -2,6 +2,7 @@
 
 #include "platform/Subscribers.h"
 #include "platform/Subscription.h"
+#include "platform/linux/GrowingPause.h"
 #include "platform/linux/audio/PulseLoop.h"
 #include "platform/linux/audio/SoundSources.h"
 
@@ -110,6 +111,7 @@ private:
     std::optional<Followed> followed_;
     Platform::Subscription deadline_;
     Platform::Subscription retry_;
+    GrowingPause retryPause_{std::chrono::milliseconds(500), std::chrono::milliseconds(4000)};
 };
 
 } // namespace LinuxPlatform

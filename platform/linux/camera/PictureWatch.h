@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/camera/GrowingPause.h"
+#include "platform/linux/GrowingPause.h"
 
 #include <chrono>
 #include <optional>

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "platform/linux/GrowingPause.h"
 #include "platform/linux/camera/CameraStack.h"
-#include "platform/linux/camera/GrowingPause.h"
 #include "platform/linux/camera/PictureWatch.h"
 #include "platform/linux/camera/pipewire/PipeWireConnection.h"
 #include "platform/linux/camera/pipewire/ProducerMemory.h"
