@@ -1,6 +1,6 @@
 /// A camera of PipeWire that behaves like one on USB: several formats, JPEG of its own.
 ///
-/// usage: VirtualCamera NAME DESCRIPTION jpeg|yuyv|both|gray|depth|bayer|h264 [OPTION...]
+/// usage: VirtualCamera NAME DESCRIPTION jpeg|yuyv|both|planar|gray|depth|bayer|h264 [OPTION...]
 ///
 /// It shows four upright bars, red, green, blue and gray, and a white square that moves. Each JPEG carries a
 /// comment "VirtualCamera NAME frame N". It lives until it is told to end.
@@ -23,6 +23,9 @@
 ///          it
 ///                     calls damaged itself
 ///          shrinking  delivers in memory of its own, and a while after the first start cuts it off
+///          flapping   offers another size thrice a second
+///          thousand   announces a thousand sizes that it does not have before those that it has
+///          negative   says that its rows go backwards
 ///          changing   after a while delivers nothing any more but another format, of 640x480 pixels
 
 #include <pipewire/pipewire.h>
@@ -59,6 +62,9 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 
 constexpr int frames = 8;
+/// A single frame of this size fills enough memory.
+constexpr int enormous = 4096;
+constexpr int manySizes = 1000;
 constexpr std::size_t framesBeforeChange = 20;
 constexpr std::size_t sharedSize = 4U << 20U;
 constexpr int squareSide = 100;
@@ -168,6 +174,24 @@ Bytes yuyvFrame(int frame, Size size, const Options& options) {
     return data;
 }
 
+/// The same in planes of luma and, a quarter as large, of both chromas.
+Bytes planarFrame(const Bytes& yuyv, Size size) {
+    Bytes data(yuyv.size() * 3 / 4);
+    const auto pixels = static_cast<std::size_t>(size.width * size.height);
+    const auto width = static_cast<std::size_t>(size.width);
+    for (std::size_t at = 0; at < pixels; ++at) {
+        data[at] = yuyv[2 * at];
+        const auto x = at % width;
+        const auto y = at / width;
+        if (x % 2 == 0 && y % 2 == 0) {
+            const auto chroma = y / 2 * (width / 2) + x / 2;
+            data[pixels + chroma] = yuyv[2 * at + 1];
+            data[pixels + pixels / 4 + chroma] = yuyv[2 * at + 3];
+        }
+    }
+    return data;
+}
+
 class Camera {
 public:
     explicit Camera(Options options) : options_(std::move(options)) {}
@@ -190,6 +214,12 @@ public:
             timespec interval{0, 50'000'000};
             pw_loop_update_timer(loop, busyTimer_, &interval, &interval, false);
         }
+        if (options_.fault == "flapping") {
+            auto* const flaps = pw_loop_add_timer(
+                loop, [](void* self, std::uint64_t) { static_cast<Camera*>(self)->change(); }, this);
+            timespec third{0, 333'000'000};
+            pw_loop_update_timer(loop, flaps, &third, &third, false);
+        }
         auto* properties = pw_properties_new(PW_KEY_MEDIA_CLASS, "Video/Source", PW_KEY_MEDIA_ROLE, "Camera",
                                              PW_KEY_NODE_NAME, options_.name.c_str(), PW_KEY_NODE_DESCRIPTION,
                                              options_.description.c_str(), nullptr);
@@ -206,7 +236,7 @@ public:
 
 private:
     void connect() {
-        const bool willChange = options_.fault == "changing";
+        const bool willChange = options_.fault == "changing" || options_.fault == "flapping";
         withOffers(willChange ? std::vector{options_.sizes.front()} : options_.sizes,
                    [this](std::vector<const spa_pod*>& formats) {
                        const auto memory =
@@ -218,19 +248,20 @@ private:
     }
 
     void change() {
-        withOffers({options_.sizes.back()}, [this](std::vector<const spa_pod*>& formats) {
+        std::swap(options_.sizes.front(), options_.sizes.back());
+        withOffers({options_.sizes.front()}, [this](std::vector<const spa_pod*>& formats) {
             pw_stream_update_params(stream_, formats.data(), static_cast<std::uint32_t>(formats.size()));
         });
     }
 
     template <class Use>
     void withOffers(const std::vector<Size>& sizes, const Use& use) {
-        std::array<std::uint8_t, 4096> memory{};
+        Bytes memory(std::size_t{1} << 20U);
         spa_pod_builder builder{};
-        spa_pod_builder_init(&builder, memory.data(), memory.size());
+        spa_pod_builder_init(&builder, memory.data(), static_cast<std::uint32_t>(memory.size()));
         const spa_fraction rate{static_cast<std::uint32_t>(options_.rate), 1};
         std::vector<const spa_pod*> formats;
-        const auto offer = [&](spa_media_subtype subtype) {
+        const auto offer = [&](spa_media_subtype subtype, const std::vector<Size>& offered) {
             spa_pod_frame object;
             spa_pod_frame choice;
             spa_pod_builder_push_object(&builder, &object, SPA_TYPE_OBJECT_Format, SPA_PARAM_EnumFormat);
@@ -251,23 +282,28 @@ private:
                 spa_pod_builder_rectangle(&builder, static_cast<std::uint32_t>(size.width),
                                           static_cast<std::uint32_t>(size.height));
             };
-            add(sizes.front());
-            for (const auto size : sizes) {
+            add(offered.front());
+            for (const auto size : offered) {
                 add(size);
             }
             spa_pod_builder_pop(&builder, &choice);
             formats.push_back(static_cast<const spa_pod*>(spa_pod_builder_pop(&builder, &object)));
         };
         if (options_.formats == "h264") {
-            offer(SPA_MEDIA_SUBTYPE_h264);
+            offer(SPA_MEDIA_SUBTYPE_h264, sizes);
         } else if (options_.formats == "bayer") {
-            offer(SPA_MEDIA_SUBTYPE_bayer);
+            offer(SPA_MEDIA_SUBTYPE_bayer, sizes);
+        }
+        for (int number = 0; options_.fault == "thousand" && number < manySizes; ++number) {
+            offer(SPA_MEDIA_SUBTYPE_bayer, {Size{16 + number, 16}});
         }
         if (options_.formats == "jpeg" || options_.formats == "both") {
-            offer(SPA_MEDIA_SUBTYPE_mjpg);
+            offer(SPA_MEDIA_SUBTYPE_mjpg, sizes);
         }
-        if (formats.empty() || options_.formats == "both") {
-            offer(SPA_MEDIA_SUBTYPE_raw);
+        const bool isRaw = options_.formats == "yuyv" || options_.formats == "planar" ||
+                           options_.formats == "gray" || options_.formats == "depth";
+        if (isRaw || options_.formats == "both") {
+            offer(SPA_MEDIA_SUBTYPE_raw, sizes);
         }
         use(formats);
     }
@@ -293,8 +329,11 @@ private:
     spa_video_format rawFormat() const {
         return options_.formats == "gray"    ? SPA_VIDEO_FORMAT_GRAY8
                : options_.formats == "depth" ? SPA_VIDEO_FORMAT_GRAY16_LE
+               : isPlanar()                  ? SPA_VIDEO_FORMAT_I420
                                              : SPA_VIDEO_FORMAT_YUY2;
     }
+
+    bool isPlanar() const { return options_.formats == "planar"; }
 
     void log(const std::string& line) const {
         if (!options_.log.empty()) {
@@ -336,7 +375,7 @@ private:
         spa_pod_builder_init(&builder, memory.data(), memory.size());
         const auto* buffers = static_cast<const spa_pod*>(spa_pod_builder_add_object(
             &builder, SPA_TYPE_OBJECT_ParamBuffers, SPA_PARAM_Buffers, SPA_PARAM_BUFFERS_buffers,
-            SPA_POD_CHOICE_RANGE_Int(4, 2, 8), SPA_PARAM_BUFFERS_blocks, SPA_POD_Int(1),
+            SPA_POD_CHOICE_RANGE_Int(4, 2, 8), SPA_PARAM_BUFFERS_blocks, SPA_POD_Int(isPlanar() ? 3 : 1),
             SPA_PARAM_BUFFERS_size, SPA_POD_Int(static_cast<int>(largest_)), SPA_PARAM_BUFFERS_stride,
             SPA_POD_Int(stride_), SPA_PARAM_BUFFERS_dataType, SPA_POD_CHOICE_FLAGS_Int(memoryTypes())));
         const auto* transform = static_cast<const spa_pod*>(spa_pod_builder_add_object(
@@ -354,11 +393,14 @@ private:
         } else if (options_.fault == "larger") {
             size = {announced.width * 2, announced.height * 2};
         }
-        stride_ = isJpeg ? 0 : size.width * 2;
+        stride_ = isJpeg ? 0 : isPlanar() ? size.width : size.width * 2;
         frames_.clear();
-        for (int frame = 0; frame < frames; ++frame) {
+        for (int frame = 0; frame < (size.width > enormous ? 1 : frames); ++frame) {
             frames_.push_back(isJpeg ? jpegFrame(frame, size, options_) : yuyvFrame(frame, size, options_));
             auto& data = frames_.back();
+            if (isPlanar()) {
+                data = planarFrame(data, size);
+            }
             if (options_.fault == "truncated") {
                 data.resize(data.size() / 2);
             } else if (options_.fault == "broken") {
@@ -378,6 +420,11 @@ private:
                 buffer->buffer, SPA_META_VideoTransform, sizeof(spa_meta_videotransform)))) {
             meta->transform = options_.transform;
         }
+        if (isPlanar()) {
+            fillPlanes(*buffer->buffer);
+            pw_stream_queue_buffer(stream_, buffer);
+            return;
+        }
         auto& data = buffer->buffer->datas[0];
         data.chunk->offset = 0;
         data.chunk->size = 0;
@@ -388,7 +435,7 @@ private:
             const auto size = std::min<std::size_t>(frame.size(), data.maxsize);
             std::memcpy(data.data, frame.data(), size);
             data.chunk->size = static_cast<std::uint32_t>(size);
-            data.chunk->stride = stride_;
+            data.chunk->stride = options_.fault == "negative" ? -stride_ : stride_;
             data.chunk->flags = isLate && options_.fault == "damages" ? SPA_CHUNK_FLAG_CORRUPTED : 0;
             if (isLate && options_.fault == "stops") {
                 stopTimer();
@@ -400,6 +447,25 @@ private:
         pw_stream_queue_buffer(stream_, buffer);
         if (options_.fault == "changing" && count_ == framesBeforeChange) {
             change();
+        }
+    }
+
+    /// Each in a buffer of its own.
+    void fillPlanes(spa_buffer& buffer) {
+        const auto& frame = frames_[count_++ % frames_.size()];
+        const auto luma = frame.size() * 2 / 3;
+        std::size_t from = 0;
+        for (std::uint32_t plane = 0; plane < buffer.n_datas && plane < 3; ++plane) {
+            auto& data = buffer.datas[plane];
+            const auto length = std::min<std::size_t>(plane == 0 ? luma : luma / 4, data.maxsize);
+            if (data.data) {
+                std::memcpy(data.data, frame.data() + from, length);
+            }
+            data.chunk->offset = 0;
+            data.chunk->size = data.data ? static_cast<std::uint32_t>(length) : 0;
+            data.chunk->stride = plane == 0 ? stride_ : stride_ / 2;
+            data.chunk->flags = 0;
+            from += length;
         }
     }
 
