@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/linux/system/ThreadWorkQueues.h"
 #include "platform/linux/camera/LinuxCaptureServices.h"
 #include "platform/linux/camera/pipewire/PipeWireCameras.h"
+#include "platform/linux/system/ThreadWorkQueues.h"
 
 #include "tests/platform/CameraWorld.h"
 

@@ -2,9 +2,9 @@
 
 #include "platform/Subscribers.h"
 #include "platform/Subscription.h"
-#include "platform/linux/GrowingPause.h"
 #include "platform/linux/audio/PulseLoop.h"
 #include "platform/linux/audio/SoundSources.h"
+#include "platform/linux/system/GrowingPause.h"
 
 #include <pulse/context.h>
 #include <pulse/introspect.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/GrowingPause.h"
+#include "platform/linux/system/GrowingPause.h"
 
 #include <chrono>
 #include <optional>

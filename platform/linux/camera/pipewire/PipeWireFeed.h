@@ -1,10 +1,10 @@
 #pragma once
 
-#include "platform/linux/GrowingPause.h"
 #include "platform/linux/camera/CameraStack.h"
 #include "platform/linux/camera/PictureWatch.h"
 #include "platform/linux/camera/pipewire/PipeWireConnection.h"
 #include "platform/linux/camera/pipewire/ProducerMemory.h"
+#include "platform/linux/system/GrowingPause.h"
 
 #include <array>
 #include <optional>
