@@ -68,9 +68,8 @@ Card {
             ListView {
                 id: list
 
-                // The last letters of the longest word may reach out of it.
-                readonly property real stateWidth: 14 + Math.ceil(Math.max(visibleWord.advanceWidth,
-                    hiddenWord.advanceWidth, notRunningWord.advanceWidth, cannotTellWord.advanceWidth + 1))
+                readonly property real stateWidth: 14 + Math.ceil(Math.max(visibleWord.implicitWidth,
+                    hiddenWord.implicitWidth, notRunningWord.implicitWidth, cannotTellWord.implicitWidth))
                 readonly property bool canScroll: contentHeight > height
 
                 objectName: "privateAppsList"
@@ -95,57 +94,62 @@ Card {
                     required property string icon
                     required property string visibility
 
-                    width: 288
+                    width: list.width
                     height: 42
                     Accessible.role: Accessible.ListItem
                     Accessible.name: name + ": " + panel.model.text(visibility)
-
-                    // The list is a little wider than its rows, for the scroll bar.
                     LayoutMirroring.enabled: list.LayoutMirroring.enabled
                     LayoutMirroring.childrenInherit: true
-                    x: list.LayoutMirroring.enabled ? list.width - width : 0
 
-                    AppIcon {
-                        id: appIcon
-                        anchors.left: parent.left
-                        anchors.verticalCenter: parent.verticalCenter
-                        source: app.icon
-                    }
-                    StyledText {
-                        anchors.left: appIcon.right
-                        anchors.leftMargin: 10
-                        anchors.right: state.left
-                        anchors.rightMargin: 10
-                        height: parent.height
-                        isSpoken: false
-                        text: app.name
-                        style: Theme.bodyMedium
-                        mayElide: true
-                    }
+                    // The list is a little wider than its rows, for the scroll bar.
                     Item {
-                        id: state
-
-                        readonly property string tone: ({ "visible": "red", "hidden": "green" })[app.visibility] ?? "gray"
-
-                        anchors.right: parent.right
-                        width: list.stateWidth
+                        objectName: "privateAppRow"
+                        anchors.left: parent.left
+                        width: 288
                         height: parent.height
 
-                        StatusDot {
-                            id: dot
+                        AppIcon {
+                            id: appIcon
                             anchors.left: parent.left
                             anchors.verticalCenter: parent.verticalCenter
-                            tone: state.tone
+                            source: app.icon
                         }
                         StyledText {
-                            anchors.left: dot.right
-                            anchors.leftMargin: 6
-                            anchors.right: parent.right
+                            anchors.left: appIcon.right
+                            anchors.leftMargin: 10
+                            anchors.right: state.left
+                            anchors.rightMargin: 10
                             height: parent.height
                             isSpoken: false
-                            text: panel.model.text(app.visibility)
-                            style: Theme.smallMedium
-                            color: Theme.text(state.tone)
+                            text: app.name
+                            style: Theme.bodyMedium
+                            mayElide: true
+                        }
+                        Item {
+                            id: state
+
+                            readonly property string tone: ({ "visible": "red", "hidden": "green" })[app.visibility] ?? "gray"
+
+                            anchors.right: parent.right
+                            width: list.stateWidth
+                            height: parent.height
+
+                            StatusDot {
+                                id: dot
+                                anchors.left: parent.left
+                                anchors.verticalCenter: parent.verticalCenter
+                                tone: state.tone
+                            }
+                            StyledText {
+                                anchors.left: dot.right
+                                anchors.leftMargin: 6
+                                anchors.right: parent.right
+                                height: parent.height
+                                isSpoken: false
+                                text: panel.model.text(app.visibility)
+                                style: Theme.smallMedium
+                                color: Theme.text(state.tone)
+                            }
                         }
                     }
                 }

@@ -1,8 +1,7 @@
 import QtQuick
 
-/// How wide a word of an app's state is.
-TextMetrics {
-    font.family: Theme.familyFor(text)
-    font.pixelSize: Theme.smallMedium.size
-    font.weight: Theme.smallMedium.weight
+/// Measures a word of an app's state, with the letters of any font.
+StyledText {
+    visible: false
+    style: Theme.smallMedium
 }

@@ -102,9 +102,9 @@ TEST_F(Popover, StandsWhereItWasDrawn) {
 TEST_F(Popover, IsMirroredInArabic) {
     world.makeRisky();
     std::map<std::string, QRectF> places;
-    const auto names = {"cameraCard", "mirror",           "cameraMenu",    "riskRow",
-                        "shield",     "privateAppsPanel", "edit",          "meter",
-                        "menuButton", "hidePrivateApps",  "fixEverything", "restore"};
+    const auto names = {"cameraCard",       "mirror",  "cameraMenu",   "riskRow",    "shield",
+                        "privateAppsPanel", "edit",    "meter",        "menuButton", "hidePrivateApps",
+                        "fixEverything",    "restore", "privateAppRow"};
     show();
     for (const auto* const name : names) {
         places[name] = shown->place(name);

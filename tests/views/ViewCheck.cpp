@@ -54,6 +54,20 @@ QRectF contentBounds(const QQuickItem& item) {
     return {QPointF(x, y), size};
 }
 
+/// Where its layout puts it, whatever its own transformation does to what it paints.
+QRectF placeInScene(const QQuickItem& item) {
+    const QRectF place(item.position(), item.size());
+    return item.parentItem() ? item.parentItem()->mapRectToScene(place) : place;
+}
+
+/// Where its words are. A raised text has the letters of its lines where they belong, but not its lines'
+/// boxes.
+QRectF boundsInScene(const QQuickItem& item) {
+    const auto content = contentBounds(item);
+    return item.property("lineCount").toInt() <= 1 ? item.mapRectToScene(content)
+                                                   : content.translated(placeInScene(item).topLeft());
+}
+
 bool covers(const QRectF& outer, const QRectF& inner) {
     return outer.adjusted(-tolerance, -tolerance, tolerance, tolerance).contains(inner);
 }
@@ -117,7 +131,9 @@ public:
         const auto content = contentBounds(item);
         // A text that is as high as it likes to be may have letters that reach out of their line.
         const auto isOwnHeight = std::abs(item.height() - item.implicitHeight()) < 0.01;
-        const auto isTooHigh = content.top() < -tolerance || content.bottom() > item.height() + tolerance;
+        const auto place = placeInScene(item);
+        const auto isTooHigh =
+            text.bounds.top() < place.top() - tolerance || text.bounds.bottom() > place.bottom() + tolerance;
         if (content.width() > item.width() + tolerance || (isTooHigh && !isOwnHeight)) {
             add("larger than its place of " + std::to_string(item.width()) + " x " +
                     std::to_string(item.height()),
@@ -172,7 +188,7 @@ std::vector<PaintedText> paintedTexts(QQuickItem& top) {
         if (!isText(item)) {
             return;
         }
-        PaintedText text{&item, item.property("text").toString(), item.mapRectToScene(contentBounds(item))};
+        PaintedText text{&item, item.property("text").toString(), boundsInScene(item)};
         if (!text.text.isEmpty() && !withinScrolling(item, text.bounds).isEmpty()) {
             texts.push_back(text);
         }
