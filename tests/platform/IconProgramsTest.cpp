@@ -519,6 +519,8 @@ TEST_F(IconProgramsTest, PcmanfmThatIsAskedToShowWhileItIsAboutToEnd) {
 }
 
 TEST_F(IconProgramsTest, PcmanfmQt) {
+    start({VOLUME_MONITOR});
+    EXPECT_TRUE(spinUntil([] { return hasName("org.gtk.vfs.UDisks2VolumeMonitor"); }, patience));
     start({"pcmanfm-qt", "--desktop", "--profile=lxqt"});
     EXPECT_TRUE(spinUntil([&] { return !windows.list().empty(); }, patience));
     hideAndShow([&] {
