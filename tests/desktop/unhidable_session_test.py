@@ -218,8 +218,10 @@ class UnhidableSessionTest(DesktopCase):
     def test_a_click_outside_closes_the_popover(self):
         self.start_with_private_terminals()
         place = self.open_popover()
-        self.click_at(place.x + 20, place.y + 8)
-        self.assertTrue(stays(lambda: self.lines(), 1), "a click inside closed it")
+        # weston takes the keyboard away from a window of an X server that is clicked.
+        if SESSION != "weston":
+            self.click_at(place.x + 20, place.y + 8)
+            self.assertTrue(stays(self.place_of_popover, 1), "a click inside closed it")
         self.click_at(*self.place_of(XTERM_COLOUR))
         self.wait_closed()
 

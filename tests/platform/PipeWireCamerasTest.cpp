@@ -548,6 +548,14 @@ TEST_F(PipeWireCamerasTest, ManyStartsAndStopsLeaveNothingBehind) {
     EXPECT_TRUE(spinUntil([&] { return openFiles() <= before; }, patience));
 }
 
+/// Whether the process is gone, or its parent has only to hear of it.
+bool hasEnded(pid_t process) {
+    const auto text =
+        TestSupport::readFile(std::filesystem::path("/proc") / std::to_string(process) / "stat");
+    const auto name = text.rfind(')');
+    return name == std::string::npos || text.substr(name, 3) == ") Z";
+}
+
 /// Runs last: afterwards, the virtual desktop's own daemon is gone.
 TEST_F(PipeWireCamerasTest, ZDaemonThatEndsAndComesBack) {
     auto camera = plugIn("cam", "Camera", "both");
@@ -582,7 +590,8 @@ TEST_F(PipeWireCamerasTest, ZDaemonThatEndsAndComesBack) {
     EXPECT_EQ(services.defaultDevice(), std::nullopt);
     EXPECT_TRUE(session->isRunning());
 
-    // Nothing is left of the first one by then.
+    // Only then is nothing left of the first one, whose connections end before its hold of the socket.
+    ASSERT_TRUE(spinUntil([&] { return hasEnded(pid); }, patience));
     const auto socket = std::filesystem::path(std::getenv("XDG_RUNTIME_DIR")) / "pipewire-0";
     std::filesystem::remove(socket);
     const ChildProcess daemon({"pipewire"});
