@@ -1,5 +1,7 @@
 #include "platform/linux/session/SessionBusCheck.h"
 
+#include "platform/linux/system/Descriptor.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
@@ -55,23 +57,6 @@ std::optional<std::string> socketName(std::string_view address) {
     return std::nullopt;
 }
 
-class Socket {
-public:
-    Socket() : descriptor_(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)) {}
-    ~Socket() {
-        if (descriptor_ >= 0) {
-            close(descriptor_);
-        }
-    }
-    Socket(const Socket&) = delete;
-    Socket& operator=(const Socket&) = delete;
-
-    int get() const { return descriptor_; }
-
-private:
-    int descriptor_;
-};
-
 /// The first words of every client: a zero byte and the user.
 std::string greeting() {
     std::string text = std::string(1, '\0') + "AUTH EXTERNAL ";
@@ -101,7 +86,7 @@ std::string sessionBusAddress() {
 
 bool isBusSilent(std::string_view address, std::chrono::milliseconds patience) {
     const auto name = socketName(address);
-    const Socket bus;
+    const Descriptor bus(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     sockaddr_un place{};
     place.sun_family = AF_UNIX;
     if (!name || bus.get() < 0 || name->size() >= sizeof place.sun_path) {

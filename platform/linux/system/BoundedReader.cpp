@@ -1,5 +1,7 @@
 #include "platform/linux/system/BoundedReader.h"
 
+#include "platform/linux/system/Descriptor.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -26,23 +28,6 @@ constexpr std::array<unsigned long, 8> localFileSystems{
     OVERLAYFS_SUPER_MAGIC, F2FS_SUPER_MAGIC,  RAMFS_MAGIC,     zfsMagic,
 };
 
-class Descriptor {
-public:
-    explicit Descriptor(int descriptor) : descriptor_(descriptor) {}
-    ~Descriptor() {
-        if (descriptor_ >= 0) {
-            ::close(descriptor_);
-        }
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    int get() const { return descriptor_; }
-
-private:
-    int descriptor_;
-};
-
 FileReading failure(int error) {
     return {FileReading::Outcome::failed, {}, {error, std::generic_category()}, false};
 }
@@ -66,7 +51,7 @@ FileReading whyItCannotBeOpened(const fs::path& path, int error) {
 FileReading readSettingsFile(const fs::path& path) {
     // A named pipe in the place of a file must not block.
     const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    if (file.get() < 0) {
+    if (!file.isOpen()) {
         return whyItCannotBeOpened(path, errno);
     }
     struct stat status {};

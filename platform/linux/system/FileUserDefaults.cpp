@@ -1,6 +1,7 @@
 #include "platform/linux/system/FileUserDefaults.h"
 
 #include "core/Utf8.h"
+#include "platform/linux/system/Descriptor.h"
 
 #include <algorithm>
 #include <array>
@@ -21,24 +22,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::string_view temporarySuffix = ".new";
-
-class Descriptor {
-public:
-    explicit Descriptor(int descriptor) : descriptor_(descriptor) {}
-    ~Descriptor() {
-        if (descriptor_ >= 0) {
-            ::close(descriptor_);
-        }
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    int get() const { return descriptor_; }
-    bool isOpen() const { return descriptor_ >= 0; }
-
-private:
-    int descriptor_;
-};
 
 std::error_code lastError() {
     return {errno, std::generic_category()};
