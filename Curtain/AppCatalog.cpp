@@ -121,7 +121,7 @@ AppCatalog::Installed AppCatalog::readInstalledApps() const {
             if (!bundle || !bundle->bundleIdentifier) {
                 continue;
             }
-            const auto name = bundle->infoDictionary.find("CFBundleName");
+            const auto name = bundle->infoDictionary.find(Platform::bundleNameKey);
             entries.push_back({*bundle->bundleIdentifier,
                                name != bundle->infoDictionary.end() ? name->second : path.stem().string()});
         }

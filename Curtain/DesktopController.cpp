@@ -1,14 +1,13 @@
 #include "Curtain/DesktopController.h"
 
+#include "platform/DesktopIconsCommand.h"
+
 #include <string_view>
 
 namespace Curtain {
 namespace {
 
-constexpr auto defaultsPath = "/usr/bin/defaults";
-constexpr auto killallPath = "/usr/bin/killall";
-constexpr auto domain = "com.apple.finder";
-constexpr auto key = "CreateDesktop";
+namespace Command = Platform::DesktopIconsCommand;
 
 bool isWhitespace(char character) {
     return std::string_view(" \t\n\v\f\r").find(character) != std::string_view::npos;
@@ -29,13 +28,14 @@ std::string_view trimmed(std::string_view text) {
 DesktopController::DesktopController(Platform::ProcessRunner& runner) : runner_(runner) {}
 
 bool DesktopController::iconsHidden() const {
-    return trimmed(runner_.run(defaultsPath, {"read", domain, key})) == "0";
+    return trimmed(runner_.run(Command::defaultsPath, {"read", Command::domain, Command::key})) == "0";
 }
 
 void DesktopController::setIconsHidden(bool hidden) const {
     // The setting says whether there is a desktop with icons.
-    runner_.run(defaultsPath, {"write", domain, key, "-bool", hidden ? "false" : "true"});
-    runner_.run(killallPath, {"Finder"});
+    runner_.run(Command::defaultsPath,
+                {"write", Command::domain, Command::key, "-bool", hidden ? "false" : "true"});
+    runner_.run(Command::killallPath, {Command::program});
 }
 
 } // namespace Curtain

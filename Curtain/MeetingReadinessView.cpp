@@ -2,7 +2,6 @@
 
 #include "Curtain/HidingWording.h"
 #include "Curtain/NotificationChecker.h"
-#include "Curtain/SettingsLinks.h"
 #include "Curtain/ViewText.h"
 #include "core/Localizer.h"
 
@@ -415,7 +414,7 @@ QVariantList MeetingReadinessView::cameras() const {
 }
 
 void MeetingReadinessView::openCameraSettings() {
-    const auto isOpen = services_.urlOpener.open(SettingsLinks::cameraPrivacy);
+    const auto isOpen = services_.urlOpener.open(Platform::SettingsLink::cameraPrivacy);
     setMissingPage(isOpen ? SettingsPage::none : SettingsPage::camera);
 }
 

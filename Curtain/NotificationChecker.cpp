@@ -1,11 +1,9 @@
 #include "Curtain/NotificationChecker.h"
 
-#include "Curtain/SettingsLinks.h"
-
 namespace Curtain::NotificationChecker {
 
 bool openFocusSettings(Platform::UrlOpener& opener) {
-    return opener.open(SettingsLinks::focus);
+    return opener.open(Platform::SettingsLink::focus);
 }
 
 } // namespace Curtain::NotificationChecker

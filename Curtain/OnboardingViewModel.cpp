@@ -2,7 +2,6 @@
 
 #include "Curtain/HidingWording.h"
 #include "Curtain/PlatformWording.h"
-#include "Curtain/SettingsLinks.h"
 #include "Curtain/ViewText.h"
 #include "core/Localizer.h"
 #include "core/RawValue.h"
@@ -236,7 +235,7 @@ void OnboardingViewModel::requestCurrentPermission() {
 }
 
 void OnboardingViewModel::openSystemSettings() {
-    isSettingsPageMissing_ = !services_.urlOpener.open(SettingsLinks::privacyAndSecurity);
+    isSettingsPageMissing_ = !services_.urlOpener.open(Platform::SettingsLink::privacyAndSecurity);
     Q_EMIT changed();
 }
 

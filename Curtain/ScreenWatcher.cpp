@@ -3,6 +3,6 @@
 namespace Curtain {
 
 ScreenWatcher::ScreenWatcher(Platform::ScreenWatcherProbe& probe)
-    : fn(probe.lookUp("CGSIsScreenWatcherPresent")) {}
+    : fn(probe.lookUp(Platform::screenWatcherSymbol)) {}
 
 } // namespace Curtain

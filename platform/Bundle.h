@@ -8,6 +8,9 @@
 
 namespace Platform {
 
+/// The key of an app's name in its information dictionary.
+inline constexpr const char* bundleNameKey = "CFBundleName";
+
 /// What is known of an app that can be started: its identifier and those entries of its information
 /// dictionary that are texts.
 struct Bundle {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/KeyCode.h"
+
 #include <cstdint>
 #include <optional>
 
@@ -16,20 +18,19 @@ inline constexpr std::uint64_t keyDown = 10;
 
 /// Bits of `Event::modifierFlags`.
 namespace EventModifier {
+inline constexpr std::uint64_t shift = 0x20000;
 inline constexpr std::uint64_t control = 0x40000;
+inline constexpr std::uint64_t option = 0x80000;
+inline constexpr std::uint64_t command = 0x100000;
+inline constexpr std::uint64_t function = 0x800000;
 } // namespace EventModifier
-
-/// Numbers of keys.
-namespace KeyCode {
-inline constexpr std::uint64_t escape = 53;
-} // namespace KeyCode
 
 /// What the user did.
 struct Event {
     std::uint64_t type = 0;
     std::uint64_t modifierFlags = 0;
-    /// Of key events; absent for keys that nobody asks for.
-    std::optional<std::uint64_t> keyCode = std::nullopt;
+    /// The virtual key code of key events; absent for keys that nobody asks for.
+    std::optional<std::int64_t> keyCode = std::nullopt;
 };
 
 } // namespace Platform

@@ -14,10 +14,17 @@ struct HotKeyID {
     bool operator==(const HotKeyID&) const = default;
 };
 
-/// A key combination in the terms of the hot-key service's virtual key codes (positions on the keyboard,
-/// whatever the layout writes there) and modifier mask (command 256, shift 512, option 2048, control 4096,
-/// function 131072).
+/// Bits of `HotKeyCombination::modifiers`.
+namespace HotKeyModifier {
+inline constexpr std::int64_t command = 256;
+inline constexpr std::int64_t shift = 512;
+inline constexpr std::int64_t option = 2048;
+inline constexpr std::int64_t control = 4096;
+inline constexpr std::int64_t function = 131072;
+} // namespace HotKeyModifier
+
 struct HotKeyCombination {
+    /// As in platform/KeyCode.h.
     std::int64_t keyCode = 0;
     std::int64_t modifiers = 0;
 };

@@ -6,6 +6,9 @@
 
 namespace Platform {
 
+/// The question that `ScreenWatcherProbe::lookUp` knows.
+inline constexpr const char* screenWatcherSymbol = "CGSIsScreenWatcherPresent";
+
 /// Tells whether some process watches the screen.
 class ScreenWatcherProbe {
 public:

@@ -4,6 +4,14 @@
 
 namespace Platform {
 
+/// Addresses of the pages of the desktop's settings.
+namespace SettingsLink {
+inline constexpr const char* cameraPrivacy =
+    "x-apple.systempreferences:com.apple.preference.security?Privacy_Camera";
+inline constexpr const char* focus = "x-apple.systempreferences:com.apple.Focus-Settings.extension";
+inline constexpr const char* privacyAndSecurity = "x-apple.systempreferences:com.apple.preference.security";
+} // namespace SettingsLink
+
 class UrlOpener {
 public:
     virtual ~UrlOpener() = default;

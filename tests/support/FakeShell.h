@@ -89,7 +89,7 @@ public:
     }
 
     /// Returns whether the key was swallowed.
-    bool pressKey(std::optional<std::uint64_t> keyCode) {
+    bool pressKey(std::optional<std::int64_t> keyCode) {
         return localMask && (*localMask >> Platform::EventType::keyDown & 1U) != 0 &&
                local_({Platform::EventType::keyDown, 0, keyCode});
     }

@@ -1,6 +1,5 @@
 #include "Curtain/MeetingReadinessView.h"
 
-#include "Curtain/SettingsLinks.h"
 #include "Curtain/ViewText.h"
 #include "tests/views/ReadinessWorld.h"
 #include "tests/views/ViewFixture.h"
@@ -286,7 +285,7 @@ TEST_F(ReadinessView, OpensTheSystemsSettings) {
     view().openCameraSettings();
     view().openFocus();
     EXPECT_THAT(world.urlOpener.opened,
-                ElementsAre(Curtain::SettingsLinks::cameraPrivacy, Curtain::SettingsLinks::focus));
+                ElementsAre(Platform::SettingsLink::cameraPrivacy, Platform::SettingsLink::focus));
     EXPECT_EQ(view().cameraSettingsProblem(), "");
     EXPECT_EQ(view().focusProblem(), "");
     world.urlOpener.canOpen = false;

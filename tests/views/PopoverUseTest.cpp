@@ -1,4 +1,3 @@
-#include "Curtain/SettingsLinks.h"
 #include "core/Localizer.h"
 #include "tests/views/ReadinessWorld.h"
 #include "tests/views/ViewFixture.h"

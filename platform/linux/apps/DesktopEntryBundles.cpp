@@ -11,7 +11,7 @@ std::optional<Platform::Bundle> DesktopEntryBundles::open(const std::string& pat
     }
     Platform::Bundle bundle{entry->bundleIdentifier, {}};
     if (!entry->name.empty()) {
-        bundle.infoDictionary.emplace("CFBundleName", entry->name);
+        bundle.infoDictionary.emplace(Platform::bundleNameKey, entry->name);
     }
     return bundle;
 }

@@ -1,5 +1,7 @@
 #include "platform/linux/desktopicons/DesktopIconsRunner.h"
 
+#include "platform/DesktopIconsCommand.h"
+
 #include <algorithm>
 #include <set>
 #include <string_view>
@@ -10,8 +12,8 @@ namespace {
 
 using Arguments = std::vector<std::string>;
 
-constexpr auto defaultsPath = "/usr/bin/defaults";
-constexpr auto killallPath = "/usr/bin/killall";
+namespace Command = Platform::DesktopIconsCommand;
+
 constexpr auto hiddenAnswer = "0\n";
 constexpr auto shownAnswer = "1\n";
 /// A desktop that has to start first is taken at its word for so long.
@@ -19,12 +21,12 @@ constexpr Platform::MainQueue::Seconds timeToAppear{5};
 constexpr Platform::MainQueue::Seconds timeBetweenLooks{0.2};
 
 const Arguments& readingArguments() {
-    static const Arguments arguments{"read", "com.apple.finder", "CreateDesktop"};
+    static const Arguments arguments{"read", Command::domain, Command::key};
     return arguments;
 }
 
 Arguments writingArguments(const char* value) {
-    return {"write", "com.apple.finder", "CreateDesktop", "-bool", value};
+    return {"write", Command::domain, Command::key, "-bool", value};
 }
 
 } // namespace
@@ -37,7 +39,7 @@ DesktopIconsRunner::DesktopIconsRunner(Platform::ProcessRunner& programs, Platfo
       look_(std::move(look)) {}
 
 std::string DesktopIconsRunner::run(const std::string& path, const Arguments& arguments) {
-    if (path == defaultsPath) {
+    if (path == Command::defaultsPath) {
         if (arguments == readingArguments()) {
             return read();
         }
@@ -50,7 +52,7 @@ std::string DesktopIconsRunner::run(const std::string& path, const Arguments& ar
             return {};
         }
     }
-    if (path == killallPath && arguments == Arguments{"Finder"}) {
+    if (path == Command::killallPath && arguments == Arguments{Command::program}) {
         // The desktops have followed their settings already.
         return {};
     }

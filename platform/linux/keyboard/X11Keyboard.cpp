@@ -15,11 +15,9 @@
 namespace LinuxPlatform {
 namespace {
 
-constexpr std::int64_t command = 256;
-constexpr std::int64_t shift = 512;
-constexpr std::int64_t option = 2048;
-constexpr std::int64_t control = 4096;
-constexpr std::int64_t knownModifiers = command | shift | option | control;
+namespace Modifier = Platform::HotKeyModifier;
+constexpr std::int64_t knownModifiers =
+    Modifier::command | Modifier::shift | Modifier::option | Modifier::control;
 
 constexpr xcb_keysym_t altLeft = 0xFFE9;
 constexpr xcb_keysym_t altRight = 0xFFEA;
@@ -56,7 +54,10 @@ X11Keyboard::translate(const Platform::HotKeyCombination& combination) const {
     }
     Combination result{key->second, 0};
     const std::array<std::pair<std::int64_t, std::uint16_t>, 4> modifiers{
-        {{command, super_}, {shift, XCB_MOD_MASK_SHIFT}, {option, alt_}, {control, XCB_MOD_MASK_CONTROL}}};
+        {{Modifier::command, super_},
+         {Modifier::shift, XCB_MOD_MASK_SHIFT},
+         {Modifier::option, alt_},
+         {Modifier::control, XCB_MOD_MASK_CONTROL}}};
     for (const auto& [flag, mask] : modifiers) {
         if ((combination.modifiers & flag) != 0) {
             if (mask == 0) {

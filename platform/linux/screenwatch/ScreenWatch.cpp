@@ -7,7 +7,7 @@ namespace LinuxPlatform {
 ScreenWatch::ScreenWatch(std::vector<std::unique_ptr<CaptureWatch>> roads) : roads_(std::move(roads)) {}
 
 Platform::ScreenWatcherProbe::Query ScreenWatch::lookUp(const std::string& symbol) {
-    if (roads_.empty() || symbol != "CGSIsScreenWatcherPresent") {
+    if (roads_.empty() || symbol != Platform::screenWatcherSymbol) {
         return nullptr;
     }
     return [this]() -> std::optional<bool> {

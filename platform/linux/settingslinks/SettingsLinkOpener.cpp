@@ -9,10 +9,7 @@
 namespace LinuxPlatform {
 namespace {
 
-constexpr std::string_view cameraPrivacy =
-    "x-apple.systempreferences:com.apple.preference.security?Privacy_Camera";
-constexpr std::string_view focus = "x-apple.systempreferences:com.apple.Focus-Settings.extension";
-constexpr std::string_view privacyAndSecurity = "x-apple.systempreferences:com.apple.preference.security";
+namespace SettingsLink = Platform::SettingsLink;
 
 /// A page of a desktop's control centre; "" as the desktop stands for every desktop.
 struct Page {
@@ -24,21 +21,21 @@ struct Page {
 
 /// Earlier pages are tried first.
 constexpr std::array pages{
-    Page{cameraPrivacy, "GNOME", "gnome-control-center", "camera"},
-    Page{cameraPrivacy, "KDE", "systemsettings", "kcm_app-permissions"},
-    Page{cameraPrivacy, "X-Cinnamon", "cinnamon-settings", "privacy"},
-    Page{cameraPrivacy, "Pantheon", "io.elementary.settings", "settings://privacy"},
-    Page{privacyAndSecurity, "GNOME", "gnome-control-center", "privacy"},
-    Page{privacyAndSecurity, "KDE", "systemsettings", "kcm_app-permissions"},
-    Page{privacyAndSecurity, "X-Cinnamon", "cinnamon-settings", "privacy"},
-    Page{privacyAndSecurity, "Pantheon", "io.elementary.settings", "settings://privacy"},
-    Page{focus, "GNOME", "gnome-control-center", "notifications"},
-    Page{focus, "KDE", "systemsettings", "kcm_notifications"},
-    Page{focus, "X-Cinnamon", "cinnamon-settings", "notifications"},
-    Page{focus, "MATE", "mate-notification-properties", ""},
-    Page{focus, "LXQt", "lxqt-config-notificationd", ""},
-    Page{focus, "Pantheon", "io.elementary.settings", "settings://notifications"},
-    Page{focus, "", "xfce4-notifyd-config", ""},
+    Page{SettingsLink::cameraPrivacy, "GNOME", "gnome-control-center", "camera"},
+    Page{SettingsLink::cameraPrivacy, "KDE", "systemsettings", "kcm_app-permissions"},
+    Page{SettingsLink::cameraPrivacy, "X-Cinnamon", "cinnamon-settings", "privacy"},
+    Page{SettingsLink::cameraPrivacy, "Pantheon", "io.elementary.settings", "settings://privacy"},
+    Page{SettingsLink::privacyAndSecurity, "GNOME", "gnome-control-center", "privacy"},
+    Page{SettingsLink::privacyAndSecurity, "KDE", "systemsettings", "kcm_app-permissions"},
+    Page{SettingsLink::privacyAndSecurity, "X-Cinnamon", "cinnamon-settings", "privacy"},
+    Page{SettingsLink::privacyAndSecurity, "Pantheon", "io.elementary.settings", "settings://privacy"},
+    Page{SettingsLink::focus, "GNOME", "gnome-control-center", "notifications"},
+    Page{SettingsLink::focus, "KDE", "systemsettings", "kcm_notifications"},
+    Page{SettingsLink::focus, "X-Cinnamon", "cinnamon-settings", "notifications"},
+    Page{SettingsLink::focus, "MATE", "mate-notification-properties", ""},
+    Page{SettingsLink::focus, "LXQt", "lxqt-config-notificationd", ""},
+    Page{SettingsLink::focus, "Pantheon", "io.elementary.settings", "settings://notifications"},
+    Page{SettingsLink::focus, "", "xfce4-notifyd-config", ""},
 };
 
 /// A desktop's whole control centre, for what has no page of its own there.

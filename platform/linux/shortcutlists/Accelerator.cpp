@@ -1,5 +1,6 @@
 #include "platform/linux/shortcutlists/Accelerator.h"
 
+#include "platform/HotKeyService.h"
 #include "platform/linux/system/AsciiCase.h"
 
 #include <algorithm>
@@ -9,30 +10,27 @@
 namespace LinuxPlatform {
 namespace {
 
-constexpr std::int64_t command = 256;
-constexpr std::int64_t shift = 512;
-constexpr std::int64_t option = 2048;
-constexpr std::int64_t control = 4096;
+namespace Modifier = Platform::HotKeyModifier;
 
 using ModifierNames = std::array<std::pair<std::string_view, std::int64_t>, 15>;
 
 /// In lower case; what else a list may hold, such as Mod3 or AltGr, no shortcut has.
 constexpr ModifierNames modifierNames{{
-    {"control", control},
-    {"ctrl", control},
-    {"ctl", control},
-    {"primary", control},
-    {"alt", option},
-    {"mod1", option},
-    {"shift", shift},
-    {"shft", shift},
-    {"super", command},
-    {"mod4", command},
-    {"logo", command},
-    {"win", command},
+    {"control", Modifier::control},
+    {"ctrl", Modifier::control},
+    {"ctl", Modifier::control},
+    {"primary", Modifier::control},
+    {"alt", Modifier::option},
+    {"mod1", Modifier::option},
+    {"shift", Modifier::shift},
+    {"shft", Modifier::shift},
+    {"super", Modifier::command},
+    {"mod4", Modifier::command},
+    {"logo", Modifier::command},
+    {"win", Modifier::command},
     // Desktops that know Meta beside Super mean the same key on today's keyboards.
-    {"meta", command},
-    {"hyper", command},
+    {"meta", Modifier::command},
+    {"hyper", Modifier::command},
     {"lock", 0},
 }};
 

@@ -7,7 +7,7 @@ namespace LinuxPlatform {
 namespace {
 
 /// The same key combination with or without this one is one to the desktops.
-constexpr std::int64_t functionModifier = 131072;
+constexpr auto functionModifier = Platform::HotKeyModifier::function;
 constexpr Platform::MainQueue::Seconds patience{1};
 constexpr Platform::HotKeyID trialID{0x54524C30, 0};
 

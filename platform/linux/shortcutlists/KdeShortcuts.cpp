@@ -1,5 +1,7 @@
 #include "platform/linux/shortcutlists/KdeShortcuts.h"
 
+#include "platform/HotKeyService.h"
+
 #include <QDBusMessage>
 #include <QDBusPendingCall>
 #include <QDBusPendingCallWatcher>
@@ -91,10 +93,10 @@ std::optional<int> KdeShortcuts::qtKey(std::int64_t modifiers, xkb_keysym_t symb
     }
     int result = *key;
     constexpr std::array<std::pair<std::int64_t, Qt::KeyboardModifier>, 4> names{{
-        {256, Qt::MetaModifier},
-        {512, Qt::ShiftModifier},
-        {2048, Qt::AltModifier},
-        {4096, Qt::ControlModifier},
+        {Platform::HotKeyModifier::command, Qt::MetaModifier},
+        {Platform::HotKeyModifier::shift, Qt::ShiftModifier},
+        {Platform::HotKeyModifier::option, Qt::AltModifier},
+        {Platform::HotKeyModifier::control, Qt::ControlModifier},
     }};
     for (const auto& [modifier, qtModifier] : names) {
         if ((modifiers & modifier) != 0) {
