@@ -6,7 +6,10 @@
 #include <QObject>
 #include <QQuickItem>
 #include <QQuickWindow>
+#include <QTimer>
+#include <QWindow>
 
+#include <chrono>
 #include <utility>
 
 namespace QtPlatform {
@@ -14,6 +17,8 @@ namespace {
 
 using Platform::Event;
 namespace EventType = Platform::EventType;
+
+constexpr std::chrono::milliseconds longestMomentWithout{100};
 
 Event toEvent(const QKeyEvent& event) {
     Event result;
@@ -60,14 +65,46 @@ private:
 
 } // namespace
 
-QtEventMonitors::QtEventMonitors() : focusWatcher_(std::make_unique<QObject>()) {
-    QObject::connect(qGuiApp, &QGuiApplication::applicationStateChanged, focusWatcher_.get(),
-                     [this](Qt::ApplicationState state) {
-                         if (state != Qt::ApplicationActive) {
-                             globalMonitors_.tell({EventType::leftMouseDown, 0, std::nullopt});
-                         }
-                     });
-}
+/// Whether one of our windows has the keyboard. That it has gone is told late, maybe after the window that
+/// lost it by being closed has been opened again; and some compositors take it from a new window for a
+/// moment.
+class QtEventMonitors::KeyboardHolder : public QObject {
+public:
+    explicit KeyboardHolder(std::function<void()> onLoss) {
+        loss_.setSingleShot(true);
+        loss_.setInterval(longestMomentWithout);
+        QObject::connect(&loss_, &QTimer::timeout, this, std::move(onLoss));
+        QObject::connect(qGuiApp, &QGuiApplication::focusWindowChanged, this,
+                         [this](QWindow* window) { take(window); });
+        QObject::connect(qGuiApp, &QGuiApplication::applicationStateChanged, this,
+                         [this](Qt::ApplicationState state) {
+                             if (state != Qt::ApplicationActive && std::exchange(isHeld_, false)) {
+                                 loss_.start();
+                             }
+                         });
+    }
+
+private:
+    void take(QWindow* window) {
+        if (window == nullptr) {
+            return;
+        }
+        isHeld_ = true;
+        loss_.stop();
+        QObject::disconnect(closing_);
+        closing_ = QObject::connect(window, &QWindow::visibleChanged, this,
+                                    [this](bool isVisible) { isHeld_ = isHeld_ && isVisible; });
+    }
+
+    bool isHeld_ = false;
+    QTimer loss_;
+    QMetaObject::Connection closing_;
+};
+
+QtEventMonitors::QtEventMonitors()
+    : keyboardHolder_(std::make_unique<KeyboardHolder>([this] {
+          globalMonitors_.tell({EventType::leftMouseDown, 0, std::nullopt});
+      })) {}
 
 QtEventMonitors::~QtEventMonitors() = default;
 

@@ -5,8 +5,6 @@
 
 #include <memory>
 
-class QObject;
-
 namespace QtPlatform {
 
 /// The keys of this program; and in place of clicks on other programs, which not every desktop tells, the
@@ -24,8 +22,10 @@ public:
                                            std::function<bool(const Platform::Event&)> callback) override;
 
 private:
+    class KeyboardHolder;
+
     Platform::Subscribers<Platform::Event> globalMonitors_;
-    std::unique_ptr<QObject> focusWatcher_;
+    std::unique_ptr<KeyboardHolder> keyboardHolder_;
 };
 
 } // namespace QtPlatform

@@ -1,0 +1,96 @@
+#include "platform/qt/QtEventMonitors.h"
+
+#include <gmock/gmock.h>
+
+#include <QGuiApplication>
+#include <QTest>
+#include <QWindow>
+
+namespace {
+
+using Platform::Event;
+namespace EventType = Platform::EventType;
+
+/// The toolkit's news of the keyboard, as they come from it.
+class QtEventMonitorsTest : public testing::Test {
+protected:
+    /// With the toolkit's own news of it behind us.
+    static void show(QWindow& window) {
+        window.show();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
+        QCoreApplication::processEvents();
+    }
+
+    static void giveTo(QWindow& window) {
+        Q_EMIT qGuiApp->focusWindowChanged(&window);
+        Q_EMIT qGuiApp->applicationStateChanged(Qt::ApplicationActive);
+    }
+
+    static void giveToAnotherProgram() {
+        Q_EMIT qGuiApp->focusWindowChanged(nullptr);
+        Q_EMIT qGuiApp->applicationStateChanged(Qt::ApplicationInactive);
+    }
+
+    /// Longer than it takes until a loss counts.
+    static void wait() { QTest::qWait(500); }
+
+    void expectClicks(int count) {
+        static_cast<void>(QTest::qWaitFor([&] { return clicks_ >= count; }));
+        EXPECT_EQ(clicks_, count);
+    }
+
+    QWindow window_;
+    QtPlatform::QtEventMonitors monitors_;
+    int clicks_ = 0;
+    Platform::Subscription subscription_ = monitors_.addGlobalMonitor(
+        1U << EventType::leftMouseDown, [this](const Event& /*event*/) { ++clicks_; });
+};
+
+TEST_F(QtEventMonitorsTest, AnotherProgramThatTakesTheKeyboardCountsAsAClickOnIt) {
+    show(window_);
+    giveTo(window_);
+    EXPECT_EQ(clicks_, 0);
+    giveToAnotherProgram();
+    expectClicks(1);
+    giveTo(window_);
+    giveToAnotherProgram();
+    expectClicks(2);
+}
+
+TEST_F(QtEventMonitorsTest, WindowThatWasOpenedAgainHasNotLostTheKeyboardByHavingBeenClosed) {
+    show(window_);
+    giveTo(window_);
+    window_.hide();
+    window_.show();
+    giveToAnotherProgram();
+    wait();
+    EXPECT_EQ(clicks_, 0);
+    giveTo(window_);
+    giveToAnotherProgram();
+    expectClicks(1);
+}
+
+TEST_F(QtEventMonitorsTest, WindowThatWasClosedAfterAnotherHadTheKeyboardTakesNothing) {
+    QWindow other;
+    show(window_);
+    show(other);
+    giveTo(window_);
+    giveTo(other);
+    window_.hide();
+    QCoreApplication::processEvents();
+    giveToAnotherProgram();
+    expectClicks(1);
+}
+
+TEST_F(QtEventMonitorsTest, KeyboardThatComesBackAtOnceWasNotLost) {
+    show(window_);
+    giveTo(window_);
+    giveToAnotherProgram();
+    giveTo(window_);
+    wait();
+    EXPECT_EQ(clicks_, 0);
+    giveToAnotherProgram();
+    expectClicks(1);
+}
+
+} // namespace
