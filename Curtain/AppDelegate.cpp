@@ -414,7 +414,7 @@ Platform::View AppDelegate::makeReadinessView() {
 
 void AppDelegate::appAppeared(const std::string& bundleID) {
     platform_.mainQueue->asyncAfter(rehideDelay, lifetime_.weak([this, bundleID] {
-        const bool isSeen = !hiding_.isHidden(bundleID).value_or(true);
+        const bool isSeen = engine().isActive() && !hiding_.isHidden(bundleID).value_or(true);
         if (engine().reapply(bundleID)) {
             // One return may be announced more than once, at last when the app is on its way out again.
             const auto underWay = returns_.find(bundleID);
