@@ -432,21 +432,17 @@ class TrayTest(unittest.TestCase):
         self.choose_last_of_menu()
         self.assertEqual(self.curtain.wait(timeout=30), 0)
 
-    def test_opens_the_menu_at_the_pointer_when_the_host_says_no_place(self):
+    def test_opens_the_menu_at_the_pointer_when_the_host_names_no_place_where_an_icon_can_be(self):
         self.start_host()
         self.start_curtain()
-        output("xdotool", "mousemove", "400", "300")
-        self.host("Send", self.wait_for_item(), "ContextMenu", "0", "0")
-        menu = wait_until(menus, "the menu")[0]
-        self.assertEqual((menu.x, menu.y), (400, 300))
-
-    def test_opens_the_menu_at_the_pointer_when_the_host_names_a_place_where_no_icon_can_be(self):
-        self.start_host()
-        self.start_curtain()
-        output("xdotool", "mousemove", "400", "300")
-        self.host("Send", self.wait_for_item(), "ContextMenu", "900", "700")
-        menu = wait_until(menus, "the menu")[0]
-        self.assertEqual((menu.x, menu.y), (400, 300))
+        item = self.wait_for_item()
+        for told in (("0", "0"), ("900", "700")):
+            with self.subTest(told):
+                output("xdotool", "mousemove", "400", "300")
+                self.host("Send", item, "ContextMenu", *told)
+                menu = wait_until(menus, "the menu")[0]
+                self.assertEqual((menu.x, menu.y), (400, 300))
+                self.close_menu()
 
     def test_lets_the_panel_draw_the_menu(self):
         self.start_host()
