@@ -11,7 +11,7 @@ import unittest
 from pathlib import Path
 
 from desktop_case import XTERM, DesktopCase, wait_until, write_preferences
-from screen_reader import Gone, ScreenReader
+from screen_reader import ScreenReader
 
 # Whatever of these is shown must say what it is.
 SPOKEN = {"push button", "check box", "text", "combo box", "menu item", "list", "list item", "page tab list", "progress bar",
@@ -67,22 +67,15 @@ class AccessibilityCase(DesktopCase):
         icon = self.desktop.tray_icon().geometry
         subprocess.run(["xdotool", "mousemove", str(icon.x + 8), str(icon.y + 8), "click", "1"], check=True)
 
-    def elements(self):
-        """What is shown, in reading order; empty while it changes."""
-        try:
-            return self.reader.elements()
-        except Gone:
-            return []
-
     def lines(self):
         """Role and name of everything inside the windows."""
-        return [str(element) for element in self.elements() if element.depth > 1 or element.role != "panel"][1:]
+        return [str(element) for element in self.reader.elements() if element.depth > 1 or element.role != "panel"][1:]
 
     def wait_line(self, line):
         wait_until(lambda: line in self.lines(), lambda: f"{line}, not {self.lines()}", seen=lambda: self.lines())
 
     def find(self, line):
-        return wait_until(lambda: next((element for element in self.elements() if str(element) == line), None), line)
+        return wait_until(lambda: next((element for element in self.reader.elements() if str(element) == line), None), line)
 
     def press(self, line, action="Press"):
         self.find(line).act(action)
@@ -91,7 +84,7 @@ class AccessibilityCase(DesktopCase):
         self.press(f"push button: {name}")
 
     def has(self, line, state):
-        return any(str(element) == line and state in element.states for element in self.elements())
+        return any(str(element) == line and state in element.states for element in self.reader.elements())
 
     def wait_state(self, line, state, value=True):
         wait_until(lambda: self.has(line, state) == value, f"{line} is {'' if value else 'not '}{state}",
@@ -101,7 +94,7 @@ class AccessibilityCase(DesktopCase):
         return json.loads((self.settings / "curtain" / "curtain.preferences.v1").read_text())
 
     def assert_all_is_said(self):
-        elements = wait_until(self.elements, "something is shown")
+        elements = wait_until(self.reader.elements, "something is shown")
         for element in elements:
             self.assertIn(element.role, SPOKEN | SILENT, str(element))
             self.assertTrue(element.name or element.role in SILENT, f"a {element.role} without a name: {list(map(str, elements))}")
@@ -120,7 +113,7 @@ class AccessibilityTest(AccessibilityCase):
         self.start()
         self.open()
         self.wait_line("panel: Camera: Looks good")
-        controls = [str(element) for element in self.elements() if element.role in CONTROLS]
+        controls = [str(element) for element in self.reader.elements() if element.role in CONTROLS]
         self.assertEqual(len(controls), 12)
         for control in controls:
             subprocess.run(["xdotool", "key", "Tab"], check=True)

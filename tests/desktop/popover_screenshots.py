@@ -14,7 +14,7 @@ from pathlib import Path
 from desktop_case import CHROMIUM, CURTAIN, MOUSEPAD, XTERM, Desktop, stays, wait_until, write_preferences
 from desktop_driver import private_app
 from portrait import draw_portrait
-from screen_reader import Gone, ScreenReader
+from screen_reader import ScreenReader
 
 SCALE = 2
 SIZE = (700 * SCALE, 618 * SCALE)
@@ -69,8 +69,8 @@ class Photographer:
         self.curtain = self.start(CURTAIN, XDG_CONFIG_HOME=str(self.settings), QT_SCALE_FACTOR=str(SCALE))
         icon = wait_until(self.desktop.tray_icon, "the icon is in the tray").geometry
         subprocess.run(["xdotool", "mousemove", str(icon.x + 8), str(icon.y + 8), "click", "1"], check=True)
-        wait_until(lambda: any(element.role == "graphic" for element in self.elements()), "the camera is seen")
-        wait_until(lambda: any(element.role == "progress bar" and element.description != "0%" for element in self.elements()),
+        wait_until(lambda: any(element.role == "graphic" for element in self.reader.elements()), "the camera is seen")
+        wait_until(lambda: any(element.role == "progress bar" and element.description != "0%" for element in self.reader.elements()),
                    "the microphone is heard")
         # Where it hovers over nothing.
         subprocess.run(["xdotool", "mousemove", "20", "1400"], check=True)
@@ -80,14 +80,8 @@ class Photographer:
         self.curtain.wait(30)
         wait_until(lambda: self.desktop.tray_icon() is None, "the icon is gone", seen=lambda: self.desktop.tray_icon())
 
-    def elements(self):
-        try:
-            return self.reader.elements()
-        except Gone:
-            return []
-
     def press(self, role, name, action="Press"):
-        wait_until(lambda: next((element for element in self.elements() if (element.role, element.name) == (role, name)), None),
+        wait_until(lambda: next((element for element in self.reader.elements() if (element.role, element.name) == (role, name)), None),
                    f"{role}: {name}").act(action)
 
     def has_wallpaper(self):
@@ -134,7 +128,7 @@ def main():
             photographer.close()
             photographer.open(notificationsMarkedHandled=True)
             photographer.press("push button", "Fix Everything")
-            wait_until(lambda: any(element.name == "Show desktop" for element in photographer.elements()), "the icons are gone")
+            wait_until(lambda: any(element.name == "Show desktop" for element in photographer.reader.elements()), "the icons are gone")
             photographer.take("popover-ready")
             photographer.close()
         finally:

@@ -3,6 +3,7 @@
 The bus is that of scripts/virtual-desktop --accessibility.
 """
 
+import time
 from typing import NamedTuple
 
 from gi.repository import Gio, GLib
@@ -10,10 +11,10 @@ from gi.repository import Gio, GLib
 ACCESSIBLE, ACTION = "org.a11y.atspi.Accessible", "org.a11y.atspi.Action"
 REGISTRY = ("org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root")
 MILLISECONDS = 5000
+SECONDS_TO_SETTLE = 30
 
 # The bits of a state, as the bus numbers them.
 STATES = {4: "checked", 12: "focused", 23: "selected", 25: "showing"}
-
 
 # What later releases of the toolkit call by names of their own.
 EARLIER_ROLES = {"button menu": "push button", "page tab": "push button"}
@@ -65,7 +66,16 @@ class ScreenReader:
             raise Gone(error.message) from None
 
     def elements(self, program="curtain"):
-        """What the program shows, in reading order."""
+        """What the program shows, in reading order, read again while it changes."""
+        deadline = time.monotonic() + SECONDS_TO_SETTLE
+        while True:
+            try:
+                return self._elements(program)
+            except Gone:
+                if time.monotonic() > deadline:
+                    raise
+
+    def _elements(self, program):
         found = []
         for application in self.ask(REGISTRY, ACCESSIBLE, "GetChildren"):
             if self._property(application, "Name") == program:
