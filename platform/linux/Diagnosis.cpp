@@ -82,9 +82,12 @@ std::string windowsOf(const SessionEnvironment& environment, X11Connection* x11,
                       Platform::MainQueue& mainQueue) {
     const auto system = windowsOfSession(environment, x11, mainQueue);
     const auto count = system->windows().size();
+    const auto obstacle = system->hidingObstacle();
     return std::to_string(count) + " listed, " +
            (system->knowsEveryWindow() ? "which are all; " : "and there may be others; ") +
-           hidingOf(system->hidingObstacle());
+           (obstacle || environment.i3Socket.empty() || environment.isWayland()
+                ? hidingOf(obstacle)
+                : "they are hidden in the scratchpad of " + environment.windowManager.value_or("i3"));
 }
 
 std::string shortcutOf(const SessionEnvironment& environment) {

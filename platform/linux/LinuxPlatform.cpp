@@ -23,7 +23,9 @@
 #include "platform/linux/screenwatch/CaptureRoads.h"
 #include "platform/linux/screenwatch/ScreenWatch.h"
 #include "platform/linux/session/AutostartEntry.h"
+#include "platform/linux/session/EarlierValue.h"
 #include "platform/linux/session/LoginManager.h"
+#include "platform/linux/session/SessionMark.h"
 #include "platform/linux/settingslinks/SettingsLinkOpener.h"
 #include "platform/linux/shortcutlists/DesktopShortcuts.h"
 #include "platform/linux/shortcutlists/GSettingsShortcuts.h"
@@ -111,6 +113,7 @@ struct Session {
     DesktopEntries entries{DesktopEntries::standardFolders()};
     AppIdentity identity{entries, ProcessTable()};
     std::unique_ptr<X11Connection> x11 = connectionTo(environment);
+    std::unique_ptr<CurtainCore::UserDefaults> windowState;
     std::unique_ptr<WindowSystem> windowSystem;
     /// A connection of its own: others select the events of the root window on theirs.
     std::unique_ptr<X11Connection> shellConnection = connectionTo(environment);
@@ -305,7 +308,11 @@ Platform::Platform makeLinuxPlatform(const SessionEnvironment& environment) {
     platform.wallClock = std::make_unique<QtPlatform::QtWallClock>();
     platform.uuids = std::make_unique<QtPlatform::QtUuidSource>();
     auto session = std::make_shared<Session>(environment);
-    session->windowSystem = windowsOfSession(environment, session->x11.get(), *platform.mainQueue);
+    const auto stateFolder = std::filesystem::path(g_get_user_state_dir()) / "curtain";
+    session->windowState = std::make_unique<FileUserDefaults>(stateFolder, *platform.log);
+    session->windowSystem =
+        windowsOfSession(environment, session->x11.get(), *platform.mainQueue,
+                         EarlierValue(*session->windowState, "takenWindows", sessionMark(environment)));
     platform.hotKeyService = hotKeyServiceOf(*session, platform);
     auto keyboard = std::make_unique<XkbKeyboard>(session->x11.get(), desktopNames(environment));
     platform.systemShortcuts = std::make_unique<DesktopShortcuts>(
@@ -319,9 +326,9 @@ Platform::Platform makeLinuxPlatform(const SessionEnvironment& environment) {
     platform.resources = std::make_unique<QtPlatform::QtResources>();
     platform.fileManager = std::make_unique<PosixFileManager>();
     platform.userFolders = std::make_unique<XdgUserFolders>();
-    platform.processRunner = std::make_unique<LinuxDesktopIcons>(
-        environment, session->x11.get(), QDBusConnection::sessionBus(), *platform.mainQueue, *platform.log,
-        std::filesystem::path(g_get_user_state_dir()) / "curtain");
+    platform.processRunner =
+        std::make_unique<LinuxDesktopIcons>(environment, session->x11.get(), QDBusConnection::sessionBus(),
+                                            *platform.mainQueue, *platform.log, stateFolder);
     platform.bundles = std::make_unique<DesktopEntryBundles>(session->entries);
     platform.applicationFolders = applicationFolders();
     platform.application = std::make_unique<QtPlatform::QtApplication>();

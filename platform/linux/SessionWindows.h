@@ -1,17 +1,21 @@
 #pragma once
 
 #include "platform/MainQueue.h"
+#include "platform/linux/session/EarlierValue.h"
 #include "platform/linux/session/SessionEnvironment.h"
 #include "platform/linux/windows/WindowSystem.h"
 #include "platform/linux/x11/X11Connection.h"
 
 #include <memory>
+#include <optional>
 
 namespace LinuxPlatform {
 
 /// What lists and hides the windows of this session. `x11` may be null, where there is no X server; it and
-/// the queue outlive the result.
+/// the queue outlive the result. `takenWindows` is where it is written down what was hidden, for sessions
+/// that do not remember where a window stood.
 std::unique_ptr<WindowSystem> windowsOfSession(const SessionEnvironment& environment, X11Connection* x11,
-                                               Platform::MainQueue& queue);
+                                               Platform::MainQueue& queue,
+                                               std::optional<EarlierValue> takenWindows = std::nullopt);
 
 } // namespace LinuxPlatform

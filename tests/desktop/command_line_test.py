@@ -14,7 +14,7 @@ SESSIONS = {
     "x11-openbox": ("Session: X11", "Window manager: Openbox",
                     "Windows: 1 listed, which are all; hiding has not been tried yet"),
     "x11-i3": ("Session: X11", "Window manager: i3",
-               "Windows: 1 listed, which are all; none can be hidden, since the window manager does not"),
+               "Windows: 1 listed, which are all; they are hidden in the scratchpad of i3"),
     "sway": ("Session: Wayland, with an X server", "Window manager: sway", f"Windows: 1 listed, {NO_BACK_END}"),
     # It keeps the list of its X11 windows to itself.
     "weston": ("Session: Wayland, with an X server", "Window manager: weston", f"Windows: 0 listed, {NO_BACK_END}"),

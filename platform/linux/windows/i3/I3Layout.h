@@ -1,0 +1,39 @@
+#pragma once
+
+#include "platform/linux/windows/i3/I3Place.h"
+#include "platform/linux/windows/i3/I3Tree.h"
+
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace LinuxPlatform {
+
+/// A window to put back and where it stood.
+struct I3Return {
+    WindowId window = 0;
+    I3Place place;
+};
+
+// What is to be done to the layout, in the command language of i3 and sway. Every text is one message, which
+// ends with the focus and the visible workspaces as they were; empty where there is nothing to do.
+
+/// Puts windows into the scratchpad.
+std::string commandsToTake(const I3Tree& tree, std::span<const WindowId> windows);
+/// Puts windows from the scratchpad back to their places, except for what `commandsToAdjust` and
+/// `commandsToFinish` do. `toFocus` gets the focus afterwards, be it one of them or not.
+std::string commandsToReturn(const I3Tree& tree, std::span<const I3Return> returns,
+                             std::optional<WindowId> toFocus);
+/// i3 does not lay out what nobody sees.
+bool areSizesKnown(const I3Tree& tree, const I3Leaf& leaf);
+/// Gives windows that are back, and what is beside them, the sizes that they had. A size depends on others:
+/// it may take one message for each level of the layout. Those whose sizes are not known are left alone.
+std::string commandsToAdjust(const I3Tree& tree, std::span<const I3Return> returns);
+/// What needs the sizes to be right.
+std::string commandsToFinish(const I3Tree& tree, std::span<const I3Return> returns);
+/// Brings a window of the user's own scratchpad up, as its user would.
+std::string commandsToBringUp(const I3Tree& tree, WindowId window);
+std::string commandToFocus(const I3Tree& tree, WindowId window);
+
+} // namespace LinuxPlatform

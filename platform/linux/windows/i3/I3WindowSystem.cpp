@@ -1,0 +1,471 @@
+#include "platform/linux/windows/i3/I3WindowSystem.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <iterator>
+#include <string_view>
+#include <unordered_map>
+
+namespace LinuxPlatform {
+namespace {
+
+using Seconds = Platform::MainQueue::Seconds;
+
+/// i3 is back by then when it is restarted.
+constexpr Seconds silenceDeadline{5};
+/// A window that its user brought up is his again when it has not been hidden once more by then.
+constexpr Seconds bringUpDeadline{1};
+constexpr std::chrono::milliseconds startPatience{500};
+constexpr std::chrono::milliseconds endPatience{500};
+/// The sizes of a layout depend on one another from level to level.
+constexpr std::size_t mostAdjustments = 4;
+
+/// Whether the layout may be another one after this. Titles, urgency and marks change often.
+bool changesLayout(const QByteArray& payload) {
+    static constexpr std::array<std::string_view, 3> others{"title", "urgent", "mark"};
+    const auto change =
+        QJsonDocument::fromJson(payload).object().value(QLatin1String("change")).toString().toStdString();
+    return std::ranges::find(others, change) == others.end();
+}
+
+/// The last focused first.
+void addByFocus(const I3Node& node, std::vector<WindowId>& windows) {
+    if (node.isWindow) {
+        windows.push_back(node.window);
+    }
+    for (const auto id : node.focusOrder) {
+        for (const auto* const children : {&node.nodes, &node.floatingNodes}) {
+            const auto child = std::ranges::find(*children, id, &I3Node::id);
+            if (child != children->end()) {
+                addByFocus(*child, windows);
+            }
+        }
+    }
+}
+
+} // namespace
+
+I3WindowSystem::I3WindowSystem(const std::filesystem::path& socket, Platform::MainQueue& queue,
+                               std::unique_ptr<WindowSystem> x11, Platform::HidingObstacle whenSilent,
+                               std::optional<EarlierValue> record)
+    : queue_(queue),
+      x11_(std::move(x11)),
+      whenSilent_(whenSilent),
+      silentSince_(queue.now()),
+      connection_(socket, queue, {"window", "workspace"},
+                  {[this] { look(); },
+                   [this] {
+                       silentSince_ = std::exchange(hasAnswered_, false) ? queue_.now() : silentSince_;
+                       awaitedTrees_ = 0;
+                       isTreeStale_ = false;
+                   },
+                   [this](I3Event event, const QByteArray& payload) { handleEvent(event, payload); }}),
+      taken_(std::move(record)),
+      leaving_(queue),
+      activation_(
+          queue, [this] { return lookAtScene(); }, [this](WindowId window) { bringToFront(window); }) {
+    if (x11_) {
+        x11Events_ = x11_->addEventHandler(
+            [this](WindowEvent event, const Window& window) { handleX11Event(event, window); });
+    }
+    connection_.open();
+    connection_.finish(startPatience);
+}
+
+I3WindowSystem::~I3WindowSystem() {
+    // What was asked for at the very end is to happen all the same.
+    if (!toTake_.empty() || !toGiveBack_.empty() || !returned_.empty()) {
+        connection_.finish(endPatience);
+    }
+}
+
+std::optional<Platform::HidingObstacle> I3WindowSystem::hidingObstacle() {
+    if (isKnown()) {
+        return std::nullopt;
+    }
+    return queue_.now() - silentSince_ < silenceDeadline ? Platform::HidingObstacle::notKnownYet
+                                                         : whenSilent_;
+}
+
+bool I3WindowSystem::knowsEveryWindow() {
+    return isKnown();
+}
+
+std::uint64_t I3WindowSystem::generation() {
+    return treeGeneration_ + (x11_ ? x11_->generation() : 0);
+}
+
+const std::vector<Window>& I3WindowSystem::windows() {
+    if (builtGeneration_ == generation()) {
+        return windows_;
+    }
+    std::unordered_map<WindowId, const Window*> x11Windows;
+    if (x11_) {
+        for (const auto& window : x11_->windows()) {
+            x11Windows.emplace(window.id, &window);
+        }
+    }
+    builtGeneration_ = generation();
+    windows_.clear();
+    for (const auto& leaf : tree_ ? tree_->leaves() : std::vector<I3Leaf>()) {
+        const auto known = x11Windows.find(leaf.node->x11Window.value_or(0));
+        windows_.push_back(describe(*leaf.node, known != x11Windows.end() ? known->second : nullptr));
+    }
+    std::ranges::sort(windows_, {}, &Window::birth);
+    return windows_;
+}
+
+Window I3WindowSystem::describe(const I3Node& node, const Window* x11) const {
+    Window window;
+    if (x11 != nullptr) {
+        window = *x11;
+    } else if (node.x11Window) {
+        window.hints.instanceName = node.instanceName;
+        window.hints.className = node.className;
+    } else {
+        // Programs take the name of their desktop entry or what it names as their class.
+        window.hints.applicationId = node.applicationId;
+        window.hints.className = node.applicationId;
+    }
+    if (!window.hints.process) {
+        window.hints.process = node.process;
+    }
+    window.id = node.window;
+    window.client = x11 != nullptr ? x11->client : node.process.value_or(node.window);
+    window.birth = births_.at(node.window);
+    window.isHidden = isHidden(node.window);
+    return window;
+}
+
+bool I3WindowSystem::exists(WindowId window) const {
+    return tree_ != nullptr && tree_->find(window) != nullptr;
+}
+
+bool I3WindowSystem::isHidden(WindowId window) const {
+    const auto* const leaf = tree_ ? tree_->find(window) : nullptr;
+    return leaf != nullptr && leaf->isInScratchpad();
+}
+
+Platform::Subscription I3WindowSystem::addEventHandler(EventHandler handler) {
+    return handlers_.add(std::move(handler));
+}
+
+// What is
+
+void I3WindowSystem::handleEvent(I3Event event, const QByteArray& payload) {
+    if (event == I3Event::workspace || (event == I3Event::window && changesLayout(payload))) {
+        lookAgain();
+    }
+}
+
+void I3WindowSystem::handleX11Event(WindowEvent event, const Window& window) {
+    if (event != WindowEvent::opened || !tree_) {
+        return;
+    }
+    // It is known better now.
+    for (const auto& leaf : tree_->leaves()) {
+        if (leaf.node->x11Window == window.id) {
+            announce(WindowEvent::opened, leaf.node->window);
+        }
+    }
+}
+
+void I3WindowSystem::look() {
+    if (!connection_.isConnected()) {
+        return;
+    }
+    ++awaitedTrees_;
+    isTreeStale_ = false;
+    connection_.ask(I3Request::getTree, {}, [this](const QByteArray& reply) {
+        // Only the last one knows of everything that was asked before it.
+        if (--awaitedTrees_ == 0) {
+            takeIn(reply);
+        }
+    });
+}
+
+void I3WindowSystem::lookAgain() {
+    if (awaitedTrees_ > 0) {
+        isTreeStale_ = true;
+    } else {
+        look();
+    }
+}
+
+void I3WindowSystem::takeIn(const QByteArray& reply) {
+    auto tree = I3Tree::parse(reply);
+    if (!tree) {
+        return;
+    }
+    hasAnswered_ = true;
+    const auto before = std::exchange(tree_, std::move(tree));
+    ++treeGeneration_;
+    for (const auto& leaf : tree_->leaves()) {
+        if (births_.emplace(leaf.node->window, lastBirth_ + 1).second) {
+            ++lastBirth_;
+        }
+    }
+    std::erase_if(births_, [this](const auto& birth) { return !exists(birth.first); });
+    noteScratchpad();
+    noteChanges(before.get());
+    noteWhatIsBack();
+    if (isTreeStale_) {
+        look();
+        return;
+    }
+    carryOut();
+}
+
+void I3WindowSystem::noteChanges(const I3Tree* before) {
+    const auto isGone = [this](WindowId window) { return !exists(window); };
+    leaving_.remove([&](WindowId window) { return isGone(window) || isHidden(window); });
+    activation_.forget(isGone);
+    taken_.forget(isGone);
+    if (before == nullptr) {
+        return;
+    }
+    for (const auto& leaf : tree_->leaves()) {
+        const auto window = leaf.node->window;
+        const auto* const earlier = before->find(window);
+        if (earlier == nullptr) {
+            announce(WindowEvent::opened, window);
+        }
+        const bool isBack = earlier != nullptr && earlier->isInScratchpad();
+        const bool hadFocus = earlier != nullptr && earlier->node->isFocused;
+        if (!leaf.isInScratchpad() && (isBack || (leaf.node->isFocused && !hadFocus))) {
+            announce(WindowEvent::activated, window);
+        }
+    }
+}
+
+void I3WindowSystem::noteScratchpad() {
+    for (const auto& leaf : tree_->leaves()) {
+        const auto window = leaf.node->window;
+        if (leaf.isInScratchpad() && !taken_.contains(window)) {
+            scratchpad_.insert(window);
+        } else if (leaf.floating == nullptr) {
+            scratchpad_.erase(window);
+        }
+    }
+    std::erase_if(scratchpad_, [this](WindowId window) { return !exists(window); });
+}
+
+void I3WindowSystem::noteWhatIsBack() {
+    taken_.forget([this](WindowId window) {
+        return !isHidden(window) &&
+               std::ranges::find(returned_, window, &I3Return::window) != returned_.end();
+    });
+    for (const auto& taken : taken_.all()) {
+        if (isHidden(taken.id)) {
+            broughtUp_.erase(taken.id);
+        } else if (broughtUp_.emplace(taken.id, queue_.now()).second) {
+            queue_.asyncAfter(bringUpDeadline, lifetime_.weak([this, id = taken.id] {
+                const auto since = broughtUp_.find(id);
+                if (since != broughtUp_.end() && queue_.now() - since->second >= bringUpDeadline) {
+                    broughtUp_.erase(since);
+                    taken_.forget(std::array{id});
+                }
+            }));
+        }
+    }
+    std::erase_if(broughtUp_, [this](const auto& window) { return !taken_.contains(window.first); });
+}
+
+void I3WindowSystem::announce(WindowEvent event, WindowId window) {
+    if (undelivered_.empty()) {
+        queue_.async(lifetime_.weak([this] { deliverEvents(); }));
+    }
+    undelivered_.emplace_back(event, window);
+}
+
+void I3WindowSystem::deliverEvents() {
+    for (const auto& [event, id] : std::exchange(undelivered_, {})) {
+        const auto& all = windows();
+        const auto window = std::ranges::find(all, id, &Window::id);
+        const bool isOver = event == WindowEvent::activated && (isHidden(id) || leaving_.contains(id));
+        if (window != all.end() && !isOver) {
+            handlers_.tell(event, Window(*window));
+        }
+    }
+}
+
+// What is asked for
+
+void I3WindowSystem::hide(std::span<const WindowId> windows) {
+    leaving_.add(windows);
+    for (const auto window : windows) {
+        toGiveBack_.erase(window);
+        toTake_.insert(window);
+    }
+    std::erase_if(returned_, [this](const I3Return& returned) { return toTake_.contains(returned.window); });
+    look();
+}
+
+void I3WindowSystem::show(std::span<const WindowId> windows) {
+    for (const auto window : windows) {
+        toTake_.erase(window);
+        toGiveBack_.insert(window);
+    }
+    look();
+}
+
+void I3WindowSystem::activate(std::span<const WindowId> windows) {
+    activation_.request(windows);
+}
+
+void I3WindowSystem::carryOut() {
+    if (!toTake_.empty()) {
+        take();
+    } else if (!toGiveBack_.empty()) {
+        giveBack();
+    } else if (!returned_.empty()) {
+        settleReturned();
+    } else if (const auto window = std::exchange(toFocus_, std::nullopt)) {
+        command(commandToFocus(*tree_, *window));
+    } else {
+        settleUnsized();
+    }
+}
+
+void I3WindowSystem::take() {
+    std::vector<TakenWindow> places;
+    std::vector<WindowId> windows;
+    for (const auto id : std::exchange(toTake_, {})) {
+        const auto* const leaf = tree_->find(id);
+        if (leaf != nullptr && !leaf->isInScratchpad()) {
+            auto place = I3Place::of(*leaf);
+            place.isOfScratchpad = place.isOfScratchpad || scratchpad_.contains(id);
+            for (const auto& returned : unsized_) {
+                place.takeSizes(returned.place);
+            }
+            windows.push_back(id);
+            places.push_back({id, place.text()});
+        }
+    }
+    const auto* const focused = tree_->focused();
+    activation_.noteHiding(windows, focused != nullptr ? std::optional(focused->node->window) : std::nullopt);
+    taken_.take(places);
+    std::erase_if(unsized_, [this](const I3Return& returned) { return taken_.contains(returned.window); });
+    command(commandsToTake(*tree_, windows));
+    if (!toGiveBack_.empty()) {
+        look();
+    }
+}
+
+void I3WindowSystem::giveBack() {
+    std::string commands;
+    std::vector<I3Return> returns;
+    std::vector<WindowId> thereAlready;
+    for (const auto id : std::exchange(toGiveBack_, {})) {
+        if (!isHidden(id)) {
+            thereAlready.push_back(id);
+        } else if (auto place = placeOf(id)) {
+            returns.push_back({id, std::move(*place)});
+        } else {
+            commands += commandsToBringUp(*tree_, id);
+        }
+    }
+    taken_.forget(thereAlready);
+    if (const auto toReturn = commandsToReturn(*tree_, returns, toFocus_); !toReturn.empty()) {
+        toFocus_.reset();
+        commands += toReturn;
+    }
+    std::ranges::move(returns, std::back_inserter(returned_));
+    adjustmentsLeft_ = mostAdjustments;
+    command(commands);
+    if (commands.empty() && toFocus_) {
+        look();
+    }
+}
+
+void I3WindowSystem::settleReturned() {
+    if (adjustmentsLeft_ > 0) {
+        --adjustmentsLeft_;
+        if (const auto commands = commandsToAdjust(*tree_, returned_); !commands.empty()) {
+            command(commands);
+            return;
+        }
+    }
+    command(commandsToFinish(*tree_, returned_));
+    std::ranges::copy_if(returned_, std::back_inserter(unsized_),
+                         [this](const I3Return& returned) { return !isSizeKnown(returned.window); });
+    returned_.clear();
+    if (toFocus_) {
+        look();
+    }
+}
+
+void I3WindowSystem::settleUnsized() {
+    const auto isOver = [this](const I3Return& returned) {
+        return !exists(returned.window) || isHidden(returned.window);
+    };
+    std::erase_if(unsized_, isOver);
+    std::vector<I3Return> seen;
+    std::ranges::copy_if(unsized_, std::back_inserter(seen),
+                         [this](const I3Return& returned) { return isSizeKnown(returned.window); });
+    const auto commands = commandsToAdjust(*tree_, seen);
+    if (!commands.empty() && adjustmentsLeft_ > 0) {
+        --adjustmentsLeft_;
+        command(commands);
+    } else if (!seen.empty()) {
+        std::erase_if(unsized_, [this](const I3Return& returned) { return isSizeKnown(returned.window); });
+        adjustmentsLeft_ = mostAdjustments;
+    }
+}
+
+bool I3WindowSystem::isSizeKnown(WindowId window) const {
+    const auto* const leaf = tree_->find(window);
+    return leaf != nullptr && areSizesKnown(*tree_, *leaf);
+}
+
+void I3WindowSystem::command(const std::string& commands) {
+    if (!commands.empty()) {
+        connection_.ask(I3Request::runCommand, QByteArray::fromStdString(commands), nullptr);
+        look();
+    }
+}
+
+bool I3WindowSystem::isReturning(WindowId window) const {
+    return std::ranges::find(returned_, window, &I3Return::window) != returned_.end();
+}
+
+std::optional<I3Place> I3WindowSystem::placeOf(WindowId window) const {
+    const auto text = taken_.placeOf(window);
+    return text ? I3Place::fromText(*text) : std::nullopt;
+}
+
+WindowActivation::Scene I3WindowSystem::lookAtScene() const {
+    WindowActivation::Scene scene;
+    if (!tree_) {
+        return scene;
+    }
+    addByFocus(tree_->root(), scene.stackingOrder);
+    // sway leaves hidden ones out.
+    for (const auto& leaf : tree_->leaves()) {
+        if (std::ranges::find(scene.stackingOrder, leaf.node->window) == scene.stackingOrder.end()) {
+            scene.stackingOrder.push_back(leaf.node->window);
+        }
+    }
+    std::ranges::reverse(scene.stackingOrder);
+    scene.isHere = [this](WindowId window) {
+        const auto* const leaf = tree_->find(window);
+        const bool isComing = toGiveBack_.contains(window) || isReturning(window);
+        const auto place = isComing ? placeOf(window) : std::nullopt;
+        const auto* const workspace = place             ? tree_->workspaceNamed(place->workspace)
+                                      : leaf != nullptr ? leaf->workspace
+                                                        : nullptr;
+        return workspace != nullptr && tree_->isVisible(*workspace);
+    };
+    return scene;
+}
+
+void I3WindowSystem::bringToFront(WindowId window) {
+    toFocus_ = window;
+    lookAgain();
+}
+
+} // namespace LinuxPlatform

@@ -1,0 +1,119 @@
+#pragma once
+
+#include "platform/Lifetime.h"
+#include "platform/MainQueue.h"
+#include "platform/Subscribers.h"
+#include "platform/linux/i3/I3Connection.h"
+#include "platform/linux/windows/LeavingWindows.h"
+#include "platform/linux/windows/TakenWindows.h"
+#include "platform/linux/windows/WindowActivation.h"
+#include "platform/linux/windows/WindowSystem.h"
+#include "platform/linux/windows/i3/I3Layout.h"
+#include "platform/linux/windows/i3/I3Tree.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace LinuxPlatform {
+
+/// The windows of i3 and sway. A window is hidden by being put into the scratchpad, and comes back to where
+/// it stood; what the user keeps there is left alone. Requests are carried out with the layout as it is then,
+/// one turn of the event loop later.
+class I3WindowSystem : public WindowSystem {
+public:
+    /// `queue` outlives this object. `x11` tells more of the windows of X11 than the layout does; null
+    /// without an X server. `whenSilent` is what keeps windows from being hidden while nobody answers at the
+    /// socket. With a record, windows that an earlier run left behind come back to their places.
+    I3WindowSystem(const std::filesystem::path& socket, Platform::MainQueue& queue,
+                   std::unique_ptr<WindowSystem> x11, Platform::HidingObstacle whenSilent,
+                   std::optional<EarlierValue> record = std::nullopt);
+    ~I3WindowSystem() override;
+
+    std::optional<Platform::HidingObstacle> hidingObstacle() override;
+    bool knowsEveryWindow() override;
+    std::uint64_t generation() override;
+    const std::vector<Window>& windows() override;
+    bool exists(WindowId window) const override;
+    void hide(std::span<const WindowId> windows) override;
+    void show(std::span<const WindowId> windows) override;
+    void activate(std::span<const WindowId> windows) override;
+    Platform::Subscription addEventHandler(EventHandler handler) override;
+
+private:
+    using Seconds = Platform::MainQueue::Seconds;
+
+    bool isKnown() const { return connection_.isConnected() && hasAnswered_; }
+    void handleEvent(I3Event event, const QByteArray& payload);
+    void handleX11Event(WindowEvent event, const Window& window);
+    void look();
+    void lookAgain();
+    void takeIn(const QByteArray& reply);
+    void noteChanges(const I3Tree* before);
+    void noteScratchpad();
+    void noteWhatIsBack();
+    void announce(WindowEvent event, WindowId window);
+    void deliverEvents();
+    bool isHidden(WindowId window) const;
+
+    void carryOut();
+    void take();
+    void giveBack();
+    void settleReturned();
+    void settleUnsized();
+    bool isSizeKnown(WindowId window) const;
+    void command(const std::string& commands);
+    bool isReturning(WindowId window) const;
+    std::optional<I3Place> placeOf(WindowId window) const;
+    WindowActivation::Scene lookAtScene() const;
+    void bringToFront(WindowId window);
+
+    Window describe(const I3Node& node, const Window* x11) const;
+
+    Platform::MainQueue& queue_;
+    std::unique_ptr<WindowSystem> x11_;
+    Platform::HidingObstacle whenSilent_;
+    Seconds silentSince_;
+    /// On this connection.
+    bool hasAnswered_ = false;
+    I3Connection connection_;
+    /// As it was last told; null before.
+    std::unique_ptr<const I3Tree> tree_;
+    /// Requests for the layout that have not been answered.
+    std::size_t awaitedTrees_ = 0;
+    bool isTreeStale_ = false;
+    std::uint64_t treeGeneration_ = 1;
+    std::uint64_t builtGeneration_ = 0;
+    /// In which order the windows were seen first.
+    std::unordered_map<WindowId, std::uint64_t> births_;
+    std::uint64_t lastBirth_ = 0;
+    std::vector<Window> windows_;
+    TakenWindows taken_;
+    /// Windows that their user keeps in the scratchpad, be they called up from there at present or not.
+    std::set<WindowId> scratchpad_;
+    /// Those that are taken, by when they came up all the same.
+    std::map<WindowId, Seconds> broughtUp_;
+    LeavingWindows leaving_;
+    WindowActivation activation_;
+    std::set<WindowId> toTake_;
+    std::set<WindowId> toGiveBack_;
+    std::optional<WindowId> toFocus_;
+    /// Back, but not yet quite as they were.
+    std::vector<I3Return> returned_;
+    /// Back on a workspace that i3 lays out when somebody looks at it.
+    std::vector<I3Return> unsized_;
+    std::size_t adjustmentsLeft_ = 0;
+    std::vector<std::pair<WindowEvent, WindowId>> undelivered_;
+    Platform::Subscribers<WindowEvent, Window> handlers_;
+    Platform::Subscription x11Events_;
+    Platform::Lifetime lifetime_;
+};
+
+} // namespace LinuxPlatform

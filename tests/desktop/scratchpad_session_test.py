@@ -1,0 +1,184 @@
+"""Checks privacy mode in i3 and sway, where windows are put into the scratchpad, with other people's programs.
+
+It looks at the layout as the window manager tells it, and at the screen that the whole session stands on.
+"""
+
+import json
+import os
+import signal
+import socket
+import struct
+import subprocess
+import unittest
+
+from desktop_case import XTERM, XTERM_COLOUR, DesktopCase, Display, Rectangle, stays, wait_until
+from desktop_driver import private_app
+
+SESSION = os.environ["VIRTUAL_DESKTOP_SESSION"]
+IS_SWAY = SESSION == "sway"
+WIDTH, HEIGHT = 1280, 800
+FOOT = private_app("foot", "Foot")
+FOOT_COLOUR = "#804020"
+RUN_COMMAND, GET_TREE = 0, 4
+SCRATCHPAD = "__i3_scratch"
+# What a person sees of a container.
+SEEN = ("layout", "fullscreen_mode", "sticky")
+
+
+def i3_socket():
+    if IS_SWAY:
+        return os.environ["SWAYSOCK"]
+    return subprocess.run(["i3", "--get-socketpath"], check=True, capture_output=True, text=True).stdout.strip()
+
+
+def ask(kind, payload=""):
+    """One question to the window manager, and its answer."""
+    with socket.socket(socket.AF_UNIX) as connection:
+        connection.connect(i3_socket())
+        connection.sendall(b"i3-ipc" + struct.pack("=II", len(payload.encode()), kind) + payload.encode())
+        with connection.makefile("rb") as answers:
+            length, _ = struct.unpack("=II", answers.read(14)[6:])
+            return json.loads(answers.read(length))
+
+
+def windows(node=None, workspace=None):
+    """Every window: its node and the name of its workspace."""
+    node = node or ask(GET_TREE)
+    if node["type"] == "dockarea":
+        return
+    workspace = node["name"] if node["type"] == "workspace" else workspace
+    children = node["nodes"] + node["floating_nodes"]
+    if node["type"] in {"con", "floating_con"} and (node.get("window") or node.get("pid")) and not children:
+        yield node, workspace
+    for child in children:
+        yield from windows(child, workspace)
+
+
+def class_of(node):
+    return node.get("app_id") or node["window_properties"]["class"]
+
+
+def picture(node=None):
+    """The layout without its numbers, by the classes of the windows."""
+    node = node or ask(GET_TREE)
+    if node["type"] == "dockarea":
+        return None
+    is_window = node["type"] in {"con", "floating_con"} and (node.get("window") or node.get("pid"))
+    name = class_of(node) if is_window and not node["nodes"] else node["name"] if node["type"] == "workspace" else ""
+    return [name, node["type"], node["rect"], node["focused"], [node[key] for key in SEEN],
+            [picture(child) for child in node["nodes"]], [picture(child) for child in node["floating_nodes"]]]
+
+
+class ScratchpadSessionTest(DesktopCase):
+    def setUp(self):
+        super().setUp()
+        self.screen = Display(os.environ["VIRTUAL_DESKTOP_SCREEN"])
+        self.addCleanup(self.screen.close)
+        wait_until(lambda: not list(windows()), "no window is left", seen=lambda: list(windows()))
+        self.do("workspace 1")
+
+    def tearDown(self):
+        super().tearDown()
+        # i3 goes on naming windows that end in the scratchpad.
+        for node, workspace in windows():
+            if workspace == SCRATCHPAD:
+                self.do(f"[con_id={node['id']}] move container to workspace 1")
+
+    def do(self, commands):
+        answers = ask(RUN_COMMAND, commands)
+        self.assertTrue(all(answer["success"] for answer in answers), (commands, answers))
+
+    def wait_until_ready(self, curtain):
+        def is_ready():
+            self.assertIsNone(curtain.poll(), curtain.complaints())
+            return "true" in subprocess.run(
+                ["gdbus", "call", "--session", "--dest", "org.freedesktop.DBus", "--object-path", "/", "--method",
+                 "org.freedesktop.DBus.NameHasOwner", "com.curtain.Curtain"],
+                check=True, capture_output=True, text=True).stdout
+        wait_until(is_ready, "Curtain is on the bus")
+
+    def toggle(self):
+        subprocess.run(["gdbus", "call", "--session", "--dest", "com.curtain.Curtain", "--object-path",
+                        "/com/curtain/Curtain", "--method", "org.freedesktop.Application.ActivateAction",
+                        "toggle-privacy", "[]", "{}"], check=True, capture_output=True)
+
+    def shows(self, colour):
+        red, green, blue = bytes.fromhex(colour[1:])
+        pixels = self.screen.pixels(Rectangle(0, 0, WIDTH, HEIGHT))
+        return bytes((blue, green, red, pixels[3])) * 50 in pixels
+
+    def place_of(self, window_class):
+        return next((workspace for node, workspace in windows() if class_of(node) == window_class), None)
+
+    def wait_focused(self, window_class):
+        wait_until(lambda: any(node["focused"] and class_of(node) == window_class for node, _ in windows()),
+                   f"{window_class} has the focus", seen=picture)
+
+    def open_three(self):
+        """A terminal that is private, one of Wayland that is private too where there is Wayland, and one that is not."""
+        self.start_xterm()
+        wait_until(lambda: self.shows(XTERM_COLOUR), "the private terminal is on the screen")
+        self.wait_focused("XTerm")
+        if IS_SWAY:
+            self.desktop.start("foot", f"--override=colors.background={FOOT_COLOUR[1:]}", "--", "cat")
+            wait_until(lambda: self.shows(FOOT_COLOUR), "the private terminal of Wayland is on the screen")
+            self.wait_focused("foot")
+        self.start_urxvt()
+        self.wait_focused("URxvt")
+        self.do('[class="XTerm"] resize grow right 90 px')
+
+    def wait_hidden(self):
+        wait_until(lambda: not self.shows(XTERM_COLOUR) and not self.shows(FOOT_COLOUR) and
+                   self.place_of("XTerm") == SCRATCHPAD, "the private apps are hidden", seen=picture)
+        self.assertEqual(self.place_of("foot"), SCRATCHPAD if IS_SWAY else None)
+        self.assertEqual(self.place_of("URxvt"), "1")
+
+    def test_hides_exactly_the_private_apps_and_gives_them_back(self):
+        self.open_three()
+        before = picture()
+        self.start_curtain(XTERM, FOOT)
+        for _ in range(3):
+            self.toggle()
+            self.wait_hidden()
+            self.toggle()
+            wait_until(lambda: self.shows(XTERM_COLOUR) and self.shows(FOOT_COLOUR) == IS_SWAY, "they are back",
+                       seen=picture)
+            # The app that is given back comes to the front.
+            self.do('[class="URxvt"] focus')
+            wait_until(lambda: picture() == before, f"everything is as before: {before}", seen=picture)
+
+    def test_hides_again_what_its_user_brings_up(self):
+        self.open_three()
+        self.start_curtain(XTERM, FOOT)
+        self.toggle()
+        self.wait_hidden()
+        for _ in range(3):
+            self.do('[class="XTerm"] scratchpad show')
+            self.wait_hidden()
+            self.assertTrue(stays(lambda: self.place_of("XTerm") == SCRATCHPAD))
+
+    def test_hides_what_is_opened_meanwhile(self):
+        self.start_curtain(XTERM, FOOT)
+        self.toggle()
+        if IS_SWAY:
+            self.desktop.start("foot", "--", "cat")
+        else:
+            self.start_xterm()
+        wait_until(lambda: [workspace for _, workspace in windows()] == [SCRATCHPAD], "it is hidden", seen=picture)
+
+    def test_what_was_hidden_survives_a_crash(self):
+        self.open_three()
+        self.start_curtain(XTERM, FOOT)
+        self.toggle()
+        self.wait_hidden()
+        self.curtain.send_signal(signal.SIGKILL)
+        self.curtain.wait()
+        self.curtain = None
+        self.assertEqual(self.place_of("XTerm"), SCRATCHPAD)
+        # Its user gets at it as at everything in the scratchpad.
+        self.do('[class="XTerm"] scratchpad show')
+        wait_until(lambda: self.shows(XTERM_COLOUR), "the private terminal is on the screen", seen=picture)
+
+
+if __name__ == "__main__":
+    unittest.main()

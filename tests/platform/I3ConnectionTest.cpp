@@ -1,0 +1,301 @@
+#include "platform/linux/i3/I3Connection.h"
+
+#include "platform/linux/windows/i3/I3Layout.h"
+#include "platform/linux/windows/i3/I3Place.h"
+#include "platform/linux/windows/i3/I3WindowSystem.h"
+#include "tests/support/EventLoop.h"
+#include "tests/support/HandDrivenQueue.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+namespace {
+
+using LinuxPlatform::I3Connection;
+using LinuxPlatform::I3Event;
+using LinuxPlatform::I3Message;
+using LinuxPlatform::I3MessageReader;
+using LinuxPlatform::I3Request;
+using LinuxPlatform::I3WindowSystem;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using TestSupport::spinUntil;
+
+constexpr auto whenSilent = Platform::HidingObstacle::waylandSession;
+
+QByteArray message(std::uint32_t type, const QByteArray& payload) {
+    return LinuxPlatform::i3Message(static_cast<I3Request>(type), payload);
+}
+
+QByteArray message(I3Request type, const QByteArray& payload) {
+    return LinuxPlatform::i3Message(type, payload);
+}
+
+TEST(I3MessageReaderTest, PutsMessagesTogetherFromPiecesOfAnySize) {
+    const auto bytes = message(4, "first") + message(0x80000003, "") + message(0, "third");
+    for (qsizetype size = 1; size <= bytes.size(); ++size) {
+        I3MessageReader reader;
+        std::vector<std::string> payloads;
+        for (qsizetype at = 0; at < bytes.size(); at += size) {
+            const auto piece = bytes.mid(at, size);
+            reader.add(piece.data(), static_cast<std::size_t>(piece.size()));
+            while (const auto next = reader.next()) {
+                payloads.push_back(next->payload.toStdString() + (next->isEvent() ? " event" : ""));
+            }
+        }
+        EXPECT_THAT(payloads, ElementsAre("first", " event", "third")) << size;
+        EXPECT_FALSE(reader.isBroken());
+    }
+}
+
+TEST(I3MessageReaderTest, WhatIsNoMessageOrTooLongBreaksIt) {
+    auto tooLong = message(4, "");
+    constexpr std::uint32_t length = I3MessageReader::longestPayload + 1;
+    std::memcpy(tooLong.data() + 6, &length, sizeof length);
+    for (const auto& bytes : {QByteArray("HTTP/1.1 200 OK\r\n"), tooLong}) {
+        I3MessageReader reader;
+        reader.add(bytes.data(), static_cast<std::size_t>(bytes.size()));
+        EXPECT_FALSE(reader.next());
+        EXPECT_TRUE(reader.isBroken());
+        const auto good = message(4, "good");
+        reader.add(good.data(), static_cast<std::size_t>(good.size()));
+        EXPECT_FALSE(reader.next());
+    }
+}
+
+/// Answers as the test wants.
+class ScriptedI3 {
+public:
+    ScriptedI3() { listen(); }
+    ~ScriptedI3() {
+        hangUp();
+        ::close(listener_);
+    }
+    ScriptedI3(const ScriptedI3&) = delete;
+    ScriptedI3& operator=(const ScriptedI3&) = delete;
+
+    std::filesystem::path path() const { return folder_.path() / "socket"; }
+
+    void listen() {
+        listener_ = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        const auto text = path().string();
+        std::memcpy(address.sun_path, text.data(), text.size());
+        ::unlink(text.c_str());
+        EXPECT_EQ(::bind(listener_, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+        EXPECT_EQ(::listen(listener_, 4), 0);
+    }
+    void stopListening() {
+        ::close(listener_);
+        ::unlink(path().c_str());
+    }
+    bool accept() {
+        client_ = ::accept4(listener_, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
+        reader_ = {};
+        return client_ >= 0;
+    }
+    void hangUp() {
+        if (client_ >= 0) {
+            ::close(std::exchange(client_, -1));
+        }
+    }
+    /// What it is asked next.
+    std::optional<I3Message> next() {
+        std::array<char, 4096> block{};
+        const auto count = ::recv(client_, block.data(), block.size(), 0);
+        reader_.add(block.data(), count > 0 ? static_cast<std::size_t>(count) : 0);
+        return reader_.next();
+    }
+    void say(const QByteArray& bytes) const {
+        EXPECT_EQ(::send(client_, bytes.data(), static_cast<std::size_t>(bytes.size()), MSG_NOSIGNAL),
+                  bytes.size());
+    }
+
+private:
+    TestSupport::TemporaryFolder folder_;
+    int listener_ = -1;
+    int client_ = -1;
+    I3MessageReader reader_;
+};
+
+struct I3ConnectionTest : testing::Test {
+    ScriptedI3 server;
+    TestSupport::HandDrivenQueue queue;
+    int connected = 0;
+    int lost = 0;
+    std::vector<std::string> events;
+    std::vector<std::string> replies;
+    I3Connection connection{server.path(),
+                            queue,
+                            {"window", "workspace"},
+                            {[this] { ++connected; }, [this] { ++lost; },
+                             [this](I3Event event, const QByteArray& payload) {
+                                 events.push_back((event == I3Event::window ? "window " : "other ") +
+                                                  payload.toStdString());
+                             }}};
+
+    void ask(const QByteArray& payload) {
+        connection.ask(I3Request::runCommand, payload,
+                       [this](const QByteArray& reply) { replies.push_back(reply.toStdString()); });
+    }
+
+    void meet() {
+        connection.open();
+        ASSERT_TRUE(server.accept());
+        const auto subscription = server.next();
+        ASSERT_TRUE(subscription);
+        EXPECT_EQ(subscription->type, 2U);
+        EXPECT_EQ(subscription->payload, "[\"window\",\"workspace\"]");
+        server.say(message(I3Request::subscribe, "{\"success\":true}"));
+    }
+
+    void expectLost() {
+        EXPECT_TRUE(spinUntil([&] { return lost == 1; }));
+        EXPECT_FALSE(connection.isConnected());
+        queue.advance(10.0);
+        EXPECT_EQ(connected, 2);
+        EXPECT_TRUE(server.accept());
+    }
+};
+
+TEST_F(I3ConnectionTest, RepliesComeInOrderAmongEvents) {
+    meet();
+    ask("one");
+    ask("two");
+    server.say(message(0x80000003, "moved") + message(I3Request::runCommand, "1"));
+    const auto half = message(I3Request::runCommand, "2");
+    server.say(half.left(9));
+    EXPECT_TRUE(spinUntil([&] { return replies.size() == 1; }));
+    server.say(half.mid(9));
+    EXPECT_TRUE(spinUntil([&] { return replies.size() == 2; }));
+    EXPECT_THAT(replies, ElementsAre("1", "2"));
+    EXPECT_THAT(events, ElementsAre("window moved"));
+    EXPECT_EQ(connected, 1);
+    EXPECT_EQ(lost, 0);
+}
+
+TEST_F(I3ConnectionTest, ConnectsAgainWhenItIsGoneInTheMidstOfAMessage) {
+    meet();
+    ask("one");
+    server.say(message(I3Request::runCommand, "1").left(14));
+    server.hangUp();
+    expectLost();
+    EXPECT_THAT(replies, IsEmpty());
+}
+
+TEST_F(I3ConnectionTest, WhatIsNoAnswerEndsTheConnection) {
+    meet();
+    server.say("nonsense, nonsense, nonsense");
+    expectLost();
+}
+
+TEST_F(I3ConnectionTest, AnswerThatNobodyAskedForEndsTheConnection) {
+    meet();
+    ask("one");
+    server.say(message(I3Request::getTree, "{}"));
+    expectLost();
+}
+
+TEST_F(I3ConnectionTest, SilenceEndsTheConnection) {
+    meet();
+    EXPECT_TRUE(spinUntil([&] { return connected == 1; }));
+    connection.finish(std::chrono::milliseconds(200));
+    ask("one");
+    queue.advance(4.9);
+    EXPECT_EQ(lost, 0);
+    queue.advance(5.2);
+    EXPECT_EQ(lost, 1);
+}
+
+TEST_F(I3ConnectionTest, TriesLessAndLessOftenWhereNobodyListens) {
+    server.stopListening();
+    connection.open();
+    EXPECT_FALSE(connection.isConnected());
+    queue.advance(20.0);
+    EXPECT_EQ(connected, 0);
+    server.listen();
+    queue.advance(5.0);
+    EXPECT_EQ(connected, 1);
+}
+
+TEST_F(I3ConnectionTest, RequestsThatNobodyReadsEndTheConnection) {
+    meet();
+    connection.finish(std::chrono::milliseconds(200));
+    const QByteArray large(1 << 20, ' ');
+    for (int count = 0; count < 6; ++count) {
+        ask(large);
+    }
+    queue.runReady();
+    EXPECT_EQ(lost, 1);
+}
+
+TEST_F(I3ConnectionTest, FinishWaitsForAnswersAndNoLonger) {
+    meet();
+    ask("one");
+    server.say(message(I3Request::runCommand, "1"));
+    connection.finish(std::chrono::seconds(20));
+    EXPECT_THAT(replies, ElementsAre("1"));
+    ask("two");
+    connection.finish(std::chrono::milliseconds(20));
+    EXPECT_EQ(replies.size(), 1U);
+}
+
+// The window system in front of one that does not do what it should.
+
+TEST(SilentI3Test, SaysThatItIsNotKnownYetAndThenThatNothingCanBeHidden) {
+    const ScriptedI3 server;
+    TestSupport::HandDrivenQueue queue;
+    I3WindowSystem system(server.path(), queue, nullptr, whenSilent);
+    EXPECT_FALSE(system.knowsEveryWindow());
+    EXPECT_EQ(system.hidingObstacle(), Platform::HidingObstacle::notKnownYet);
+    EXPECT_THAT(system.windows(), IsEmpty());
+    system.hide(std::array<LinuxPlatform::WindowId, 1>{7});
+    system.show(std::array<LinuxPlatform::WindowId, 1>{7});
+    queue.advance(5.1);
+    EXPECT_EQ(system.hidingObstacle(), whenSilent);
+}
+
+TEST(SilentI3Test, LayoutsThatAreNoneAreNotTakenIn) {
+    for (const auto& layout : {QByteArray("["), QByteArray("[]"), QByteArray("{\"type\":\"root\""),
+                               QByteArray(), QByteArray("{\"type\":\"con\"}"), QByteArray(1 << 20, '[')}) {
+        EXPECT_EQ(LinuxPlatform::I3Tree::parse(layout), nullptr) << layout.left(20).toStdString();
+    }
+    const auto odd = LinuxPlatform::I3Tree::parse(
+        "{\"type\":\"root\",\"nodes\":[7,null,{\"type\":\"workspace\",\"name\":8,\"nodes\":{\"a\":1}},"
+        "{\"type\":\"con\",\"window\":-5},{\"type\":\"con\",\"window\":99999999999}],\"focus\":[\"x\"]}");
+    ASSERT_NE(odd, nullptr);
+    EXPECT_THAT(odd->leaves(), IsEmpty());
+    EXPECT_EQ(odd->focusedWorkspace(), nullptr);
+}
+
+TEST(I3PlaceTest, ComesBackFromItsTextAndNonsenseDoesNot) {
+    LinuxPlatform::I3Place place;
+    place.workspace = "1: \"a\"\n\\ \x01";
+    place.output = "eDP-1";
+    place.isFullscreen = true;
+    place.border = "pixel";
+    place.borderWidth = 2;
+    place.levels = {{"splith", {{{1, 2}, 94217178633792, {0, 0, 10, 20}}, {{3}, 0, {10, 0, 5, 5}}}, 1}};
+    EXPECT_EQ(place.text().find('\n'), std::string::npos);
+    EXPECT_EQ(LinuxPlatform::I3Place::fromText(place.text()), place);
+    place.levels[0].index = 2;
+    EXPECT_FALSE(LinuxPlatform::I3Place::fromText(place.text()));
+    for (const auto* text : {"", "{", "7", "{}", "{\"workspace\":\"\"}"}) {
+        EXPECT_FALSE(LinuxPlatform::I3Place::fromText(text)) << text;
+    }
+}
+
+} // namespace

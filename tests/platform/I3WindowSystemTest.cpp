@@ -1,0 +1,281 @@
+#include "tests/platform/I3WindowFixture.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace PlatformTests {
+namespace {
+
+using LinuxPlatform::Window;
+using LinuxPlatform::WindowEvent;
+using LinuxPlatform::WindowId;
+using TestSupport::spinUntil;
+
+struct I3WindowSystemTest : testing::Test {
+    I3WindowSystemTest() { follow(); }
+
+    void follow() {
+        subscription = system().addEventHandler(
+            [this](WindowEvent event, const Window& window) { events.emplace_back(event, window.id); });
+    }
+
+    LinuxPlatform::I3WindowSystem& system() { return *world.system; }
+
+    WindowId open(const std::string& name) {
+        ids[name] = world.open(name);
+        // It comes with the focus, late.
+        EXPECT_TRUE(spinUntil([&] {
+            const auto tree = I3Desktop::tree();
+            const auto* const leaf = tree->find(ids[name]);
+            return leaf != nullptr && leaf->node->isFocused;
+        })) << I3Desktop::picture();
+        return ids[name];
+    }
+
+    static std::string with(const std::string& name, const std::string& command) {
+        return "[class=\"^" + name + "$\"] " + command + ";";
+    }
+
+    bool isHidden(const std::string& name) {
+        const auto& all = system().windows();
+        const auto found = std::ranges::find(all, ids.at(name), &Window::id);
+        return found != all.end() && found->isHidden;
+    }
+
+    bool areHidden(const std::vector<std::string>& names, bool hidden = true) {
+        return std::ranges::all_of(names, [&](const auto& name) { return isHidden(name) == hidden; });
+    }
+
+    std::vector<WindowId> idsOf(const std::vector<std::string>& names) {
+        std::vector<WindowId> list;
+        for (const auto& name : names) {
+            list.push_back(ids.at(name));
+        }
+        return list;
+    }
+
+    void hide(const std::vector<std::string>& names) {
+        system().hide(idsOf(names));
+        ASSERT_TRUE(spinUntil([&] { return areHidden(names); })) << I3Desktop::picture();
+    }
+
+    void show(const std::vector<std::string>& names) {
+        system().show(idsOf(names));
+        ASSERT_TRUE(spinUntil([&] { return areHidden(names, false); })) << I3Desktop::picture();
+    }
+
+    void expectPicture(const std::string& before) {
+        EXPECT_TRUE(spinUntil([&] { return I3Desktop::picture() == before; }, std::chrono::seconds(2)))
+            << "before:\n"
+            << before << "after:\n"
+            << I3Desktop::picture();
+    }
+
+    /// Hides the windows and gives them back, after which everything is as it was.
+    void goAndComeBack(const std::vector<std::string>& names) {
+        const auto before = I3Desktop::picture();
+        const auto tree = I3Desktop::tree();
+        const auto* const focused = tree->focused();
+        const bool hadFocus =
+            focused != nullptr && std::ranges::find(names, focused->node->className) != names.end();
+        hide(names);
+        system().show(idsOf(names));
+        if (hadFocus) {
+            system().activate(idsOf(names));
+        }
+        ASSERT_TRUE(spinUntil([&] { return areHidden(names, false); })) << I3Desktop::picture();
+        expectPicture(before);
+    }
+
+    I3WindowWorld world;
+    std::map<std::string, WindowId> ids;
+    std::vector<std::pair<WindowEvent, WindowId>> events;
+    Platform::Subscription subscription;
+};
+
+TEST_F(I3WindowSystemTest, TiledWindowsComeBackBetweenTheirNeighbours) {
+    for (const auto* name : {"A", "B", "C", "D"}) {
+        open(name);
+    }
+    I3Desktop::run(with("A", "resize grow right 100 px") + with("C", "resize shrink right 40 px"));
+    goAndComeBack({"B"});
+    goAndComeBack({"A"});
+    goAndComeBack({"D"});
+    goAndComeBack({"B", "C"});
+    goAndComeBack({"A", "B", "C", "D"});
+}
+
+TEST_F(I3WindowSystemTest, GroupsAreMadeAgainWhenAllOfThemWasHidden) {
+    open("A");
+    open("B");
+    I3Desktop::run(with("B", "split v"));
+    open("C");
+    I3Desktop::run(with("A", "resize grow right 100 px") + with("B", "resize grow down 60 px"));
+    goAndComeBack({"A"});
+    goAndComeBack({"B"});
+    goAndComeBack({"C"});
+    goAndComeBack({"B", "C"});
+    goAndComeBack({"A", "B"});
+    goAndComeBack({"A", "B", "C"});
+}
+
+TEST_F(I3WindowSystemTest, TabsAndStacksComeBackInTheirOrder) {
+    open("A");
+    open("B");
+    I3Desktop::run(with("B", "split h") + with("B", "layout tabbed"));
+    open("C");
+    open("D");
+    I3Desktop::run(with("A", "split v") + with("A", "layout stacking") + with("A", "focus"));
+    open("E");
+    I3Desktop::run(with("C", "focus"));
+    goAndComeBack({"C"});
+    goAndComeBack({"B", "D"});
+    goAndComeBack({"A"});
+    goAndComeBack({"A", "E"});
+    goAndComeBack({"B", "C", "D"});
+    goAndComeBack({"A", "B", "C", "D", "E"});
+}
+
+TEST_F(I3WindowSystemTest, FloatingWindowsKeepTheirPlaceAndStayOutOfTheScratchpad) {
+    open("A");
+    open("B");
+    I3Desktop::run(
+        with("B", "floating enable, resize set 300 px 200 px, move absolute position 100 px 120 px"));
+    goAndComeBack({"B"});
+    const auto before = I3Desktop::picture();
+    // It would be put away as a window of the scratchpad.
+    I3Desktop::ask(LinuxPlatform::I3Request::runCommand, with("B", "scratchpad show"));
+    EXPECT_EQ(I3Desktop::picture(), before);
+    I3Desktop::run(with("B", "sticky enable"));
+    goAndComeBack({"B"});
+    goAndComeBack({"A", "B"});
+}
+
+TEST_F(I3WindowSystemTest, FullscreenComesBack) {
+    open("A");
+    open("B");
+    open("C");
+    I3Desktop::run(with("A", "resize grow right 50 px") + with("B", "focus") +
+                   with("B", "fullscreen enable"));
+    goAndComeBack({"B"});
+    goAndComeBack({"A", "B", "C"});
+    I3Desktop::run(with("B", "fullscreen disable"));
+    I3Desktop::run(
+        with("B", "floating enable, resize set 300 px 200 px, move absolute position 100 px 120 px"));
+    const auto before = I3Desktop::picture();
+    I3Desktop::run(with("B", "fullscreen enable"));
+    goAndComeBack({"B"});
+    I3Desktop::run(with("B", "fullscreen disable"));
+    expectPicture(before);
+}
+
+TEST_F(I3WindowSystemTest, WindowsOfOtherWorkspacesGoAndComeBackUnseen) {
+    open("A");
+    open("B");
+    I3Desktop::run(I3Desktop::isSway() ? "workspace '2: other; \"one\", too'"
+                                       : "workspace \"2: other; \\\"one\\\", too\"");
+    open("C");
+    open("D");
+    I3Desktop::run(with("C", "resize grow right 100 px"));
+    const auto other = I3Desktop::picture();
+    I3Desktop::run("workspace 1");
+    const auto before = I3Desktop::picture();
+    goAndComeBack({"C"});
+    goAndComeBack({"A", "C"});
+    goAndComeBack({"A", "B", "C"});
+    I3Desktop::run("workspace 3");
+    goAndComeBack({"A", "B", "C", "D"});
+    I3Desktop::run("workspace 1");
+    expectPicture(before);
+    if (I3Desktop::isSway()) {
+        I3Desktop::run(with("D", "focus"));
+        expectPicture(other);
+    }
+}
+
+TEST_F(I3WindowSystemTest, TheUsersOwnScratchpadIsLeftAlone) {
+    open("A");
+    open("B");
+    open("C");
+    I3Desktop::run(with("B", "move scratchpad") + with("C", "focus"));
+    ASSERT_TRUE(spinUntil([&] { return isHidden("B"); }));
+    goAndComeBack({"A"});
+    EXPECT_TRUE(isHidden("B"));
+    // One that was called up from there goes back there when its user wants it to.
+    I3Desktop::run(with("B", "scratchpad show"));
+    ASSERT_TRUE(spinUntil([&] { return !isHidden("B"); }));
+    goAndComeBack({"B"});
+    I3Desktop::run(with("B", "scratchpad show"));
+    EXPECT_TRUE(spinUntil([&] { return isHidden("B"); }));
+}
+
+TEST_F(I3WindowSystemTest, WindowThatItsUserBringsUpIsAnnouncedAndKeepsItsFirstPlace) {
+    open("A");
+    open("B");
+    open("C");
+    const auto before = I3Desktop::picture();
+    hide({"A"});
+    events.clear();
+    I3Desktop::run(with("A", "scratchpad show"));
+    ASSERT_TRUE(spinUntil([&] { return !events.empty(); }));
+    EXPECT_EQ(events.front(), std::pair(WindowEvent::activated, ids["A"]));
+    hide({"A"});
+    show({"A"});
+    I3Desktop::run(with("C", "focus"));
+    expectPicture(before);
+}
+
+TEST_F(I3WindowSystemTest, TheNextRunGivesBackWhatACrashLeftBehind) {
+    open("A");
+    open("B");
+    open("C");
+    I3Desktop::run(with("A", "resize grow right 100 px") + with("B", "focus"));
+    const auto before = I3Desktop::picture();
+    hide({"A"});
+    subscription = {};
+    world.start();
+    ASSERT_TRUE(isHidden("A"));
+    system().show(std::array{ids["A"]});
+    ASSERT_TRUE(spinUntil([&] { return !isHidden("A"); }));
+    expectPicture(before);
+    EXPECT_FALSE(world.state.contains("taken"));
+}
+
+TEST_F(I3WindowSystemTest, WhatIsAskedForAtTheVeryEndHappens) {
+    open("A");
+    open("B");
+    const auto before = I3Desktop::picture();
+    hide({"A"});
+    system().show(std::array{ids["A"]});
+    world.system.reset();
+    expectPicture(before);
+}
+
+TEST_F(I3WindowSystemTest, ReloadAndRestartCostNothing) {
+    open("A");
+    open("B");
+    const auto before = I3Desktop::picture();
+    hide({"A"});
+    I3Desktop::run("reload");
+    if (!I3Desktop::isSway()) {
+        I3Desktop::ask(LinuxPlatform::I3Request::runCommand, "restart");
+        ASSERT_TRUE(spinUntil([&] { return !system().knowsEveryWindow(); }));
+        EXPECT_EQ(system().hidingObstacle(), Platform::HidingObstacle::notKnownYet);
+        ASSERT_TRUE(spinUntil([&] { return system().knowsEveryWindow(); }));
+    }
+    EXPECT_TRUE(isHidden("A"));
+    EXPECT_FALSE(system().hidingObstacle());
+    show({"A"});
+    I3Desktop::run(with("B", "focus"));
+    expectPicture(before);
+}
+
+} // namespace
+} // namespace PlatformTests
