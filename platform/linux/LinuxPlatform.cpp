@@ -310,9 +310,9 @@ Platform::Platform makeLinuxPlatform(const SessionEnvironment& environment) {
     auto session = std::make_shared<Session>(environment);
     const auto stateFolder = std::filesystem::path(g_get_user_state_dir()) / "curtain";
     session->windowState = std::make_unique<FileUserDefaults>(stateFolder, *platform.log);
-    session->windowSystem =
-        windowsOfSession(environment, session->x11.get(), *platform.mainQueue,
-                         EarlierValue(*session->windowState, "takenWindows", sessionMark(environment)));
+    session->windowSystem = windowsOfSession(
+        environment, session->x11.get(), *platform.mainQueue,
+        EarlierValue(*session->windowState, "takenWindows", sessionMark(environment)), platform.log.get());
     platform.hotKeyService = hotKeyServiceOf(*session, platform);
     auto keyboard = std::make_unique<XkbKeyboard>(session->x11.get(), desktopNames(environment));
     platform.systemShortcuts = std::make_unique<DesktopShortcuts>(

@@ -11,13 +11,13 @@ namespace LinuxPlatform {
 
 std::unique_ptr<WindowSystem> windowsOfSession(const SessionEnvironment& environment, X11Connection* x11,
                                                Platform::MainQueue& queue,
-                                               std::optional<EarlierValue> takenWindows) {
+                                               std::optional<EarlierValue> takenWindows, Platform::Log* log) {
     using Platform::HidingObstacle;
     if (!environment.i3Socket.empty() && !environment.isWayland()) {
         return std::make_unique<I3WindowSystem>(
             environment.i3Socket, queue,
             x11 != nullptr ? std::make_unique<X11WindowSystem>(*x11, queue) : nullptr,
-            HidingObstacle::windowManagerIgnoresHiding, std::move(takenWindows));
+            HidingObstacle::windowManagerIgnoresHiding, std::move(takenWindows), log);
     }
     if (x11 == nullptr) {
         return std::make_unique<NoWindowSystem>(environment.isWayland() ? HidingObstacle::waylandSession

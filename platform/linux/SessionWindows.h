@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Log.h"
 #include "platform/MainQueue.h"
 #include "platform/linux/session/EarlierValue.h"
 #include "platform/linux/session/SessionEnvironment.h"
@@ -13,9 +14,11 @@ namespace LinuxPlatform {
 
 /// What lists and hides the windows of this session. `x11` may be null, where there is no X server; it and
 /// the queue outlive the result. `takenWindows` is where it is written down what was hidden, for sessions
-/// that do not remember where a window stood.
+/// that do not remember where a window stood. What the session refuses is written to `log`, which outlives
+/// the result, unless it is null.
 std::unique_ptr<WindowSystem> windowsOfSession(const SessionEnvironment& environment, X11Connection* x11,
                                                Platform::MainQueue& queue,
-                                               std::optional<EarlierValue> takenWindows = std::nullopt);
+                                               std::optional<EarlierValue> takenWindows = std::nullopt,
+                                               Platform::Log* log = nullptr);
 
 } // namespace LinuxPlatform

@@ -5,6 +5,8 @@
 #include "platform/linux/windows/i3/I3WindowSystem.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/HandDrivenQueue.h"
+#include "tests/support/MemoryUserDefaults.h"
+#include "tests/support/RecordingLog.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
@@ -281,8 +283,70 @@ TEST(SilentI3Test, LayoutsThatAreNoneAreNotTakenIn) {
     EXPECT_EQ(odd->focusedWorkspace(), nullptr);
 }
 
+/// Knows of a window in the scratchpad and refuses every command.
+struct RefusingI3Test : testing::Test {
+    RefusingI3Test() {
+        LinuxPlatform::I3Place place;
+        place.workspace = "1";
+        place.levels = {{"splith", {{{7}, 0, {0, 0, 10, 20}}}, 0}};
+        state.setString("taken", "session\n7 " + place.text() + "\n");
+    }
+
+    void serve() {
+        while (const auto request = server.next()) {
+            switch (static_cast<I3Request>(request->type)) {
+            case I3Request::getTree:
+                server.say(message(I3Request::getTree, layout));
+                break;
+            case I3Request::runCommand:
+                commands.push_back(request->payload.toStdString());
+                server.say(message(I3Request::runCommand,
+                                   R"([{"success":true},{"success":false,"error":"No such\nmark"}])"));
+                break;
+            default:
+                server.say(message(request->type, "{\"success\":true}"));
+            }
+        }
+    }
+
+    template <class Condition>
+    bool serveUntil(const Condition& condition) {
+        return spinUntil([&] {
+            serve();
+            return condition();
+        });
+    }
+
+    const QByteArray layout =
+        R"({"type":"root","swallows":[],"nodes":[{"type":"output","name":"__i3","nodes":[{"type":"con","nodes":[
+        {"type":"workspace","name":"__i3_scratch","floating_nodes":[{"type":"floating_con","id":2,"nodes":[
+        {"type":"con","id":3,"window":7}]}]}]}]},{"type":"output","name":"LVDS-1","nodes":[{"type":"con","nodes":[
+        {"type":"workspace","name":"1","id":4,"focused":true}],"focus":[4]}]}]})";
+    ScriptedI3 server;
+    TestSupport::HandDrivenQueue queue;
+    TestSupport::MemoryUserDefaults state;
+    TestSupport::RecordingLog log;
+    std::vector<std::string> commands;
+};
+
+TEST_F(RefusingI3Test, WhatCannotBePutBackIsBroughtUpAndTheRefusalIsLogged) {
+    I3WindowSystem system(server.path(), queue, nullptr, whenSilent,
+                          LinuxPlatform::EarlierValue(state, "taken", "session"), &log);
+    ASSERT_TRUE(server.accept());
+    ASSERT_TRUE(serveUntil([&] { return system.knowsEveryWindow(); }));
+    EXPECT_TRUE(state.contains("taken"));
+    system.show(std::array<LinuxPlatform::WindowId, 1>{7});
+    ASSERT_TRUE(serveUntil([&] { return commands.size() == 2; }));
+    EXPECT_THAT(commands[0],
+                testing::HasSubstr("move --no-auto-back-and-forth container to workspace \"1\""));
+    EXPECT_EQ(commands[1], "[con_id=3] scratchpad show;");
+    EXPECT_FALSE(state.contains("taken"));
+    EXPECT_EQ(log.lines.front(), "A command for windows was refused: No such mark");
+}
+
 TEST(I3PlaceTest, ComesBackFromItsTextAndNonsenseDoesNot) {
     LinuxPlatform::I3Place place;
+    place.process = 4711;
     place.workspace = "1: \"a\"\n\\ \x01";
     place.output = "eDP-1";
     place.isFullscreen = true;

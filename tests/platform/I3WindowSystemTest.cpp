@@ -10,6 +10,8 @@
 #include <utility>
 #include <vector>
 
+#include <unistd.h>
+
 namespace PlatformTests {
 namespace {
 
@@ -42,6 +44,14 @@ struct I3WindowSystemTest : testing::Test {
     static std::string with(const std::string& name, const std::string& command) {
         return "[class=\"^" + name + "$\"] " + command + ";";
     }
+
+    /// As commands name it.
+    std::string numberOf(const std::string& name) {
+        const auto tree = I3Desktop::tree();
+        return std::to_string(tree->find(ids.at(name))->node->id);
+    }
+
+    void waitUntilDrawn(const std::string& name) { world.waitUntilDrawn(ids.at(name)); }
 
     bool isHidden(const std::string& name) {
         const auto& all = system().windows();
@@ -146,8 +156,10 @@ TEST_F(I3WindowSystemTest, TabsAndStacksComeBackInTheirOrder) {
 TEST_F(I3WindowSystemTest, FloatingWindowsKeepTheirPlaceAndStayOutOfTheScratchpad) {
     open("A");
     open("B");
+    waitUntilDrawn("B");
     I3Desktop::run(
         with("B", "floating enable, resize set 300 px 200 px, move absolute position 100 px 120 px"));
+    waitUntilDrawn("B");
     goAndComeBack({"B"});
     const auto before = I3Desktop::picture();
     // It would be put away as a window of the scratchpad.
@@ -164,14 +176,21 @@ TEST_F(I3WindowSystemTest, FullscreenComesBack) {
     open("C");
     I3Desktop::run(with("A", "resize grow right 50 px") + with("B", "focus") +
                    with("B", "fullscreen enable"));
+    waitUntilDrawn("B");
     goAndComeBack({"B"});
+    waitUntilDrawn("B");
     goAndComeBack({"A", "B", "C"});
+    waitUntilDrawn("B");
     I3Desktop::run(with("B", "fullscreen disable"));
+    waitUntilDrawn("B");
     I3Desktop::run(
         with("B", "floating enable, resize set 300 px 200 px, move absolute position 100 px 120 px"));
+    waitUntilDrawn("B");
     const auto before = I3Desktop::picture();
     I3Desktop::run(with("B", "fullscreen enable"));
+    waitUntilDrawn("B");
     goAndComeBack({"B"});
+    waitUntilDrawn("B");
     I3Desktop::run(with("B", "fullscreen disable"));
     expectPicture(before);
 }
@@ -246,6 +265,42 @@ TEST_F(I3WindowSystemTest, TheNextRunGivesBackWhatACrashLeftBehind) {
     ASSERT_TRUE(spinUntil([&] { return !isHidden("A"); }));
     expectPicture(before);
     EXPECT_FALSE(world.state.contains("taken"));
+}
+
+TEST_F(I3WindowSystemTest, PlaceOfAWindowThatWasBroughtUpAfterACrashIsNotGoneBy) {
+    open("A");
+    open("B");
+    hide({"A"});
+    subscription = {};
+    world.system.reset();
+    I3Desktop::run(with("A", "scratchpad show, floating disable") +
+                   with("A", "swap container with con_id " + numberOf("B")) + with("A", "move right"));
+    const auto before = I3Desktop::picture();
+    world.start();
+    ASSERT_FALSE(isHidden("A"));
+    EXPECT_FALSE(world.state.contains("taken"));
+    goAndComeBack({"A"});
+    EXPECT_LT(before.find("B "), before.find("A ")) << before;
+}
+
+TEST_F(I3WindowSystemTest, PlaceOfAnotherProcessIsNotGoneBy) {
+    open("A");
+    open("B");
+    hide({"A"});
+    subscription = {};
+    world.system.reset();
+    auto record = world.state.string("taken").value();
+    const auto process = "\"process\":" + std::to_string(getpid());
+    ASSERT_NE(record.find(process), std::string::npos) << record;
+    record.replace(record.find(process), process.size(), "\"process\":1");
+    world.state.setString("taken", record);
+    world.start();
+    ASSERT_TRUE(isHidden("A"));
+    EXPECT_FALSE(world.state.contains("taken"));
+    // It is its user's.
+    show({"A"});
+    const auto tree = I3Desktop::tree();
+    EXPECT_NE(tree->find(ids["A"])->floating, nullptr) << I3Desktop::picture();
 }
 
 TEST_F(I3WindowSystemTest, WhatIsAskedForAtTheVeryEndHappens) {

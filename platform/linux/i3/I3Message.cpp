@@ -1,5 +1,9 @@
 #include "platform/linux/i3/I3Message.h"
 
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
 #include <array>
 #include <cstring>
 #include <utility>
@@ -24,6 +28,17 @@ QByteArray i3Message(I3Request type, const QByteArray& payload) {
     message.append(reinterpret_cast<const char*>(numbers.data()), sizeof numbers);
     message.append(payload);
     return message;
+}
+
+std::vector<std::string> refusalsIn(const QByteArray& payload) {
+    std::vector<std::string> refusals;
+    const auto results = QJsonDocument::fromJson(payload).array();
+    for (const auto& result : results) {
+        if (!result[QLatin1String("success")].toBool()) {
+            refusals.push_back(result[QLatin1String("error")].toString().simplified().toStdString());
+        }
+    }
+    return refusals;
 }
 
 void I3MessageReader::add(const char* bytes, std::size_t count) {

@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace LinuxPlatform {
 
@@ -34,6 +36,10 @@ struct I3Message {
 };
 
 QByteArray i3Message(I3Request type, const QByteArray& payload);
+
+/// Why commands were not carried out, in the other side's words and each on one line; the payload is the
+/// reply to `runCommand`. Empty where all of them were.
+std::vector<std::string> refusalsIn(const QByteArray& payload);
 
 /// Puts messages together from what comes in, in pieces of any size.
 class I3MessageReader {

@@ -130,7 +130,8 @@ std::string I3Place::text() const {
     for (const auto& level : levels) {
         levelList.append(jsonOf(level));
     }
-    const QJsonObject json{{QStringLiteral("workspace"), qtText(workspace)},
+    const QJsonObject json{{QStringLiteral("process"), number(process.value_or(0))},
+                           {QStringLiteral("workspace"), qtText(workspace)},
                            {QStringLiteral("output"), qtText(output)},
                            {QStringLiteral("floating"), isFloating},
                            {QStringLiteral("rect"), jsonOf(rect)},
@@ -150,6 +151,9 @@ std::optional<I3Place> I3Place::fromText(const std::string& text) {
     place.workspace = json[QLatin1String("workspace")].toString().toStdString();
     if (place.workspace.empty()) {
         return std::nullopt;
+    }
+    if (const auto process = json[QLatin1String("process")].toInteger(); process > 0) {
+        place.process = static_cast<std::uint32_t>(process);
     }
     place.output = json[QLatin1String("output")].toString().toStdString();
     place.isFloating = json[QLatin1String("floating")].toBool();

@@ -3,6 +3,7 @@
 #include "platform/linux/windows/i3/I3Tree.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -32,6 +33,8 @@ struct I3Place {
         bool operator==(const Level&) const = default;
     };
 
+    /// Which the window is of, where it is known: another one's window may have the same number later.
+    std::optional<std::uint32_t> process;
     std::string workspace;
     std::string output;
     bool isFloating = false;

@@ -51,10 +51,11 @@ void addByFocus(const I3Node& node, std::vector<WindowId>& windows) {
 
 I3WindowSystem::I3WindowSystem(const std::filesystem::path& socket, Platform::MainQueue& queue,
                                std::unique_ptr<WindowSystem> x11, Platform::HidingObstacle whenSilent,
-                               std::optional<EarlierValue> record)
+                               std::optional<EarlierValue> record, Platform::Log* log)
     : queue_(queue),
       x11_(std::move(x11)),
       whenSilent_(whenSilent),
+      log_(log),
       silentSince_(queue.now()),
       connection_(socket, queue, {"window", "workspace"},
                   {[this] { look(); },
@@ -210,6 +211,9 @@ void I3WindowSystem::takeIn(const QByteArray& reply) {
         }
     }
     std::erase_if(births_, [this](const auto& birth) { return !exists(birth.first); });
+    if (before == nullptr) {
+        forgetWhatIsNotLeftBehind();
+    }
     noteScratchpad();
     noteChanges(before.get());
     noteWhatIsBack();
@@ -275,6 +279,15 @@ void I3WindowSystem::noteWhatIsBack() {
     std::erase_if(broughtUp_, [this](const auto& window) { return !taken_.contains(window.first); });
 }
 
+void I3WindowSystem::forgetWhatIsNotLeftBehind() {
+    // A window in view was brought up, or has the number of one that is gone; so may one in the scratchpad.
+    taken_.forget([this](WindowId window) {
+        const auto place = placeOf(window);
+        const auto process = processOf(window);
+        return !isHidden(window) || !place || (place->process && process && *place->process != *process);
+    });
+}
+
 void I3WindowSystem::announce(WindowEvent event, WindowId window) {
     if (undelivered_.empty()) {
         queue_.async(lifetime_.weak([this] { deliverEvents(); }));
@@ -338,6 +351,7 @@ void I3WindowSystem::take() {
         const auto* const leaf = tree_->find(id);
         if (leaf != nullptr && !leaf->isInScratchpad()) {
             auto place = I3Place::of(*leaf);
+            place.process = processOf(id);
             place.isOfScratchpad = place.isOfScratchpad || scratchpad_.contains(id);
             for (const auto& returned : unsized_) {
                 place.takeSizes(returned.place);
@@ -376,6 +390,7 @@ void I3WindowSystem::giveBack() {
     }
     std::ranges::move(returns, std::back_inserter(returned_));
     adjustmentsLeft_ = mostAdjustments;
+    wasRefused_ = false;
     command(commands);
     if (commands.empty() && toFocus_) {
         look();
@@ -383,6 +398,9 @@ void I3WindowSystem::giveBack() {
 }
 
 void I3WindowSystem::settleReturned() {
+    if (std::exchange(wasRefused_, false)) {
+        bringUpWhatIsStillAway();
+    }
     if (adjustmentsLeft_ > 0) {
         --adjustmentsLeft_;
         if (const auto commands = commandsToAdjust(*tree_, returned_); !commands.empty()) {
@@ -397,6 +415,17 @@ void I3WindowSystem::settleReturned() {
     if (toFocus_) {
         look();
     }
+}
+
+void I3WindowSystem::bringUpWhatIsStillAway() {
+    const auto isAway = [this](const I3Return& returned) { return isHidden(returned.window); };
+    std::string commands;
+    for (const auto& [window, place] : returned_) {
+        commands += commandsToBringUp(*tree_, window);
+    }
+    taken_.forget([&](WindowId window) { return isHidden(window) && isReturning(window); });
+    std::erase_if(returned_, isAway);
+    command(commands);
 }
 
 void I3WindowSystem::settleUnsized() {
@@ -424,8 +453,18 @@ bool I3WindowSystem::isSizeKnown(WindowId window) const {
 
 void I3WindowSystem::command(const std::string& commands) {
     if (!commands.empty()) {
-        connection_.ask(I3Request::runCommand, QByteArray::fromStdString(commands), nullptr);
+        connection_.ask(I3Request::runCommand, QByteArray::fromStdString(commands),
+                        [this](const QByteArray& reply) { noteRefusals(reply); });
         look();
+    }
+}
+
+void I3WindowSystem::noteRefusals(const QByteArray& reply) {
+    for (const auto& refusal : refusalsIn(reply)) {
+        wasRefused_ = true;
+        if (log_ != nullptr) {
+            log_->writeLine("A command for windows was refused: " + refusal);
+        }
     }
 }
 
@@ -436,6 +475,12 @@ bool I3WindowSystem::isReturning(WindowId window) const {
 std::optional<I3Place> I3WindowSystem::placeOf(WindowId window) const {
     const auto text = taken_.placeOf(window);
     return text ? I3Place::fromText(*text) : std::nullopt;
+}
+
+std::optional<std::uint32_t> I3WindowSystem::processOf(WindowId window) {
+    const auto& all = windows();
+    const auto found = std::ranges::find(all, window, &Window::id);
+    return found != all.end() ? found->hints.process : std::nullopt;
 }
 
 WindowActivation::Scene I3WindowSystem::lookAtScene() const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Lifetime.h"
+#include "platform/Log.h"
 #include "platform/MainQueue.h"
 #include "platform/Subscribers.h"
 #include "platform/linux/i3/I3Connection.h"
@@ -31,10 +32,11 @@ class I3WindowSystem : public WindowSystem {
 public:
     /// `queue` outlives this object. `x11` tells more of the windows of X11 than the layout does; null
     /// without an X server. `whenSilent` is what keeps windows from being hidden while nobody answers at the
-    /// socket. With a record, windows that an earlier run left behind come back to their places.
+    /// socket. With a record, windows that an earlier run left behind come back to their places. What is
+    /// refused is written to `log`, which outlives this object; null where nobody reads it.
     I3WindowSystem(const std::filesystem::path& socket, Platform::MainQueue& queue,
                    std::unique_ptr<WindowSystem> x11, Platform::HidingObstacle whenSilent,
-                   std::optional<EarlierValue> record = std::nullopt);
+                   std::optional<EarlierValue> record = std::nullopt, Platform::Log* log = nullptr);
     ~I3WindowSystem() override;
 
     std::optional<Platform::HidingObstacle> hidingObstacle() override;
@@ -59,6 +61,7 @@ private:
     void noteChanges(const I3Tree* before);
     void noteScratchpad();
     void noteWhatIsBack();
+    void forgetWhatIsNotLeftBehind();
     void announce(WindowEvent event, WindowId window);
     void deliverEvents();
     bool isHidden(WindowId window) const;
@@ -67,11 +70,14 @@ private:
     void take();
     void giveBack();
     void settleReturned();
+    void bringUpWhatIsStillAway();
     void settleUnsized();
     bool isSizeKnown(WindowId window) const;
     void command(const std::string& commands);
+    void noteRefusals(const QByteArray& reply);
     bool isReturning(WindowId window) const;
     std::optional<I3Place> placeOf(WindowId window) const;
+    std::optional<std::uint32_t> processOf(WindowId window);
     WindowActivation::Scene lookAtScene() const;
     void bringToFront(WindowId window);
 
@@ -80,6 +86,7 @@ private:
     Platform::MainQueue& queue_;
     std::unique_ptr<WindowSystem> x11_;
     Platform::HidingObstacle whenSilent_;
+    Platform::Log* log_;
     Seconds silentSince_;
     /// On this connection.
     bool hasAnswered_ = false;
@@ -110,6 +117,8 @@ private:
     /// Back on a workspace that i3 lays out when somebody looks at it.
     std::vector<I3Return> unsized_;
     std::size_t adjustmentsLeft_ = 0;
+    /// A command since windows were last put back.
+    bool wasRefused_ = false;
     std::vector<std::pair<WindowEvent, WindowId>> undelivered_;
     Platform::Subscribers<WindowEvent, Window> handlers_;
     Platform::Subscription x11Events_;
