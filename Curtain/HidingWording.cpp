@@ -16,6 +16,12 @@ std::string_view HidingWording::reason(HidingObstacle obstacle, std::string_view
         return PlatformWording::string(PlatformKey::logOutOnce, lang);
     case HidingObstacle::windowManagerIgnoresHiding:
         return PlatformWording::string(PlatformKey::windowManagerIgnoresHiding, lang);
+    case HidingObstacle::extensionMissing:
+        return PlatformWording::string(PlatformKey::extensionMissing, lang);
+    case HidingObstacle::extensionOff:
+        return PlatformWording::string(PlatformKey::extensionOff, lang);
+    case HidingObstacle::extensionFails:
+        return PlatformWording::string(PlatformKey::extensionFails, lang);
     case HidingObstacle::notKnownYet:
         break;
     }
@@ -30,6 +36,12 @@ std::string_view HidingWording::remedy(HidingObstacle obstacle, std::string_view
         return PlatformWording::string(PlatformKey::startWindowManager, lang);
     case HidingObstacle::windowManagerIgnoresHiding:
         return PlatformWording::string(PlatformKey::chooseAnotherDesktop, lang);
+    case HidingObstacle::extensionMissing:
+        return PlatformWording::string(PlatformKey::installExtension, lang);
+    case HidingObstacle::extensionOff:
+        return PlatformWording::string(PlatformKey::switchExtensionOn, lang);
+    case HidingObstacle::extensionFails:
+        return PlatformWording::string(PlatformKey::chooseX11Session, lang);
     case HidingObstacle::nextSessionNeeded:
     case HidingObstacle::notKnownYet:
         break;

@@ -20,12 +20,20 @@ enum class PlatformKey {
     logOutOnce,
     /// The same: what manages the windows does not hide them when it is asked.
     windowManagerIgnoresHiding,
+    /// The same: the extension of GNOME Shell that hides them is not installed, is switched off, does not
+    /// work.
+    extensionMissing,
+    extensionOff,
+    extensionFails,
     /// The same, for now: the session has not answered yet.
     hidingNotKnownYet,
     /// What helps against noHidingOnWayland, noWindowManager and windowManagerIgnoresHiding.
     chooseX11Session,
     startWindowManager,
     chooseAnotherDesktop,
+    /// What helps against extensionMissing and extensionOff.
+    installExtension,
+    switchExtensionOn,
     /// Where not every window of the session is known.
     privateAppsUnseen,
     /// The same, above the list of running apps.
@@ -88,15 +96,20 @@ std::string_view string(PlatformKey key, std::string_view lang);
 
 template <>
 struct CurtainCore::RawValues<Curtain::PlatformKey> {
-    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 34> cases{{
+    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 39> cases{{
         {Curtain::PlatformKey::noHidingOnWayland, "noHidingOnWayland"},
         {Curtain::PlatformKey::noWindowManager, "noWindowManager"},
         {Curtain::PlatformKey::logOutOnce, "logOutOnce"},
         {Curtain::PlatformKey::windowManagerIgnoresHiding, "windowManagerIgnoresHiding"},
+        {Curtain::PlatformKey::extensionMissing, "extensionMissing"},
+        {Curtain::PlatformKey::extensionOff, "extensionOff"},
+        {Curtain::PlatformKey::extensionFails, "extensionFails"},
         {Curtain::PlatformKey::hidingNotKnownYet, "hidingNotKnownYet"},
         {Curtain::PlatformKey::chooseX11Session, "chooseX11Session"},
         {Curtain::PlatformKey::startWindowManager, "startWindowManager"},
         {Curtain::PlatformKey::chooseAnotherDesktop, "chooseAnotherDesktop"},
+        {Curtain::PlatformKey::installExtension, "installExtension"},
+        {Curtain::PlatformKey::switchExtensionOn, "switchExtensionOn"},
         {Curtain::PlatformKey::privateAppsUnseen, "privateAppsUnseen"},
         {Curtain::PlatformKey::runningAppsUnseen, "runningAppsUnseen"},
         {Curtain::PlatformKey::noSettingsPage, "noSettingsPage"},

@@ -14,6 +14,12 @@ enum class HidingObstacle {
     nextSessionNeeded,
     /// Something manages the windows, and does not do what it is asked when one is to be hidden.
     windowManagerIgnoresHiding,
+    /// What hides them would be an extension of the desktop's shell, and it is not installed.
+    extensionMissing,
+    /// It is installed and switched off.
+    extensionOff,
+    /// It is there and does not work.
+    extensionFails,
     /// The session has not answered yet.
     notKnownYet,
 };

@@ -71,6 +71,12 @@ std::string hidingOf(std::optional<Platform::HidingObstacle> obstacle) {
         return "none can be hidden before the next session";
     case HidingObstacle::windowManagerIgnoresHiding:
         return "none can be hidden, since the window manager does not do what it is asked";
+    case HidingObstacle::extensionMissing:
+        return "none can be hidden, since Curtain's extension for the shell is not installed";
+    case HidingObstacle::extensionOff:
+        return "none can be hidden, since Curtain's extension for the shell is off";
+    case HidingObstacle::extensionFails:
+        return "none can be hidden, since Curtain's extension for the shell does not work";
     case HidingObstacle::notKnownYet:
         break;
     }

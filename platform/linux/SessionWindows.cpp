@@ -2,17 +2,53 @@
 
 #include "platform/linux/windows/ListedWindowSystem.h"
 #include "platform/linux/windows/NoWindowSystem.h"
+#include "platform/linux/windows/StandInWindowSystem.h"
+#include "platform/linux/windows/gnome/GnomeShellProtocol.h"
+#include "platform/linux/windows/gnome/GnomeWindowSystem.h"
 #include "platform/linux/windows/i3/I3WindowSystem.h"
 #include "platform/linux/windows/x11/X11WindowSystem.h"
 
+#include <QDBusConnection>
+#include <glib.h>
+
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 namespace LinuxPlatform {
+namespace {
+
+bool isInFolder(const std::filesystem::path& folder) {
+    std::error_code ignored;
+    return std::filesystem::exists(folder / "gnome-shell/extensions" /
+                                       GnomeShellProtocol::extensionUuid.toStdString() / "metadata.json",
+                                   ignored);
+}
+
+/// Where GNOME Shell looks for extensions when a session begins.
+bool isGnomeExtensionInstalled() {
+    for (const auto* const* folder = g_get_system_data_dirs(); *folder != nullptr; ++folder) {
+        if (isInFolder(*folder)) {
+            return true;
+        }
+    }
+    return isInFolder(g_get_user_data_dir());
+}
+
+} // namespace
 
 std::unique_ptr<WindowSystem> windowsOfSession(const SessionEnvironment& environment, X11Connection* x11,
                                                Platform::MainQueue& queue,
                                                std::optional<EarlierValue> takenWindows, Platform::Log* log) {
     using Platform::HidingObstacle;
+    const auto bus = QDBusConnection::sessionBus();
+    if (environment.isWayland() && environment.windowManager == "GNOME Shell" && bus.isConnected()) {
+        auto others = environment;
+        others.windowManager.reset();
+        return std::make_unique<StandInWindowSystem>(
+            std::make_unique<GnomeWindowSystem>(bus, queue, isGnomeExtensionInstalled),
+            windowsOfSession(others, x11, queue, std::move(takenWindows), log));
+    }
     if (!environment.i3Socket.empty() && !environment.isWayland()) {
         return std::make_unique<I3WindowSystem>(
             environment.i3Socket, queue,

@@ -183,7 +183,10 @@ TEST_F(OnboardingViewModelTest, SaysWhyAppsCannotBeHidden) {
         {Platform::HidingObstacle::noWindowManager, sentence(Curtain::PlatformKey::noWindowManager)},
         {Platform::HidingObstacle::nextSessionNeeded, sentence(Curtain::PlatformKey::logOutOnce)},
         {Platform::HidingObstacle::windowManagerIgnoresHiding,
-         sentence(Curtain::PlatformKey::windowManagerIgnoresHiding)}};
+         sentence(Curtain::PlatformKey::windowManagerIgnoresHiding)},
+        {Platform::HidingObstacle::extensionMissing, sentence(Curtain::PlatformKey::extensionMissing)},
+        {Platform::HidingObstacle::extensionOff, sentence(Curtain::PlatformKey::extensionOff)},
+        {Platform::HidingObstacle::extensionFails, sentence(Curtain::PlatformKey::extensionFails)}};
     system.version = 0;
     for (const auto& [obstacle, text] : cases) {
         system.obstacle = obstacle;
@@ -203,6 +206,11 @@ TEST_F(OnboardingViewModelTest, SaysWhatHelpsAgainstIt) {
          "Start a window manager, or choose a complete desktop at the login screen."},
         {HidingObstacle::windowManagerIgnoresHiding,
          "At the login screen, choose a desktop such as Xfce, MATE or LXQt."},
+        {HidingObstacle::extensionMissing,
+         "Install Curtain from its package, then log out and back in once."},
+        {HidingObstacle::extensionOff, "Switch it on in the Extensions app."},
+        {HidingObstacle::extensionFails,
+         "At the login screen, choose a session marked X11 or Xorg, or a desktop such as Xfce."},
         {HidingObstacle::nextSessionNeeded, ""}};
     system.version = 0;
     for (const auto& [obstacle, remedy] : remedies) {

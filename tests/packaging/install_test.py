@@ -4,6 +4,7 @@ CMAKE in the environment is the program, BUILD the build's folder and VERSION Cu
 """
 
 import configparser
+import json
 import os
 import re
 import stat
@@ -13,7 +14,7 @@ import unittest
 import xml.etree.ElementTree as xml
 from pathlib import Path
 
-from installed_files import ICONS, INSTALLED_FILES, files_below
+from installed_files import GNOME_EXTENSION, ICONS, INSTALLED_FILES, files_below
 
 CMAKE, BUILD, VERSION = (os.environ[name] for name in ("CMAKE", "BUILD", "VERSION"))
 SOURCE = Path(__file__).resolve().parents[2]
@@ -159,6 +160,18 @@ class InstallTest(unittest.TestCase):
             self.assertTrue(xml.fromstring(text).tag.endswith("}svg"), path)
             self.assertEqual("symbolic" in path.name, 'class="ColorScheme-Text"' in text, path)
         self.assertEqual(sections(prefix / ENTRY)["Desktop Entry"]["Icon"], IDENTIFIER)
+
+    def test_the_extension_is_one_for_every_version_of_gnome(self):
+        """Earlier ones take the script, later ones the module; a syntax error in either shows only there."""
+        folder = self.install(self.scratch / "prefix") / GNOME_EXTENSION
+        metadata = json.loads((folder / "metadata.json").read_text())
+        self.assertEqual(metadata["uuid"], folder.name)
+        self.assertEqual([int(version) for version in metadata["shell-version"]], list(range(43, 49)))
+        # What is missing outside of the shell is looked for once the text has been understood.
+        script = run("gjs", str(folder / "__init__.js")).stdout
+        self.assertIn("Typelib file for namespace 'Meta'", script)
+        module = run("gjs", "-m", str(folder / "extension.js")).stdout
+        self.assertIn("Unable to load file from: resource:///org/gnome/shell", module)
 
     def test_screenshots_are_named_where_they_are_published(self):
         build = self.scratch / "build"

@@ -1,6 +1,7 @@
 """What an installation consists of, below its prefix."""
 
 ICONS = "share/icons/hicolor"
+GNOME_EXTENSION = "share/gnome-shell/extensions/curtain@com.curtain.Curtain"
 INSTALLED_FILES = {
     "bin/curtain",
     "share/applications/com.curtain.Curtain.desktop",
@@ -12,6 +13,9 @@ INSTALLED_FILES = {
     f"{ICONS}/symbolic/apps/com.curtain.Curtain-close-symbolic.svg",
     f"{ICONS}/symbolic/apps/com.curtain.Curtain-open-symbolic.svg",
     f"{ICONS}/symbolic/apps/com.curtain.Curtain-symbolic.svg",
+    f"{GNOME_EXTENSION}/__init__.js",
+    f"{GNOME_EXTENSION}/extension.js",
+    f"{GNOME_EXTENSION}/metadata.json",
     "share/man/man1/curtain.1",
     "share/metainfo/com.curtain.Curtain.metainfo.xml",
 }

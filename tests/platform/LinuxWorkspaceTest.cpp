@@ -2,6 +2,7 @@
 
 #include "platform/linux/windows/ListedWindowSystem.h"
 #include "platform/linux/windows/NoWindowSystem.h"
+#include "platform/linux/windows/StandInWindowSystem.h"
 #include "platform/linux/workspace/InterfaceLevel.h"
 #include "tests/support/FakeWindowSystem.h"
 #include "tests/support/HandDrivenQueue.h"
@@ -145,6 +146,50 @@ TEST(ListedWindowSystemTest, ListsWindowsAndLeavesThemAlone) {
         EXPECT_NE(listed.generation(), before);
         EXPECT_EQ(listed.windows().size(), 2U);
     }
+}
+
+TEST(StandInWindowSystemTest, ListsOtherWindowsUntilTheSessionsOwnCanBeReached) {
+    using LinuxPlatform::WindowEvent;
+    using LinuxPlatform::WindowId;
+    auto own = std::make_unique<TestSupport::FakeWindowSystem>();
+    auto other = std::make_unique<TestSupport::FakeWindowSystem>();
+    auto& windows = *own;
+    auto& standIn = *other;
+    windows.everyWindowIsKnown = false;
+    windows.obstacle = Platform::HidingObstacle::extensionOff;
+    standIn.open(7, "a", 10);
+    standIn.everyWindowIsKnown = false;
+    LinuxPlatform::StandInWindowSystem system(std::move(own), std::move(other));
+    std::vector<WindowId> told;
+    auto subscription = system.addEventHandler(
+        [&](WindowEvent, const LinuxPlatform::Window& window) { told.push_back(window.id); });
+    EXPECT_EQ(system.hidingObstacle(), Platform::HidingObstacle::extensionOff);
+    EXPECT_FALSE(system.knowsEveryWindow());
+    EXPECT_TRUE(system.exists(7));
+    EXPECT_EQ(system.windows().size(), 1U);
+    standIn.send(WindowEvent::opened, 7);
+    EXPECT_THAT(told, ElementsAre(7));
+
+    const auto before = system.generation();
+    EXPECT_EQ(system.generation(), before);
+    windows.everyWindowIsKnown = true;
+    windows.obstacle.reset();
+    windows.open(1, "b", 11);
+    windows.open(2, "c", 12);
+    EXPECT_NE(system.generation(), before);
+    EXPECT_EQ(system.hidingObstacle(), std::nullopt);
+    EXPECT_TRUE(system.knowsEveryWindow());
+    EXPECT_FALSE(system.exists(7));
+    EXPECT_EQ(system.windows().size(), 2U);
+    standIn.send(WindowEvent::opened, 7);
+    windows.send(WindowEvent::opened, 2);
+    EXPECT_THAT(told, ElementsAre(7, 2));
+    system.hide(std::array<WindowId, 1>{2});
+    EXPECT_TRUE(windows.at(2).isHidden);
+    EXPECT_TRUE(standIn.hidden.empty());
+    subscription = {};
+    windows.send(WindowEvent::opened, 1);
+    EXPECT_THAT(told, ElementsAre(7, 2));
 }
 
 TEST_F(LinuxWorkspaceTest, InstancesWithAVisibleWindowComeFirst) {

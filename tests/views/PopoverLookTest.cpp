@@ -185,6 +185,9 @@ TEST_F(PopoverLook, EveryObstacle) {
     for (const auto& [obstacle, name] : {std::pair{HidingObstacle::noWindowManager, "manager"},
                                          {HidingObstacle::nextSessionNeeded, "session"},
                                          {HidingObstacle::windowManagerIgnoresHiding, "ignored"},
+                                         {HidingObstacle::extensionMissing, "extension"},
+                                         {HidingObstacle::extensionOff, "extension-off"},
+                                         {HidingObstacle::extensionFails, "extension-fails"},
                                          {HidingObstacle::notKnownYet, "open"}}) {
         inEveryLanguage(std::string("obstacle-") + name, [obstacle = obstacle](auto& world) {
             world.isPrivacyModeActive = true;

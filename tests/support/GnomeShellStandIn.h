@@ -1,0 +1,78 @@
+#pragma once
+
+#include "platform/linux/windows/WindowId.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/EventLoop.h"
+#include "tests/support/PrivateBus.h"
+
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusReply>
+#include <QString>
+#include <QVariantList>
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace TestSupport {
+
+/// GNOME Shell as far as Curtain's extension asks it, with the extension's own code on top, on a bus of its
+/// own. The test acts as the user of its windows.
+class GnomeShellStandIn {
+public:
+    static constexpr int on = 1;
+    static constexpr int off = 2;
+    static constexpr int error = 3;
+    static constexpr int outOfDate = 4;
+    static constexpr std::uint32_t windowProcess = 4242;
+
+    GnomeShellStandIn() {
+        EXPECT_TRUE(spinUntil([this] {
+            return user_.interface()->isServiceRegistered(QStringLiteral("org.gnome.Shell")).value();
+        }));
+    }
+
+    QDBusConnection connect() const {
+        // Connections are remembered by their names.
+        static int count = 0;
+        return bus_.connect(QStringLiteral("gnome-shell-stand-in-%1").arg(++count));
+    }
+
+    pid_t process() const { return process_.id(); }
+
+    /// As the shell knows the extension; only one that is on answers.
+    void setExtension(int state) { call(QStringLiteral("SetExtension"), QVariantList{state}); }
+
+    QVariant call(const QString& method, const QVariantList& arguments = {}) const {
+        auto request = QDBusMessage::createMethodCall(QStringLiteral("org.gnome.Shell"),
+                                                      QStringLiteral("/org/gnome/Shell"),
+                                                      QStringLiteral("com.curtain.Test.Shell"), method);
+        request.setArguments(arguments);
+        // Curtain's side goes on meanwhile.
+        const QDBusPendingCallWatcher answer(user_.asyncCall(request));
+        EXPECT_TRUE(spinUntil([&] { return answer.isFinished(); })) << method.toStdString();
+        EXPECT_FALSE(answer.isError())
+            << method.toStdString() << ": " << answer.error().message().toStdString();
+        return answer.reply().arguments().value(0);
+    }
+
+    QVariant call(const QString& method, LinuxPlatform::WindowId window) const {
+        return call(method, QVariantList{QVariant::fromValue<qulonglong>(window)});
+    }
+
+    LinuxPlatform::WindowId open(const std::string& name) const {
+        return call(QStringLiteral("Open"), QVariantList{QString::fromStdString(name)}).toULongLong();
+    }
+
+private:
+    PrivateBus bus_;
+    ChildProcess process_{{"env", "DBUS_SESSION_BUS_ADDRESS=" + bus_.address(), "gjs", GNOME_SHELL_STAND_IN}};
+    QDBusConnection user_ = connect();
+};
+
+} // namespace TestSupport
