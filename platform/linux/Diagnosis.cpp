@@ -86,6 +86,10 @@ std::string hidingOf(std::optional<Platform::HidingObstacle> obstacle) {
 /// As the back end says that Curtain would choose.
 std::string windowsOf(const SessionEnvironment& environment, X11Connection* x11,
                       Platform::MainQueue& mainQueue) {
+    if (isScriptedKWin(environment)) {
+        // It would take the place of the script of a Curtain that runs.
+        return "asked of a script that Curtain gives KWin, which has not been tried";
+    }
     const auto system = windowsOfSession(environment, x11, mainQueue);
     const auto count = system->windows().size();
     const auto obstacle = system->hidingObstacle();

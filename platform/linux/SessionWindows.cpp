@@ -6,9 +6,11 @@
 #include "platform/linux/windows/gnome/GnomeShellProtocol.h"
 #include "platform/linux/windows/gnome/GnomeWindowSystem.h"
 #include "platform/linux/windows/i3/I3WindowSystem.h"
+#include "platform/linux/windows/kwin/KWinWindowSystem.h"
 #include "platform/linux/windows/x11/X11WindowSystem.h"
 
 #include <QDBusConnection>
+
 #include <glib.h>
 
 #include <filesystem>
@@ -37,6 +39,11 @@ bool isGnomeExtensionInstalled() {
 
 } // namespace
 
+bool isScriptedKWin(const SessionEnvironment& environment) {
+    return environment.isWayland() && environment.windowManager == "KWin" &&
+           QDBusConnection::sessionBus().isConnected();
+}
+
 std::unique_ptr<WindowSystem> windowsOfSession(const SessionEnvironment& environment, X11Connection* x11,
                                                Platform::MainQueue& queue,
                                                std::optional<EarlierValue> takenWindows, Platform::Log* log) {
@@ -54,6 +61,10 @@ std::unique_ptr<WindowSystem> windowsOfSession(const SessionEnvironment& environ
             environment.i3Socket, queue,
             x11 != nullptr ? std::make_unique<X11WindowSystem>(*x11, queue) : nullptr,
             HidingObstacle::windowManagerIgnoresHiding, std::move(takenWindows), log);
+    }
+    if (isScriptedKWin(environment)) {
+        return std::make_unique<KWinWindowSystem>(QDBusConnection::sessionBus(), queue,
+                                                  g_get_user_runtime_dir());
     }
     if (x11 == nullptr) {
         return std::make_unique<NoWindowSystem>(environment.isWayland() ? HidingObstacle::waylandSession

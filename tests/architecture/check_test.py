@@ -149,7 +149,8 @@ class CheckTest(unittest.TestCase):
         for path in ["platform/linux/tray/A.cpp", "platform/linux/dbus/A.h", "Curtain/main.cpp"]:
             for use in ["name = reply.service();", "answer_->reply().service()", "message->service( )"]:
                 self.assert_refused(f"{path}:2", f"\n{use}\n")
-        self.assert_passes({"platform/linux/A.cpp": "// reply.service()\nservice(); a.service(name);",
+        self.assert_passes({"platform/linux/dbus/Caller.h": "call.service();",
+                            "platform/linux/A.cpp": "// reply.service()\nservice(); a.service(name);",
                             "tests/A.cpp": "question.service();"})
 
     def test_reads_no_comments_for_code(self):

@@ -1,0 +1,142 @@
+#include "platform/linux/windows/kwin/KWinScripts.h"
+
+#include <QJsonDocument>
+
+namespace LinuxPlatform::KWinScripts {
+namespace {
+
+/// Versions 5 and 6 name some things differently. `address` and `load` stand before it.
+constexpr auto common = R"js(
+function tell(report) {
+    report.load = load;
+    callDBus(address[0], address[1], address[2], "Report", JSON.stringify(report));
+}
+function allWindows() {
+    return workspace.windowList ? workspace.windowList() : workspace.clientList();
+}
+)js";
+
+constexpr auto watcherText = R"js(
+function isOnDesktop(window) {
+    if (window.onAllDesktops) {
+        return true;
+    }
+    if (typeof workspace.currentDesktop === "number") {
+        return window.desktop === workspace.currentDesktop;
+    }
+    return window.desktops.some(function (desktop) { return desktop.id === workspace.currentDesktop.id; });
+}
+function isHere(window) {
+    return isOnDesktop(window) &&
+        (window.activities.length === 0 || window.activities.indexOf(workspace.currentActivity) >= 0);
+}
+function belongsToAnApp(window) {
+    return window.managed !== false && !window.desktopWindow && !window.dock && !window.popupWindow &&
+        !window.tooltip && !window.dropdownMenu && !window.popupMenu && !window.comboBox && !window.dndIcon &&
+        !window.notification && !window.criticalNotification && !window.onScreenDisplay &&
+        !window.appletPopup && !window.outline && !window.deleted;
+}
+function idOf(window) {
+    return String(window.internalId);
+}
+function described(window) {
+    return {
+        id: idOf(window),
+        name: String(window.resourceName),
+        "class": String(window.resourceClass),
+        desktopFile: String(window.desktopFileName),
+        pid: window.pid,
+        client: window.windowId ? Math.floor(window.windowId / 0x200000) : 0,
+        stacking: window.stackingOrder,
+        isMinimized: window.minimized,
+        isInTaskList: !window.skipTaskbar,
+        isHere: isHere(window)
+    };
+}
+function follow(window) {
+    ["minimizedChanged", "windowClassChanged", "desktopFileNameChanged", "skipTaskbarChanged", "desktopChanged",
+     "desktopsChanged", "activitiesChanged"].forEach(function (name) {
+        if (window[name]) {
+            window[name].connect(function () { tell({event: "changed", window: described(window)}); });
+        }
+    });
+}
+function tellWhatIsHere() {
+    tell({event: "here", ids: allWindows().filter(belongsToAnApp).filter(isHere).map(idOf)});
+}
+(workspace.windowAdded || workspace.clientAdded).connect(function (window) {
+    if (belongsToAnApp(window)) {
+        follow(window);
+        tell({event: "opened", window: described(window)});
+    }
+});
+(workspace.windowRemoved || workspace.clientRemoved).connect(function (window) {
+    tell({event: "closed", id: idOf(window)});
+});
+(workspace.windowActivated || workspace.clientActivated).connect(function (window) {
+    tell({event: "activated", id: window ? idOf(window) : ""});
+});
+workspace.currentDesktopChanged.connect(tellWhatIsHere);
+workspace.currentActivityChanged.connect(tellWhatIsHere);
+var present = allWindows().filter(belongsToAnApp);
+present.forEach(follow);
+var active = "activeWindow" in workspace ? workspace.activeWindow : workspace.activeClient;
+tell({event: "list", windows: present.map(described), active: active ? idOf(active) : ""});
+)js";
+
+/// `requests` and `number` stand before it.
+constexpr auto requestsText = R"js(
+var windows = {};
+allWindows().forEach(function (window) { windows[String(window.internalId)] = window; });
+function setMinimized(window, isMinimized) {
+    if (window.minimized !== isMinimized) {
+        window.minimized = isMinimized;
+    }
+}
+var acts = {
+    hide: function (window) { setMinimized(window, true); },
+    show: function (window) { setMinimized(window, false); },
+    activate: function (window) {
+        if ("activeWindow" in workspace) {
+            workspace.activeWindow = window;
+        } else {
+            workspace.activeClient = window;
+        }
+    }
+};
+requests.forEach(function (request) {
+    var present = request.ids.map(function (id) { return windows[id]; }).filter(Boolean);
+    present.forEach(acts[request.act]);
+    // Some windows may be minimized only after those that they belong to.
+    if (request.act === "hide") {
+        present.forEach(acts.hide);
+    }
+});
+tell({event: "done", request: number});
+)js";
+
+std::string literal(const QJsonArray& value) {
+    return QJsonDocument(value).toJson(QJsonDocument::Compact).toStdString();
+}
+
+/// A function keeps the names of several scripts apart in engines that they share.
+std::string script(const Address& address, std::uint64_t load, const std::string& text) {
+    return "(function () {\n\"use strict\";\nvar address = " +
+           literal({address.service, address.path, address.interfaceName}) +
+           ";\nvar load = " + std::to_string(load) + ";\n" + common + text + "})();\n";
+}
+
+} // namespace
+
+std::string watcher(const Address& address, std::uint64_t load) {
+    return script(address, load, watcherText);
+}
+
+std::string requests(const Address& address, std::uint64_t load, std::uint64_t number,
+                     const QJsonArray& requests) {
+    return script(address, load,
+                  "var requests = " + literal(requests) + ";\nvar number = " + std::to_string(number) +
+                      ";\n" + requestsText);
+}
+
+} // namespace LinuxPlatform::KWinScripts

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QJsonArray>
+#include <QString>
+
+#include <cstdint>
+#include <string>
+
+namespace LinuxPlatform::KWinScripts {
+
+/// Where the scripts report: the method Report of an object, which takes one text, a JSON object. Its "load"
+/// is the number that the script was made with, and its "event" one of
+/// - "list": "windows", all that there are, and "active", the one that has the focus or nothing,
+/// - "opened" and "changed": "window",
+/// - "closed": "id",
+/// - "activated": "id", or nothing where no window has the focus now,
+/// - "here": "ids", the windows that are on the present desktop and activity,
+/// - "done": "request", the number of requests that have been carried out.
+/// A window has its "id" as KWin writes it, "name" and "class", "desktopFile", "pid" (not positive where it
+/// is not known), "client" (of an X11 window, a number for its connection), "stacking" (from the bottom up),
+/// and whether it "isMinimized", "isInTaskList" and "isHere".
+struct Address {
+    /// A unique name on the bus.
+    QString service;
+    QString path;
+    QString interfaceName;
+};
+
+/// Reports all windows once and then whatever happens to them, for as long as it is loaded.
+std::string watcher(const Address& address, std::uint64_t load);
+
+/// Carries out what is asked, once, and reports that with `number`. Each request has "act", one of "hide",
+/// "show" and "activate", and the "ids" of windows; it is data for the script and cannot become code.
+std::string requests(const Address& address, std::uint64_t load, std::uint64_t number,
+                     const QJsonArray& requests);
+
+} // namespace LinuxPlatform::KWinScripts

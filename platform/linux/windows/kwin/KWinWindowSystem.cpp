@@ -1,0 +1,309 @@
+#include "platform/linux/windows/kwin/KWinWindowSystem.h"
+
+#include "platform/linux/dbus/Caller.h"
+#include "platform/linux/windows/kwin/KWinScripts.h"
+
+#include <QDBusVirtualObject>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <algorithm>
+#include <array>
+#include <functional>
+
+namespace LinuxPlatform {
+namespace {
+
+const QString busName = QStringLiteral("org.kde.KWin");
+const QString path = QStringLiteral("/com/curtain/KWinWindows");
+const QString interfaceName = QStringLiteral("com.curtain.KWinWindows");
+const QString watcherName = QStringLiteral("curtain-windows");
+const QString requestsName = QStringLiteral("curtain-requests");
+
+/// However busy KWin is, it has answered by then, or it will not.
+constexpr Platform::MainQueue::Seconds answerDeadline{5};
+constexpr Platform::MainQueue::Seconds pauseBetweenTries{0.5};
+/// What has been asked takes a few milliseconds.
+constexpr Platform::MainQueue::Seconds patience{1};
+/// Somebody may have unloaded the script, of which nothing tells.
+constexpr Platform::MainQueue::Seconds lookInterval{2};
+
+} // namespace
+
+/// What the scripts report to.
+class KWinWindowSystem::Object : public QDBusVirtualObject {
+public:
+    using Receive = std::function<void(const QString& sender, const QByteArray& text)>;
+
+    Object(QDBusConnection bus, Receive receive) : bus_(std::move(bus)), receive_(std::move(receive)) {
+        bus_.registerVirtualObject(path, this, QDBusConnection::SingleNode);
+    }
+    ~Object() override { bus_.unregisterObject(path); }
+    Object(const Object&) = delete;
+    Object& operator=(const Object&) = delete;
+
+    QString introspect(const QString& /*path*/) const override {
+        return QStringLiteral("<interface name=\"%1\"><method name=\"Report\">"
+                              "<arg type=\"s\" name=\"report\" direction=\"in\"/></method></interface>")
+            .arg(interfaceName);
+    }
+
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
+        if (message.interface() != interfaceName || message.member() != QStringLiteral("Report") ||
+            message.signature() != QStringLiteral("s")) {
+            return false;
+        }
+        if (message.isReplyRequired()) {
+            connection.send(message.createReply());
+        }
+        receive_(callerOf(message), message.arguments().constFirst().toString().toUtf8());
+        return true;
+    }
+
+private:
+    QDBusConnection bus_;
+    Receive receive_;
+};
+
+KWinWindowSystem::KWinWindowSystem(const QDBusConnection& bus, Platform::MainQueue& queue,
+                                   std::filesystem::path folder)
+    : bus_(bus),
+      queue_(queue),
+      scripting_(bus, queue, std::move(folder)),
+      object_(std::make_unique<Object>(
+          bus, [this](const QString& sender, const QByteArray& text) { receive(sender, text); })),
+      stateSince_(queue.now()),
+      lookedAt_(queue.now()),
+      leaving_(queue),
+      activation_(
+          queue, [this] { return lookAtScene(); },
+          [this](WindowId window) { request(KWinRequests::Act::activate, std::array{window}); }),
+      kwin_(bus, busName, [this] { beginAnew(); }) {}
+
+KWinWindowSystem::~KWinWindowSystem() {
+    if (!kwin_.owner().isEmpty()) {
+        scripting_.unload(kwin_.owner(), watcherName);
+        scripting_.unload(kwin_.owner(), requestsName);
+    }
+}
+
+// Whether KWin works for us
+
+std::optional<Platform::HidingObstacle> KWinWindowSystem::hidingObstacle() {
+    look();
+    if (state_ == State::ready && !isBusy()) {
+        return std::nullopt;
+    }
+    return state_ == State::failed ? Platform::HidingObstacle::waylandSession
+                                   : Platform::HidingObstacle::notKnownYet;
+}
+
+bool KWinWindowSystem::knowsEveryWindow() {
+    return state_ == State::ready;
+}
+
+bool KWinWindowSystem::isBusy() const {
+    return requestedAt_ && queue_.now() - *requestedAt_ > patience;
+}
+
+void KWinWindowSystem::setState(State state) {
+    state_ = state;
+    stateSince_ = queue_.now();
+}
+
+void KWinWindowSystem::beginAnew() {
+    setState(State::starting);
+    loadWatcher();
+}
+
+void KWinWindowSystem::loadWatcher() {
+    isListed_ = false;
+    ++load_;
+    if (kwin_.owner().isEmpty()) {
+        return;
+    }
+    scripting_.run(
+        kwin_.owner(), watcherName, KWinScripts::watcher({bus_.baseService(), path, interfaceName}, load_),
+        [this] { return isListed_; },
+        [this, load = load_](bool isRunning) {
+            if (!isRunning && load == load_) {
+                watcherFailed();
+            }
+        });
+}
+
+void KWinWindowSystem::watcherFailed() {
+    if (state_ == State::starting && queue_.now() - stateSince_ < answerDeadline) {
+        queue_.asyncAfter(pauseBetweenTries, lifetime_.weak([this, load = load_] {
+            if (load == load_) {
+                loadWatcher();
+            }
+        }));
+        return;
+    }
+    setState(State::failed);
+}
+
+void KWinWindowSystem::look() {
+    const auto now = queue_.now();
+    if (now - lookedAt_ < lookInterval) {
+        return;
+    }
+    lookedAt_ = now;
+    if (state_ == State::ready) {
+        scripting_.askWhetherLoaded(kwin_.owner(), watcherName, [this, load = load_](bool isLoaded) {
+            if (!isLoaded && load == load_) {
+                beginAnew();
+            }
+        });
+    } else if (now - stateSince_ > answerDeadline) {
+        setState(State::failed);
+        loadWatcher();
+    }
+}
+
+// What there is
+
+std::uint64_t KWinWindowSystem::generation() {
+    return model_.generation();
+}
+
+const std::vector<Window>& KWinWindowSystem::windows() {
+    return model_.windows();
+}
+
+bool KWinWindowSystem::exists(WindowId window) const {
+    return model_.find(window) != nullptr;
+}
+
+void KWinWindowSystem::receive(const QString& sender, const QByteArray& text) {
+    const auto report = QJsonDocument::fromJson(text).object();
+    const auto load = report.value(QLatin1String("load")).toInteger();
+    if (sender != kwin_.owner() || load != static_cast<qint64>(load_)) {
+        return;
+    }
+    const auto event = report.value(QLatin1String("event")).toString();
+    if (event == QStringLiteral("done")) {
+        isRequestDone_ = isRequestDone_ || report.value(QLatin1String("request")).toInteger() ==
+                                               static_cast<qint64>(lastRequest_);
+        return;
+    }
+    takeNoteOf(model_.take(report));
+    if (event == QStringLiteral("list")) {
+        isListed_ = true;
+        setState(State::ready);
+        sendRequests();
+    }
+}
+
+void KWinWindowSystem::takeNoteOf(const KWinWindowModel::Changes& changes) {
+    for (const auto window : changes.opened) {
+        undelivered_.emplace_back(WindowEvent::opened, window);
+    }
+    for (const auto window : changes.returned) {
+        undelivered_.emplace_back(WindowEvent::activated, window);
+    }
+    if (changes.activated && !leaving_.contains(*changes.activated)) {
+        undelivered_.emplace_back(WindowEvent::activated, *changes.activated);
+    }
+    if (!changes.empty()) {
+        queue_.async(lifetime_.weak([this] { deliverEvents(); }));
+    }
+}
+
+void KWinWindowSystem::deliverEvents() {
+    for (const auto& [event, id] : std::exchange(undelivered_, {})) {
+        const auto* const window = model_.find(id);
+        if (window == nullptr) {
+            continue;
+        }
+        // It was asked to hide after that.
+        if (event == WindowEvent::activated && (window->isHidden || leaving_.contains(id))) {
+            continue;
+        }
+        handlers_.tell(event, Window(*window));
+    }
+}
+
+Platform::Subscription KWinWindowSystem::addEventHandler(EventHandler handler) {
+    return handlers_.add(std::move(handler));
+}
+
+// What is asked
+
+void KWinWindowSystem::hide(std::span<const WindowId> windows) {
+    activation_.forget([this](WindowId window) { return !exists(window); });
+    activation_.noteHiding(windows, model_.active());
+    leaving_.add(windows);
+    request(KWinRequests::Act::hide, windows);
+}
+
+void KWinWindowSystem::show(std::span<const WindowId> windows) {
+    leaving_.remove([&](WindowId window) { return std::ranges::find(windows, window) != windows.end(); });
+    request(KWinRequests::Act::show, windows);
+}
+
+void KWinWindowSystem::activate(std::span<const WindowId> windows) {
+    activation_.request(windows);
+}
+
+WindowActivation::Scene KWinWindowSystem::lookAtScene() const {
+    return {model_.stackingOrder(), [this](WindowId window) { return model_.isHere(window); }};
+}
+
+void KWinWindowSystem::request(KWinRequests::Act act, std::span<const WindowId> windows) {
+    QStringList names;
+    for (const auto window : windows) {
+        if (const auto name = model_.nameOf(window); !name.isEmpty()) {
+            names.append(name);
+        }
+    }
+    requests_.add(act, names);
+    // What is asked in one turn goes together.
+    if (!std::exchange(isSendingScheduled_, true)) {
+        queue_.async(lifetime_.weak([this] {
+            isSendingScheduled_ = false;
+            sendRequests();
+        }));
+    }
+}
+
+void KWinWindowSystem::sendRequests() {
+    if (state_ != State::ready || requestedAt_ || requests_.isEmpty()) {
+        return;
+    }
+    requestedAt_ = queue_.now();
+    isRequestDone_ = false;
+    ++lastRequest_;
+    sent_ = requests_.takePortion();
+    scripting_.run(
+        kwin_.owner(), requestsName,
+        KWinScripts::requests({bus_.baseService(), path, interfaceName}, load_, lastRequest_, sent_),
+        [this] { return isRequestDone_; }, [this](bool isRunning) { requestsEnded(isRunning); });
+}
+
+void KWinWindowSystem::requestsEnded(bool wereCarriedOut) {
+    requestedAt_.reset();
+    scripting_.unload(kwin_.owner(), requestsName);
+    if (requests_.isEmpty()) {
+        leaving_.remove([](WindowId) { return true; });
+    }
+    if (wereCarriedOut) {
+        isSecondTry_ = false;
+        sendRequests();
+    } else {
+        tryAgain();
+    }
+}
+
+void KWinWindowSystem::tryAgain() {
+    // KWin has ended or somebody has unloaded the script. Once more is enough to find out.
+    if (!std::exchange(isSecondTry_, true)) {
+        requests_.putBack(std::move(sent_));
+    }
+    if (state_ == State::ready) {
+        beginAnew();
+    }
+}
+
+} // namespace LinuxPlatform

@@ -1,0 +1,99 @@
+#pragma once
+
+#include "platform/Lifetime.h"
+#include "platform/MainQueue.h"
+#include "platform/Subscribers.h"
+#include "platform/linux/dbus/BusNameOwner.h"
+#include "platform/linux/windows/LeavingWindows.h"
+#include "platform/linux/windows/WindowActivation.h"
+#include "platform/linux/windows/WindowSystem.h"
+#include "platform/linux/windows/kwin/KWinRequests.h"
+#include "platform/linux/windows/kwin/KWinScripting.h"
+#include "platform/linux/windows/kwin/KWinWindowModel.h"
+
+#include <QDBusConnection>
+#include <QJsonArray>
+#include <QString>
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <span>
+#include <utility>
+#include <vector>
+
+namespace LinuxPlatform {
+
+/// The windows of a session of KWin 5 or 6, its own and those of X11 programs. A script that we give KWin
+/// reports them; what is asked is carried out by another one, which is loaded for that and unloaded again.
+class KWinWindowSystem : public WindowSystem {
+public:
+    /// `queue` outlives this object. `folder` is one of the user's own that KWin can read.
+    KWinWindowSystem(const QDBusConnection& bus, Platform::MainQueue& queue, std::filesystem::path folder);
+    /// KWin forgets the scripts.
+    ~KWinWindowSystem() override;
+    KWinWindowSystem(const KWinWindowSystem&) = delete;
+    KWinWindowSystem& operator=(const KWinWindowSystem&) = delete;
+
+    std::optional<Platform::HidingObstacle> hidingObstacle() override;
+    bool knowsEveryWindow() override;
+    std::uint64_t generation() override;
+    const std::vector<Window>& windows() override;
+    bool exists(WindowId window) const override;
+    void hide(std::span<const WindowId> windows) override;
+    void show(std::span<const WindowId> windows) override;
+    void activate(std::span<const WindowId> windows) override;
+    Platform::Subscription addEventHandler(EventHandler handler) override;
+
+private:
+    using Seconds = Platform::MainQueue::Seconds;
+    class Object;
+
+    enum class State { starting, ready, failed };
+
+    void setState(State state);
+    void beginAnew();
+    void loadWatcher();
+    void watcherFailed();
+    void look();
+    bool isBusy() const;
+
+    void receive(const QString& sender, const QByteArray& text);
+    void takeNoteOf(const KWinWindowModel::Changes& changes);
+    void deliverEvents();
+
+    void request(KWinRequests::Act act, std::span<const WindowId> windows);
+    void sendRequests();
+    void requestsEnded(bool wereCarriedOut);
+    void tryAgain();
+    WindowActivation::Scene lookAtScene() const;
+
+    QDBusConnection bus_;
+    Platform::MainQueue& queue_;
+    KWinScripting scripting_;
+    KWinWindowModel model_;
+    std::unique_ptr<Object> object_;
+    State state_ = State::starting;
+    Seconds stateSince_;
+    Seconds lookedAt_;
+    /// Names the script whose reports count; those of earlier ones do not.
+    std::uint64_t load_ = 0;
+    bool isListed_ = false;
+    KWinRequests requests_;
+    QJsonArray sent_;
+    bool isSecondTry_ = false;
+    bool isSendingScheduled_ = false;
+    /// Since when requests are being carried out.
+    std::optional<Seconds> requestedAt_;
+    std::uint64_t lastRequest_ = 0;
+    bool isRequestDone_ = false;
+    LeavingWindows leaving_;
+    WindowActivation activation_;
+    std::vector<std::pair<WindowEvent, WindowId>> undelivered_;
+    Platform::Subscribers<WindowEvent, Window> handlers_;
+    Platform::Lifetime lifetime_;
+    BusNameOwner kwin_;
+};
+
+} // namespace LinuxPlatform

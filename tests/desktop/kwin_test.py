@@ -1,0 +1,190 @@
+"""Checks privacy mode in a Wayland session of KWin, with programs of X11 and of Wayland.
+
+It runs with --session kwin.
+"""
+
+import os
+import re
+import subprocess
+import unittest
+
+from desktop_case import (MOUSEPAD, URXVT_COLOUR, XTERM, XTERM_COLOUR, DesktopCase, Display, Rectangle, stays, wait_until,
+                          write_preferences)
+
+WIDTH, HEIGHT = 1280, 800
+# With the focus and without it.
+EDITOR_COLOURS = ("#ffffff", "#fcfcfc")
+SCRIPT = "curtain-windows"
+# A script that does nothing.
+OTHER_SCRIPT = "workspace.currentDesktop;\n"
+BRINGING_EDITOR_BACK = """\
+(workspace.windowList ? workspace.windowList() : workspace.clientList()).forEach(function (window) {
+    if (String(window.resourceClass).toLowerCase().indexOf("mousepad") >= 0) {
+        window.minimized = false;
+        workspace[workspace.windowList ? "activeWindow" : "activeClient"] = window;
+    }
+});
+"""
+
+
+def gdbus(service, path, method, *arguments):
+    return subprocess.run(["gdbus", "call", "--session", "--dest", service, "--object-path", path, "--method", method,
+                           *arguments], check=True, capture_output=True, text=True).stdout
+
+
+def scripting(method, *arguments):
+    return gdbus("org.kde.KWin", "/Scripting", f"org.kde.kwin.Scripting.{method}", *arguments)
+
+
+class KWinTest(DesktopCase):
+    def setUp(self):
+        super().setUp()
+        self.screen = Display(os.environ["VIRTUAL_DESKTOP_SCREEN"])
+        self.addCleanup(self.screen.close)
+
+    def pixels(self):
+        pixels = bytearray(self.screen.pixels(Rectangle(0, 0, WIDTH, HEIGHT)))
+        # Programs leave anything in the padding.
+        pixels[3::4] = bytes(WIDTH * HEIGHT)
+        return bytes(pixels)
+
+    def seen(self):
+        """Which of the programs are seen."""
+        pixels = self.pixels()
+
+        def shows(colour):
+            red, green, blue = bytes.fromhex(colour[1:])
+            return bytes((blue, green, red, 0)) * 50 in pixels
+        colours = {"xterm": (XTERM_COLOUR,), "editor": EDITOR_COLOURS, "urxvt": (URXVT_COLOUR,)}
+        return {program for program, choice in colours.items() if any(map(shows, choice))}
+
+    def wait_seen(self, *programs):
+        wait_until(lambda: self.seen() == set(programs), f"{programs} are seen", seen=self.seen)
+
+    def act(self, action):
+        gdbus("com.curtain.Curtain", "/com/curtain/Curtain", "org.freedesktop.Application.ActivateAction", action, "[]", "{}")
+
+    def toggle_privacy(self):
+        self.act("toggle-privacy")
+
+    def open_programs(self):
+        """A terminal of X11's and an editor of Wayland's, which are private, and another terminal beside them."""
+        self.start_urxvt(x=30, y=30)
+        self.wait_seen("urxvt")
+        self.start_editor()
+        self.wait_seen("editor", "urxvt")
+        self.start_xterm(x=820, y=520)
+        self.wait_seen("xterm", "editor", "urxvt")
+
+    def start_editor(self):
+        return self.desktop.start("mousepad", "--disable-server", environment={"DISPLAY": None})
+
+    def start_curtain_for(self, *apps):
+        write_preferences(self.settings, targetApps=apps, hasOnboarded=True, autoDetectEnabled=False)
+        self.reports = reports = self.desktop.start("dbus-monitor", "--session", "interface='com.curtain.KWinWindows'")
+        wait_until(lambda: "NameAcquired" in reports.output() or "NameLost" in reports.output(), "the bus is watched",
+                   seen=reports.output)
+        self.start_curtain()
+        # What the bus carries after that, Curtain hears after that.
+        wait_until(lambda: '"event":"list"' in reports.output(), "Curtain is told of the windows", seen=reports.output)
+
+    def settled_pixels(self):
+        """Titles fade when the focus changes."""
+        def settled():
+            pixels = self.pixels()
+            return pixels if stays(lambda: self.pixels() == pixels) else None
+        return wait_until(settled, "the screen is quiet", seen=self.seen)
+
+    def run_script(self, name, text):
+        """Of somebody else's."""
+        script = self.scratch / f"{name}.js"
+        script.write_text(text)
+        number = re.search(r"\d+", scripting("loadScript", str(script), name))[0]
+        self.addCleanup(scripting, "unloadScript", name)
+        paths = (f"/Scripting/Script{number}", f"/{number}")
+        self.assertTrue(any(map(self.can_run, paths)), paths)
+
+    @staticmethod
+    def can_run(path):
+        try:
+            gdbus("org.kde.KWin", path, "org.kde.kwin.Script.run")
+        except subprocess.CalledProcessError:
+            return False
+        return True
+
+    def choose_editor(self):
+        """As a task bar does."""
+        self.run_script("task-bar", BRINGING_EDITOR_BACK)
+
+    def test_windows_of_both_kinds_are_hidden_and_come_back_as_they_were(self):
+        self.open_programs()
+        before = self.settled_pixels()
+        self.start_curtain_for(XTERM, MOUSEPAD)
+        for _ in range(2):
+            self.toggle_privacy()
+            self.wait_seen("urxvt")
+            self.toggle_privacy()
+            wait_until(lambda: self.pixels() == before, "the screen is as it was", seen=self.seen)
+
+    def last_report(self):
+        """What KWin has told last of a window that changed: how often it has told something, and whether it is minimised."""
+        told = [line for line in self.reports.output().splitlines() if '"event":"changed"' in line]
+        return len(told), bool(told) and '"isMinimized":true' in told[-1]
+
+    def has_come_and_gone_since(self, report):
+        count, is_minimised = self.last_report()
+        return is_minimised and count >= report[0] + 2
+
+    def test_what_its_user_brings_back_is_hidden_again(self):
+        self.open_programs()
+        self.start_curtain_for(XTERM, MOUSEPAD)
+        self.toggle_privacy()
+        self.wait_seen("urxvt")
+        xterm = next(window for window in self.desktop.windows() if "XTerm" in window.window_class)
+        for bring_back in (xterm.raise_from_task_list, self.choose_editor):
+            before = self.last_report()
+            self.assertTrue(before[1], before)
+            bring_back()
+            # It may be on the screen too shortly to be seen.
+            wait_until(lambda: self.has_come_and_gone_since(before), "it comes back and goes", seen=self.last_report)
+            self.wait_seen("urxvt")
+            self.assertTrue(stays(lambda: self.seen() == {"urxvt"}))
+
+    def test_a_further_instance_is_hidden_and_comes_back_with_its_app(self):
+        self.open_programs()
+        self.start_curtain_for(MOUSEPAD)
+        self.toggle_privacy()
+        self.wait_seen("xterm", "urxvt")
+        self.start_editor()
+        wait_until(lambda: "editor" in self.seen(), "the second one opens")
+        self.wait_seen("xterm", "urxvt")
+        self.toggle_privacy()
+        self.wait_seen("xterm", "editor", "urxvt")
+
+    def test_a_script_that_is_unloaded_is_loaded_again(self):
+        self.open_programs()
+        self.start_curtain_for(XTERM, MOUSEPAD)
+        self.toggle_privacy()
+        self.wait_seen("urxvt")
+        self.assertIn("true", scripting("unloadScript", SCRIPT))
+        wait_until(lambda: "true" in scripting("isScriptLoaded", SCRIPT), "the script is loaded again")
+        self.start_editor()
+        wait_until(lambda: "editor" in self.seen(), "an editor opens")
+        self.wait_seen("urxvt")
+
+    def test_scripts_of_others_that_come_and_go_do_not_matter(self):
+        # Scripts get numbers, and the number of the third one may be that of the second.
+        for name in ("other-1", "other-2"):
+            self.run_script(name, OTHER_SCRIPT)
+        scripting("unloadScript", "other-1")
+        self.test_windows_of_both_kinds_are_hidden_and_come_back_as_they_were()
+
+    def test_no_script_is_left_at_the_end(self):
+        self.start_curtain_for(XTERM)
+        wait_until(lambda: "true" in scripting("isScriptLoaded", SCRIPT), "the script is loaded")
+        self.end_curtain()
+        wait_until(lambda: "false" in scripting("isScriptLoaded", SCRIPT), "the script is gone")
+
+
+if __name__ == "__main__":
+    unittest.main()
