@@ -9,6 +9,7 @@
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <thread>
 
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -526,6 +527,25 @@ TEST_F(PipeWireCamerasTest, AnErrorOfTheConnectionIsTheEndOfItAndANewOneBegins) 
         patience));
     EXPECT_EQ(connections, 2);
     close(sockets[1]);
+}
+
+TEST_F(PipeWireCamerasTest, FeedsThatCloseWhileTheConnectionBreaks) {
+    const auto camera = plugIn("cam", "Camera", "both");
+    std::atomic<int> socket = -1;
+    LinuxCaptureServices breakable(
+        mainQueue, workQueues, std::make_unique<PipeWireCameras>([&] { return socket = connectToDaemon(); }),
+        nullptr);
+    ASSERT_TRUE(spinUntil([&] { return breakable.devices().size() == 1; }, patience));
+    const auto broken = breakable.makeSession();
+    broken->addInput(breakable.makeInput({"cam", "Camera"}));
+    const auto shown = broken->makePreview([] {});
+    shown->setSize(16, 9);
+    for (int turn = 0; turn < 20; ++turn) {
+        broken->startRunning();
+        ASSERT_TRUE(spinUntil([&] { return shown->picture() != nullptr; }, patience)) << turn;
+        const std::jthread breaking([&] { shutdown(socket, SHUT_RDWR); });
+        broken->stopRunning();
+    }
 }
 
 TEST_F(PipeWireCamerasTest, ManyStartsAndStopsLeaveNothingBehind) {

@@ -48,8 +48,9 @@ bool PipeWireConnection::reach() {
         }
     }
     begin();
-    const PipeWireThread::Lock lock(thread_);
-    return connect();
+    bool isConnected = false;
+    thread_.run([&] { isConnected = connect(); });
+    return isConnected;
 }
 
 PipeWireConnection::Snapshot PipeWireConnection::snapshot() {
@@ -66,18 +67,20 @@ PipeWireConnection::Snapshot PipeWireConnection::snapshot() {
 
 void PipeWireConnection::add(PipeWireFeed& feed) {
     begin();
-    const PipeWireThread::Lock lock(thread_);
-    feeds_.insert(&feed);
-    if (!connect() && retry_) {
-        retry_->start(retryInterval);
-    }
-    feed.begin();
+    thread_.run([&] {
+        feeds_.insert(&feed);
+        if (!connect() && retry_) {
+            retry_->start(retryInterval);
+        }
+        feed.begin();
+    });
 }
 
 void PipeWireConnection::remove(PipeWireFeed& feed) {
-    const PipeWireThread::Lock lock(thread_);
-    feeds_.erase(&feed);
-    feed.end();
+    thread_.run([&] {
+        feeds_.erase(&feed);
+        feed.end();
+    });
 }
 
 std::optional<std::uint64_t> PipeWireConnection::serialOf(const std::string& uniqueID) {
@@ -99,9 +102,10 @@ void PipeWireConnection::reconcileSoon() {
 void PipeWireConnection::begin() {
     std::call_once(hasBegun_, [this] {
         thread_.begin();
-        const PipeWireThread::Lock lock(thread_);
-        reconciliation_.emplace(thread_, [this] { reconcile(); });
-        retry_.emplace(thread_, [this] { retry(); });
+        thread_.run([this] {
+            reconciliation_.emplace(thread_, [this] { reconcile(); });
+            retry_.emplace(thread_, [this] { retry(); });
+        });
     });
 }
 

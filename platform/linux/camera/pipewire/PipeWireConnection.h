@@ -54,7 +54,7 @@ public:
     void add(PipeWireFeed& feed);
     void remove(PipeWireFeed& feed);
 
-    // With the lock, or on the thread.
+    // On the thread.
 
     const PipeWireThread& thread() const { return thread_; }
     /// Null while there is no daemon.

@@ -30,13 +30,44 @@ void PipeWireThread::begin() {
         // No thread of high priority is needed, and asking for one talks to the bus without a deadline.
         context_.reset(pw_context_new(
             loop(), pw_properties_new(PW_KEY_CONFIG_NAME, "client.conf", "module.rt", "false", nullptr), 0));
-        pw_thread_loop_start(loop_.get());
+        wakeUp_ = pw_loop_add_event(
+            loop(), [](void* self, std::uint64_t) { static_cast<PipeWireThread*>(self)->runTasks(); }, this);
+        isRunning_ = wakeUp_ != nullptr && pw_thread_loop_start(loop_.get()) == 0;
     });
 }
 
 void PipeWireThread::stop() {
+    isRunning_ = false;
     if (loop_) {
         pw_thread_loop_stop(loop_.get());
+    }
+}
+
+void PipeWireThread::run(const std::function<void()>& task) {
+    if (!isRunning_) {
+        task();
+        return;
+    }
+    // The loop's own invocations may be called from inside of others.
+    Task waiting{task, {}};
+    const auto done = waiting.done.get_future();
+    {
+        const std::scoped_lock lock(mutex_);
+        tasks_.push_back(&waiting);
+    }
+    pw_loop_signal_event(loop(), wakeUp_);
+    done.wait();
+}
+
+void PipeWireThread::runTasks() {
+    std::vector<Task*> due;
+    {
+        const std::scoped_lock lock(mutex_);
+        due.swap(tasks_);
+    }
+    for (auto* const task : due) {
+        task->function();
+        task->done.set_value();
     }
 }
 

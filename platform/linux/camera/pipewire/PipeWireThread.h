@@ -2,13 +2,16 @@
 
 #include "platform/linux/camera/pipewire/PipeWireHandles.h"
 
+#include <atomic>
 #include <chrono>
 #include <functional>
+#include <future>
 #include <mutex>
+#include <vector>
 
 namespace LinuxPlatform {
 
-/// PipeWire's loop on a thread of its own. Its objects belong to that thread, or to whoever holds the lock.
+/// PipeWire's loop on a thread of its own, to which its objects belong.
 class PipeWireThread {
 public:
     PipeWireThread();
@@ -21,33 +24,30 @@ public:
     /// When it returns, nothing runs on the thread any more.
     void stop();
 
+    /// Calls the task on the thread, between its callbacks and never inside one, and returns when it is done.
+    /// Any other thread; right here where the thread does not run.
+    void run(const std::function<void()>& task);
+
     /// Null before the beginning, and where they could not be made.
     pw_loop* loop() const { return loop_ ? pw_thread_loop_get_loop(loop_.get()) : nullptr; }
     pw_context* context() const { return context_.get(); }
 
-    class Lock {
-    public:
-        explicit Lock(const PipeWireThread& thread) : loop_(thread.loop_.get()) {
-            if (loop_) {
-                pw_thread_loop_lock(loop_);
-            }
-        }
-        Lock(const Lock&) = delete;
-        Lock& operator=(const Lock&) = delete;
-        ~Lock() {
-            if (loop_) {
-                pw_thread_loop_unlock(loop_);
-            }
-        }
-
-    private:
-        pw_thread_loop* loop_;
+private:
+    struct Task {
+        const std::function<void()>& function;
+        std::promise<void> done;
     };
 
-private:
+    void runTasks();
+
     std::once_flag hasBegun_;
     PipeWireOwned<pw_thread_loop> loop_;
     PipeWireOwned<pw_context> context_;
+    /// The loop's own.
+    spa_source* wakeUp_ = nullptr;
+    std::atomic<bool> isRunning_ = false;
+    std::mutex mutex_;
+    std::vector<Task*> tasks_;
 };
 
 /// Calls on the thread, once for every start. Does nothing without a loop.
