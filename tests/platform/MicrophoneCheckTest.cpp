@@ -119,6 +119,7 @@ TEST_F(MicrophoneCheckTest, AMonitorThatSomebodyHasChosenIsTheMicrophone) {
 
 /// Under PulseAudio a headset that plays music has no microphone.
 using HeadsetTest = TestSupport::MicrophoneCheck;
+using ManyMicrophonesTest = TestSupport::MicrophoneCheck;
 
 TEST_F(HeadsetTest, IsNotSwitchedForTheMeter) {
     sound.addHeadset("headset");
@@ -258,6 +259,23 @@ TEST_F(MicrophoneCheckTest, AMicrophoneWithEightChannelsAt192KilohertzIsHeard) {
     SoundWorld::makeDefault("studio");
     startMetering();
     EXPECT_TRUE(levelBecomes(0.13F, 0.15F));
+}
+
+TEST_F(ManyMicrophonesTest, TheMeterFollowsTheDefaultOneAndStopsAtOnce) {
+    const auto count = sound.addMicrophones();
+    ASSERT_GT(count, 0);
+    sound.feed(tone(440, 0.01, 60));
+    startMetering();
+    ASSERT_TRUE(levelBecomes(0.13F, 0.15F));
+    SoundWorld::makeDefault("extra" + std::to_string(count - 1));
+    EXPECT_TRUE(levelBecomes(0, 0));
+    SoundWorld::makeDefault("microphone");
+    EXPECT_TRUE(levelBecomes(0.13F, 0.15F));
+    const auto start = std::chrono::steady_clock::now();
+    monitor->stop();
+    ASSERT_TRUE(eventually([] { return !SoundWorld::hasOurRecording(); }));
+    const std::chrono::duration<double> duration = std::chrono::steady_clock::now() - start;
+    EXPECT_LT(duration.count(), 1);
 }
 
 TEST_F(MicrophoneCheckTest, AMutedMicrophoneIsSilent) {

@@ -178,6 +178,17 @@ public:
         waitUntil([&] { return hasSource(name); });
     }
 
+    /// Silent microphones "extra0", "extra1" …; as many as this server takes, and at most 200.
+    int addMicrophones() {
+        const int count = isPipeWire() ? 200 : 50;
+        for (int number = 0; number < count; ++number) {
+            const auto name = "extra" + std::to_string(number);
+            load(isPipeWire() ? "module-null-sink media.class=Audio/Source/Virtual sink_name=" + name
+                              : "module-null-source source_name=" + name);
+        }
+        return waitUntil([&] { return hasSource("extra" + std::to_string(count - 1)); }) ? count : 0;
+    }
+
     static void makeDefault(const std::string& name) {
         outputOf("pactl set-default-source " + name);
         waitUntil([&] { return outputOf("pactl get-default-source") == name + "\n"; });
