@@ -2,6 +2,7 @@
 
 #include "platform/linux/SessionWindows.h"
 #include "platform/linux/desktopicons/X11DesktopWindows.h"
+#include "platform/linux/hotkeys/kglobalaccel/KGlobalAccelHotKeyService.h"
 #include "platform/linux/screenwatch/CaptureRoads.h"
 #include "platform/linux/session/SocketQuestion.h"
 #include "platform/linux/x11/X11Connection.h"
@@ -101,6 +102,9 @@ std::string windowsOf(const SessionEnvironment& environment, X11Connection* x11,
 }
 
 std::string shortcutOf(const SessionEnvironment& environment) {
+    if (isScriptedKWin(environment) && KGlobalAccelHotKeyService::isThere(QDBusConnection::sessionBus())) {
+        return "asked of KDE's global accelerators, which have it heard everywhere";
+    }
     switch (environment.kind) {
     case SessionKind::x11:
         return "asked of the X server, which has it heard everywhere";

@@ -13,6 +13,7 @@
 #include "platform/linux/desktopicons/LinuxDesktopIcons.h"
 #include "platform/linux/hotkeys/NoHotKeyService.h"
 #include "platform/linux/hotkeys/X11HotKeyService.h"
+#include "platform/linux/hotkeys/kglobalaccel/KGlobalAccelHotKeyService.h"
 #include "platform/linux/keyboard/XkbKeyboard.h"
 #include "platform/linux/media/LinuxMediaAuthorization.h"
 #include "platform/linux/notifications/DBusNotificationCenter.h"
@@ -274,8 +275,13 @@ LinuxCaptureServices& addCamera(Platform::Platform& platform) {
     return added;
 }
 
-std::unique_ptr<Platform::HotKeyService> hotKeyServiceOf(Session& session,
-                                                         const Platform::Platform& platform) {
+std::unique_ptr<Platform::HotKeyService>
+hotKeyServiceOf(Session& session, const Platform::Platform& platform,
+                KGlobalAccelHotKeyService::SymbolsOfKey symbolsOfKey) {
+    const auto bus = QDBusConnection::sessionBus();
+    if (isScriptedKWin(session.environment) && KGlobalAccelHotKeyService::isThere(bus)) {
+        return std::make_unique<KGlobalAccelHotKeyService>(bus, *platform.mainQueue, std::move(symbolsOfKey));
+    }
     if (!session.x11) {
         return std::make_unique<NoHotKeyService>();
     }
@@ -313,12 +319,13 @@ Platform::Platform makeLinuxPlatform(const SessionEnvironment& environment) {
     session->windowSystem = windowsOfSession(
         environment, session->x11.get(), *platform.mainQueue,
         EarlierValue(*session->windowState, "takenWindows", sessionMark(environment)), platform.log.get());
-    platform.hotKeyService = hotKeyServiceOf(*session, platform);
     auto keyboard = std::make_unique<XkbKeyboard>(session->x11.get(), desktopNames(environment));
+    const auto symbolsOfKey = [keys = keyboard.get()](std::int64_t keyCode) {
+        return keys->symbols(keyCode);
+    };
+    platform.hotKeyService = hotKeyServiceOf(*session, platform, symbolsOfKey);
     platform.systemShortcuts = std::make_unique<DesktopShortcuts>(
-        *platform.hotKeyService, *platform.mainQueue,
-        [keys = keyboard.get()](std::int64_t keyCode) { return keys->symbols(keyCode); },
-        shortcutLists(environment));
+        *platform.hotKeyService, *platform.mainQueue, symbolsOfKey, shortcutLists(environment));
     platform.keyboard = std::move(keyboard);
     platform.userDefaults = std::make_unique<FileUserDefaults>(
         std::filesystem::path(g_get_user_config_dir()) / "curtain", *platform.log);

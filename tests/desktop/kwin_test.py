@@ -8,13 +8,15 @@ import re
 import subprocess
 import unittest
 
-from desktop_case import (MOUSEPAD, URXVT_COLOUR, XTERM, XTERM_COLOUR, DesktopCase, Display, Rectangle, stays, wait_until,
-                          write_preferences)
+from desktop_case import (MOUSEPAD, SHORTCUT, URXVT_COLOUR, XTERM, XTERM_COLOUR, DesktopCase, Display, Rectangle, stays,
+                          wait_until, write_preferences)
 
 WIDTH, HEIGHT = 1280, 800
 # With the focus and without it.
 EDITOR_COLOURS = ("#ffffff", "#fcfcfc")
 SCRIPT = "curtain-windows"
+# Control, Alt, Super and H.
+SHORTCUT_IN_QT = 0x04000000 | 0x08000000 | 0x10000000 | ord("H")
 # A script that does nothing.
 OTHER_SCRIPT = "workspace.currentDesktop;\n"
 BRINGING_EDITOR_BACK = """\
@@ -178,6 +180,25 @@ class KWinTest(DesktopCase):
             self.run_script(name, OTHER_SCRIPT)
         scripting("unloadScript", "other-1")
         self.test_windows_of_both_kinds_are_hidden_and_come_back_as_they_were()
+
+    @staticmethod
+    def owner_of_shortcut():
+        """What KDE's service of global accelerators says."""
+        return gdbus("org.kde.kglobalaccel", "/kglobalaccel", "org.kde.KGlobalAccel.action", str(SHORTCUT_IN_QT))
+
+    def test_the_shortcut_is_heard_while_a_window_of_wayland_has_the_focus(self):
+        self.start_xterm(x=820, y=520)
+        self.wait_seen("xterm")
+        self.start_editor()
+        self.wait_seen("xterm", "editor")
+        self.start_curtain_for(XTERM)
+        wait_until(lambda: "'curtain'" in self.owner_of_shortcut(), "Curtain has the shortcut", seen=self.owner_of_shortcut)
+        self.screen.strike(*SHORTCUT)
+        self.wait_seen("editor")
+        self.screen.strike(*SHORTCUT)
+        self.wait_seen("xterm", "editor")
+        self.end_curtain()
+        self.assertNotIn("'curtain'", self.owner_of_shortcut())
 
     def test_no_script_is_left_at_the_end(self):
         self.start_curtain_for(XTERM)

@@ -27,13 +27,16 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 
-/// Plays the service of Plasma: Ctrl+Shift+F9 is taken.
+/// Plays the service of Plasma: Ctrl+Shift+F9 is taken, and Ctrl+Shift+F8 is ours.
 class GlobalAccelerators : public QObject {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.kde.KGlobalAccel")
 
 public Q_SLOTS:
     Q_SCRIPTABLE QStringList action(int key) {
+        if (key == (Qt::ControlModifier | Qt::ShiftModifier | Qt::Key_F8).toCombined()) {
+            return {QStringLiteral("curtain"), QStringLiteral("shortcut")};
+        }
         return key == (Qt::ControlModifier | Qt::ShiftModifier | Qt::Key_F9).toCombined()
                    ? QStringList{QStringLiteral("kwin"), QStringLiteral("Overview")}
                    : QStringList();
@@ -110,6 +113,7 @@ TEST(KdeShortcuts, AsksTheServiceForEveryMeaningOfTheKey) {
     ASSERT_TRUE(peer.registerService(QStringLiteral("org.kde.kglobalaccel")));
     EXPECT_EQ(answerOf(list, {control + shift, {XKB_KEY_h, XKB_KEY_F9}}), true);
     EXPECT_EQ(answerOf(list, {control, {XKB_KEY_F9}}), false);
+    EXPECT_EQ(answerOf(list, {control + shift, {XKB_KEY_F8}}), false) << "our own";
     EXPECT_EQ(answerOf(list, {control, {XKB_KEY_Shift_L}}), false) << "no key of Qt's";
     peer.unregisterService(QStringLiteral("org.kde.kglobalaccel"));
     QDBusConnection::disconnectFromBus(QStringLiteral("accelerators"));

@@ -72,17 +72,16 @@ void KdeShortcuts::ask(const WantedShortcut& wanted, Answer answer) {
         call.setArguments({key});
         call.setAutoStartService(false);
         auto* const watcher = new QDBusPendingCallWatcher(bus_.asyncCall(call), &questions_);
-        QObject::connect(watcher, &QDBusPendingCallWatcher::finished, &questions_,
-                         [watcher, missing, answer] {
-                             watcher->deleteLater();
-                             const auto arguments = watcher->reply().arguments();
-                             const bool isTaken = !watcher->isError() && !arguments.isEmpty() &&
-                                                  !arguments.first().toStringList().isEmpty();
-                             if (*missing != 0 && (isTaken || --*missing == 0)) {
-                                 *missing = 0;
-                                 answer(isTaken);
-                             }
-                         });
+        QObject::connect(
+            watcher, &QDBusPendingCallWatcher::finished, &questions_, [watcher, missing, answer] {
+                watcher->deleteLater();
+                const auto owner = watcher->reply().arguments().value(0).toStringList();
+                const bool isTaken = !watcher->isError() && !owner.isEmpty() && owner.first() != ownComponent;
+                if (*missing != 0 && (isTaken || --*missing == 0)) {
+                    *missing = 0;
+                    answer(isTaken);
+                }
+            });
     }
 }
 

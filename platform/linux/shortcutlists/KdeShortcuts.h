@@ -4,6 +4,7 @@
 
 #include <QDBusConnection>
 #include <QObject>
+#include <QString>
 
 #include <optional>
 
@@ -12,6 +13,9 @@ namespace LinuxPlatform {
 /// The shortcuts of the Plasma desktop, as its global accelerators' service knows them.
 class KdeShortcuts : public ShortcutList {
 public:
+    /// Under which our own shortcuts stand there; they count as taken by nobody.
+    static inline const QString ownComponent = QStringLiteral("curtain");
+
     explicit KdeShortcuts(QDBusConnection bus);
 
     void ask(const WantedShortcut& wanted, Answer answer) override;
