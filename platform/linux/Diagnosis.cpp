@@ -96,7 +96,7 @@ std::string windowsOf(const SessionEnvironment& environment, X11Connection* x11,
     const auto obstacle = system->hidingObstacle();
     return std::to_string(count) + " listed, " +
            (system->knowsEveryWindow() ? "which are all; " : "and there may be others; ") +
-           (obstacle || environment.i3Socket.empty() || environment.isWayland()
+           (obstacle || environment.i3Socket.empty()
                 ? hidingOf(obstacle)
                 : "they are hidden in the scratchpad of " + environment.windowManager.value_or("i3"));
 }

@@ -56,11 +56,13 @@ std::unique_ptr<WindowSystem> windowsOfSession(const SessionEnvironment& environ
             std::make_unique<GnomeWindowSystem>(bus, queue, isGnomeExtensionInstalled),
             windowsOfSession(others, x11, queue, std::move(takenWindows), log));
     }
-    if (!environment.i3Socket.empty() && !environment.isWayland()) {
+    if (!environment.i3Socket.empty()) {
         return std::make_unique<I3WindowSystem>(
             environment.i3Socket, queue,
             x11 != nullptr ? std::make_unique<X11WindowSystem>(*x11, queue) : nullptr,
-            HidingObstacle::windowManagerIgnoresHiding, std::move(takenWindows), log);
+            environment.isWayland() ? HidingObstacle::waylandSession
+                                    : HidingObstacle::windowManagerIgnoresHiding,
+            std::move(takenWindows), log);
     }
     if (isScriptedKWin(environment)) {
         return std::make_unique<KWinWindowSystem>(QDBusConnection::sessionBus(), queue,

@@ -15,7 +15,8 @@ SESSIONS = {
                     "Windows: 1 listed, which are all; hiding has not been tried yet"),
     "x11-i3": ("Session: X11", "Window manager: i3",
                "Windows: 1 listed, which are all; they are hidden in the scratchpad of i3"),
-    "sway": ("Session: Wayland, with an X server", "Window manager: sway", f"Windows: 1 listed, {NO_BACK_END}"),
+    "sway": ("Session: Wayland, with an X server", "Window manager: sway",
+             "Windows: 1 listed, which are all; they are hidden in the scratchpad of sway"),
     "kwin": ("Session: Wayland, with an X server", "Window manager: KWin",
              "Windows: asked of a script that Curtain gives KWin, which has not been tried"),
     # It keeps the list of its X11 windows to itself.

@@ -1,6 +1,7 @@
 """Checks privacy mode in i3 and sway, where windows are put into the scratchpad, with other people's programs.
 
-It looks at the layout as the window manager tells it, and at the screen that the whole session stands on.
+It looks at the layout as the window manager tells it, and at the screen that the whole session stands on. It runs with
+--accessibility and --tray sni.
 """
 
 import json
@@ -11,13 +12,11 @@ import struct
 import subprocess
 import unittest
 
-from desktop_case import XTERM, XTERM_COLOUR, DesktopCase, Display, Rectangle, stays, wait_until
-from desktop_driver import private_app
+import popover_window
+from desktop_case import MOUSEPAD, XTERM, XTERM_COLOUR, stays, wait_until, write_preferences
+from session_case import ESCAPE, FOOT, SESSION
 
-SESSION = os.environ["VIRTUAL_DESKTOP_SESSION"]
 IS_SWAY = SESSION == "sway"
-WIDTH, HEIGHT = 1280, 800
-FOOT = private_app("foot", "Foot")
 FOOT_COLOUR = "#804020"
 RUN_COMMAND, GET_TREE = 0, 4
 SCRATCHPAD = "__i3_scratch"
@@ -69,11 +68,9 @@ def picture(node=None):
             [picture(child) for child in node["nodes"]], [picture(child) for child in node["floating_nodes"]]]
 
 
-class ScratchpadSessionTest(DesktopCase):
+class ScratchpadSessionTest(popover_window.SessionPopoverCase):
     def setUp(self):
         super().setUp()
-        self.screen = Display(os.environ["VIRTUAL_DESKTOP_SCREEN"])
-        self.addCleanup(self.screen.close)
         wait_until(lambda: not list(windows()), "no window is left", seen=lambda: list(windows()))
         self.do("workspace 1")
 
@@ -88,26 +85,20 @@ class ScratchpadSessionTest(DesktopCase):
         answers = ask(RUN_COMMAND, commands)
         self.assertTrue(all(answer["success"] for answer in answers), (commands, answers))
 
+    def write_private_apps(self, *apps):
+        # On X11 the pictures that this test takes of the screen count as a share of it.
+        return write_preferences(self.settings, targetApps=apps, autoDetectEnabled=False)
+
     def wait_until_ready(self, curtain):
         def is_ready():
             self.assertIsNone(curtain.poll(), curtain.complaints())
-            return "true" in subprocess.run(
-                ["gdbus", "call", "--session", "--dest", "org.freedesktop.DBus", "--object-path", "/", "--method",
-                 "org.freedesktop.DBus.NameHasOwner", "com.curtain.Curtain"],
-                check=True, capture_output=True, text=True).stdout
+            return self.is_on_bus()
         wait_until(is_ready, "Curtain is on the bus")
 
     def toggle(self):
-        subprocess.run(["gdbus", "call", "--session", "--dest", "com.curtain.Curtain", "--object-path",
-                        "/com/curtain/Curtain", "--method", "org.freedesktop.Application.ActivateAction",
-                        "toggle-privacy", "[]", "{}"], check=True, capture_output=True)
+        self.act("toggle-privacy")
 
-    def shows(self, colour):
-        red, green, blue = bytes.fromhex(colour[1:])
-        pixels = self.screen.pixels(Rectangle(0, 0, WIDTH, HEIGHT))
-        return bytes((blue, green, red, pixels[3])) * 50 in pixels
-
-    def place_of(self, window_class):
+    def workspace_of(self, window_class):
         return next((workspace for node, workspace in windows() if class_of(node) == window_class), None)
 
     def wait_focused(self, window_class):
@@ -120,8 +111,7 @@ class ScratchpadSessionTest(DesktopCase):
         wait_until(lambda: self.shows(XTERM_COLOUR), "the private terminal is on the screen")
         self.wait_focused("XTerm")
         if IS_SWAY:
-            self.desktop.start("foot", f"--override=colors.background={FOOT_COLOUR[1:]}", "--", "cat")
-            wait_until(lambda: self.shows(FOOT_COLOUR), "the private terminal of Wayland is on the screen")
+            self.start_foot(FOOT_COLOUR)
             self.wait_focused("foot")
         self.start_urxvt()
         self.wait_focused("URxvt")
@@ -129,9 +119,9 @@ class ScratchpadSessionTest(DesktopCase):
 
     def wait_hidden(self):
         wait_until(lambda: not self.shows(XTERM_COLOUR) and not self.shows(FOOT_COLOUR) and
-                   self.place_of("XTerm") == SCRATCHPAD, "the private apps are hidden", seen=picture)
-        self.assertEqual(self.place_of("foot"), SCRATCHPAD if IS_SWAY else None)
-        self.assertEqual(self.place_of("URxvt"), "1")
+                   self.workspace_of("XTerm") == SCRATCHPAD, "the private apps are hidden", seen=picture)
+        self.assertEqual(self.workspace_of("foot"), SCRATCHPAD if IS_SWAY else None)
+        self.assertEqual(self.workspace_of("URxvt"), "1")
 
     def test_hides_exactly_the_private_apps_and_gives_them_back(self):
         self.open_three()
@@ -155,7 +145,20 @@ class ScratchpadSessionTest(DesktopCase):
         for _ in range(3):
             self.do('[class="XTerm"] scratchpad show')
             self.wait_hidden()
-            self.assertTrue(stays(lambda: self.place_of("XTerm") == SCRATCHPAD))
+            self.assertTrue(stays(lambda: self.workspace_of("XTerm") == SCRATCHPAD))
+
+    @unittest.skipUnless(IS_SWAY, "there is no Wayland")
+    def test_a_program_of_gtk_on_wayland_is_known_by_its_entry(self):
+        self.start_mousepad()
+        wait_until(lambda: self.workspace_of("mousepad") == "1", "the editor is open", seen=picture)
+        self.assertFalse(any(node.get("window") for node, _ in windows()), "it came over X11")
+        before = picture()
+        self.start_curtain(MOUSEPAD)
+        for _ in range(3):
+            self.toggle()
+            wait_until(lambda: self.workspace_of("mousepad") == SCRATCHPAD, "it is hidden", seen=picture)
+            self.toggle()
+            wait_until(lambda: picture() == before, f"everything is as before: {before}", seen=picture)
 
     def test_hides_what_is_opened_meanwhile(self):
         self.start_curtain(XTERM, FOOT)
@@ -174,10 +177,37 @@ class ScratchpadSessionTest(DesktopCase):
         self.curtain.send_signal(signal.SIGKILL)
         self.curtain.wait()
         self.curtain = None
-        self.assertEqual(self.place_of("XTerm"), SCRATCHPAD)
+        self.assertEqual(self.workspace_of("XTerm"), SCRATCHPAD)
         # Its user gets at it as at everything in the scratchpad.
         self.do('[class="XTerm"] scratchpad show')
         wait_until(lambda: self.shows(XTERM_COLOUR), "the private terminal is on the screen", seen=picture)
+
+    # What is said
+
+    def start_with_private_terminals(self):
+        self.open_three()
+        write_preferences(self.settings, targetApps=[XTERM, FOOT], hasOnboarded=True, autoDetectEnabled=False)
+        self.start_curtain()
+
+    def test_the_wizard_finds_that_all_is_well(self):
+        self.start_curtain()
+        self.click_icon()
+        self.press("push button: See if my computer qualifies")
+        self.wait_lines("heading: Your computer is perfect for this")
+
+    def test_the_popover_and_the_icon_say_what_is_hidden(self):
+        self.start_with_private_terminals()
+        self.assertEqual(self.icon(), "open")
+        foot_state = {True: "Visible", False: "Not running"}[IS_SWAY]
+        self.click_icon()
+        self.wait_lines("list item: XTerm: Visible", f"list item: Foot: {foot_state}")
+        self.screen.strike(ESCAPE)
+        self.wait_closed()
+        self.toggle()
+        self.wait_hidden()
+        wait_until(lambda: self.icon() == "close", "the icon says so", seen=self.icon)
+        self.click_icon()
+        self.wait_lines("list item: XTerm: Hidden", f"list item: Foot: {'Hidden' if IS_SWAY else foot_state}")
 
 
 if __name__ == "__main__":
