@@ -17,8 +17,8 @@ bool isScriptedKWin(const SessionEnvironment& environment);
 
 /// What lists and hides the windows of this session. `x11` may be null, where there is no X server; it and
 /// the queue outlive the result. `takenWindows` is where it is written down what was hidden, for sessions
-/// that do not remember where a window stood. What the session refuses is written to `log`, which outlives
-/// the result, unless it is null.
+/// that do not remember where a window stood. `log`, which outlives the result, is told what the session
+/// refuses; null where nobody reads it.
 std::unique_ptr<WindowSystem> windowsOfSession(const SessionEnvironment& environment, X11Connection* x11,
                                                Platform::MainQueue& queue,
                                                std::optional<EarlierValue> takenWindows = std::nullopt,

@@ -341,7 +341,7 @@ TEST_F(RefusingI3Test, WhatCannotBePutBackIsBroughtUpAndTheRefusalIsLogged) {
                 testing::HasSubstr("move --no-auto-back-and-forth container to workspace \"1\""));
     EXPECT_EQ(commands[1], "[con_id=3] scratchpad show;");
     EXPECT_FALSE(state.contains("taken"));
-    EXPECT_EQ(log.lines.front(), "A command for windows was refused: No such mark");
+    EXPECT_THAT(log.lines, ElementsAre("Curtain: a window could not be put back to its place: No such mark"));
 }
 
 TEST(I3PlaceTest, ComesBackFromItsTextAndNonsenseDoesNot) {

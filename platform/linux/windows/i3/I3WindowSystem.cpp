@@ -390,7 +390,7 @@ void I3WindowSystem::giveBack() {
     }
     std::ranges::move(returns, std::back_inserter(returned_));
     adjustmentsLeft_ = mostAdjustments;
-    wasRefused_ = false;
+    refusal_.reset();
     command(commands);
     if (commands.empty() && toFocus_) {
         look();
@@ -398,8 +398,8 @@ void I3WindowSystem::giveBack() {
 }
 
 void I3WindowSystem::settleReturned() {
-    if (std::exchange(wasRefused_, false)) {
-        bringUpWhatIsStillAway();
+    if (const auto refusal = std::exchange(refusal_, std::nullopt)) {
+        bringUpWhatIsStillAway(*refusal);
     }
     if (adjustmentsLeft_ > 0) {
         --adjustmentsLeft_;
@@ -417,7 +417,7 @@ void I3WindowSystem::settleReturned() {
     }
 }
 
-void I3WindowSystem::bringUpWhatIsStillAway() {
+void I3WindowSystem::bringUpWhatIsStillAway(const std::string& refusal) {
     const auto isAway = [this](const I3Return& returned) { return isHidden(returned.window); };
     std::string commands;
     for (const auto& [window, place] : returned_) {
@@ -426,6 +426,9 @@ void I3WindowSystem::bringUpWhatIsStillAway() {
     taken_.forget([&](WindowId window) { return isHidden(window) && isReturning(window); });
     std::erase_if(returned_, isAway);
     command(commands);
+    if (!commands.empty() && log_ != nullptr) {
+        log_->writeLine("Curtain: a window could not be put back to its place: " + refusal);
+    }
 }
 
 void I3WindowSystem::settleUnsized() {
@@ -460,11 +463,9 @@ void I3WindowSystem::command(const std::string& commands) {
 }
 
 void I3WindowSystem::noteRefusals(const QByteArray& reply) {
-    for (const auto& refusal : refusalsIn(reply)) {
-        wasRefused_ = true;
-        if (log_ != nullptr) {
-            log_->writeLine("A command for windows was refused: " + refusal);
-        }
+    // Of what was asked for windows that are gone, nothing is missed.
+    for (auto& refusal : refusalsIn(reply)) {
+        refusal_ = std::move(refusal);
     }
 }
 

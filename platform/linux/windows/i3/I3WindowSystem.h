@@ -32,8 +32,8 @@ class I3WindowSystem : public WindowSystem {
 public:
     /// `queue` outlives this object. `x11` tells more of the windows of X11 than the layout does; null
     /// without an X server. `whenSilent` is what keeps windows from being hidden while nobody answers at the
-    /// socket. With a record, windows that an earlier run left behind come back to their places. What is
-    /// refused is written to `log`, which outlives this object; null where nobody reads it.
+    /// socket. With a record, windows that an earlier run left behind come back to their places. `log`, which
+    /// outlives this object, is told of windows that cannot be put back; null where nobody reads it.
     I3WindowSystem(const std::filesystem::path& socket, Platform::MainQueue& queue,
                    std::unique_ptr<WindowSystem> x11, Platform::HidingObstacle whenSilent,
                    std::optional<EarlierValue> record = std::nullopt, Platform::Log* log = nullptr);
@@ -70,7 +70,7 @@ private:
     void take();
     void giveBack();
     void settleReturned();
-    void bringUpWhatIsStillAway();
+    void bringUpWhatIsStillAway(const std::string& refusal);
     void settleUnsized();
     bool isSizeKnown(WindowId window) const;
     void command(const std::string& commands);
@@ -117,8 +117,8 @@ private:
     /// Back on a workspace that i3 lays out when somebody looks at it.
     std::vector<I3Return> unsized_;
     std::size_t adjustmentsLeft_ = 0;
-    /// A command since windows were last put back.
-    bool wasRefused_ = false;
+    /// Why a command was not carried out since windows were last put back.
+    std::optional<std::string> refusal_;
     std::vector<std::pair<WindowEvent, WindowId>> undelivered_;
     Platform::Subscribers<WindowEvent, Window> handlers_;
     Platform::Subscription x11Events_;
