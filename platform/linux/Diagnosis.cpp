@@ -105,6 +105,9 @@ std::string shortcutOf(const SessionEnvironment& environment) {
     if (isScriptedKWin(environment) && KGlobalAccelHotKeyService::isThere(QDBusConnection::sessionBus())) {
         return "asked of KDE's global accelerators, which have it heard everywhere";
     }
+    if (environment.isWayland() && !environment.i3Socket.empty()) {
+        return "bound in sway, which has it heard everywhere";
+    }
     switch (environment.kind) {
     case SessionKind::x11:
         return "asked of the X server, which has it heard everywhere";

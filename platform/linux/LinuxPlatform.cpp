@@ -14,6 +14,7 @@
 #include "platform/linux/hotkeys/NoHotKeyService.h"
 #include "platform/linux/hotkeys/X11HotKeyService.h"
 #include "platform/linux/hotkeys/kglobalaccel/KGlobalAccelHotKeyService.h"
+#include "platform/linux/hotkeys/sway/SwayHotKeyService.h"
 #include "platform/linux/keyboard/XkbKeyboard.h"
 #include "platform/linux/media/LinuxMediaAuthorization.h"
 #include "platform/linux/notifications/DBusNotificationCenter.h"
@@ -275,12 +276,28 @@ LinuxCaptureServices& addCamera(Platform::Platform& platform) {
     return added;
 }
 
-std::unique_ptr<Platform::HotKeyService>
-hotKeyServiceOf(Session& session, const Platform::Platform& platform,
-                KGlobalAccelHotKeyService::SymbolsOfKey symbolsOfKey) {
+std::unique_ptr<SwayHotKeyService> swayHotKeyServiceOf(Session& session, const Platform::Platform& platform,
+                                                       XkbKeyboard& keyboard) {
+    return std::make_unique<SwayHotKeyService>(
+        session.environment.i3Socket, *platform.mainQueue, *platform.log,
+        SwayHotKeyService::Keys{[&keyboard](std::int64_t keyCode) { return keyboard.scanCodeOf(keyCode); },
+                                [&keyboard](std::int64_t keyCode) { return keyboard.symbols(keyCode); }},
+        EarlierValue(*session.windowState, "boundShortcuts", sessionMark(session.environment)));
+}
+
+std::unique_ptr<Platform::HotKeyService> hotKeyServiceOf(Session& session, const Platform::Platform& platform,
+                                                         XkbKeyboard& keyboard) {
     const auto bus = QDBusConnection::sessionBus();
     if (isScriptedKWin(session.environment) && KGlobalAccelHotKeyService::isThere(bus)) {
-        return std::make_unique<KGlobalAccelHotKeyService>(bus, *platform.mainQueue, std::move(symbolsOfKey));
+        return std::make_unique<KGlobalAccelHotKeyService>(
+            bus, *platform.mainQueue,
+            [&keyboard](std::int64_t keyCode) { return keyboard.symbols(keyCode); });
+    }
+    if (session.environment.isWayland() && !session.environment.i3Socket.empty()) {
+        auto service = swayHotKeyServiceOf(session, platform, keyboard);
+        if (service->reach() == Platform::HotKeyReach::everywhere) {
+            return service;
+        }
     }
     if (!session.x11) {
         return std::make_unique<NoHotKeyService>();
@@ -323,7 +340,7 @@ Platform::Platform makeLinuxPlatform(const SessionEnvironment& environment) {
     const auto symbolsOfKey = [keys = keyboard.get()](std::int64_t keyCode) {
         return keys->symbols(keyCode);
     };
-    platform.hotKeyService = hotKeyServiceOf(*session, platform, symbolsOfKey);
+    platform.hotKeyService = hotKeyServiceOf(*session, platform, *keyboard);
     platform.systemShortcuts = std::make_unique<DesktopShortcuts>(
         *platform.hotKeyService, *platform.mainQueue, symbolsOfKey, shortcutLists(environment));
     platform.keyboard = std::move(keyboard);

@@ -13,8 +13,8 @@ import subprocess
 import unittest
 
 import popover_window
-from desktop_case import MOUSEPAD, XTERM, XTERM_COLOUR, stays, wait_until, write_preferences
-from session_case import ESCAPE, FOOT, SESSION
+from desktop_case import MOUSEPAD, SHORTCUT, XTERM, XTERM_COLOUR, stays, wait_until, write_preferences
+from session_case import ESCAPE, FOOT, SESSION, X11_WINDOWS_ONLY
 
 IS_SWAY = SESSION == "sway"
 FOOT_COLOUR = "#804020"
@@ -159,6 +159,23 @@ class ScratchpadSessionTest(popover_window.SessionPopoverCase):
             wait_until(lambda: self.workspace_of("mousepad") == SCRATCHPAD, "it is hidden", seen=picture)
             self.toggle()
             wait_until(lambda: picture() == before, f"everything is as before: {before}", seen=picture)
+
+    def test_the_shortcut_is_heard_wherever_the_focus_is(self):
+        self.open_three()
+        self.start_curtain(XTERM, FOOT)
+        # It comes into the tray when it has begun to listen.
+        self.icon()
+        self.do('[app_id="foot"] focus' if IS_SWAY else '[class="XTerm"] focus')
+        self.screen.strike(*SHORTCUT)
+        self.wait_hidden()
+        self.screen.strike(*SHORTCUT)
+        wait_until(lambda: self.shows(XTERM_COLOUR) and self.shows(FOOT_COLOUR) == IS_SWAY, "they are back", seen=picture)
+
+    def test_the_settings_say_nothing_of_where_the_shortcut_is_heard(self):
+        self.start_curtain()
+        self.act("settings")
+        self.wait_lines("hotkey field: Global shortcut:")
+        self.assertNotIn(X11_WINDOWS_ONLY, self.lines())
 
     def test_hides_what_is_opened_meanwhile(self):
         self.start_curtain(XTERM, FOOT)

@@ -16,6 +16,7 @@ WIDTH, HEIGHT = 1280, 800
 SESSION = os.environ["VIRTUAL_DESKTOP_SESSION"]
 FOOT = private_app("foot", "Foot")
 ESCAPE = 9
+X11_WINDOWS_ONLY = "label: The shortcut works only while a window of an X11 program has the focus."
 POPOVER_COLOUR = "#f4f5f8"
 # So many pixels beside each other are the popover's ground.
 POPOVER_EDGE = 12

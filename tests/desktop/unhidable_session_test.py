@@ -9,7 +9,7 @@ import unittest
 
 import popover_window
 from desktop_case import IS_WAYLAND, XTERM, XTERM_COLOUR, stays, wait_until, write_preferences
-from session_case import FOOT, SESSION
+from session_case import FOOT, SESSION, X11_WINDOWS_ONLY
 
 OBSTACLE, REMEDY = (
     ("This Wayland desktop offers no way to hide other apps.",
@@ -19,7 +19,6 @@ OBSTACLE, REMEDY = (
 # What the popover says of a terminal of X11 and of one of Wayland. Weston lists no windows at all.
 XTERM_STATE = "Can't tell" if SESSION == "weston" else "Visible"
 FOOT_STATE = "Can't tell" if IS_WAYLAND else "Not running"
-X11_WINDOWS_ONLY = "label: The shortcut works only while a window of an X11 program has the focus."
 NOTICE = "Privacy mode has no effect"
 FOOT_COLOUR = "#20a040"
 

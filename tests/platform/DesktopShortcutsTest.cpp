@@ -69,9 +69,23 @@ TEST(I3Bindings, ReadsBindingsWithVariablesAndOptions) {
                                       "    bindsym --release --no-startup-id $modshift+q kill\r\n"
                                       "bindsym Print exec scrot\n"
                                       "bindsym $mod+\n"
-                                      "bindcode 43 kill\n"),
+                                      "bindcode 43 kill\n")
+                    .bySymbol,
                 ElementsAre(Accelerator{command, XKB_KEY_Return}, Accelerator{command + shift, XKB_KEY_q},
                             Accelerator{0, XKB_KEY_Print}));
+}
+
+TEST(I3Bindings, ReadsThoseByPosition) {
+    using Position = LinuxPlatform::I3Bindings::Position;
+    EXPECT_THAT(I3Shortcuts::bindings("set $mod Mod4\n"
+                                      "bindcode 43 kill\n"
+                                      "bindcode --release $mod+Shift+44 kill\n"
+                                      "bindcode Mod4+h kill\n"
+                                      "bindcode Nonsense+44 kill\n"
+                                      "bindcode 4294967296 kill\n"
+                                      "bindcode\n")
+                    .byPosition,
+                ElementsAre(Position{0, 43}, Position{command + shift, 44}));
 }
 
 TEST(I3Bindings, LeavesOutThoseOfModes) {
@@ -80,10 +94,11 @@ TEST(I3Bindings, LeavesOutThoseOfModes) {
                                       "  bindsym {\n"
                                       "  }\n"
                                       "}\n"
-                                      "bindsym Mod4+r mode \"resize\"\n"),
+                                      "bindsym Mod4+r mode \"resize\"\n")
+                    .bySymbol,
                 ElementsAre(Accelerator{command, XKB_KEY_r}));
-    EXPECT_THAT(I3Shortcuts::bindings(""), IsEmpty());
-    EXPECT_THAT(I3Shortcuts::bindings("mode x {\nbindsym a b\n"), IsEmpty());
+    EXPECT_THAT(I3Shortcuts::bindings("").bySymbol, IsEmpty());
+    EXPECT_THAT(I3Shortcuts::bindings("mode x {\nbindsym a b\n").bySymbol, IsEmpty());
 }
 
 TEST(KdeShortcuts, NumbersKeysAsQtDoes) {

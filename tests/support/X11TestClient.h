@@ -21,7 +21,9 @@ namespace TestSupport {
 /// A program with windows, as far as the X server can tell: a connection of its own.
 class X11TestClient {
 public:
-    X11TestClient() : connection_(xcb_connect(nullptr, nullptr), &xcb_disconnect) {}
+    /// `display` is that of the environment where it is null.
+    explicit X11TestClient(const char* display = nullptr)
+        : connection_(xcb_connect(display, nullptr), &xcb_disconnect) {}
 
     xcb_connection_t* get() const { return connection_.get(); }
     xcb_window_t root() const { return xcb_setup_roots_iterator(xcb_get_setup(get())).data->root; }

@@ -137,6 +137,13 @@ void XkbKeyboard::read() {
     }
 }
 
+std::optional<xkb_keycode_t> XkbKeyboard::scanCodeOf(std::int64_t keyCode) {
+    if (!keymap_) {
+        read();
+    }
+    return scanCode(keyCode);
+}
+
 std::optional<xkb_keycode_t> XkbKeyboard::scanCode(std::int64_t keyCode) const {
     const auto name = std::string(KeyPositions::xkbName(keyCode));
     const auto key =

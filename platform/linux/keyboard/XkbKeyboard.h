@@ -27,6 +27,8 @@ public:
 
     /// Everything that a key can mean without modifiers or with Shift alone, in any of the layouts.
     std::vector<xkb_keysym_t> symbols(std::int64_t keyCode);
+    /// The key's number; absent where the keyboard has none there.
+    std::optional<xkb_keycode_t> scanCodeOf(std::int64_t keyCode);
 
 private:
     template <auto unref>

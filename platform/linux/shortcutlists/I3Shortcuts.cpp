@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <cstdint>
 #include <cstring>
 #include <map>
@@ -119,6 +120,49 @@ std::string withVariables(std::string text, const std::map<std::string, std::str
     return text;
 }
 
+/// "set $NAME VALUE".
+void define(const std::string& line, std::map<std::string, std::string>& variables) {
+    std::istringstream definition(line);
+    std::string command;
+    std::string name;
+    definition >> command >> name >> std::ws;
+    std::string value;
+    std::getline(definition, value);
+    value.erase(value.find_last_not_of(" \t\r") + 1);
+    if (name.starts_with('$')) {
+        variables[name] = withVariables(value, variables);
+    }
+}
+
+/// "Mod4+Shift+43".
+std::optional<I3Bindings::Position> positionIn(const std::string& combination) {
+    const auto start = combination.rfind('+') + 1;
+    I3Bindings::Position position;
+    const auto* const end = combination.data() + combination.size();
+    const auto number = std::from_chars(combination.data() + start, end, position.scanCode);
+    // With a key that everybody knows, the rest reads as that of any other binding.
+    const auto accelerator = Accelerator::fromI3(combination.substr(0, start) + "a");
+    if (number.ec != std::errc{} || number.ptr != end || !accelerator) {
+        return std::nullopt;
+    }
+    position.modifiers = accelerator->modifiers;
+    return position;
+}
+
+/// `words` are what follows the command.
+void addBinding(const std::string& command, std::istringstream& words, I3Bindings& bindings) {
+    std::string combination;
+    while (words >> combination && combination.starts_with("--")) {
+    }
+    if (command == "bindcode") {
+        if (const auto position = positionIn(combination)) {
+            bindings.byPosition.push_back(*position);
+        }
+    } else if (const auto accelerator = Accelerator::fromI3(combination)) {
+        bindings.bySymbol.push_back(*accelerator);
+    }
+}
+
 } // namespace
 
 I3Shortcuts::I3Shortcuts(std::string socketPath) : socketPath_(std::move(socketPath)) {}
@@ -141,16 +185,16 @@ void I3Shortcuts::ask(const WantedShortcut& wanted, Answer answer) {
         [wanted, answer = std::move(answer)](const std::string& payload) {
             const auto configurations = configurationsIn(payload);
             answer(std::ranges::any_of(configurations, [&](const std::string& configuration) {
-                return std::ranges::any_of(bindings(configuration), [&](const Accelerator& accelerator) {
-                    return wanted.matches(accelerator);
-                });
+                return std::ranges::any_of(
+                    bindings(configuration).bySymbol,
+                    [&](const Accelerator& accelerator) { return wanted.matches(accelerator); });
             }));
         },
         &questions_);
 }
 
-std::vector<Accelerator> I3Shortcuts::bindings(std::string_view configuration) {
-    std::vector<Accelerator> result;
+I3Bindings I3Shortcuts::bindings(std::string_view configuration) {
+    I3Bindings result;
     std::map<std::string, std::string> variables;
     std::istringstream lines{std::string(configuration)};
     int modeDepth = 0;
@@ -165,22 +209,9 @@ std::vector<Accelerator> I3Shortcuts::bindings(std::string_view configuration) {
         } else if (command == "mode" && opensBlock) {
             modeDepth = 1;
         } else if (command == "set") {
-            std::istringstream definition(line);
-            std::string name;
-            definition >> command >> name >> std::ws;
-            std::string value;
-            std::getline(definition, value);
-            value.erase(value.find_last_not_of(" \t\r") + 1);
-            if (name.starts_with('$')) {
-                variables[name] = withVariables(value, variables);
-            }
-        } else if (command == "bindsym") {
-            std::string combination;
-            while (words >> combination && combination.starts_with("--")) {
-            }
-            if (const auto accelerator = Accelerator::fromI3(combination)) {
-                result.push_back(*accelerator);
-            }
+            define(line, variables);
+        } else if (command == "bindsym" || command == "bindcode") {
+            addBinding(command, words, result);
         }
     }
     return result;

@@ -4,11 +4,28 @@
 
 #include <QObject>
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace LinuxPlatform {
+
+/// What a configuration of i3 or sway binds outside of modes.
+struct I3Bindings {
+    /// A key by its place, whatever is written there.
+    struct Position {
+        /// In the hot-key service's bits.
+        std::int64_t modifiers = 0;
+        /// In XKB's numbers.
+        std::uint32_t scanCode = 0;
+
+        bool operator==(const Position&) const = default;
+    };
+
+    std::vector<Accelerator> bySymbol;
+    std::vector<Position> byPosition;
+};
 
 /// The key bindings in the configuration of i3 or sway, asked for over its socket.
 class I3Shortcuts : public ShortcutList {
@@ -18,8 +35,8 @@ public:
 
     void ask(const WantedShortcut& wanted, Answer answer) override;
 
-    /// The combinations that are bound outside of modes, variables resolved.
-    static std::vector<Accelerator> bindings(std::string_view configuration);
+    /// Variables are resolved; what the configuration includes is not read.
+    static I3Bindings bindings(std::string_view configuration);
 
 private:
     std::string socketPath_;
