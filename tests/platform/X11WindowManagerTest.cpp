@@ -98,6 +98,42 @@ struct X11WindowManagerTest : PlatformTests::X11WindowFixture {
         return count;
     }
 
+    /// As a manager gets requests.
+    void listenAsManager() {
+        const std::uint32_t mask = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT;
+        xcb_change_window_attributes(client.get(), client.root(), XCB_CW_EVENT_MASK, &mask);
+        client.sync();
+    }
+
+    struct Requests {
+        std::vector<xcb_window_t> map;
+        std::vector<xcb_client_message_event_t> activate;
+    };
+
+    /// Since the last time.
+    Requests requests(ManualSystem& manual) {
+        // Whatever was sent before this answer has arrived.
+        manual.connection->atoms(std::array{std::string_view("_NET_ACTIVE_WINDOW")});
+        client.sync();
+        Requests found;
+        while (const LinuxPlatform::XcbPointer<xcb_generic_event_t> event{xcb_poll_for_event(client.get())}) {
+            const auto& message = reinterpret_cast<const xcb_client_message_event_t&>(*event);
+            switch (event->response_type & 0x7FU) {
+            case XCB_MAP_REQUEST:
+                found.map.push_back(reinterpret_cast<const xcb_map_request_event_t&>(*event).window);
+                break;
+            case XCB_CLIENT_MESSAGE:
+                if (message.type == client.atom("_NET_ACTIVE_WINDOW")) {
+                    found.activate.push_back(message);
+                }
+                break;
+            default:
+                break;
+            }
+        }
+        return found;
+    }
+
     /// A window as a manager has it that leaves hidden windows mapped.
     xcb_window_t openUnder(ScriptedWindowManager& manager, std::uint32_t managerState,
                            std::initializer_list<std::string_view> states = {}) {
@@ -147,6 +183,60 @@ TEST_F(X11WindowManagerTest, WindowsOfAManagerThatHeedsNoRequestStayVisible) {
     EXPECT_EQ(privacy.hiding.isHidden("a"), false);
     privacy.engine.deactivate();
     EXPECT_TRUE(isOnScreen(window));
+}
+
+TEST_F(X11WindowManagerTest, WindowIsActivatedOnlyWhereNothingElseBringsItBack) {
+    ScriptedWindowManager manager;
+    const auto window = openUnder(manager, ScriptedWindowManager::iconic, {hiddenState});
+    listenAsManager();
+    ManualSystem manual;
+    ASSERT_TRUE(manual.lists(window));
+    manual.system.show(std::array{WindowId{window}});
+    manual.advance(0.1);
+    EXPECT_THAT(requests(manual).map, IsEmpty());
+    manual.advance(0.1);
+    EXPECT_THAT(requests(manual).map, testing::ElementsAre(window)) << "though it is mapped";
+    manual.advance(0.8);
+    EXPECT_THAT(requests(manual).activate, IsEmpty());
+    manual.advance(0.4);
+    const auto activations = requests(manual).activate;
+    ASSERT_THAT(activations, testing::SizeIs(1));
+    EXPECT_EQ(activations[0].window, window);
+    EXPECT_EQ(activations[0].data.data32[0], PlatformTests::pager);
+    EXPECT_NE(activations[0].data.data32[1], std::uint32_t{XCB_CURRENT_TIME});
+    manual.advance(5);
+    const auto last = requests(manual);
+    EXPECT_THAT(last.map, IsEmpty()) << "it is asked once";
+    EXPECT_THAT(last.activate, IsEmpty()) << "it is asked once";
+}
+
+TEST_F(X11WindowManagerTest, FocusThatMovedTheMomentBeforeIsRemembered) {
+    ScriptedWindowManager manager;
+    const auto low = openUnder(manager, ScriptedWindowManager::normal);
+    const auto high = openBeside(manager, low);
+    listenAsManager();
+    ManualSystem manual;
+    manager.setActive(high);
+    ASSERT_TRUE(manual.lists(high));
+    manual.advance(0);
+    manager.setActive(low);
+    const std::array apps{WindowId{low}, WindowId{high}};
+    manual.system.hide(std::array{apps[0]});
+    manager.setActive(high);
+    manual.system.hide(std::array{apps[1]});
+    for (const auto window : {low, high}) {
+        manager.setStates(window, {hiddenState});
+    }
+    manual.advance(0);
+    for (const auto app : apps) {
+        manual.system.show(std::array{app});
+        manual.system.activate(std::array{app});
+        manager.setStates(static_cast<xcb_window_t>(app), {});
+    }
+    manual.advance(1);
+    const auto activations = requests(manual).activate;
+    ASSERT_THAT(activations, testing::SizeIs(1));
+    EXPECT_EQ(activations[0].window, low);
 }
 
 TEST_F(X11WindowManagerTest, FocusThatPassesThroughAWindowOnItsWayOutIsNoActivation) {

@@ -99,11 +99,31 @@ void X11Connection::dispatch(const xcb_generic_event_t& event) {
     if (event.response_type == 0) {
         return;
     }
+    const auto& notification = reinterpret_cast<const xcb_property_notify_event_t&>(event);
+    if (event.response_type == XCB_PROPERTY_NOTIFY && notification.window == clockWindow_) {
+        clockTime_ = notification.time;
+        return;
+    }
     handlers_.tell(event);
 }
 
 void X11Connection::flush() {
     xcb_flush(connection_.get());
+}
+
+xcb_timestamp_t X11Connection::serverTime() {
+    if (clockWindow_ == XCB_WINDOW_NONE) {
+        clockWindow_ = xcb_generate_id(get());
+        const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
+        xcb_create_window(get(), XCB_COPY_FROM_PARENT, clockWindow_, root(), 0, 0, 1, 1, 0,
+                          XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &mask);
+    }
+    // Nothing is added: it is the event that counts, which is here before the answer is.
+    xcb_change_property(get(), XCB_PROP_MODE_APPEND, clockWindow_, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 8, 0,
+                        nullptr);
+    static_cast<void>(reply<xcb_get_input_focus_reply>(xcb_get_input_focus(get())));
+    dispatchEvents();
+    return clockTime_;
 }
 
 void X11Connection::sendToWindowManager(xcb_window_t window, xcb_atom_t type,

@@ -67,6 +67,10 @@ public:
 
     void flush();
 
+    /// The server's clock at this moment, in milliseconds, as requests in a user's name carry it; never the
+    /// zero that stands for "now". Asks the server, and hands out what has arrived.
+    xcb_timestamp_t serverTime();
+
     /// Sends a client message about a window to the window manager.
     void sendToWindowManager(xcb_window_t window, xcb_atom_t type, std::span<const std::uint32_t> data);
 
@@ -86,6 +90,9 @@ private:
     std::uint64_t roundTrips_ = 0;
     /// The newest request that the last round trip carried.
     unsigned carriedSequence_ = 0;
+    /// Never shown; what is written there comes back with the time.
+    xcb_window_t clockWindow_ = XCB_WINDOW_NONE;
+    xcb_timestamp_t clockTime_ = XCB_CURRENT_TIME;
     Platform::Subscribers<std::reference_wrapper<const xcb_generic_event_t>> handlers_;
     /// What ties the connection to the event loop; goes before the connection does.
     std::unique_ptr<QObject> loopLink_;

@@ -52,6 +52,8 @@ constexpr std::array<std::string_view, X11WindowModel::atomCount> atomNames{
     "_KDE_NET_WM_DESKTOP_FILE",
     "_GTK_APPLICATION_ID",
     "WM_CHANGE_STATE",
+    "_NET_WM_STATE_STICKY",
+    "_NET_RESTACK_WINDOW",
 };
 
 std::optional<std::uint32_t> numberIn(const xcb_get_property_reply_t& reply) {
@@ -408,6 +410,7 @@ void X11WindowModel::readRoot(Changes& changes) {
         const auto has = [&](Atom hint) { return std::ranges::find(hints, atom(hint)) != hints.end(); };
         isClientListSupported_ = has(netClientList);
         isMinimizeActionSupported_ = has(netWmActionMinimize);
+        isRestackingSupported_ = has(netRestackWindow);
     }
     if (clientList) {
         const auto reply = connection_.reply<xcb_get_property_reply>(*clientList);

@@ -11,6 +11,9 @@
 
 namespace LinuxPlatform {
 
+/// As the number of a workspace: all of them.
+inline constexpr std::uint32_t onAllDesktops = 0xFFFFFFFF;
+
 /// What the X server holds about one client window.
 struct X11Window {
     xcb_window_t id = XCB_WINDOW_NONE;
@@ -89,6 +92,8 @@ public:
         kdeNetWmDesktopFile,
         gtkApplicationId,
         wmChangeState,
+        netWmStateSticky,
+        netRestackWindow,
         atomCount
     };
 
@@ -110,6 +115,8 @@ public:
     }
     /// Whether it says which windows it manages, as of the last `update`.
     bool hasWindowList() const { return hasManager() && (isClientListThere_ || isClientListSupported_); }
+    /// Whether it says that it puts windows below others on request.
+    bool canRestack() const { return isRestackingSupported_; }
     /// Whether the list is that of the window manager before it.
     bool isWindowListOld() const { return hasManager() && isClientListOld_; }
     /// Changes with the window manager, as far as it shows a window of its own.
@@ -127,6 +134,11 @@ public:
     /// not enough: some window managers leave hidden windows mapped.
     bool isHidden(const X11Window& window) const {
         return isMarkedHidden(window) && !window.isHiddenMarkStale && !window.isRolledUp;
+    }
+    /// On which workspace it is, `onAllDesktops` where on all; some window managers say the latter by a state
+    /// alone.
+    std::optional<std::uint32_t> desktopOf(const X11Window& window) const {
+        return hasState(window, netWmStateSticky) ? onAllDesktops : window.desktop;
     }
     /// Whether its program and the window manager let it be minimized, as far as they say anything.
     bool mayBeMinimized(const X11Window& window) const;
@@ -222,6 +234,7 @@ private:
     /// Another one has named its window since the present one was read.
     bool isNextManagerThere_ = false;
     bool isMinimizeActionSupported_ = false;
+    bool isRestackingSupported_ = false;
     std::vector<xcb_window_t> clientList_;
     xcb_window_t activeWindow_ = XCB_WINDOW_NONE;
     /// As of its last reading; 0 where it was not in the list of windows then.

@@ -10,14 +10,9 @@ namespace LinuxPlatform {
 namespace {
 
 constexpr std::uint32_t iconicState = 3;
-constexpr std::uint32_t removeState = 0;
 constexpr std::uint32_t addState = 1;
 /// A request in the user's name, which focus stealing prevention lets through.
 constexpr std::uint32_t sourcePager = 2;
-constexpr std::uint32_t onAllDesktops = 0xFFFFFFFF;
-/// Window managers answer within a few milliseconds; one that has not shown a single window by now does not
-/// know the polite request.
-constexpr Platform::MainQueue::Seconds showDeadline{0.15};
 /// One that has not hidden a window by now is busy, or does not heed the request.
 constexpr Platform::MainQueue::Seconds hideDeadline{1};
 /// However busy a window manager is, it has done by then what it is asked, or says by then what it can do.
@@ -40,6 +35,7 @@ X11WindowSystem::X11WindowSystem(X11Connection& connection, Platform::MainQueue&
       model_(connection, [this] { scheduleTakeIn(); }),
       hostName_(localHostName()),
       leaving_(mainQueue),
+      restorer_(connection, model_, mainQueue, [this] { takeIn(); }),
       activation_(
           mainQueue, [this] { return lookAtScene(); },
           [this](WindowId window) { bringToFront(xcbWindow(window)); }) {
@@ -85,6 +81,8 @@ bool X11WindowSystem::exists(WindowId window) const {
 }
 
 void X11WindowSystem::hide(std::span<const WindowId> windows) {
+    // Whose the focus is may have changed a moment ago.
+    takeIn();
     activation_.forget([this](WindowId window) { return !exists(window); });
     activation_.noteHiding(windows, model_.activeWindow());
     leaving_.add(windows);
@@ -94,8 +92,9 @@ void X11WindowSystem::hide(std::span<const WindowId> windows) {
         taken.push_back({window, {}});
         requestIconic(xcbWindow(window));
         model_.expectHidden(xcbWindow(window));
-        awaitingShow_.erase(window);
+        std::erase(toActivate_, window);
     }
+    restorer_.cancel(windows);
     taken_.take(taken);
     connection_.flush();
     watchHiding(windows);
@@ -145,7 +144,9 @@ void X11WindowSystem::requestIconic(xcb_window_t window) {
     // so the state is asked for as well.
     connection_.sendToWindowManager(window, model_.atom(X11WindowModel::wmChangeState),
                                     std::array{iconicState});
-    requestHidden(window, true);
+    connection_.sendToWindowManager(window, model_.atom(X11WindowModel::netWmState),
+                                    std::array{addState, model_.atom(X11WindowModel::netWmStateHidden),
+                                               std::uint32_t{XCB_ATOM_NONE}, sourcePager});
 }
 
 void X11WindowSystem::watchHiding(std::span<const WindowId> windows) {
@@ -239,18 +240,17 @@ void X11WindowSystem::noteWhatIsBack(const X11WindowModel::Changes& changes) {
 
 void X11WindowSystem::show(std::span<const WindowId> windows) {
     for (const auto window : windows) {
-        requestHidden(xcbWindow(window), false);
         awaitingHide_.erase(window);
-        awaitingShow_.insert(window);
     }
+    restorer_.restore(windows);
     taken_.forget(windows);
-    connection_.flush();
     keepPopupsAway();
-    watchShowing();
 }
 
 void X11WindowSystem::activate(std::span<const WindowId> windows) {
-    activation_.request(windows);
+    toActivate_.insert(toActivate_.end(), windows.begin(), windows.end());
+    // Some window managers bring a window back by activating it, or put what comes back on top.
+    restorer_.whenDone([this] { activation_.request(std::exchange(toActivate_, {})); });
 }
 
 WindowActivation::Scene X11WindowSystem::lookAtScene() {
@@ -259,15 +259,17 @@ WindowActivation::Scene X11WindowSystem::lookAtScene() {
     return {{stackingOrder.begin(), stackingOrder.end()},
             [this, desktop = model_.currentDesktop()](WindowId id) {
                 const auto* const window = model_.find(xcbWindow(id));
-                return window != nullptr && window->isManaged &&
-                       (!desktop || !window->desktop || window->desktop == desktop ||
-                        window->desktop == onAllDesktops);
+                if (window == nullptr || !window->isManaged) {
+                    return false;
+                }
+                const auto place = model_.desktopOf(*window);
+                return !desktop || !place || place == desktop || place == onAllDesktops;
             }};
 }
 
 void X11WindowSystem::bringToFront(xcb_window_t window) {
     connection_.sendToWindowManager(window, model_.atom(X11WindowModel::netActiveWindow),
-                                    std::array{sourcePager, std::uint32_t{XCB_CURRENT_TIME}});
+                                    std::array{sourcePager, connection_.serverTime()});
     connection_.flush();
 }
 
@@ -282,6 +284,7 @@ void X11WindowSystem::takeIn() {
     if (std::exchange(notedGeneration_, model_.generation()) != model_.generation()) {
         noteWhatWasHeeded(changes);
         noteWhatIsBack(changes);
+        restorer_.noteChanges();
     }
     for (const auto window : changes.opened) {
         undelivered_.emplace_back(WindowEvent::opened, window);
@@ -361,42 +364,6 @@ Window X11WindowSystem::describe(const X11Window& window) const {
         std::ranges::find(window.state, model_.atom(X11WindowModel::netWmStateSkipTaskbar)) ==
         window.state.end();
     return described;
-}
-
-void X11WindowSystem::requestHidden(xcb_window_t window, bool hidden) {
-    connection_.sendToWindowManager(window, model_.atom(X11WindowModel::netWmState),
-                                    std::array{hidden ? addState : removeState,
-                                               model_.atom(X11WindowModel::netWmStateHidden),
-                                               std::uint32_t{XCB_ATOM_NONE}, sourcePager});
-}
-
-void X11WindowSystem::watchShowing() {
-    mainQueue_.asyncAfter(showDeadline,
-                          lifetime_.weak([this, watch = ++lastShowWatch_, count = awaitingShow_.size()] {
-                              if (watch == lastShowWatch_) {
-                                  mapStillHidden(count);
-                              }
-                          }));
-}
-
-void X11WindowSystem::mapStillHidden(std::size_t countBefore) {
-    takeIn();
-    std::erase_if(awaitingShow_, [this](WindowId window) {
-        const auto* const found = model_.find(xcbWindow(window));
-        return found == nullptr || !found->isManaged || !model_.isHidden(*found);
-    });
-    if (awaitingShow_.empty()) {
-        return;
-    }
-    if (awaitingShow_.size() < countBefore) {
-        // With many windows a window manager is busy for longer.
-        watchShowing();
-        return;
-    }
-    for (const auto window : std::exchange(awaitingShow_, {})) {
-        xcb_map_window(connection_.get(), xcbWindow(window));
-    }
-    connection_.flush();
 }
 
 } // namespace LinuxPlatform

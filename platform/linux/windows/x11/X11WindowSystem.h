@@ -9,12 +9,11 @@
 #include "platform/linux/windows/WindowSystem.h"
 #include "platform/linux/windows/x11/X11Popups.h"
 #include "platform/linux/windows/x11/X11WindowModel.h"
+#include "platform/linux/windows/x11/X11WindowRestorer.h"
 
-#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <memory>
-#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -46,7 +45,6 @@ private:
     bool isAppWindow(const X11Window& window) const;
     bool isOfType(const X11Window& window, X11WindowModel::Atom type) const;
     Window describe(const X11Window& window) const;
-    void requestHidden(xcb_window_t window, bool hidden);
     void keepPopupsAway();
     bool isTaken(const Window& window) const;
     bool isPopupOfHiddenApp(const X11Popup& popup);
@@ -59,8 +57,6 @@ private:
     bool isAwaited(std::uint64_t request) const;
     void noteWhatWasHeeded(const X11WindowModel::Changes& changes);
     void noteWhatIsBack(const X11WindowModel::Changes& changes);
-    void watchShowing();
-    void mapStillHidden(std::size_t countBefore);
     WindowActivation::Scene lookAtScene();
     void bringToFront(xcb_window_t window);
 
@@ -87,9 +83,9 @@ private:
     LeavingWindows leaving_;
     /// Null while no window is taken.
     std::unique_ptr<X11Popups> popups_;
-    /// Asked back and not known to have come.
-    std::set<WindowId> awaitingShow_;
-    std::uint64_t lastShowWatch_ = 0;
+    X11WindowRestorer restorer_;
+    /// As soon as what was given back is there.
+    std::vector<WindowId> toActivate_;
     WindowActivation activation_;
     bool isTakeInScheduled_ = false;
     std::vector<std::pair<WindowEvent, xcb_window_t>> undelivered_;
