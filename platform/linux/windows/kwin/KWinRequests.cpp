@@ -2,6 +2,7 @@
 
 #include <QJsonObject>
 
+#include <algorithm>
 #include <utility>
 
 namespace LinuxPlatform {
@@ -65,6 +66,11 @@ void KWinRequests::putBack(QJsonArray portion) {
         portion.append(later);
     }
     waiting_ = std::move(portion);
+}
+
+bool KWinRequests::hasShow(const QJsonArray& portion) {
+    return std::ranges::any_of(
+        portion, [](const QJsonValue& request) { return request[actKey].toString() == nameOf(Act::show); });
 }
 
 } // namespace LinuxPlatform

@@ -18,6 +18,7 @@ public:
     QJsonArray takePortion();
     /// Puts a portion in front of what is waiting.
     void putBack(QJsonArray portion);
+    static bool hasShow(const QJsonArray& portion);
 
 private:
     QJsonArray waiting_;

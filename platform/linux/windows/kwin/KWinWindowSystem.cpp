@@ -119,29 +119,46 @@ void KWinWindowSystem::beginAnew() {
 void KWinWindowSystem::loadWatcher() {
     isListed_ = false;
     ++load_;
-    if (kwin_.owner().isEmpty()) {
+    isLoading_ = !kwin_.owner().isEmpty();
+    if (!isLoading_) {
         return;
     }
     scripting_.run(
         kwin_.owner(), watcherName, KWinScripts::watcher({bus_.baseService(), path, interfaceName}, load_),
         [this] { return isListed_; },
         [this, load = load_](bool isRunning) {
-            if (!isRunning && load == load_) {
+            if (load != load_) {
+                return;
+            }
+            isLoading_ = false;
+            if (!isRunning) {
                 watcherFailed();
             }
         });
 }
 
+void KWinWindowSystem::loadWatcherAfter(Seconds pause) {
+    queue_.asyncAfter(pause, lifetime_.weak([this, load = load_] {
+        if (load == load_) {
+            loadWatcher();
+        }
+    }));
+}
+
 void KWinWindowSystem::watcherFailed() {
     if (state_ == State::starting && queue_.now() - stateSince_ < answerDeadline) {
-        queue_.asyncAfter(pauseBetweenTries, lifetime_.weak([this, load = load_] {
-            if (load == load_) {
-                loadWatcher();
-            }
-        }));
+        loadWatcherAfter(pauseBetweenTries);
         return;
     }
     setState(State::failed);
+    keepTrying();
+}
+
+void KWinWindowSystem::keepTrying() {
+    // Nobody may look for a long time, and windows wait to be shown.
+    if (state_ == State::failed && !isLoading_ && !requests_.isEmpty()) {
+        loadWatcherAfter(answerDeadline);
+    }
 }
 
 void KWinWindowSystem::look() {
@@ -178,14 +195,17 @@ bool KWinWindowSystem::exists(WindowId window) const {
 
 void KWinWindowSystem::receive(const QString& sender, const QByteArray& text) {
     const auto report = QJsonDocument::fromJson(text).object();
-    const auto load = report.value(QLatin1String("load")).toInteger();
-    if (sender != kwin_.owner() || load != static_cast<qint64>(load_)) {
+    if (sender != kwin_.owner()) {
         return;
     }
     const auto event = report.value(QLatin1String("event")).toString();
     if (event == QStringLiteral("done")) {
+        // Whatever watcher there is by now.
         isRequestDone_ = isRequestDone_ || report.value(QLatin1String("request")).toInteger() ==
                                                static_cast<qint64>(lastRequest_);
+        return;
+    }
+    if (report.value(QLatin1String("load")).toInteger() != static_cast<qint64>(load_)) {
         return;
     }
     takeNoteOf(model_.take(report));
@@ -259,6 +279,7 @@ void KWinWindowSystem::request(KWinRequests::Act act, std::span<const WindowId> 
         }
     }
     requests_.add(act, names);
+    keepTrying();
     // What is asked in one turn goes together.
     if (!std::exchange(isSendingScheduled_, true)) {
         queue_.async(lifetime_.weak([this] {
@@ -297,12 +318,21 @@ void KWinWindowSystem::requestsEnded(bool wereCarriedOut) {
 }
 
 void KWinWindowSystem::tryAgain() {
-    // KWin has ended or somebody has unloaded the script. Once more is enough to find out.
-    if (!std::exchange(isSecondTry_, true)) {
+    // KWin has ended or somebody has unloaded the script. Once more is enough to find out; but a window that
+    // is never shown is lost to its user.
+    isSecondTry_ = !isSecondTry_;
+    if (isSecondTry_ || KWinRequests::hasShow(sent_)) {
         requests_.putBack(std::move(sent_));
     }
-    if (state_ == State::ready) {
-        beginAnew();
+    if (state_ != State::ready) {
+        keepTrying();
+        return;
+    }
+    setState(State::starting);
+    if (isSecondTry_) {
+        loadWatcher();
+    } else {
+        loadWatcherAfter(answerDeadline);
     }
 }
 

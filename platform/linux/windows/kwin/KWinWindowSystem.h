@@ -55,7 +55,10 @@ private:
     void setState(State state);
     void beginAnew();
     void loadWatcher();
+    /// Unless it is loaded before.
+    void loadWatcherAfter(Seconds pause);
     void watcherFailed();
+    void keepTrying();
     void look();
     bool isBusy() const;
 
@@ -79,6 +82,7 @@ private:
     Seconds lookedAt_;
     /// Names the script whose reports count; those of earlier ones do not.
     std::uint64_t load_ = 0;
+    bool isLoading_ = false;
     bool isListed_ = false;
     KWinRequests requests_;
     QJsonArray sent_;

@@ -1,0 +1,124 @@
+#include "platform/linux/windows/kwin/KWinWindowSystem.h"
+
+#include "tests/support/EventLoop.h"
+#include "tests/support/HandDrivenQueue.h"
+#include "tests/support/KWinStandIn.h"
+#include "tests/support/PrivateBus.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <QJsonObject>
+#include <QString>
+
+#include <gmock/gmock.h>
+
+#include <array>
+#include <string>
+
+namespace TestSupport {
+namespace {
+
+using LinuxPlatform::KWinWindowSystem;
+using LinuxPlatform::WindowId;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+const std::string id = "{00000000-0000-4000-8000-000000000001}";
+const std::string otherId = "{00000000-0000-4001-8000-000000000001}";
+constexpr std::array<WindowId, 1> window{0x4000};
+constexpr std::array<WindowId, 1> otherWindow{0x4001};
+
+QJsonObject described(const std::string& name) {
+    return {{QStringLiteral("id"), QString::fromStdString(name)},
+            {QStringLiteral("class"), QStringLiteral("app")},
+            {QStringLiteral("isInTaskList"), true},
+            {QStringLiteral("isHere"), true}};
+}
+
+struct KWinWindowSystemTest : testing::Test {
+    PrivateBus bus;
+    TemporaryFolder folder;
+    HandDrivenQueue queue;
+    KWinStandIn kwin{bus.connect(QStringLiteral("kwin"))};
+    KWinWindowSystem system{bus.connect(QStringLiteral("curtain")), queue, folder.path()};
+
+    void SetUp() override {
+        kwin.windows = {described(id), described(otherId)};
+        ASSERT_TRUE(comesTo([&] { return system.knowsEveryWindow(); }));
+        ASSERT_TRUE(system.exists(window[0]) && system.exists(otherWindow[0]));
+    }
+
+    /// Time passes meanwhile, and nobody looks.
+    template <class Condition>
+    bool comesTo(const Condition& condition) {
+        return spinUntil([&] {
+            queue.advance(0.1);
+            return condition();
+        });
+    }
+
+    void pass(double seconds) {
+        const auto end = queue.now() + Platform::MainQueue::Seconds(seconds);
+        ASSERT_TRUE(comesTo([&] { return queue.now() >= end; }));
+    }
+};
+
+TEST_F(KWinWindowSystemTest, WindowsAreGivenBackByAKWinThatHadNoTime) {
+    system.hide(window);
+    ASSERT_TRUE(comesTo([&] { return !kwin.carriedOut.empty(); }));
+    kwin.answers = false;
+    system.show(window);
+    ASSERT_TRUE(comesTo([&] { return !system.knowsEveryWindow(); }));
+    pass(30);
+    kwin.answers = true;
+    EXPECT_TRUE(comesTo([&] { return kwin.carriedOut.size() == 2; }));
+    EXPECT_THAT(kwin.carriedOut, ElementsAre("hide " + id, "show " + id));
+}
+
+TEST_F(KWinWindowSystemTest, WhatIsAskedOfAKWinThatHasNoTimeIsDoneLater) {
+    kwin.end();
+    kwin.answers = false;
+    kwin.start();
+    ASSERT_TRUE(comesTo([&] { return !system.knowsEveryWindow(); }));
+    pass(30);
+    kwin.answers = true;
+    system.show(window);
+    EXPECT_TRUE(comesTo([&] { return !kwin.carriedOut.empty(); }));
+    EXPECT_THAT(kwin.carriedOut, ElementsAre("show " + id));
+}
+
+TEST_F(KWinWindowSystemTest, ARequestIsDoneOnceThoughTheWindowsAreReportedAnewMeanwhile) {
+    kwin.holdsRequests = true;
+    system.hide(window);
+    ASSERT_TRUE(comesTo([&] { return kwin.holdsSome(); }));
+    kwin.forget(KWinStandIn::watcher());
+    pass(3);
+    system.hidingObstacle();
+    ASSERT_TRUE(comesTo([&] { return kwin.has(KWinStandIn::watcher()); }));
+    kwin.runHeld();
+    system.show(window);
+    EXPECT_TRUE(comesTo([&] { return !kwin.carriedOut.empty() && kwin.carriedOut.back() == "show " + id; }));
+    EXPECT_THAT(kwin.carriedOut, ElementsAre("hide " + id, "show " + id));
+}
+
+TEST_F(KWinWindowSystemTest, EveryRequestToHideGetsASecondTry) {
+    kwin.refusals = 2;
+    system.hide(window);
+    ASSERT_TRUE(comesTo([&] { return kwin.refusals == 0; }));
+    pass(30);
+    EXPECT_THAT(kwin.carriedOut, IsEmpty());
+    kwin.refusals = 1;
+    system.hide(otherWindow);
+    EXPECT_TRUE(comesTo([&] { return !kwin.carriedOut.empty(); }));
+    EXPECT_THAT(kwin.carriedOut, ElementsAre("hide " + otherId));
+}
+
+TEST_F(KWinWindowSystemTest, ARequestToShowIsNeverGivenUp) {
+    kwin.refusals = 5;
+    system.show(window);
+    EXPECT_TRUE(comesTo([&] { return !kwin.carriedOut.empty(); }));
+    EXPECT_THAT(kwin.carriedOut, ElementsAre("show " + id));
+    EXPECT_EQ(kwin.refusals, 0);
+}
+
+} // namespace
+} // namespace TestSupport

@@ -1,0 +1,161 @@
+#pragma once
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusVirtualObject>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QRegularExpression>
+#include <QString>
+
+#include <algorithm>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace TestSupport {
+
+/// KWin as far as it loads Curtain's scripts and runs them: it reports the windows that the test names, and
+/// notes what it is asked to do with them.
+class KWinStandIn : public QDBusVirtualObject {
+public:
+    explicit KWinStandIn(QDBusConnection bus) : bus_(std::move(bus)) {
+        bus_.registerVirtualObject(root(), this, QDBusConnection::SubPath);
+        start();
+    }
+    ~KWinStandIn() override {
+        end();
+        bus_.unregisterObject(root());
+    }
+    KWinStandIn(const KWinStandIn&) = delete;
+    KWinStandIn& operator=(const KWinStandIn&) = delete;
+
+    static QString watcher() { return QStringLiteral("curtain-windows"); }
+    static QString requests() { return QStringLiteral("curtain-requests"); }
+
+    QJsonArray windows;
+    /// One that does not is taken for one that has no time.
+    bool answers = true;
+    /// How many of the next requests it does not load.
+    int refusals = 0;
+    /// Requests are run when `runHeld` is called.
+    bool holdsRequests = false;
+    /// Each as "hide {...} {...}".
+    std::vector<std::string> carriedOut;
+
+    void start() { bus_.registerService(service()); }
+    void end() { bus_.unregisterService(service()); }
+    /// As somebody does who unloads a script.
+    void forget(const QString& script) { scripts_.erase(script); }
+    bool has(const QString& script) const { return scripts_.contains(script); }
+    bool holdsSome() const { return !held_.empty(); }
+    void runHeld() {
+        holdsRequests = false;
+        for (const auto& [script, message] : std::exchange(held_, {})) {
+            run(script, message);
+        }
+    }
+
+    QString introspect(const QString& /*path*/) const override { return {}; }
+
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection& /*connection*/) override {
+        const auto name = message.arguments().value(0).toString();
+        if (!answers) {
+            bus_.send(message.createErrorReply(QDBusError::NoReply, QStringLiteral("no time")));
+        } else if (message.member() == QStringLiteral("loadScript")) {
+            load(message.arguments().value(1).toString(), name, message);
+        } else if (message.member() == QStringLiteral("unloadScript")) {
+            bus_.send(message.createReply(scripts_.erase(name) > 0));
+        } else if (message.member() == QStringLiteral("isScriptLoaded")) {
+            bus_.send(message.createReply(scripts_.contains(name)));
+        } else if (message.member() == QStringLiteral("run")) {
+            runAt(message);
+        } else {
+            return false;
+        }
+        return true;
+    }
+
+private:
+    struct Script {
+        int number = 0;
+        QString text;
+    };
+
+    static QString root() { return QStringLiteral("/"); }
+    static QString service() { return QStringLiteral("org.kde.KWin"); }
+
+    void load(const QString& name, const QString& path, const QDBusMessage& message) {
+        QFile file(path);
+        const bool isRefused = name == requests() && refusals > 0;
+        if (isRefused || scripts_.contains(name) || !file.open(QIODevice::ReadOnly)) {
+            refusals -= isRefused ? 1 : 0;
+            bus_.send(message.createReply(-1));
+            return;
+        }
+        scripts_[name] = {lastNumber_++, QString::fromUtf8(file.readAll())};
+        bus_.send(message.createReply(scripts_[name].number));
+    }
+
+    void runAt(const QDBusMessage& message) {
+        const auto found = std::ranges::find_if(scripts_, [&](const auto& script) {
+            return message.path() == QStringLiteral("/Scripting/Script%1").arg(script.second.number);
+        });
+        if (found == scripts_.end()) {
+            bus_.send(message.createErrorReply(QDBusError::UnknownObject, message.path()));
+        } else if (holdsRequests && found->first == requests()) {
+            held_.emplace_back(found->second, message);
+        } else {
+            run(found->second, message);
+        }
+    }
+
+    void run(const Script& script, const QDBusMessage& message) {
+        QJsonObject report{{QStringLiteral("load"), value(script, "load")}};
+        if (const auto asked = value(script, "requests").toArray(); !asked.isEmpty()) {
+            note(asked);
+            report[QStringLiteral("event")] = QStringLiteral("done");
+            report[QStringLiteral("request")] = value(script, "number");
+        } else {
+            report[QStringLiteral("event")] = QStringLiteral("list");
+            report[QStringLiteral("windows")] = windows;
+        }
+        tell(value(script, "address").toArray(), report);
+        bus_.send(message.createReply());
+    }
+
+    void note(const QJsonArray& asked) {
+        for (const auto& request : asked) {
+            auto text = request[QStringLiteral("act")].toString();
+            for (const auto& id : request[QStringLiteral("ids")].toArray()) {
+                text += QLatin1Char(' ') + id.toString();
+            }
+            carriedOut.push_back(text.toStdString());
+        }
+    }
+
+    void tell(const QJsonArray& address, const QJsonObject& report) {
+        auto message = QDBusMessage::createMethodCall(address[0].toString(), address[1].toString(),
+                                                      address[2].toString(), QStringLiteral("Report"));
+        message.setArguments({QString::fromUtf8(QJsonDocument(report).toJson(QJsonDocument::Compact))});
+        bus_.send(message);
+    }
+
+    /// What a script's text gives a variable.
+    static QJsonValue value(const Script& script, const char* variable) {
+        const QRegularExpression definition(QStringLiteral("^var %1 = (.*);$").arg(QLatin1String(variable)),
+                                            QRegularExpression::MultilineOption);
+        const auto text = definition.match(script.text).captured(1);
+        return QJsonDocument::fromJson('[' + text.toUtf8() + ']').array().at(0);
+    }
+
+    QDBusConnection bus_;
+    int lastNumber_ = 0;
+    std::map<QString, Script> scripts_;
+    std::vector<std::pair<Script, QDBusMessage>> held_;
+};
+
+} // namespace TestSupport
