@@ -43,7 +43,8 @@ class ShellWindows {
     }
 
     minimize(window) {
-        this._skipEffect(window);
+        if (window.showing_on_its_workspace())
+            this._skipEffect(window);
         window.minimize();
     }
 

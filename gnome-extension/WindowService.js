@@ -16,6 +16,14 @@ const INTERFACE = `<node><interface name="${INTERFACE_NAME}">
 const ACCESS_DENIED = 'org.freedesktop.DBus.Error.AccessDenied';
 const FAILED = 'org.freedesktop.DBus.Error.Failed';
 
+/** The window, the one that it is a dialog of, and so on. */
+function withParents(window) {
+    const windows = [];
+    for (let one = window; one; one = one.get_transient_for())
+        windows.push(one);
+    return windows;
+}
+
 /**
  * Lists, hides and shows the windows of a shell for the one program on the session bus that has Curtain's name. It hides and
  * shows nothing that it was not asked to. Where that program ends, what it hid stays hidden.
@@ -68,9 +76,9 @@ class WindowService {
         this._known.clear();
     }
 
-    /** Whether the window was hidden on request and has not come back. */
+    /** Whether the window was hidden on request, or went with one that was, and has not come back. */
     hides(window) {
-        return this._hidden.has(window);
+        return withParents(window).some(one => this._hidden.has(one));
     }
 
     WatchAsync([version], invocation) {
@@ -132,7 +140,7 @@ class WindowService {
         const signals = ['notify::wm-class', 'notify::gtk-application-id', 'notify::skip-taskbar', 'workspace-changed'];
         this._known.set(window, [
             window.connect('unmanaged', () => this._remove(window)),
-            window.connect('notify::minimized', () => this._noteMinimized(window)),
+            window.connect('notify::minimized', () => this._noteMinimized()),
             ...signals.map(signal => window.connect(signal, change)),
         ]);
         this._change(window);
@@ -144,20 +152,35 @@ class WindowService {
         this._hidden.delete(window);
         this._changed.delete(window);
         this._closed.push(window.get_stable_sequence());
-        this._schedule();
-    }
-
-    _noteMinimized(window) {
-        if (!window.minimized && this._hidden.delete(window))
-            this._shell.setPictured(window, true);
-        // Its dialogs go and come with it.
+        // Dialogs that went with it may come back.
         this._changeAll();
     }
 
+    _noteMinimized() {
+        this._forgetReturned();
+        // A window's dialogs go and come with it.
+        this._changeAll();
+    }
+
+    _forgetReturned() {
+        for (const window of this._hidden.keys()) {
+            if (!this._isAway(window)) {
+                this._hidden.delete(window);
+                this._shell.setPictured(window, true);
+            }
+        }
+    }
+
+    /** Not so where only the desktop is shown instead: the window comes back with all others. */
+    _isAway(window) {
+        return withParents(window).some(one => one.minimized);
+    }
+
     _hide(window, stacking) {
-        if (!window.showing_on_its_workspace())
+        if (window.minimized || this._hidden.has(window))
             return;
-        this._shell.minimize(window);
+        if (!this._isAway(window))
+            this._shell.minimize(window);
         this._hidden.set(window, stacking.slice(0, stacking.indexOf(window)));
         this._shell.setPictured(window, false);
     }
@@ -217,6 +240,7 @@ class WindowService {
     }
 
     _report() {
+        this._forgetReturned();
         const windows = [...this._changed].map(window => this._describe(window));
         const closed = this._closed;
         this._changed.clear();
@@ -238,7 +262,7 @@ class WindowService {
             window.get_gtk_application_id() ?? this._shell.nativeIdOf(window) ?? '',
             window.get_sandboxed_app_id() ?? '',
             Math.max(0, window.get_pid()),
-            !window.showing_on_its_workspace(),
+            this._isAway(window),
             !window.skip_taskbar,
             this._shell.isHere(window),
         ];

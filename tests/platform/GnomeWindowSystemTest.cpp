@@ -1,6 +1,8 @@
 #include "platform/linux/windows/gnome/GnomeWindowSystem.h"
 
+#include "platform/linux/windows/StandInWindowSystem.h"
 #include "platform/qt/QtMainQueue.h"
+#include "tests/support/FakeWindowSystem.h"
 #include "tests/support/GnomeShellStandIn.h"
 #include "tests/support/HandDrivenQueue.h"
 #include "tests/support/WindowFocusContract.h"
@@ -154,7 +156,7 @@ TEST_F(GnomeWindowSystemTest, FollowsTheExtensionAsItComesAndGoes) {
     ASSERT_TRUE(comesTo(std::nullopt));
     EXPECT_TRUE(system->knowsEveryWindow());
     EXPECT_TRUE(system->exists(window));
-    EXPECT_THAT(events, testing::IsEmpty());
+    EXPECT_THAT(events, testing::ElementsAre(std::pair(WindowEvent::activated, window)));
     hide(window);
     const auto generation = system->generation();
     shell.setExtension(GnomeShellStandIn::off);
@@ -167,6 +169,41 @@ TEST_F(GnomeWindowSystemTest, FollowsTheExtensionAsItComesAndGoes) {
     ASSERT_TRUE(comesTo(std::nullopt));
     EXPECT_TRUE(isHidden(window));
     EXPECT_THAT(events, testing::Contains(std::pair(WindowEvent::opened, other)));
+}
+
+TEST_F(GnomeWindowSystemTest, WindowsInViewAreAnnouncedWhenTheyCanBeHidden) {
+    const auto putAway = shell.open("first");
+    shell.call(QStringLiteral("Minimize"), putAway);
+    const auto window = shell.open("second");
+    auto standIn = std::make_unique<FakeWindowSystem>();
+    standIn->everyWindowIsKnown = false;
+    LinuxPlatform::StandInWindowSystem whole(std::move(system), std::move(standIn));
+    std::vector<std::pair<WindowEvent, WindowId>> told;
+    const auto telling = whole.addEventHandler([&](WindowEvent event, const Window& announced) {
+        EXPECT_EQ(whole.hidingObstacle(), std::nullopt);
+        told.emplace_back(event, announced.id);
+    });
+    const auto isUp = [&] { return !whole.hidingObstacle(); };
+    shell.setExtension(GnomeShellStandIn::on);
+    ASSERT_TRUE(spinUntil(isUp));
+    EXPECT_THAT(told, testing::ElementsAre(std::pair(WindowEvent::activated, window)));
+    shell.setExtension(GnomeShellStandIn::off);
+    ASSERT_TRUE(spinUntil([&] { return !isUp(); }));
+    const auto other = shell.open("other");
+    told.clear();
+    shell.setExtension(GnomeShellStandIn::on);
+    ASSERT_TRUE(spinUntil(isUp));
+    EXPECT_THAT(told, testing::Contains(std::pair(WindowEvent::opened, other)));
+}
+
+TEST_F(GnomeWindowSystemTest, AsksAgainWhereAnAnswerWasLost) {
+    shell.setExtension(GnomeShellStandIn::on);
+    ASSERT_TRUE(comesTo(std::nullopt));
+    const auto window = openListed("first");
+    shell.call(QStringLiteral("LoseNextWatch"));
+    system = makeSystem();
+    EXPECT_TRUE(comesTo(std::nullopt));
+    EXPECT_TRUE(system->exists(window));
 }
 
 TEST_F(GnomeWindowSystemTest, AnotherVersionIsLoadedWithTheNextSession) {
@@ -238,6 +275,65 @@ TEST_F(GnomeWindowSystemTest, HiddenWindowIsInNoPreview) {
     EXPECT_TRUE(asks(QStringLiteral("IsPictured"), window));
 }
 
+TEST_F(GnomeWindowSystemTest, WindowIsHiddenWhileTheDesktopIsShown) {
+    shell.setExtension(GnomeShellStandIn::on);
+    ASSERT_TRUE(comesTo(std::nullopt));
+    const auto window = openListed("first");
+    shell.call(QStringLiteral("ShowDesktop"), QVariantList{true});
+    const auto other = openListed("other");
+    EXPECT_FALSE(isHidden(other));
+    hide(window);
+    shell.call(QStringLiteral("ShowDesktop"), QVariantList{false});
+    EXPECT_FALSE(asks(QStringLiteral("IsShowing"), window));
+    EXPECT_TRUE(asks(QStringLiteral("IsShowing"), other));
+}
+
+TEST_F(GnomeWindowSystemTest, DialogIsHiddenWithItsParent) {
+    shell.setExtension(GnomeShellStandIn::on);
+    ASSERT_TRUE(comesTo(std::nullopt));
+    const auto parent = openListed("first");
+    const auto dialog = WindowId{shell.call(QStringLiteral("OpenDialog"), parent).toULongLong()};
+    ASSERT_TRUE(spinUntil([&] { return system->exists(dialog); }));
+    system->hide(std::array{parent, dialog});
+    ASSERT_TRUE(spinUntil([&] { return isHidden(parent) && isHidden(dialog); }));
+    const auto late = WindowId{shell.call(QStringLiteral("OpenDialog"), parent).toULongLong()};
+    ASSERT_TRUE(spinUntil([&] { return isHidden(late); }));
+    EXPECT_FALSE(asks(QStringLiteral("IsInOverview"), late));
+    for (const auto window : {parent, dialog}) {
+        EXPECT_FALSE(asks(QStringLiteral("IsPictured"), window));
+        EXPECT_FALSE(asks(QStringLiteral("IsInOverview"), window));
+    }
+    // Its user brings back the one, and so the other.
+    shell.call(QStringLiteral("BringBack"), parent);
+    for (const auto window : {parent, dialog, late}) {
+        EXPECT_TRUE(asks(QStringLiteral("IsPictured"), window));
+        EXPECT_TRUE(asks(QStringLiteral("IsInOverview"), window));
+        EXPECT_TRUE(asks(QStringLiteral("IsShowing"), window));
+    }
+    system->hide(std::array{parent, dialog});
+    ASSERT_TRUE(spinUntil([&] { return isHidden(parent) && isHidden(dialog); }));
+    system->show(std::array{parent, dialog});
+    ASSERT_TRUE(spinUntil([&] { return !isHidden(parent) && !isHidden(dialog); }));
+    EXPECT_TRUE(asks(QStringLiteral("IsPictured"), dialog));
+    EXPECT_TRUE(asks(QStringLiteral("IsShowing"), dialog));
+}
+
+TEST_F(GnomeWindowSystemTest, DialogIsBackWhenItsHiddenParentIsClosed) {
+    shell.setExtension(GnomeShellStandIn::on);
+    ASSERT_TRUE(comesTo(std::nullopt));
+    const auto parent = openListed("first");
+    const auto dialog = WindowId{shell.call(QStringLiteral("OpenDialog"), parent).toULongLong()};
+    ASSERT_TRUE(spinUntil([&] { return system->exists(dialog); }));
+    system->hide(std::array{parent, dialog});
+    ASSERT_TRUE(spinUntil([&] { return isHidden(parent) && isHidden(dialog); }));
+    shell.call(QStringLiteral("Close"), parent);
+    ASSERT_TRUE(spinUntil([&] { return !isHidden(dialog); }));
+    EXPECT_TRUE(asks(QStringLiteral("IsPictured"), dialog));
+    EXPECT_THAT(events, testing::Contains(std::pair(WindowEvent::activated, dialog)));
+    hide(dialog);
+    EXPECT_FALSE(asks(QStringLiteral("IsShowing"), dialog));
+}
+
 TEST_F(GnomeWindowSystemTest, WindowsComeBackToTheirPlacesAmongTheOthers) {
     shell.setExtension(GnomeShellStandIn::on);
     ASSERT_TRUE(comesTo(std::nullopt));
@@ -281,6 +377,9 @@ TEST_F(GnomeWindowSystemTest, SaysThatTheShellDoesNotHideWhatItIsAskedTo) {
     system->hide(std::array{window});
     EXPECT_TRUE(comesTo(HidingObstacle::extensionFails));
     EXPECT_FALSE(isHidden(window));
+    shell.call(QStringLiteral("Minimize"), window);
+    EXPECT_TRUE(comesTo(std::nullopt));
+    EXPECT_TRUE(isHidden(window));
 }
 
 TEST_F(GnomeWindowSystemTest, AShellThatHangsIsNotTrusted) {

@@ -12,8 +12,12 @@ const CONTROL = `<node>
 <interface name="com.curtain.Test.Shell">
   <method name="Open"><arg type="s" direction="in"/><arg type="t" direction="out"/></method>
   <method name="OpenUnnamed"><arg type="t" direction="out"/></method>
+  <method name="OpenDialog"><arg type="t" direction="in"/><arg type="t" direction="out"/></method>
   <method name="Name"><arg type="t" direction="in"/><arg type="s" direction="in"/></method>
   <method name="Close"><arg type="t" direction="in"/></method>
+  <method name="Minimize"><arg type="t" direction="in"/></method>
+  <method name="ShowDesktop"><arg type="b" direction="in"/></method>
+  <method name="IsShowing"><arg type="t" direction="in"/><arg type="b" direction="out"/></method>
   <method name="BringBack"><arg type="t" direction="in"/></method>
   <method name="Focus"><arg type="t" direction="in"/></method>
   <method name="Focused"><arg type="t" direction="out"/></method>
@@ -28,6 +32,7 @@ const CONTROL = `<node>
   <method name="Stacking"><arg type="at" direction="out"/></method>
   <method name="SetExtension"><arg type="i" direction="in"/></method>
   <method name="SetVersion"><arg type="u" direction="in"/></method>
+  <method name="LoseNextWatch"/>
   <method name="BreakMinimizing"/>
 </interface></node>`;
 
@@ -42,8 +47,10 @@ const FakeWindow = GObject.registerClass({
     },
     Signals: {'unmanaged': {}, 'workspace-changed': {}},
 }, class FakeWindow extends GObject.Object {
-    place(sequence, workspace) {
-        Object.assign(this, {_sequence: sequence, workspace, isFullscreen: false, isPictured: true});
+    place(sequence, shell, parent) {
+        Object.assign(this, {
+            _sequence: sequence, _shell: shell, _parent: parent, workspace: shell.workspace, isFullscreen: false, isPictured: true,
+        });
         return this;
     }
     get_stable_sequence() { return this._sequence; }
@@ -52,7 +59,10 @@ const FakeWindow = GObject.registerClass({
     get_gtk_application_id() { return this.gtk_application_id; }
     get_sandboxed_app_id() { return null; }
     get_pid() { return WINDOW_PROCESS; }
-    showing_on_its_workspace() { return !this.minimized; }
+    detachFrom(parent) { this._parent = this._parent === parent ? null : this._parent; }
+    get_transient_for() { return this._parent; }
+    showing_on_its_workspace() { return !this._shell.showsDesktop && !this._isAway(); }
+    _isAway() { return this.minimized || !!this._parent?._isAway(); }
 });
 
 const FakeDisplay = GObject.registerClass({
@@ -73,6 +83,7 @@ class FakeShell {
         // Bottom to top.
         this.stacking = [];
         this.refuses = false;
+        this.showsDesktop = false;
         this._lastSequence = 0;
     }
 
@@ -84,8 +95,8 @@ class FakeShell {
     setPictured(window, isPictured) { window.isPictured = isPictured; }
     find(sequence) { return this.stacking.find(window => window.get_stable_sequence() === sequence); }
 
-    open(name) {
-        const window = new FakeWindow({wm_class: name}).place(++this._lastSequence, this.workspace);
+    open(name, parent = null) {
+        const window = new FakeWindow({wm_class: name}).place(++this._lastSequence, this, parent);
         this.stacking.push(window);
         this.display.emit('window-created', window);
         this.display.focus_window = window;
@@ -94,6 +105,7 @@ class FakeShell {
 
     close(window) {
         this.stacking = this.stacking.filter(other => other !== window);
+        this.stacking.forEach(other => other.detachFrom(window));
         window.emit('unmanaged');
         this._passFocusOnFrom(window);
     }
@@ -145,7 +157,7 @@ class FakeShell {
     }
 
     _focusTopmost() {
-        const visible = this.stacking.filter(window => !window.minimized && this.isHere(window));
+        const visible = this.stacking.filter(window => window.showing_on_its_workspace() && this.isHere(window));
         const next = visible.pop() ?? null;
         if (next)
             this.raise(next);
@@ -190,14 +202,28 @@ class Control {
         this._service.WatchAsync = (_arguments, invocation) => invocation.return_value(new GLib.Variant('(u)', [version]));
     }
 
+    LoseNextWatch() {
+        this._service.WatchAsync = (_arguments, invocation) => {
+            delete this._service.WatchAsync;
+            invocation.return_dbus_error('org.freedesktop.DBus.Error.NoReply', 'Too late');
+        };
+    }
+
     BreakMinimizing() {
         this._shell.refuses = true;
     }
 
     Open(name) { return this._shell.open(name); }
     OpenUnnamed() { return this._shell.open(null); }
+    OpenDialog(id) {
+        const parent = this._shell.find(id);
+        return this._shell.open(parent.wm_class, parent);
+    }
     Name(id, name) { this._shell.find(id).wm_class = name; }
     Close(id) { this._shell.close(this._shell.find(id)); }
+    Minimize(id) { this._shell.find(id).minimized = true; }
+    ShowDesktop(isShown) { this._shell.showsDesktop = isShown; }
+    IsShowing(id) { return this._shell.find(id).showing_on_its_workspace(); }
     BringBack(id) { this._shell.activate(this._shell.find(id)); }
     Focus(id) { this._shell.activate(this._shell.find(id)); }
     Focused() { return this._shell.display.focus_window?.get_stable_sequence() ?? 0; }

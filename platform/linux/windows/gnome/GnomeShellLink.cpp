@@ -3,6 +3,7 @@
 #include "platform/linux/windows/gnome/GnomeShellProtocol.h"
 
 #include <QDBusArgument>
+#include <QDBusError>
 #include <QDBusMessage>
 #include <QList>
 #include <QVariant>
@@ -81,6 +82,10 @@ void GnomeShellLink::meet() {
         return;
     }
     settle(State::notKnownYet);
+    askToWatch();
+}
+
+void GnomeShellLink::askToWatch() {
     auto question = QDBusMessage::createMethodCall(extension_.owner(), extensionPath, extensionInterface,
                                                    QStringLiteral("Watch"));
     question.setArguments({version});
@@ -89,7 +94,13 @@ void GnomeShellLink::meet() {
                      [this, answer] { noteWatch(*answer); });
 }
 
-void GnomeShellLink::noteWatch(const QDBusPendingCallWatcher& answer) {
+void GnomeShellLink::noteWatch(QDBusPendingCallWatcher& answer) {
+    answer.deleteLater();
+    // A shell that was busy for too long may answer now.
+    if (answer.isError() && answer.error().type() == QDBusError::NoReply) {
+        askToWatch();
+        return;
+    }
     const auto arguments = answer.reply().arguments();
     const bool isFit = !answer.isError() && arguments.value(0).toUInt() == version;
     settle(isFit ? State::up : State::unfit);

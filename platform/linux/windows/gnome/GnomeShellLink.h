@@ -55,7 +55,7 @@ public:
 
     struct Handlers {
         std::function<void()> onStateChange;
-        /// While the link is up.
+        /// While the link is up, and the first ones just before.
         std::function<void(const GnomeWindowReport&)> onReport;
     };
     using Done = std::function<void(bool isDone)>;
@@ -71,8 +71,9 @@ public:
 
 private:
     void meet();
+    void askToWatch();
     void settle(State state);
-    void noteWatch(const QDBusPendingCallWatcher& answer);
+    void noteWatch(QDBusPendingCallWatcher& answer);
     void receive(const QDBusMessage& message);
     void call(const QString& method, const QVariantList& arguments, Done done);
 

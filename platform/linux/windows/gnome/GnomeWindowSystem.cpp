@@ -1,5 +1,6 @@
 #include "platform/linux/windows/gnome/GnomeWindowSystem.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace LinuxPlatform {
@@ -55,7 +56,7 @@ std::optional<Platform::HidingObstacle> GnomeWindowSystem::hidingObstacle() {
     if (!unanswered_.empty() && queue_.now() - unanswered_.begin()->second >= answerDeadline) {
         return HidingObstacle::notKnownYet;
     }
-    return hasFailed_ ? std::optional(HidingObstacle::extensionFails) : std::nullopt;
+    return failed_.empty() ? std::nullopt : std::optional(HidingObstacle::extensionFails);
 }
 
 Platform::HidingObstacle GnomeWindowSystem::obstacleWithoutExtension() const {
@@ -94,13 +95,26 @@ void GnomeWindowSystem::hide(std::span<const WindowId> windows) {
     leaving_.add(windows);
     const auto request = ++lastRequest_;
     unanswered_.emplace(request, queue_.now());
-    link_.hide(windows, [this, request](bool isDone) { noteHidden(request, isDone); });
+    link_.hide(windows, [this, request, asked = std::vector(windows.begin(), windows.end())](bool isDone) {
+        noteHidden(request, asked, isDone);
+    });
 }
 
-void GnomeWindowSystem::noteHidden(std::uint64_t request, bool isDone) {
+void GnomeWindowSystem::noteHidden(std::uint64_t request, std::vector<WindowId> windows, bool isDone) {
     unanswered_.erase(request);
-    hasFailed_ = !isDone;
+    failed_ = isDone ? std::vector<WindowId>() : std::move(windows);
+    forgetFailureOnceHidden();
     ++generation_;
+}
+
+void GnomeWindowSystem::forgetFailureOnceHidden() {
+    const bool areHidden = std::ranges::all_of(failed_, [this](WindowId window) {
+        const auto found = known_.find(window);
+        return found != known_.end() && found->second.isHidden;
+    });
+    if (areHidden) {
+        failed_.clear();
+    }
 }
 
 void GnomeWindowSystem::show(std::span<const WindowId> windows) {
@@ -115,13 +129,15 @@ void GnomeWindowSystem::noteLink() {
     ++generation_;
     if (isUp()) {
         isFirstReport_ = false;
+        tell(std::exchange(untold_, {}));
         return;
     }
     known_.clear();
     stacking_.clear();
     focused_.reset();
     unanswered_.clear();
-    hasFailed_ = false;
+    failed_.clear();
+    untold_.clear();
     activation_.forget([](WindowId) { return true; });
 }
 
@@ -141,6 +157,15 @@ void GnomeWindowSystem::takeIn(const GnomeWindowReport& report) {
         const auto found = known_.find(window);
         return found == known_.end() || found->second.isHidden;
     });
+    forgetFailureOnceHidden();
+    if (isUp()) {
+        tell(events);
+    } else {
+        untold_.insert(untold_.end(), events.begin(), events.end());
+    }
+}
+
+void GnomeWindowSystem::tell(const Events& events) {
     for (const auto& [event, window] : events) {
         // Who is told may close the conversation.
         if (const auto found = known_.find(window); found != known_.end()) {
@@ -158,7 +183,7 @@ void GnomeWindowSystem::noteWindow(const GnomeWindow& window, Events& events) {
     if ((isNew && !isFirstReport_) || isOther) {
         events.emplace_back(WindowEvent::opened, window.id);
     }
-    if (isBack) {
+    if (isBack || (isNew && isFirstReport_ && !window.isHidden)) {
         events.emplace_back(WindowEvent::activated, window.id);
     }
 }

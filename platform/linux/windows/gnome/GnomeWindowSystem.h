@@ -43,25 +43,30 @@ private:
     bool isUp() const { return link_.state() == GnomeShellLink::State::up; }
     Platform::HidingObstacle obstacleWithoutExtension() const;
     void noteLink();
+    void tell(const Events& events);
     void takeIn(const GnomeWindowReport& report);
     void noteWindow(const GnomeWindow& window, Events& events);
     void noteFocus(std::optional<WindowId> focused, Events& events);
-    void noteHidden(std::uint64_t request, bool isDone);
+    void noteHidden(std::uint64_t request, std::vector<WindowId> windows, bool isDone);
+    void forgetFailureOnceHidden();
 
     Platform::MainQueue& queue_;
     std::function<bool()> isInstalled_;
     std::map<WindowId, GnomeWindow> known_;
     std::vector<WindowId> stacking_;
     std::optional<WindowId> focused_;
-    /// What was there before Curtain is no news.
+    /// What was there before Curtain is not new, but may have been looked for.
     bool isFirstReport_ = true;
+    /// Of the reports that come before the link is up: until then nothing can be hidden.
+    Events untold_;
     std::uint64_t generation_ = 1;
     std::uint64_t builtGeneration_ = 0;
     std::vector<Window> windows_;
     /// Requests to hide that have not been answered, by their numbers, with the time at which they were made.
     std::map<std::uint64_t, Platform::MainQueue::Seconds> unanswered_;
     std::uint64_t lastRequest_ = 0;
-    bool hasFailed_ = false;
+    /// What the last request to hide was about if it failed.
+    std::vector<WindowId> failed_;
     LeavingWindows leaving_;
     WindowActivation activation_;
     Platform::Subscribers<WindowEvent, Window> handlers_;
