@@ -16,7 +16,9 @@ const QString service = QStringLiteral("org.kde.kglobalaccel");
 const QString path = QStringLiteral("/kglobalaccel");
 const QString interface = QStringLiteral("org.kde.KGlobalAccel");
 const QString componentInterface = QStringLiteral("org.kde.kglobalaccel.Component");
-constexpr int patience = 500;
+constexpr std::chrono::milliseconds patience{500};
+/// Silence here is a shortcut that is missed until the next start.
+constexpr std::chrono::milliseconds patienceForGrant{3000};
 
 /// The shortcut applies at once, and what the service remembers of an earlier run does not.
 constexpr unsigned setPresent = 2;
@@ -67,7 +69,7 @@ bool KGlobalAccelHotKeyService::isThere(const QDBusConnection& bus) {
         QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
         QStringLiteral("org.freedesktop.DBus"), QStringLiteral("NameHasOwner"));
     question.setArguments({service});
-    return bus.call(question, QDBus::Block, patience).arguments().value(0).toBool();
+    return bus.call(question, QDBus::Block, static_cast<int>(patience.count())).arguments().value(0).toBool();
 }
 
 Platform::HotKeyStatus
@@ -120,8 +122,8 @@ bool KGlobalAccelHotKeyService::isKnown(const QString& action) const {
 
 bool KGlobalAccelHotKeyService::areAvailable(const QList<int>& keys) const {
     return std::ranges::all_of(keys, [this](int key) {
-        const auto answer =
-            call(QStringLiteral("isGlobalShortcutAvailable"), {key, KdeShortcuts::ownComponent});
+        const auto answer = call(QStringLiteral("isGlobalShortcutAvailable"),
+                                 {key, KdeShortcuts::ownComponent}, patienceForGrant);
         return answer.value(0).toBool();
     });
 }
@@ -130,9 +132,10 @@ Platform::HotKeyStatus KGlobalAccelHotKeyService::take(const QString& action, co
     if (!areAvailable(keys)) {
         return Platform::hotKeyExists;
     }
-    call(QStringLiteral("doRegister"), {identityOf(action)});
-    const auto answer = call(QStringLiteral("setShortcut"),
-                             {identityOf(action), QVariant::fromValue(keys), setPresent | noAutoloading});
+    call(QStringLiteral("doRegister"), {identityOf(action)}, patienceForGrant);
+    const auto answer =
+        call(QStringLiteral("setShortcut"),
+             {identityOf(action), QVariant::fromValue(keys), setPresent | noAutoloading}, patienceForGrant);
     // What it refuses is 0 in its answer.
     const auto granted = qdbus_cast<QList<int>>(answer.value(0));
     if (granted == keys) {
@@ -143,8 +146,8 @@ Platform::HotKeyStatus KGlobalAccelHotKeyService::take(const QString& action, co
 }
 
 void KGlobalAccelHotKeyService::giveBack(const QString& action) const {
-    call(QStringLiteral("setInactive"), {identityOf(action)});
-    call(QStringLiteral("unregister"), {KdeShortcuts::ownComponent, action});
+    call(QStringLiteral("setInactive"), {identityOf(action)}, patience);
+    call(QStringLiteral("unregister"), {KdeShortcuts::ownComponent, action}, patience);
 }
 
 void KGlobalAccelHotKeyService::receive(Platform::HotKeyEvent event, const QDBusMessage& message) {
@@ -158,11 +161,12 @@ void KGlobalAccelHotKeyService::receive(Platform::HotKeyEvent event, const QDBus
     }
 }
 
-QVariantList KGlobalAccelHotKeyService::call(const QString& method, const QVariantList& arguments) const {
+QVariantList KGlobalAccelHotKeyService::call(const QString& method, const QVariantList& arguments,
+                                             std::chrono::milliseconds deadline) const {
     auto message = QDBusMessage::createMethodCall(service, path, interface, method);
     message.setArguments(arguments);
     message.setAutoStartService(false);
-    const auto reply = bus_.call(message, QDBus::Block, patience);
+    const auto reply = bus_.call(message, QDBus::Block, static_cast<int>(deadline.count()));
     return reply.type() == QDBusMessage::ReplyMessage ? reply.arguments() : QVariantList();
 }
 

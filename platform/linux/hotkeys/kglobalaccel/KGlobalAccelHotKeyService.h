@@ -13,6 +13,7 @@
 #include <QVariantList>
 #include <xkbcommon/xkbcommon.h>
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <vector>
@@ -59,7 +60,8 @@ private:
     Platform::HotKeyStatus take(const QString& action, const QList<int>& keys) const;
     void giveBack(const QString& action) const;
     void receive(Platform::HotKeyEvent event, const QDBusMessage& message);
-    QVariantList call(const QString& method, const QVariantList& arguments) const;
+    QVariantList call(const QString& method, const QVariantList& arguments,
+                      std::chrono::milliseconds deadline) const;
 
     QDBusConnection bus_;
     Platform::MainQueue& queue_;

@@ -1,0 +1,79 @@
+#include "platform/linux/hotkeys/kglobalaccel/KGlobalAccelHotKeyService.h"
+
+#include "tests/support/HandDrivenQueue.h"
+#include "tests/support/PrivateBus.h"
+
+#include <QDBusArgument>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QDBusVirtualObject>
+#include <QList>
+#include <QThread>
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+namespace TestSupport {
+namespace {
+
+/// KDE's service as far as it grants shortcuts. It takes longer than half a second for each question.
+class SlowAccelerators : public QDBusVirtualObject {
+public:
+    explicit SlowAccelerators(QDBusConnection bus) : bus_(std::move(bus)) {
+        bus_.registerVirtualObject(QStringLiteral("/kglobalaccel"), this);
+        bus_.registerService(QStringLiteral("org.kde.kglobalaccel"));
+    }
+
+    QString introspect(const QString& /*path*/) const override { return {}; }
+
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection& /*connection*/) override {
+        QThread::msleep(700);
+        if (message.member() == QStringLiteral("isGlobalShortcutAvailable")) {
+            bus_.send(message.createReply(true));
+        } else if (message.member() == QStringLiteral("setShortcut")) {
+            const auto keys = qdbus_cast<QList<int>>(message.arguments().at(1));
+            bus_.send(message.createReply(QVariant::fromValue(keys)));
+        } else {
+            bus_.send(message.createReply());
+        }
+        return true;
+    }
+
+private:
+    QDBusConnection bus_;
+};
+
+/// Beside the test, which waits for answers.
+class ServiceThread {
+public:
+    explicit ServiceThread(QObject& service) {
+        service.moveToThread(&thread_);
+        thread_.start();
+    }
+    ~ServiceThread() {
+        thread_.quit();
+        thread_.wait();
+    }
+    ServiceThread(const ServiceThread&) = delete;
+    ServiceThread& operator=(const ServiceThread&) = delete;
+
+private:
+    QThread thread_;
+};
+
+TEST(KGlobalAccelPatience, AServiceThatIsBusyForAMomentGrantsTheShortcut) {
+    const PrivateBus bus;
+    SlowAccelerators accelerators(bus.connect(QStringLiteral("accelerators")));
+    const ServiceThread thread(accelerators);
+    HandDrivenQueue queue;
+    const auto symbolOfH = [](std::int64_t) { return std::vector<xkb_keysym_t>{'h'}; };
+    LinuxPlatform::KGlobalAccelHotKeyService keys(bus.connect(QStringLiteral("curtain")), queue, symbolOfH);
+    EXPECT_EQ(keys.registerHotKey({4, 6400}, {1, 1}), 0);
+}
+
+} // namespace
+} // namespace TestSupport
