@@ -3,6 +3,7 @@
 It runs with --session kwin.
 """
 
+import json
 import os
 import re
 import subprocess
@@ -128,14 +129,32 @@ class KWinTest(DesktopCase):
             self.toggle_privacy()
             wait_until(lambda: self.pixels() == before, "the screen is as it was", seen=self.seen)
 
-    def last_report(self):
-        """What KWin has told last of a window that changed: how often it has told something, and whether it is minimised."""
-        told = [line for line in self.reports.output().splitlines() if '"event":"changed"' in line]
-        return len(told), bool(told) and '"isMinimized":true' in told[-1]
+    def told(self):
+        """What KWin has told of its windows, each as it was then."""
+        texts = re.findall(r'^ *string "({.*})"$', self.reports.output(), re.MULTILINE)
+        reports = [json.loads(text) for text in texts]
+        return [window for report in reports for window in report.get("windows", [report.get("window")]) if window]
 
-    def has_come_and_gone_since(self, report):
-        count, is_minimised = self.last_report()
-        return is_minimised and count >= report[0] + 2
+    def minimised(self):
+        last = {window["id"]: window["isMinimized"] for window in self.told()}
+        return {window for window, is_minimised in last.items() if is_minimised}
+
+    def editors(self):
+        return {window["id"] for window in self.told() if "mousepad" in window["class"].lower()}
+
+    def wait_minimised(self, count):
+        wait_until(lambda: len(self.minimised()) == count, f"{count} windows are minimised", seen=self.told)
+
+    def have_come_and_gone(self, count_before):
+        """Windows that were minimised. They may be on the screen too shortly to be seen."""
+        back = {window["id"] for window in self.told()[count_before:] if not window["isMinimized"]}
+        return back and back <= self.minimised()
+
+    def open_editor_that_hides(self):
+        before = self.editors()
+        self.start_editor()
+        wait_until(lambda: self.editors() - before, "an editor opens", seen=self.told)
+        wait_until(lambda: self.editors() - before <= self.minimised(), "it is hidden", seen=self.told)
 
     def test_what_its_user_brings_back_is_hidden_again(self):
         self.open_programs()
@@ -144,11 +163,10 @@ class KWinTest(DesktopCase):
         self.wait_seen("urxvt")
         xterm = next(window for window in self.desktop.windows() if "XTerm" in window.window_class)
         for bring_back in (xterm.raise_from_task_list, self.choose_editor):
-            before = self.last_report()
-            self.assertTrue(before[1], before)
+            self.wait_minimised(2)
+            before = len(self.told())
             bring_back()
-            # It may be on the screen too shortly to be seen.
-            wait_until(lambda: self.has_come_and_gone_since(before), "it comes back and goes", seen=self.last_report)
+            wait_until(lambda: self.have_come_and_gone(before), "it comes back and goes", seen=self.told)
             self.wait_seen("urxvt")
             self.assertTrue(stays(lambda: self.seen() == {"urxvt"}))
 
@@ -157,8 +175,7 @@ class KWinTest(DesktopCase):
         self.start_curtain_for(MOUSEPAD)
         self.toggle_privacy()
         self.wait_seen("xterm", "urxvt")
-        self.start_editor()
-        wait_until(lambda: "editor" in self.seen(), "the second one opens")
+        self.open_editor_that_hides()
         self.wait_seen("xterm", "urxvt")
         self.toggle_privacy()
         self.wait_seen("xterm", "editor", "urxvt")
@@ -170,8 +187,7 @@ class KWinTest(DesktopCase):
         self.wait_seen("urxvt")
         self.assertIn("true", scripting("unloadScript", SCRIPT))
         wait_until(lambda: "true" in scripting("isScriptLoaded", SCRIPT), "the script is loaded again")
-        self.start_editor()
-        wait_until(lambda: "editor" in self.seen(), "an editor opens")
+        self.open_editor_that_hides()
         self.wait_seen("urxvt")
 
     def test_scripts_of_others_that_come_and_go_do_not_matter(self):
