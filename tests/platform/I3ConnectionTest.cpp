@@ -1,5 +1,6 @@
 #include "platform/linux/i3/I3Connection.h"
 
+#include "platform/linux/hotkeys/sway/SwayHotKeyService.h"
 #include "platform/linux/windows/i3/I3Layout.h"
 #include "platform/linux/windows/i3/I3Place.h"
 #include "platform/linux/windows/i3/I3WindowSystem.h"
@@ -16,6 +17,8 @@
 #include <cstring>
 #include <optional>
 #include <string>
+#include <thread>
+#include <utility>
 #include <vector>
 
 #include <fcntl.h>
@@ -31,6 +34,8 @@ using LinuxPlatform::I3Message;
 using LinuxPlatform::I3MessageReader;
 using LinuxPlatform::I3Request;
 using LinuxPlatform::I3WindowSystem;
+using LinuxPlatform::SwayHotKeyService;
+using LinuxPlatform::WindowId;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using TestSupport::spinUntil;
@@ -283,6 +288,22 @@ TEST(SilentI3Test, LayoutsThatAreNoneAreNotTakenIn) {
     EXPECT_EQ(odd->focusedWorkspace(), nullptr);
 }
 
+TEST(SilentI3Test, LayoutWithAClassThatIsNotUtf8IsTakenIn) {
+    const auto tree = LinuxPlatform::I3Tree::parse(
+        "{\"type\":\"root\",\"nodes\":[{\"type\":\"workspace\",\"name\":\"1\",\"nodes\":["
+        "{\"type\":\"con\",\"window\":7,\"window_properties\":{\"class\":\"Caf\xe9\"}},"
+        "{\"type\":\"con\",\"window\":8,\"window_properties\":{\"class\":\"Caf\xc3\xa9\"}}]}]}");
+    ASSERT_NE(tree, nullptr);
+    ASSERT_THAT(tree->leaves(), testing::SizeIs(2));
+    EXPECT_THAT(tree->find(7)->node->className, testing::StartsWith("Caf"));
+    EXPECT_EQ(tree->find(8)->node->className, "Caf\xc3\xa9");
+}
+
+TEST(SilentI3Test, RefusalThatIsNotUtf8IsRead) {
+    EXPECT_THAT(LinuxPlatform::refusalsIn("[{\"success\":false,\"error\":\"No Caf\xe9\"}]"),
+                ElementsAre(testing::StartsWith("No Caf")));
+}
+
 /// Knows of a window in the scratchpad and refuses every command.
 struct RefusingI3Test : testing::Test {
     RefusingI3Test() {
@@ -342,6 +363,174 @@ TEST_F(RefusingI3Test, WhatCannotBePutBackIsBroughtUpAndTheRefusalIsLogged) {
     EXPECT_EQ(commands[1], "[con_id=3] scratchpad show;");
     EXPECT_FALSE(state.contains("taken"));
     EXPECT_THAT(log.lines, ElementsAre("Curtain: a window could not be put back to its place: No such mark"));
+}
+
+/// Has the windows 7 and 8 in the scratchpad, where Curtain put them, and 9 in view.
+struct ScriptedI3WindowTest : testing::Test {
+    ScriptedI3WindowTest() {
+        EXPECT_TRUE(server.accept());
+        EXPECT_TRUE(serveUntil([&] { return system.knowsEveryWindow(); }));
+    }
+
+    LinuxPlatform::EarlierValue record() {
+        LinuxPlatform::I3Place place;
+        place.workspace = "1";
+        place.levels = {{"splith", {{{7}, 0, {0, 0, 10, 20}}}, 0}};
+        state.setString("taken", "session\n7 " + place.text() + "\n8 " + place.text() + "\n");
+        return {state, "taken", "session"};
+    }
+
+    void serve() {
+        while (const auto request = server.next()) {
+            switch (static_cast<I3Request>(request->type)) {
+            case I3Request::getTree:
+                ++looks;
+                server.say(before);
+                server.say(message(I3Request::getTree, layout));
+                break;
+            case I3Request::runCommand:
+                commands += request->payload.toStdString();
+                server.say(message(I3Request::runCommand, R"([{"success":true}])"));
+                break;
+            default:
+                server.say(message(request->type, "{\"success\":true}"));
+            }
+        }
+    }
+
+    template <class Condition>
+    bool serveUntil(const Condition& condition) {
+        return spinUntil([&] {
+            serve();
+            return condition();
+        });
+    }
+
+    /// Until everything that was asked before is answered.
+    void settle() {
+        const auto known = system.generation();
+        system.show({});
+        EXPECT_TRUE(serveUntil([&] { return system.generation() > known; }));
+    }
+
+    QByteArray layout =
+        R"({"type":"root","swallows":[],"nodes":[{"type":"output","name":"__i3","nodes":[{"type":"con","nodes":[
+        {"type":"workspace","name":"__i3_scratch","floating_nodes":[{"type":"floating_con","id":2,"nodes":[
+        {"type":"con","id":3,"window":7}]},{"type":"floating_con","id":5,"nodes":[
+        {"type":"con","id":6,"window":8}]}]}]}]},{"type":"output","name":"LVDS-1","nodes":[{"type":"con","nodes":[
+        {"type":"workspace","name":"1","id":4,"focus":[9],"nodes":[
+        {"type":"con","id":9,"window":9,"focused":true}]}],"focus":[4]}]}]})";
+    /// What it says ahead of every layout.
+    QByteArray before;
+    ScriptedI3 server;
+    TestSupport::HandDrivenQueue queue;
+    TestSupport::MemoryUserDefaults state;
+    int looks = 0;
+    std::string commands;
+    I3WindowSystem system{server.path(), queue, nullptr, whenSilent, record()};
+};
+
+TEST_F(ScriptedI3WindowTest, NothingIsKnownAfterALayoutThatCannotBeRead) {
+    const auto good = std::exchange(layout, "{\"type\":");
+    queue.advance(10.0);
+    server.say(message(0x80000003, "{\"change\":\"new\"}"));
+    ASSERT_TRUE(serveUntil([&] { return !system.knowsEveryWindow(); }));
+    EXPECT_EQ(system.hidingObstacle(), Platform::HidingObstacle::notKnownYet);
+    queue.advance(5.1);
+    EXPECT_EQ(system.hidingObstacle(), whenSilent);
+    layout = good;
+    server.say(message(0x80000003, "{\"change\":\"new\"}"));
+    EXPECT_TRUE(serveUntil([&] { return system.knowsEveryWindow(); }));
+    EXPECT_EQ(system.hidingObstacle(), std::nullopt);
+}
+
+TEST_F(ScriptedI3WindowTest, WindowIsHiddenThoughTheLayoutChangesAllTheTime) {
+    before = message(0x80000003, "{\"change\":\"move\"}");
+    system.hide(std::array<WindowId, 1>{9});
+    EXPECT_TRUE(serveUntil([&] { return commands.starts_with("[con_id=9] move scratchpad;"); }));
+}
+
+TEST_F(ScriptedI3WindowTest, WorkspaceThatWantsAttentionSaysNothingOfTheLayout) {
+    settle();
+    const auto earlier = looks;
+    server.say(message(0x80000000, "{\"change\":\"urgent\"}"));
+    settle();
+    EXPECT_EQ(looks, earlier + 1);
+    server.say(message(0x80000000, "{\"change\":\"init\"}"));
+    EXPECT_TRUE(serveUntil([&] { return looks == earlier + 2; }));
+}
+
+TEST_F(ScriptedI3WindowTest, WindowThatWasHiddenMeanwhileDoesNotGetTheFocus) {
+    const std::array<WindowId, 1> window{7};
+    system.show(window);
+    system.activate(window);
+    queue.runReady();
+    system.hide(window);
+    settle();
+    system.show(window);
+    ASSERT_TRUE(serveUntil([&] { return !commands.empty(); }));
+    EXPECT_THAT(commands, testing::HasSubstr("[con_id=3] move"));
+    EXPECT_THAT(commands, testing::Not(testing::HasSubstr("[con_id=3] focus;")));
+}
+
+TEST_F(ScriptedI3WindowTest, WindowThatStaysInTheScratchpadDoesNotGetTheFocus) {
+    const auto tree = LinuxPlatform::I3Tree::parse(layout);
+    ASSERT_NE(tree, nullptr);
+    LinuxPlatform::I3Place place;
+    place.workspace = "1";
+    place.levels = {{"splith", {{{8}, 0, {0, 0, 10, 20}}}, 0}};
+    const std::array returns{LinuxPlatform::I3Return{8, place}};
+    EXPECT_THAT(commandsToReturn(*tree, returns, 7), testing::Not(testing::HasSubstr("[con_id=3] focus;")));
+    EXPECT_THAT(commandsToReturn(*tree, returns, 8), testing::HasSubstr("[con_id=6] focus;"));
+    EXPECT_THAT(commandsToReturn(*tree, returns, 9), testing::HasSubstr("[con_id=9] focus;"));
+}
+
+/// Waits on another thread, since the service waits for it.
+struct SlowSwayTest : testing::Test {
+    /// Says that it hears, and how it is configured when that much time is over.
+    void answerAfter(std::chrono::milliseconds delay) {
+        answers = std::jthread([this, delay](const std::stop_token& stop) {
+            const auto moment = std::chrono::milliseconds(2);
+            for (bool isMet = false; !stop.stop_requested();) {
+                isMet = isMet || server.accept();
+                const auto request = isMet ? server.next() : std::nullopt;
+                if (!request) {
+                    std::this_thread::sleep_for(moment);
+                } else if (request->type == static_cast<std::uint32_t>(I3Request::getConfig)) {
+                    std::this_thread::sleep_for(delay);
+                    server.say(message(I3Request::getConfig, "{\"config\":\"bindsym Ctrl+h nop Caf\xe9\"}"));
+                } else {
+                    server.say(message(request->type, "[{\"success\":true}]"));
+                }
+            }
+        });
+    }
+
+    SwayHotKeyService::Keys keys{[](std::int64_t) { return std::optional(43U); },
+                                 [](std::int64_t) { return std::vector<xkb_keysym_t>{XKB_KEY_h}; }};
+    ScriptedI3 server;
+    TestSupport::HandDrivenQueue queue;
+    TestSupport::RecordingLog log;
+    TestSupport::MemoryUserDefaults state;
+    std::jthread answers;
+};
+
+TEST_F(SlowSwayTest, IsWaitedFor) {
+    answerAfter(std::chrono::seconds(1));
+    SwayHotKeyService service(server.path(), queue, log, keys,
+                              LinuxPlatform::EarlierValue(state, "bound", "session"));
+    EXPECT_EQ(service.reach(), Platform::HotKeyReach::everywhere);
+    EXPECT_EQ(service.registerHotKey({4, Platform::HotKeyModifier::control}, {1, 1}), Platform::hotKeyExists);
+}
+
+TEST_F(SlowSwayTest, WhatAnEarlierRunBoundIsRememberedUntilItCanBeTakenAway) {
+    state.setString("bound", "session\nCtrl+43");
+    {
+        const SwayHotKeyService service(server.path(), queue, log, keys,
+                                        LinuxPlatform::EarlierValue(state, "bound", "session"));
+        EXPECT_EQ(service.reach(), Platform::HotKeyReach::nowhere);
+    }
+    EXPECT_EQ(state.string("bound"), "session\nCtrl+43");
 }
 
 TEST(I3PlaceTest, ComesBackFromItsTextAndNonsenseDoesNot) {

@@ -36,6 +36,7 @@ public:
         system = std::make_unique<LinuxPlatform::I3WindowSystem>(
             I3Desktop::socket(), queue, std::make_unique<LinuxPlatform::X11WindowSystem>(*connection, queue),
             Platform::HidingObstacle::waylandSession, LinuxPlatform::EarlierValue(state, "taken", "session"));
+        EXPECT_TRUE(TestSupport::spinUntil([this] { return system->knowsEveryWindow(); }));
     }
 
     LinuxPlatform::WindowId open(const std::string& name) {

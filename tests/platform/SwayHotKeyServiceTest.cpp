@@ -107,6 +107,7 @@ public:
                                     },
                                     [this](std::int64_t keyCode) { return keyboard_.symbols(keyCode); }},
             LinuxPlatform::EarlierValue(state, "bound", "session"));
+        EXPECT_TRUE(spinUntil([this] { return service_->reach() == Platform::HotKeyReach::everywhere; }));
         markers_ = service_->installEventHandler([this](HotKeyEvent event, Platform::HotKeyID id) {
             isMarkerHeard_ = isMarkerHeard_ || (event == HotKeyEvent::released && id == markerID);
         });

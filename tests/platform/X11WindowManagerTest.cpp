@@ -177,7 +177,7 @@ TEST_F(X11WindowManagerTest, WindowsOfAManagerThatHeedsNoRequestStayVisible) {
     privacy.engine.activate({"a"});
     // The deadline of a request is over when one that was made later is.
     bool isOver = false;
-    mainQueue.asyncAfter(Platform::MainQueue::Seconds(0.3), [&] { isOver = true; });
+    mainQueue.asyncAfter(Platform::MainQueue::Seconds(1.2), [&] { isOver = true; });
     ASSERT_TRUE(spinUntil([&] { return isOver; }));
     EXPECT_FALSE(isHidden(window));
     EXPECT_EQ(privacy.hiding.isHidden("a"), false);
@@ -569,6 +569,56 @@ TEST_F(X11WindowManagerTest, WindowThatTheManagerDoesNotHideIsActivatedAsAnyOthe
     ASSERT_TRUE(spinUntil([&] { return isOver; }));
     manager.setActive(window);
     EXPECT_TRUE(waitForEvent(WindowEvent::activated, window));
+}
+
+TEST_F(X11WindowManagerTest, WindowThatIsAskedInVainTwiceIsActivatedAsAnyOther) {
+    ScriptedWindowManager manager;
+    const auto window = openUnder(manager, ScriptedWindowManager::normal);
+    listenAsManager();
+    ManualSystem manual;
+    ASSERT_TRUE(manual.lists(window));
+    const std::array ids{WindowId{window}};
+    for (int count = 0; count < 2; ++count) {
+        manual.system.hide(ids);
+        manual.advance(1.1);
+    }
+    manual.system.show(ids);
+    manual.system.activate(ids);
+    manual.advance(1);
+    EXPECT_THAT(requests(manual).activate, testing::SizeIs(1));
+}
+
+TEST_F(X11WindowManagerTest, WindowOfWhichOneCannotTellWhetherItIsHiddenIsActivatedInTheEnd) {
+    ScriptedWindowManager manager;
+    const auto window = openUnder(manager, ScriptedWindowManager::normal, {shadedState});
+    listenAsManager();
+    ManualSystem manual;
+    ASSERT_TRUE(manual.lists(window));
+    const std::array ids{WindowId{window}};
+    manual.system.hide(ids);
+    manual.advance(1.1);
+    manual.system.show(ids);
+    manual.system.activate(ids);
+    manual.advance(10);
+    EXPECT_THAT(requests(manual).activate, testing::SizeIs(1));
+}
+
+TEST_F(X11WindowManagerTest, WindowThatIsOnItsWayOutDoesNotGetTheFocusBack) {
+    ScriptedWindowManager manager;
+    const auto window = openUnder(manager, ScriptedWindowManager::iconic, {hiddenState});
+    const auto leaving = openBeside(manager, window);
+    manager.setActive(leaving);
+    listenAsManager();
+    ManualSystem manual;
+    ASSERT_TRUE(manual.lists(leaving));
+    manual.system.show(std::array{WindowId{window}});
+    manual.advance(1);
+    EXPECT_THAT(requests(manual).activate, IsEmpty());
+    manual.system.hide(std::array{WindowId{leaving}});
+    manual.advance(0.4);
+    const auto activations = requests(manual).activate;
+    ASSERT_THAT(activations, testing::SizeIs(1));
+    EXPECT_EQ(activations[0].window, window);
 }
 
 TEST_F(X11WindowManagerTest, HiddenWindowThatStaysMappedIsHidden) {

@@ -57,9 +57,9 @@ TYPED_TEST_P(WindowFocusContract, ShowingChangesNeitherFocusNorWorkspace) {
     this->hide(elsewhere);
     this->show(window);
     this->show(elsewhere);
-    EXPECT_EQ(this->world.focused(), front);
-    EXPECT_EQ(this->world.workspaceOf(window), 0);
-    EXPECT_EQ(this->world.workspaceOf(elsewhere), 1);
+    EXPECT_TRUE(this->waitUntil([&] { return this->world.workspaceOf(window) == 0; }));
+    EXPECT_TRUE(this->waitUntil([&] { return this->world.workspaceOf(elsewhere) == 1; }));
+    EXPECT_TRUE(this->waitUntil([&] { return this->world.focused() == front; }));
     EXPECT_EQ(this->world.workspace(), 0);
 }
 
@@ -72,7 +72,7 @@ TYPED_TEST_P(WindowFocusContract, WindowOnAnotherWorkspaceIsVisibleAndCanBeHidde
     EXPECT_TRUE(this->isHidden(window));
     this->world.goToWorkspace(0);
     this->show(window);
-    EXPECT_EQ(this->world.workspaceOf(window), 1);
+    EXPECT_TRUE(this->waitUntil([&] { return this->world.workspaceOf(window) == 1; }));
 }
 
 TYPED_TEST_P(WindowFocusContract, FullscreenWindowComesBackAsItWas) {

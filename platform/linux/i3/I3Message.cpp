@@ -1,8 +1,8 @@
 #include "platform/linux/i3/I3Message.h"
 
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonObject>
+#include <QString>
 
 #include <array>
 #include <cstring>
@@ -30,9 +30,13 @@ QByteArray i3Message(I3Request type, const QByteArray& payload) {
     return message;
 }
 
+QJsonDocument jsonOf(const QByteArray& payload) {
+    return QJsonDocument::fromJson(QString::fromUtf8(payload).toUtf8());
+}
+
 std::vector<std::string> refusalsIn(const QByteArray& payload) {
     std::vector<std::string> refusals;
-    const auto results = QJsonDocument::fromJson(payload).array();
+    const auto results = jsonOf(payload).array();
     for (const auto& result : results) {
         if (!result[QLatin1String("success")].toBool()) {
             refusals.push_back(result[QLatin1String("error")].toString().simplified().toStdString());

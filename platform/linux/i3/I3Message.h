@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QJsonDocument>
 
 #include <cstddef>
 #include <cstdint>
@@ -36,6 +37,10 @@ struct I3Message {
 };
 
 QByteArray i3Message(I3Request type, const QByteArray& payload);
+
+/// What a message says. Names that programs gave in another encoding than UTF-8 are passed on as they are;
+/// what cannot be read of them is replaced.
+QJsonDocument jsonOf(const QByteArray& payload);
 
 /// Why commands were not carried out, in the other side's words and each on one line; the payload is the
 /// reply to `runCommand`. Empty where all of them were.

@@ -1,6 +1,5 @@
 #include "platform/linux/hotkeys/sway/SwayHotKeyService.h"
 
-#include <QJsonDocument>
 #include <QJsonObject>
 
 #include <algorithm>
@@ -15,7 +14,7 @@ namespace {
 
 namespace Modifier = Platform::HotKeyModifier;
 
-constexpr std::chrono::milliseconds startPatience{500};
+constexpr std::chrono::milliseconds startPatience{3000};
 constexpr std::chrono::milliseconds bindPatience{200};
 constexpr std::chrono::milliseconds endPatience{500};
 /// What a binding does: nothing, under a name by which it is known.
@@ -43,7 +42,7 @@ std::string textOfBinding(std::int64_t modifiers, std::uint32_t scanCode) {
 }
 
 QJsonObject objectIn(const QByteArray& json) {
-    return QJsonDocument::fromJson(json).object();
+    return jsonOf(json).object();
 }
 
 } // namespace
@@ -68,7 +67,7 @@ SwayHotKeyService::~SwayHotKeyService() {
         }
     }
     connection_.finish(endPatience);
-    if (connection_.isConnected()) {
+    if (connection_.isConnected() && usersBindings_) {
         record_.forget();
     }
 }

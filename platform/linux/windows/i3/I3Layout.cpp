@@ -363,7 +363,12 @@ std::string commandsToReturn(const I3Tree& tree, std::span<const I3Return> retur
     }
     commands += keepView(tree, {});
     const auto* const focused = toFocus ? tree.find(*toFocus) : nullptr;
-    return focused != nullptr ? commands + withId(focused->node->id) + "focus;" : commands;
+    // The focus would bring up a window that is away.
+    const bool isThere =
+        focused != nullptr &&
+        (!focused->isInScratchpad() ||
+         std::ranges::any_of(returns, [&](const I3Return& returned) { return returned.window == toFocus; }));
+    return isThere ? commands + withId(focused->node->id) + "focus;" : commands;
 }
 
 bool areSizesKnown(const I3Tree& tree, const I3Leaf& leaf) {

@@ -1,7 +1,8 @@
 #include "platform/linux/windows/i3/I3Tree.h"
 
+#include "platform/linux/i3/I3Message.h"
+
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonObject>
 
 #include <algorithm>
@@ -122,7 +123,7 @@ bool I3Leaf::isInScratchpad() const {
 }
 
 std::unique_ptr<const I3Tree> I3Tree::parse(const QByteArray& json) {
-    const auto root = QJsonDocument::fromJson(json).object();
+    const auto root = jsonOf(json).object();
     if (textOf(root, "type") != "root") {
         return nullptr;
     }

@@ -1,6 +1,5 @@
 #include "platform/linux/windows/i3/I3WindowSystem.h"
 
-#include <QJsonDocument>
 #include <QJsonObject>
 
 #include <algorithm>
@@ -24,11 +23,13 @@ constexpr std::chrono::milliseconds endPatience{500};
 /// The sizes of a layout depend on one another from level to level.
 constexpr std::size_t mostAdjustments = 4;
 
+/// Where something always moves, it is never at rest.
+constexpr std::size_t mostLooksInVain = 3;
+
 /// Whether the layout may be another one after this. Titles, urgency and marks change often.
 bool changesLayout(const QByteArray& payload) {
     static constexpr std::array<std::string_view, 3> others{"title", "urgent", "mark"};
-    const auto change =
-        QJsonDocument::fromJson(payload).object().value(QLatin1String("change")).toString().toStdString();
+    const auto change = jsonOf(payload).object().value(QLatin1String("change")).toString().toStdString();
     return std::ranges::find(others, change) == others.end();
 }
 
@@ -60,7 +61,7 @@ I3WindowSystem::I3WindowSystem(const std::filesystem::path& socket, Platform::Ma
       connection_(socket, queue, {"window", "workspace"},
                   {[this] { look(); },
                    [this] {
-                       silentSince_ = std::exchange(hasAnswered_, false) ? queue_.now() : silentSince_;
+                       noteSilence();
                        awaitedTrees_ = 0;
                        isTreeStale_ = false;
                    },
@@ -158,7 +159,7 @@ Platform::Subscription I3WindowSystem::addEventHandler(EventHandler handler) {
 // What is
 
 void I3WindowSystem::handleEvent(I3Event event, const QByteArray& payload) {
-    if (event == I3Event::workspace || (event == I3Event::window && changesLayout(payload))) {
+    if ((event == I3Event::workspace || event == I3Event::window) && changesLayout(payload)) {
         lookAgain();
     }
 }
@@ -197,9 +198,17 @@ void I3WindowSystem::lookAgain() {
     }
 }
 
+void I3WindowSystem::noteSilence() {
+    if (std::exchange(hasAnswered_, false)) {
+        silentSince_ = queue_.now();
+    }
+}
+
 void I3WindowSystem::takeIn(const QByteArray& reply) {
     auto tree = I3Tree::parse(reply);
     if (!tree) {
+        noteSilence();
+        lookWhereStale();
         return;
     }
     hasAnswered_ = true;
@@ -217,11 +226,19 @@ void I3WindowSystem::takeIn(const QByteArray& reply) {
     noteScratchpad();
     noteChanges(before.get());
     noteWhatIsBack();
+    if (isTreeStale_ && looksInVain_ < mostLooksInVain) {
+        ++looksInVain_;
+    } else {
+        looksInVain_ = 0;
+        carryOut();
+    }
+    lookWhereStale();
+}
+
+void I3WindowSystem::lookWhereStale() {
     if (isTreeStale_) {
         look();
-        return;
     }
-    carryOut();
 }
 
 void I3WindowSystem::noteChanges(const I3Tree* before) {
@@ -313,6 +330,9 @@ void I3WindowSystem::hide(std::span<const WindowId> windows) {
     for (const auto window : windows) {
         toGiveBack_.erase(window);
         toTake_.insert(window);
+    }
+    if (toFocus_ && toTake_.contains(*toFocus_)) {
+        toFocus_.reset();
     }
     std::erase_if(returned_, [this](const I3Return& returned) { return toTake_.contains(returned.window); });
     look();

@@ -57,6 +57,8 @@ private:
     void handleX11Event(WindowEvent event, const Window& window);
     void look();
     void lookAgain();
+    void lookWhereStale();
+    void noteSilence();
     void takeIn(const QByteArray& reply);
     void noteChanges(const I3Tree* before);
     void noteScratchpad();
@@ -96,6 +98,8 @@ private:
     /// Requests for the layout that have not been answered.
     std::size_t awaitedTrees_ = 0;
     bool isTreeStale_ = false;
+    /// In a row, while something waits for the layout to be known.
+    std::size_t looksInVain_ = 0;
     std::uint64_t treeGeneration_ = 1;
     std::uint64_t builtGeneration_ = 0;
     /// In which order the windows were seen first.

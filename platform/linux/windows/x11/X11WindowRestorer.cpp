@@ -72,6 +72,7 @@ void X11WindowRestorer::noteChanges() {
 
 void X11WindowRestorer::scheduleWatch() {
     isAnswered_ = false;
+    askedAt_ = queue_.now();
     if (!std::exchange(isWatchScheduled_, true)) {
         queue_.async(lifetime_.weak([this] {
             isWatchScheduled_ = false;
@@ -120,8 +121,11 @@ void X11WindowRestorer::lookAgain() {
     if (watch_ != watchBefore || isWatchScheduled_) {
         return;
     }
-    const bool isOnItsWay = std::ranges::any_of(
-        targets_, [this](const auto& one) { return model_.isExpectedHidden(xcbWindow(one.first)); });
+    // Of some windows it is never seen that they are hidden.
+    const bool isOnItsWay =
+        queue_.now() - askedAt_ < longestAnswer && std::ranges::any_of(targets_, [this](const auto& one) {
+            return model_.isExpectedHidden(xcbWindow(one.first));
+        });
     if (targets_.size() < awayBefore_ || isOnItsWay) {
         // With many windows a window manager is busy for longer.
         noteProgress();
@@ -221,11 +225,16 @@ void X11WindowRestorer::askToActivate(const std::vector<xcb_window_t>& windows) 
         connection_.sendToWindowManager(connection_.root(), model_.atom(X11WindowModel::netCurrentDesktop),
                                         std::array{*currentDesktop, time});
     }
-    if (focused && std::ranges::find(windows, *focused) == windows.end()) {
+    if (focused && !isAwayOrLeaving(*focused) && std::ranges::find(windows, *focused) == windows.end()) {
         askForFocus(*focused, time);
     }
     connection_.flush();
     scheduleWatch();
+}
+
+bool X11WindowRestorer::isAwayOrLeaving(xcb_window_t window) const {
+    const auto* const found = model_.find(window);
+    return found != nullptr && (model_.isHidden(*found) || model_.isExpectedHidden(window));
 }
 
 void X11WindowRestorer::visit(xcb_window_t window, Request request,

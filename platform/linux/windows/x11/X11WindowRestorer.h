@@ -63,6 +63,7 @@ private:
     void askToMap(const std::vector<xcb_window_t>& windows);
     void sendMapRequest(xcb_window_t window);
     void askToActivate(const std::vector<xcb_window_t>& windows);
+    bool isAwayOrLeaving(xcb_window_t window) const;
     /// Window managers map and activate on the workspace that is shown: a window of another one goes there
     /// and back in one go.
     void visit(xcb_window_t window, Request request, std::optional<std::uint32_t> currentDesktop,
@@ -84,6 +85,7 @@ private:
     std::size_t awayBefore_ = 0;
     /// Since the last request, the answer to it, or a window that has come back.
     Platform::MainQueue::Seconds quietSince_{0};
+    Platform::MainQueue::Seconds askedAt_{0};
     /// The manager has come to everything that was asked.
     bool isAnswered_ = false;
     bool hasEverAnswered_ = false;

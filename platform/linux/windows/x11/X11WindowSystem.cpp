@@ -182,7 +182,7 @@ void X11WindowSystem::endExpectation(std::uint64_t request, std::span<const Wind
     for (const auto window : windows) {
         const auto* const found = model_.find(xcbWindow(window));
         const auto awaited = awaitingHide_.find(window);
-        const bool isWaiting = awaited != awaitingHide_.end() && awaited->second == request;
+        const bool isWaiting = awaited != awaitingHide_.end() && awaited->second <= request;
         if (isWaiting && hiddenWindows_ == hiddenBefore) {
             requestIconic(xcbWindow(window));
         }
