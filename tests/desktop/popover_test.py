@@ -181,6 +181,12 @@ class PopoverTest(PopoverCase):
         self.click(popover, TAKE_PHOTO)
         wait_until(lambda: self.colour(popover, PHOTO_EDGE) == PHOTO_MAT, "the photo is there for review",
                    seen=lambda: self.colour(popover, PHOTO_EDGE))
+        self.click(popover, PHOTO_BACK)
+        wait_until(lambda: self.colour(popover, PHOTO_EDGE) != PHOTO_MAT, "the camera is back",
+                   seen=lambda: self.colour(popover, PHOTO_EDGE))
+        self.click(popover, TAKE_PHOTO)
+        wait_until(lambda: self.colour(popover, PHOTO_EDGE) == PHOTO_MAT, "the photo is there for review",
+                   seen=lambda: self.colour(popover, PHOTO_EDGE))
         self.click(popover, PHOTO_SAVE)
         dialog = wait_until(self.save_dialog, "the dialog is open")
         wait_until(lambda: self.desktop.active_window == dialog, "the dialog has the keyboard")
@@ -193,10 +199,8 @@ class PopoverTest(PopoverCase):
         # As the camera encoded it.
         wait_until(lambda: b"VirtualCamera" in target.read_bytes(), "it is the camera's own")
         self.assertEqual(target.read_bytes()[:2], b"\xff\xd8")
-        popover = wait_until(self.shown_popover, "the popover has stayed")
-        self.click(popover, PHOTO_BACK)
-        wait_until(lambda: self.colour(popover, PHOTO_EDGE) != PHOTO_MAT, "the camera is back",
-                   seen=lambda: self.colour(popover, PHOTO_EDGE))
+        wait_until(lambda: not self.save_dialog(), "the dialog is gone")
+        wait_until(self.shown_popover, "the popover has stayed")
 
     def test_switches_to_the_other_camera(self):
         self.start()
