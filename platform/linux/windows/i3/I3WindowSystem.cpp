@@ -72,7 +72,7 @@ I3WindowSystem::I3WindowSystem(const std::filesystem::path& socket, Platform::Ma
           queue, [this] { return lookAtScene(); }, [this](WindowId window) { bringToFront(window); }) {
     if (x11_) {
         x11Events_ = x11_->addEventHandler(
-            [this](WindowEvent event, const Window& window) { handleX11Event(event, window); });
+            [this](WindowEvent event, const Window& /*window*/) { handleX11Event(event); });
     }
     connection_.open();
     connection_.finish(startPatience);
@@ -164,15 +164,9 @@ void I3WindowSystem::handleEvent(I3Event event, const QByteArray& payload) {
     }
 }
 
-void I3WindowSystem::handleX11Event(WindowEvent event, const Window& window) {
-    if (event != WindowEvent::opened || !tree_) {
-        return;
-    }
-    // It is known better now.
-    for (const auto& leaf : tree_->leaves()) {
-        if (leaf.node->x11Window == window.id) {
-            announce(WindowEvent::opened, leaf.node->window);
-        }
+void I3WindowSystem::handleX11Event(WindowEvent event) {
+    if (event == WindowEvent::opened && tree_) {
+        noteOpened();
     }
 }
 
@@ -246,19 +240,36 @@ void I3WindowSystem::noteChanges(const I3Tree* before) {
     leaving_.remove([&](WindowId window) { return isGone(window) || isHidden(window); });
     activation_.forget(isGone);
     taken_.forget(isGone);
+    std::erase_if(described_, [&](const auto& described) { return isGone(described.first); });
     if (before == nullptr) {
+        for (const auto& window : windows()) {
+            described_.emplace(window.id, window.hints);
+        }
         return;
     }
+    noteOpened();
     for (const auto& leaf : tree_->leaves()) {
         const auto window = leaf.node->window;
         const auto* const earlier = before->find(window);
-        if (earlier == nullptr) {
-            announce(WindowEvent::opened, window);
-        }
         const bool isBack = earlier != nullptr && earlier->isInScratchpad();
         const bool hadFocus = earlier != nullptr && earlier->node->isFocused;
         if (!leaf.isInScratchpad() && (isBack || (leaf.node->isFocused && !hadFocus))) {
             announce(WindowEvent::activated, window);
+        }
+    }
+}
+
+void I3WindowSystem::noteOpened() {
+    for (const auto& window : windows()) {
+        const auto x11Window = tree_->find(window.id)->node->x11Window;
+        // The X server tells in a moment whose it is.
+        if (x11_ && x11Window && !x11_->exists(*x11Window)) {
+            continue;
+        }
+        const auto [described, isNew] = described_.try_emplace(window.id, window.hints);
+        if (isNew || described->second != window.hints) {
+            described->second = window.hints;
+            announce(WindowEvent::opened, window.id);
         }
     }
 }

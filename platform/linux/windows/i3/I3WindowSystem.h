@@ -54,13 +54,14 @@ private:
 
     bool isKnown() const { return connection_.isConnected() && hasAnswered_; }
     void handleEvent(I3Event event, const QByteArray& payload);
-    void handleX11Event(WindowEvent event, const Window& window);
+    void handleX11Event(WindowEvent event);
     void look();
     void lookAgain();
     void lookWhereStale();
     void noteSilence();
     void takeIn(const QByteArray& reply);
     void noteChanges(const I3Tree* before);
+    void noteOpened();
     void noteScratchpad();
     void noteWhatIsBack();
     void forgetWhatIsNotLeftBehind();
@@ -106,6 +107,8 @@ private:
     std::unordered_map<WindowId, std::uint64_t> births_;
     std::uint64_t lastBirth_ = 0;
     std::vector<Window> windows_;
+    /// What each window said of its app when that was announced.
+    std::map<WindowId, WindowHints> described_;
     TakenWindows taken_;
     /// Windows that their user keeps in the scratchpad, be they called up from there at present or not.
     std::set<WindowId> scratchpad_;
