@@ -223,7 +223,7 @@ std::string desktopNames(const SessionEnvironment& environment) {
 void addShell(Platform::Platform& platform, Session& session) {
     const auto& environment = session.environment;
     const auto windowManager = linkTo(session.windowManager.get(), environment);
-    auto toolkitMonitors = std::make_unique<QtPlatform::QtEventMonitors>();
+    auto toolkitMonitors = std::make_unique<QtPlatform::QtEventMonitors>(*platform.mainQueue);
     platform.screens = std::make_unique<QtPlatform::QtScreens>(windowManager);
     if (session.shellConnection && environment.kind == SessionKind::x11) {
         platform.eventMonitors =
@@ -290,8 +290,8 @@ std::unique_ptr<Platform::HotKeyService> hotKeyServiceOf(Session& session, const
     const auto bus = QDBusConnection::sessionBus();
     if (isScriptedKWin(session.environment) && KGlobalAccelHotKeyService::isThere(bus)) {
         return std::make_unique<KGlobalAccelHotKeyService>(
-            bus, *platform.mainQueue,
-            [&keyboard](std::int64_t keyCode) { return keyboard.symbols(keyCode); });
+            bus, *platform.mainQueue, [&keyboard](std::int64_t keyCode) { return keyboard.symbols(keyCode); },
+            KGlobalAccelHotKeyService::Patience());
     }
     if (session.environment.isWayland() && !session.environment.i3Socket.empty()) {
         auto service = swayHotKeyServiceOf(session, platform, keyboard);

@@ -1,15 +1,17 @@
 #include "platform/qt/QtEventMonitors.h"
 
+#include "platform/Lifetime.h"
+
 #include <QAccessible>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QObject>
 #include <QQuickItem>
 #include <QQuickWindow>
-#include <QTimer>
 #include <QWindow>
 
-#include <chrono>
+#include <cstdint>
+#include <functional>
 #include <utility>
 
 namespace QtPlatform {
@@ -18,7 +20,7 @@ namespace {
 using Platform::Event;
 namespace EventType = Platform::EventType;
 
-constexpr std::chrono::milliseconds longestMomentWithout{100};
+constexpr Platform::MainQueue::Seconds longestMomentWithout{0.1};
 
 Event toEvent(const QKeyEvent& event) {
     Event result;
@@ -70,16 +72,15 @@ private:
 /// moment.
 class QtEventMonitors::KeyboardHolder : public QObject {
 public:
-    explicit KeyboardHolder(std::function<void()> onLoss) {
-        loss_.setSingleShot(true);
-        loss_.setInterval(longestMomentWithout);
-        QObject::connect(&loss_, &QTimer::timeout, this, std::move(onLoss));
+    KeyboardHolder(Platform::MainQueue& queue, std::function<void()> onLoss)
+        : queue_(queue),
+          onLoss_(std::move(onLoss)) {
         QObject::connect(qGuiApp, &QGuiApplication::focusWindowChanged, this,
                          [this](QWindow* window) { take(window); });
         QObject::connect(qGuiApp, &QGuiApplication::applicationStateChanged, this,
                          [this](Qt::ApplicationState state) {
                              if (state != Qt::ApplicationActive && std::exchange(isHeld_, false)) {
-                                 loss_.start();
+                                 noteLossLater();
                              }
                          });
     }
@@ -90,19 +91,31 @@ private:
             return;
         }
         isHeld_ = true;
-        loss_.stop();
+        ++takings_;
         QObject::disconnect(closing_);
         closing_ = QObject::connect(window, &QWindow::visibleChanged, this,
                                     [this](bool isVisible) { isHeld_ = isHeld_ && isVisible; });
     }
 
+    void noteLossLater() {
+        queue_.asyncAfter(longestMomentWithout, lifetime_.weak([this, takings = takings_] {
+            if (takings == takings_) {
+                onLoss_();
+            }
+        }));
+    }
+
+    Platform::MainQueue& queue_;
+    std::function<void()> onLoss_;
     bool isHeld_ = false;
-    QTimer loss_;
+    /// How often one of our windows got it.
+    std::uint64_t takings_ = 0;
     QMetaObject::Connection closing_;
+    Platform::Lifetime lifetime_;
 };
 
-QtEventMonitors::QtEventMonitors()
-    : keyboardHolder_(std::make_unique<KeyboardHolder>([this] {
+QtEventMonitors::QtEventMonitors(Platform::MainQueue& queue)
+    : keyboardHolder_(std::make_unique<KeyboardHolder>(queue, [this] {
           globalMonitors_.tell({EventType::leftMouseDown, 0, std::nullopt});
       })) {}
 

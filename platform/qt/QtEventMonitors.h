@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/EventMonitors.h"
+#include "platform/MainQueue.h"
 #include "platform/Subscribers.h"
 
 #include <memory>
@@ -11,7 +12,8 @@ namespace QtPlatform {
 /// loss of the keyboard to another program. Needs a QGuiApplication.
 class QtEventMonitors : public Platform::EventMonitors {
 public:
-    QtEventMonitors();
+    /// `queue` outlives this object.
+    explicit QtEventMonitors(Platform::MainQueue& queue);
     ~QtEventMonitors() override;
     QtEventMonitors(const QtEventMonitors&) = delete;
     QtEventMonitors& operator=(const QtEventMonitors&) = delete;

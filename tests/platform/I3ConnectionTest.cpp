@@ -13,6 +13,7 @@
 #include <gmock/gmock.h>
 
 #include <array>
+#include <chrono>
 #include <cstdint>
 #include <cstring>
 #include <optional>
@@ -22,6 +23,7 @@
 #include <vector>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -114,6 +116,13 @@ public:
         reader_ = {};
         return client_ >= 0;
     }
+    /// Waits until somebody is there.
+    bool awaitClient() const { return awaitNews(listener_); }
+    /// Waits until the client has said something; false when it has hung up.
+    bool awaitRequest() const {
+        char first = 0;
+        return awaitNews(client_) && ::recv(client_, &first, 1, MSG_PEEK) > 0;
+    }
     void hangUp() {
         if (client_ >= 0) {
             ::close(std::exchange(client_, -1));
@@ -132,6 +141,12 @@ public:
     }
 
 private:
+    static bool awaitNews(int descriptor) {
+        constexpr int deadlineInMilliseconds = 20'000;
+        pollfd question{descriptor, POLLIN, 0};
+        return ::poll(&question, 1, deadlineInMilliseconds) > 0;
+    }
+
     TestSupport::TemporaryFolder folder_;
     int listener_ = -1;
     int client_ = -1;
@@ -485,22 +500,16 @@ TEST_F(ScriptedI3WindowTest, WindowThatStaysInTheScratchpadDoesNotGetTheFocus) {
     EXPECT_THAT(commandsToReturn(*tree, returns, 9), testing::HasSubstr("[con_id=9] focus;"));
 }
 
-/// Waits on another thread, since the service waits for it.
-struct SlowSwayTest : testing::Test {
-    /// Says that it hears, and how it is configured when that much time is over.
-    void answerAfter(std::chrono::milliseconds delay) {
-        answers = std::jthread([this, delay](const std::stop_token& stop) {
-            const auto moment = std::chrono::milliseconds(2);
-            for (bool isMet = false; !stop.stop_requested();) {
-                isMet = isMet || server.accept();
-                const auto request = isMet ? server.next() : std::nullopt;
-                if (!request) {
-                    std::this_thread::sleep_for(moment);
-                } else if (request->type == static_cast<std::uint32_t>(I3Request::getConfig)) {
-                    std::this_thread::sleep_for(delay);
-                    server.say(message(I3Request::getConfig, "{\"config\":\"bindsym Ctrl+h nop Caf\xe9\"}"));
-                } else {
-                    server.say(message(request->type, "[{\"success\":true}]"));
+/// A sway that is another program, as the service waits for it.
+struct AwaitedSwayTest : testing::Test {
+    /// On another thread, until the service hangs up.
+    void answer() {
+        answers = std::jthread([this] {
+            for (bool isMet = server.awaitClient() && server.accept(); isMet; isMet = server.awaitRequest()) {
+                while (const auto request = server.next()) {
+                    const bool isConfiguration =
+                        request->type == static_cast<std::uint32_t>(I3Request::getConfig);
+                    server.say(message(request->type, isConfiguration ? configuration : success));
                 }
             }
         });
@@ -512,22 +521,25 @@ struct SlowSwayTest : testing::Test {
     TestSupport::HandDrivenQueue queue;
     TestSupport::RecordingLog log;
     TestSupport::MemoryUserDefaults state;
+    QByteArray configuration = "{\"config\":\"bindsym Ctrl+h nop Caf\xe9\"}";
+    QByteArray success = "[{\"success\":true}]";
     std::jthread answers;
 };
 
-TEST_F(SlowSwayTest, IsWaitedFor) {
-    answerAfter(std::chrono::seconds(1));
+TEST_F(AwaitedSwayTest, IsWaitedFor) {
+    answer();
     SwayHotKeyService service(server.path(), queue, log, keys,
                               LinuxPlatform::EarlierValue(state, "bound", "session"));
     EXPECT_EQ(service.reach(), Platform::HotKeyReach::everywhere);
     EXPECT_EQ(service.registerHotKey({4, Platform::HotKeyModifier::control}, {1, 1}), Platform::hotKeyExists);
 }
 
-TEST_F(SlowSwayTest, WhatAnEarlierRunBoundIsRememberedUntilItCanBeTakenAway) {
+TEST_F(AwaitedSwayTest, WhatAnEarlierRunBoundIsRememberedUntilItCanBeTakenAway) {
     state.setString("bound", "session\nCtrl+43");
     {
         const SwayHotKeyService service(server.path(), queue, log, keys,
-                                        LinuxPlatform::EarlierValue(state, "bound", "session"));
+                                        LinuxPlatform::EarlierValue(state, "bound", "session"),
+                                        std::chrono::milliseconds(0));
         EXPECT_EQ(service.reach(), Platform::HotKeyReach::nowhere);
     }
     EXPECT_EQ(state.string("bound"), "session\nCtrl+43");

@@ -66,7 +66,8 @@ struct KGlobalAccelWorld {
     std::unique_ptr<LinuxPlatform::X11Connection> connection = LinuxPlatform::X11Connection::open();
     LinuxPlatform::XkbKeyboard keyboard{connection.get(), "KDE"};
     KGlobalAccelHotKeyService keys{QDBusConnection::sessionBus(), mainQueue,
-                                   [this](std::int64_t code) { return keyboard.symbols(code); }};
+                                   [this](std::int64_t code) { return keyboard.symbols(code); },
+                                   KGlobalAccelHotKeyService::Patience()};
     ScreenTypist typist;
     int markers = 0;
     Platform::Subscription subscription = keys.installEventHandler([this](HotKeyEvent event, HotKeyID id) {

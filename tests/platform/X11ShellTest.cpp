@@ -8,6 +8,7 @@
 #include "platform/qt/ScreenGeometry.h"
 #include "platform/qt/ViewEngine.h"
 #include "tests/support/EventLoop.h"
+#include "tests/support/HandDrivenQueue.h"
 #include "tests/support/X11TestClient.h"
 
 #include <QGuiApplication>
@@ -205,7 +206,9 @@ TEST_F(X11ShellTest, TheScreenAtAPixelAndThePixelUnderThePointer) {
 }
 
 TEST_F(X11ShellTest, ClicksAreSeenWhereverTheyGoButOnOwnWindows) {
-    LinuxPlatform::X11EventMonitors monitors(*connection, std::make_unique<QtPlatform::QtEventMonitors>());
+    TestSupport::HandDrivenQueue queue;
+    LinuxPlatform::X11EventMonitors monitors(*connection,
+                                             std::make_unique<QtPlatform::QtEventMonitors>(queue));
     std::vector<std::uint64_t> seen;
     auto subscription =
         monitors.addGlobalMonitor(bothButtons, [&](const auto& event) { seen.push_back(event.type); });

@@ -16,9 +16,6 @@ const QString service = QStringLiteral("org.kde.kglobalaccel");
 const QString path = QStringLiteral("/kglobalaccel");
 const QString interface = QStringLiteral("org.kde.KGlobalAccel");
 const QString componentInterface = QStringLiteral("org.kde.kglobalaccel.Component");
-constexpr std::chrono::milliseconds patience{500};
-/// Silence here is a shortcut that is missed until the next start.
-constexpr std::chrono::milliseconds patienceForGrant{3000};
 
 /// The shortcut applies at once, and what the service remembers of an earlier run does not.
 constexpr unsigned setPresent = 2;
@@ -44,10 +41,11 @@ QString actionFor(const QList<int>& keys) {
 } // namespace
 
 KGlobalAccelHotKeyService::KGlobalAccelHotKeyService(const QDBusConnection& bus, Platform::MainQueue& queue,
-                                                     SymbolsOfKey symbolsOfKey)
+                                                     SymbolsOfKey symbolsOfKey, Patience patience)
     : bus_(bus),
       queue_(queue),
       symbolsOfKey_(std::move(symbolsOfKey)),
+      patience_(patience),
       pressed_(bus, service, componentPath(), componentInterface, QStringLiteral("globalShortcutPressed"),
                [this](const QDBusMessage& message) { receive(Platform::HotKeyEvent::pressed, message); }),
       released_(bus, service, componentPath(), componentInterface, QStringLiteral("globalShortcutReleased"),
@@ -69,7 +67,8 @@ bool KGlobalAccelHotKeyService::isThere(const QDBusConnection& bus) {
         QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
         QStringLiteral("org.freedesktop.DBus"), QStringLiteral("NameHasOwner"));
     question.setArguments({service});
-    return bus.call(question, QDBus::Block, static_cast<int>(patience.count())).arguments().value(0).toBool();
+    const auto patience = static_cast<int>(Patience().other.count());
+    return bus.call(question, QDBus::Block, patience).arguments().value(0).toBool();
 }
 
 Platform::HotKeyStatus
@@ -123,7 +122,7 @@ bool KGlobalAccelHotKeyService::isKnown(const QString& action) const {
 bool KGlobalAccelHotKeyService::areAvailable(const QList<int>& keys) const {
     return std::ranges::all_of(keys, [this](int key) {
         const auto answer = call(QStringLiteral("isGlobalShortcutAvailable"),
-                                 {key, KdeShortcuts::ownComponent}, patienceForGrant);
+                                 {key, KdeShortcuts::ownComponent}, patience_.grant);
         return answer.value(0).toBool();
     });
 }
@@ -132,10 +131,10 @@ Platform::HotKeyStatus KGlobalAccelHotKeyService::take(const QString& action, co
     if (!areAvailable(keys)) {
         return Platform::hotKeyExists;
     }
-    call(QStringLiteral("doRegister"), {identityOf(action)}, patienceForGrant);
+    call(QStringLiteral("doRegister"), {identityOf(action)}, patience_.grant);
     const auto answer =
         call(QStringLiteral("setShortcut"),
-             {identityOf(action), QVariant::fromValue(keys), setPresent | noAutoloading}, patienceForGrant);
+             {identityOf(action), QVariant::fromValue(keys), setPresent | noAutoloading}, patience_.grant);
     // What it refuses is 0 in its answer.
     const auto granted = qdbus_cast<QList<int>>(answer.value(0));
     if (granted == keys) {
@@ -146,8 +145,8 @@ Platform::HotKeyStatus KGlobalAccelHotKeyService::take(const QString& action, co
 }
 
 void KGlobalAccelHotKeyService::giveBack(const QString& action) const {
-    call(QStringLiteral("setInactive"), {identityOf(action)}, patience);
-    call(QStringLiteral("unregister"), {KdeShortcuts::ownComponent, action}, patience);
+    call(QStringLiteral("setInactive"), {identityOf(action)}, patience_.other);
+    call(QStringLiteral("unregister"), {KdeShortcuts::ownComponent, action}, patience_.other);
 }
 
 void KGlobalAccelHotKeyService::receive(Platform::HotKeyEvent event, const QDBusMessage& message) {

@@ -28,9 +28,16 @@ public:
     /// All that the key of a virtual key code can mean.
     using SymbolsOfKey = std::function<std::vector<xkb_keysym_t>(std::int64_t keyCode)>;
 
+    /// How long an answer is waited for.
+    struct Patience {
+        /// While a shortcut is asked for: silence is one that is missed until the next start.
+        std::chrono::milliseconds grant{3000};
+        std::chrono::milliseconds other{500};
+    };
+
     /// `queue` outlives this object.
     KGlobalAccelHotKeyService(const QDBusConnection& bus, Platform::MainQueue& queue,
-                              SymbolsOfKey symbolsOfKey);
+                              SymbolsOfKey symbolsOfKey, Patience patience);
     /// The shortcuts are not KDE's any more.
     ~KGlobalAccelHotKeyService() override;
     KGlobalAccelHotKeyService(const KGlobalAccelHotKeyService&) = delete;
@@ -66,6 +73,7 @@ private:
     QDBusConnection bus_;
     Platform::MainQueue& queue_;
     SymbolsOfKey symbolsOfKey_;
+    Patience patience_;
     std::vector<HotKey> hotKeys_;
     Platform::Subscribers<Platform::HotKeyEvent, Platform::HotKeyID> handlers_;
     Platform::Lifetime lifetime_;

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <sstream>
 #include <string_view>
 #include <utility>
@@ -14,7 +13,6 @@ namespace {
 
 namespace Modifier = Platform::HotKeyModifier;
 
-constexpr std::chrono::milliseconds startPatience{3000};
 constexpr std::chrono::milliseconds bindPatience{200};
 constexpr std::chrono::milliseconds endPatience{500};
 /// What a binding does: nothing, under a name by which it is known.
@@ -48,7 +46,8 @@ QJsonObject objectIn(const QByteArray& json) {
 } // namespace
 
 SwayHotKeyService::SwayHotKeyService(const std::filesystem::path& socket, Platform::MainQueue& queue,
-                                     Platform::Log& log, Keys keys, EarlierValue record)
+                                     Platform::Log& log, Keys keys, EarlierValue record,
+                                     std::chrono::milliseconds patience)
     : queue_(queue),
       log_(log),
       keys_(std::move(keys)),
@@ -57,7 +56,7 @@ SwayHotKeyService::SwayHotKeyService(const std::filesystem::path& socket, Platfo
                   {[this] { readConfiguration(); }, nullptr,
                    [this](I3Event event, const QByteArray& payload) { handleEvent(event, payload); }}) {
     connection_.open();
-    connection_.finish(startPatience);
+    connection_.finish(patience);
 }
 
 SwayHotKeyService::~SwayHotKeyService() {

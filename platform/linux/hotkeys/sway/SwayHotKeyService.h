@@ -9,6 +9,7 @@
 #include "platform/linux/session/EarlierValue.h"
 #include "platform/linux/shortcutlists/I3Shortcuts.h"
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -33,9 +34,10 @@ public:
     };
 
     /// `queue` and `log` outlive this object. `record` is where it is written down what is bound, so that the
-    /// next run takes away what this one could not. Waits a moment for sway's answer.
+    /// next run takes away what this one could not. Waits for sway's answer, at most for `patience`.
     SwayHotKeyService(const std::filesystem::path& socket, Platform::MainQueue& queue, Platform::Log& log,
-                      Keys keys, EarlierValue record);
+                      Keys keys, EarlierValue record,
+                      std::chrono::milliseconds patience = std::chrono::seconds(3));
     ~SwayHotKeyService() override;
 
     Platform::HotKeyReach reach() const override;
