@@ -30,7 +30,7 @@ protected:
             ReadinessWorld world;
             prepare(world);
             world.makeView(language);
-            ShownView shown(world.content(), viewSize);
+            ShownView shown(world.content(), viewSize, Motion::reduced);
             if (act) {
                 act(shown, world);
                 shown.settle();

@@ -65,7 +65,7 @@ protected:
         edit([&](auto& prefs) { prefs.language = *CurtainCore::fromRawValue<AppLanguage>(language); });
     }
 
-    ShownView show() {
+    ShownView show(Motion motion = Motion::full) {
         screenWatcher = Curtain::ScreenWatcher(platform.screenWatcherProbe);
         model = std::make_unique<Curtain::SettingsModel>(store, platform.locale, platform.loginItem,
                                                          platform.log);
@@ -74,7 +74,7 @@ protected:
             platform.locale, *hotKeys, screenWatcher, *statusItem, platform.systemVersion,
             platform.workspace});
         content->willShow();
-        return {{"qrc:/Curtain/SettingsView.qml", content}, QSize(440, 430)};
+        return {{"qrc:/Curtain/SettingsView.qml", content}, QSize(440, 430), motion};
     }
 
     template <class Key>
@@ -115,7 +115,7 @@ TEST_F(SettingsViewTest, FitsItsWordsInEveryLanguage) {
         SCOPED_TRACE(language);
         speak(language);
         const bool isRightToLeft = CurtainCore::Localizer::isRightToLeft(language);
-        auto view = show();
+        auto view = show(Motion::reduced);
         EXPECT_THAT(view.problems(isRightToLeft), IsEmpty());
         view.picture("settings-general-" + language);
         view.click("tabApps");
@@ -165,7 +165,7 @@ TEST_F(SettingsViewTest, SaysWhatCannotWorkInThisSessionInEveryLanguage) {
         SCOPED_TRACE(language);
         speak(language);
         const bool isRightToLeft = CurtainCore::Localizer::isRightToLeft(language);
-        auto view = show();
+        auto view = show(Motion::reduced);
         EXPECT_THAT(view.texts(), Contains(text(PlatformKey::noGlobalShortcuts)));
         const auto caption = view.place("noGlobalShortcuts");
         EXPECT_GT(caption.y(), view.place("shortcut").bottom());
@@ -193,7 +193,7 @@ TEST_F(SettingsViewTest, SaysWhatWorksInPartOrIsNotKnownInEveryLanguage) {
         SCOPED_TRACE(language);
         speak(language);
         const bool isRightToLeft = CurtainCore::Localizer::isRightToLeft(language);
-        auto view = show();
+        auto view = show(Motion::reduced);
         EXPECT_THAT(view.texts(), Contains(text(PlatformKey::shortcutInX11WindowsOnly)));
         EXPECT_EQ(view.find("noGlobalShortcuts"), nullptr);
         EXPECT_THAT(view.texts(), Contains(text(PlatformKey::noHidingOnWayland)));

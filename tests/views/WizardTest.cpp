@@ -98,7 +98,9 @@ protected:
         model->onFinish = [this] { ++finished; };
     }
 
-    ShownView show() { return {{"qrc:/Curtain/OnboardingWizardView.qml", model}, QSize(420, 460)}; }
+    ShownView show(Motion motion = Motion::full) {
+        return {{"qrc:/Curtain/OnboardingWizardView.qml", model}, QSize(420, 460), motion};
+    }
 
     ShownView show(const OnboardingStep& step, const std::string& language = "en") {
         make(step, language);
@@ -136,7 +138,7 @@ protected:
             speak(0.7F);
         }
         capture.session->show(isCameraOn() ? sunset() : nullptr);
-        return show();
+        return show(Motion::reduced);
     }
 
     void speak(float level) {
