@@ -41,8 +41,7 @@ enum class Motion { full, reduced };
 /// A view in a window of its own, off screen. Pictures go to the folder CURTAIN_SCREENS where that is set.
 class ShownView {
 public:
-    ShownView(Platform::View view, const QSize& size, Motion motion = Motion::full)
-        : view_(std::move(view)) {
+    ShownView(Platform::View view, const QSize& size, Motion motion = Motion::full) : view_(std::move(view)) {
         engine_.style().setReducedMotion(motion == Motion::reduced);
         item_ = engine_.makeItem(view_);
         window_.setColor(QColor(0xF4, 0xF5, 0xF8));
