@@ -31,6 +31,8 @@ public:
     CurtainCore::CompatibilityResult run() const;
     /// Why apps cannot be hidden here; absent where they can.
     std::optional<Platform::HidingObstacle> hidingObstacle() const;
+    /// As `Platform::SystemVersion::switchExtensionOn`.
+    void switchExtensionOn() const { services_.system.switchExtensionOn(); }
     /// Waits for the answer to that.
     HidingWatch hidingWatch(Platform::MainQueue& mainQueue) const { return {services_.system, mainQueue}; }
 

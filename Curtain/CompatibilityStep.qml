@@ -82,11 +82,11 @@ WizardPage {
     Item {
         id: unsupported
 
-        readonly property real contentHeight: 56 + 20 + verdict.height + 10 + obstacle.height
-            + (remedy.visible ? 10 + remedy.height : 0)
+        readonly property real contentHeight: 56 + 20 + verdict.height
+            + (obstacle.visible ? 10 + obstacle.height : 0) + (remedy.visible ? 10 + remedy.height : 0)
 
         x: 0
-        y: 51 + Math.max(0, Math.round((close.y - 51 - contentHeight) / 2))
+        y: 51 + Math.max(0, Math.round(((switchOn.visible ? switchOn.y : close.y) - 51 - contentHeight) / 2))
         width: parent.width
         height: contentHeight
         visible: page.isUnsupported
@@ -103,24 +103,45 @@ WizardPage {
             objectName: "verdict"
             y: 76
             style: Theme.panelTitle
-            text: page.vm.text("wizCompatOSFail")
+            // Another session is not what is needed.
+            text: page.vm.canSwitchExtensionOn ? page.vm.hidingObstacle : page.vm.text("wizCompatOSFail")
         }
         WizardText {
             id: obstacle
             objectName: "obstacle"
             y: verdict.y + verdict.height + 10
             inset: 12
-            visible: text !== ""
+            visible: text !== "" && !page.vm.canSwitchExtensionOn
             text: page.vm.hidingObstacle
         }
         WizardText {
             id: remedy
             objectName: "remedy"
-            y: obstacle.y + obstacle.height + 10
+            y: (obstacle.visible ? obstacle.y + obstacle.height : verdict.y + verdict.height) + 10
             inset: 12
             color: Theme.ink
             visible: text !== ""
             text: page.vm.hidingRemedy
+        }
+    }
+    ActionButton {
+        id: switchOn
+        objectName: "switchOn"
+        x: 24
+        y: close.y - 50
+        width: parent.width - 48
+        height: 40
+        visible: page.isUnsupported && page.vm.canSwitchExtensionOn
+        enabled: visible
+        text: page.vm.text("switchOn")
+        onVisibleChanged: takeKeyboard()
+        Component.onCompleted: takeKeyboard()
+        onClicked: page.vm.switchExtensionOn()
+
+        function takeKeyboard() {
+            if (visible) {
+                forceActiveFocus();
+            }
         }
     }
     ActionButton {
@@ -139,7 +160,7 @@ WizardPage {
         onClicked: page.vm.close()
 
         function takeKeyboard() {
-            if (visible) {
+            if (visible && !switchOn.visible) {
                 forceActiveFocus();
             }
         }

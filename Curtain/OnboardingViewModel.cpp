@@ -27,7 +27,9 @@ OnboardingViewModel::OnboardingViewModel(const Services& services, std::string l
       lang_(std::move(lang)),
       flow_(startAt),
       hidingWatch_(services.compatibilityProbe.hidingWatch(services.camera.mainQueue)) {
-    hidingWatch_.onAnswer = [this] { checkCompatibility(); };
+    hidingWatch_.onAnswer = [this] { lookAnew(); };
+    // It may be switched on elsewhere too.
+    hidingWatch_.isFollowed = [this] { return !compatibility_ || canSwitchExtensionOn(); };
     // Qt ends both with the model.
     connect(&services.cameraManager, &CameraPreviewManager::changed, this, &OnboardingViewModel::changed);
     connect(&services.micMonitor, &MicrophoneMonitor::changed, this, &OnboardingViewModel::changed);
@@ -43,6 +45,9 @@ void OnboardingViewModel::setLang(std::string lang) {
 
 void OnboardingViewModel::windowDidShow() {
     isClosed_ = false;
+    if (canSwitchExtensionOn()) {
+        compatibility_.reset();
+    }
     if (!compatibility_) {
         preparation_ = services_.compatibilityProbe.prepare();
     }
@@ -128,6 +133,10 @@ QString OnboardingViewModel::hidingRemedy() const {
     return hidingObstacle_ ? toQString(HidingWording::remedy(*hidingObstacle_, lang_)) : QString();
 }
 
+bool OnboardingViewModel::canSwitchExtensionOn() const {
+    return hidingObstacle_ == Platform::HidingObstacle::extensionOff;
+}
+
 bool OnboardingViewModel::isGranted() const {
     return currentStatus() == PermissionStatus::granted;
 }
@@ -194,17 +203,29 @@ void OnboardingViewModel::checkCompatibility() {
         return;
     }
     hidingObstacle_ = services_.compatibilityProbe.hidingObstacle();
+    hidingWatch_.begin();
     if (hidingObstacle_ == Platform::HidingObstacle::notKnownYet) {
-        hidingWatch_.begin();
         Q_EMIT changed();
         return;
     }
     compatibility_ = services_.compatibilityProbe.run();
-    preparation_ = {};
+    if (!canSwitchExtensionOn()) {
+        preparation_ = {};
+    }
     if (compatibility_->isCompatible()) {
         hidingObstacle_.reset();
     }
     Q_EMIT changed();
+}
+
+void OnboardingViewModel::switchExtensionOn() {
+    services_.compatibilityProbe.switchExtensionOn();
+    lookAnew();
+}
+
+void OnboardingViewModel::lookAnew() {
+    compatibility_.reset();
+    checkCompatibility();
 }
 
 void OnboardingViewModel::requestCurrentPermission() {

@@ -42,6 +42,7 @@ class OnboardingViewModel : public QObject {
     Q_PROPERTY(QString hidingObstacle READ hidingObstacle NOTIFY changed)
     /// One sentence on what helps against it, empty where nothing is to be said.
     Q_PROPERTY(QString hidingRemedy READ hidingRemedy NOTIFY changed)
+    Q_PROPERTY(bool canSwitchExtensionOn READ canSwitchExtensionOn NOTIFY changed)
     /// Of the current page. On a page that asks for no permission both are false.
     Q_PROPERTY(bool isGranted READ isGranted NOTIFY changed)
     Q_PROPERTY(bool isDenied READ isDenied NOTIFY changed)
@@ -107,6 +108,8 @@ public:
     QString videoApps() const;
     QString hidingObstacle() const;
     QString hidingRemedy() const;
+    /// Whether what stands in the way of hiding is an extension that is off.
+    bool canSwitchExtensionOn() const;
     bool isGranted() const;
     bool isDenied() const;
     QString settingsProblem() const;
@@ -120,9 +123,11 @@ public:
     /// The text of a key, by the key's name.
     Q_INVOKABLE QString text(const QString& key) const;
     Q_INVOKABLE void advance();
-    /// To be called when the compatibility page is shown. Looks at the system the first time, and as often as
-    /// it does not know yet whether apps can be hidden.
+    /// To be called when the compatibility page is shown. Looks at the system the first time, as often as it
+    /// does not know yet whether apps can be hidden, and when an extension that is off is switched on.
     Q_INVOKABLE void checkCompatibility();
+    /// Looks at the system anew once the extension is on, or is not.
+    Q_INVOKABLE void switchExtensionOn();
     /// Asks for the permission of the current page; nothing on a page without one.
     Q_INVOKABLE void requestCurrentPermission();
     Q_INVOKABLE void openSystemSettings();
@@ -138,6 +143,7 @@ Q_SIGNALS:
     void changed();
 
 private:
+    void lookAnew();
     void desktopAnswered();
     void microphoneAnswered();
     void cameraAnswered();

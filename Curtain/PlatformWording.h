@@ -69,6 +69,8 @@ enum class PlatformKey {
     settingsLostTitle,
     nothingHiddenTitle,
     close,
+    /// A button that does what switchExtensionOn says.
+    switchOn,
     /// What one app is where nobody knows whether it can be seen, and the risk for want of such answers.
     cannotTell,
     /// Below a score: none of them is in it, or not all are.
@@ -96,7 +98,7 @@ std::string_view string(PlatformKey key, std::string_view lang);
 
 template <>
 struct CurtainCore::RawValues<Curtain::PlatformKey> {
-    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 39> cases{{
+    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 40> cases{{
         {Curtain::PlatformKey::noHidingOnWayland, "noHidingOnWayland"},
         {Curtain::PlatformKey::noWindowManager, "noWindowManager"},
         {Curtain::PlatformKey::logOutOnce, "logOutOnce"},
@@ -132,6 +134,7 @@ struct CurtainCore::RawValues<Curtain::PlatformKey> {
         {Curtain::PlatformKey::settingsLostTitle, "settingsLostTitle"},
         {Curtain::PlatformKey::nothingHiddenTitle, "nothingHiddenTitle"},
         {Curtain::PlatformKey::close, "close"},
+        {Curtain::PlatformKey::switchOn, "switchOn"},
         {Curtain::PlatformKey::cannotTell, "cannotTell"},
         {Curtain::PlatformKey::privateAppsNotCounted, "privateAppsNotCounted"},
         {Curtain::PlatformKey::somePrivateAppsNotCounted, "somePrivateAppsNotCounted"},

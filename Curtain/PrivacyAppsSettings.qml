@@ -6,7 +6,7 @@ SettingsPage {
 
     required property QtObject model
 
-    readonly property real listTop: (obstacle.visible ? obstacle.height + 10 : 0) + options.height + 10 + segments.height + 8 + (unseen.visible ? unseen.height + 8 : 0) + search.height + 8
+    readonly property real listTop: (obstacle.visible ? obstacle.height + 10 : 0) + (switchOn.visible ? switchOn.height + 10 : 0) + options.height + 10 + segments.height + 8 + (unseen.visible ? unseen.height + 8 : 0) + search.height + 8
 
     WarningCaption {
         id: obstacle
@@ -20,6 +20,21 @@ SettingsPage {
         width: 1
         height: 10
         visible: obstacle.visible
+    }
+    ActionButton {
+        id: switchOn
+        objectName: "switchOn"
+        x: 1 + Theme.rowInset
+        implicitHeight: 28
+        kind: "tonal"
+        visible: page.model.canSwitchExtensionOn
+        text: page.model.texts.switchOn
+        onClicked: page.model.switchExtensionOn()
+    }
+    Item {
+        width: 1
+        height: 10
+        visible: switchOn.visible
     }
     Card {
         id: options

@@ -266,6 +266,11 @@ QString SettingsView::hidingObstacle() const {
     return shownObstacle_ ? toQString(HidingWording::reason(*shownObstacle_, lang_)) : QString();
 }
 
+void SettingsView::switchExtensionOn() {
+    services_.system.switchExtensionOn();
+    askSession();
+}
+
 void SettingsView::askSession() {
     const auto obstacle = services_.system.hidingObstacle();
     const bool isBlind = services_.screenWatcher.isBlind();

@@ -51,6 +51,8 @@ class SettingsView : public QObject {
     Q_PROPERTY(QString shortcutReach READ shortcutReach CONSTANT)
     /// One sentence on why apps cannot be hidden, empty where they can.
     Q_PROPERTY(QString hidingObstacle READ hidingObstacle NOTIFY sessionChanged)
+    /// Whether that is an extension that is off.
+    Q_PROPERTY(bool canSwitchExtensionOn READ canSwitchExtensionOn NOTIFY sessionChanged)
     /// Whether the list of running apps has all that have a window.
     Q_PROPERTY(bool knowsRunningApps READ knowsRunningApps NOTIFY sessionChanged)
     /// The key combinations that go to the tab after, and to the one before.
@@ -111,6 +113,7 @@ public:
     ShortcutField* shortcut() { return &shortcut_; }
     QString shortcutReach() const;
     QString hidingObstacle() const;
+    bool canSwitchExtensionOn() const { return shownObstacle_ == Platform::HidingObstacle::extensionOff; }
     bool knowsRunningApps() const { return isEveryWindowKnown_; }
     QString settingsLoss() const;
     QStringList nextTabKeys() const;
@@ -123,6 +126,7 @@ public:
     Q_INVOKABLE void setSwitch(const QString& key, bool on);
     Q_INVOKABLE void toggleApp(int row) { apps_.toggle(row); }
     Q_INVOKABLE void openFocusSettings();
+    Q_INVOKABLE void switchExtensionOn();
     /// Takes over what has changed elsewhere, when the user returns to the window.
     Q_INVOKABLE void refresh();
     /// Asks the session again what it can do at this moment.

@@ -33,6 +33,9 @@ public:
     virtual int majorVersion() = 0;
     /// Absent only where apps can be hidden.
     virtual std::optional<HidingObstacle> hidingObstacle() = 0;
+    /// Does on the user's word what can be done here about `extensionOff`; nothing about other obstacles. The
+    /// obstacle says what came of it, and is `notKnownYet` until then.
+    virtual void switchExtensionOn() = 0;
 };
 
 } // namespace Platform

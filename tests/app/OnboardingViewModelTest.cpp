@@ -208,7 +208,7 @@ TEST_F(OnboardingViewModelTest, SaysWhatHelpsAgainstIt) {
          "At the login screen, choose a desktop such as Xfce, MATE or LXQt."},
         {HidingObstacle::extensionMissing,
          "Install Curtain from its package, then log out and back in once."},
-        {HidingObstacle::extensionOff, "Switch it on in the Extensions app."},
+        {HidingObstacle::extensionOff, "Switch it on here or in the Extensions app."},
         {HidingObstacle::extensionFails,
          "At the login screen, choose a session marked X11 or Xorg, or a desktop such as Xfce."},
         {HidingObstacle::nextSessionNeeded, ""}};
@@ -220,6 +220,69 @@ TEST_F(OnboardingViewModelTest, SaysWhatHelpsAgainstIt) {
         model->checkCompatibility();
         EXPECT_EQ(model->hidingRemedy().toStdString(), remedy);
     }
+}
+
+TEST_F(OnboardingViewModelTest, SwitchesTheExtensionOnAndLooksAnew) {
+    system.version = 0;
+    system.obstacle = Platform::HidingObstacle::extensionMissing;
+    startAt(OnboardingStep::compatibility());
+    model->windowDidShow();
+    model->checkCompatibility();
+    EXPECT_FALSE(model->canSwitchExtensionOn());
+    system.obstacle = Platform::HidingObstacle::extensionOff;
+    startAt(OnboardingStep::compatibility());
+    model->windowDidShow();
+    model->checkCompatibility();
+    EXPECT_TRUE(model->canSwitchExtensionOn());
+    EXPECT_EQ(system.switchedOn, 0);
+    model->switchExtensionOn();
+    EXPECT_EQ(system.switchedOn, 1);
+    EXPECT_FALSE(model->canSwitchExtensionOn());
+    EXPECT_FALSE(model->isCompatibilityKnown());
+    system.version = 14;
+    system.obstacle.reset();
+    mainQueue.advance(2.0);
+    EXPECT_TRUE(model->isCompatible());
+}
+
+TEST_F(OnboardingViewModelTest, NoticesThatTheExtensionIsSwitchedOnElsewhere) {
+    system.version = 0;
+    system.obstacle = Platform::HidingObstacle::extensionOff;
+    startAt(OnboardingStep::compatibility());
+    model->windowDidShow();
+    mainQueue.advance(5.0);
+    EXPECT_TRUE(model->canSwitchExtensionOn());
+    system.version = 14;
+    system.obstacle.reset();
+    mainQueue.advance(2.0);
+    EXPECT_TRUE(model->isCompatible());
+    EXPECT_FALSE(model->canSwitchExtensionOn());
+}
+
+TEST_F(OnboardingViewModelTest, LooksAnewWhenTheWindowIsBack) {
+    system.version = 0;
+    system.obstacle = Platform::HidingObstacle::extensionOff;
+    startAt(OnboardingStep::compatibility());
+    model->windowDidShow();
+    model->windowWillClose();
+    system.version = 14;
+    system.obstacle.reset();
+    mainQueue.advance(5.0);
+    EXPECT_FALSE(model->isCompatible());
+    model->windowDidShow();
+    EXPECT_TRUE(model->isCompatible());
+}
+
+TEST_F(OnboardingViewModelTest, SaysThatTheExtensionIsStillOff) {
+    system.version = 0;
+    system.obstacle = system.obstacleOnceSwitchedOn = Platform::HidingObstacle::extensionOff;
+    startAt(OnboardingStep::compatibility());
+    model->windowDidShow();
+    model->checkCompatibility();
+    model->switchExtensionOn();
+    EXPECT_TRUE(model->isCompatibilityKnown());
+    EXPECT_FALSE(model->isCompatible());
+    EXPECT_TRUE(model->canSwitchExtensionOn());
 }
 
 TEST_F(OnboardingViewModelTest, WaitsForASessionThatHasNotAnsweredYet) {

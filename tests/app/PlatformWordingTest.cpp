@@ -217,7 +217,7 @@ TEST(PlatformWording, TheEnglishTextsOfItsOwn) {
             "Start a window manager, or choose a complete desktop at the login screen.",
             "At the login screen, choose a desktop such as Xfce, MATE or LXQt.",
             "Install Curtain from its package, then log out and back in once.",
-            "Switch it on in the Extensions app.",
+            "Switch it on here or in the Extensions app.",
             "Curtain can't tell whether your private apps can be seen.",
             "This session doesn't tell of every running app; find the others among the installed ones.",
             "No matching settings page was found. Look in your desktop's menus or panel.",
@@ -235,8 +235,9 @@ TEST(PlatformWording, TheEnglishTextsOfItsOwn) {
             "The camera is not plugged in any more.", "Another program is using the camera.",
             "The camera doesn't start. Another program may be using it.",
             "The camera sends no picture. Curtain keeps trying.", "Mirror picture", "More options",
-            "Clear search", "Your settings could not be read", "No app was hidden", "Close", "Can't tell",
-            "Private apps not counted", "Some private apps not counted", "Privacy mode has no effect"));
+            "Clear search", "Your settings could not be read", "No app was hidden", "Close", "Switch on",
+            "Can't tell", "Private apps not counted", "Some private apps not counted",
+            "Privacy mode has no effect"));
 }
 
 TEST(PlatformWording, AnUnknownLanguageReadsEnglish) {

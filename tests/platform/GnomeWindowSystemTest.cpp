@@ -206,6 +206,17 @@ TEST_F(GnomeWindowSystemTest, AsksAgainWhereAnAnswerWasLost) {
     EXPECT_TRUE(system->exists(window));
 }
 
+TEST_F(GnomeWindowSystemTest, SwitchesTheExtensionOn) {
+    ASSERT_TRUE(comesTo(HidingObstacle::nextSessionNeeded));
+    system->switchExtensionOn();
+    EXPECT_EQ(system->hidingObstacle(), HidingObstacle::nextSessionNeeded);
+    shell.setExtension(GnomeShellStandIn::off);
+    ASSERT_TRUE(comesTo(HidingObstacle::extensionOff));
+    system->switchExtensionOn();
+    EXPECT_EQ(system->hidingObstacle(), HidingObstacle::notKnownYet);
+    EXPECT_TRUE(comesTo(std::nullopt));
+}
+
 TEST_F(GnomeWindowSystemTest, AnotherVersionIsLoadedWithTheNextSession) {
     shell.setExtension(GnomeShellStandIn::on);
     ASSERT_TRUE(comesTo(std::nullopt));

@@ -108,6 +108,8 @@ TEST_F(LinuxWorkspaceTest, InterfaceLevelSaysWhetherWindowsCanBeHiddenNow) {
     windows.obstacle = Platform::HidingObstacle::nextSessionNeeded;
     EXPECT_EQ(level.majorVersion(), 0);
     EXPECT_EQ(level.hidingObstacle(), Platform::HidingObstacle::nextSessionNeeded);
+    level.switchExtensionOn();
+    EXPECT_TRUE(windows.wasSwitchedOn);
     windows.obstacle.reset();
     EXPECT_EQ(level.majorVersion(), 14);
 }

@@ -19,6 +19,7 @@ public:
     std::vector<LinuxPlatform::Window> list;
     bool takesEffect = true;
     std::optional<Platform::HidingObstacle> obstacle;
+    bool wasSwitchedOn = false;
     bool everyWindowIsKnown = true;
     /// Exist, but no window manager has them in its list.
     std::vector<WindowId> unmanaged;
@@ -51,6 +52,7 @@ public:
     void send(LinuxPlatform::WindowEvent event, WindowId id) { handlers_.tell(event, at(id)); }
 
     std::optional<Platform::HidingObstacle> hidingObstacle() override { return obstacle; }
+    void switchExtensionOn() override { wasSwitchedOn = true; }
     bool knowsEveryWindow() override { return everyWindowIsKnown; }
     std::uint64_t generation() override { return generation_; }
     const std::vector<LinuxPlatform::Window>& windows() override { return list; }

@@ -7,6 +7,7 @@ const EXTENSION_ON = 1, EXTENSION_OFF = 2;
 const CONTROL = `<node>
 <interface name="org.gnome.Shell.Extensions">
   <method name="GetExtensionInfo"><arg type="s" direction="in"/><arg type="a{sv}" direction="out"/></method>
+  <method name="EnableExtension"><arg type="s" direction="in"/><arg type="b" direction="out"/></method>
   <signal name="ExtensionStateChanged"><arg type="s"/><arg type="a{sv}"/></signal>
 </interface>
 <interface name="com.curtain.Test.Shell">
@@ -183,6 +184,13 @@ class Control {
 
     GetExtensionInfo() {
         return this._information();
+    }
+
+    EnableExtension(uuid) {
+        const isKnown = uuid === 'curtain@com.curtain.Curtain' && this._state !== 0;
+        if (isKnown)
+            this.SetExtension(EXTENSION_ON);
+        return isKnown;
     }
 
     _information() {

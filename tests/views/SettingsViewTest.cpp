@@ -245,6 +245,22 @@ TEST_F(SettingsViewTest, FollowsWhatTheSessionAnswers) {
     EXPECT_TRUE(ShownView::waitFor([&] { return view.find("shareDetectionUnknown") == nullptr; }));
 }
 
+TEST_F(SettingsViewTest, SwitchesTheExtensionOnInEveryLanguage) {
+    for (const auto& language : languages()) {
+        SCOPED_TRACE(language);
+        speak(language);
+        platform.systemVersion.obstacle = Platform::HidingObstacle::extensionOff;
+        auto view = show();
+        view.click("tabApps");
+        EXPECT_THAT(view.problems(CurtainCore::Localizer::isRightToLeft(language)), IsEmpty());
+        view.picture("settings-extension-off-" + language);
+        platform.systemVersion.switchedOn = 0;
+        view.click("switchOn");
+        EXPECT_EQ(platform.systemVersion.switchedOn, 1);
+        EXPECT_EQ(view.find("switchOn"), nullptr);
+    }
+}
+
 TEST_F(SettingsViewTest, SaysNothingOfWhatWorks) {
     auto view = show();
     EXPECT_EQ(view.find("noGlobalShortcuts"), nullptr);

@@ -291,6 +291,22 @@ TEST_F(Wizard, ASessionThatHasNotAnsweredIsWaitedFor) {
     EXPECT_TRUE(view.find("goOn")->hasActiveFocus());
 }
 
+TEST_F(Wizard, OneClickSwitchesTheExtensionOn) {
+    system.version = 0;
+    system.obstacle = Platform::HidingObstacle::extensionOff;
+    auto view = show(OnboardingStep::compatibility());
+    EXPECT_TRUE(view.find("switchOn")->hasActiveFocus());
+    view.click("switchOn");
+    EXPECT_EQ(system.switchedOn, 1);
+    EXPECT_EQ(view.find("switchOn"), nullptr);
+    EXPECT_NE(view.find("spinner"), nullptr);
+    system.version = 14;
+    system.obstacle.reset();
+    mainQueue.advance(0.25);
+    view.settle();
+    EXPECT_TRUE(view.find("goOn")->hasActiveFocus());
+}
+
 TEST_F(Wizard, AnUnsupportedSessionLeadsNowhereAndSaysWhy) {
     auto view = show(looks().at(4), "en");
     EXPECT_THAT(view.texts(),

@@ -18,6 +18,7 @@ public:
           standIn_(std::move(standIn)) {}
 
     std::optional<Platform::HidingObstacle> hidingObstacle() override { return windows_->hidingObstacle(); }
+    void switchExtensionOn() override { windows_->switchExtensionOn(); }
     bool knowsEveryWindow() override { return windows_->knowsEveryWindow(); }
     std::uint64_t generation() override {
         const auto own = std::pair(windows_->generation(), standIn_->generation());

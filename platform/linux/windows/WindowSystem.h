@@ -45,6 +45,8 @@ public:
 
     /// Why windows cannot be hidden at this moment; absent where they can.
     virtual std::optional<Platform::HidingObstacle> hidingObstacle() = 0;
+    /// As `Platform::SystemVersion::switchExtensionOn`; for sessions that have such an extension.
+    virtual void switchExtensionOn() {}
     /// Whether `windows` leaves none of the session's windows out. Where it may, an app that has none in the
     /// list may be in full view all the same.
     virtual bool knowsEveryWindow() = 0;

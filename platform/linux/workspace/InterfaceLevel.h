@@ -18,6 +18,7 @@ public:
     std::optional<Platform::HidingObstacle> hidingObstacle() override {
         return windowSystem_.hidingObstacle();
     }
+    void switchExtensionOn() override { windowSystem_.switchExtensionOn(); }
 
 private:
     WindowSystem& windowSystem_;

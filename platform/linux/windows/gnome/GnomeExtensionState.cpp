@@ -65,6 +65,21 @@ void GnomeExtensionState::ask() {
     });
 }
 
+void GnomeExtensionState::switchOn() {
+    if (state_ != State::off) {
+        return;
+    }
+    auto request = QDBusMessage::createMethodCall(shell_.owner(), shellPath, extensionsInterface,
+                                                  QStringLiteral("EnableExtension"));
+    request.setArguments({extensionUuid});
+    settle(State::notKnownYet);
+    answer_ = std::make_unique<QDBusPendingCallWatcher>(bus_.asyncCall(request));
+    QObject::connect(
+        answer_.get(), &QDBusPendingCallWatcher::finished, answer_.get(), [this] { ask(); },
+        // What it answers to may take its place.
+        Qt::QueuedConnection);
+}
+
 void GnomeExtensionState::settle(State state) {
     if (std::exchange(state_, state) != state) {
         onChange_();

@@ -30,6 +30,8 @@ public:
     GnomeExtensionState(const QDBusConnection& bus, std::function<void()> onChange);
 
     State state() const { return state_; }
+    /// Has the shell switch it on, now and in later sessions, if it is off.
+    void switchOn();
 
 private:
     void ask();

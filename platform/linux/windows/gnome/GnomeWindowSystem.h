@@ -28,6 +28,7 @@ public:
                       std::function<bool()> isInstalled);
 
     std::optional<Platform::HidingObstacle> hidingObstacle() override;
+    void switchExtensionOn() override { extension_.switchOn(); }
     bool knowsEveryWindow() override { return isUp(); }
     std::uint64_t generation() override { return generation_; }
     const std::vector<Window>& windows() override;
