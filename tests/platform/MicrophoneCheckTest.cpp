@@ -1,5 +1,6 @@
 #include "tests/platform/MicrophoneCheck.h"
 #include "tests/support/FileSizeLimit.h"
+#include "tests/support/ScriptedHeadset.h"
 
 #include <sndfile.h>
 
@@ -131,6 +132,26 @@ TEST_F(HeadsetTest, IsNotSwitchedForTheMeter) {
     EXPECT_EQ(SoundWorld::ourRecordings(), 1);
     EXPECT_EQ(events.endedRecordings(), 0) << "There was never a stream from the headset.";
     EXPECT_THAT(monitor->deviceName(), testing::HasSubstr("icrophone"));
+}
+
+TEST_F(HeadsetTest, IsSwitchedForACallAndNotForTheMeter) {
+    using TestSupport::ScriptedHeadset;
+    const ScriptedHeadset headset;
+    ASSERT_TRUE(eventually([&] { return headset.id() != ScriptedHeadset::none; }));
+    sound.addHeadset(headset.id());
+    sound.feed(tone(440, 0.5, 60));
+    startMetering();
+    EXPECT_TRUE(levelBecomes(1, 1));
+    EXPECT_THAT(monitor->deviceName(), testing::HasSubstr("icrophone"));
+    // The session manager thinks for half a second.
+    EXPECT_FALSE(TestSupport::spinUntil([&] { return headset.switches() > 0; }, std::chrono::seconds(1)));
+
+    const TestSupport::ChildProcess call({"pw-record", "--media-role=Communication",
+                                          "--target=bluez_input.scripted", folder.path() / "call.wav"});
+    ASSERT_TRUE(eventually([&] { return headset.profile() == ScriptedHeadset::call; }));
+    EXPECT_EQ(headset.switches(), 1);
+    EXPECT_TRUE(eventually([&] { return monitor->deviceName() == "Headset"; })) << "what the call hears";
+    EXPECT_TRUE(levelBecomes(0, 0));
 }
 
 TEST_F(MicrophoneCheckTest, AStreamThatIsGivenUpWhileTheServerMakesItDoesNotStay) {

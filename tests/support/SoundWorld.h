@@ -8,6 +8,7 @@
 #include <cmath>
 #include <csignal>
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -122,6 +123,7 @@ public:
             plugIn();
         }
         makeDefault("microphone");
+        outputOf("pactl set-default-sink speakers");
         outputOf("pactl set-source-mute microphone 0; pactl set-source-volume microphone 100%");
     }
     SoundWorld(const SoundWorld&) = delete;
@@ -176,6 +178,18 @@ public:
         load("module-null-sink media.class=Audio/Source/Virtual sink_name=" + name +
              " sink_properties=bluez5.loopback=true");
         waitUntil([&] { return hasSource(name); });
+    }
+
+    /// Both ends of the headset with this card of PipeWire's, and makes them the default ones.
+    void addHeadset(std::uint32_t card) {
+        const auto ofCard = "device.id=" + std::to_string(card);
+        load("module-null-sink media.class=Audio/Source/Virtual sink_name=bluez_input.scripted "
+             "sink_properties='device.description=Headset bluez5.loopback=true " +
+             ofCard + "'");
+        load("module-null-sink sink_name=bluez_output.scripted sink_properties=" + ofCard);
+        waitUntil([] { return hasSource("bluez_output.scripted.monitor"); });
+        outputOf("pactl set-default-sink bluez_output.scripted");
+        makeDefault("bluez_input.scripted");
     }
 
     /// Silent microphones "extra0", "extra1" …; as many as this server takes, and at most 200.
