@@ -1,4 +1,5 @@
 #include "Curtain/AppDelegate.h"
+#include "Usage.h"
 #include "platform/linux/Diagnosis.h"
 #include "platform/linux/LinuxPlatform.h"
 #include "platform/linux/session/ApplicationBus.h"
@@ -38,13 +39,7 @@ int answerOption(int argumentCount, char** arguments) {
         return EXIT_SUCCESS;
     }
     if (isAlone && option == "--help") {
-        printLine("usage: curtain [--diagnose | --help | --version]\n"
-                  "Gets you ready for a video call and keeps private things off a shared screen. Without an "
-                  "option it\n"
-                  "puts an icon into the tray; a second start opens its window.\n"
-                  "  --diagnose  print what a report about a fault needs to say of this session\n"
-                  "  --help      print this\n"
-                  "  --version   print the version");
+        std::fputs(usageText, stdout);
         return EXIT_SUCCESS;
     }
     if (isAlone && option == "--diagnose") {

@@ -9,6 +9,7 @@ import re
 import shlex
 import subprocess
 import unittest
+import xml.etree.ElementTree as xml
 from pathlib import Path
 
 from desktop_case import DesktopCase, wait_until
@@ -75,6 +76,23 @@ class ActivationTest(DesktopCase):
         wait_until(lambda: not self.process() and not Path(f"/proc/{process}/exe").exists(), "Curtain has ended")
         # What the bus has started writes to its standard error.
         self.assertEqual([line for line in self.bus.complaints().splitlines() if not line.startswith("dbus-daemon[")], [])
+
+    def test_offers_what_the_installed_description_of_its_interfaces_says(self):
+        def described(text):
+            """Each method and signal with its arguments, without the interfaces that every object has."""
+            return {(interface.get("name"), member.tag, member.get("name")):
+                    [(arg.get("name"), arg.get("type"), arg.get("direction", "in")) for arg in member.iter("arg")]
+                    for interface in xml.fromstring(text).iter("interface") for member in interface
+                    if not interface.get("name").startswith("org.freedesktop.DBus.")}
+
+        installed = (self.prefix / f"share/dbus-1/interfaces/{IDENTIFIER}.xml").read_text()
+        offered = subprocess.run(["gdbus", "introspect", "--session", "--xml", "--dest", IDENTIFIER, "--object-path",
+                                  xml.fromstring(installed).get("name")], env=os.environ | self.environment, check=True, text=True,
+                                 timeout=30, stdout=subprocess.PIPE).stdout
+        self.assertTrue(described(installed))
+        self.assertEqual(described(offered), described(installed))
+        wait_until(self.desktop.tray_icon, "the icon is in the tray")
+        self.assert_runs_and_quits()
 
     def test_an_action_starts_it(self):
         self.run_command("settings")

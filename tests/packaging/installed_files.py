@@ -1,15 +1,22 @@
 """What an installation consists of, below its prefix."""
 
 ICONS = "share/icons/hicolor"
+ZSH_COMPLETIONS = "share/zsh/site-functions/_curtain"
 GNOME_EXTENSION = "share/gnome-shell/extensions/curtain@com.curtain.Curtain"
+ICON_SIZES = (16, 22, 24, 32, 48, 64, 128, 256)
 INSTALLED_FILES = {
     "bin/curtain",
+    "lib/systemd/user/curtain.service",
+    ZSH_COMPLETIONS,
     "share/applications/com.curtain.Curtain.desktop",
+    "share/bash-completion/completions/curtain",
+    "share/dbus-1/interfaces/com.curtain.Curtain.xml",
     "share/dbus-1/services/com.curtain.Curtain.service",
-    f"{ICONS}/16x16/apps/com.curtain.Curtain.svg",
-    f"{ICONS}/22x22/apps/com.curtain.Curtain.svg",
+    "share/fish/vendor_completions.d/curtain.fish",
+    *(f"{ICONS}/{size}x{size}/apps/com.curtain.Curtain.png" for size in ICON_SIZES),
     f"{ICONS}/scalable/apps/com.curtain.Curtain.svg",
     f"{ICONS}/symbolic/apps/com.curtain.Curtain-alert-symbolic.svg",
+    f"{ICONS}/symbolic/apps/com.curtain.Curtain-alert-symbolic-rtl.svg",
     f"{ICONS}/symbolic/apps/com.curtain.Curtain-close-symbolic.svg",
     f"{ICONS}/symbolic/apps/com.curtain.Curtain-open-symbolic.svg",
     f"{ICONS}/symbolic/apps/com.curtain.Curtain-symbolic.svg",

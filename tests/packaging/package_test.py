@@ -2,7 +2,7 @@
 
 usage: package_test.py FOLDER [unittest options]
 
-FOLDER holds the package. VERSION in the environment is Curtain's version.
+FOLDER holds the package. BUILD in the environment is the build's folder and VERSION Curtain's version.
 """
 
 import gzip
@@ -19,7 +19,7 @@ from pathlib import Path
 from installed_files import INSTALLED_FILES, files_below
 
 FOLDER = None  # main() fills it in
-VERSION = os.environ["VERSION"]
+BUILD, VERSION = Path(os.environ["BUILD"]), os.environ["VERSION"]
 SOURCE = Path(__file__).resolve().parents[2]
 COMPRESSED = {"share/man/man1/curtain.1", "share/doc/curtain/changelog"}
 
@@ -121,7 +121,7 @@ class PackageTest(unittest.TestCase):
             with self.subTest(name):
                 data = (self.root / f"usr/{name}.gz").read_bytes()
                 self.assertEqual((data[3], data[4:8]), (0, bytes(4)))
-                original = SOURCE / "packaging" / ("debian/changelog" if name.endswith("changelog") else "curtain.1")
+                original = SOURCE / "packaging/debian/changelog" if name.endswith("changelog") else BUILD / "packaging/curtain.1"
                 self.assertEqual(gzip.decompress(data), original.read_bytes())
 
     def test_names_the_program_where_it_will_be(self):

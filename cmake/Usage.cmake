@@ -1,0 +1,12 @@
+# The FORM once for each option in what --help prints, with its name in the place of %1 and its text in that of %2.
+function(options_as form usage variable)
+    set(result "")
+    string(REGEX MATCHALL "\n  --[a-z]+ [^\n]+" lines "${usage}")
+    foreach(line IN LISTS lines)
+        string(REGEX MATCH "--([a-z]+) +(.*)" line "${line}")
+        string(REPLACE "%1" "${CMAKE_MATCH_1}" option "${form}")
+        string(REPLACE "%2" "${CMAKE_MATCH_2}" option "${option}")
+        string(APPEND result "${option}")
+    endforeach()
+    set(${variable} "${result}" PARENT_SCOPE)
+endfunction()
