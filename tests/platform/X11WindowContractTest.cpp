@@ -1,11 +1,13 @@
 #include "tests/platform/X11WindowFixture.h"
 #include "tests/support/WindowFocusContract.h"
+#include "tests/support/WindowOrderContract.h"
 #include "tests/support/WindowSystemContract.h"
 
 #include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include <unistd.h>
 
@@ -42,11 +44,32 @@ public:
     int workspace() const { return static_cast<int>(x11_.currentDesktop().value_or(99)); }
     void goToWorkspace(int number) { x11_.goToDesktop(static_cast<std::uint32_t>(number)); }
 
+    std::vector<LinuxPlatform::WindowId> stackingOrder() const {
+        std::vector<LinuxPlatform::WindowId> order;
+        for (const auto top : x11_.client.children(x11_.client.root())) {
+            appendWindowsIn(top, order);
+        }
+        return order;
+    }
+
+    void keepAbove(LinuxPlatform::WindowId window) { x11_.setState(xcb(window), "_NET_WM_STATE_ABOVE"); }
+
     void makeFullscreen(LinuxPlatform::WindowId window) { x11_.setState(xcb(window), fullscreen); }
     bool isFullscreen(LinuxPlatform::WindowId window) const { return x11_.hasState(xcb(window), fullscreen); }
 
 private:
     static constexpr const char* fullscreen = "_NET_WM_STATE_FULLSCREEN";
+
+    /// Window managers put frames around windows.
+    void appendWindowsIn(xcb_window_t window, std::vector<LinuxPlatform::WindowId>& order) const {
+        if (x11_.client.owns(window)) {
+            order.push_back(window);
+            return;
+        }
+        for (const auto child : x11_.client.children(window)) {
+            appendWindowsIn(child, order);
+        }
+    }
 
     static xcb_window_t xcb(LinuxPlatform::WindowId window) { return static_cast<xcb_window_t>(window); }
 
@@ -55,6 +78,7 @@ private:
 
 INSTANTIATE_TYPED_TEST_SUITE_P(X11, WindowSystemContract, X11ContractWorld);
 INSTANTIATE_TYPED_TEST_SUITE_P(X11, WindowFocusContract, X11ContractWorld);
+INSTANTIATE_TYPED_TEST_SUITE_P(X11, WindowOrderContract, X11ContractWorld);
 
 } // namespace
 } // namespace TestSupport

@@ -114,6 +114,23 @@ public:
     /// Whether it and all that it stands in are mapped.
     bool isViewable(xcb_window_t window) const { return mapState(window) == XCB_MAP_STATE_VIEWABLE; }
 
+    /// Bottom to top.
+    std::vector<xcb_window_t> children(xcb_window_t window) const {
+        const LinuxPlatform::XcbPointer<xcb_query_tree_reply_t> reply(
+            xcb_query_tree_reply(get(), xcb_query_tree(get(), window), nullptr));
+        if (!reply) {
+            return {};
+        }
+        const auto* const first = xcb_query_tree_children(reply.get());
+        return {first, first + xcb_query_tree_children_length(reply.get())};
+    }
+
+    /// Whether this program made it.
+    bool owns(xcb_window_t window) const {
+        const auto* const setup = xcb_get_setup(get());
+        return (window & ~setup->resource_id_mask) == setup->resource_id_base;
+    }
+
     xcb_window_t activeWindow() const {
         const auto list = numbers(root(), "_NET_ACTIVE_WINDOW");
         return list.empty() ? xcb_window_t{XCB_WINDOW_NONE} : list.front();

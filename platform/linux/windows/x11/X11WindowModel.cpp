@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <set>
+#include <span>
 #include <string_view>
 #include <tuple>
 #include <utility>
@@ -26,7 +27,6 @@ constexpr std::uint32_t motifMinimize = 1U << 3U;
 /// In the order of `X11WindowModel::Atom`.
 constexpr std::array<std::string_view, X11WindowModel::atomCount> atomNames{
     "_NET_CLIENT_LIST",
-    "_NET_CLIENT_LIST_STACKING",
     "_NET_ACTIVE_WINDOW",
     "_NET_CURRENT_DESKTOP",
     "_NET_SUPPORTING_WM_CHECK",
@@ -53,6 +53,8 @@ constexpr std::array<std::string_view, X11WindowModel::atomCount> atomNames{
     "_GTK_APPLICATION_ID",
     "WM_CHANGE_STATE",
     "_NET_WM_STATE_STICKY",
+    "_NET_WM_STATE_ABOVE",
+    "_NET_WM_STATE_BELOW",
     "_NET_RESTACK_WINDOW",
 };
 
@@ -210,6 +212,7 @@ X11WindowModel::Changes X11WindowModel::update() {
         readStaleWindows(changes);
     }
     std::erase_if(changes.opened, [this](auto window) { return find(window) == nullptr; });
+    changes.closed = std::exchange(closed_, {});
     return std::exchange(isFirstUpdate_, false) ? Changes{} : changes;
 }
 
@@ -239,7 +242,44 @@ bool X11WindowModel::isExpectedHidden(xcb_window_t window) const {
 }
 
 std::vector<xcb_window_t> X11WindowModel::stackingOrder() {
-    return receiveNumbers(requestNumbers(connection_.root(), netClientListStacking));
+    const auto rootRequest = xcb_query_tree(connection_.get(), connection_.root());
+    const auto frames = framesOf(clientList_);
+    const auto root = connection_.reply<xcb_query_tree_reply>(rootRequest);
+    if (!root) {
+        return {};
+    }
+    const std::span tops(xcb_query_tree_children(root.get()),
+                         static_cast<std::size_t>(xcb_query_tree_children_length(root.get())));
+    std::vector<xcb_window_t> order;
+    for (const auto top : tops) {
+        if (const auto frame = frames.find(top); frame != frames.end()) {
+            order.push_back(frame->second);
+        }
+    }
+    return order;
+}
+
+std::map<xcb_window_t, xcb_window_t> X11WindowModel::framesOf(const std::vector<xcb_window_t>& windows) {
+    std::map<xcb_window_t, xcb_window_t> frames;
+    std::map<xcb_window_t, xcb_window_t> inside;
+    for (const auto window : windows) {
+        inside.emplace(window, window);
+    }
+    while (!inside.empty()) {
+        std::vector<std::pair<std::pair<xcb_window_t, xcb_window_t>, xcb_query_tree_cookie_t>> requests;
+        for (const auto& one : inside) {
+            requests.emplace_back(one, xcb_query_tree(connection_.get(), one.first));
+        }
+        inside.clear();
+        for (const auto& [one, request] : requests) {
+            const auto tree = connection_.reply<xcb_query_tree_reply>(request);
+            const bool isOutermost = tree && tree->parent == tree->root;
+            if (tree) {
+                (isOutermost ? frames : inside).emplace(isOutermost ? one.first : tree->parent, one.second);
+            }
+        }
+    }
+    return frames;
 }
 
 std::optional<std::uint32_t> X11WindowModel::currentDesktop() {
@@ -382,6 +422,7 @@ void X11WindowModel::windowDestroyed(xcb_window_t window) {
         onChanged_();
     } else if (entries_.erase(window) > 0) {
         std::erase(clientList_, window);
+        closed_.push_back(window);
         ++generation_;
         onChanged_();
     }
@@ -474,6 +515,7 @@ void X11WindowModel::readStaleWindows(Changes& changes) {
         const auto before = entry.window;
         if (!reading.finish(entry)) {
             std::erase(clientList_, reading.window());
+            closed_.push_back(reading.window());
             entries_.erase(reading.window());
             continue;
         }
@@ -513,6 +555,20 @@ void X11WindowModel::compare(const X11Window& before, const X11Window& now, Chan
 
 bool X11WindowModel::hasState(const X11Window& window, Atom state) const {
     return std::ranges::find(window.state, atom(state)) != window.state.end();
+}
+
+bool X11WindowModel::isOfType(const X11Window& window, Atom type) const {
+    return std::ranges::find(window.type, atom(type)) != window.type.end();
+}
+
+bool X11WindowModel::isAppWindow(const X11Window& window) const {
+    return window.isManaged && !isOfType(window, netWmWindowTypeDesktop) &&
+           !isOfType(window, netWmWindowTypeDock);
+}
+
+bool X11WindowModel::isOnDesktop(const X11Window& window, std::optional<std::uint32_t> desktop) const {
+    const auto own = desktopOf(window);
+    return !desktop || !own || own == desktop || own == onAllDesktops;
 }
 
 bool X11WindowModel::mayBeMinimized(const X11Window& window) const {

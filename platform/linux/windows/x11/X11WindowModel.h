@@ -60,13 +60,16 @@ public:
         /// Windows that were hidden, or asked to be, and are to be seen again or still.
         std::vector<xcb_window_t> returned;
         std::optional<xcb_window_t> activated;
+        /// Another window may have the identifier already.
+        std::vector<xcb_window_t> closed;
 
-        bool empty() const { return opened.empty() && identified.empty() && returned.empty() && !activated; }
+        bool hasNews() const {
+            return !opened.empty() || !identified.empty() || !returned.empty() || activated;
+        }
     };
 
     enum Atom : std::size_t {
         netClientList,
-        netClientListStacking,
         netActiveWindow,
         netCurrentDesktop,
         netSupportingWmCheck,
@@ -93,6 +96,8 @@ public:
         gtkApplicationId,
         wmChangeState,
         netWmStateSticky,
+        netWmStateAbove,
+        netWmStateBelow,
         netRestackWindow,
         atomCount
     };
@@ -130,6 +135,9 @@ public:
     /// Null when there is no such window; valid until the next `update`.
     const X11Window* find(xcb_window_t window) const;
     bool hasState(const X11Window& window, Atom state) const;
+    bool isOfType(const X11Window& window, Atom type) const;
+    /// Neither a panel nor the desktop itself.
+    bool isAppWindow(const X11Window& window) const;
     /// As the window manager says, unless the window can be seen to be there. A window that can be seen is
     /// not enough: some window managers leave hidden windows mapped.
     bool isHidden(const X11Window& window) const {
@@ -140,6 +148,8 @@ public:
     std::optional<std::uint32_t> desktopOf(const X11Window& window) const {
         return hasState(window, netWmStateSticky) ? onAllDesktops : window.desktop;
     }
+    /// Whether it is seen on that workspace, as far as the window manager says anything.
+    bool isOnDesktop(const X11Window& window, std::optional<std::uint32_t> desktop) const;
     /// Whether its program and the window manager let it be minimized, as far as they say anything.
     bool mayBeMinimized(const X11Window& window) const;
     /// To be called when a window is asked to hide. It may be back before its hiding is noticed.
@@ -149,7 +159,7 @@ public:
     /// To be called when it has not been hidden for so long that it will not be.
     void expectNoMore(xcb_window_t window);
 
-    /// Bottom to top; asks the server.
+    /// The managed windows, bottom to top; asks the server. Some window managers are late to write it down.
     std::vector<xcb_window_t> stackingOrder();
     /// Asks the server.
     std::optional<std::uint32_t> currentDesktop();
@@ -206,6 +216,8 @@ private:
     bool isBackUnseen(const Entry& entry, const X11Window& before) const;
     bool isRolledUp(Entry& entry);
     xcb_window_t outermostWindow(xcb_window_t window);
+    /// What the window manager put around each of them, as keys.
+    std::map<xcb_window_t, xcb_window_t> framesOf(const std::vector<xcb_window_t>& windows);
     Entry* entryWithFrame(xcb_window_t frame);
     void frameChanged(xcb_window_t window);
 
@@ -240,6 +252,8 @@ private:
     /// As of its last reading; 0 where it was not in the list of windows then.
     std::uint64_t activeWindowBirth_ = 0;
     std::map<xcb_window_t, Entry> entries_;
+    /// Since the last `update`.
+    std::vector<xcb_window_t> closed_;
     Platform::Subscription eventHandler_;
 };
 

@@ -8,9 +8,6 @@ namespace LinuxPlatform {
 namespace {
 
 constexpr std::uint32_t removeState = 0;
-/// A request in the user's name, which focus stealing prevention lets through.
-constexpr std::uint32_t sourcePager = 2;
-
 /// Window managers answer within a few milliseconds. One that has not brought back a single window by now,
 /// and does not tell that it is busy, does not know the request.
 constexpr Platform::MainQueue::Seconds quietTime{0.15};
@@ -31,7 +28,13 @@ X11WindowRestorer::X11WindowRestorer(X11Connection& connection, X11WindowModel& 
       model_(model),
       queue_(queue),
       look_(std::move(look)),
-      echo_(connection) {}
+      echo_(connection),
+      order_(connection, model) {}
+
+void X11WindowRestorer::remember(std::span<const WindowId> windows) {
+    order_.remember(windows, returning_);
+    cancel(windows);
+}
 
 void X11WindowRestorer::restore(std::span<const WindowId> windows) {
     for (const auto window : windows) {
@@ -41,6 +44,9 @@ void X11WindowRestorer::restore(std::span<const WindowId> windows) {
         const auto* const found = model_.find(xcbWindow(window));
         if (found != nullptr) {
             targets_[window] = {Request::state, model_.desktopOf(*found)};
+            if (isAwayOrLeaving(*found)) {
+                returning_.insert(window);
+            }
         }
     }
     connection_.flush();
@@ -50,7 +56,13 @@ void X11WindowRestorer::restore(std::span<const WindowId> windows) {
 void X11WindowRestorer::cancel(std::span<const WindowId> windows) {
     for (const auto window : windows) {
         targets_.erase(window);
+        returning_.erase(window);
     }
+}
+
+void X11WindowRestorer::forget(std::span<const xcb_window_t> closed) {
+    cancel(std::vector<WindowId>(closed.begin(), closed.end()));
+    order_.forget(closed);
 }
 
 void X11WindowRestorer::whenDone(Platform::MainQueue::Task task) {
@@ -63,9 +75,9 @@ void X11WindowRestorer::noteChanges() {
     if (isAnswered_) {
         askForMore(false);
     }
-    // Where windows were asked to map, the order is known only when the manager has come to all of it.
-    const bool isSomethingLeftToDo = !order_.empty() || !whenDone_.empty();
-    if (isSomethingLeftToDo && targets_.empty() && (order_.empty() || isAnswered_)) {
+    // The order is known only when the manager has come to all that it was asked.
+    const bool isSomethingLeftToDo = !returning_.empty() || !whenDone_.empty();
+    if (isSomethingLeftToDo && targets_.empty() && (returning_.empty() || isAnswered_)) {
         finish();
     }
 }
@@ -159,14 +171,8 @@ std::vector<xcb_window_t> X11WindowRestorer::stillAway(Request lastRequest) {
             windows.push_back(found->id);
         }
     }
-    if (windows.empty()) {
-        return {};
-    }
-    const auto order = model_.stackingOrder();
-    std::ranges::stable_sort(
-        windows, {}, [&](xcb_window_t window) { return std::ranges::find(order, window) - order.begin(); });
-    if (order_.empty()) {
-        order_ = order;
+    if (!windows.empty()) {
+        order_.sort(windows);
     }
     return windows;
 }
@@ -225,23 +231,23 @@ void X11WindowRestorer::askToActivate(const std::vector<xcb_window_t>& windows) 
         connection_.sendToWindowManager(connection_.root(), model_.atom(X11WindowModel::netCurrentDesktop),
                                         std::array{*currentDesktop, time});
     }
-    if (focused && !isAwayOrLeaving(*focused) && std::ranges::find(windows, *focused) == windows.end()) {
+    const auto* const focusedWindow = focused ? model_.find(*focused) : nullptr;
+    if (focusedWindow != nullptr && !isAwayOrLeaving(*focusedWindow) &&
+        std::ranges::find(windows, *focused) == windows.end()) {
         askForFocus(*focused, time);
     }
     connection_.flush();
     scheduleWatch();
 }
 
-bool X11WindowRestorer::isAwayOrLeaving(xcb_window_t window) const {
-    const auto* const found = model_.find(window);
-    return found != nullptr && (model_.isHidden(*found) || model_.isExpectedHidden(window));
+bool X11WindowRestorer::isAwayOrLeaving(const X11Window& window) const {
+    return model_.isHidden(window) || model_.isExpectedHidden(window.id);
 }
 
 void X11WindowRestorer::visit(xcb_window_t window, Request request,
                               std::optional<std::uint32_t> currentDesktop, const std::function<void()>& ask) {
     auto& target = targets_.at(window);
     target.request = request;
-    visitors_.insert(window);
     const bool isElsewhere = currentDesktop && target.desktop && target.desktop != currentDesktop;
     if (isElsewhere && target.desktop != onAllDesktops) {
         askForDesktop(window, *currentDesktop);
@@ -262,35 +268,20 @@ void X11WindowRestorer::askForFocus(xcb_window_t window, xcb_timestamp_t time) {
                                     std::array{sourcePager, time});
 }
 
-void X11WindowRestorer::restoreOrder() {
-    if (order_.empty() || !model_.canRestack()) {
-        return;
-    }
-    const auto now = model_.stackingOrder();
-    const auto isStill = [](const std::vector<xcb_window_t>& order) {
-        return [&](xcb_window_t window) { return std::ranges::find(order, window) != order.end(); };
-    };
-    std::erase_if(order_, std::not_fn(isStill(now)));
-    std::vector<xcb_window_t> present;
-    std::ranges::copy_if(now, std::back_inserter(present), isStill(order_));
-    if (present == order_) {
-        return;
-    }
-    // From the top, so that the neighbour above is in its place already.
-    for (std::size_t index = order_.size(); index-- > 1;) {
-        if (const auto window = order_[index - 1]; visitors_.contains(window)) {
-            connection_.sendToWindowManager(
-                window, model_.atom(X11WindowModel::netRestackWindow),
-                std::array{sourcePager, order_[index], std::uint32_t{XCB_STACK_MODE_BELOW}});
-        }
+void X11WindowRestorer::bringToFront(xcb_window_t window) {
+    auto windows = std::exchange(toRaise_, {});
+    std::erase(windows, window);
+    windows.push_back(window);
+    const auto time = connection_.serverTime();
+    for (const auto one : windows) {
+        askForFocus(one, time);
     }
     connection_.flush();
 }
 
 void X11WindowRestorer::finish() {
-    restoreOrder();
-    order_.clear();
-    visitors_.clear();
+    toRaise_ = order_.restore(returning_);
+    returning_.clear();
     targets_.clear();
     echo_.forget();
     ++watch_;

@@ -5,6 +5,7 @@
 #include "platform/linux/windows/WindowId.h"
 #include "platform/linux/windows/x11/X11ManagerEcho.h"
 #include "platform/linux/windows/x11/X11WindowModel.h"
+#include "platform/linux/windows/x11/X11WindowOrder.h"
 
 #include <cstdint>
 #include <functional>
@@ -29,9 +30,12 @@ public:
     X11WindowRestorer(X11Connection& connection, X11WindowModel& model, Platform::MainQueue& queue,
                       Look look);
 
+    /// To be called before windows are hidden, which are not to come back for now.
+    void remember(std::span<const WindowId> windows);
     void restore(std::span<const WindowId> windows);
-    /// Windows that are to be hidden after all.
-    void cancel(std::span<const WindowId> windows);
+    void forget(std::span<const xcb_window_t> closed);
+    /// Gives the focus to a window, on top of those that are back.
+    void bringToFront(xcb_window_t window);
     /// To be called when the model has changed.
     void noteChanges();
     /// Runs the task on the main queue as soon as all windows are back, or will not come; at once if none is
@@ -48,6 +52,7 @@ private:
         std::optional<std::uint32_t> desktop;
     };
 
+    void cancel(std::span<const WindowId> windows);
     void scheduleWatch();
     void watch();
     void lookLater();
@@ -63,14 +68,13 @@ private:
     void askToMap(const std::vector<xcb_window_t>& windows);
     void sendMapRequest(xcb_window_t window);
     void askToActivate(const std::vector<xcb_window_t>& windows);
-    bool isAwayOrLeaving(xcb_window_t window) const;
+    bool isAwayOrLeaving(const X11Window& window) const;
     /// Window managers map and activate on the workspace that is shown: a window of another one goes there
     /// and back in one go.
     void visit(xcb_window_t window, Request request, std::optional<std::uint32_t> currentDesktop,
                const std::function<void()>& ask);
     void askForDesktop(xcb_window_t window, std::uint32_t desktop);
     void askForFocus(xcb_window_t window, xcb_timestamp_t time);
-    void restoreOrder();
     void finish();
 
     X11Connection& connection_;
@@ -89,9 +93,11 @@ private:
     /// The manager has come to everything that was asked.
     bool isAnswered_ = false;
     bool hasEverAnswered_ = false;
-    /// From bottom to top, before windows were asked for more than their state.
-    std::vector<xcb_window_t> order_;
-    std::set<xcb_window_t> visitors_;
+    X11WindowOrder order_;
+    /// What was hidden, and is to have its place once all is back.
+    std::set<WindowId> returning_;
+    /// What a window manager that knows no better is to raise before the window that comes to the front.
+    std::vector<xcb_window_t> toRaise_;
     std::vector<Platform::MainQueue::Task> whenDone_;
     Platform::Lifetime lifetime_;
 };

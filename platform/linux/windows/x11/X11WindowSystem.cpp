@@ -11,8 +11,6 @@ namespace {
 
 constexpr std::uint32_t iconicState = 3;
 constexpr std::uint32_t addState = 1;
-/// A request in the user's name, which focus stealing prevention lets through.
-constexpr std::uint32_t sourcePager = 2;
 /// One that has not hidden a window by now is busy, or does not heed the request.
 constexpr Platform::MainQueue::Seconds hideDeadline{1};
 /// However busy a window manager is, it has done by then what it is asked, or says by then what it can do.
@@ -38,7 +36,7 @@ X11WindowSystem::X11WindowSystem(X11Connection& connection, Platform::MainQueue&
       restorer_(connection, model_, mainQueue, [this] { takeIn(); }),
       activation_(
           mainQueue, [this] { return lookAtScene(); },
-          [this](WindowId window) { bringToFront(xcbWindow(window)); }) {
+          [this](WindowId window) { restorer_.bringToFront(xcbWindow(window)); }) {
     scheduleTakeIn();
 }
 
@@ -86,6 +84,7 @@ void X11WindowSystem::hide(std::span<const WindowId> windows) {
     activation_.forget([this](WindowId window) { return !exists(window); });
     activation_.noteHiding(windows, model_.activeWindow());
     leaving_.add(windows);
+    restorer_.remember(windows);
     std::vector<TakenWindow> taken;
     for (const auto window : windows) {
         // The window manager remembers the places itself.
@@ -94,7 +93,6 @@ void X11WindowSystem::hide(std::span<const WindowId> windows) {
         model_.expectHidden(xcbWindow(window));
         std::erase(toActivate_, window);
     }
-    restorer_.cancel(windows);
     taken_.take(taken);
     connection_.flush();
     watchHiding(windows);
@@ -172,7 +170,7 @@ bool X11WindowSystem::isToBeHidden(WindowId window) const {
            std::ranges::none_of(
                std::array{X11WindowModel::netWmWindowTypeMenu, X11WindowModel::netWmWindowTypeToolbar,
                           X11WindowModel::netWmWindowTypeSplash, X11WindowModel::netWmWindowTypeUtility},
-               [&](auto type) { return isOfType(*found, type); });
+               [&](auto type) { return model_.isOfType(*found, type); });
 }
 
 void X11WindowSystem::endExpectation(std::uint64_t request, std::span<const WindowId> windows,
@@ -259,18 +257,8 @@ WindowActivation::Scene X11WindowSystem::lookAtScene() {
     return {{stackingOrder.begin(), stackingOrder.end()},
             [this, desktop = model_.currentDesktop()](WindowId id) {
                 const auto* const window = model_.find(xcbWindow(id));
-                if (window == nullptr || !window->isManaged) {
-                    return false;
-                }
-                const auto place = model_.desktopOf(*window);
-                return !desktop || !place || place == desktop || place == onAllDesktops;
+                return window != nullptr && window->isManaged && model_.isOnDesktop(*window, desktop);
             }};
-}
-
-void X11WindowSystem::bringToFront(xcb_window_t window) {
-    connection_.sendToWindowManager(window, model_.atom(X11WindowModel::netActiveWindow),
-                                    std::array{sourcePager, connection_.serverTime()});
-    connection_.flush();
 }
 
 Platform::Subscription X11WindowSystem::addEventHandler(EventHandler handler) {
@@ -280,6 +268,7 @@ Platform::Subscription X11WindowSystem::addEventHandler(EventHandler handler) {
 void X11WindowSystem::takeIn() {
     connection_.dispatchEvents();
     const auto changes = model_.update();
+    restorer_.forget(changes.closed);
     noteWhatHasSettled();
     if (std::exchange(notedGeneration_, model_.generation()) != model_.generation()) {
         noteWhatWasHeeded(changes);
@@ -298,7 +287,7 @@ void X11WindowSystem::takeIn() {
     if (changes.activated && !leaving_.contains(*changes.activated)) {
         undelivered_.emplace_back(WindowEvent::activated, *changes.activated);
     }
-    if (!changes.empty()) {
+    if (changes.hasNews()) {
         mainQueue_.async(lifetime_.weak([this] { deliverEvents(); }));
     }
 }
@@ -315,7 +304,7 @@ void X11WindowSystem::scheduleTakeIn() {
 void X11WindowSystem::deliverEvents() {
     for (const auto& [event, window] : std::exchange(undelivered_, {})) {
         const auto* const found = model_.find(window);
-        if (found == nullptr || !isAppWindow(*found)) {
+        if (found == nullptr || !model_.isAppWindow(*found)) {
             continue;
         }
         // It was asked to hide after that.
@@ -334,19 +323,10 @@ void X11WindowSystem::rebuildIfChanged() {
     windows_.clear();
     for (const auto id : model_.managedWindows()) {
         const auto* const window = model_.find(id);
-        if (window != nullptr && isAppWindow(*window)) {
+        if (window != nullptr && model_.isAppWindow(*window)) {
             windows_.push_back(describe(*window));
         }
     }
-}
-
-bool X11WindowSystem::isAppWindow(const X11Window& window) const {
-    return window.isManaged && !isOfType(window, X11WindowModel::netWmWindowTypeDesktop) &&
-           !isOfType(window, X11WindowModel::netWmWindowTypeDock);
-}
-
-bool X11WindowSystem::isOfType(const X11Window& window, X11WindowModel::Atom type) const {
-    return std::ranges::find(window.type, model_.atom(type)) != window.type.end();
 }
 
 Window X11WindowSystem::describe(const X11Window& window) const {

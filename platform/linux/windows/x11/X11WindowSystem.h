@@ -42,8 +42,6 @@ private:
     void scheduleTakeIn();
     void deliverEvents();
     void rebuildIfChanged();
-    bool isAppWindow(const X11Window& window) const;
-    bool isOfType(const X11Window& window, X11WindowModel::Atom type) const;
     Window describe(const X11Window& window) const;
     void keepPopupsAway();
     bool isTaken(const Window& window) const;
@@ -58,7 +56,6 @@ private:
     void noteWhatWasHeeded(const X11WindowModel::Changes& changes);
     void noteWhatIsBack(const X11WindowModel::Changes& changes);
     WindowActivation::Scene lookAtScene();
-    void bringToFront(xcb_window_t window);
 
     X11Connection& connection_;
     Platform::MainQueue& mainQueue_;
