@@ -56,6 +56,7 @@ constexpr std::array<std::string_view, X11WindowModel::atomCount> atomNames{
     "_NET_WM_STATE_ABOVE",
     "_NET_WM_STATE_BELOW",
     "_NET_RESTACK_WINDOW",
+    "_NET_REQUEST_FRAME_EXTENTS",
 };
 
 std::optional<std::uint32_t> numberIn(const xcb_get_property_reply_t& reply) {
@@ -452,6 +453,7 @@ void X11WindowModel::readRoot(Changes& changes) {
         isClientListSupported_ = has(netClientList);
         isMinimizeActionSupported_ = has(netWmActionMinimize);
         isRestackingSupported_ = has(netRestackWindow);
+        isFrameQuestionSupported_ = has(netRequestFrameExtents);
     }
     if (clientList) {
         const auto reply = connection_.reply<xcb_get_property_reply>(*clientList);

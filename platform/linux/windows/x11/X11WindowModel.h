@@ -99,6 +99,7 @@ public:
         netWmStateAbove,
         netWmStateBelow,
         netRestackWindow,
+        netRequestFrameExtents,
         atomCount
     };
 
@@ -122,6 +123,8 @@ public:
     bool hasWindowList() const { return hasManager() && (isClientListThere_ || isClientListSupported_); }
     /// Whether it says that it puts windows below others on request.
     bool canRestack() const { return isRestackingSupported_; }
+    /// Whether it says that it answers what `X11ManagerEcho` asks.
+    bool answersInTurn() const { return isFrameQuestionSupported_; }
     /// Whether the list is that of the window manager before it.
     bool isWindowListOld() const { return hasManager() && isClientListOld_; }
     /// Changes with the window manager, as far as it shows a window of its own.
@@ -247,6 +250,7 @@ private:
     bool isNextManagerThere_ = false;
     bool isMinimizeActionSupported_ = false;
     bool isRestackingSupported_ = false;
+    bool isFrameQuestionSupported_ = false;
     std::vector<xcb_window_t> clientList_;
     xcb_window_t activeWindow_ = XCB_WINDOW_NONE;
     /// As of its last reading; 0 where it was not in the list of windows then.

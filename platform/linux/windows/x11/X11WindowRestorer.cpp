@@ -13,8 +13,10 @@ constexpr std::uint32_t removeState = 0;
 constexpr Platform::MainQueue::Seconds quietTime{0.15};
 /// What is still away so long after the manager has come to the request will not come by it.
 constexpr Platform::MainQueue::Seconds patience{1};
-/// One that used to tell when it has come to a request, and does not, is busy until then, or gone.
-constexpr Platform::MainQueue::Seconds longestAnswer{5};
+/// One that says that it tells when it has come to a request, and does not, is busy until then, or gone.
+constexpr Platform::MainQueue::Seconds longestAnswer{10};
+/// For so long a window may be on its way out that is to come back.
+constexpr Platform::MainQueue::Seconds longestHiding{5};
 
 xcb_window_t xcbWindow(WindowId window) {
     return static_cast<xcb_window_t>(window);
@@ -120,7 +122,6 @@ void X11WindowRestorer::noteProgress() {
 
 void X11WindowRestorer::managerHasAnswered() {
     isAnswered_ = true;
-    hasEverAnswered_ = true;
     quietSince_ = queue_.now();
     look_();
     noteChanges();
@@ -135,7 +136,7 @@ void X11WindowRestorer::lookAgain() {
     }
     // Of some windows it is never seen that they are hidden.
     const bool isOnItsWay =
-        queue_.now() - askedAt_ < longestAnswer && std::ranges::any_of(targets_, [this](const auto& one) {
+        queue_.now() - askedAt_ < longestHiding && std::ranges::any_of(targets_, [this](const auto& one) {
             return model_.isExpectedHidden(xcbWindow(one.first));
         });
     if (targets_.size() < awayBefore_ || isOnItsWay) {
@@ -151,7 +152,7 @@ void X11WindowRestorer::lookAgain() {
 }
 
 bool X11WindowRestorer::isPatienceOver() const {
-    return queue_.now() - quietSince_ >= (hasEverAnswered_ && !isAnswered_ ? longestAnswer : patience);
+    return queue_.now() - quietSince_ >= (model_.answersInTurn() && !isAnswered_ ? longestAnswer : patience);
 }
 
 bool X11WindowRestorer::isBack(WindowId window, const Target& target) const {
@@ -178,7 +179,7 @@ std::vector<xcb_window_t> X11WindowRestorer::stillAway(Request lastRequest) {
 }
 
 bool X11WindowRestorer::askForMore(bool isLastRequestDue) {
-    const bool isMappingDue = isAnswered_ || isLastRequestDue || !hasEverAnswered_;
+    const bool isMappingDue = isAnswered_ || isLastRequestDue || !model_.answersInTurn();
     if (const auto windows = isMappingDue ? stillAway(Request::state) : std::vector<xcb_window_t>{};
         !windows.empty()) {
         askToMap(windows);

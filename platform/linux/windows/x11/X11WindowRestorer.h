@@ -92,7 +92,6 @@ private:
     Platform::MainQueue::Seconds askedAt_{0};
     /// The manager has come to everything that was asked.
     bool isAnswered_ = false;
-    bool hasEverAnswered_ = false;
     X11WindowOrder order_;
     /// What was hidden, and is to have its place once all is back.
     std::set<WindowId> returning_;
