@@ -251,7 +251,7 @@ void SettingsView::openFocusSettings() {
 }
 
 QString SettingsView::shortcutReach() const {
-    switch (services_.hotKeyService.reach()) {
+    switch (answers_.shortcutReach) {
     case Platform::HotKeyReach::everywhere:
         return QStringLiteral("everywhere");
     case Platform::HotKeyReach::inX11WindowsOnly:
@@ -263,7 +263,7 @@ QString SettingsView::shortcutReach() const {
 }
 
 QString SettingsView::hidingObstacle() const {
-    return shownObstacle_ ? toQString(HidingWording::reason(*shownObstacle_, lang_)) : QString();
+    return answers_.obstacle ? toQString(HidingWording::reason(*answers_.obstacle, lang_)) : QString();
 }
 
 void SettingsView::switchExtensionOn() {
@@ -272,13 +272,9 @@ void SettingsView::switchExtensionOn() {
 }
 
 void SettingsView::askSession() {
-    const auto obstacle = services_.system.hidingObstacle();
-    const bool isBlind = services_.screenWatcher.isBlind();
-    const bool isEveryWindowKnown = services_.workspace.knowsEveryWindow();
-    if (obstacle != shownObstacle_ || isBlind != isShownBlind_ || isEveryWindowKnown != isEveryWindowKnown_) {
-        shownObstacle_ = obstacle;
-        isShownBlind_ = isBlind;
-        isEveryWindowKnown_ = isEveryWindowKnown;
+    const SessionAnswers answers{services_.system.hidingObstacle(), services_.hotKeyService.reach(),
+                                 services_.screenWatcher.isBlind(), services_.workspace.knowsEveryWindow()};
+    if (std::exchange(answers_, answers) != answers) {
         Q_EMIT sessionChanged();
     }
 }

@@ -48,7 +48,7 @@ class SettingsView : public QObject {
     Q_PROPERTY(QAbstractListModel* apps READ apps CONSTANT)
     Q_PROPERTY(Curtain::ShortcutField* shortcut READ shortcut CONSTANT)
     /// Where the shortcut acts: "everywhere", "inX11WindowsOnly" or "nowhere".
-    Q_PROPERTY(QString shortcutReach READ shortcutReach CONSTANT)
+    Q_PROPERTY(QString shortcutReach READ shortcutReach NOTIFY sessionChanged)
     /// One sentence on why apps cannot be hidden, empty where they can.
     Q_PROPERTY(QString hidingObstacle READ hidingObstacle NOTIFY sessionChanged)
     /// Whether that is an extension that is off.
@@ -113,14 +113,14 @@ public:
     ShortcutField* shortcut() { return &shortcut_; }
     QString shortcutReach() const;
     QString hidingObstacle() const;
-    bool canSwitchExtensionOn() const { return shownObstacle_ == Platform::HidingObstacle::extensionOff; }
-    bool knowsRunningApps() const { return isEveryWindowKnown_; }
+    bool canSwitchExtensionOn() const { return answers_.obstacle == Platform::HidingObstacle::extensionOff; }
+    bool knowsRunningApps() const { return answers_.isEveryWindowKnown; }
     QString settingsLoss() const;
     QStringList nextTabKeys() const;
     QStringList previousTabKeys() const;
     bool hasTray() const { return services_.statusItem.hasPanel(); }
     bool hasShareDetection() const { return services_.screenWatcher.fn != nullptr; }
-    bool isShareDetectionBlind() const { return isShownBlind_; }
+    bool isShareDetectionBlind() const { return answers_.isShareDetectionBlind; }
     bool lacksFocusSettings() const { return lacksFocusSettings_; }
 
     Q_INVOKABLE void setSwitch(const QString& key, bool on);
@@ -145,6 +145,15 @@ Q_SIGNALS:
     void shownAnew();
 
 private:
+    struct SessionAnswers {
+        std::optional<Platform::HidingObstacle> obstacle;
+        Platform::HotKeyReach shortcutReach = Platform::HotKeyReach::everywhere;
+        bool isShareDetectionBlind = false;
+        bool isEveryWindowKnown = true;
+
+        bool operator==(const SessionAnswers&) const = default;
+    };
+
     void reloadEntries();
     void modelChanged();
 
@@ -153,9 +162,8 @@ private:
     std::vector<CameraChoice> cameras_;
     bool showingInstalled_ = false;
     bool lacksFocusSettings_ = false;
-    std::optional<Platform::HidingObstacle> shownObstacle_;
-    bool isShownBlind_ = false;
-    bool isEveryWindowKnown_ = true;
+    /// As they were last shown.
+    SessionAnswers answers_;
     AppChoiceModel apps_;
     ShortcutField shortcut_;
     Platform::Subscription panelObserver_;

@@ -3,7 +3,61 @@ const APP_WINDOW_TYPES = [
     Meta.WindowType.TOOLBAR, Meta.WindowType.MENU, Meta.WindowType.SPLASHSCREEN,
 ];
 
-/** The windows of the shell in which this runs. */
+// The bits that X has for modifiers, with their names in accelerators.
+const MODIFIERS = [[1, '<Shift>'], [4, '<Control>'], [8, '<Alt>'], [64, '<Super>']];
+const HELD_MODIFIERS_INTERVAL_MS = 20;
+
+/** A key combination that the shell hears whatever window has the focus. */
+class KeyGrab {
+    /** Null where somebody else has the combination; `tell` gets whether it is a press. */
+    static make(key, modifiers, tell) {
+        const names = MODIFIERS.filter(([bit]) => modifiers & bit).map(([, name]) => name);
+        const accelerator = `${names.join('')}0x${key.toString(16).padStart(2, '0')}`;
+        const action = global.display.grab_accelerator(accelerator, Meta.KeyBindingFlags.IGNORE_AUTOREPEAT);
+        return action === Meta.KeyBindingAction.NONE ? null : new KeyGrab(action, modifiers, tell);
+    }
+
+    constructor(action, modifiers, tell) {
+        this._action = action;
+        this._modifiers = modifiers;
+        this._tell = tell;
+        this._name = Meta.external_binding_name_for_action(action);
+        Main.wm.allowKeybinding(this._name, Shell.ActionMode.NORMAL | Shell.ActionMode.OVERVIEW | Shell.ActionMode.POPUP);
+        this._signal = global.display.connect('accelerator-activated', (_display, activated) => {
+            if (activated === action)
+                this._press();
+        });
+    }
+
+    destroy() {
+        global.display.disconnect(this._signal);
+        if (this._waiting)
+            GLib.source_remove(this._waiting);
+        global.display.ungrab_accelerator(this._action);
+        Main.wm.allowKeybinding(this._name, Shell.ActionMode.NONE);
+    }
+
+    _press() {
+        if (this._waiting)
+            return;
+        this._tell(true);
+        // No version tells of a key that goes up after one of its modifiers: the first of them stands for it.
+        this._waiting = GLib.timeout_add(GLib.PRIORITY_DEFAULT, HELD_MODIFIERS_INTERVAL_MS, () => {
+            if (this._isHeld())
+                return GLib.SOURCE_CONTINUE;
+            this._waiting = 0;
+            this._tell(false);
+            return GLib.SOURCE_REMOVE;
+        });
+    }
+
+    _isHeld() {
+        const [, , held] = global.get_pointer();
+        return this._modifiers !== 0 && (held & this._modifiers) === this._modifiers;
+    }
+}
+
+/** The windows and the keys of the shell in which this runs. */
 class ShellWindows {
     get display() {
         return global.display;
@@ -62,6 +116,10 @@ class ShellWindows {
     setPictured(window, isPictured) {
         const actor = window.get_compositor_private();
         actor?.get_children().forEach(child => child.set_opacity(isPictured ? 255 : 0));
+    }
+
+    grabKey(key, modifiers, tell) {
+        return KeyGrab.make(key, modifiers, tell);
     }
 
     _skipEffect(window) {

@@ -9,10 +9,16 @@ const INTERFACE = `<node><interface name="${INTERFACE_NAME}">
 <method name="Hide"><arg type="at" name="windows" direction="in"/></method>
 <method name="Show"><arg type="at" name="windows" direction="in"/></method>
 <method name="Activate"><arg type="t" name="window" direction="in"/></method>
+<method name="GrabKey">
+  <arg type="u" name="key" direction="in"/><arg type="u" name="modifiers" direction="in"/><arg type="b" name="granted" direction="out"/>
+</method>
+<method name="UngrabKey"><arg type="u" name="key" direction="in"/><arg type="u" name="modifiers" direction="in"/></method>
 <signal name="Changed">
   <arg type="a(tssssubbb)" name="windows"/><arg type="at" name="closed"/><arg type="at" name="stacking"/>
   <arg type="t" name="focused"/>
-</signal></interface></node>`;
+</signal>
+<signal name="Key"><arg type="u" name="key"/><arg type="u" name="modifiers"/><arg type="b" name="pressed"/></signal>
+</interface></node>`;
 const ACCESS_DENIED = 'org.freedesktop.DBus.Error.AccessDenied';
 const FAILED = 'org.freedesktop.DBus.Error.Failed';
 
@@ -24,9 +30,39 @@ function withParents(window) {
     return windows;
 }
 
+/** The key combinations that the shell has been asked to hear: keys by the numbers and modifiers by the bits that X has for them. */
+class KeyGrabs {
+    /** `tell` gets the key, the modifiers and whether it is a press. */
+    constructor(shell, tell) {
+        this._shell = shell;
+        this._tell = tell;
+        this._grabs = new Map();
+    }
+
+    /** False where somebody else has the combination. */
+    grab(key, modifiers) {
+        const name = `${modifiers} ${key}`;
+        const grab = this._grabs.get(name) ?? this._shell.grabKey(key, modifiers, isPressed => this._tell(key, modifiers, isPressed));
+        if (grab)
+            this._grabs.set(name, grab);
+        return !!grab;
+    }
+
+    ungrab(key, modifiers) {
+        const name = `${modifiers} ${key}`;
+        this._grabs.get(name)?.destroy();
+        this._grabs.delete(name);
+    }
+
+    ungrabAll() {
+        this._grabs.forEach(grab => grab.destroy());
+        this._grabs.clear();
+    }
+}
+
 /**
  * Lists, hides and shows the windows of a shell for the one program on the session bus that has Curtain's name. It hides and
- * shows nothing that it was not asked to. Where that program ends, what it hid stays hidden.
+ * shows nothing that it was not asked to. Where that program ends, what it hid stays hidden, and the keys that it was told of are free.
  *
  * What is told of a window: identifier, class (particular, general), application, sandboxed application, process, whether it is
  * hidden, whether it stands in the task list, whether it is on the workspace in front.
@@ -45,6 +81,7 @@ class WindowService {
         this._client = null;
         this._watcher = null;
         this._idle = 0;
+        this._keys = new KeyGrabs(shell, (...key) => this._emit(this._client, 'Key', new GLib.Variant('(uub)', key)));
         this._object = Gio.DBusExportedObject.wrapJSObject(INTERFACE, this);
         this._object.export(bus, OBJECT_PATH);
         // Whoever sees the service's name can call: it comes once it is known who may.
@@ -64,6 +101,7 @@ class WindowService {
         if (this._name)
             Gio.bus_unown_name(this._name);
         this._object.unexport();
+        this._keys.ungrabAll();
         if (this._idle)
             GLib.source_remove(this._idle);
         for (const [object, id] of this._signals)
@@ -107,6 +145,14 @@ class WindowService {
         this._answer(invocation, () => this._windowsOf([id]).forEach(window => this._shell.activate(window)));
     }
 
+    GrabKeyAsync([key, modifiers], invocation) {
+        this._answer(invocation, () => new GLib.Variant('(b)', [this._keys.grab(key, modifiers)]));
+    }
+
+    UngrabKeyAsync([key, modifiers], invocation) {
+        this._answer(invocation, () => this._keys.ungrab(key, modifiers));
+    }
+
     _answer(invocation, act) {
         if (invocation.get_sender() !== this._client) {
             invocation.return_dbus_error(ACCESS_DENIED, 'Only Curtain may ask this');
@@ -124,6 +170,8 @@ class WindowService {
     }
 
     _setClient(owner) {
+        if (owner !== this._client)
+            this._keys.ungrabAll();
         this._client = owner;
         this._watcher = this._watcher === owner ? owner : null;
         this._name ??= Gio.bus_own_name_on_connection(this._bus, BUS_NAME, Gio.BusNameOwnerFlags.NONE, null, null);
@@ -250,8 +298,12 @@ class WindowService {
         const stacking = this._stacking().map(window => window.get_stable_sequence());
         const focused = this._shell.display.focus_window;
         const isKnown = focused && this._known.has(focused);
-        this._bus.emit_signal(this._watcher, OBJECT_PATH, INTERFACE_NAME, 'Changed', new GLib.Variant(
+        this._emit(this._watcher, 'Changed', new GLib.Variant(
             '(a(tssssubbb)atatt)', [windows, closed, stacking, isKnown ? focused.get_stable_sequence() : 0]));
+    }
+
+    _emit(listener, name, values) {
+        this._bus.emit_signal(listener, OBJECT_PATH, INTERFACE_NAME, name, values);
     }
 
     _describe(window) {

@@ -105,6 +105,11 @@ std::string shortcutOf(const SessionEnvironment& environment) {
     if (isScriptedKWin(environment) && KGlobalAccelHotKeyService::isThere(QDBusConnection::sessionBus())) {
         return "asked of KDE's global accelerators, which have it heard everywhere";
     }
+    if (isGnomeShell(environment)) {
+        return "asked of Curtain's extension for the shell, which has it heard everywhere, and without it of "
+               "the "
+               "X server, which has it heard only while a window of an X11 program has the focus";
+    }
     if (environment.isWayland() && !environment.i3Socket.empty()) {
         return "bound in sway, which has it heard everywhere";
     }

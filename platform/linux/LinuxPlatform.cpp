@@ -13,6 +13,7 @@
 #include "platform/linux/desktopicons/LinuxDesktopIcons.h"
 #include "platform/linux/hotkeys/NoHotKeyService.h"
 #include "platform/linux/hotkeys/X11HotKeyService.h"
+#include "platform/linux/hotkeys/gnome/GnomeHotKeyService.h"
 #include "platform/linux/hotkeys/kglobalaccel/KGlobalAccelHotKeyService.h"
 #include "platform/linux/hotkeys/sway/SwayHotKeyService.h"
 #include "platform/linux/keyboard/XkbKeyboard.h"
@@ -285,6 +286,17 @@ std::unique_ptr<SwayHotKeyService> swayHotKeyServiceOf(Session& session, const P
         EarlierValue(*session.windowState, "boundShortcuts", sessionMark(session.environment)));
 }
 
+std::unique_ptr<Platform::HotKeyService> x11HotKeyServiceOf(Session& session,
+                                                            const Platform::Platform& platform) {
+    if (!session.x11) {
+        return std::make_unique<NoHotKeyService>();
+    }
+    // The server grants every combination, but hears of keys only what its compositor hands on.
+    const auto reach = session.environment.isWayland() ? Platform::HotKeyReach::inX11WindowsOnly
+                                                       : Platform::HotKeyReach::everywhere;
+    return std::make_unique<X11HotKeyService>(*session.x11, *platform.mainQueue, *platform.log, reach);
+}
+
 std::unique_ptr<Platform::HotKeyService> hotKeyServiceOf(Session& session, const Platform::Platform& platform,
                                                          XkbKeyboard& keyboard) {
     const auto bus = QDBusConnection::sessionBus();
@@ -299,13 +311,13 @@ std::unique_ptr<Platform::HotKeyService> hotKeyServiceOf(Session& session, const
             return service;
         }
     }
-    if (!session.x11) {
-        return std::make_unique<NoHotKeyService>();
+    if (isGnomeShell(session.environment)) {
+        return std::make_unique<GnomeHotKeyService>(
+            bus, *platform.mainQueue, *platform.log,
+            [&keyboard](std::int64_t keyCode) { return keyboard.scanCodeOf(keyCode); },
+            x11HotKeyServiceOf(session, platform));
     }
-    // The server grants every combination, but hears of keys only what its compositor hands on.
-    const auto reach = session.environment.isWayland() ? Platform::HotKeyReach::inX11WindowsOnly
-                                                       : Platform::HotKeyReach::everywhere;
-    return std::make_unique<X11HotKeyService>(*session.x11, *platform.mainQueue, *platform.log, reach);
+    return x11HotKeyServiceOf(session, platform);
 }
 
 } // namespace

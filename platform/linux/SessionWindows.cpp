@@ -44,16 +44,21 @@ bool isScriptedKWin(const SessionEnvironment& environment) {
            QDBusConnection::sessionBus().isConnected();
 }
 
+bool isGnomeShell(const SessionEnvironment& environment) {
+    return environment.isWayland() && environment.windowManager == "GNOME Shell" &&
+           QDBusConnection::sessionBus().isConnected();
+}
+
 std::unique_ptr<WindowSystem> windowsOfSession(const SessionEnvironment& environment, X11Connection* x11,
                                                Platform::MainQueue& queue,
                                                std::optional<EarlierValue> takenWindows, Platform::Log* log) {
     using Platform::HidingObstacle;
-    const auto bus = QDBusConnection::sessionBus();
-    if (environment.isWayland() && environment.windowManager == "GNOME Shell" && bus.isConnected()) {
+    if (isGnomeShell(environment)) {
         auto others = environment;
         others.windowManager.reset();
         return std::make_unique<StandInWindowSystem>(
-            std::make_unique<GnomeWindowSystem>(bus, queue, isGnomeExtensionInstalled),
+            std::make_unique<GnomeWindowSystem>(QDBusConnection::sessionBus(), queue,
+                                                isGnomeExtensionInstalled),
             windowsOfSession(others, x11, queue, std::move(takenWindows), log));
     }
     if (!environment.i3Socket.empty()) {

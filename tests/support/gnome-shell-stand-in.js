@@ -33,6 +33,10 @@ const CONTROL = `<node>
   <method name="Stacking"><arg type="at" direction="out"/></method>
   <method name="SetExtension"><arg type="i" direction="in"/></method>
   <method name="SetVersion"><arg type="u" direction="in"/></method>
+  <method name="TakeKey"><arg type="u" direction="in"/><arg type="u" direction="in"/></method>
+  <method name="StrikeKey"><arg type="u" direction="in"/><arg type="u" direction="in"/></method>
+  <method name="GrabbedKeys"><arg type="u" direction="out"/></method>
+  <method name="LoseKeys"/>
   <method name="LoseNextWatch"/>
   <method name="BreakMinimizing"/>
 </interface></node>`;
@@ -86,6 +90,15 @@ class FakeShell {
         this.refuses = false;
         this.showsDesktop = false;
         this._lastSequence = 0;
+        this.keys = new Map();
+    }
+
+    grabKey(key, modifiers, tell) {
+        const name = `${modifiers} ${key}`;
+        if (this.keys.has(name))
+            return null;
+        this.keys.set(name, tell);
+        return {destroy: () => this.keys.delete(name)};
     }
 
     windows() { return [...this.stacking]; }
@@ -215,6 +228,20 @@ class Control {
             delete this._service.WatchAsync;
             invocation.return_dbus_error('org.freedesktop.DBus.Error.NoReply', 'Too late');
         };
+    }
+
+    TakeKey(key, modifiers) { this._shell.grabKey(key, modifiers, () => {}); }
+    GrabbedKeys() { return this._shell.keys.size; }
+    StrikeKey(key, modifiers) {
+        const tell = this._shell.keys.get(`${modifiers} ${key}`);
+        tell?.(true);
+        tell?.(false);
+    }
+
+    /** As an extension without such requests. */
+    LoseKeys() {
+        this._service.GrabKeyAsync = (_arguments, invocation) =>
+            invocation.return_dbus_error('org.freedesktop.DBus.Error.UnknownMethod', 'No such method');
     }
 
     BreakMinimizing() {

@@ -235,6 +235,10 @@ TEST_F(SettingsViewTest, FollowsWhatTheSessionAnswers) {
     platform.systemVersion.obstacle = Platform::HidingObstacle::notKnownYet;
     auto view = show();
     EXPECT_NE(view.find("generalHidingObstacle"), nullptr);
+    platform.hotKeyService.heard = Platform::HotKeyReach::inX11WindowsOnly;
+    EXPECT_TRUE(ShownView::waitFor([&] { return view.find("shortcutInX11WindowsOnly") != nullptr; }));
+    platform.hotKeyService.heard = Platform::HotKeyReach::everywhere;
+    EXPECT_TRUE(ShownView::waitFor([&] { return view.find("shortcutInX11WindowsOnly") == nullptr; }));
     platform.systemVersion.obstacle.reset();
     platform.screenWatcherProbe.isWatched.reset();
     EXPECT_TRUE(ShownView::waitFor([&] { return view.find("generalHidingObstacle") == nullptr; }));

@@ -13,6 +13,7 @@ inline const auto extensionInterface = QStringLiteral("com.curtain.Curtain.Gnome
 /// Of the extension's interface.
 inline constexpr unsigned version = 1;
 inline const auto changedSignature = QStringLiteral("a(tssssubbb)atatt");
+inline const auto keySignature = QStringLiteral("uub");
 
 inline const auto shellService = QStringLiteral("org.gnome.Shell");
 inline const auto shellPath = QStringLiteral("/org/gnome/Shell");
