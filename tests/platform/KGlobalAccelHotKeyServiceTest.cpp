@@ -106,13 +106,16 @@ struct KGlobalAccelTest : testing::Test {
             }
         });
 
+    static QVariantList ask(const QString& method, const QVariantList& arguments) {
+        auto call = QDBusMessage::createMethodCall(QStringLiteral("org.kde.kglobalaccel"),
+                                                   QStringLiteral("/kglobalaccel"),
+                                                   QStringLiteral("org.kde.KGlobalAccel"), method);
+        call.setArguments(arguments);
+        return QDBusConnection::sessionBus().call(call).arguments();
+    }
     /// Who has a combination in the numbers of Qt, as the service itself says.
     static QStringList ownerOf(int key) {
-        auto call = QDBusMessage::createMethodCall(
-            QStringLiteral("org.kde.kglobalaccel"), QStringLiteral("/kglobalaccel"),
-            QStringLiteral("org.kde.KGlobalAccel"), QStringLiteral("action"));
-        call.setArguments({key});
-        return QDBusConnection::sessionBus().call(call).arguments().value(0).toStringList();
+        return ask(QStringLiteral("action"), {key}).value(0).toStringList();
     }
     static constexpr int toggleKey = 0x04000000 | 0x08000000 | 0x10000000 | 'H';
 };
@@ -151,6 +154,18 @@ TEST_F(KGlobalAccelTest, OneCombinationMayServeTwice) {
     world.typist.type({controlKey, altKey, superKey, hKey});
     world.settle();
     EXPECT_THAT(events, testing::ElementsAre(HotKeyEvent::pressed, HotKeyEvent::released));
+}
+
+TEST_F(KGlobalAccelTest, WhatAKilledRunHasLeftIsNotInTheWay) {
+    const QStringList left{QStringLiteral("curtain"), QStringLiteral("left"), QStringLiteral("Curtain"),
+                           QStringLiteral("Curtain")};
+    ask(QStringLiteral("doRegister"), {left});
+    ask(QStringLiteral("setShortcut"), {left, QVariant::fromValue(QList<int>{toggleKey}), 2U | 4U});
+    ASSERT_EQ(ownerOf(toggleKey).value(1), left[1]);
+    EXPECT_EQ(world.keys.registerHotKey(toggle, toggleID), 0);
+    const auto owner = ownerOf(toggleKey);
+    EXPECT_EQ(owner.value(0), left[0]);
+    EXPECT_NE(owner.value(1), left[1]);
 }
 
 TEST_F(KGlobalAccelTest, NothingIsLeftAtTheEnd) {

@@ -120,11 +120,24 @@ bool KGlobalAccelHotKeyService::isKnown(const QString& action) const {
 }
 
 bool KGlobalAccelHotKeyService::areAvailable(const QList<int>& keys) const {
-    return std::ranges::all_of(keys, [this](int key) {
-        const auto answer = call(QStringLiteral("isGlobalShortcutAvailable"),
-                                 {key, KdeShortcuts::ownComponent}, patience_.grant);
-        return answer.value(0).toBool();
-    });
+    return std::ranges::all_of(
+        keys, [this](int key) { return isAvailable(key) || (giveBackWhatIsLeft(key) && isAvailable(key)); });
+}
+
+bool KGlobalAccelHotKeyService::isAvailable(int key) const {
+    const auto answer =
+        call(QStringLiteral("isGlobalShortcutAvailable"), {key, KdeShortcuts::ownComponent}, patience_.grant);
+    return answer.value(0).toBool();
+}
+
+bool KGlobalAccelHotKeyService::giveBackWhatIsLeft(int key) const {
+    const auto owner = call(QStringLiteral("action"), {key}, patience_.other).value(0).toStringList();
+    const auto action = owner.value(1);
+    if (owner.value(0) != KdeShortcuts::ownComponent || isKnown(action)) {
+        return false;
+    }
+    giveBack(action);
+    return true;
 }
 
 Platform::HotKeyStatus KGlobalAccelHotKeyService::take(const QString& action, const QList<int>& keys) const {

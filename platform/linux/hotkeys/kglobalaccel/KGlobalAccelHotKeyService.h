@@ -64,6 +64,9 @@ private:
     QList<int> keysOf(const Platform::HotKeyCombination& combination) const;
     bool isKnown(const QString& action) const;
     bool areAvailable(const QList<int>& keys) const;
+    bool isAvailable(int key) const;
+    /// Whether a run of ours that was killed had the key.
+    bool giveBackWhatIsLeft(int key) const;
     Platform::HotKeyStatus take(const QString& action, const QList<int>& keys) const;
     void giveBack(const QString& action) const;
     void receive(Platform::HotKeyEvent event, const QDBusMessage& message);
