@@ -28,6 +28,24 @@ BRINGING_EDITOR_BACK = """\
     }
 });
 """
+# It reports to nobody, but over the bus.
+TELLING_OF_SWITCHERS = """\
+(workspace.windowList ? workspace.windowList() : workspace.clientList()).forEach(function (window) {
+    function tell() {
+        callDBus("org.freedesktop.DBus", "/", "com.example.Switcher", "Window",
+                 JSON.stringify([String(window.resourceClass).toLowerCase(), window.skipSwitcher]));
+    }
+    window.skipSwitcherChanged.connect(tell);
+    tell();
+});
+"""
+TAKING_OUT_OF_SWITCHER = """\
+(workspace.windowList ? workspace.windowList() : workspace.clientList()).forEach(function (window) {
+    if (String(window.resourceClass).toLowerCase().indexOf("mousepad") >= 0) {
+        window.skipSwitcher = true;
+    }
+});
+"""
 
 
 def gdbus(service, path, method, *arguments):
@@ -82,11 +100,15 @@ class KWinTest(DesktopCase):
     def start_editor(self):
         return self.desktop.start("mousepad", "--disable-server", environment={"DISPLAY": None})
 
+    def watch_bus(self, interface):
+        monitor = self.desktop.start("dbus-monitor", "--session", f"interface='{interface}'")
+        wait_until(lambda: "NameAcquired" in monitor.output() or "NameLost" in monitor.output(), "the bus is watched",
+                   seen=monitor.output)
+        return monitor
+
     def start_curtain_for(self, *apps):
         write_preferences(self.settings, targetApps=apps, hasOnboarded=True, autoDetectEnabled=False)
-        self.reports = reports = self.desktop.start("dbus-monitor", "--session", "interface='com.curtain.KWinWindows'")
-        wait_until(lambda: "NameAcquired" in reports.output() or "NameLost" in reports.output(), "the bus is watched",
-                   seen=reports.output)
+        self.reports = reports = self.watch_bus("com.curtain.KWinWindows")
         self.start_curtain()
         # What the bus carries after that, Curtain hears after that.
         wait_until(lambda: '"event":"list"' in reports.output(), "Curtain is told of the windows", seen=reports.output)
@@ -196,6 +218,66 @@ class KWinTest(DesktopCase):
             self.run_script(name, OTHER_SCRIPT)
         scripting("unloadScript", "other-1")
         self.test_windows_of_both_kinds_are_hidden_and_come_back_as_they_were()
+
+    def watch_switchers(self):
+        self.switchers = self.watch_bus("com.example.Switcher")
+        self.run_script("switchers", TELLING_OF_SWITCHERS)
+        wait_until(lambda: self.switchers.output().count("com.example.Switcher") == 3, "KWin tells of the switchers",
+                   seen=self.switchers.output)
+
+    def out_of_switchers(self):
+        """The programs that KWin's switchers leave out."""
+        told = map(json.loads, re.findall(r'^ *string "(\[.*\])"$', self.switchers.output(), re.MULTILINE))
+        programs = {"xterm": "xterm", "urxvt": "urxvt", "mousepad": "editor", "org.xfce.mousepad": "editor"}
+        return {programs[window] for window, is_out in dict(told).items() if is_out}
+
+    def wait_out_of_switchers(self, *programs):
+        wait_until(lambda: self.out_of_switchers() == set(programs), f"{programs} are left out of switchers",
+                   seen=self.switchers.output)
+
+    def hide_with_switchers_watched(self):
+        self.open_programs()
+        self.watch_switchers()
+        self.start_curtain_for(XTERM, MOUSEPAD)
+        self.toggle_privacy()
+        self.wait_seen("urxvt")
+        self.wait_out_of_switchers("xterm", "editor")
+
+    def test_switchers_leave_out_what_is_hidden(self):
+        self.hide_with_switchers_watched()
+        self.toggle_privacy()
+        self.wait_seen("xterm", "editor", "urxvt")
+        self.wait_out_of_switchers()
+
+    def test_a_window_that_was_in_no_switcher_is_in_none_afterwards(self):
+        self.open_programs()
+        self.watch_switchers()
+        self.run_script("take-out", TAKING_OUT_OF_SWITCHER)
+        self.start_curtain_for(XTERM, MOUSEPAD)
+        self.toggle_privacy()
+        self.wait_seen("urxvt")
+        self.toggle_privacy()
+        self.wait_seen("xterm", "editor", "urxvt")
+        self.wait_out_of_switchers("editor")
+        self.assertTrue(stays(lambda: self.out_of_switchers() == {"editor"}))
+
+    def test_what_stays_hidden_at_the_end_is_in_switchers(self):
+        self.hide_with_switchers_watched()
+        self.end_curtain()
+        self.wait_out_of_switchers()
+        self.wait_seen("urxvt")
+
+    def test_after_a_kill_what_is_brought_back_or_left_is_in_switchers(self):
+        self.hide_with_switchers_watched()
+        curtain, self.curtain = self.curtain, None
+        curtain.kill()
+        curtain.wait()
+        self.choose_editor()
+        self.wait_seen("editor", "urxvt")
+        self.wait_out_of_switchers("xterm")
+        self.start_curtain_for(XTERM, MOUSEPAD)
+        self.wait_out_of_switchers()
+        self.assertEqual(self.seen(), {"editor", "urxvt"})
 
     @staticmethod
     def owner_of_shortcut():

@@ -3,6 +3,7 @@
 #include <QDBusPendingCallWatcher>
 #include <QTemporaryFile>
 
+#include <array>
 #include <chrono>
 #include <utility>
 
@@ -12,8 +13,11 @@ namespace {
 const QString scriptingPath = QStringLiteral("/Scripting");
 const QString scriptingInterface = QStringLiteral("org.kde.kwin.Scripting");
 const QString scriptInterface = QStringLiteral("org.kde.kwin.Script");
+const QString runMethod = QStringLiteral("run");
 
 constexpr std::chrono::milliseconds answerDeadline{5000};
+/// At our end.
+constexpr std::chrono::milliseconds lastAnswerDeadline{300};
 /// A script that runs says so at about the time at which KWin answers.
 constexpr Platform::MainQueue::Seconds patienceAfterAnswer{0.25};
 /// More scripts than anybody has.
@@ -21,6 +25,23 @@ constexpr int lastPlace = 16;
 
 bool isReply(const QDBusMessage& message) {
     return message.type() == QDBusMessage::ReplyMessage;
+}
+
+QDBusMessage scriptingCall(const QString& owner, const QString& method, const QVariantList& arguments) {
+    auto message = QDBusMessage::createMethodCall(owner, scriptingPath, scriptingInterface, method);
+    message.setArguments(arguments);
+    return message;
+}
+
+bool write(QTemporaryFile& file, const std::filesystem::path& folder, const std::string& text) {
+    const auto size = static_cast<qint64>(text.size());
+    file.setFileTemplate(QString::fromStdString((folder / "curtain-XXXXXX.js").string()));
+    return file.open() && file.write(text.data(), size) == size && file.flush();
+}
+
+/// Of the object of a script, as in version 6 and as in version 5.
+std::array<QString, 2> placesOf(int number) {
+    return {QStringLiteral("/Scripting/Script%1").arg(number), QStringLiteral("/%1").arg(number)};
 }
 
 /// Takes up a place among KWin's scripts and is never run.
@@ -52,12 +73,7 @@ void KWinScripting::run(const QString& owner, const QString& name, const std::st
     start->name = name;
     start->hasBegun = std::move(hasBegun);
     start->done = std::move(done);
-    start->file.setFileTemplate(QString::fromStdString((folder_ / "curtain-XXXXXX.js").string()));
-    const bool isWritten = start->file.open() &&
-                           start->file.write(text.data(), static_cast<qint64>(text.size())) ==
-                               static_cast<qint64>(text.size()) &&
-                           start->file.flush();
-    if (isWritten) {
+    if (write(start->file, folder_, text)) {
         load(start);
     } else {
         queue_.async(lifetime_.weak([this, start] { finish(start, false); }));
@@ -84,15 +100,14 @@ void KWinScripting::loadFile(const std::shared_ptr<Start>& start) {
                  finish(start, false);
                  return;
              }
-             // As in version 6 and as in version 5.
-             runAt(start, QStringLiteral("/Scripting/Script%1").arg(number),
-                   QStringLiteral("/%1").arg(number));
+             const auto places = placesOf(number);
+             runAt(start, places[0], places[1]);
          });
 }
 
 void KWinScripting::runAt(const std::shared_ptr<Start>& start, const QString& path,
                           const QString& otherPath) {
-    send(QDBusMessage::createMethodCall(start->owner, path, scriptInterface, QStringLiteral("run")),
+    send(QDBusMessage::createMethodCall(start->owner, path, scriptInterface, runMethod),
          [this, start, otherPath](const QDBusMessage& reply) {
              if (isReply(reply)) {
                  lookWhetherItRuns(start);
@@ -140,11 +155,28 @@ void KWinScripting::finish(const std::shared_ptr<Start>& start, bool isRunning) 
     start->done(isRunning);
 }
 
+void KWinScripting::runAndWait(const QString& owner, const QString& name, const std::string& text) const {
+    QTemporaryFile file;
+    if (!write(file, folder_, text)) {
+        return;
+    }
+    const auto wait = [this](const QDBusMessage& message) {
+        return bus_.call(message, QDBus::Block, static_cast<int>(lastAnswerDeadline.count()));
+    };
+    const auto loaded = wait(scriptingCall(owner, QStringLiteral("loadScript"), {file.fileName(), name}));
+    if (!isReply(loaded)) {
+        return;
+    }
+    for (const auto& path : placesOf(loaded.arguments().value(0).toInt())) {
+        if (isReply(wait(QDBusMessage::createMethodCall(owner, path, scriptInterface, runMethod)))) {
+            break;
+        }
+    }
+    unload(owner, name);
+}
+
 void KWinScripting::unload(const QString& owner, const QString& name) const {
-    auto message = QDBusMessage::createMethodCall(owner, scriptingPath, scriptingInterface,
-                                                  QStringLiteral("unloadScript"));
-    message.setArguments({name});
-    bus_.send(message);
+    bus_.send(scriptingCall(owner, QStringLiteral("unloadScript"), {name}));
 }
 
 void KWinScripting::askWhetherLoaded(const QString& owner, const QString& name,
@@ -159,9 +191,7 @@ void KWinScripting::askWhetherLoaded(const QString& owner, const QString& name,
 
 void KWinScripting::call(const QString& owner, const QString& method, const QVariantList& arguments,
                          Answer answer) const {
-    auto message = QDBusMessage::createMethodCall(owner, scriptingPath, scriptingInterface, method);
-    message.setArguments(arguments);
-    send(message, std::move(answer));
+    send(scriptingCall(owner, method, arguments), std::move(answer));
 }
 
 void KWinScripting::send(const QDBusMessage& message, Answer answer) const {

@@ -5,7 +5,8 @@
 namespace LinuxPlatform::KWinScripts {
 namespace {
 
-/// Versions 5 and 6 name some things differently. `address` and `load` stand before it.
+/// Versions 5 and 6 name some things differently. `address` and `load` stand before it, `isNewRun` before the
+/// watcher, `requests` and `number` before the requests.
 constexpr auto common = R"js(
 function tell(report) {
     report.load = load;
@@ -13,6 +14,20 @@ function tell(report) {
 }
 function allWindows() {
     return workspace.windowList ? workspace.windowList() : workspace.clientList();
+}
+// What was done to a window outlives the script and whoever it reports to, so it is noted at the window.
+var mark = "out of the switcher by Curtain";
+function takeOutOfSwitcher(window) {
+    if (window.minimized && !window.skipSwitcher) {
+        window.skipSwitcher = true;
+        window.objectName = mark;
+    }
+}
+function returnToSwitcher(window) {
+    if (window.objectName === mark) {
+        window.objectName = "";
+        window.skipSwitcher = false;
+    }
 }
 )js";
 
@@ -54,6 +69,11 @@ function described(window) {
     };
 }
 function follow(window) {
+    window.minimizedChanged.connect(function () {
+        if (!window.minimized) {
+            returnToSwitcher(window);
+        }
+    });
     ["minimizedChanged", "windowClassChanged", "desktopFileNameChanged", "skipTaskbarChanged", "desktopChanged",
      "desktopsChanged", "activitiesChanged"].forEach(function (name) {
         if (window[name]) {
@@ -80,11 +100,11 @@ workspace.currentDesktopChanged.connect(tellWhatIsHere);
 workspace.currentActivityChanged.connect(tellWhatIsHere);
 var present = allWindows().filter(belongsToAnApp);
 present.forEach(follow);
+present.filter(function (window) { return isNewRun || !window.minimized; }).forEach(returnToSwitcher);
 var active = "activeWindow" in workspace ? workspace.activeWindow : workspace.activeClient;
 tell({event: "list", windows: present.map(described), active: active ? idOf(active) : ""});
 )js";
 
-/// `requests` and `number` stand before it.
 constexpr auto requestsText = R"js(
 var windows = {};
 allWindows().forEach(function (window) { windows[String(window.internalId)] = window; });
@@ -94,8 +114,14 @@ function setMinimized(window, isMinimized) {
     }
 }
 var acts = {
-    hide: function (window) { setMinimized(window, true); },
-    show: function (window) { setMinimized(window, false); },
+    hide: function (window) {
+        setMinimized(window, true);
+        takeOutOfSwitcher(window);
+    },
+    show: function (window) {
+        setMinimized(window, false);
+        returnToSwitcher(window);
+    },
     activate: function (window) {
         if ("activeWindow" in workspace) {
             workspace.activeWindow = window;
@@ -115,6 +141,10 @@ requests.forEach(function (request) {
 tell({event: "done", request: number});
 )js";
 
+constexpr auto farewellText = R"js(
+allWindows().forEach(returnToSwitcher);
+)js";
+
 std::string literal(const QJsonArray& value) {
     return QJsonDocument(value).toJson(QJsonDocument::Compact).toStdString();
 }
@@ -128,8 +158,9 @@ std::string script(const Address& address, std::uint64_t load, const std::string
 
 } // namespace
 
-std::string watcher(const Address& address, std::uint64_t load) {
-    return script(address, load, watcherText);
+std::string watcher(const Address& address, std::uint64_t load, bool isNewRun) {
+    return script(address, load,
+                  std::string("var isNewRun = ") + (isNewRun ? "true" : "false") + ";\n" + watcherText);
 }
 
 std::string requests(const Address& address, std::uint64_t load, std::uint64_t number,
@@ -137,6 +168,10 @@ std::string requests(const Address& address, std::uint64_t load, std::uint64_t n
     return script(address, load,
                   "var requests = " + literal(requests) + ";\nvar number = " + std::to_string(number) +
                       ";\n" + requestsText);
+}
+
+std::string farewell(const Address& address) {
+    return script(address, 0, farewellText);
 }
 
 } // namespace LinuxPlatform::KWinScripts

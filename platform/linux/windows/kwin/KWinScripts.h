@@ -26,12 +26,18 @@ struct Address {
     QString interfaceName;
 };
 
-/// Reports all windows once and then whatever happens to them, for as long as it is loaded.
-std::string watcher(const Address& address, std::uint64_t load);
+/// Reports all windows once and then whatever happens to them, for as long as it is loaded. A hidden window
+/// is left out of KWin's switchers, which would show its picture; the watcher sees to it that one that
+/// somebody brings back is in there again, even when nobody listens any more. A new run's also sees to those
+/// that an earlier run, which was killed, has left hidden.
+std::string watcher(const Address& address, std::uint64_t load, bool isNewRun);
 
 /// Carries out what is asked, once, and reports that with `number`. Each request has "act", one of "hide",
 /// "show" and "activate", and the "ids" of windows; it is data for the script and cannot become code.
 std::string requests(const Address& address, std::uint64_t load, std::uint64_t number,
                      const QJsonArray& requests);
+
+/// Leaves hidden what is hidden, but as its user could have put it away.
+std::string farewell(const Address& address);
 
 } // namespace LinuxPlatform::KWinScripts

@@ -19,6 +19,7 @@ const QString path = QStringLiteral("/com/curtain/KWinWindows");
 const QString interfaceName = QStringLiteral("com.curtain.KWinWindows");
 const QString watcherName = QStringLiteral("curtain-windows");
 const QString requestsName = QStringLiteral("curtain-requests");
+const QString farewellName = QStringLiteral("curtain-farewell");
 
 /// However busy KWin is, it has answered by then, or it will not.
 constexpr Platform::MainQueue::Seconds answerDeadline{5};
@@ -81,10 +82,15 @@ KWinWindowSystem::KWinWindowSystem(const QDBusConnection& bus, Platform::MainQue
       kwin_(bus, busName, [this] { beginAnew(); }) {}
 
 KWinWindowSystem::~KWinWindowSystem() {
-    if (!kwin_.owner().isEmpty()) {
-        scripting_.unload(kwin_.owner(), watcherName);
-        scripting_.unload(kwin_.owner(), requestsName);
+    if (kwin_.owner().isEmpty()) {
+        return;
     }
+    if (hasHidden_) {
+        scripting_.runAndWait(kwin_.owner(), farewellName,
+                              KWinScripts::farewell({bus_.baseService(), path, interfaceName}));
+    }
+    scripting_.unload(kwin_.owner(), watcherName);
+    scripting_.unload(kwin_.owner(), requestsName);
 }
 
 // Whether KWin works for us
@@ -124,7 +130,8 @@ void KWinWindowSystem::loadWatcher() {
         return;
     }
     scripting_.run(
-        kwin_.owner(), watcherName, KWinScripts::watcher({bus_.baseService(), path, interfaceName}, load_),
+        kwin_.owner(), watcherName,
+        KWinScripts::watcher({bus_.baseService(), path, interfaceName}, load_, isNewRun_),
         [this] { return isListed_; },
         [this, load = load_](bool isRunning) {
             if (load != load_) {
@@ -211,6 +218,7 @@ void KWinWindowSystem::receive(const QString& sender, const QByteArray& text) {
     takeNoteOf(model_.take(report));
     if (event == QStringLiteral("list")) {
         isListed_ = true;
+        isNewRun_ = false;
         setState(State::ready);
         sendRequests();
     }
@@ -255,6 +263,7 @@ void KWinWindowSystem::hide(std::span<const WindowId> windows) {
     activation_.forget([this](WindowId window) { return !exists(window); });
     activation_.noteHiding(windows, model_.active());
     leaving_.add(windows);
+    hasHidden_ = true;
     request(KWinRequests::Act::hide, windows);
 }
 

@@ -84,6 +84,9 @@ private:
     std::uint64_t load_ = 0;
     bool isLoading_ = false;
     bool isListed_ = false;
+    /// KWin has told of no windows yet.
+    bool isNewRun_ = true;
+    bool hasHidden_ = false;
     KWinRequests requests_;
     QJsonArray sent_;
     bool isSecondTry_ = false;
