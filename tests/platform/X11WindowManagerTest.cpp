@@ -108,6 +108,8 @@ struct X11WindowManagerTest : PlatformTests::X11WindowFixture {
     struct Requests {
         std::vector<xcb_window_t> map;
         std::vector<xcb_client_message_event_t> activate;
+        /// Those about which the extents of a frame were asked.
+        std::vector<xcb_window_t> asked;
     };
 
     /// Since the last time.
@@ -125,6 +127,8 @@ struct X11WindowManagerTest : PlatformTests::X11WindowFixture {
             case XCB_CLIENT_MESSAGE:
                 if (message.type == client.atom("_NET_ACTIVE_WINDOW")) {
                     found.activate.push_back(message);
+                } else if (message.type == client.atom("_NET_REQUEST_FRAME_EXTENTS")) {
+                    found.asked.push_back(message.window);
                 }
                 break;
             default:
@@ -208,6 +212,35 @@ TEST_F(X11WindowManagerTest, WindowIsActivatedOnlyWhereNothingElseBringsItBack) 
     const auto last = requests(manual);
     EXPECT_THAT(last.map, IsEmpty()) << "it is asked once";
     EXPECT_THAT(last.activate, IsEmpty()) << "it is asked once";
+}
+
+TEST_F(X11WindowManagerTest, ManagerThatAnswersInTurnIsAskedForMoreOnlyWhenItHas) {
+    ScriptedWindowManager manager;
+    manager.support({"_NET_CLIENT_LIST", "_NET_REQUEST_FRAME_EXTENTS"});
+    const auto window = openUnder(manager, ScriptedWindowManager::iconic, {hiddenState});
+    listenAsManager();
+    ManualSystem manual;
+    ASSERT_TRUE(manual.lists(window));
+    const auto answer = [&](const Requests& question) {
+        ASSERT_THAT(question.asked, testing::SizeIs(1));
+        client.setNumbers(question.asked[0], "_NET_FRAME_EXTENTS", XCB_ATOM_CARDINAL,
+                          std::array{0U, 0U, 0U, 0U});
+        manual.advance(0);
+    };
+    manual.system.show(std::array{WindowId{window}});
+    manual.advance(5);
+    const auto first = requests(manual);
+    EXPECT_THAT(first.map, IsEmpty()) << "it is busy";
+    answer(first);
+    const auto second = requests(manual);
+    EXPECT_THAT(second.map, testing::ElementsAre(window));
+    manual.advance(20);
+    EXPECT_THAT(requests(manual).activate, IsEmpty()) << "it is busy";
+    answer(second);
+    manual.advance(0.9);
+    EXPECT_THAT(requests(manual).activate, IsEmpty());
+    manual.advance(0.3);
+    EXPECT_THAT(requests(manual).activate, testing::SizeIs(1));
 }
 
 TEST_F(X11WindowManagerTest, FocusThatMovedTheMomentBeforeIsRemembered) {

@@ -11,10 +11,12 @@ constexpr std::uint32_t removeState = 0;
 /// Window managers answer within a few milliseconds. One that has not brought back a single window by now,
 /// and does not tell that it is busy, does not know the request.
 constexpr Platform::MainQueue::Seconds quietTime{0.15};
-/// What is still away so long after the manager has come to the request will not come by it.
+/// What is still away so long after the manager has come to the request will not come by it. Some show
+/// windows with their next frame only, which takes the longer the more there are.
 constexpr Platform::MainQueue::Seconds patience{1};
+constexpr Platform::MainQueue::Seconds patienceForEach{0.02};
 /// One that says that it tells when it has come to a request, and does not, is busy until then, or gone.
-constexpr Platform::MainQueue::Seconds longestAnswer{10};
+constexpr Platform::MainQueue::Seconds longestAnswer{30};
 /// For so long a window may be on its way out that is to come back.
 constexpr Platform::MainQueue::Seconds longestHiding{5};
 
@@ -152,7 +154,9 @@ void X11WindowRestorer::lookAgain() {
 }
 
 bool X11WindowRestorer::isPatienceOver() const {
-    return queue_.now() - quietSince_ >= (model_.answersInTurn() && !isAnswered_ ? longestAnswer : patience);
+    const auto count = static_cast<double>(targets_.size());
+    return queue_.now() - quietSince_ >=
+           (model_.answersInTurn() && !isAnswered_ ? longestAnswer : patience + count * patienceForEach);
 }
 
 bool X11WindowRestorer::isBack(WindowId window, const Target& target) const {
