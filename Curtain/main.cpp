@@ -11,6 +11,7 @@
 #include "platform/qt/QtMainQueue.h"
 #include "platform/qt/SessionRestart.h"
 #include "platform/qt/TerminationSignals.h"
+#include "platform/qt/ViewLibrary.h"
 
 #include <QApplication>
 #include <QDBusConnection>
@@ -81,6 +82,10 @@ int main(int argumentCount, char** arguments) {
     QApplication::setApplicationVersion(QStringLiteral(CURTAIN_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("com.curtain.Curtain"));
 
+    if (const auto problem = QtPlatform::ViewLibrary::problemWith(QtPlatform::ViewLibrary::standardPath())) {
+        std::fprintf(stderr, "%s\n", problem->c_str());
+        return EXIT_FAILURE;
+    }
     QtPlatform::stayOutOfSavedSessions(application);
 
     std::optional<LinuxPlatform::InstanceLock> lock;

@@ -48,21 +48,19 @@
 #include "platform/linux/x11/X11Connection.h"
 #include "platform/qt/DetachedProgram.h"
 #include "platform/qt/ImageRendering.h"
-#include "platform/qt/Items.h"
+#include "platform/qt/LazyViews.h"
 #include "platform/qt/PopUpMenu.h"
 #include "platform/qt/QtApplication.h"
 #include "platform/qt/QtEventMonitors.h"
 #include "platform/qt/QtMainQueue.h"
 #include "platform/qt/QtPasteboard.h"
-#include "platform/qt/QtPopover.h"
 #include "platform/qt/QtResources.h"
 #include "platform/qt/QtSavePanel.h"
 #include "platform/qt/QtScreens.h"
 #include "platform/qt/QtUuidSource.h"
 #include "platform/qt/QtWallClock.h"
-#include "platform/qt/QtWindows.h"
 #include "platform/qt/ScreenGeometry.h"
-#include "platform/qt/ViewEngine.h"
+#include "platform/qt/ViewLibrary.h"
 #include "platform/qt/WindowManagerLink.h"
 
 #include <QGuiApplication>
@@ -110,7 +108,9 @@ std::unique_ptr<X11Connection> connectionTo(const SessionEnvironment& environmen
 
 /// What several ports stand on. Later members use earlier ones.
 struct Session {
-    explicit Session(SessionEnvironment session) : environment(std::move(session)) {}
+    Session(SessionEnvironment session, Platform::Log& log)
+        : environment(std::move(session)),
+          views(QtPlatform::ViewLibrary::standardPath(), log) {}
 
     SessionEnvironment environment;
     DesktopEntries entries{DesktopEntries::standardFolders()};
@@ -123,10 +123,10 @@ struct Session {
     std::unique_ptr<X11WindowManagerClient> windowManager =
         shellConnection ? std::make_unique<X11WindowManagerClient>(*shellConnection) : nullptr;
     QtPlatform::QtScreens screens{linkTo(windowManager.get(), environment)};
-    QtPlatform::ViewEngine views;
+    QtPlatform::ViewLibrary views;
     std::unique_ptr<ScopedApps> scopedApps;
     ReducedMotion motion{QDBusConnection::sessionBus(),
-                         [this](bool isReduced) { views.style().setReducedMotion(isReduced); }};
+                         [this](bool isReduced) { views.setReducedMotion(isReduced); }};
     std::unique_ptr<LoginManager> loginManager;
 };
 
@@ -234,8 +234,9 @@ void addShell(Platform::Platform& platform, Session& session) {
         platform.eventMonitors = std::move(toolkitMonitors);
         platform.menuBar = std::make_unique<NoMenuBar>();
     }
-    platform.popover = std::make_unique<QtPlatform::QtPopover>(session.views, session.screens, windowManager);
-    platform.windows = std::make_unique<QtPlatform::QtWindows>(session.views, windowManager);
+    platform.popover =
+        std::make_unique<QtPlatform::LazyPopover>(session.views, session.screens, windowManager);
+    platform.windows = std::make_unique<QtPlatform::LazyWindows>(session.views, windowManager);
     platform.pasteboard = std::make_unique<QtPlatform::QtPasteboard>();
     platform.savePanel = std::make_unique<QtPlatform::QtSavePanel>();
     platform.urlOpener =
@@ -335,14 +336,13 @@ std::optional<std::string> missingXServer(const SessionEnvironment& environment)
 }
 
 Platform::Platform makeLinuxPlatform(const SessionEnvironment& environment) {
-    QtPlatform::registerItems();
     Platform::Platform platform;
     platform.log = std::make_unique<StandardErrorLog>();
     platform.mainQueue = std::make_unique<QtPlatform::QtMainQueue>();
     platform.workQueues = std::make_unique<ThreadWorkQueues>();
     platform.wallClock = std::make_unique<QtPlatform::QtWallClock>();
     platform.uuids = std::make_unique<QtPlatform::QtUuidSource>();
-    auto session = std::make_shared<Session>(environment);
+    auto session = std::make_shared<Session>(environment, *platform.log);
     const auto stateFolder = std::filesystem::path(g_get_user_state_dir()) / "curtain";
     session->windowState = std::make_unique<FileUserDefaults>(stateFolder, *platform.log);
     session->windowSystem = windowsOfSession(

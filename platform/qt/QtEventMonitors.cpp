@@ -6,8 +6,7 @@
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QObject>
-#include <QQuickItem>
-#include <QQuickWindow>
+#include <QVariant>
 #include <QWindow>
 
 #include <cstdint>
@@ -35,15 +34,16 @@ Event toEvent(const QKeyEvent& event) {
 }
 
 /// An open menu keeps the keyboard to itself, like those of the desktop: Escape is for the menu alone.
-bool isForMenu(QObject& window) {
-    const auto* const quickWindow = qobject_cast<QQuickWindow*>(&window);
-    auto* item = quickWindow == nullptr ? nullptr : quickWindow->activeFocusItem();
+bool isForMenu(QObject& receiver) {
+    const auto* const window = qobject_cast<QWindow*>(&receiver);
+    auto* item = window == nullptr ? nullptr : window->focusObject();
     while (item != nullptr) {
         const auto* const interface = QAccessible::queryAccessibleInterface(item);
         if (interface != nullptr && interface->role() == QAccessible::PopupMenu) {
             return true;
         }
-        item = item->parentItem();
+        // That of an item in a view, asked without the library of views.
+        item = item->property("parent").value<QObject*>();
     }
     return false;
 }

@@ -539,7 +539,9 @@ class TrayTest(unittest.TestCase):
         wait_until(lambda: not self.host("Items")[0], "the item's end")
         self.expected_complaints = "Curtain: notificaciones desactivadas (sin bundle)\n"
         with tempfile.TemporaryDirectory() as folder:
-            self.start_curtain(program=shutil.copy(CURTAIN, folder))
+            shutil.copytree(CURTAIN.parent.parent / "lib", Path(folder) / "lib")
+            (Path(folder) / "bin").mkdir()
+            self.start_curtain(program=shutil.copy(CURTAIN, Path(folder) / "bin"))
             name, folder, pixmaps = self.host("Icon", self.wait_for_item())
         self.assertEqual((name, folder), ("", ""))
         self.assertNotEqual(pixmaps, [])

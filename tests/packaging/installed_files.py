@@ -8,6 +8,7 @@ INSTALLED_FILES = {
     "bin/curtain",
     "lib/systemd/user/curtain.service",
     ZSH_COMPLETIONS,
+    "lib/curtain/curtain-views.so",
     "share/applications/com.curtain.Curtain.desktop",
     "share/bash-completion/completions/curtain",
     "share/dbus-1/interfaces/com.curtain.Curtain.xml",

@@ -21,6 +21,7 @@ from installed_files import INSTALLED_FILES, files_below
 FOLDER = None  # main() fills it in
 BUILD, VERSION = Path(os.environ["BUILD"]), os.environ["VERSION"]
 SOURCE = Path(__file__).resolve().parents[2]
+PROGRAMS = ("usr/bin/curtain", "usr/lib/curtain/curtain-views.so")
 COMPRESSED = {"share/man/man1/curtain.1", "share/doc/curtain/changelog"}
 
 
@@ -85,9 +86,10 @@ class PackageTest(unittest.TestCase):
         self.assertTrue(all(len(line) <= 80 for line in rest), rest)
 
     def test_depends_on_the_libraries_of_the_program(self):
-        needed = re.findall(r"\(NEEDED\).*\[(lib.*)\]", output("readelf", "--dynamic", str(self.root / "usr/bin/curtain")))
-        self.assertTrue(needed)
-        self.assert_depends_on(f"*/{library}" for library in needed)
+        for name in PROGRAMS:
+            needed = re.findall(r"\(NEEDED\).*\[(lib.*)\]", output("readelf", "--dynamic", str(self.root / name)))
+            self.assertTrue(needed)
+            self.assert_depends_on(f"*/{library}" for library in needed)
 
     def test_depends_on_the_modules_that_the_views_import(self):
         imports = {name for path in SOURCE.rglob("*.qml") if path.parts[len(SOURCE.parts)] in ("Curtain", "platform")
@@ -112,9 +114,10 @@ class PackageTest(unittest.TestCase):
             self.assertTrue(owners & depends, (pattern, owners))
 
     def test_the_program_is_stripped(self):
-        sections = output("readelf", "--section-headers", "--wide", str(self.root / "usr/bin/curtain"))
-        self.assertIn(" .text ", sections)
-        self.assertNotRegex(sections, r" \.(symtab|debug_info) ")
+        for name in PROGRAMS:
+            sections = output("readelf", "--section-headers", "--wide", str(self.root / name))
+            self.assertIn(" .text ", sections)
+            self.assertNotRegex(sections, r" \.(symtab|debug_info) ")
 
     def test_compressed_files_carry_no_time_and_no_name(self):
         for name in COMPRESSED:

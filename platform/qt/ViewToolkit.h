@@ -1,0 +1,29 @@
+#pragma once
+
+#include "platform/Popover.h"
+#include "platform/Windows.h"
+#include "platform/qt/QtScreens.h"
+#include "platform/qt/WindowManagerLink.h"
+
+#include <memory>
+
+namespace QtPlatform {
+
+/// What shows views. It stands in a library of its own, since it brings ten times what the icon in the tray
+/// needs. Outlives what it makes. Main thread only.
+class ViewToolkit {
+public:
+    virtual ~ViewToolkit() = default;
+
+    virtual void setReducedMotion(bool isReduced) = 0;
+    /// `screens` outlives the popover.
+    virtual std::unique_ptr<Platform::Popover> makePopover(const QtScreens& screens,
+                                                           WindowManagerLink windowManager) = 0;
+    virtual std::unique_ptr<Platform::Windows> makeWindows(WindowManagerLink windowManager) = 0;
+};
+
+/// The library's only entry, whose caller owns the result.
+using MakeViewToolkit = ViewToolkit*();
+constexpr const char* nameOfMakeViewToolkit = "curtainMakeViewToolkit";
+
+} // namespace QtPlatform
