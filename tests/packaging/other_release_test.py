@@ -29,9 +29,10 @@ set -e
 mount --make-rprivate /
 mount -t proc proc "$ROOT/proc"
 for place in dev/shm tmp run; do mkdir -p "$ROOT/$place"; mount -t tmpfs -o mode=1777 tmpfs "$ROOT/$place"; done
-mkdir -p "$ROOT/dev/pts" "$ROOT/ccache"
-mountpoint -q "$ROOT/dev/pts" || mount -t devpts -o newinstance,ptmxmode=0666,mode=0620 devpts "$ROOT/dev/pts"
-mount --bind "$CACHE" "$ROOT/ccache"
+mkdir -p "$ROOT/dev/pts"
+# What is there may give every terminal to one user.
+mount -t devpts -o newinstance,ptmxmode=0666,mode=0620 devpts "$ROOT/dev/pts"
+if [ -n "$CACHE" ]; then mkdir -p "$ROOT/ccache"; mount --bind "$CACHE" "$ROOT/ccache"; fi
 ip link set lo up 2>/dev/null || true
 # As the root of the namespace, since the kernel lets nobody become an ordinary user in a folder that was only changed to.
 mount --rbind "$ROOT" "$ROOT"
@@ -88,21 +89,27 @@ def make_system(release, log):
 
 
 def run_there(root, cache, has_network, *argv):
-    """As the first user of a machine that has been started, whose processes end with the command."""
+    """As the first user of a machine that has been started, whose processes end with the command; the cache may be None."""
     namespaces = ["--mount", "--pid", "--ipc", "--uts", "--fork", "--kill-child"] + ([] if has_network else ["--net"])
     variables = [f"{name}={value}" for name, value in ENVIRONMENT.items()]
     print("+", *argv, flush=True)
     subprocess.run(["unshare", *namespaces, "sh", "-c", PREPARE, "sh", *variables, "sh", "-c", f"cd /{TREE} && exec \"$@\"", "sh", *argv],
-                   env=os.environ | {"ROOT": str(root), "CACHE": str(cache)}, check=True)
+                   env=os.environ | {"ROOT": str(root), "CACHE": str(cache or "")}, check=True)
 
 
-def use_system(log, root):
-    tree, cache = root / TREE, log.with_suffix(".ccache")
+def copy_tree(root):
+    """As it is committed."""
+    tree = root / TREE
     tree.mkdir()
-    cache.mkdir(exist_ok=True)
     committed = subprocess.run(["git", "-C", SOURCE, "-c", f"safe.directory={SOURCE}", "archive", "HEAD"], check=True,
                                stdout=subprocess.PIPE)
     subprocess.run(["tar", "--extract", "--directory", tree], input=committed.stdout, check=True)
+
+
+def use_system(log, root):
+    cache = log.with_suffix(".ccache")
+    cache.mkdir(exist_ok=True)
+    copy_tree(root)
     # Afterwards, there is nothing left to be fetched.
     run_there(root, cache, True, "scripts/setup", "--tests")
     run_there(root, cache, False, "make", "test")
