@@ -208,6 +208,17 @@ void AppDelegate::toggleModeFromHotkey() {
     refreshReadiness();
 }
 
+void AppDelegate::privacyRequested(PrivacyRequest request) {
+    const bool wasActive = engine().isActive();
+    if (request == (wasActive ? PrivacyRequest::on : PrivacyRequest::off)) {
+        return;
+    }
+    toggleModeFromHotkey();
+    if (wasActive) {
+        notifier_.notifyPrivacyModeEnded();
+    }
+}
+
 void AppDelegate::installReadinessProviders() {
     QObject::connect(&cameraManager_, &CameraPreviewManager::findingChanged, &cameraManager_,
                      [this] { refreshReadiness(); });
@@ -492,6 +503,7 @@ void AppDelegate::undoAutomaticActivation() {
 }
 
 bool AppDelegate::activatePrivacyMode() {
+    notifier_.withdrawPrivacyModeEnded();
     engine().activate(store_.load().targetBundleIDs());
     tellIfListWasLost();
     return !sayIfNothingIsHidden();

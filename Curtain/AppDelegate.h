@@ -52,6 +52,9 @@ public:
     void openSettings();
     /// What the shortcut does.
     void toggleModeFromHotkey();
+    /// What another program asks for. One that ends privacy mode is told of in a notice.
+    enum class PrivacyRequest { on, off, toggle };
+    void privacyRequested(PrivacyRequest request);
 
 private:
     /// Of an app that is looked at until it is hidden.

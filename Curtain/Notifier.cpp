@@ -19,6 +19,7 @@ std::string text(Key key, const std::string& lang) {
 }
 
 constexpr auto inVainIdentifier = "privacyModeInVain";
+constexpr auto endedIdentifier = "privacyModeEnded";
 
 std::string rehiddenIdentifier(const std::string& bundleID) {
     return "rehidden." + bundleID;
@@ -114,6 +115,25 @@ void Notifier::notifyPrivacyModeInVain(const std::string& reason) {
 
 void Notifier::withdrawPrivacyModeInVain() {
     withdrawPrivacyNotice(inVainIdentifier);
+}
+
+void Notifier::notifyPrivacyModeEnded() {
+    if (!enabled_) {
+        return;
+    }
+    const auto lang = languageProvider();
+    hasToldOfEnd_ = true;
+    center_.add({endedIdentifier,
+                 {text(PlatformKey::privacyModeEndedTitle, lang),
+                  text(PlatformKey::privacyModeEndedBody, lang),
+                  {},
+                  {}}});
+}
+
+void Notifier::withdrawPrivacyModeEnded() {
+    if (std::exchange(hasToldOfEnd_, false)) {
+        center_.removeDeliveredNotifications({endedIdentifier});
+    }
 }
 
 void Notifier::withdrawPrivacyNotices() {

@@ -50,6 +50,9 @@ public:
     /// of the notice that privacy mode was switched on.
     void notifyPrivacyModeInVain(const std::string& reason);
     void withdrawPrivacyModeInVain();
+    /// Another program has switched privacy mode off.
+    void notifyPrivacyModeEnded();
+    void withdrawPrivacyModeEnded();
     /// Takes every notice off the screen that is true only while privacy mode is on.
     void withdrawPrivacyNotices();
     /// The one about this app, which is hidden no longer.
@@ -77,6 +80,7 @@ private:
     std::set<std::string> privacyNotices_;
     /// Of the latest notice that privacy mode was switched on.
     std::string activatedNotice_;
+    bool hasToldOfEnd_ = false;
 };
 
 } // namespace Curtain

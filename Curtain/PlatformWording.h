@@ -78,6 +78,9 @@ enum class PlatformKey {
     somePrivateAppsNotCounted,
     /// Privacy mode is on, and nothing can be hidden.
     privacyModeInVain,
+    /// Another program has switched privacy mode off: the title of the notice and what it says.
+    privacyModeEndedTitle,
+    privacyModeEndedBody,
 };
 
 /// The texts that the user sees on Linux: those of `CurtainCore::Localizer`, but for the few that would be
@@ -98,7 +101,7 @@ std::string_view string(PlatformKey key, std::string_view lang);
 
 template <>
 struct CurtainCore::RawValues<Curtain::PlatformKey> {
-    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 40> cases{{
+    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 42> cases{{
         {Curtain::PlatformKey::noHidingOnWayland, "noHidingOnWayland"},
         {Curtain::PlatformKey::noWindowManager, "noWindowManager"},
         {Curtain::PlatformKey::logOutOnce, "logOutOnce"},
@@ -139,5 +142,7 @@ struct CurtainCore::RawValues<Curtain::PlatformKey> {
         {Curtain::PlatformKey::privateAppsNotCounted, "privateAppsNotCounted"},
         {Curtain::PlatformKey::somePrivateAppsNotCounted, "somePrivateAppsNotCounted"},
         {Curtain::PlatformKey::privacyModeInVain, "privacyModeInVain"},
+        {Curtain::PlatformKey::privacyModeEndedTitle, "privacyModeEndedTitle"},
+        {Curtain::PlatformKey::privacyModeEndedBody, "privacyModeEndedBody"},
     }};
 };

@@ -114,10 +114,13 @@ int main(int argumentCount, char** arguments) {
     Curtain::AppDelegate delegate(platform);
     const auto termination = QtPlatform::onTerminationSignal([] { QApplication::quit(); });
     delegate.applicationDidFinishLaunching();
+    using Request = Curtain::AppDelegate::PrivacyRequest;
     bus.setActions({.open = [&] { delegate.open(); },
                     .named = {{"open", [&] { delegate.open(); }},
                               {"settings", [&] { delegate.openSettings(); }},
-                              {"toggle-privacy", [&] { delegate.toggleModeFromHotkey(); }},
+                              {"toggle-privacy", [&] { delegate.privacyRequested(Request::toggle); }},
+                              {"privacy-on", [&] { delegate.privacyRequested(Request::on); }},
+                              {"privacy-off", [&] { delegate.privacyRequested(Request::off); }},
                               {"quit", [&] { delegate.menuQuit(); }}}});
     return QApplication::exec();
 }

@@ -120,6 +120,36 @@ TEST_F(AppDelegateTest, ShortcutHidesThePrivateAppsAndShowsThemAgain) {
     EXPECT_EQ(fakes.statusBar.images.back(), openImage);
 }
 
+TEST_F(AppDelegateTest, OtherProgramsSwitchPrivacyModeAndItsEndIsTold) {
+    using Request = Curtain::AppDelegate::PrivacyRequest;
+    makePrivate({"a"});
+    fakes.workspace.run("a");
+    launch();
+    const auto& told = fakes.userNotificationCenter.delivered;
+
+    delegate->privacyRequested(Request::off);
+    EXPECT_THAT(takeCalls(), IsEmpty());
+    delegate->privacyRequested(Request::on);
+    EXPECT_THAT(takeCalls(), ElementsAre("hide a"));
+    delegate->privacyRequested(Request::on);
+    EXPECT_THAT(takeCalls(), IsEmpty());
+    EXPECT_THAT(told, IsEmpty());
+
+    delegate->privacyRequested(Request::off);
+    EXPECT_THAT(takeCalls(), ElementsAre("unhide a", "activate a 2"));
+    ASSERT_EQ(told.size(), 1U);
+    EXPECT_EQ(told[0].content.title, "Privacy mode off");
+    EXPECT_EQ(told[0].content.body, "Another program asked for it.");
+
+    delegate->privacyRequested(Request::toggle);
+    EXPECT_THAT(told, IsEmpty()) << "it is not true any more";
+    pressShortcut();
+    EXPECT_THAT(told, IsEmpty()) << "that was nobody else";
+    delegate->privacyRequested(Request::toggle);
+    delegate->privacyRequested(Request::toggle);
+    EXPECT_EQ(told.size(), 1U);
+}
+
 TEST_F(AppDelegateTest, PreferencesAreReadAtEachPress) {
     fakes.workspace.run("a");
     launch();

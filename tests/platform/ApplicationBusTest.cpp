@@ -81,6 +81,18 @@ TEST_F(ApplicationBusTest, CallsThatComeEarlyAreDoneLater) {
     EXPECT_THAT(done, ElementsAre("toggle-privacy"));
 }
 
+TEST_F(ApplicationBusTest, EarlyCallsAreRefusedOnceThereAreMany) {
+    ASSERT_EQ(bus->claim(), ApplicationBus::Claim::first);
+    for (int call = 0; call < 16; ++call) {
+        EXPECT_EQ(activateAction(QStringLiteral("toggle-privacy")).type(), QDBusMessage::ReplyMessage);
+    }
+    EXPECT_EQ(activateAction(QStringLiteral("toggle-privacy")).errorName(),
+              QStringLiteral("org.freedesktop.DBus.Error.LimitsExceeded"));
+    bus->setActions(actions());
+    EXPECT_EQ(done.size(), 16U);
+    EXPECT_EQ(activateAction(QStringLiteral("quit")).type(), QDBusMessage::ReplyMessage);
+}
+
 TEST_F(ApplicationBusTest, UnknownActionsAndMalformedCallsDoNothing) {
     ASSERT_EQ(bus->claim(), ApplicationBus::Claim::first);
     bus->setActions(actions());

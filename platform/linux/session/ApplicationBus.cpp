@@ -1,10 +1,12 @@
 #include "platform/linux/session/ApplicationBus.h"
 
 #include <QDBusConnectionInterface>
+#include <QDBusError>
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
 #include <QVariantMap>
 
+#include <cstddef>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -15,6 +17,8 @@ namespace {
 const auto applicationInterface = QStringLiteral("org.freedesktop.Application");
 /// Long enough for an instance that is just starting; a frozen one must not keep the user waiting.
 constexpr int answerDeadline = 5000;
+/// More that is asked for before the start is over is refused.
+constexpr std::size_t mostEarlyCalls = 16;
 
 QString pathOf(QString name) {
     return QStringLiteral("/") +
@@ -49,6 +53,11 @@ public:
             action = arguments.first().toString().toStdString();
         } else if (!isOpening(message)) {
             return false;
+        }
+        if (!actions_ && early_.size() == mostEarlyCalls) {
+            connection.send(message.createErrorReply(QDBusError::LimitsExceeded,
+                                                     QStringLiteral("too many calls before the start is over")));
+            return true;
         }
         // The caller is not kept waiting by what the call does.
         connection.send(message.createReply());
