@@ -55,8 +55,8 @@ public:
             return false;
         }
         if (!actions_ && early_.size() == mostEarlyCalls) {
-            connection.send(message.createErrorReply(QDBusError::LimitsExceeded,
-                                                     QStringLiteral("too many calls before the start is over")));
+            connection.send(message.createErrorReply(
+                QDBusError::LimitsExceeded, QStringLiteral("too many calls before the start is over")));
             return true;
         }
         // The caller is not kept waiting by what the call does.
