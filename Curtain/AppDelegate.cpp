@@ -113,6 +113,7 @@ ReadinessCoordinator& AppDelegate::coordinator() {
 }
 
 void AppDelegate::applicationDidFinishLaunching() {
+    const CurtainCore::PreferencesStore::Action action(store_);
     platform_.application->setActivationPolicy(Platform::ActivationPolicy::accessory);
     installReadinessProviders();
     platform_.popover->setOnDidClose(lifetime_.weak([this] { popoverDidClose(); }));
@@ -137,6 +138,7 @@ void AppDelegate::menuOpen() {
 }
 
 void AppDelegate::open() {
+    const CurtainCore::PreferencesStore::Action action(store_);
     if (platform_.popover->isShown()) {
         platform_.popover->show(*statusItem_);
     } else {
@@ -149,6 +151,7 @@ void AppDelegate::menuQuit() {
 }
 
 void AppDelegate::openSettings() {
+    const CurtainCore::PreferencesStore::Action action(store_);
     if (platform_.popover->isShown()) {
         platform_.popover->close();
     }
@@ -187,6 +190,7 @@ void AppDelegate::nameSettingsWindow() {
 }
 
 void AppDelegate::languageDidChange() {
+    const CurtainCore::PreferencesStore::Action action(store_);
     nameSettingsWindow();
     updateToolTip();
     if (onboardingWC_) {
@@ -198,6 +202,7 @@ void AppDelegate::languageDidChange() {
 }
 
 void AppDelegate::toggleModeFromHotkey() {
+    const CurtainCore::PreferencesStore::Action action(store_);
     if (engine().isActive()) {
         deactivatePrivacyMode();
     } else {
@@ -261,6 +266,7 @@ void AppDelegate::setupAutoDetection() {
         platform_.log->writeLine("Curtain: notificaciones desactivadas (sin bundle)");
     }
     notifier_.onUndo = [this] {
+        const CurtainCore::PreferencesStore::Action action(store_);
         if (engine().isActive()) {
             deactivatePrivacyMode();
             autoActivated_ = false;
@@ -269,6 +275,7 @@ void AppDelegate::setupAutoDetection() {
         }
     };
     notifier_.onReveal = [this](const std::string& bundleID) {
+        const CurtainCore::PreferencesStore::Action action(store_);
         returns_.erase(bundleID);
         engine().reveal(bundleID);
         notifier_.withdrawRehidden(bundleID);
@@ -295,6 +302,7 @@ void AppDelegate::statusItemClicked(const std::optional<Platform::Event>& event)
 }
 
 void AppDelegate::togglePopover() {
+    const CurtainCore::PreferencesStore::Action action(store_);
     auto& popover = *platform_.popover;
     if (popover.isShown()) {
         popover.close();
@@ -345,6 +353,7 @@ void AppDelegate::showStatusMenu() {
 }
 
 Platform::Menu AppDelegate::statusMenu() {
+    const CurtainCore::PreferencesStore::Action action(store_);
     using CurtainCore::LocKey;
     const auto lang = currentLang();
     const auto text = [&](LocKey key) { return std::string(PlatformWording::string(key, lang)); };
@@ -362,6 +371,9 @@ void AppDelegate::popoverDidClose() {
     cameraManager_.stop();
     micMonitor_.stop();
     cameraManager_.clearCapturedPhoto();
+    if (const auto view = readinessView_.lock()) {
+        view->rest();
+    }
 }
 
 /// Whatever is no part of the visible frame belongs to the menu bar, the status item itself included.
@@ -419,8 +431,9 @@ Platform::View AppDelegate::makeReadinessView() {
                                                   *platform_.urlOpener,
                                                   *platform_.locale,
                                                   *platform_.systemVersion};
-    return {"qrc:/Curtain/MeetingReadinessView.qml",
-            std::make_shared<MeetingReadinessView>(services, currentLang(), std::move(actions))};
+    const auto view = std::make_shared<MeetingReadinessView>(services, currentLang(), std::move(actions));
+    readinessView_ = view;
+    return {"qrc:/Curtain/MeetingReadinessView.qml", view};
 }
 
 void AppDelegate::appAppeared(const std::string& bundleID) {
@@ -473,6 +486,7 @@ void AppDelegate::noticeRehidden(const std::string& bundleID) {
 }
 
 void AppDelegate::handleDetection(CurtainCore::DetectionConfidence confidence) {
+    const CurtainCore::PreferencesStore::Action action(store_);
     if (confidence != CurtainCore::DetectionConfidence::high) {
         undoAutomaticActivation();
         return;
@@ -544,6 +558,7 @@ bool AppDelegate::tellObstacle() {
 }
 
 void AppDelegate::hidingAnswered() {
+    const CurtainCore::PreferencesStore::Action action(store_);
     if (engine().isActive()) {
         tellObstacle();
     }
@@ -555,6 +570,7 @@ void AppDelegate::hidingAnswered() {
 }
 
 void AppDelegate::hidePrivateApps() {
+    const CurtainCore::PreferencesStore::Action action(store_);
     if (!engine().isActive()) {
         activatePrivacyMode();
     }
@@ -563,6 +579,7 @@ void AppDelegate::hidePrivateApps() {
 }
 
 void AppDelegate::fixEverything() {
+    const CurtainCore::PreferencesStore::Action action(store_);
     const bool wasActive = engine().isActive();
     const bool notificationsNeedAttention = FixEverything::run(engine(), store_, desktopController_);
     if (!wasActive) {
@@ -577,6 +594,7 @@ void AppDelegate::fixEverything() {
 }
 
 void AppDelegate::restore() {
+    const CurtainCore::PreferencesStore::Action action(store_);
     if (desktopController_.iconsHidden()) {
         desktopController_.setIconsHidden(false);
     }
@@ -594,6 +612,7 @@ void AppDelegate::toggleDesktop() {
 }
 
 void AppDelegate::selectCamera(const std::string& cameraID) {
+    const CurtainCore::PreferencesStore::Action action(store_);
     auto preferences = store_.load();
     preferences.selectedCameraID = cameraID;
     store_.save(preferences);
@@ -649,6 +668,7 @@ void AppDelegate::showOnboardingWizard(CurtainCore::OnboardingStep startAt) {
 }
 
 void AppDelegate::finishOnboarding() {
+    const CurtainCore::PreferencesStore::Action action(store_);
     auto preferences = store_.load();
     preferences.hasOnboarded = true;
     store_.save(preferences);

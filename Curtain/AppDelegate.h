@@ -31,6 +31,8 @@
 
 namespace Curtain {
 
+class MeetingReadinessView;
+
 /// The one controller: owns every long-lived object, switches privacy mode and shows its state, and opens the
 /// popover and the windows. Main thread only.
 class AppDelegate {
@@ -135,6 +137,8 @@ private:
     HidingWatch hidingWatch_;
     /// What was said of privacy mode since it was switched on.
     std::optional<Platform::HidingObstacle> toldObstacle_;
+    /// That of the popover, which owns it.
+    std::weak_ptr<MeetingReadinessView> readinessView_;
     std::optional<CurtainCore::HideEngine> engine_;
     WorkspaceObserver workspaceObserver_;
     CurtainCore::PreferencesStore store_;

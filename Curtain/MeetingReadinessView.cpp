@@ -395,7 +395,14 @@ QString MeetingReadinessView::text(const QString& key) const {
     return viewText(key, lang_);
 }
 
+void MeetingReadinessView::rest() {
+    services_.coordinator.disconnect(this);
+    services_.camera.disconnect(this);
+    services_.mic.disconnect(this);
+}
+
 void MeetingReadinessView::didOpen() {
+    const CurtainCore::PreferencesStore::Action action(services_.store);
     setEditingApps(false);
     setMissingPage(SettingsPage::none);
     setShowingTestShare(services_.store.load().runTestShareModeOnOpen);

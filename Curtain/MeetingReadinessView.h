@@ -116,6 +116,8 @@ public:
     };
 
     MeetingReadinessView(const Services& services, std::string lang, MeetingReadinessActions actions);
+    /// It is no longer shown, and from now on follows nothing.
+    void rest();
 
     QString lang() const { return QString::fromStdString(lang_); }
     bool isRightToLeft() const;

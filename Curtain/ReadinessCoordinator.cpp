@@ -19,6 +19,7 @@ ReadinessCoordinator::ReadinessCoordinator(CurtainCore::PreferencesStore& store,
 
 void ReadinessCoordinator::refresh() {
     using CurtainCore::NotificationStatus;
+    const CurtainCore::PreferencesStore::Action action(store_);
     const auto preferences = store_.load();
     CurtainCore::ReadinessInput input;
     const auto apps = PrivateAppsInspector::report(workspace_, preferences.targetApps);
@@ -43,6 +44,7 @@ void ReadinessCoordinator::refresh() {
 }
 
 void ReadinessCoordinator::toggleTargetApp(const CatalogEntry& entry) {
+    const CurtainCore::PreferencesStore::Action action(store_);
     auto preferences = store_.load();
     auto& apps = preferences.targetApps;
     const auto found = std::ranges::find(apps, entry.bundleID, &CurtainCore::TargetApp::bundleID);

@@ -13,7 +13,27 @@ constexpr std::string_view key = "curtain.preferences.v1";
 
 PreferencesStore::PreferencesStore(UserDefaults& defaults) : defaults_(defaults) {}
 
+PreferencesStore::Action::Action(const PreferencesStore& store) : store_(store) {
+    ++store_.actions_;
+}
+
+PreferencesStore::Action::~Action() {
+    if (--store_.actions_ == 0) {
+        store_.loaded_.reset();
+    }
+}
+
 Preferences PreferencesStore::load() const {
+    if (actions_ == 0) {
+        return read();
+    }
+    if (!loaded_) {
+        loaded_ = read();
+    }
+    return *loaded_;
+}
+
+Preferences PreferencesStore::read() const {
     const auto bytes = defaults_.data(key);
     auto preferences = bytes ? decodePreferences(*bytes) : std::nullopt;
     if (bytes) {
@@ -37,6 +57,7 @@ void PreferencesStore::save(const Preferences& preferences) {
         makeLossLast();
     }
     defaults_.setData(key, *document);
+    loaded_.reset();
 }
 
 void PreferencesStore::noteDamage(const std::string& document) const {

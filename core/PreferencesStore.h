@@ -18,10 +18,24 @@ struct PreferencesDamage {
     bool operator==(const PreferencesDamage&) const = default;
 };
 
-/// Loads and saves the whole record, without a cache: every `load` reads the user defaults again. Main thread
-/// only.
+/// Loads and saves the whole record. Every `load` reads the user defaults again, but for those of one action.
+/// Main thread only.
 class PreferencesStore {
 public:
+    /// What the user or the desktop made the program do: while it lives, the user defaults are read for the
+    /// first `load` and for the first one after a `save`. One inside another is a part of it.
+    class Action {
+    public:
+        /// `store` outlives the action.
+        explicit Action(const PreferencesStore& store);
+        ~Action();
+        Action(const Action&) = delete;
+        Action& operator=(const Action&) = delete;
+
+    private:
+        const PreferencesStore& store_;
+    };
+
     /// `defaults` outlives the store.
     explicit PreferencesStore(UserDefaults& defaults);
 
@@ -38,6 +52,7 @@ public:
     void save(const Preferences& preferences);
 
 private:
+    Preferences read() const;
     bool holdsUnreadableDocument() const;
     void noteDamage(const std::string& document) const;
     void noteUnreadable() const;
@@ -46,6 +61,9 @@ private:
     void tellDamage() const;
 
     UserDefaults& defaults_;
+    mutable int actions_ = 0;
+    /// Only within an action.
+    mutable std::optional<Preferences> loaded_;
     // Loading changes nothing but what is known of the damage.
     mutable std::optional<PreferencesDamage> damage_;
     /// Tells one damaged document from another.

@@ -68,6 +68,38 @@ TEST_F(PopoverTest, OpensOnAClickAndClosesOnTheNext) {
     EXPECT_THAT(takeEvents(), ElementsAre("show popover", "close popover"));
 }
 
+TEST_F(PopoverTest, AnActionReadsThePreferencesOnce) {
+    makePrivate({"a"});
+    const auto readsOf = [&](const std::function<void()>& action) {
+        fakes.userDefaults.reads.clear();
+        action();
+        return fakes.userDefaults.reads["curtain.preferences.v1"];
+    };
+    EXPECT_EQ(readsOf([&] { fakes.statusBar.click(leftClick); }), 1);
+    EXPECT_EQ(readsOf([&] { view().didOpen(); }), 1);
+    EXPECT_EQ(readsOf([&] { pressShortcut(); }), 1);
+    EXPECT_EQ(readsOf([&] { fakes.mainQueue.advance(0.41); }), 1) << "looks once more";
+    EXPECT_EQ(readsOf([&] { view().restore(); }), 1);
+    EXPECT_EQ(readsOf([&] { view().fixEverything(); }), 1);
+    EXPECT_EQ(readsOf([&] { fakes.statusBar.click(rightClick); }), 1);
+}
+
+TEST_F(PopoverTest, FollowsNothingWhileItIsClosed) {
+    open();
+    int changes = 0;
+    QObject::connect(&view(), &Curtain::MeetingReadinessView::stateChanged, [&] { ++changes; });
+    fakes.statusBar.click(leftClick);
+    EXPECT_EQ(changes, 0);
+    pressShortcut();
+    fakes.mainQueue.advance(1.0);
+    EXPECT_EQ(changes, 0);
+    open();
+    EXPECT_TRUE(view().isPrivacyModeOn());
+    QObject::connect(&view(), &Curtain::MeetingReadinessView::stateChanged, [&] { ++changes; });
+    pressShortcut();
+    EXPECT_EQ(changes, 1);
+}
+
 TEST_F(PopoverTest, OpensWithoutAnEvent) {
     fakes.statusBar.click(std::nullopt);
     EXPECT_TRUE(fakes.popover.isShown());

@@ -44,6 +44,34 @@ TEST_F(PreferencesStoreTest, EveryLoadReadsAgain) {
     EXPECT_FALSE(store.load().hasOnboarded);
 }
 
+TEST_F(PreferencesStoreTest, AnActionReadsOnceAndAgainAfterASave) {
+    {
+        const PreferencesStore::Action action(store);
+        const PreferencesStore::Action part(store);
+        store.load();
+        defaults.values[key] = R"({"hasOnboarded": true})";
+        EXPECT_FALSE(store.load().hasOnboarded);
+        EXPECT_EQ(defaults.reads[key], 1);
+        Preferences preferences;
+        preferences.language = AppLanguage::fr;
+        store.save(preferences);
+        EXPECT_EQ(store.load(), preferences);
+    }
+    defaults.values[key] = R"({"hasOnboarded": true})";
+    EXPECT_TRUE(store.load().hasOnboarded);
+    const PreferencesStore::Action next(store);
+    defaults.values.erase(key);
+    EXPECT_FALSE(store.load().hasOnboarded);
+}
+
+TEST_F(PreferencesStoreTest, APartThatEndsLeavesTheActionWhatWasRead) {
+    const PreferencesStore::Action action(store);
+    store.load();
+    { const PreferencesStore::Action part(store); }
+    store.load();
+    EXPECT_EQ(defaults.reads[key], 1);
+}
+
 TEST_F(PreferencesStoreTest, BadDocumentLosesEverySettingButStaysStored) {
     const std::string document = R"({"hasOnboarded": true, "language": "de"})";
     defaults.values[key] = document;

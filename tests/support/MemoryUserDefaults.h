@@ -21,10 +21,12 @@ public:
     std::set<std::string, std::less<>> unreadable;
     std::vector<std::string> copies;
     int writes = 0;
+    mutable std::map<std::string, int, std::less<>> reads;
 
     bool contains(std::string_view key) const override { return values.contains(key); }
 
     std::optional<std::string> data(std::string_view key) const override {
+        ++reads[std::string(key)];
         const auto found = values.find(key);
         return found == values.end() || unreadable.contains(key) ? std::nullopt
                                                                  : std::optional(found->second);
