@@ -8,6 +8,7 @@
 #include <iterator>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 
 namespace LinuxPlatform {
 namespace {
@@ -69,7 +70,8 @@ I3WindowSystem::I3WindowSystem(const std::filesystem::path& socket, Platform::Ma
       taken_(std::move(record)),
       leaving_(queue),
       activation_(
-          queue, [this] { return lookAtScene(); }, [this](WindowId window) { bringToFront(window); }) {
+          queue, [this] { return lookAtScene(); }, [this](WindowId window) { bringToFront(window); }),
+      events_(queue, leaving_, [this](WindowId window) { return find(window); }) {
     if (x11_) {
         x11Events_ = x11_->addEventHandler(
             [this](WindowEvent event, const Window& /*window*/) { handleX11Event(event); });
@@ -153,7 +155,7 @@ bool I3WindowSystem::isHidden(WindowId window) const {
 }
 
 Platform::Subscription I3WindowSystem::addEventHandler(EventHandler handler) {
-    return handlers_.add(std::move(handler));
+    return events_.addHandler(std::move(handler));
 }
 
 // What is
@@ -254,7 +256,7 @@ void I3WindowSystem::noteChanges(const I3Tree* before) {
         const bool isBack = earlier != nullptr && earlier->isInScratchpad();
         const bool hadFocus = earlier != nullptr && earlier->node->isFocused;
         if (!leaf.isInScratchpad() && (isBack || (leaf.node->isFocused && !hadFocus))) {
-            announce(WindowEvent::activated, window);
+            events_.announce(WindowEvent::activated, window);
         }
     }
 }
@@ -269,7 +271,7 @@ void I3WindowSystem::noteOpened() {
         const auto [described, isNew] = described_.try_emplace(window.id, window.hints);
         if (isNew || described->second != window.hints) {
             described->second = window.hints;
-            announce(WindowEvent::opened, window.id);
+            events_.announce(WindowEvent::opened, window.id);
         }
     }
 }
@@ -316,22 +318,10 @@ void I3WindowSystem::forgetWhatIsNotLeftBehind() {
     });
 }
 
-void I3WindowSystem::announce(WindowEvent event, WindowId window) {
-    if (undelivered_.empty()) {
-        queue_.async(lifetime_.weak([this] { deliverEvents(); }));
-    }
-    undelivered_.emplace_back(event, window);
-}
-
-void I3WindowSystem::deliverEvents() {
-    for (const auto& [event, id] : std::exchange(undelivered_, {})) {
-        const auto& all = windows();
-        const auto window = std::ranges::find(all, id, &Window::id);
-        const bool isOver = event == WindowEvent::activated && (isHidden(id) || leaving_.contains(id));
-        if (window != all.end() && !isOver) {
-            handlers_.tell(event, Window(*window));
-        }
-    }
+std::optional<Window> I3WindowSystem::find(WindowId window) {
+    const auto& all = windows();
+    const auto found = std::ranges::find(all, window, &Window::id);
+    return found != all.end() ? std::optional(*found) : std::nullopt;
 }
 
 // What is asked for
@@ -510,9 +500,8 @@ std::optional<I3Place> I3WindowSystem::placeOf(WindowId window) const {
 }
 
 std::optional<std::uint32_t> I3WindowSystem::processOf(WindowId window) {
-    const auto& all = windows();
-    const auto found = std::ranges::find(all, window, &Window::id);
-    return found != all.end() ? found->hints.process : std::nullopt;
+    const auto found = find(window);
+    return found ? found->hints.process : std::nullopt;
 }
 
 WindowActivation::Scene I3WindowSystem::lookAtScene() const {

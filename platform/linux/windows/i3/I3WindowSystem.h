@@ -3,11 +3,11 @@
 #include "platform/Lifetime.h"
 #include "platform/Log.h"
 #include "platform/MainQueue.h"
-#include "platform/Subscribers.h"
 #include "platform/linux/i3/I3Connection.h"
 #include "platform/linux/windows/LeavingWindows.h"
 #include "platform/linux/windows/TakenWindows.h"
 #include "platform/linux/windows/WindowActivation.h"
+#include "platform/linux/windows/WindowEvents.h"
 #include "platform/linux/windows/WindowSystem.h"
 #include "platform/linux/windows/i3/I3Layout.h"
 #include "platform/linux/windows/i3/I3Tree.h"
@@ -20,7 +20,6 @@
 #include <optional>
 #include <set>
 #include <unordered_map>
-#include <utility>
 #include <vector>
 
 namespace LinuxPlatform {
@@ -65,8 +64,7 @@ private:
     void noteScratchpad();
     void noteWhatIsBack();
     void forgetWhatIsNotLeftBehind();
-    void announce(WindowEvent event, WindowId window);
-    void deliverEvents();
+    std::optional<Window> find(WindowId window);
     bool isHidden(WindowId window) const;
 
     void carryOut();
@@ -116,6 +114,7 @@ private:
     std::map<WindowId, Seconds> broughtUp_;
     LeavingWindows leaving_;
     WindowActivation activation_;
+    WindowEvents events_;
     std::set<WindowId> toTake_;
     std::set<WindowId> toGiveBack_;
     std::optional<WindowId> toFocus_;
@@ -126,8 +125,6 @@ private:
     std::size_t adjustmentsLeft_ = 0;
     /// Why a command was not carried out since windows were last put back.
     std::optional<std::string> refusal_;
-    std::vector<std::pair<WindowEvent, WindowId>> undelivered_;
-    Platform::Subscribers<WindowEvent, Window> handlers_;
     Platform::Subscription x11Events_;
     Platform::Lifetime lifetime_;
 };

@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <array>
 #include <functional>
+#include <optional>
+#include <utility>
 
 namespace LinuxPlatform {
 namespace {
@@ -79,6 +81,11 @@ KWinWindowSystem::KWinWindowSystem(const QDBusConnection& bus, Platform::MainQue
       activation_(
           queue, [this] { return lookAtScene(); },
           [this](WindowId window) { request(KWinRequests::Act::activate, std::array{window}); }),
+      events_(queue, leaving_,
+              [this](WindowId window) {
+                  const auto* const found = model_.find(window);
+                  return found != nullptr ? std::optional(*found) : std::nullopt;
+              }),
       kwin_(bus, busName, [this] { beginAnew(); }) {}
 
 KWinWindowSystem::~KWinWindowSystem() {
@@ -226,35 +233,18 @@ void KWinWindowSystem::receive(const QString& sender, const QByteArray& text) {
 
 void KWinWindowSystem::takeNoteOf(const KWinWindowModel::Changes& changes) {
     for (const auto window : changes.opened) {
-        undelivered_.emplace_back(WindowEvent::opened, window);
+        events_.announce(WindowEvent::opened, window);
     }
     for (const auto window : changes.returned) {
-        undelivered_.emplace_back(WindowEvent::activated, window);
+        events_.announce(WindowEvent::activated, window);
     }
     if (changes.activated && !leaving_.contains(*changes.activated)) {
-        undelivered_.emplace_back(WindowEvent::activated, *changes.activated);
-    }
-    if (!changes.empty()) {
-        queue_.async(lifetime_.weak([this] { deliverEvents(); }));
-    }
-}
-
-void KWinWindowSystem::deliverEvents() {
-    for (const auto& [event, id] : std::exchange(undelivered_, {})) {
-        const auto* const window = model_.find(id);
-        if (window == nullptr) {
-            continue;
-        }
-        // It was asked to hide after that.
-        if (event == WindowEvent::activated && (window->isHidden || leaving_.contains(id))) {
-            continue;
-        }
-        handlers_.tell(event, Window(*window));
+        events_.announce(WindowEvent::activated, *changes.activated);
     }
 }
 
 Platform::Subscription KWinWindowSystem::addEventHandler(EventHandler handler) {
-    return handlers_.add(std::move(handler));
+    return events_.addHandler(std::move(handler));
 }
 
 // What is asked

@@ -2,10 +2,10 @@
 
 #include "platform/Lifetime.h"
 #include "platform/MainQueue.h"
-#include "platform/Subscribers.h"
 #include "platform/linux/dbus/BusNameOwner.h"
 #include "platform/linux/windows/LeavingWindows.h"
 #include "platform/linux/windows/WindowActivation.h"
+#include "platform/linux/windows/WindowEvents.h"
 #include "platform/linux/windows/WindowSystem.h"
 #include "platform/linux/windows/kwin/KWinRequests.h"
 #include "platform/linux/windows/kwin/KWinScripting.h"
@@ -20,7 +20,6 @@
 #include <memory>
 #include <optional>
 #include <span>
-#include <utility>
 #include <vector>
 
 namespace LinuxPlatform {
@@ -64,7 +63,6 @@ private:
 
     void receive(const QString& sender, const QByteArray& text);
     void takeNoteOf(const KWinWindowModel::Changes& changes);
-    void deliverEvents();
 
     void request(KWinRequests::Act act, std::span<const WindowId> windows);
     void sendRequests();
@@ -97,8 +95,7 @@ private:
     bool isRequestDone_ = false;
     LeavingWindows leaving_;
     WindowActivation activation_;
-    std::vector<std::pair<WindowEvent, WindowId>> undelivered_;
-    Platform::Subscribers<WindowEvent, Window> handlers_;
+    WindowEvents events_;
     Platform::Lifetime lifetime_;
     BusNameOwner kwin_;
 };

@@ -62,10 +62,6 @@ public:
         std::optional<xcb_window_t> activated;
         /// Another window may have the identifier already.
         std::vector<xcb_window_t> closed;
-
-        bool hasNews() const {
-            return !opened.empty() || !identified.empty() || !returned.empty() || activated;
-        }
     };
 
     enum Atom : std::size_t {

@@ -36,7 +36,8 @@ X11WindowSystem::X11WindowSystem(X11Connection& connection, Platform::MainQueue&
       restorer_(connection, model_, mainQueue, [this] { takeIn(); }),
       activation_(
           mainQueue, [this] { return lookAtScene(); },
-          [this](WindowId window) { restorer_.bringToFront(xcbWindow(window)); }) {
+          [this](WindowId window) { restorer_.bringToFront(xcbWindow(window)); }),
+      events_(mainQueue, leaving_, [this](WindowId window) { return find(window); }) {
     scheduleTakeIn();
 }
 
@@ -262,7 +263,7 @@ WindowActivation::Scene X11WindowSystem::lookAtScene() {
 }
 
 Platform::Subscription X11WindowSystem::addEventHandler(EventHandler handler) {
-    return handlers_.add(std::move(handler));
+    return events_.addHandler(std::move(handler));
 }
 
 void X11WindowSystem::takeIn() {
@@ -276,19 +277,16 @@ void X11WindowSystem::takeIn() {
         restorer_.noteChanges();
     }
     for (const auto window : changes.opened) {
-        undelivered_.emplace_back(WindowEvent::opened, window);
+        events_.announce(WindowEvent::opened, window);
     }
     for (const auto window : changes.identified) {
-        undelivered_.emplace_back(WindowEvent::opened, window);
+        events_.announce(WindowEvent::opened, window);
     }
     for (const auto window : changes.returned) {
-        undelivered_.emplace_back(WindowEvent::activated, window);
+        events_.announce(WindowEvent::activated, window);
     }
     if (changes.activated && !leaving_.contains(*changes.activated)) {
-        undelivered_.emplace_back(WindowEvent::activated, *changes.activated);
-    }
-    if (changes.hasNews()) {
-        mainQueue_.async(lifetime_.weak([this] { deliverEvents(); }));
+        events_.announce(WindowEvent::activated, *changes.activated);
     }
 }
 
@@ -301,18 +299,9 @@ void X11WindowSystem::scheduleTakeIn() {
     }
 }
 
-void X11WindowSystem::deliverEvents() {
-    for (const auto& [event, window] : std::exchange(undelivered_, {})) {
-        const auto* const found = model_.find(window);
-        if (found == nullptr || !model_.isAppWindow(*found)) {
-            continue;
-        }
-        // It was asked to hide after that.
-        if (event == WindowEvent::activated && (model_.isHidden(*found) || leaving_.contains(window))) {
-            continue;
-        }
-        handlers_.tell(event, describe(*found));
-    }
+std::optional<Window> X11WindowSystem::find(WindowId window) const {
+    const auto* const found = model_.find(xcbWindow(window));
+    return found != nullptr && model_.isAppWindow(*found) ? std::optional(describe(*found)) : std::nullopt;
 }
 
 void X11WindowSystem::rebuildIfChanged() {

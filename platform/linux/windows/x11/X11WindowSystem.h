@@ -2,10 +2,10 @@
 
 #include "platform/Lifetime.h"
 #include "platform/MainQueue.h"
-#include "platform/Subscribers.h"
 #include "platform/linux/windows/LeavingWindows.h"
 #include "platform/linux/windows/TakenWindows.h"
 #include "platform/linux/windows/WindowActivation.h"
+#include "platform/linux/windows/WindowEvents.h"
 #include "platform/linux/windows/WindowSystem.h"
 #include "platform/linux/windows/x11/X11Popups.h"
 #include "platform/linux/windows/x11/X11WindowModel.h"
@@ -14,8 +14,8 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace LinuxPlatform {
@@ -40,7 +40,7 @@ public:
 private:
     void takeIn();
     void scheduleTakeIn();
-    void deliverEvents();
+    std::optional<Window> find(WindowId window) const;
     void rebuildIfChanged();
     Window describe(const X11Window& window) const;
     void keepPopupsAway();
@@ -85,8 +85,7 @@ private:
     std::vector<WindowId> toActivate_;
     WindowActivation activation_;
     bool isTakeInScheduled_ = false;
-    std::vector<std::pair<WindowEvent, xcb_window_t>> undelivered_;
-    Platform::Subscribers<WindowEvent, Window> handlers_;
+    WindowEvents events_;
     Platform::Lifetime lifetime_;
 };
 
