@@ -231,7 +231,7 @@ TEST_F(I3WindowSystemTest, TheUsersOwnScratchpadIsLeftAlone) {
     ASSERT_TRUE(spinUntil([&] { return !isHidden("B"); }));
     goAndComeBack({"B"});
     I3Desktop::run(with("B", "scratchpad show"));
-    EXPECT_TRUE(spinUntil([&] { return isHidden("B"); }));
+    EXPECT_TRUE(spinUntil([&] { return isHidden("B"); })) << I3Desktop::picture();
 }
 
 TEST_F(I3WindowSystemTest, WindowThatItsUserBringsUpIsAnnouncedAndKeepsItsFirstPlace) {

@@ -399,6 +399,7 @@ std::string commandsToAdjust(const I3Tree& tree, std::span<const I3Return> retur
 }
 
 std::string commandsToFinish(const I3Tree& tree, std::span<const I3Return> returns) {
+    std::string borders;
     std::string commands;
     std::string inView;
     for (const auto& [window, place] : returns) {
@@ -409,9 +410,9 @@ std::string commandsToFinish(const I3Tree& tree, std::span<const I3Return> retur
         const auto& node = *leaf->node;
         if (node.border != place.border || node.borderWidth != place.borderWidth) {
             const bool hasWidth = place.border == "normal" || place.border == "pixel";
-            commands += withId(node.id) + "border " + place.border +
-                        (hasWidth && place.borderWidth >= 0 ? " " + std::to_string(place.borderWidth) : "") +
-                        ";";
+            borders += withId(node.id) + "border " + place.border +
+                       (hasWidth && place.borderWidth >= 0 ? " " + std::to_string(place.borderWidth) : "") +
+                       ";";
         }
         if (place.isOnTop && tree.isVisible(*leaf->workspace) && isBehind(*leaf)) {
             commands += withId(node.id) + "focus;";
@@ -422,7 +423,8 @@ std::string commandsToFinish(const I3Tree& tree, std::span<const I3Return> retur
             text += withId(node.id) + "focus;" + withId(node.id) + "fullscreen enable;";
         }
     }
-    return commands.empty() && inView.empty() ? commands : commands + keepView(tree, {}) + inView;
+    // Its user may have hidden the focused window since, and sway shows what it is asked to focus.
+    return borders + (commands.empty() && inView.empty() ? "" : commands + keepView(tree, {}) + inView);
 }
 
 std::string commandsToBringUp(const I3Tree& tree, WindowId window) {
