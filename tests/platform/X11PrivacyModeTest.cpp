@@ -31,10 +31,6 @@ using TestSupport::spinUntil;
 struct X11PrivacyModeTest : PlatformTests::X11WindowFixture {
     PrivacyMode privacy{system, mainQueue};
 
-    std::vector<std::uint32_t> stackingOrder() const {
-        return client.numbers(client.root(), "_NET_CLIENT_LIST_STACKING");
-    }
-
     bool areHidden(const std::vector<xcb_window_t>& windows) {
         return std::ranges::all_of(windows, [this](auto window) { return isHidden(window); });
     }
@@ -80,8 +76,8 @@ TEST_F(X11PrivacyModeTest, SeveralAppsComeBackInTheirOrderAndTheFocusWithThem) {
     const auto secondZoo = openFocused("zoo", "Zoo");
     const auto secondAnt = openFocused("ant", "Ant");
     activate(secondZoo);
-    const std::vector<std::uint32_t> order{zoo, front, ant, bee, secondAnt, secondZoo};
-    ASSERT_TRUE(spinUntil([&] { return stackingOrder() == order; }));
+    const std::vector<xcb_window_t> order{zoo, front, ant, bee, secondAnt, secondZoo};
+    ASSERT_TRUE(spinUntil([&] { return client.stackingOrder() == order; }));
 
     privacy.engine.activate({"ant", "bee", "zoo"});
     ASSERT_TRUE(spinUntil([&] {
@@ -90,7 +86,7 @@ TEST_F(X11PrivacyModeTest, SeveralAppsComeBackInTheirOrderAndTheFocusWithThem) {
     privacy.engine.deactivate();
     EXPECT_TRUE(spinUntil([&] {
         return areVisible({zoo, ant, bee, secondZoo, secondAnt}) && client.activeWindow() == secondZoo &&
-               stackingOrder() == order;
+               client.stackingOrder() == order;
     }));
 }
 
@@ -115,7 +111,7 @@ TEST_F(X11PrivacyModeTest, AppThatHadNotTheFocusComesToTheFront) {
     privacy.engine.deactivate();
     EXPECT_TRUE(spinUntil([&] {
         return areVisible({under, over}) && client.activeWindow() == over &&
-               stackingOrder() == std::vector<std::uint32_t>{under, front, over};
+               client.stackingOrder() == std::vector<xcb_window_t>{under, front, over};
     }));
 }
 

@@ -45,11 +45,8 @@ public:
     void goToWorkspace(int number) { x11_.goToDesktop(static_cast<std::uint32_t>(number)); }
 
     std::vector<LinuxPlatform::WindowId> stackingOrder() const {
-        std::vector<LinuxPlatform::WindowId> order;
-        for (const auto top : x11_.client.children(x11_.client.root())) {
-            appendWindowsIn(top, order);
-        }
-        return order;
+        const auto order = x11_.client.stackingOrder();
+        return {order.begin(), order.end()};
     }
 
     void keepAbove(LinuxPlatform::WindowId window) { x11_.setState(xcb(window), "_NET_WM_STATE_ABOVE"); }
@@ -59,17 +56,6 @@ public:
 
 private:
     static constexpr const char* fullscreen = "_NET_WM_STATE_FULLSCREEN";
-
-    /// Window managers put frames around windows.
-    void appendWindowsIn(xcb_window_t window, std::vector<LinuxPlatform::WindowId>& order) const {
-        if (x11_.client.owns(window)) {
-            order.push_back(window);
-            return;
-        }
-        for (const auto child : x11_.client.children(window)) {
-            appendWindowsIn(child, order);
-        }
-    }
 
     static xcb_window_t xcb(LinuxPlatform::WindowId window) { return static_cast<xcb_window_t>(window); }
 

@@ -1,3 +1,4 @@
+#include "platform/linux/ownwindows/X11WindowManagerClient.h"
 #include "tests/platform/PrivacyMode.h"
 #include "tests/platform/X11WindowFixture.h"
 #include "tests/support/ChildProcess.h"
@@ -241,6 +242,15 @@ TEST_F(X11WindowManagerTest, ManagerThatAnswersInTurnIsAskedForMoreOnlyWhenItHas
     EXPECT_THAT(requests(manual).activate, IsEmpty());
     manual.advance(0.3);
     EXPECT_THAT(requests(manual).activate, testing::SizeIs(1));
+}
+
+TEST_F(X11WindowManagerTest, OwnWindowsAreActivatedWithTheTimeOfTheServer) {
+    listenAsManager();
+    ManualSystem manual;
+    LinuxPlatform::X11WindowManagerClient(*manual.connection).activate(client.create("a", "A"));
+    const auto activations = requests(manual).activate;
+    ASSERT_THAT(activations, testing::SizeIs(1));
+    EXPECT_NE(activations[0].data.data32[1], std::uint32_t{XCB_CURRENT_TIME});
 }
 
 TEST_F(X11WindowManagerTest, FocusThatMovedTheMomentBeforeIsRemembered) {

@@ -114,21 +114,13 @@ public:
     /// Whether it and all that it stands in are mapped.
     bool isViewable(xcb_window_t window) const { return mapState(window) == XCB_MAP_STATE_VIEWABLE; }
 
-    /// Bottom to top.
-    std::vector<xcb_window_t> children(xcb_window_t window) const {
-        const LinuxPlatform::XcbPointer<xcb_query_tree_reply_t> reply(
-            xcb_query_tree_reply(get(), xcb_query_tree(get(), window), nullptr));
-        if (!reply) {
-            return {};
+    /// This program's windows on the screen, bottom to top. Some window managers are late to write it down.
+    std::vector<xcb_window_t> stackingOrder() const {
+        std::vector<xcb_window_t> order;
+        for (const auto top : children(root())) {
+            appendWindowsIn(top, order);
         }
-        const auto* const first = xcb_query_tree_children(reply.get());
-        return {first, first + xcb_query_tree_children_length(reply.get())};
-    }
-
-    /// Whether this program made it.
-    bool owns(xcb_window_t window) const {
-        const auto* const setup = xcb_get_setup(get());
-        return (window & ~setup->resource_id_mask) == setup->resource_id_base;
+        return order;
     }
 
     xcb_window_t activeWindow() const {
@@ -161,6 +153,32 @@ public:
     }
 
 private:
+    std::vector<xcb_window_t> children(xcb_window_t window) const {
+        const LinuxPlatform::XcbPointer<xcb_query_tree_reply_t> reply(
+            xcb_query_tree_reply(get(), xcb_query_tree(get(), window), nullptr));
+        if (!reply) {
+            return {};
+        }
+        const auto* const first = xcb_query_tree_children(reply.get());
+        return {first, first + xcb_query_tree_children_length(reply.get())};
+    }
+
+    bool owns(xcb_window_t window) const {
+        const auto* const setup = xcb_get_setup(get());
+        return (window & ~setup->resource_id_mask) == setup->resource_id_base;
+    }
+
+    /// Window managers put frames around windows.
+    void appendWindowsIn(xcb_window_t window, std::vector<xcb_window_t>& order) const {
+        if (owns(window)) {
+            order.push_back(window);
+            return;
+        }
+        for (const auto child : children(window)) {
+            appendWindowsIn(child, order);
+        }
+    }
+
     static bool contains(const std::vector<std::uint32_t>& list, std::uint32_t value) {
         return std::find(list.begin(), list.end(), value) != list.end();
     }

@@ -94,7 +94,7 @@ void X11WindowManagerClient::setInputRegion(xcb_window_t window, const QRect& pi
 
 void X11WindowManagerClient::activate(xcb_window_t window) {
     // Source 2: what the user wants goes before the prevention of focus stealing.
-    const std::array<std::uint32_t, 3> data{2, XCB_CURRENT_TIME, XCB_WINDOW_NONE};
+    const std::array<std::uint32_t, 3> data{2, connection_.serverTime(), XCB_WINDOW_NONE};
     connection_.sendToWindowManager(window, atoms_.activeWindow, data);
     connection_.flush();
 }
