@@ -14,7 +14,7 @@ help:
 	@echo "make run         install what is missing, build, and start Curtain"
 	@echo "make test        install what is missing, build, and run the tests"
 	@echo "make test-long   the long tests, and the others REPEATS=$(REPEATS) times on a busy machine; takes hours"
-	@echo "make bench       the benchmarks"
+	@echo "make bench       the benchmarks; what they measured is kept in build/bench/figures.json"
 	@echo "make lint        check the format and run clang-tidy"
 	@echo "make install     build and install under PREFIX=$(PREFIX)"
 	@echo "make package     build a Debian package into build/package"
@@ -56,12 +56,14 @@ test-long: tests
 	ctest --preset long
 	scripts/repeat-tests --times $(REPEATS) $(RELEASE)
 
+bench: export CURTAIN_FIGURES := $(abspath $(BENCH)/figures.json)
 bench:
 	@test -d bench || { echo "There are no benchmarks yet."; exit 1; }
 	scripts/setup --tests
 	@test -f $(BENCH)/build.ninja || \
 		cmake --preset release -B $(BENCH) -DCURTAIN_BUILD_BENCHMARKS=ON -DCURTAIN_BUILD_TESTS=OFF
 	cmake --build $(BENCH) --parallel $(JOBS)
+	@rm -f $(CURTAIN_FIGURES)
 	@set -e; for program in $$(find $(BENCH)/bench -maxdepth 1 -type f -executable | sort); do \
 		echo "$$program"; $$program; done
 	@set -e; for program in $$(find $(BENCH)/bench/display -type f -executable | sort); do \

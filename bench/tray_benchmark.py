@@ -17,12 +17,12 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "scripts"))
 # pylint: disable=wrong-import-position
+from figures import report  # noqa: E402
 from process_costs import memory, seconds_at_work, switches  # noqa: E402
 
-MILLISECONDS_TO_ICON = 80
-MEGABYTES = 30
+MEGABYTES = 20
 SECONDS_PER_POLL = 3
-PERCENT_OF_A_CORE = 0.1
+PERCENT_OF_A_CORE = 0.02
 # Timers that belong to the start have passed by then.
 SETTLE_SECONDS = 16
 IDLE_SECONDS = 30
@@ -106,41 +106,43 @@ class TrayProgram:
         return place, ink
 
 
-def report(what, ours, unit, limit, floor):
-    print(f"{what}: {ours} {unit} (limit {limit}; a bare icon: {floor})")
-
-
-def print_start(programs, rounds):
-    times = {program: [] for program in programs}
+def report_start(programs, rounds):
+    times = [[] for _ in programs]
     for _ in range(rounds):
         # In turns, so that both meet the same load.
-        for program in programs:
-            times[program].append([1000 * seconds for seconds in program.seconds_until_seen()])
-    for index, what in enumerate(("exec to visible icon", "    processor time until then")):
-        ours, floor = ([time[index] for time in times[program]] for program in programs)
-        report(what, f"median {statistics.median(ours):.0f}, from {min(ours):.0f} to {max(ours):.0f}", "ms",
-               MILLISECONDS_TO_ICON, f"median {statistics.median(floor):.0f}, from {min(floor):.0f} to {max(floor):.0f}")
+        for program, measured in zip(programs, times):
+            measured.append([1000 * seconds for seconds in program.seconds_until_seen()])
+    for index, what in enumerate(("exec to visible icon", "processor time to visible icon")):
+        ours, floor = ([time[index] for time in measured] for measured in times)
+        report(what, statistics.median(ours), "ms", statistics.median(floor), bare_icon=statistics.median(floor))
+        print(f"    from {min(ours):.0f} to {max(ours):.0f}; a bare icon: from {min(floor):.0f} to {max(floor):.0f}")
 
 
-def print_idle(programs):
-    running = [program.launch() for program in programs]
-    time.sleep(SETTLE_SECONDS)
-    ours, floor = (memory(process.pid) for process in running)
-    report("proportional set size", f"{ours.proportional:.1f}", "MiB", MEGABYTES, f"{floor.proportional:.1f}")
-    print(f"    resident {ours.resident:.1f}, private {ours.private:.1f} MiB (a bare icon: {floor.resident:.1f}, "
-          f"{floor.private:.1f})")
-    before = [(switches(process.pid), seconds_at_work(process.pid)) for process in running]
-    time.sleep(IDLE_SECONDS)
-    after = [(switches(process.pid), seconds_at_work(process.pid)) for process in running]
-    woken = [sum(later[0].values()) - sum(earlier[0].values()) for earlier, later in zip(before, after)]
-    work = [100 * (later[1] - earlier[1]) / IDLE_SECONDS for earlier, later in zip(before, after)]
-    report(f"wake-ups in {IDLE_SECONDS} idle seconds", woken[0], "in all threads", IDLE_SECONDS // SECONDS_PER_POLL, woken[1])
-    for thread, count in after[0][0].items():
-        if count != before[0][0].get(thread):
-            print(f"    {thread}: {count - before[0][0].get(thread, 0)}")
-    report("work while idle", f"{work[0]:.3f}", "% of a core", PERCENT_OF_A_CORE, f"{work[1]:.3f}")
-    for program, process in reversed(list(zip(programs, running))):
+class Rest:
+    """What a program in the tray costs while no other program of its toolkit runs, which would share its libraries."""
+
+    def __init__(self, program):
+        process = program.launch()
+        time.sleep(SETTLE_SECONDS)
+        self.memory = memory(process.pid)
+        before, work = switches(process.pid), seconds_at_work(process.pid)
+        time.sleep(IDLE_SECONDS)
+        after = switches(process.pid)
+        self.work = 100 * (seconds_at_work(process.pid) - work) / IDLE_SECONDS
+        self.wake_ups = {thread: count - before.get(thread, 0) for thread, count in after.items() if count != before.get(thread)}
         program.end(process)
+
+
+def report_rest(programs):
+    ours, floor = map(Rest, programs)
+    report("proportional set size in the tray", ours.memory.proportional, "MiB", MEGABYTES, bare_icon=floor.memory.proportional)
+    report("private memory in the tray", ours.memory.private, "MiB", bare_icon=floor.memory.private)
+    report("resident memory in the tray", ours.memory.resident, "MiB", bare_icon=floor.memory.resident)
+    report(f"wake-ups in {IDLE_SECONDS} idle seconds", sum(ours.wake_ups.values()), "", IDLE_SECONDS // SECONDS_PER_POLL,
+           bare_icon=sum(floor.wake_ups.values()))
+    for thread, count in ours.wake_ups.items():
+        print(f"    {thread}: {count}")
+    report("work while idle", ours.work, "% of a core", PERCENT_OF_A_CORE, bare_icon=floor.work)
 
 
 def main():
@@ -148,8 +150,8 @@ def main():
     screen = Screen()
     programs = [TrayProgram(path, screen) for path in sys.argv[1:3]]
     print(f"load: {os.getloadavg()[0]:.1f} on {os.cpu_count()} processors, {rounds} starts")
-    print_start(programs, rounds)
-    print_idle(programs)
+    report_start(programs, rounds)
+    report_rest(programs)
 
 
 if __name__ == "__main__":

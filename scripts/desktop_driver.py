@@ -52,11 +52,11 @@ class TimedOut(AssertionError):
     pass
 
 
-def wait_until(condition, what, seconds=30, seen=None):
+def wait_until(condition, what, seconds=30, seen=None, pause=0.005):
     """Returns the first truthy answer of condition(); raises TimedOut if there is none in time.
 
     `what` is a sentence, or tells it at the end; `seen` tells what there was instead. Without it that is the last answer, unless it
-    was only that there was none.
+    was only that there was none. `pause` is how many seconds pass between two looks, and so how exact a time is that ends with it.
     """
     deadline = time.monotonic() + seconds
     while not (answer := condition()):
@@ -67,7 +67,7 @@ def wait_until(condition, what, seconds=30, seen=None):
                 last = repr(error)
             raise TimedOut(f"not within {seconds:g} s: {what() if callable(what) else what}" +
                            (f"\n   seen: {last}" if seen or answer not in (None, False) else ""))
-        time.sleep(0.005)
+        time.sleep(pause)
     return answer
 
 
