@@ -20,6 +20,7 @@
 #include "platform/linux/media/LinuxMediaAuthorization.h"
 #include "platform/linux/notifications/DBusNotificationCenter.h"
 #include "platform/linux/ownwindows/NoMenuBar.h"
+#include "platform/linux/ownwindows/SwayWindowManagerClient.h"
 #include "platform/linux/ownwindows/X11EventMonitors.h"
 #include "platform/linux/ownwindows/X11MenuBar.h"
 #include "platform/linux/ownwindows/X11WindowManagerClient.h"
@@ -76,7 +77,8 @@
 namespace LinuxPlatform {
 namespace {
 
-QtPlatform::WindowManagerLink linkTo(X11WindowManagerClient* windowManager,
+/// `sway` is null in other sessions than sway's.
+QtPlatform::WindowManagerLink linkTo(X11WindowManagerClient* windowManager, SwayWindowManagerClient* sway,
                                      const SessionEnvironment& environment) {
     if (windowManager == nullptr) {
         return {};
@@ -98,6 +100,12 @@ QtPlatform::WindowManagerLink linkTo(X11WindowManagerClient* windowManager,
         link.isPointerKnown = false;
         link.isCompositor = true;
     }
+    if (sway != nullptr) {
+        link.place = [=](WId window, const QPoint& corner, std::function<void()> whenThere) {
+            sway->place(static_cast<xcb_window_t>(window), corner, std::move(whenThere));
+        };
+        link.panels = [=] { return sway->panels(); };
+    }
     return link;
 }
 
@@ -106,10 +114,18 @@ std::unique_ptr<X11Connection> connectionTo(const SessionEnvironment& environmen
     return environment.hasXServer() ? X11Connection::open() : nullptr;
 }
 
+/// Null in other sessions than sway's.
+std::unique_ptr<SwayWindowManagerClient> swayClientOf(const SessionEnvironment& environment,
+                                                      Platform::MainQueue& queue) {
+    const bool isSway = environment.isWayland() && !environment.i3Socket.empty();
+    return isSway ? std::make_unique<SwayWindowManagerClient>(environment.i3Socket, queue) : nullptr;
+}
+
 /// What several ports stand on. Later members use earlier ones.
 struct Session {
-    Session(SessionEnvironment session, Platform::Log& log)
+    Session(SessionEnvironment session, Platform::MainQueue& queue, Platform::Log& log)
         : environment(std::move(session)),
+          sway(swayClientOf(environment, queue)),
           views(QtPlatform::ViewLibrary::standardPath(), log) {}
 
     SessionEnvironment environment;
@@ -122,7 +138,8 @@ struct Session {
     std::unique_ptr<X11Connection> shellConnection = connectionTo(environment);
     std::unique_ptr<X11WindowManagerClient> windowManager =
         shellConnection ? std::make_unique<X11WindowManagerClient>(*shellConnection) : nullptr;
-    QtPlatform::QtScreens screens{linkTo(windowManager.get(), environment)};
+    std::unique_ptr<SwayWindowManagerClient> sway;
+    QtPlatform::QtScreens screens{linkTo(windowManager.get(), sway.get(), environment)};
     QtPlatform::ViewLibrary views;
     std::unique_ptr<ScopedApps> scopedApps;
     ReducedMotion motion{QDBusConnection::sessionBus(),
@@ -187,25 +204,28 @@ std::optional<bool> isNearPointer(const QPoint& pixel, const SessionEnvironment&
 }
 
 /// As far as panels are known.
-bool isInPanel(const QPoint& pixel) {
+bool isInPanel(const QPoint& pixel, const QtPlatform::QtScreens& screens) {
     const auto* const screen = QtPlatform::ScreenGeometry::screenAt(pixel);
-    return screen != nullptr && !screen->availableGeometry().toRectF().contains(
+    return screen != nullptr && !screens.visibleFrame(*screen).contains(
                                     QtPlatform::ScreenGeometry::inPoints({pixel, QSize(1, 1)}, *screen));
 }
 
 /// An icon that was clicked is at the pointer, and one that was chosen by the keyboard at least in a panel.
-bool isPlausiblePlace(const QPoint& pixel, const SessionEnvironment& environment) {
-    return isNearPointer(pixel, environment).value_or(false) || isInPanel(pixel);
+bool isPlausiblePlace(const QPoint& pixel, const SessionEnvironment& environment,
+                      const QtPlatform::QtScreens& screens) {
+    return isNearPointer(pixel, environment).value_or(false) || isInPanel(pixel, screens);
 }
 
-TrayToolkit trayToolkit(const SessionEnvironment& environment) {
+/// `screens` outlive the toolkit.
+TrayToolkit trayToolkit(const SessionEnvironment& environment, const QtPlatform::QtScreens& screens) {
     const bool isPointerKnown = environment.kind == SessionKind::x11;
     return {
         .render = QtPlatform::renderImage,
         .popUpMenu = [menu = std::make_shared<QtPlatform::PopUpMenu>()](
                          const auto& content, const auto& place) { menu->show(content, place); },
         .pointer = [=] { return isPointerKnown ? QtPlatform::ScreenGeometry::pointer() : std::nullopt; },
-        .isPlausible = [=](const QPoint& pixel) { return isPlausiblePlace(pixel, environment); },
+        .isPlausible =
+            [=, &screens](const QPoint& pixel) { return isPlausiblePlace(pixel, environment, screens); },
         .textColor = QGuiApplication::palette().color(QPalette::WindowText),
         .pixelsPerPoint = qGuiApp->devicePixelRatio(),
     };
@@ -223,7 +243,7 @@ std::string desktopNames(const SessionEnvironment& environment) {
 /// The popover, the windows and what surrounds them.
 void addShell(Platform::Platform& platform, Session& session) {
     const auto& environment = session.environment;
-    const auto windowManager = linkTo(session.windowManager.get(), environment);
+    const auto windowManager = linkTo(session.windowManager.get(), session.sway.get(), environment);
     auto toolkitMonitors = std::make_unique<QtPlatform::QtEventMonitors>(*platform.mainQueue);
     platform.screens = std::make_unique<QtPlatform::QtScreens>(windowManager);
     if (session.shellConnection && environment.kind == SessionKind::x11) {
@@ -342,7 +362,7 @@ Platform::Platform makeLinuxPlatform(const SessionEnvironment& environment) {
     platform.workQueues = std::make_unique<ThreadWorkQueues>();
     platform.wallClock = std::make_unique<QtPlatform::QtWallClock>();
     platform.uuids = std::make_unique<QtPlatform::QtUuidSource>();
-    auto session = std::make_shared<Session>(environment, *platform.log);
+    auto session = std::make_shared<Session>(environment, *platform.mainQueue, *platform.log);
     const auto stateFolder = std::filesystem::path(g_get_user_state_dir()) / "curtain";
     session->windowState = std::make_unique<FileUserDefaults>(stateFolder, *platform.log);
     session->windowSystem = windowsOfSession(
@@ -375,8 +395,8 @@ Platform::Platform makeLinuxPlatform(const SessionEnvironment& environment) {
         std::make_unique<LinuxWorkspace>(*session->windowSystem, session->identity, session->entries,
                                          *session->scopedApps, *platform.mainQueue);
     platform.systemVersion = std::make_unique<InterfaceLevel>(*session->windowSystem);
-    platform.statusBar =
-        std::make_unique<TrayStatusBar>(*platform.mainQueue, *platform.log, trayToolkit(environment));
+    platform.statusBar = std::make_unique<TrayStatusBar>(*platform.mainQueue, *platform.log,
+                                                         trayToolkit(environment, session->screens));
     platform.screenWatcherProbe = std::make_unique<ScreenWatch>(captureRoads(environment, *platform.log));
     platform.userNotificationCenter =
         std::make_unique<DBusNotificationCenter>(QDBusConnection::sessionBus(), *platform.mainQueue,

@@ -99,6 +99,13 @@ void QtPopover::show(Platform::StatusItem& relativeTo) {
     if (windowManager_.markAsPopover) {
         windowManager_.markAsPopover(window_->winId());
     }
+    if (windowManager_.place) {
+        // Nobody is to see it jump.
+        window_->contentItem()->setOpacity(0);
+        windowManager_.place(window_->winId(),
+                             ScreenGeometry::inPixels(window_->position(), *window_->screen()),
+                             lifetime_.weak([this] { window_->contentItem()->setOpacity(1); }));
+    }
     isActivationDue_ = true;
     window_->show();
     window_->raise();
@@ -176,7 +183,8 @@ QPoint QtPopover::position(const Platform::StatusItem& item) const {
 
 QRectF QtPopover::freePart(const QScreen& screen) const {
     const auto frame = screens_.visibleFrame(screen);
-    const bool areUnknown = windowManager_.isCompositor && frame == QRectF(screen.geometry());
+    const bool areUnknown =
+        windowManager_.isCompositor && !windowManager_.panels && frame == QRectF(screen.geometry());
     return areUnknown ? frame.adjusted(0, unknownPanel, 0, -unknownPanel) : frame;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Lifetime.h"
 #include "platform/Popover.h"
 #include "platform/qt/HostedView.h"
 #include "platform/qt/QtScreens.h"
@@ -54,6 +55,7 @@ private:
     std::unique_ptr<PopoverWindow> window_;
     std::unique_ptr<QQuickItem> shadow_;
     std::unique_ptr<HostedView> view_;
+    Platform::Lifetime lifetime_;
 };
 
 } // namespace QtPlatform

@@ -24,14 +24,15 @@ QRectF inPoints(const QRect& pixels, const QScreen& screen) {
     return {QPointF(corner) + offset, QSizeF(pixels.size()) / ratio};
 }
 
+QPoint inPixels(const QPoint& point, const QScreen& screen) {
+    const auto corner = screen.geometry().topLeft();
+    return corner + (point - corner) * screen.devicePixelRatio();
+}
+
 std::optional<QPoint> pointer() {
     const auto position = QCursor::pos();
     const auto* const screen = QGuiApplication::screenAt(position);
-    if (screen == nullptr) {
-        return std::nullopt;
-    }
-    const auto corner = screen->geometry().topLeft();
-    return corner + (position - corner) * screen->devicePixelRatio();
+    return screen != nullptr ? std::optional(inPixels(position, *screen)) : std::nullopt;
 }
 
 QScreen* userScreen(bool isPointerKnown) {

@@ -15,6 +15,7 @@ namespace QtPlatform::ScreenGeometry {
 /// Null when no screen shows that pixel.
 QScreen* screenAt(const QPoint& pixel);
 QRectF inPoints(const QRect& pixels, const QScreen& screen);
+QPoint inPixels(const QPoint& point, const QScreen& screen);
 /// The pixel under the pointer; absent when no screen shows it. To be asked only where a program learns where
 /// the pointer is also outside its windows.
 std::optional<QPoint> pointer();

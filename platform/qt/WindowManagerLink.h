@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QPoint>
 #include <QRect>
 #include <qwindowdefs.h>
 
@@ -15,6 +16,9 @@ struct WindowManagerLink {
     std::function<bool()> isComposited;
     /// Keeps a window, which is not shown yet, out of task lists and above others.
     std::function<void(WId window)> markAsPopover;
+    /// Puts a window, which need not be shown yet, with its corner at a pixel, and tells when it is there, or
+    /// when it may not get there; empty where Qt puts it there, or nobody can.
+    std::function<void(WId window, const QPoint& corner, std::function<void()> whenThere)> place = nullptr;
     /// Lets clicks outside the rectangle, in the window's own pixels, go through to what is below.
     std::function<void(WId window, const QRect& pixels)> setInputRegion;
     /// Gives a window the keyboard, as somebody whom the user asked to do so.

@@ -11,14 +11,15 @@ import socket
 import struct
 import subprocess
 import unittest
+from pathlib import Path
 
 import popover_window
-from desktop_case import MOUSEPAD, SHORTCUT, XTERM, XTERM_COLOUR, stays, wait_until, write_preferences
-from session_case import ESCAPE, FOOT, SESSION, X11_WINDOWS_ONLY
+from desktop_case import MOUSEPAD, Rectangle, SHORTCUT, XTERM, XTERM_COLOUR, stays, wait_until, write_preferences
+from session_case import ESCAPE, FOOT, HEIGHT, SESSION, WIDTH, X11_WINDOWS_ONLY
 
 IS_SWAY = SESSION == "sway"
 FOOT_COLOUR = "#804020"
-RUN_COMMAND, GET_TREE = 0, 4
+RUN_COMMAND, GET_WORKSPACES, GET_TREE = 0, 1, 4
 SCRATCHPAD = "__i3_scratch"
 # What a person sees of a container.
 SEEN = ("layout", "fullscreen_mode", "sticky")
@@ -225,6 +226,58 @@ class ScratchpadSessionTest(popover_window.SessionPopoverCase):
         wait_until(lambda: self.icon() == "close", "the icon says so", seen=self.icon)
         self.click_icon()
         self.wait_lines("list item: XTerm: Hidden", f"list item: Foot: {'Hidden' if IS_SWAY else foot_state}")
+
+    # Where the popover stands
+
+    def start_bar(self, position):
+        """sway's own, after which the configuration is as before."""
+        configuration = Path(os.environ["HOME"], ".config/sway/config")
+        before = configuration.read_text()
+        self.addCleanup(self.do, "reload")
+        self.addCleanup(configuration.write_text, before)
+        configuration.write_text(f"{before}\nbar {{\n position {position}\n swaybar_command swaybar\n}}\n")
+        self.do("reload")
+        wait_until(lambda: self.free_part().height < HEIGHT, "the bar is there", seen=self.free_part)
+
+    def free_part(self):
+        return next(Rectangle(**workspace["rect"]) for workspace in ask(GET_WORKSPACES) if workspace["visible"])
+
+    def places_while_it_opens(self, x, y):
+        """Where the popover was seen after a click on the icon there, until it had long been in one place."""
+        places = set()
+
+        def is_in_one_place():
+            place = self.place_of_popover()
+            places.update({place} - {None})
+            return place in places
+        self.click_icon(x, y)
+        wait_until(is_in_one_place, "the popover is on the screen")
+        self.assertTrue(stays(is_in_one_place, 1))
+        return places
+
+    @unittest.skipUnless(IS_SWAY, "i3 leaves windows where they want to be")
+    def test_the_popover_stands_in_the_corner_where_no_bar_is(self):
+        self.start_with_private_terminals()
+        (place,) = self.places_while_it_opens(640, 400)
+        self.assertTrue(6 <= place.y <= 8 and WIDTH - 10 <= place.x + place.width <= WIDTH - 8, place)
+
+    @unittest.skipUnless(IS_SWAY, "i3 leaves windows where they want to be")
+    def test_the_popover_hangs_below_the_icon_in_a_bar_at_the_top(self):
+        self.start_with_private_terminals()
+        self.start_bar("top")
+        bottom_of_bar = self.free_part().y
+        (place,) = self.places_while_it_opens(700, 10)
+        self.assertTrue(698 <= place.x + place.width // 2 <= 702, place)
+        self.assertTrue(bottom_of_bar + 6 <= place.y <= bottom_of_bar + 8, place)
+
+    @unittest.skipUnless(IS_SWAY, "i3 leaves windows where they want to be")
+    def test_the_popover_stands_above_the_icon_in_a_bar_at_the_bottom(self):
+        self.start_with_private_terminals()
+        self.start_bar("bottom")
+        top_of_bar = self.free_part().height
+        (place,) = self.places_while_it_opens(600, HEIGHT - 10)
+        self.assertTrue(598 <= place.x + place.width // 2 <= 602, place)
+        self.assertTrue(top_of_bar - 8 <= place.y + place.height <= top_of_bar - 6, place)
 
 
 if __name__ == "__main__":

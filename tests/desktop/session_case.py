@@ -69,9 +69,9 @@ class SessionCase(DesktopCase):
                                "/Host", "--method", f"com.curtain.TestHost.{method}", *arguments], check=True,
                               capture_output=True, text=True).stdout
 
-    def click_icon(self):
+    def click_icon(self, x=1270, y=4):
         item = wait_until(lambda: re.search("'(.+)'", self.host("Items")), "an item is in the tray")[1]
-        self.host("Send", item, "Activate", "1270", "4")
+        self.host("Send", item, "Activate", str(x), str(y))
 
     def icon(self):
         """The name under which the panel finds the icon."""

@@ -4,11 +4,11 @@
 #include "platform/linux/windows/i3/I3Layout.h"
 #include "platform/linux/windows/i3/I3Place.h"
 #include "platform/linux/windows/i3/I3WindowSystem.h"
+#include "tests/platform/ScriptedI3.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/HandDrivenQueue.h"
 #include "tests/support/MemoryUserDefaults.h"
 #include "tests/support/RecordingLog.h"
-#include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 
@@ -22,12 +22,6 @@
 #include <utility>
 #include <vector>
 
-#include <fcntl.h>
-#include <poll.h>
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
-
 namespace {
 
 using LinuxPlatform::I3Connection;
@@ -38,19 +32,13 @@ using LinuxPlatform::I3Request;
 using LinuxPlatform::I3WindowSystem;
 using LinuxPlatform::SwayHotKeyService;
 using LinuxPlatform::WindowId;
+using PlatformTests::message;
+using PlatformTests::ScriptedI3;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using TestSupport::spinUntil;
 
 constexpr auto whenSilent = Platform::HidingObstacle::waylandSession;
-
-QByteArray message(std::uint32_t type, const QByteArray& payload) {
-    return LinuxPlatform::i3Message(static_cast<I3Request>(type), payload);
-}
-
-QByteArray message(I3Request type, const QByteArray& payload) {
-    return LinuxPlatform::i3Message(type, payload);
-}
 
 TEST(I3MessageReaderTest, PutsMessagesTogetherFromPiecesOfAnySize) {
     const auto bytes = message(4, "first") + message(0x80000003, "") + message(0, "third");
@@ -83,75 +71,6 @@ TEST(I3MessageReaderTest, WhatIsNoMessageOrTooLongBreaksIt) {
         EXPECT_FALSE(reader.next());
     }
 }
-
-/// Answers as the test wants.
-class ScriptedI3 {
-public:
-    ScriptedI3() { listen(); }
-    ~ScriptedI3() {
-        hangUp();
-        ::close(listener_);
-    }
-    ScriptedI3(const ScriptedI3&) = delete;
-    ScriptedI3& operator=(const ScriptedI3&) = delete;
-
-    std::filesystem::path path() const { return folder_.path() / "socket"; }
-
-    void listen() {
-        listener_ = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-        sockaddr_un address{};
-        address.sun_family = AF_UNIX;
-        const auto text = path().string();
-        std::memcpy(address.sun_path, text.data(), text.size());
-        ::unlink(text.c_str());
-        EXPECT_EQ(::bind(listener_, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-        EXPECT_EQ(::listen(listener_, 4), 0);
-    }
-    void stopListening() {
-        ::close(listener_);
-        ::unlink(path().c_str());
-    }
-    bool accept() {
-        client_ = ::accept4(listener_, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
-        reader_ = {};
-        return client_ >= 0;
-    }
-    /// Waits until somebody is there.
-    bool awaitClient() const { return awaitNews(listener_); }
-    /// Waits until the client has said something; false when it has hung up.
-    bool awaitRequest() const {
-        char first = 0;
-        return awaitNews(client_) && ::recv(client_, &first, 1, MSG_PEEK) > 0;
-    }
-    void hangUp() {
-        if (client_ >= 0) {
-            ::close(std::exchange(client_, -1));
-        }
-    }
-    /// What it is asked next.
-    std::optional<I3Message> next() {
-        std::array<char, 4096> block{};
-        const auto count = ::recv(client_, block.data(), block.size(), 0);
-        reader_.add(block.data(), count > 0 ? static_cast<std::size_t>(count) : 0);
-        return reader_.next();
-    }
-    void say(const QByteArray& bytes) const {
-        EXPECT_EQ(::send(client_, bytes.data(), static_cast<std::size_t>(bytes.size()), MSG_NOSIGNAL),
-                  bytes.size());
-    }
-
-private:
-    static bool awaitNews(int descriptor) {
-        constexpr int deadlineInMilliseconds = 20'000;
-        pollfd question{descriptor, POLLIN, 0};
-        return ::poll(&question, 1, deadlineInMilliseconds) > 0;
-    }
-
-    TestSupport::TemporaryFolder folder_;
-    int listener_ = -1;
-    int client_ = -1;
-    I3MessageReader reader_;
-};
 
 struct I3ConnectionTest : testing::Test {
     ScriptedI3 server;
@@ -498,6 +417,15 @@ TEST_F(ScriptedI3WindowTest, WindowThatStaysInTheScratchpadDoesNotGetTheFocus) {
     EXPECT_THAT(commandsToReturn(*tree, returns, 7), testing::Not(testing::HasSubstr("[con_id=3] focus;")));
     EXPECT_THAT(commandsToReturn(*tree, returns, 8), testing::HasSubstr("[con_id=6] focus;"));
     EXPECT_THAT(commandsToReturn(*tree, returns, 9), testing::HasSubstr("[con_id=9] focus;"));
+}
+
+TEST_F(ScriptedI3WindowTest, ABorderIsGivenBackWithoutATouchOfTheFocus) {
+    const auto tree = LinuxPlatform::I3Tree::parse(layout);
+    ASSERT_NE(tree, nullptr);
+    LinuxPlatform::I3Place place;
+    place.border = "none";
+    const std::array returns{LinuxPlatform::I3Return{9, place}};
+    EXPECT_EQ(commandsToFinish(*tree, returns), "[con_id=9] border none;");
 }
 
 /// A sway that is another program, as the service waits for it.

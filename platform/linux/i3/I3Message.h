@@ -17,7 +17,9 @@ namespace LinuxPlatform {
 
 enum class I3Request : std::uint32_t {
     runCommand = 0,
+    getWorkspaces = 1,
     subscribe = 2,
+    getOutputs = 3,
     getTree = 4,
     getConfig = 9,
 };
