@@ -5,9 +5,14 @@
 #include "platform/linux/shortcutlists/KdeShortcuts.h"
 #include "tests/support/FakeHotKeyService.h"
 #include "tests/support/HandDrivenQueue.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <xkbcommon/xkbcommon-keysyms.h>
+
+#include <string>
+
+#include <sys/stat.h>
 
 namespace {
 
@@ -99,6 +104,39 @@ TEST(I3Bindings, LeavesOutThoseOfModes) {
                 ElementsAre(Accelerator{command, XKB_KEY_r}));
     EXPECT_THAT(I3Shortcuts::bindings("").bySymbol, IsEmpty());
     EXPECT_THAT(I3Shortcuts::bindings("mode x {\nbindsym a b\n").bySymbol, IsEmpty());
+}
+
+TEST(I3Bindings, ReadsWhatIsIncludedWithTheSameVariables) {
+    const TestSupport::TemporaryFolder scratch;
+    const auto folder = scratch.path() / "a user's";
+    const auto main = folder / "config";
+    TestSupport::writeFile(folder / "parts" / "a.conf", "bindsym $mod+a kill\nset $later Mod1\n");
+    TestSupport::writeFile(folder / "parts" / "b.conf",
+                           "bindsym $mod+b kill\ninclude b.conf\ninclude ../config\n");
+    TestSupport::writeFile(folder / "other", "bindsym $mod+o kill\n");
+    TestSupport::writeFile(folder / "long", "bindsym $mod+l kill\n" + std::string(1 << 20, '#'));
+    ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
+    const auto text = "set $mod Mod4\n"
+                      "include parts/*.conf\n"
+                      "bindsym $later+c kill\n"
+                      "include \"" +
+                      (folder / "other").string() +
+                      "\"\n"
+                      "include pipe\n"
+                      "include long\n"
+                      "include nowhere\n"
+                      "include .\n"
+                      "include $(cat other)\n"
+                      "include \"unfinished\n"
+                      "include\n"
+                      "bindsym $mod+z kill\n";
+    TestSupport::writeFile(main, text);
+    EXPECT_THAT(I3Shortcuts::bindings(text, main).bySymbol,
+                ElementsAre(Accelerator{command, XKB_KEY_a}, Accelerator{command, XKB_KEY_b},
+                            Accelerator{option, XKB_KEY_c}, Accelerator{command, XKB_KEY_o},
+                            Accelerator{command, XKB_KEY_z}));
+    EXPECT_THAT(I3Shortcuts::bindings(text).bySymbol, ElementsAre(Accelerator{command, XKB_KEY_z}))
+        << "whose file is not known";
 }
 
 TEST(KdeShortcuts, NumbersKeysAsQtDoes) {

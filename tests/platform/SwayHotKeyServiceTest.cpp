@@ -9,6 +9,7 @@
 #include "tests/support/HotKeyServiceContract.h"
 #include "tests/support/MemoryUserDefaults.h"
 #include "tests/support/RecordingLog.h"
+#include "tests/support/TemporaryFolder.h"
 #include "tests/support/X11TestClient.h"
 
 #include <xcb/xtest.h>
@@ -245,6 +246,17 @@ TEST_F(SwayHotKeyServiceTest, WhatItsUserHasBoundIsRefusedAndStays) {
     world.type(controlJ);
     world.settle();
     EXPECT_THAT(world.watch.commands, ElementsAre("nop mine", "nop mine too"));
+}
+
+TEST_F(SwayHotKeyServiceTest, WhatItsUserHasBoundInAnIncludedFileIsRefusedAndStays) {
+    const TestSupport::TemporaryFolder folder;
+    TestSupport::writeFile(folder.path() / "keys.conf", "bindsym Ctrl+h nop included\n");
+    world.configure("include " + (folder.path() / "*.conf").string() + "\n");
+    world.start();
+    EXPECT_EQ(world.service().registerHotKey(controlH, {1, 1}), Platform::hotKeyExists);
+    world.type(controlH);
+    world.settle();
+    EXPECT_THAT(world.watch.commands, ElementsAre("nop included"));
 }
 
 TEST_F(SwayHotKeyServiceTest, IsBoundAgainAfterAReload) {

@@ -21,6 +21,7 @@ enum class I3Request : std::uint32_t {
     subscribe = 2,
     getOutputs = 3,
     getTree = 4,
+    getVersion = 7,
     getConfig = 9,
 };
 

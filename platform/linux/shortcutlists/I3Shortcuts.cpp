@@ -1,5 +1,7 @@
 #include "platform/linux/shortcutlists/I3Shortcuts.h"
 
+#include "platform/linux/shortcutlists/I3Includes.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -12,7 +14,9 @@
 #include <cstdint>
 #include <cstring>
 #include <map>
+#include <set>
 #include <sstream>
+#include <system_error>
 #include <utility>
 
 #include <sys/socket.h>
@@ -163,6 +167,60 @@ void addBinding(const std::string& command, std::istringstream& words, I3Binding
     }
 }
 
+/// Reads a configuration with what it includes.
+class ConfigurationReader {
+public:
+    /// `file` is where the text comes from; empty where that is not known.
+    ConfigurationReader(const std::string& text, const std::filesystem::path& file) {
+        std::error_code error;
+        included_.insert(std::filesystem::canonical(file, error));
+        read(text, file);
+    }
+
+    const I3Bindings& bindings() const { return bindings_; }
+
+private:
+    void read(const std::string& text, const std::filesystem::path& file) {
+        std::istringstream lines(text);
+        int modeDepth = 0;
+        for (std::string line; std::getline(lines, line);) {
+            std::istringstream words(withVariables(line, variables_));
+            std::string command;
+            words >> command;
+            const auto last = line.find_last_not_of(" \t\r");
+            const bool opensBlock = last != std::string::npos && line[last] == '{';
+            if (modeDepth > 0) {
+                modeDepth += opensBlock ? 1 : command == "}" ? -1 : 0;
+            } else if (command == "mode" && opensBlock) {
+                modeDepth = 1;
+            } else if (command == "set") {
+                define(line, variables_);
+            } else if (command == "bindsym" || command == "bindcode") {
+                addBinding(command, words, bindings_);
+            } else if (command == "include" && !file.empty()) {
+                std::string included;
+                std::getline(words >> std::ws, included);
+                include(included, file);
+            }
+        }
+    }
+
+    void include(const std::string& words, const std::filesystem::path& from) {
+        for (const auto& file : I3Includes::files(words, from.parent_path())) {
+            std::error_code error;
+            // Each is read once.
+            const bool isNew = included_.insert(std::filesystem::canonical(file, error)).second;
+            if (const auto text = isNew && !error ? I3Includes::read(file) : std::nullopt) {
+                read(*text, file);
+            }
+        }
+    }
+
+    std::map<std::string, std::string> variables_;
+    std::set<std::filesystem::path> included_;
+    I3Bindings bindings_;
+};
+
 } // namespace
 
 I3Shortcuts::I3Shortcuts(std::string socketPath) : socketPath_(std::move(socketPath)) {}
@@ -193,28 +251,8 @@ void I3Shortcuts::ask(const WantedShortcut& wanted, Answer answer) {
         &questions_);
 }
 
-I3Bindings I3Shortcuts::bindings(std::string_view configuration) {
-    I3Bindings result;
-    std::map<std::string, std::string> variables;
-    std::istringstream lines{std::string(configuration)};
-    int modeDepth = 0;
-    for (std::string line; std::getline(lines, line);) {
-        std::istringstream words(withVariables(line, variables));
-        std::string command;
-        words >> command;
-        const bool opensBlock = line.find_last_not_of(" \t\r") != std::string::npos &&
-                                line[line.find_last_not_of(" \t\r")] == '{';
-        if (modeDepth > 0) {
-            modeDepth += opensBlock ? 1 : command == "}" ? -1 : 0;
-        } else if (command == "mode" && opensBlock) {
-            modeDepth = 1;
-        } else if (command == "set") {
-            define(line, variables);
-        } else if (command == "bindsym" || command == "bindcode") {
-            addBinding(command, words, result);
-        }
-    }
-    return result;
+I3Bindings I3Shortcuts::bindings(std::string_view configuration, const std::filesystem::path& file) {
+    return ConfigurationReader(std::string(configuration), file).bindings();
 }
 
 } // namespace LinuxPlatform

@@ -5,6 +5,7 @@
 #include <QObject>
 
 #include <cstdint>
+#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -35,8 +36,8 @@ public:
 
     void ask(const WantedShortcut& wanted, Answer answer) override;
 
-    /// Variables are resolved; what the configuration includes is not read.
-    static I3Bindings bindings(std::string_view configuration);
+    /// Variables are resolved. Included files are read where that of the configuration itself is known.
+    static I3Bindings bindings(std::string_view configuration, const std::filesystem::path& file = {});
 
 private:
     std::string socketPath_;

@@ -117,13 +117,17 @@ Platform::Subscription SwayHotKeyService::installEventHandler(Handler handler) {
 }
 
 void SwayHotKeyService::readConfiguration() {
+    connection_.ask(I3Request::getVersion, {}, [this](const QByteArray& reply) {
+        configurationFile_ =
+            objectIn(reply).value(QLatin1String("loaded_config_file_name")).toString().toStdString();
+    });
     connection_.ask(I3Request::getConfig, {}, [this](const QByteArray& reply) { configurationRead(reply); });
 }
 
 void SwayHotKeyService::configurationRead(const QByteArray& reply) {
     const bool isFirst = !usersBindings_;
-    usersBindings_ =
-        I3Shortcuts::bindings(objectIn(reply).value(QLatin1String("config")).toString().toStdString());
+    usersBindings_ = I3Shortcuts::bindings(
+        objectIn(reply).value(QLatin1String("config")).toString().toStdString(), configurationFile_);
     if (isFirst) {
         unbindWhatIsLeft();
     }

@@ -75,6 +75,7 @@ private:
     Platform::Log& log_;
     Keys keys_;
     EarlierValue record_;
+    std::filesystem::path configurationFile_;
     /// Of the user; absent until sway has told them.
     std::optional<I3Bindings> usersBindings_;
     std::vector<HotKey> hotKeys_;
