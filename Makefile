@@ -89,9 +89,10 @@ lint: tests
 install: program
 	cmake --install $(RELEASE) --prefix "$(abspath $(PREFIX))"
 
-package: program
-	cpack --config $(RELEASE)/CPackConfig.cmake -B build/package
-	@rm -r build/package/_CPack_Packages
+# DEB_BUILD_OPTIONS=nocheck leaves the unit tests out.
+package:
+	scripts/setup --package
+	scripts/debian-package build/package --jobs=$(JOBS)
 
 clean:
 	rm -rf build

@@ -203,7 +203,7 @@ class InstallTest(unittest.TestCase):
         self.assertEqual(self.assert_succeeds(str(prefix / "bin/curtain"), "--version"), f"curtain {VERSION}\n")
         title = (prefix / "share/man/man1/curtain.1").read_text().splitlines()[0]
         self.assertEqual(title, f'.TH CURTAIN 1 "{release.get("date")}" "Curtain {VERSION}" "User Commands"')
-        changelog = (SOURCE / "packaging/debian/changelog").read_text()
+        changelog = (SOURCE / "debian/changelog").read_text()
         self.assertTrue(changelog.startswith(f"curtain ({VERSION}) "), changelog)
 
     def test_the_unit_starts_curtain_with_the_graphical_session(self):

@@ -28,6 +28,7 @@ class SetupTest(unittest.TestCase):
             (self.folder / "bin" / name).write_text(f"#!/bin/sh\n{text}\n")
             (self.folder / "bin" / name).chmod(0o755)
         (self.folder / "packages/build-and-run").write_text("# A comment.\ncompiler\n\nplugins?  # in some\n")
+        (self.folder / "packages/debian-package").write_text("packer\n")
         (self.folder / "packages/desktop-and-tests").write_text("desktop\nmagnifier?\n")
         (self.folder / "packages/long-tests").write_text("server\n")
 
@@ -54,8 +55,9 @@ class SetupTest(unittest.TestCase):
         self.assertEqual(self.install(installed="", release="compiler plugins"), ["compiler", "plugins"])
         self.assertEqual(self.install(installed="", release="compiler"), ["compiler"])
         self.assertEqual(self.install(installed="compiler", release="compiler plugins"), ["plugins"])
-        self.assertEqual(self.install("--tests", installed="compiler plugins", release="desktop magnifier"), ["desktop", "magnifier"])
-        self.assertEqual(self.install("--long", installed="compiler desktop", release="server"), ["--no-remove", "server"])
+        self.assertEqual(self.install("--package", installed="compiler", release="packer"), ["packer"])
+        self.assertEqual(self.install("--tests", installed="compiler plugins packer", release="desktop magnifier"), ["desktop", "magnifier"])
+        self.assertEqual(self.install("--long", installed="compiler desktop packer", release="server"), ["--no-remove", "server"])
 
     def test_what_no_release_may_lack_is_asked_for_all_the_same(self):
         self.assertEqual(self.install(installed="", release=""), ["compiler"])
