@@ -89,10 +89,9 @@ lint: tests
 install: program
 	cmake --install $(RELEASE) --prefix "$(abspath $(PREFIX))"
 
-# DEB_BUILD_OPTIONS=nocheck leaves the unit tests out.
-package:
+package: program
 	scripts/setup --package
-	scripts/debian-package build/package --jobs=$(JOBS)
+	CURTAIN_BUILD=$(abspath $(RELEASE)) DEB_BUILD_OPTIONS=nocheck scripts/debian-package build/package --build=binary
 
 clean:
 	rm -rf build

@@ -1,4 +1,4 @@
-"""Builds the Debian source package and what it makes, as `make package` does, and checks both.
+"""Builds the Debian source package and what it makes, with Debian's own flags, and checks both.
 
 usage: debian_package_test.py FOLDER [unittest options]
 
