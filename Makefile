@@ -89,8 +89,9 @@ lint: tests
 install: program
 	cmake --install $(RELEASE) --prefix "$(abspath $(PREFIX))"
 
-package: program
+package:
 	scripts/setup --package
+	@$(MAKE) --no-print-directory program
 	CURTAIN_BUILD=$(abspath $(RELEASE)) DEB_BUILD_OPTIONS=nocheck scripts/debian-package build/package --build=binary
 
 clean:

@@ -1,6 +1,7 @@
 """Runs scripts/setup on machines that are made up: what is installed there, what their releases have, and which packages it takes."""
 
 import os
+import re
 import shutil
 import subprocess
 import tempfile
@@ -61,6 +62,15 @@ class SetupTest(unittest.TestCase):
 
     def test_what_no_release_may_lack_is_asked_for_all_the_same(self):
         self.assertEqual(self.install(installed="", release=""), ["compiler"])
+
+    def test_the_lists_have_what_the_source_package_is_built_with(self):
+        control = (SETUP.parents[1] / "debian/control").read_text()
+        wanted = re.findall(r"^ ([\w.+-]+)", re.search(r"^Build-Depends:\n((?: .*\n)+)", control, re.MULTILINE)[1], re.MULTILINE)
+        self.assertGreater(len(wanted), 20)
+        listed = {line.partition("#")[0].strip().rstrip("?") for name in ("build-and-run", "debian-package")
+                  for line in (SETUP.parent / "packages" / name).read_text().splitlines()}
+        self.assertEqual(set(wanted) - listed, {"debhelper-compat"})
+        self.assertIn("debhelper", listed)
 
     def test_says_so_when_the_lists_cannot_be_had(self):
         self.assertEqual(self.install(installed="", release="", OFFLINE="1"), [])
