@@ -4,6 +4,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
+#include <set>
 #include <stdexcept>
 
 namespace CurtainCore {
@@ -111,6 +113,19 @@ private:
     Json& document_;
 };
 
+class Names {
+public:
+    explicit Names(std::set<std::string>& names) : names_(names) {}
+
+    template <class Value>
+    void operator()(const char* key, const Value& /*value*/) const {
+        names_.emplace(key);
+    }
+
+private:
+    std::set<std::string>& names_;
+};
+
 template <class Record, class Visitor>
 void visitFields(Record& record, const Visitor& visit) {
     visit("targetApps", record.targetApps);
@@ -156,6 +171,20 @@ std::optional<Preferences> decodePreferences(std::string_view document) {
         return preferences;
     } catch (const std::exception&) {
         return std::nullopt;
+    }
+}
+
+bool holdsUnknownKeys(std::string_view document) {
+    std::set<std::string> known;
+    const Preferences record;
+    visitFields(record, Names(known));
+    try {
+        const auto json = Json::parse(jsonWithHoldableValues(document).value());
+        return json.is_object() && std::ranges::any_of(json.items(), [&](const auto& item) {
+                   return !known.contains(item.key());
+               });
+    } catch (const std::exception&) {
+        return false;
     }
 }
 

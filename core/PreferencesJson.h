@@ -17,4 +17,8 @@ std::optional<std::string> encodePreferences(const Preferences& preferences);
 /// absent.
 std::optional<Preferences> decodePreferences(std::string_view document);
 
+/// Whether a JSON document holds keys that are not the record's, as one of a later version may. False when it
+/// is not JSON.
+bool holdsUnknownKeys(std::string_view document);
+
 } // namespace CurtainCore

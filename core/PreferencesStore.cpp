@@ -55,6 +55,8 @@ void PreferencesStore::save(const Preferences& preferences) {
     if (holdsUnreadableDocument()) {
         defaults_.keepCopy(key);
         makeLossLast();
+    } else if (const auto bytes = defaults_.data(key); bytes && holdsUnknownKeys(*bytes)) {
+        defaults_.keepCopy(key);
     }
     defaults_.setData(key, *document);
     loaded_.reset();

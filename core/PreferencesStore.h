@@ -48,7 +48,8 @@ public:
     /// Called inside `load`, once for each such document.
     std::function<void()> onDamage;
 
-    /// Replaces the stored document. A stored document that could not be loaded is kept beside the new one.
+    /// Replaces the stored document. One that could not be loaded is kept beside the new one, and so is one
+    /// with keys that this version does not know and would lose.
     void save(const Preferences& preferences);
 
 private:

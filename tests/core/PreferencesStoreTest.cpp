@@ -159,6 +159,21 @@ TEST_F(PreferencesStoreTest, TheNextSaveKeepsACopyOfAnUnreadableDocument) {
     EXPECT_EQ(store.load(), preferences);
 }
 
+TEST_F(PreferencesStoreTest, TheNextSaveKeepsACopyOfADocumentOfALaterVersion) {
+    const std::string document = R"({"hasOnboarded": true, "invented": {"later": 1}})";
+    defaults.values[key] = document;
+    auto preferences = store.load();
+    EXPECT_TRUE(preferences.hasOnboarded);
+    EXPECT_THAT(defaults.copies, IsEmpty()) << "nothing is lost by reading";
+    preferences.showCameraPreview = false;
+    store.save(preferences);
+    preferences.showCameraPreview = true;
+    store.save(preferences);
+    EXPECT_THAT(defaults.copies, ElementsAre(document));
+    EXPECT_EQ(store.load(), preferences);
+    EXPECT_EQ(store.damage(), std::nullopt);
+}
+
 TEST_F(PreferencesStoreTest, RecordThatCannotBeEncodedChangesNothing) {
     Preferences good;
     good.hasOnboarded = true;
