@@ -278,6 +278,7 @@ void AppDelegate::setupAutoDetection() {
         const CurtainCore::PreferencesStore::Action action(store_);
         returns_.erase(bundleID);
         engine().reveal(bundleID);
+        platform_.appShield->cover(engine().targets());
         notifier_.withdrawRehidden(bundleID);
         updateIcon();
         refreshReadiness();
@@ -518,7 +519,9 @@ void AppDelegate::undoAutomaticActivation() {
 
 bool AppDelegate::activatePrivacyMode() {
     notifier_.withdrawPrivacyModeEnded();
-    engine().activate(store_.load().targetBundleIDs());
+    const auto targets = store_.load().targetBundleIDs();
+    platform_.appShield->cover(targets);
+    engine().activate(targets);
     tellIfListWasLost();
     return !sayIfNothingIsHidden();
 }
@@ -531,6 +534,7 @@ void AppDelegate::tellIfListWasLost() {
 
 void AppDelegate::deactivatePrivacyMode() {
     returns_.clear();
+    platform_.appShield->cover({});
     engine().deactivate();
     notifier_.withdrawPrivacyNotices();
 }
@@ -581,6 +585,9 @@ void AppDelegate::hidePrivateApps() {
 void AppDelegate::fixEverything() {
     const CurtainCore::PreferencesStore::Action action(store_);
     const bool wasActive = engine().isActive();
+    if (!wasActive) {
+        platform_.appShield->cover(store_.load().targetBundleIDs());
+    }
     const bool notificationsNeedAttention = FixEverything::run(engine(), store_, desktopController_);
     if (!wasActive) {
         tellIfListWasLost();

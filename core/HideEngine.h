@@ -19,6 +19,8 @@ public:
     explicit HideEngine(AppHiding& hiding);
 
     bool isActive() const { return isActive_; }
+    /// The private apps of this switch-on that were not revealed since; none while privacy mode is off.
+    const std::vector<std::string>& targets() const { return targets_; }
 
     /// Switches privacy mode on. What an earlier switch-on hid is forgotten, not shown: for a clean switch
     /// call `deactivate` first.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/UserDefaults.h"
+#include "platform/AppShield.h"
 #include "platform/Application.h"
 #include "platform/AudioServices.h"
 #include "platform/Bundle.h"
@@ -56,6 +57,7 @@ struct Platform {
     std::unique_ptr<Application> application;
     std::unique_ptr<LoginItem> loginItem;
     std::unique_ptr<Workspace> workspace;
+    std::unique_ptr<AppShield> appShield;
     std::unique_ptr<SystemVersion> systemVersion;
     std::unique_ptr<HotKeyService> hotKeyService;
     std::unique_ptr<Keyboard> keyboard;

@@ -31,6 +31,8 @@
 #include "platform/linux/session/LoginManager.h"
 #include "platform/linux/session/SessionMark.h"
 #include "platform/linux/settingslinks/SettingsLinkOpener.h"
+#include "platform/linux/shield/NoAppShield.h"
+#include "platform/linux/shield/X11AppShield.h"
 #include "platform/linux/shortcutlists/DesktopShortcuts.h"
 #include "platform/linux/shortcutlists/GSettingsShortcuts.h"
 #include "platform/linux/shortcutlists/I3Shortcuts.h"
@@ -298,6 +300,27 @@ LinuxCaptureServices& addCamera(Platform::Platform& platform) {
     return added;
 }
 
+/// Outlived by the workspace.
+std::unique_ptr<Platform::AppShield> appShieldOf(Session& session, LinuxWorkspace& workspace,
+                                                 Platform::MainQueue& queue) {
+    if (!session.x11 || session.environment.isWayland() || !session.environment.i3Socket.empty()) {
+        return std::make_unique<NoAppShield>();
+    }
+    return std::make_unique<X11AppShield>(
+        X11AppShield::Apps{
+            .windowsOf = [&](const std::string& bundleID) { return workspace.windowsOf(bundleID); },
+            .identify =
+                [&](WindowId window, const WindowHints& hints) {
+                    if (auto app = workspace.appOf(window)) {
+                        return app;
+                    }
+                    const auto identifier = session.identity.identify(hints);
+                    return identifier ? std::optional(identifier->bundleIdentifier) : std::nullopt;
+                },
+        },
+        queue);
+}
+
 std::unique_ptr<SwayHotKeyService> swayHotKeyServiceOf(Session& session, const Platform::Platform& platform,
                                                        XkbKeyboard& keyboard) {
     return std::make_unique<SwayHotKeyService>(
@@ -394,6 +417,7 @@ Platform::Platform makeLinuxPlatform(const SessionEnvironment& environment) {
     auto workspace =
         std::make_unique<LinuxWorkspace>(*session->windowSystem, session->identity, session->entries,
                                          *session->scopedApps, *platform.mainQueue);
+    platform.appShield = appShieldOf(*session, *workspace, *platform.mainQueue);
     platform.systemVersion = std::make_unique<InterfaceLevel>(*session->windowSystem);
     platform.statusBar = std::make_unique<TrayStatusBar>(*platform.mainQueue, *platform.log,
                                                          trayToolkit(environment, session->screens));

@@ -293,11 +293,13 @@ TEST_F(RehideNoticeTest, RevealShowsTheAppAndDropsItFromPrivacyMode) {
     pressShortcut();
     returnOf("a");
     takeCalls();
+    EXPECT_THAT(fakes.appShield.covered, testing::Contains("a"));
     fakes.mainQueue.advance(1.0);
     const auto images = fakes.statusBar.images.size();
     fakes.processRunner.runs.clear();
     fakes.userNotificationCenter.answer(fakes.userNotificationCenter.added.back(), "CURTAIN_REVEAL");
     EXPECT_THAT(takeCalls(), ElementsAre("unhide a", "activate a 2"));
+    EXPECT_THAT(fakes.appShield.covered, testing::Not(testing::Contains("a")));
     EXPECT_TRUE(isPrivate());
     EXPECT_THAT(fakes.statusBar.images, SizeIs(images + 1));
     // The readiness is looked at anew, and once more when the windows have settled.

@@ -368,6 +368,7 @@ TEST_F(PopoverTest, FixEverythingHidesAppsAndIconsAndAsksAboutNotifications) {
     open();
     fakes.processRunner.runs.clear();
     view().fixEverything();
+    EXPECT_THAT(fakes.appShield.covered, ElementsAre("a"));
     EXPECT_THAT(takeCalls(), ElementsAre("hide a"));
     EXPECT_THAT(fakes.processRunner.runs, Contains(FakeProcessRunner::writingIcons(false)));
     EXPECT_TRUE(isPrivate());

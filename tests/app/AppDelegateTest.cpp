@@ -150,6 +150,19 @@ TEST_F(AppDelegateTest, OtherProgramsSwitchPrivacyModeAndItsEndIsTold) {
     EXPECT_EQ(told.size(), 1U);
 }
 
+TEST_F(AppDelegateTest, ShortcutCoversThePrivateAppsBeforeItHidesThemAndUncoversThemBeforeItShowsThem) {
+    fakes.workspace.run("a");
+    makePrivate({"a", "later"});
+    launch();
+    fakes.appShield.onCover = [&] { EXPECT_THAT(fakes.workspace.calls, IsEmpty()); };
+    pressShortcut();
+    EXPECT_THAT(fakes.appShield.covered, ElementsAre("a", "later"));
+    EXPECT_THAT(takeCalls(), ElementsAre("hide a"));
+    pressShortcut();
+    EXPECT_THAT(fakes.appShield.covered, IsEmpty());
+    EXPECT_THAT(takeCalls(), testing::Contains("unhide a"));
+}
+
 TEST_F(AppDelegateTest, PreferencesAreReadAtEachPress) {
     fakes.workspace.run("a");
     launch();

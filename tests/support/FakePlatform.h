@@ -2,6 +2,7 @@
 
 #include "platform/Platform.h"
 #include "platform/Subscribers.h"
+#include "tests/support/FakeAppShield.h"
 #include "tests/support/FakeAudioServices.h"
 #include "tests/support/FakeCaptureServices.h"
 #include "tests/support/FakeHotKeyService.h"
@@ -185,6 +186,7 @@ struct FakePlatform {
     FakeApplication& application = add<FakeApplication>(platform.application, events);
     FakeLoginItem& loginItem = add<FakeLoginItem>(platform.loginItem);
     FakeWorkspace& workspace = add<FakeWorkspace>(platform.workspace, events);
+    FakeAppShield& appShield = add<FakeAppShield>(platform.appShield);
     FakeSystemVersion& systemVersion = add<FakeSystemVersion>(platform.systemVersion);
     FakeHotKeyService& hotKeyService = add<FakeHotKeyService>(platform.hotKeyService, events);
     FakeKeyboard& keyboard = add<FakeKeyboard>(platform.keyboard);

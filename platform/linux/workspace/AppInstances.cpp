@@ -51,6 +51,18 @@ std::optional<AppInstanceKey> AppInstances::owning(WindowId window) {
     return found == owners_.end() ? std::nullopt : std::optional(found->second);
 }
 
+std::vector<WindowId> AppInstances::windowsOf(const std::string& bundleID) {
+    regroupIfChanged();
+    std::vector<WindowId> windows;
+    if (const auto keys = keysByBundleIdentifier_.find(bundleID); keys != keysByBundleIdentifier_.end()) {
+        for (const auto& key : keys->second) {
+            const auto& more = instances_[positions_.at(key)].windows;
+            windows.insert(windows.end(), more.begin(), more.end());
+        }
+    }
+    return windows;
+}
+
 void AppInstances::hide(const AppInstanceKey& key) {
     const auto* const instance = find(key);
     if (instance == nullptr || instance->windows.empty()) {

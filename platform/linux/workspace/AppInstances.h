@@ -48,6 +48,8 @@ public:
     /// Null when it is gone; valid until the next call.
     const AppInstance* find(const AppInstanceKey& key);
     std::optional<AppInstanceKey> owning(WindowId window);
+    /// Of all instances of the app.
+    std::vector<WindowId> windowsOf(const std::string& bundleID);
 
     void hide(const AppInstanceKey& key);
     /// Shows what `hide` took away. Where it took nothing of the whole app, shows everything: then the app

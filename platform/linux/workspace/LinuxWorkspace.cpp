@@ -138,6 +138,15 @@ std::optional<Platform::Image> LinuxWorkspace::iconForFile(const std::string& pa
     return image;
 }
 
+std::vector<WindowId> LinuxWorkspace::windowsOf(const std::string& bundleID) {
+    return instances_->windowsOf(bundleID);
+}
+
+std::optional<std::string> LinuxWorkspace::appOf(WindowId window) {
+    const auto key = instances_->owning(window);
+    return key ? std::optional(key->bundleIdentifier) : std::nullopt;
+}
+
 void LinuxWorkspace::announceVisible() {
     // Copied, since whoever is told may hide them.
     std::vector<AppInstanceKey> visible;

@@ -29,6 +29,10 @@ public:
     std::optional<std::string> urlForApplicationToOpen(const std::string& url) override;
     std::optional<Platform::Image> iconForFile(const std::string& path) override;
 
+    std::vector<WindowId> windowsOf(const std::string& bundleID);
+    /// The bundle identifier of the app that the window belongs to; absent for a window that is not listed.
+    std::optional<std::string> appOf(WindowId window);
+
     /// Tells the observers of activations once more of every app that can be seen.
     void announceVisible();
 

@@ -1,6 +1,6 @@
 #include "platform/linux/windows/x11/X11WindowModel.h"
 
-#include "platform/linux/system/LegacyText.h"
+#include "platform/linux/windows/x11/X11WindowText.h"
 #include "platform/linux/x11/X11ClientProcess.h"
 #include "platform/linux/x11/X11Property.h"
 
@@ -69,18 +69,6 @@ std::vector<std::uint32_t> listIn(const xcb_get_property_reply_t& reply) {
     return {numbers.begin(), numbers.end()};
 }
 
-/// Up to the first zero byte, in UTF-8.
-std::string textIn(std::string_view bytes) {
-    return utf8FromLegacyText(bytes.substr(0, bytes.find('\0')));
-}
-
-void readClass(X11Window& window, const xcb_get_property_reply_t& reply) {
-    const auto bytes = bytesIn(&reply);
-    const auto end = std::min(bytes.find('\0'), bytes.size());
-    window.instanceName = textIn(bytes);
-    window.className = textIn(bytes.substr(std::min(end + 1, bytes.size())));
-}
-
 void readMotifHints(X11Window& window, const xcb_get_property_reply_t& reply) {
     const auto hints = listIn(reply);
     const bool hasFunctions = hints.size() > 1 && (hints[0] & motifHasFunctions) != 0;
@@ -110,7 +98,8 @@ struct X11WindowModel::Property {
 const std::vector<X11WindowModel::Property>& X11WindowModel::properties() {
     using Reply = xcb_get_property_reply_t;
     static const std::vector<Property> list{
-        {xcb_atom_t{XCB_ATOM_WM_CLASS}, 256, readClass},
+        {xcb_atom_t{XCB_ATOM_WM_CLASS}, 256,
+         [](X11Window& window, const Reply& reply) { readClassInto(window, &reply); }},
         {xcb_atom_t{XCB_ATOM_WM_CLIENT_MACHINE}, 64,
          [](X11Window& window, const Reply& reply) { window.clientMachine = textIn(bytesIn(&reply)); }},
         {netWmState, 64, [](X11Window& window, const Reply& reply) { window.state = listIn(reply); }},
