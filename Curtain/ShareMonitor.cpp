@@ -11,12 +11,23 @@ constexpr Platform::MainQueue::Seconds period{3.0};
 
 ShareMonitor::ShareMonitor(Platform::ScreenWatcherProbe& probe, Platform::Workspace& workspace,
                            Platform::MainQueue& mainQueue)
-    : watcher_(probe),
+    : probe_(probe),
+      watcher_(probe),
       workspace_(workspace),
       mainQueue_(mainQueue) {}
 
 void ShareMonitor::start() {
+    poll();
+    news_ = probe_.addNewsObserver([this] { lookNow(); });
+}
+
+void ShareMonitor::poll() {
     timer_ = mainQueue_.repeating(period, [this] { tick(); });
+}
+
+void ShareMonitor::lookNow() {
+    poll();
+    tick();
 }
 
 void ShareMonitor::tick() {

@@ -12,7 +12,8 @@
 
 namespace Curtain {
 
-/// Asks every three seconds whether a call may be going on, and reports changes. While it is not known
+/// Asks every three seconds whether a call may be going on, and at once when there is news of who watches the
+/// screen, and reports changes. While it is not known
 /// whether the screen is watched, nothing changes. Main thread only.
 class ShareMonitor {
 public:
@@ -27,13 +28,17 @@ public:
     void start();
 
 private:
+    void poll();
+    void lookNow();
     void tick();
 
+    Platform::ScreenWatcherProbe& probe_;
     ScreenWatcher watcher_;
     Platform::Workspace& workspace_;
     Platform::MainQueue& mainQueue_;
     CurtainCore::ShareDetector detector_;
     Platform::Subscription timer_;
+    Platform::Subscription news_;
     CurtainCore::DetectionConfidence lastConfidence_ = CurtainCore::DetectionConfidence::none;
 };
 

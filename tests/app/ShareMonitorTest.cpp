@@ -95,6 +95,26 @@ TEST_F(ShareMonitorTest, PollsEveryThreeSeconds) {
     EXPECT_EQ(probe.queries, 10);
 }
 
+TEST_F(ShareMonitorTest, LooksAtOnceWhenThereIsNewsAndThenEveryThreeSecondsAnew) {
+    monitor->start();
+    queue.advance(2.0);
+    probe.isWatched = true;
+    probe.newsObservers.tell();
+    EXPECT_THAT(reports, ElementsAre(DetectionConfidence::high));
+    EXPECT_EQ(probe.queries, 1);
+    queue.advance(2.999);
+    EXPECT_EQ(probe.queries, 1);
+    queue.advance(0.001);
+    EXPECT_EQ(probe.queries, 2);
+    EXPECT_THAT(reports, ElementsAre(DetectionConfidence::high));
+}
+
+TEST_F(ShareMonitorTest, NewsBeforeTheStartIsNone) {
+    probe.isWatched = true;
+    probe.newsObservers.tell();
+    EXPECT_EQ(probe.queries, 0);
+}
+
 TEST_F(ShareMonitorTest, ReportsNothingWhileNothingGoesOn) {
     workspace.run("editor");
     workspace.run(std::nullopt);

@@ -134,6 +134,30 @@ TEST_F(PipeWireCaptureWatchTest, CastCountsWhileItIsReceived) {
     EXPECT_TRUE(becomes(false));
 }
 
+TEST_F(PipeWireCaptureWatchTest, CastThatBeginsOrEndsIsToldWithoutAQuestion) {
+    int news = 0;
+    const auto observer = watch_->addNewsObserver([&] { ++news; });
+    ASSERT_EQ(watch_->isScreenCaptured(), false);
+    const auto cast = send("xdg-desktop-portal-wlr", {});
+    auto receiver = receive("xdg-desktop-portal-wlr");
+    EXPECT_TRUE(spinUntil([&] { return news == 1; }, patience));
+    EXPECT_EQ(watch_->isScreenCaptured(), true);
+    receiver->end(SIGKILL);
+    EXPECT_TRUE(spinUntil([&] { return news == 2; }, patience));
+}
+
+TEST_F(PipeWireCaptureWatchTest, CamerasInUseAreNoNews) {
+    int news = 0;
+    const auto observer = watch_->addNewsObserver([&] { ++news; });
+    ASSERT_EQ(watch_->isScreenCaptured(), false);
+    const auto camera = send("studio-camera", {});
+    const auto cameraReceiver = receive("studio-camera");
+    const auto cast = send("xdg-desktop-portal-wlr", {});
+    const auto castReceiver = receive("xdg-desktop-portal-wlr");
+    EXPECT_TRUE(spinUntil([&] { return watch_->isScreenCaptured() == true; }, patience));
+    EXPECT_LE(news, 1) << "the cast alone";
+}
+
 TEST_F(PipeWireCaptureWatchTest, CastThatPausesCountsForAWhile) {
     constexpr auto memory = LinuxPlatform::CaptureWatch::memory;
     const auto cast = send("xdg-desktop-portal-wlr", {});

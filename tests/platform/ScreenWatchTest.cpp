@@ -22,6 +22,8 @@ public:
 
     std::optional<bool> isScreenCaptured() override { return answer_; }
 
+    using CaptureWatch::tellNews;
+
 private:
     std::optional<bool> answer_;
 };
@@ -46,6 +48,25 @@ TEST(ScreenWatchTest, NoneIsTakenOnlyIfThatIsKnownOfAll) {
     EXPECT_EQ(answerOf({unknown}), unknown);
     EXPECT_EQ(answerOf({unknown, false}), unknown);
     EXPECT_EQ(answerOf({false, unknown}), unknown);
+}
+
+TEST(ScreenWatchTest, NewsOfEveryRoadIsPassedOn) {
+    std::vector<std::unique_ptr<CaptureWatch>> roads;
+    std::vector<Road*> senders;
+    for (int count = 0; count < 2; ++count) {
+        auto road = std::make_unique<Road>(false);
+        senders.push_back(road.get());
+        roads.push_back(std::move(road));
+    }
+    ScreenWatch watch(std::move(roads));
+    int news = 0;
+    auto observer = watch.addNewsObserver([&] { ++news; });
+    senders.front()->tellNews();
+    senders.back()->tellNews();
+    EXPECT_EQ(news, 2);
+    observer = {};
+    senders.front()->tellNews();
+    EXPECT_EQ(news, 2);
 }
 
 TEST(ScreenWatchTest, WithoutARoadNothingCanBeAsked) {

@@ -1,8 +1,11 @@
 #pragma once
 
 #include "platform/ScreenWatcherProbe.h"
+#include "platform/Subscribers.h"
 
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace TestSupport {
@@ -14,6 +17,7 @@ public:
     std::optional<bool> isWatched = false;
     std::vector<std::string> lookUps;
     int queries = 0;
+    Platform::Subscribers<> newsObservers;
 
     Query lookUp(const std::string& symbol) override {
         lookUps.push_back(symbol);
@@ -24,6 +28,10 @@ public:
             ++queries;
             return isWatched;
         };
+    }
+
+    Platform::Subscription addNewsObserver(std::function<void()> handler) override {
+        return newsObservers.add(std::move(handler));
     }
 };
 

@@ -57,10 +57,12 @@ bool isDevice(const spa_dict* properties) {
 
 class PipeWireCaptureWatch::Registry {
 public:
-    Registry(Platform::Log& log, Reopening::Now now, WithoutDaemon withoutDaemon)
+    Registry(Platform::Log& log, Reopening::Now now, WithoutDaemon withoutDaemon,
+             std::function<void()> onNews)
         : withoutDaemon_(withoutDaemon),
           log_(log),
-          now_(std::move(now)) {
+          now_(std::move(now)),
+          onNews_(std::move(onNews)) {
         pw_init(nullptr, nullptr);
         loop_.reset(pw_loop_new(nullptr));
         if (!loop_) {
@@ -71,8 +73,13 @@ public:
             loop_.get(), pw_properties_new(PW_KEY_CONFIG_NAME, "client.conf", "module.rt", "false", nullptr),
             0));
         notifier_ = std::make_unique<QSocketNotifier>(pw_loop_get_fd(loop_.get()), QSocketNotifier::Read);
-        QObject::connect(notifier_.get(), &QSocketNotifier::activated, notifier_.get(),
-                         [this] { iterate(); });
+        QObject::connect(notifier_.get(), &QSocketNotifier::activated, notifier_.get(), [this] {
+            const bool wasCast = isCast_;
+            iterate();
+            if (isCast_ != wasCast) {
+                onNews_();
+            }
+        });
     }
 
     ~Registry() {
@@ -255,6 +262,7 @@ private:
             hasBroken_ = true;
             say(reopening_.broke(now_()));
         }
+        isCast_ = graph_.isScreenCast();
     }
 
     void appeared(Id id, std::string_view type, const spa_dict* properties) {
@@ -347,6 +355,8 @@ private:
     spa_hook registryHook_{};
     std::map<Id, std::unique_ptr<Bound>> bound_;
     ScreenCastGraph graph_;
+    /// As of the last look.
+    bool isCast_ = false;
     bool isLost_ = false;
     /// Whether a daemon that was there broke off and may come back.
     bool hasBroken_ = false;
@@ -360,20 +370,17 @@ private:
     WithoutDaemon withoutDaemon_;
     Platform::Log& log_;
     Reopening::Now now_;
+    std::function<void()> onNews_;
     std::unique_ptr<QSocketNotifier> notifier_;
 };
 
 std::unique_ptr<PipeWireCaptureWatch> PipeWireCaptureWatch::open(Platform::Log& log, Reopening::Now now,
                                                                  WithoutDaemon withoutDaemon) {
-    auto registry = std::make_unique<Registry>(log, std::move(now), withoutDaemon);
-    if (!registry->isUsable()) {
-        return nullptr;
-    }
-    return std::unique_ptr<PipeWireCaptureWatch>(new PipeWireCaptureWatch(std::move(registry)));
+    std::unique_ptr<PipeWireCaptureWatch> watch(new PipeWireCaptureWatch);
+    watch->registry_ = std::make_unique<Registry>(log, std::move(now), withoutDaemon,
+                                                  [told = watch.get()] { told->tellNews(); });
+    return watch->registry_->isUsable() ? std::move(watch) : nullptr;
 }
-
-PipeWireCaptureWatch::PipeWireCaptureWatch(std::unique_ptr<Registry> registry)
-    : registry_(std::move(registry)) {}
 
 PipeWireCaptureWatch::~PipeWireCaptureWatch() = default;
 

@@ -36,7 +36,7 @@ public:
 private:
     class Registry;
 
-    explicit PipeWireCaptureWatch(std::unique_ptr<Registry> registry);
+    PipeWireCaptureWatch() = default;
 
     std::unique_ptr<Registry> registry_;
 };

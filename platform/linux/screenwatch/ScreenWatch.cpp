@@ -4,7 +4,15 @@
 
 namespace LinuxPlatform {
 
-ScreenWatch::ScreenWatch(std::vector<std::unique_ptr<CaptureWatch>> roads) : roads_(std::move(roads)) {}
+ScreenWatch::ScreenWatch(std::vector<std::unique_ptr<CaptureWatch>> roads) : roads_(std::move(roads)) {
+    for (const auto& road : roads_) {
+        newsOfRoads_.push_back(road->addNewsObserver([this] { newsObservers_.tell(); }));
+    }
+}
+
+Platform::Subscription ScreenWatch::addNewsObserver(std::function<void()> handler) {
+    return newsObservers_.add(std::move(handler));
+}
 
 Platform::ScreenWatcherProbe::Query ScreenWatch::lookUp(const std::string& symbol) {
     if (roads_.empty() || symbol != Platform::screenWatcherSymbol) {

@@ -15,9 +15,12 @@ public:
 
     /// Knows one symbol, "CGSIsScreenWatcherPresent".
     Query lookUp(const std::string& symbol) override;
+    Platform::Subscription addNewsObserver(std::function<void()> handler) override;
 
 private:
     std::vector<std::unique_ptr<CaptureWatch>> roads_;
+    Platform::Subscribers<> newsObservers_;
+    std::vector<Platform::Subscription> newsOfRoads_;
 };
 
 } // namespace LinuxPlatform
