@@ -9,6 +9,8 @@ T.Button {
     property string tip
     /// Why a press has no effect, or less than usual, in a sentence; shown beside the words.
     property string reason
+    /// A tip waits for its time, and the window may be without the button by then.
+    readonly property bool isInWindow: Window.window !== null
 
     implicitWidth: implicitContentWidth + leftPadding + rightPadding
     implicitHeight: implicitContentHeight + topPadding + bottomPadding
@@ -42,7 +44,7 @@ T.Button {
         active: control.tip !== "" && control.hovered
         sourceComponent: Tip {
             text: control.tip
-            visible: control.hovered && !control.down
+            visible: control.hovered && !control.down && control.isInWindow
         }
     }
     Loader {
@@ -51,7 +53,7 @@ T.Button {
             objectName: "reason"
             isSentence: true
             text: control.reason
-            visible: pointer.hovered && !control.down
+            visible: pointer.hovered && !control.down && control.isInWindow
         }
     }
 }

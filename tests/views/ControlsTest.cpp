@@ -59,6 +59,23 @@ TEST_F(Controls, FitTheirWordsInEveryLanguage) {
     }
 }
 
+TEST_F(Controls, ATipDoesNotOpenOnceItsButtonIsInNoWindow) {
+    auto view = show();
+    QTest::mouseMove(&view.window(), view.place("icon").center().toPoint());
+    auto* const icon = view.find("icon");
+    ASSERT_TRUE(ShownView::waitFor([&] { return icon->property("hovered").toBool(); }));
+    view.root().setParentItem(nullptr);
+    std::vector<std::string> warnings;
+    // Tips wait for 0.6 seconds.
+    EXPECT_FALSE(QTest::qWaitFor(
+        [&] {
+            warnings = takeWarnings();
+            return !warnings.empty();
+        },
+        1000))
+        << warnings.front();
+}
+
 TEST_F(Controls, AnswerToClicks) {
     auto view = show();
     for (const auto* const name :
