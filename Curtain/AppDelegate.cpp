@@ -333,6 +333,10 @@ void AppDelegate::togglePopover() {
                : popoverMaximumHeight;
     popover.setContentSize({popoverWidth, height});
     popover.show(*statusItem_);
+    if (!popover.isShown()) {
+        // Nothing would ever close, and so end what it shows.
+        popoverDidClose();
+    }
     hidingWatch_.begin();
 }
 
@@ -586,6 +590,7 @@ void AppDelegate::fixEverything() {
     const CurtainCore::PreferencesStore::Action action(store_);
     const bool wasActive = engine().isActive();
     if (!wasActive) {
+        notifier_.withdrawPrivacyModeEnded();
         platform_.appShield->cover(store_.load().targetBundleIDs());
     }
     const bool notificationsNeedAttention = FixEverything::run(engine(), store_, desktopController_);

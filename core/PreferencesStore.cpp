@@ -56,7 +56,8 @@ void PreferencesStore::save(const Preferences& preferences) {
         defaults_.keepCopy(key);
         makeLossLast();
     } else if (const auto bytes = defaults_.data(key); bytes && holdsUnknownKeys(*bytes)) {
-        defaults_.keepCopy(key);
+        // Beside it only: what is stored is still good where there is no room for a copy.
+        static_cast<void>(defaults_.copyNow(key));
     }
     defaults_.setData(key, *document);
     loaded_.reset();

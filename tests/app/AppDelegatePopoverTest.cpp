@@ -20,6 +20,33 @@ using TestSupport::rightClick;
 
 namespace EventType = Platform::EventType;
 
+/// There is nothing to show it with.
+class UnshownPopover : public Platform::Popover {
+public:
+    bool isShown() const override { return false; }
+    void setContent(Platform::View /*content*/) override {}
+    void setContentSize(const Platform::Size& /*size*/) override {}
+    void show(Platform::StatusItem& /*relativeTo*/) override {}
+    void close() override {}
+    void setOnDidClose(std::function<void()> /*callback*/) override {}
+};
+
+struct UnshownPopoverTest : TestSupport::AppDelegateFixture {
+    void SetUp() override {
+        change([](auto& record) { record.hasOnboarded = true; });
+        fakes.captureServices.cameras = {{"front", "Front"}};
+        fakes.platform.popover = std::make_unique<UnshownPopover>();
+        launch();
+    }
+};
+
+TEST_F(UnshownPopoverTest, LeavesCameraAndMicrophoneOff) {
+    fakes.statusBar.click(leftClick);
+    fakes.workQueues.runAll();
+    EXPECT_FALSE(fakes.captureServices.session && fakes.captureServices.session->isRunning());
+    EXPECT_FALSE(!fakes.audioServices.engines.empty() && fakes.audioServices.engine().isRunning);
+}
+
 struct PopoverTest : TestSupport::AppDelegateFixture {
     void SetUp() override {
         change([](auto& record) { record.hasOnboarded = true; });
@@ -58,6 +85,21 @@ struct PopoverTest : TestSupport::AppDelegateFixture {
         ASSERT_TRUE(view().hasPhoto());
     }
 };
+
+TEST_F(PopoverTest, FixEverythingTakesBackThatAnotherProgramEndedPrivacyMode) {
+    using Request = Curtain::AppDelegate::PrivacyRequest;
+    const auto tellsOfIt = [&] {
+        return std::ranges::any_of(fakes.userNotificationCenter.delivered, [](const auto& request) {
+            return request.content.title == "Privacy mode off";
+        });
+    };
+    delegate->privacyRequested(Request::on);
+    delegate->privacyRequested(Request::off);
+    EXPECT_TRUE(tellsOfIt());
+    open();
+    view().fixEverything();
+    EXPECT_FALSE(tellsOfIt());
+}
 
 TEST_F(PopoverTest, OpensOnAClickAndClosesOnTheNext) {
     fakes.statusBar.click(leftClick);

@@ -335,6 +335,22 @@ TEST_F(FileUserDefaultsTest, AFullDiskKeepsTheOldValueAndNoRemains) {
     EXPECT_EQ(child.wait(), 0);
 }
 
+TEST_F(FileUserDefaultsTest, SettingsOfALaterVersionOutliveAFullDisk) {
+    const std::string key = CurtainCore::PreferencesStore::key;
+    const auto document = R"({"hasOnboarded": true, "invented": ")" + std::string(100'000, 'x') + "\"}";
+    put(key, document);
+    ForkedChild child([&] {
+        limitFileSize(100, false);
+        CurtainCore::PreferencesStore store(defaults);
+        auto preferences = store.load();
+        preferences.showCameraPreview = false;
+        store.save(preferences);
+        EXPECT_EQ(stored(key), document);
+        EXPECT_THAT(names(), ElementsAre(key));
+    });
+    EXPECT_EQ(child.wait(), 0);
+}
+
 TEST_F(FileUserDefaultsTest, WithoutSpaceForACopyTheValueItselfIsKept) {
     const std::string large(100'000, 'x');
     put("key", large);

@@ -6,6 +6,7 @@
 #include "tests/support/HotKeyServiceContract.h"
 #include "tests/support/RecordingLog.h"
 
+#include <QDBusConnectionInterface>
 #include <QDBusMessage>
 
 #include <gmock/gmock.h>
@@ -196,6 +197,8 @@ TEST_F(GnomeHotKeyTest, NobodyElseGrabsOrTellsOfKeys) {
                                    QStringLiteral("com.curtain.Curtain.GnomeShell"), QStringLiteral("Key"));
     told.setArguments({12U, control, true});
     ASSERT_TRUE(stranger.send(told));
+    // The bus has passed it on before it answers what is asked after it.
+    ASSERT_TRUE(stranger.interface()->isServiceRegistered(QStringLiteral("com.curtain.Curtain")).isValid());
     world.type(controlH);
     world.settle();
     EXPECT_EQ(events.size(), 2U);

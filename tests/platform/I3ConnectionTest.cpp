@@ -457,7 +457,8 @@ struct AwaitedSwayTest : testing::Test {
 TEST_F(AwaitedSwayTest, IsWaitedFor) {
     answer();
     SwayHotKeyService service(server.path(), queue, log, keys,
-                              LinuxPlatform::EarlierValue(state, "bound", "session"));
+                              LinuxPlatform::EarlierValue(state, "bound", "session"),
+                              std::chrono::seconds(30));
     EXPECT_EQ(service.reach(), Platform::HotKeyReach::everywhere);
     EXPECT_EQ(service.registerHotKey({4, Platform::HotKeyModifier::control}, {1, 1}), Platform::hotKeyExists);
 }

@@ -6,6 +6,8 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
+#include <chrono>
 #include <string>
 #include <thread>
 #include <vector>
@@ -48,7 +50,7 @@ struct SwayWindowManagerClientTest : testing::Test {
 
     ScriptedI3 server;
     TestSupport::HandDrivenQueue queue;
-    LinuxPlatform::SwayWindowManagerClient client{server.path(), queue};
+    LinuxPlatform::SwayWindowManagerClient client{server.path(), queue, std::chrono::seconds(30)};
     const QByteArray done = R"([{"success":true}])";
     const QByteArray refused = R"([{"success":false,"error":"No matching node."}])";
     int arrivals = 0;
@@ -74,7 +76,7 @@ TEST_F(SwayWindowManagerClientTest, AWindowThatIsThereAlreadyIsMovedAtOnce) {
 
 TEST_F(SwayWindowManagerClientTest, SilenceKeepsNoWindowFromBeingSeen) {
     place();
-    queue.advance(0.99);
+    queue.advance(4.99);
     EXPECT_EQ(arrivals, 0);
     queue.advance(0.01);
     EXPECT_EQ(arrivals, 1);
@@ -83,17 +85,29 @@ TEST_F(SwayWindowManagerClientTest, SilenceKeepsNoWindowFromBeingSeen) {
 TEST_F(SwayWindowManagerClientTest, AWindowThatIsShownLateIsMovedAllTheSame) {
     place();
     EXPECT_THAT(serve(refused), ElementsAre(moveCommand));
-    queue.advance(1);
+    queue.advance(5);
+    EXPECT_EQ(arrivals, 1);
     server.say(message(windowEvent, R"({"change":"new","container":{"window":7}})"));
     EXPECT_THAT(serve(done), ElementsAre(moveCommand));
+    EXPECT_EQ(arrivals, 1);
+}
+
+TEST_F(SwayWindowManagerClientTest, AWindowThatCannotBeMovedIsSeenASecondAfterItCame) {
+    place();
+    EXPECT_THAT(serve(refused), ElementsAre(moveCommand));
+    queue.advance(2);
+    server.say(message(windowEvent, R"({"change":"new","container":{"window":7}})"));
+    EXPECT_THAT(serve(refused), ElementsAre(moveCommand));
+    EXPECT_EQ(arrivals, 0);
+    queue.advance(1);
     EXPECT_EQ(arrivals, 1);
 }
 
 /// sway as another program, since its answers are waited for.
 struct SwayPanelsTest : SwayWindowManagerClientTest {
     std::vector<QRect> panelsWhere(const QByteArray& outputs, const QByteArray& workspaces) {
+        answers = 0;
         const std::jthread sway([&] {
-            int answers = 0;
             while (answers < 2 && server.awaitRequest()) {
                 while (const auto request = server.next()) {
                     const bool isOfOutputs =
@@ -109,6 +123,8 @@ struct SwayPanelsTest : SwayWindowManagerClientTest {
         });
         return client.panels();
     }
+
+    std::atomic<int> answers = 0;
 };
 
 TEST_F(SwayPanelsTest, AreWhatTheWorkspacesInViewLeaveOfTheirOutputs) {
@@ -125,7 +141,9 @@ TEST_F(SwayPanelsTest, AreWhatTheWorkspacesInViewLeaveOfTheirOutputs) {
 TEST_F(SwayPanelsTest, AreNoneWhereTheAnswersMakeNoSense) {
     EXPECT_THAT(panelsWhere(R"([{"name":7}, 8])", R"([{"output":"A","visible":true,"rect":9}, {}])"),
                 IsEmpty());
+    EXPECT_EQ(answers, 2);
     EXPECT_THAT(panelsWhere("{", ""), IsEmpty());
+    EXPECT_EQ(answers, 2);
 }
 
 } // namespace

@@ -12,10 +12,10 @@
 namespace LinuxPlatform {
 namespace {
 
-/// The popover opens later by that at most.
-constexpr std::chrono::milliseconds patience{200};
-/// A window that is not in its place by then is to be seen all the same.
+/// A window that is not in its place so long after it came is to be seen all the same.
 constexpr Platform::MainQueue::Seconds placeDeadline{1};
+/// One that sway has not told of by then may be there.
+constexpr Platform::MainQueue::Seconds appearanceDeadline{5};
 
 QRect rectIn(const QJsonObject& object) {
     const auto rect = object.value(QLatin1String("rect")).toObject();
@@ -61,8 +61,10 @@ std::vector<QRect> panelsIn(const QByteArray& outputs, const QByteArray& workspa
 
 } // namespace
 
-SwayWindowManagerClient::SwayWindowManagerClient(std::filesystem::path socket, Platform::MainQueue& queue)
+SwayWindowManagerClient::SwayWindowManagerClient(std::filesystem::path socket, Platform::MainQueue& queue,
+                                                 std::chrono::milliseconds patience)
     : queue_(queue),
+      patience_(patience),
       connection_(std::move(socket), queue, {"window"},
                   {nullptr, nullptr,
                    [this](I3Event event, const QByteArray& payload) { handleEvent(event, payload); }}) {
@@ -72,14 +74,15 @@ SwayWindowManagerClient::SwayWindowManagerClient(std::filesystem::path socket, P
 std::vector<QRect> SwayWindowManagerClient::panels() {
     connection_.ask(I3Request::getOutputs, {}, [this](const QByteArray& reply) { outputs_ = reply; });
     connection_.ask(I3Request::getWorkspaces, {}, [this](const QByteArray& reply) { workspaces_ = reply; });
-    connection_.finish(patience);
+    connection_.finish(patience_);
     return panelsIn(outputs_, workspaces_);
 }
 
 void SwayWindowManagerClient::place(xcb_window_t window, const QPoint& corner,
                                     std::function<void()> whenThere) {
     due_ = {window, corner, std::move(whenThere)};
-    queue_.asyncAfter(placeDeadline, lifetime_.weak([this, window] { tell(window); }));
+    queue_.asyncAfter(connection_.isConnected() ? appearanceDeadline : placeDeadline,
+                      lifetime_.weak([this, window] { tell(window); }));
     move(*due_);
 }
 
@@ -115,6 +118,7 @@ void SwayWindowManagerClient::handleEvent(I3Event event, const QByteArray& paylo
     const auto window = news.value(QLatin1String("container")).toObject().value(QLatin1String("window"));
     const bool isNew = news.value(QLatin1String("change")).toString() == QLatin1String("new");
     if (event == I3Event::window && isNew && due_ && window.toInteger() == due_->window) {
+        queue_.asyncAfter(placeDeadline, lifetime_.weak([this, id = due_->window] { tell(id); }));
         move(*due_);
     }
 }

@@ -9,6 +9,7 @@
 #include <QRect>
 #include <xcb/xproto.h>
 
+#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -20,8 +21,9 @@ namespace LinuxPlatform {
 /// are those that X11 programs see. Source: sway(5) and sway-ipc(7). Main thread only.
 class SwayWindowManagerClient {
 public:
-    /// `queue` outlives this object.
-    SwayWindowManagerClient(std::filesystem::path socket, Platform::MainQueue& queue);
+    /// `queue` outlives this object. `patience` is how long a question about panels may take.
+    SwayWindowManagerClient(std::filesystem::path socket, Platform::MainQueue& queue,
+                            std::chrono::milliseconds patience = std::chrono::milliseconds(200));
 
     /// The edges of the outputs that panels keep for themselves. Waits a moment for sway's answer, and gives
     /// what it said before if there is none.
@@ -44,6 +46,7 @@ private:
     void forget(xcb_window_t window);
 
     Platform::MainQueue& queue_;
+    std::chrono::milliseconds patience_;
     /// Of the window that is not there yet.
     std::optional<Placement> due_;
     QByteArray outputs_;

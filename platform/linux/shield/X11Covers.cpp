@@ -429,8 +429,12 @@ void X11Covers::findFrame(xcb_window_t window, Client& client) {
             break;
         }
         outermost = tree->parent;
+        if (connectionOf(outermost) != managerConnection_) {
+            // It stands in another program's window, whose frame is not its own.
+            return;
+        }
     }
-    if (outermost != window && connectionOf(outermost) == managerConnection_) {
+    if (outermost != window) {
         client.frame = outermost;
         coverInside(outermost);
     }

@@ -100,7 +100,9 @@ void GnomeHotKeyService::noteGrab(const HotKey& hotKey, const QDBusMessage& answ
     if (isGranted(answer)) {
         standIn_->unregisterHotKey(hotKey.id);
     } else if (isKeyless_) {
-        handOver(hotKey);
+        if (std::ranges::find(hotKeys_, hotKey.id, &HotKey::id) != hotKeys_.end()) {
+            handOver(hotKey);
+        }
     } else {
         log_.writeLine("Curtain: GNOME Shell does not grant the shortcut, which another program may have");
     }
@@ -118,6 +120,12 @@ Platform::HotKeyStatus GnomeHotKeyService::registerHotKey(const Platform::HotKey
                                       static_cast<int>(patience_.count()));
         isKeyless_ = isUnknown(answer);
         if (!isKeyless_ && !isGranted(answer)) {
+            const bool isHeldByAnother =
+                std::ranges::find(hotKeys_, hotKey.key, &HotKey::key) != hotKeys_.end();
+            if (answer.type() != QDBusMessage::ReplyMessage && !isHeldByAnother) {
+                // It may be granted yet.
+                bus_.send(request(QStringLiteral("UngrabKey"), hotKey.key));
+            }
             return Platform::hotKeyExists;
         }
     }

@@ -3,6 +3,7 @@
 #include <QDBusPendingCallWatcher>
 #include <QTemporaryFile>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <utility>
@@ -17,7 +18,7 @@ const QString runMethod = QStringLiteral("run");
 
 constexpr std::chrono::milliseconds answerDeadline{5000};
 /// At our end.
-constexpr std::chrono::milliseconds lastAnswerDeadline{300};
+constexpr std::chrono::milliseconds lastAnswerDeadline{1000};
 /// A script that runs says so at about the time at which KWin answers.
 constexpr Platform::MainQueue::Seconds patienceAfterAnswer{0.25};
 /// More scripts than anybody has.
@@ -155,24 +156,28 @@ void KWinScripting::finish(const std::shared_ptr<Start>& start, bool isRunning) 
     start->done(isRunning);
 }
 
-void KWinScripting::runAndWait(const QString& owner, const QString& name, const std::string& text) const {
+bool KWinScripting::runAndWait(const QString& owner, const QString& name, const std::string& text) const {
     QTemporaryFile file;
     if (!write(file, folder_, text)) {
-        return;
+        return false;
     }
     const auto wait = [this](const QDBusMessage& message) {
         return bus_.call(message, QDBus::Block, static_cast<int>(lastAnswerDeadline.count()));
     };
+    // One that was not answered in time may still be there.
+    if (!isReply(wait(scriptingCall(owner, QStringLiteral("unloadScript"), {name})))) {
+        return false;
+    }
     const auto loaded = wait(scriptingCall(owner, QStringLiteral("loadScript"), {file.fileName(), name}));
     if (!isReply(loaded)) {
-        return;
+        return false;
     }
-    for (const auto& path : placesOf(loaded.arguments().value(0).toInt())) {
-        if (isReply(wait(QDBusMessage::createMethodCall(owner, path, scriptInterface, runMethod)))) {
-            break;
-        }
-    }
+    const bool hasRun =
+        std::ranges::any_of(placesOf(loaded.arguments().value(0).toInt()), [&](const QString& path) {
+            return isReply(wait(QDBusMessage::createMethodCall(owner, path, scriptInterface, runMethod)));
+        });
     unload(owner, name);
+    return hasRun;
 }
 
 void KWinScripting::unload(const QString& owner, const QString& name) const {

@@ -32,9 +32,10 @@ public:
     /// never when this object ends before. One at a time for each name.
     void run(const QString& owner, const QString& name, const std::string& text, HasBegun hasBegun,
              Done done);
-    /// Runs a script that is over at once, and waits a second for that at most. For the end, when there is no
-    /// later. `name` is one that no other script has.
-    void runAndWait(const QString& owner, const QString& name, const std::string& text) const;
+    /// Runs a script that is over at once, and waits for KWin, one second for each of its answers at most and
+    /// no longer once one is missing. For the end, when there is no later. `name` is one that no other script
+    /// has. False where it may not have run.
+    bool runAndWait(const QString& owner, const QString& name, const std::string& text) const;
     void unload(const QString& owner, const QString& name) const;
     /// `answer` is not called where KWin does not answer.
     void askWhetherLoaded(const QString& owner, const QString& name, std::function<void(bool)> answer) const;

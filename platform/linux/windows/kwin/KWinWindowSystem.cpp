@@ -92,11 +92,12 @@ KWinWindowSystem::~KWinWindowSystem() {
     if (kwin_.owner().isEmpty()) {
         return;
     }
-    if (hasHidden_) {
+    // Without a farewell the watcher goes on returning to the switchers what its user brings back.
+    if (!hasHidden_ ||
         scripting_.runAndWait(kwin_.owner(), farewellName,
-                              KWinScripts::farewell({bus_.baseService(), path, interfaceName}));
+                              KWinScripts::farewell({bus_.baseService(), path, interfaceName}))) {
+        scripting_.unload(kwin_.owner(), watcherName);
     }
-    scripting_.unload(kwin_.owner(), watcherName);
     scripting_.unload(kwin_.owner(), requestsName);
 }
 

@@ -146,7 +146,10 @@ void X11WindowRestorer::lookAgain() {
         noteProgress();
     }
     const bool isLastRequestDue = isPatienceOver();
-    if (targets_.empty() || (!askForMore(isLastRequestDue) && isLastRequestDue)) {
+    // One that answers in turn may still be raising what is back.
+    const bool isSettled = targets_.empty() &&
+                           (isAnswered_ || !model_.answersInTurn() || queue_.now() - quietSince_ >= patience);
+    if (isSettled || (!askForMore(isLastRequestDue) && isLastRequestDue)) {
         finish();
     } else if (!isWatchScheduled_) {
         lookLater();
