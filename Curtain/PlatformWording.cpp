@@ -483,6 +483,15 @@ constexpr auto ownTexts = std::to_array<Entry<PlatformKey>>({
       .pt = "A câmera não envia imagem. O Curtain continua tentando.",
       .fr = "La caméra n’envoie pas d’image. Curtain continue d’essayer.",
       .ru = "Камера не передаёт изображение. Curtain продолжает попытки."}},
+    {PlatformKey::privacyModeEndedBody,
+     {.en = "Another program asked for it.",
+      .es = "Lo ha pedido otro programa.",
+      .zh = "这是另一个程序要求的。",
+      .hi = "किसी दूसरे प्रोग्राम ने ऐसा करने को कहा।",
+      .ar = "طلب ذلك برنامج آخر.",
+      .pt = "Outro programa pediu isso.",
+      .fr = "Un autre programme l’a demandé.",
+      .ru = "Об этом попросила другая программа."}},
     // Buttons that show only a symbol.
     {PlatformKey::mirrorPicture,
      {.en = "Mirror picture",
@@ -598,15 +607,6 @@ constexpr auto ownTexts = std::to_array<Entry<PlatformKey>>({
       .pt = "Modo de privacidade desativado",
       .fr = "Mode confidentialité désactivé",
       .ru = "Режим приватности выключен"}},
-    {PlatformKey::privacyModeEndedBody,
-     {.en = "Another program asked for it.",
-      .es = "Lo ha pedido otro programa.",
-      .zh = "这是另一个程序要求的。",
-      .hi = "किसी दूसरे प्रोग्राम ने ऐसा करने को कहा।",
-      .ar = "طلب ذلك برنامج آخر.",
-      .pt = "Outro programa pediu isso.",
-      .fr = "Un autre programme l’a demandé.",
-      .ru = "Об этом попросила другая программа."}},
 });
 
 std::string_view textOf(const Texts& texts, AppLanguage language) {

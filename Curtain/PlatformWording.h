@@ -62,6 +62,8 @@ enum class PlatformKey {
     cameraDoesNotStart,
     /// The same: it has begun and sends nothing that can be shown.
     cameraSendsNothing,
+    /// Why privacy mode has ended.
+    privacyModeEndedBody,
     mirrorPicture,
     moreOptions,
     clearSearch,
@@ -78,9 +80,8 @@ enum class PlatformKey {
     somePrivateAppsNotCounted,
     /// Privacy mode is on, and nothing can be hidden.
     privacyModeInVain,
-    /// Another program has switched privacy mode off: the title of the notice and what it says.
+    /// Another program has switched privacy mode off: the title of the notice.
     privacyModeEndedTitle,
-    privacyModeEndedBody,
 };
 
 /// The texts that the user sees on Linux: those of `CurtainCore::Localizer`, but for the few that would be
@@ -131,6 +132,7 @@ struct CurtainCore::RawValues<Curtain::PlatformKey> {
         {Curtain::PlatformKey::cameraInUse, "cameraInUse"},
         {Curtain::PlatformKey::cameraDoesNotStart, "cameraDoesNotStart"},
         {Curtain::PlatformKey::cameraSendsNothing, "cameraSendsNothing"},
+        {Curtain::PlatformKey::privacyModeEndedBody, "privacyModeEndedBody"},
         {Curtain::PlatformKey::mirrorPicture, "mirrorPicture"},
         {Curtain::PlatformKey::moreOptions, "moreOptions"},
         {Curtain::PlatformKey::clearSearch, "clearSearch"},
@@ -143,6 +145,5 @@ struct CurtainCore::RawValues<Curtain::PlatformKey> {
         {Curtain::PlatformKey::somePrivateAppsNotCounted, "somePrivateAppsNotCounted"},
         {Curtain::PlatformKey::privacyModeInVain, "privacyModeInVain"},
         {Curtain::PlatformKey::privacyModeEndedTitle, "privacyModeEndedTitle"},
-        {Curtain::PlatformKey::privacyModeEndedBody, "privacyModeEndedBody"},
     }};
 };

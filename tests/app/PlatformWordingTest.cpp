@@ -234,10 +234,10 @@ TEST(PlatformWording, TheEnglishTextsOfItsOwn) {
             "settings.",
             "The camera is not plugged in any more.", "Another program is using the camera.",
             "The camera doesn't start. Another program may be using it.",
-            "The camera sends no picture. Curtain keeps trying.", "Mirror picture", "More options",
-            "Clear search", "Your settings could not be read", "No app was hidden", "Close", "Switch on",
-            "Can't tell", "Private apps not counted", "Some private apps not counted",
-            "Privacy mode has no effect"));
+            "The camera sends no picture. Curtain keeps trying.", "Another program asked for it.",
+            "Mirror picture", "More options", "Clear search", "Your settings could not be read",
+            "No app was hidden", "Close", "Switch on", "Can't tell", "Private apps not counted",
+            "Some private apps not counted", "Privacy mode has no effect", "Privacy mode off"));
 }
 
 TEST(PlatformWording, AnUnknownLanguageReadsEnglish) {
