@@ -222,14 +222,17 @@ class KWinTest(DesktopCase):
     def watch_switchers(self):
         self.switchers = self.watch_bus("com.example.Switcher")
         self.run_script("switchers", TELLING_OF_SWITCHERS)
-        wait_until(lambda: self.switchers.output().count("com.example.Switcher") == 3, "KWin tells of the switchers",
+        wait_until(lambda: set(self.told_of_switchers()) == {"xterm", "urxvt", "editor"}, "KWin tells of the switchers",
                    seen=self.switchers.output)
 
-    def out_of_switchers(self):
-        """The programs that KWin's switchers leave out."""
+    def told_of_switchers(self):
+        """Of each program, whether KWin's switchers leave it out. Notices have windows too."""
         told = map(json.loads, re.findall(r'^ *string "(\[.*\])"$', self.switchers.output(), re.MULTILINE))
         programs = {"xterm": "xterm", "urxvt": "urxvt", "mousepad": "editor", "org.xfce.mousepad": "editor"}
-        return {programs[window] for window, is_out in dict(told).items() if is_out}
+        return {programs[window]: is_out for window, is_out in told if window in programs}
+
+    def out_of_switchers(self):
+        return {program for program, is_out in self.told_of_switchers().items() if is_out}
 
     def wait_out_of_switchers(self, *programs):
         wait_until(lambda: self.out_of_switchers() == set(programs), f"{programs} are left out of switchers",
