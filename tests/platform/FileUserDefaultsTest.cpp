@@ -336,7 +336,7 @@ TEST_F(FileUserDefaultsTest, AFullDiskKeepsTheOldValueAndNoRemains) {
 }
 
 TEST_F(FileUserDefaultsTest, SettingsOfALaterVersionOutliveAFullDisk) {
-    const std::string key = CurtainCore::PreferencesStore::key;
+    const std::string key = "curtain.preferences.v1";
     const auto document = R"({"hasOnboarded": true, "invented": ")" + std::string(100'000, 'x') + "\"}";
     put(key, document);
     ForkedChild child([&] {
