@@ -76,7 +76,7 @@ TEST_F(SwayWindowManagerClientTest, AWindowThatIsThereAlreadyIsMovedAtOnce) {
 
 TEST_F(SwayWindowManagerClientTest, SilenceKeepsNoWindowFromBeingSeen) {
     place();
-    queue.advance(4.99);
+    queue.advance(2.99);
     EXPECT_EQ(arrivals, 0);
     queue.advance(0.01);
     EXPECT_EQ(arrivals, 1);
@@ -85,7 +85,7 @@ TEST_F(SwayWindowManagerClientTest, SilenceKeepsNoWindowFromBeingSeen) {
 TEST_F(SwayWindowManagerClientTest, AWindowThatIsShownLateIsMovedAllTheSame) {
     place();
     EXPECT_THAT(serve(refused), ElementsAre(moveCommand));
-    queue.advance(5);
+    queue.advance(3);
     EXPECT_EQ(arrivals, 1);
     server.say(message(windowEvent, R"({"change":"new","container":{"window":7}})"));
     EXPECT_THAT(serve(done), ElementsAre(moveCommand));
@@ -95,7 +95,7 @@ TEST_F(SwayWindowManagerClientTest, AWindowThatIsShownLateIsMovedAllTheSame) {
 TEST_F(SwayWindowManagerClientTest, AWindowThatCannotBeMovedIsSeenASecondAfterItCame) {
     place();
     EXPECT_THAT(serve(refused), ElementsAre(moveCommand));
-    queue.advance(2);
+    queue.advance(1);
     server.say(message(windowEvent, R"({"change":"new","container":{"window":7}})"));
     EXPECT_THAT(serve(refused), ElementsAre(moveCommand));
     EXPECT_EQ(arrivals, 0);

@@ -15,7 +15,7 @@ namespace {
 /// A window that is not in its place so long after it came is to be seen all the same.
 constexpr Platform::MainQueue::Seconds placeDeadline{1};
 /// One that sway has not told of by then may be there.
-constexpr Platform::MainQueue::Seconds appearanceDeadline{5};
+constexpr Platform::MainQueue::Seconds appearanceDeadline{3};
 
 QRect rectIn(const QJsonObject& object) {
     const auto rect = object.value(QLatin1String("rect")).toObject();
