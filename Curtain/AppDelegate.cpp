@@ -219,7 +219,8 @@ void AppDelegate::privacyRequested(PrivacyRequest request) {
         return;
     }
     toggleModeFromHotkey();
-    if (wasActive) {
+    // The toggle is what the user's own menus and shortcuts call.
+    if (request == PrivacyRequest::off) {
         notifier_.notifyPrivacyModeEnded();
     }
 }

@@ -54,7 +54,7 @@ public:
     void openSettings();
     /// What the shortcut does.
     void toggleModeFromHotkey();
-    /// What another program asks for. One that ends privacy mode is told of in a notice.
+    /// What is asked for from outside. A program that ends privacy mode by `off` is told of in a notice.
     enum class PrivacyRequest { on, off, toggle };
     void privacyRequested(PrivacyRequest request);
 

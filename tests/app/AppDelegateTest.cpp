@@ -147,7 +147,7 @@ TEST_F(AppDelegateTest, OtherProgramsSwitchPrivacyModeAndItsEndIsTold) {
     EXPECT_THAT(told, IsEmpty()) << "that was nobody else";
     delegate->privacyRequested(Request::toggle);
     delegate->privacyRequested(Request::toggle);
-    EXPECT_EQ(told.size(), 1U);
+    EXPECT_THAT(told, IsEmpty()) << "that may be a shortcut of the user's desktop";
 }
 
 TEST_F(AppDelegateTest, ShortcutCoversThePrivateAppsBeforeItHidesThemAndUncoversThemBeforeItShowsThem) {
