@@ -24,7 +24,8 @@ SettingsPage {
     ActionButton {
         id: switchOn
         objectName: "switchOn"
-        x: 1 + Theme.rowInset
+        anchors.left: parent.left
+        anchors.leftMargin: 1 + Theme.rowInset
         implicitHeight: 28
         kind: "tonal"
         visible: page.model.canSwitchExtensionOn

@@ -119,6 +119,22 @@ struct GnomeWindowSystemTest : testing::Test {
         EXPECT_TRUE(spinUntil([&] { return isHidden(window); }));
     }
 
+    WindowId openDialog(WindowId parent) const {
+        return shell.call(QStringLiteral("OpenDialog"), parent).toULongLong();
+    }
+
+    /// A new window and its dialog, in that order.
+    std::pair<WindowId, WindowId> hideWithDialog() {
+        shell.setExtension(GnomeShellStandIn::on);
+        EXPECT_TRUE(comesTo(std::nullopt));
+        const auto parent = openListed("first");
+        const auto dialog = openDialog(parent);
+        EXPECT_TRUE(spinUntil([&] { return system->exists(dialog); }));
+        system->hide(std::array{parent, dialog});
+        EXPECT_TRUE(spinUntil([&] { return isHidden(parent) && isHidden(dialog); }));
+        return {parent, dialog};
+    }
+
     bool asks(const QString& question, WindowId window) const {
         return shell.call(question, window).toBool();
     }
@@ -300,14 +316,8 @@ TEST_F(GnomeWindowSystemTest, WindowIsHiddenWhileTheDesktopIsShown) {
 }
 
 TEST_F(GnomeWindowSystemTest, DialogIsHiddenWithItsParent) {
-    shell.setExtension(GnomeShellStandIn::on);
-    ASSERT_TRUE(comesTo(std::nullopt));
-    const auto parent = openListed("first");
-    const auto dialog = WindowId{shell.call(QStringLiteral("OpenDialog"), parent).toULongLong()};
-    ASSERT_TRUE(spinUntil([&] { return system->exists(dialog); }));
-    system->hide(std::array{parent, dialog});
-    ASSERT_TRUE(spinUntil([&] { return isHidden(parent) && isHidden(dialog); }));
-    const auto late = WindowId{shell.call(QStringLiteral("OpenDialog"), parent).toULongLong()};
+    const auto [parent, dialog] = hideWithDialog();
+    const auto late = openDialog(parent);
     ASSERT_TRUE(spinUntil([&] { return isHidden(late); }));
     EXPECT_FALSE(asks(QStringLiteral("IsInOverview"), late));
     for (const auto window : {parent, dialog}) {
@@ -330,13 +340,7 @@ TEST_F(GnomeWindowSystemTest, DialogIsHiddenWithItsParent) {
 }
 
 TEST_F(GnomeWindowSystemTest, DialogIsBackWhenItsHiddenParentIsClosed) {
-    shell.setExtension(GnomeShellStandIn::on);
-    ASSERT_TRUE(comesTo(std::nullopt));
-    const auto parent = openListed("first");
-    const auto dialog = WindowId{shell.call(QStringLiteral("OpenDialog"), parent).toULongLong()};
-    ASSERT_TRUE(spinUntil([&] { return system->exists(dialog); }));
-    system->hide(std::array{parent, dialog});
-    ASSERT_TRUE(spinUntil([&] { return isHidden(parent) && isHidden(dialog); }));
+    const auto [parent, dialog] = hideWithDialog();
     shell.call(QStringLiteral("Close"), parent);
     ASSERT_TRUE(spinUntil([&] { return !isHidden(dialog); }));
     EXPECT_TRUE(asks(QStringLiteral("IsPictured"), dialog));

@@ -238,8 +238,22 @@ TEST(SilentI3Test, RefusalThatIsNotUtf8IsRead) {
                 ElementsAre(testing::StartsWith("No Caf")));
 }
 
+/// i3 is played by the test, in turn with the program.
+struct ServedI3Test : testing::Test {
+    /// Answers what has been asked so far.
+    virtual void serve() = 0;
+
+    template <class Condition>
+    bool serveUntil(const Condition& condition) {
+        return spinUntil([&] {
+            serve();
+            return condition();
+        });
+    }
+};
+
 /// Knows of a window in the scratchpad and refuses every command.
-struct RefusingI3Test : testing::Test {
+struct RefusingI3Test : ServedI3Test {
     RefusingI3Test() {
         LinuxPlatform::I3Place place;
         place.workspace = "1";
@@ -247,7 +261,7 @@ struct RefusingI3Test : testing::Test {
         state.setString("taken", "session\n7 " + place.text() + "\n");
     }
 
-    void serve() {
+    void serve() override {
         while (const auto request = server.next()) {
             switch (static_cast<I3Request>(request->type)) {
             case I3Request::getTree:
@@ -262,14 +276,6 @@ struct RefusingI3Test : testing::Test {
                 server.say(message(request->type, "{\"success\":true}"));
             }
         }
-    }
-
-    template <class Condition>
-    bool serveUntil(const Condition& condition) {
-        return spinUntil([&] {
-            serve();
-            return condition();
-        });
     }
 
     const QByteArray layout =
@@ -300,7 +306,7 @@ TEST_F(RefusingI3Test, WhatCannotBePutBackIsBroughtUpAndTheRefusalIsLogged) {
 }
 
 /// Has the windows 7 and 8 in the scratchpad, where Curtain put them, and 9 in view.
-struct ScriptedI3WindowTest : testing::Test {
+struct ScriptedI3WindowTest : ServedI3Test {
     ScriptedI3WindowTest() {
         EXPECT_TRUE(server.accept());
         EXPECT_TRUE(serveUntil([&] { return system.knowsEveryWindow(); }));
@@ -314,7 +320,7 @@ struct ScriptedI3WindowTest : testing::Test {
         return {state, "taken", "session"};
     }
 
-    void serve() {
+    void serve() override {
         while (const auto request = server.next()) {
             switch (static_cast<I3Request>(request->type)) {
             case I3Request::getTree:
@@ -330,14 +336,6 @@ struct ScriptedI3WindowTest : testing::Test {
                 server.say(message(request->type, "{\"success\":true}"));
             }
         }
-    }
-
-    template <class Condition>
-    bool serveUntil(const Condition& condition) {
-        return spinUntil([&] {
-            serve();
-            return condition();
-        });
     }
 
     /// Until everything that was asked before is answered.

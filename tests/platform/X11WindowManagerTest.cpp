@@ -83,6 +83,23 @@ struct X11WindowManagerTest : PlatformTests::X11WindowFixture {
         }
     };
 
+    /// Asks so often in vain to hide a window, then to show and to activate it, and counts the requests to
+    /// activate it that came within so many seconds.
+    std::size_t activationsAfterHidingInVain(xcb_window_t window, int times, double seconds) {
+        listenAsManager();
+        ManualSystem manual;
+        EXPECT_TRUE(manual.lists(window));
+        const std::array ids{WindowId{window}};
+        for (int count = 0; count < times; ++count) {
+            manual.system.hide(ids);
+            manual.advance(1.1);
+        }
+        manual.system.show(ids);
+        manual.system.activate(ids);
+        manual.advance(seconds);
+        return requests(manual).activate.size();
+    }
+
     /// Since the last time.
     int requestsToHide(ManualSystem& manual) {
         // Whatever was sent before this answer has arrived.
@@ -617,33 +634,13 @@ TEST_F(X11WindowManagerTest, WindowThatTheManagerDoesNotHideIsActivatedAsAnyOthe
 TEST_F(X11WindowManagerTest, WindowThatIsAskedInVainTwiceIsActivatedAsAnyOther) {
     ScriptedWindowManager manager;
     const auto window = openUnder(manager, ScriptedWindowManager::normal);
-    listenAsManager();
-    ManualSystem manual;
-    ASSERT_TRUE(manual.lists(window));
-    const std::array ids{WindowId{window}};
-    for (int count = 0; count < 2; ++count) {
-        manual.system.hide(ids);
-        manual.advance(1.1);
-    }
-    manual.system.show(ids);
-    manual.system.activate(ids);
-    manual.advance(1);
-    EXPECT_THAT(requests(manual).activate, testing::SizeIs(1));
+    EXPECT_EQ(activationsAfterHidingInVain(window, 2, 1), 1U);
 }
 
 TEST_F(X11WindowManagerTest, WindowOfWhichOneCannotTellWhetherItIsHiddenIsActivatedInTheEnd) {
     ScriptedWindowManager manager;
     const auto window = openUnder(manager, ScriptedWindowManager::normal, {shadedState});
-    listenAsManager();
-    ManualSystem manual;
-    ASSERT_TRUE(manual.lists(window));
-    const std::array ids{WindowId{window}};
-    manual.system.hide(ids);
-    manual.advance(1.1);
-    manual.system.show(ids);
-    manual.system.activate(ids);
-    manual.advance(10);
-    EXPECT_THAT(requests(manual).activate, testing::SizeIs(1));
+    EXPECT_EQ(activationsAfterHidingInVain(window, 1, 10), 1U);
 }
 
 TEST_F(X11WindowManagerTest, WindowThatIsOnItsWayOutDoesNotGetTheFocusBack) {

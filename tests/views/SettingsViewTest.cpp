@@ -256,8 +256,12 @@ TEST_F(SettingsViewTest, SwitchesTheExtensionOnInEveryLanguage) {
         platform.systemVersion.obstacle = Platform::HidingObstacle::extensionOff;
         auto view = show();
         view.click("tabApps");
-        EXPECT_THAT(view.problems(CurtainCore::Localizer::isRightToLeft(language)), IsEmpty());
+        const bool isRightToLeft = CurtainCore::Localizer::isRightToLeft(language);
+        EXPECT_THAT(view.problems(isRightToLeft), IsEmpty());
         view.picture("settings-extension-off-" + language);
+        const auto caption = view.place("hidingObstacle");
+        const auto button = view.place("switchOn");
+        EXPECT_EQ(isRightToLeft ? button.right() : button.x(), isRightToLeft ? caption.right() : caption.x());
         platform.systemVersion.switchedOn = 0;
         view.click("switchOn");
         EXPECT_EQ(platform.systemVersion.switchedOn, 1);
