@@ -1,4 +1,5 @@
 import QtQuick
+import "controls"
 
 /// A microphone's level as a row of bars that rise with the voice.
 Item {

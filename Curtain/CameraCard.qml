@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Window
+import "controls"
 
 /// What the camera sees, or why it sees nothing.
 Item {

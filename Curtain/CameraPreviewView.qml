@@ -1,5 +1,6 @@
 import Curtain.Items 1.0
 import QtQuick
+import "controls"
 
 /// The live picture of a capture session. It fills the view and is cropped, never letterboxed; without one the
 /// view is dark.

@@ -1,4 +1,5 @@
 import QtQuick
+import "controls"
 
 /// A small picture of a desktop, with files on it until they are cleared away.
 Item {

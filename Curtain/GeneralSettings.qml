@@ -1,4 +1,5 @@
 import QtQuick
+import "controls"
 
 /// The language, what happens on opening and at login, and the global shortcut.
 SettingsPage {

@@ -1,6 +1,7 @@
 import QtQuick
 import QtQuick.Templates as T
 import QtQuick.Window
+import "controls"
 
 /// The popover: the one screen before a call.
 VisualEffectBackground {

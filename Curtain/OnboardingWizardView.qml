@@ -1,4 +1,5 @@
 import QtQuick
+import "controls"
 
 /// The wizard of the first start: where the user is, above the current page.
 FocusScope {

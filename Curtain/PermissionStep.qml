@@ -1,4 +1,5 @@
 import QtQuick
+import "controls"
 
 /// A page of the wizard that asks for one permission and then shows live what it is for.
 WizardPage {

@@ -1,4 +1,5 @@
 import QtQuick
+import "controls"
 
 /// What is checked of the camera, the microphone and the notifications.
 SettingsPage {

@@ -1,4 +1,5 @@
 import QtQuick
+import "controls"
 
 /// The test photo, and what can be done with it.
 Item {

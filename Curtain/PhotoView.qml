@@ -1,5 +1,6 @@
 import Curtain.Items 1.0
 import QtQuick
+import "controls"
 
 /// The camera manager's test photo, scaled to fit.
 Item {

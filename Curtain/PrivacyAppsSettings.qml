@@ -1,4 +1,5 @@
 import QtQuick
+import "controls"
 
 /// Whether sharing is detected, and which apps are private.
 SettingsPage {

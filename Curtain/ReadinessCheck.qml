@@ -1,4 +1,5 @@
 import QtQuick
+import "controls"
 
 /// The five checks.
 Card {

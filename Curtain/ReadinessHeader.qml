@@ -1,4 +1,5 @@
 import QtQuick
+import "controls"
 
 /// Logo, title, the state in a few words, and the menu.
 Item {

@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Window
+import "controls"
 
 /// The content of the settings window: three tabs.
 FocusScope {

@@ -1,4 +1,5 @@
 import QtQuick
+import "controls"
 
 /// The wizard's last page.
 WizardPage {

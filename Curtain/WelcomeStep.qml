@@ -1,4 +1,5 @@
 import QtQuick
+import "controls"
 
 /// The wizard's first page.
 WizardPage {

@@ -98,7 +98,7 @@ class CheckTest(unittest.TestCase):
         self.assert_refused("Curtain/A.qml:1", 'property color line: "#D3D7DF"\n')
         self.assert_refused("Curtain/A.qml:1", 'border.color: "red"\n')
         self.assert_passes({
-            "Curtain/Theme.qml": 'readonly property color window: "#F4F5F8"\n',
+            "Curtain/controls/Theme.qml": 'readonly property color window: "#F4F5F8"\n',
             "Curtain/A.qml": 'color: "transparent"\nproperty color line: Theme.edge\nname: "black"\n',
         })
 

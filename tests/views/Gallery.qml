@@ -1,5 +1,5 @@
 import QtQuick
-import "qrc:/Curtain"
+import "qrc:/Curtain/controls"
 
 /// All controls side by side.
 Rectangle {
