@@ -156,7 +156,7 @@ public:
         for (std::size_t channel = 0; channel < channels; ++channel) {
             format += (channel == 0 ? "" : ",") + every[channel].map;
         }
-        load("module-null-sink sink_name=" + name + "_feed" + format);
+        load(nullSink(name + "_feed") + format);
         if (isPipeWire()) {
             // Its remapped sources have the server's rate, whatever is asked for.
             load("module-null-sink media.class=Audio/Source/Virtual sink_name=" + name + format);
@@ -234,10 +234,10 @@ public:
     static void startServer() {
         replacement() = std::make_unique<ChildProcess>(serverCommand());
         waitUntil(isServerThere);
-        outputOf("pactl load-module module-null-sink sink_name=speakers rate=48000 channels=2 "
-                 "channel_map=front-left,front-right");
-        outputOf("pactl load-module module-null-sink sink_name=microphone_feed rate=48000 channels=1 "
-                 "channel_map=mono");
+        outputOf("pactl load-module " + nullSink("speakers") +
+                 " rate=48000 channels=2 channel_map=front-left,front-right");
+        outputOf("pactl load-module " + nullSink("microphone_feed") +
+                 " rate=48000 channels=1 channel_map=mono");
         waitUntil([] { return hasSource("microphone_feed.monitor"); });
         plugIn();
         outputOf("pactl set-default-sink speakers");
@@ -272,6 +272,11 @@ public:
     }
 
 private:
+    /// The module of a sink that plays little at a time, as scripts/virtual-desktop has it.
+    static std::string nullSink(const std::string& name) {
+        return "module-null-sink norewinds=true sink_name=" + name;
+    }
+
     static std::filesystem::path processOf(const std::string& part) {
         return std::filesystem::path(std::getenv("VIRTUAL_DESKTOP_PIDS")) / part;
     }
