@@ -134,6 +134,22 @@ TEST_F(HeadsetTest, IsNotSwitchedForTheMeter) {
     EXPECT_THAT(monitor->deviceName(), testing::HasSubstr("icrophone"));
 }
 
+TEST_F(HeadsetTest, IsNotSwitchedWhenItBecomesTheDefaultMicrophoneOfARunningMeter) {
+    using TestSupport::ScriptedHeadset;
+    sound.feed(tone(440, 0.5, 60));
+    startMetering();
+    EXPECT_TRUE(levelBecomes(1, 1));
+    const ScriptedHeadset headset;
+    ASSERT_TRUE(eventually([&] { return headset.id() != ScriptedHeadset::none; }));
+    sound.addHeadset(headset.id());
+    // The session manager thinks for half a second.
+    EXPECT_FALSE(TestSupport::spinUntil([&] { return headset.switches() > 0; }, std::chrono::seconds(1)));
+    EXPECT_EQ(SoundWorld::ourRecordings(), 1);
+    EXPECT_THAT(monitor->deviceName(), testing::HasSubstr("icrophone"));
+    sound.feed(tone(440, 0.01, 60));
+    EXPECT_TRUE(levelBecomes(0.13F, 0.15F));
+}
+
 TEST_F(HeadsetTest, IsSwitchedForACallAndNotForTheMeter) {
     using TestSupport::ScriptedHeadset;
     const ScriptedHeadset headset;
@@ -146,7 +162,8 @@ TEST_F(HeadsetTest, IsSwitchedForACallAndNotForTheMeter) {
     // The session manager thinks for half a second.
     EXPECT_FALSE(TestSupport::spinUntil([&] { return headset.switches() > 0; }, std::chrono::seconds(1)));
 
-    const TestSupport::ChildProcess call({"pw-record", "--media-role=Communication",
+    // In one channel: WirePlumber 0.5 forgets the call over the link of the second one.
+    const TestSupport::ChildProcess call({"pw-record", "--media-role=Communication", "--channels=1",
                                           "--target=bluez_input.scripted", folder.path() / "call.wav"});
     ASSERT_TRUE(eventually([&] { return headset.profile() == ScriptedHeadset::call; }));
     EXPECT_EQ(headset.switches(), 1);

@@ -183,8 +183,9 @@ public:
     /// Both ends of the headset with this card of PipeWire's, and makes them the default ones.
     void addHeadset(std::uint32_t card) {
         const auto ofCard = "device.id=" + std::to_string(card);
+        // A telephone's one channel.
         load("module-null-sink media.class=Audio/Source/Virtual sink_name=bluez_input.scripted "
-             "sink_properties='device.description=Headset bluez5.loopback=true " +
+             "channels=1 channel_map=mono sink_properties='device.description=Headset bluez5.loopback=true " +
              ofCard + "'");
         load("module-null-sink sink_name=bluez_output.scripted sink_properties=" + ofCard);
         waitUntil([] { return hasSource("bluez_output.scripted.monitor"); });

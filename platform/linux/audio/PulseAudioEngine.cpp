@@ -107,7 +107,7 @@ public:
             if (started_) {
                 // Whoever is starting the engine need not know; the tap follows in any case.
                 connect();
-            } else if (isFollowing_ && hearsMicrophone()) {
+            } else if (isFollowing_ && server_.isFollowed() && hearsMicrophone()) {
                 isOffCourse_ = false;
             } else {
                 failed("the microphone has changed");

@@ -269,7 +269,8 @@ void SoundServer::refreshed(bool isComplete) {
 
 void SoundServer::learn(const Knowledge& knowledge) {
     deadline_ = {};
-    const bool isNews = isKnown_ && (wasInputRemoved_ || knowledge.defaultInput != known_.defaultInput);
+    const bool isNews = isKnown_ && (wasInputRemoved_ || knowledge.defaultInput != known_.defaultInput ||
+                                     knowledge.isSubstitute != known_.isSubstitute);
     wasInputRemoved_ = false;
     known_ = knowledge;
     isKnown_ = true;

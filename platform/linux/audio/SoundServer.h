@@ -52,7 +52,8 @@ public:
     void follow(const std::string& name);
     /// Runs the task as soon as the answers above are good, at the latest when the patience is over.
     void whenKnown(PulseLoop::Task task);
-    /// Tells when the default input, or its format, is not any more what it was known to be.
+    /// Tells when the default input, its format, or how it is to be asked for is not any more what it was
+    /// known to be.
     Platform::Subscription addInputObserver(std::function<void()> observer);
     /// Leaves the server while the computer sleeps, and comes back when it wakes.
     void setSuspended(bool isSuspended);
