@@ -263,6 +263,19 @@ TEST_F(X11ShellTest, ThePanelsOwnMenusBelongToThePanel) {
     client.destroy(panel);
 }
 
+TEST_F(X11ShellTest, ThePanelsWindowThatHasTheKeyboardIsThePanelsUnlessItIsTheDesktop) {
+    LinuxPlatform::X11MenuBar bar(*connection);
+    const auto panel = openPanel(40);
+    const auto window = client.open("panel", "Panel");
+    ASSERT_TRUE(spinUntil([&] { return client.activeWindow() == window; }));
+    EXPECT_EQ(bar.frontmostApplication(), Platform::MenuBar::controlCenter);
+    client.setNumbers(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM,
+                      std::vector{client.atom("_NET_WM_WINDOW_TYPE_DESKTOP")});
+    EXPECT_EQ(bar.frontmostApplication(), std::nullopt);
+    client.destroy(window);
+    client.destroy(panel);
+}
+
 TEST_F(X11ShellTest, WindowsHaveAFixedSizeAndComeToTheFrontWithTheKeyboard) {
     const auto other = client.open("other", "Other");
     ASSERT_TRUE(spinUntil([&] { return client.activeWindow() == other; }));

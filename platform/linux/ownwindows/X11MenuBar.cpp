@@ -20,11 +20,11 @@ bool contains(const auto& range, const auto& value) {
 } // namespace
 
 X11MenuBar::X11MenuBar(X11Connection& connection) : connection_(connection), atoms_() {
-    const std::array<std::string_view, 5> names{"_NET_CLIENT_LIST", "_NET_ACTIVE_WINDOW",
-                                                "_NET_WM_WINDOW_TYPE", "_NET_WM_WINDOW_TYPE_DOCK",
-                                                "_NET_WM_WINDOW_TYPE_TOOLTIP"};
+    const std::array<std::string_view, 6> names{"_NET_CLIENT_LIST",         "_NET_ACTIVE_WINDOW",
+                                                "_NET_WM_WINDOW_TYPE",      "_NET_WM_WINDOW_TYPE_DESKTOP",
+                                                "_NET_WM_WINDOW_TYPE_DOCK", "_NET_WM_WINDOW_TYPE_TOOLTIP"};
     const auto atoms = connection_.atoms(names);
-    atoms_ = {atoms[0], atoms[1], atoms[2], atoms[3], atoms[4]};
+    atoms_ = {atoms[0], atoms[1], atoms[2], atoms[3], atoms[4], atoms[5]};
 }
 
 std::optional<std::string> X11MenuBar::owningApplication() {
@@ -54,7 +54,9 @@ std::optional<std::string> X11MenuBar::owningApplication() {
 
 std::optional<std::string> X11MenuBar::frontmostApplication() {
     const auto active = windowsIn(atoms_.activeWindow);
-    const bool isPanels = !active.empty() && contains(panelClients(), clientOf(active.front()));
+    // One program may show the desktop and the panels.
+    const bool isPanels = !active.empty() && !contains(values(askType(active.front())), atoms_.desktop) &&
+                          contains(panelClients(), clientOf(active.front()));
     return isPanels ? std::optional<std::string>(controlCenter) : std::nullopt;
 }
 

@@ -7,7 +7,8 @@
 
 namespace LinuxPlatform {
 
-/// The panels of an X session. A panel's pop-up is a window that belongs to the same program as a panel.
+/// The panels of an X session. A panel's pop-up is a window that belongs to the same program as a panel;
+/// the desktop behind all windows is none.
 class X11MenuBar : public Platform::MenuBar {
 public:
     /// `connection` outlives the bar.
@@ -21,6 +22,7 @@ private:
         xcb_atom_t clientList;
         xcb_atom_t activeWindow;
         xcb_atom_t type;
+        xcb_atom_t desktop;
         xcb_atom_t dock;
         xcb_atom_t tooltip;
     };
