@@ -229,6 +229,8 @@ void AppDelegate::installReadinessProviders() {
     QObject::connect(&cameraManager_, &CameraPreviewManager::findingChanged, &cameraManager_,
                      [this] { refreshReadiness(); });
     coordinator().isPrivacyModeActive = [this] { return engine().isActive(); };
+    coordinator().isDoNotDisturbOn = [this] { return platform_.doNotDisturb->isOn(); };
+    quietChanges_ = platform_.doNotDisturb->addObserver(lifetime_.weak([this] { coordinator().refresh(); }));
     coordinator().cameraReadinessProvider = [this]() -> ProviderReadiness {
         if (!store_.load().showCameraPreview) {
             return {};

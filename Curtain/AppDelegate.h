@@ -155,6 +155,7 @@ private:
     CameraPreviewManager cameraManager_;
     MicrophoneMonitor micMonitor_;
     std::unique_ptr<OnboardingWindowController> onboardingWC_;
+    Platform::Subscription quietChanges_;
     Platform::Subscription escMonitor_;
     Platform::Subscription clickMonitor_;
     ScreenWatcher screenWatcher_;

@@ -10,6 +10,7 @@ ReadinessCoordinator::ReadinessCoordinator(CurtainCore::PreferencesStore& store,
                                            Platform::Workspace& workspace, const DesktopController& desktop,
                                            const DesktopChecker& desktopChecker)
     : isPrivacyModeActive([] { return false; }),
+      isDoNotDisturbOn([] { return std::nullopt; }),
       cameraReadinessProvider([] { return ProviderReadiness{}; }),
       micReadinessProvider([] { return ProviderReadiness{}; }),
       store_(store),
@@ -29,9 +30,9 @@ void ReadinessCoordinator::refresh() {
                                                        : DesktopChecker::Report{0, desktop_.iconsHidden()};
     input.desktopFileCount = desktop.fileCount;
     input.desktopHidden = desktop.iconsHidden;
-    input.notifications = preferences.checkNotifications && !preferences.notificationsMarkedHandled
-                              ? NotificationStatus::mayAppear
-                              : NotificationStatus::protected_;
+    const bool isForUser = preferences.checkNotifications && !preferences.notificationsMarkedHandled;
+    input.notifications = isForUser && isDoNotDisturbOn() != true ? NotificationStatus::mayAppear
+                                                                  : NotificationStatus::protected_;
     const auto camera = cameraReadinessProvider();
     input.cameraEvaluated = camera.evaluated;
     input.cameraOK = camera.ok;

@@ -9,6 +9,7 @@
 #include <QObject>
 
 #include <functional>
+#include <optional>
 
 namespace Curtain {
 
@@ -30,6 +31,8 @@ public:
                          const DesktopController& desktop, const DesktopChecker& desktopChecker);
 
     std::function<bool()> isPrivacyModeActive;
+    /// Whether the desktop shows no notices now; absent where it does not say.
+    std::function<std::optional<bool>()> isDoNotDisturbOn;
     std::function<ProviderReadiness()> cameraReadinessProvider;
     std::function<ProviderReadiness()> micReadinessProvider;
 

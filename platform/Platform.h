@@ -6,6 +6,7 @@
 #include "platform/AudioServices.h"
 #include "platform/Bundle.h"
 #include "platform/CaptureServices.h"
+#include "platform/DoNotDisturb.h"
 #include "platform/EventMonitors.h"
 #include "platform/FileManager.h"
 #include "platform/HotKeyService.h"
@@ -65,6 +66,7 @@ struct Platform {
     std::unique_ptr<StatusBar> statusBar;
     std::unique_ptr<ScreenWatcherProbe> screenWatcherProbe;
     std::unique_ptr<UserNotificationCenter> userNotificationCenter;
+    std::unique_ptr<DoNotDisturb> doNotDisturb;
     std::unique_ptr<Screens> screens;
     std::unique_ptr<EventMonitors> eventMonitors;
     std::unique_ptr<MenuBar> menuBar;

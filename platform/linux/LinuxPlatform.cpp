@@ -11,6 +11,7 @@
 #include "platform/linux/camera/LinuxCaptureServices.h"
 #include "platform/linux/camera/V4l2Cameras.h"
 #include "platform/linux/desktopicons/LinuxDesktopIcons.h"
+#include "platform/linux/donotdisturb/DesktopDoNotDisturb.h"
 #include "platform/linux/hotkeys/NoHotKeyService.h"
 #include "platform/linux/hotkeys/X11HotKeyService.h"
 #include "platform/linux/hotkeys/gnome/GnomeHotKeyService.h"
@@ -425,6 +426,11 @@ Platform::Platform makeLinuxPlatform(const SessionEnvironment& environment) {
     platform.userNotificationCenter =
         std::make_unique<DBusNotificationCenter>(QDBusConnection::sessionBus(), *platform.mainQueue,
                                                  "Curtain", QGuiApplication::desktopFileName().toStdString());
+    platform.doNotDisturb = std::make_unique<DesktopDoNotDisturb>(
+        QDBusConnection::sessionBus(), *platform.mainQueue, *session->windowState, sessionMark(environment),
+        [](const NotificationServer& server) {
+            return quietRoadOf(server, QDBusConnection::sessionBus(), g_get_user_config_dir());
+        });
     addShell(platform, *session);
     auto sound = std::make_unique<PulseAudioServices>(*platform.mainQueue);
     if (!QDBusConnection::sessionBus().isConnected()) {

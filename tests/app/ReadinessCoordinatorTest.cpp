@@ -11,6 +11,7 @@
 #include <gmock/gmock.h>
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -105,6 +106,32 @@ TEST_F(ReadinessCoordinatorTest, GathersEveryFact) {
     EXPECT_EQ(state.desktopFileCount, 3);
     EXPECT_TRUE(state.privacyModeActive);
     EXPECT_EQ(state.privateApps, ReadinessStatus::danger);
+}
+
+/// What the user and the desktop say of notices, and how the row stands.
+struct NoticesRule {
+    bool isChecked;
+    bool isMarked;
+    std::optional<bool> isDoNotDisturbOn;
+    ReadinessStatus row;
+};
+
+TEST_F(ReadinessCoordinatorTest, NoticesAreDealtWithWhereTheUserOrTheDesktopSaysSo) {
+    using enum ReadinessStatus;
+    const std::vector<NoticesRule> rules{
+        {true, false, std::nullopt, warning}, {true, false, false, warning}, {true, false, true, ok},
+        {true, true, std::nullopt, ok},       {true, true, false, ok},       {true, true, true, ok},
+        {false, false, std::nullopt, ok},     {false, false, false, ok},     {false, true, false, ok},
+    };
+    for (const auto& rule : rules) {
+        change([&](auto& preferences) {
+            preferences.checkNotifications = rule.isChecked;
+            preferences.notificationsMarkedHandled = rule.isMarked;
+        });
+        coordinator.isDoNotDisturbOn = [&] { return rule.isDoNotDisturbOn; };
+        EXPECT_EQ(refreshed().notifications, rule.row)
+            << rule.isChecked << rule.isMarked << rule.isDoNotDisturbOn.value_or(false);
+    }
 }
 
 TEST_F(ReadinessCoordinatorTest, OneAnnouncementARefreshWithTheWholeNewState) {

@@ -5,6 +5,7 @@
 #include "tests/support/FakeAppShield.h"
 #include "tests/support/FakeAudioServices.h"
 #include "tests/support/FakeCaptureServices.h"
+#include "tests/support/FakeDoNotDisturb.h"
 #include "tests/support/FakeHotKeyService.h"
 #include "tests/support/FakeInstallation.h"
 #include "tests/support/FakeKeyboard.h"
@@ -195,6 +196,7 @@ struct FakePlatform {
     FakeScreenWatcherProbe& screenWatcherProbe = add<FakeScreenWatcherProbe>(platform.screenWatcherProbe);
     FakeUserNotificationCenter& userNotificationCenter =
         add<FakeUserNotificationCenter>(platform.userNotificationCenter, events);
+    FakeDoNotDisturb& doNotDisturb = add<FakeDoNotDisturb>(platform.doNotDisturb, events);
     FakeScreens& screens = add<FakeScreens>(platform.screens);
     FakeEventMonitors& eventMonitors = add<FakeEventMonitors>(platform.eventMonitors, events);
     FakeMenuBar& menuBar = add<FakeMenuBar>(platform.menuBar);

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/linux/desktopicons/GSettingsKey.h"
 #include "platform/linux/session/EarlierValue.h"
+#include "platform/linux/system/GSettingsKey.h"
 
 #include <string>
 

@@ -1,4 +1,4 @@
-#include "platform/linux/desktopicons/GSettingsKey.h"
+#include "platform/linux/system/GSettingsKey.h"
 
 #include <gio/gio.h>
 
