@@ -426,6 +426,116 @@ TEST_F(ScriptedI3WindowTest, ABorderIsGivenBackWithoutATouchOfTheFocus) {
     EXPECT_EQ(commandsToFinish(*tree, returns), "[con_id=9] border none;");
 }
 
+/// Knows of many windows, all in view or all in the scratchpad, and is as slow to answer as the test wants.
+struct CrowdedI3Test : ServedI3Test {
+    CrowdedI3Test() {
+        EXPECT_TRUE(server.accept());
+        EXPECT_TRUE(serveUntil([&] { return system.knowsEveryWindow(); }));
+    }
+
+    void serve() override {
+        while (const auto request = server.next()) {
+            asked.push_back(static_cast<I3Request>(request->type));
+            if (asked.back() == I3Request::runCommand) {
+                messages.push_back(request->payload.toStdString());
+                carryOut(messages.back());
+                server.say(message(I3Request::runCommand, R"([{"success":true}])"));
+            } else if (asked.back() == I3Request::getTree) {
+                server.say(message(I3Request::getTree, layout()));
+            } else {
+                server.say(message(request->type, "{\"success\":true}"));
+            }
+        }
+    }
+
+    void carryOut(const std::string& commands) {
+        for (auto window = WindowId{firstWindow}; window < firstWindow + count; ++window) {
+            const auto has = [&](const std::string& command) {
+                return commands.find("[con_id=" + std::to_string(window) + "] " + command) != std::string::npos;
+            };
+            if (has("move scratchpad")) {
+                away.insert(window);
+            } else if (has("move --no-auto-back-and-forth container to workspace")) {
+                away.erase(window);
+            }
+        }
+    }
+
+    QByteArray layout() const {
+        QByteArray inView;
+        QByteArray hidden;
+        for (auto window = WindowId{firstWindow}; window < firstWindow + count; ++window) {
+            const auto number = QByteArray::number(static_cast<qulonglong>(window));
+            auto& list = away.contains(window) ? hidden : inView;
+            list += (list.isEmpty() ? "" : ",") + QByteArray(R"({"type":"con","id":)") + number + R"(,"pid":1})";
+        }
+        return R"({"type":"root","nodes":[{"type":"output","name":"__i3","nodes":[{"type":"workspace",
+            "name":"__i3_scratch","floating_nodes":[)" +
+               hidden + R"(]}]},{"type":"output","name":"LVDS-1","nodes":[{"type":"workspace","name":"1","id":4,
+            "nodes":[)" +
+               inView + R"(]}],"focus":[4]}]})";
+    }
+
+    std::vector<WindowId> all() const {
+        std::vector<WindowId> windows(count);
+        std::ranges::generate(windows, [next = WindowId{firstWindow}]() mutable { return next++; });
+        return windows;
+    }
+
+    /// How many windows the longest message moves.
+    std::ptrdiff_t mostInOneMessage(const std::string& command) const {
+        std::ptrdiff_t most = 0;
+        for (auto text : messages) {
+            std::ptrdiff_t moved = 0;
+            for (auto at = text.find(command); at != std::string::npos; at = text.find(command, at + 1)) {
+                ++moved;
+            }
+            most = std::max(most, moved);
+        }
+        return most;
+    }
+
+    static constexpr std::size_t count = 120;
+    static constexpr WindowId firstWindow = 1000;
+    std::set<WindowId> away;
+    std::vector<I3Request> asked;
+    std::vector<std::string> messages;
+    ScriptedI3 server;
+    TestSupport::HandDrivenQueue queue;
+    I3WindowSystem system{server.path(), queue, nullptr, whenSilent};
+};
+
+TEST_F(CrowdedI3Test, WindowsGoAndComeBackAFewAtATime) {
+    system.hide(all());
+    ASSERT_TRUE(serveUntil([&] { return away.size() == count; }));
+    EXPECT_EQ(mostInOneMessage("move scratchpad"), 50);
+    EXPECT_EQ(messages.size(), 3);
+    messages.clear();
+    system.show(all());
+    ASSERT_TRUE(serveUntil([&] { return away.empty(); }));
+    EXPECT_EQ(mostInOneMessage("container to workspace"), 50);
+}
+
+TEST_F(CrowdedI3Test, OnlyWhatIsToComeBackDoesWhenThatIsSaidInTheMidstOfIt) {
+    system.hide(all());
+    ASSERT_TRUE(serveUntil([&] { return !messages.empty(); }));
+    const std::vector<WindowId> others = {firstWindow, firstWindow + count - 1};
+    system.show(others);
+    ASSERT_TRUE(serveUntil([&] { return away.size() == count - others.size(); }));
+    EXPECT_FALSE(away.contains(others.front()));
+    EXPECT_FALSE(away.contains(others.back()));
+}
+
+TEST_F(CrowdedI3Test, LongLayoutsAreAskedForOneAfterAnother) {
+    asked.clear();
+    for (int turn = 0; turn < 10; ++turn) {
+        system.show({});
+    }
+    const auto known = system.generation();
+    ASSERT_TRUE(serveUntil([&] { return system.generation() > known; }));
+    EXPECT_EQ(std::ranges::count(asked, I3Request::getTree), 2);
+}
+
 /// A sway that is another program, as the service waits for it.
 struct AwaitedSwayTest : testing::Test {
     /// On another thread, until the service hangs up.

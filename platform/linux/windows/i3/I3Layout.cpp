@@ -324,7 +324,8 @@ bool isBehind(const I3Leaf& leaf) {
 
 } // namespace
 
-std::string commandsToTake(const I3Tree& tree, std::span<const WindowId> windows) {
+std::string commandsToTake(const I3Tree& tree, std::span<const WindowId> windows,
+                           const std::set<WindowId>& leaving) {
     std::string commands;
     for (const auto window : windows) {
         const auto* const leaf = tree.find(window);
@@ -336,7 +337,7 @@ std::string commandsToTake(const I3Tree& tree, std::span<const WindowId> windows
         }
         commands += withId(leaf->node->id) + "move scratchpad;";
     }
-    return commands.empty() ? commands : commands + keepView(tree, {windows.begin(), windows.end()});
+    return commands.empty() ? commands : commands + keepView(tree, leaving);
 }
 
 std::string commandsToReturn(const I3Tree& tree, std::span<const I3Return> returns,

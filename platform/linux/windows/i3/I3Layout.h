@@ -4,6 +4,7 @@
 #include "platform/linux/windows/i3/I3Tree.h"
 
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 #include <vector>
@@ -19,8 +20,9 @@ struct I3Return {
 // What is to be done to the layout, in the command language of i3 and sway. Every text is one message, which
 // ends with the focus and the visible workspaces as they were; empty where there is nothing to do.
 
-/// Puts windows into the scratchpad.
-std::string commandsToTake(const I3Tree& tree, std::span<const WindowId> windows);
+/// Puts windows into the scratchpad. `leaving` are all that are to go there, with this message or after it.
+std::string commandsToTake(const I3Tree& tree, std::span<const WindowId> windows,
+                           const std::set<WindowId>& leaving);
 /// Puts windows from the scratchpad back to their places, except for what `commandsToAdjust` and
 /// `commandsToFinish` do. `toFocus` gets the focus afterwards, be it one of them or not.
 std::string commandsToReturn(const I3Tree& tree, std::span<const I3Return> returns,

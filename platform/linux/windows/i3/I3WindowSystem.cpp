@@ -24,6 +24,10 @@ constexpr std::chrono::milliseconds endPatience{500};
 /// The sizes of a layout depend on one another from level to level.
 constexpr std::size_t mostAdjustments = 4;
 
+/// In one message. sway 1.7 keeps what it tells of one until it is through, for whoever listens, and ends a
+/// connection that this makes longer than 4 MiB, and itself if it was the one that sent the message.
+constexpr std::size_t mostAtOnce = 50;
+
 /// Where something always moves, it is never at rest.
 constexpr std::size_t mostLooksInVain = 3;
 
@@ -63,8 +67,9 @@ I3WindowSystem::I3WindowSystem(const std::filesystem::path& socket, Platform::Ma
                   {[this] { look(); },
                    [this] {
                        noteSilence();
-                       awaitedTrees_ = 0;
+                       isTreeAwaited_ = false;
                        isTreeStale_ = false;
+                       isLookDue_ = false;
                    },
                    [this](I3Event event, const QByteArray& payload) { handleEvent(event, payload); }}),
       taken_(std::move(record)),
@@ -176,18 +181,25 @@ void I3WindowSystem::look() {
     if (!connection_.isConnected()) {
         return;
     }
-    ++awaitedTrees_;
+    if (isTreeAwaited_) {
+        // Several large ones on their way would be too much for sway.
+        isLookDue_ = true;
+        return;
+    }
+    isTreeAwaited_ = true;
     isTreeStale_ = false;
     connection_.ask(I3Request::getTree, {}, [this](const QByteArray& reply) {
-        // Only the last one knows of everything that was asked before it.
-        if (--awaitedTrees_ == 0) {
+        isTreeAwaited_ = false;
+        if (std::exchange(isLookDue_, false)) {
+            look();
+        } else {
             takeIn(reply);
         }
     });
 }
 
 void I3WindowSystem::lookAgain() {
-    if (awaitedTrees_ > 0) {
+    if (isTreeAwaited_) {
         isTreeStale_ = true;
     } else {
         look();
@@ -294,7 +306,7 @@ void I3WindowSystem::noteWhatIsBack() {
                std::ranges::find(returned_, window, &I3Return::window) != returned_.end();
     });
     for (const auto& taken : taken_.all()) {
-        if (isHidden(taken.id)) {
+        if (isHidden(taken.id) || toTake_.contains(taken.id)) {
             broughtUp_.erase(taken.id);
         } else if (broughtUp_.emplace(taken.id, queue_.now()).second) {
             queue_.asyncAfter(bringUpDeadline, lifetime_.weak([this, id = taken.id] {
@@ -368,33 +380,64 @@ void I3WindowSystem::carryOut() {
 void I3WindowSystem::take() {
     std::vector<TakenWindow> places;
     std::vector<WindowId> windows;
-    for (const auto id : std::exchange(toTake_, {})) {
+    for (const auto id : toTake_) {
         const auto* const leaf = tree_->find(id);
-        if (leaf != nullptr && !leaf->isInScratchpad()) {
-            auto place = I3Place::of(*leaf);
-            place.process = processOf(id);
-            place.isOfScratchpad = place.isOfScratchpad || scratchpad_.contains(id);
-            for (const auto& returned : unsized_) {
-                place.takeSizes(returned.place);
-            }
-            windows.push_back(id);
-            places.push_back({id, place.text()});
+        if (leaf == nullptr || leaf->isInScratchpad()) {
+            continue;
+        }
+        windows.push_back(id);
+        if (!taken_.contains(id)) {
+            places.push_back({id, placeOf(*leaf).text()});
         }
     }
     const auto* const focused = tree_->focused();
     activation_.noteHiding(windows, focused != nullptr ? std::optional(focused->node->window) : std::nullopt);
     taken_.take(places);
     std::erase_if(unsized_, [this](const I3Return& returned) { return taken_.contains(returned.window); });
-    command(commandsToTake(*tree_, windows));
+    const auto first = std::span(windows).first(std::min(windows.size(), mostAtOnce));
+    toTake_ = {windows.begin() + std::ssize(first), windows.end()};
+    command(commandsToTake(*tree_, first, {windows.begin(), windows.end()}));
     if (!toGiveBack_.empty()) {
         look();
     }
 }
 
+I3Place I3WindowSystem::placeOf(const I3Leaf& leaf) {
+    auto place = I3Place::of(leaf);
+    const auto window = leaf.node->window;
+    place.process = processOf(window);
+    place.isOfScratchpad = place.isOfScratchpad || scratchpad_.contains(window);
+    for (const auto& returned : unsized_) {
+        place.takeSizes(returned.place);
+    }
+    return place;
+}
+
 void I3WindowSystem::giveBack() {
     std::string commands;
-    std::vector<I3Return> returns;
+    const auto returns = nextToGiveBack(commands);
+    // One that comes later gets the focus then.
+    const auto toFocus = toFocus_ && toGiveBack_.contains(*toFocus_) ? std::nullopt : toFocus_;
+    if (const auto toReturn = commandsToReturn(*tree_, returns, toFocus); !toReturn.empty()) {
+        if (toFocus) {
+            toFocus_.reset();
+        }
+        commands += toReturn;
+    }
+    if (returned_.empty()) {
+        refusal_.reset();
+    }
+    std::ranges::copy(returns, std::back_inserter(returned_));
+    adjustmentsLeft_ = mostAdjustments;
+    command(commands);
+    if (commands.empty() && (toFocus_ || !toGiveBack_.empty())) {
+        look();
+    }
+}
+
+std::vector<I3Return> I3WindowSystem::nextToGiveBack(std::string& commands) {
     std::vector<WindowId> thereAlready;
+    std::vector<I3Return> returns;
     for (const auto id : std::exchange(toGiveBack_, {})) {
         if (!isHidden(id)) {
             thereAlready.push_back(id);
@@ -405,17 +448,12 @@ void I3WindowSystem::giveBack() {
         }
     }
     taken_.forget(thereAlready);
-    if (const auto toReturn = commandsToReturn(*tree_, returns, toFocus_); !toReturn.empty()) {
-        toFocus_.reset();
-        commands += toReturn;
+    // What stood together comes back together.
+    std::ranges::stable_sort(returns, {}, [](const I3Return& returned) { return returned.place.workspace; });
+    for (; returns.size() > mostAtOnce; returns.pop_back()) {
+        toGiveBack_.insert(returns.back().window);
     }
-    std::ranges::move(returns, std::back_inserter(returned_));
-    adjustmentsLeft_ = mostAdjustments;
-    refusal_.reset();
-    command(commands);
-    if (commands.empty() && toFocus_) {
-        look();
-    }
+    return returns;
 }
 
 void I3WindowSystem::settleReturned() {

@@ -70,6 +70,8 @@ private:
     void carryOut();
     void take();
     void giveBack();
+    /// Those with a place, and `commands` for those without one.
+    std::vector<I3Return> nextToGiveBack(std::string& commands);
     void settleReturned();
     void bringUpWhatIsStillAway(const std::string& refusal);
     void settleUnsized();
@@ -78,6 +80,7 @@ private:
     void noteRefusals(const QByteArray& reply);
     bool isReturning(WindowId window) const;
     std::optional<I3Place> placeOf(WindowId window) const;
+    I3Place placeOf(const I3Leaf& leaf);
     std::optional<std::uint32_t> processOf(WindowId window);
     WindowActivation::Scene lookAtScene() const;
     void bringToFront(WindowId window);
@@ -94,9 +97,11 @@ private:
     I3Connection connection_;
     /// As it was last told; null before.
     std::unique_ptr<const I3Tree> tree_;
-    /// Requests for the layout that have not been answered.
-    std::size_t awaitedTrees_ = 0;
+    bool isTreeAwaited_ = false;
+    /// Something happened since the layout was asked for.
     bool isTreeStale_ = false;
+    /// Something was asked for since, and the layout that is on its way does not know of it.
+    bool isLookDue_ = false;
     /// In a row, while something waits for the layout to be known.
     std::size_t looksInVain_ = 0;
     std::uint64_t treeGeneration_ = 1;
