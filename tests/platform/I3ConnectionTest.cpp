@@ -12,11 +12,14 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <optional>
+#include <set>
 #include <string>
 #include <thread>
 #include <utility>
@@ -451,7 +454,8 @@ struct CrowdedI3Test : ServedI3Test {
     void carryOut(const std::string& commands) {
         for (auto window = WindowId{firstWindow}; window < firstWindow + count; ++window) {
             const auto has = [&](const std::string& command) {
-                return commands.find("[con_id=" + std::to_string(window) + "] " + command) != std::string::npos;
+                return commands.find("[con_id=" + std::to_string(window) + "] " + command) !=
+                       std::string::npos;
             };
             if (has("move scratchpad")) {
                 away.insert(window);
@@ -467,11 +471,13 @@ struct CrowdedI3Test : ServedI3Test {
         for (auto window = WindowId{firstWindow}; window < firstWindow + count; ++window) {
             const auto number = QByteArray::number(static_cast<qulonglong>(window));
             auto& list = away.contains(window) ? hidden : inView;
-            list += (list.isEmpty() ? "" : ",") + QByteArray(R"({"type":"con","id":)") + number + R"(,"pid":1})";
+            list +=
+                (list.isEmpty() ? "" : ",") + QByteArray(R"({"type":"con","id":)") + number + R"(,"pid":1})";
         }
         return R"({"type":"root","nodes":[{"type":"output","name":"__i3","nodes":[{"type":"workspace",
             "name":"__i3_scratch","floating_nodes":[)" +
-               hidden + R"(]}]},{"type":"output","name":"LVDS-1","nodes":[{"type":"workspace","name":"1","id":4,
+               hidden +
+               R"(]}]},{"type":"output","name":"LVDS-1","nodes":[{"type":"workspace","name":"1","id":4,
             "nodes":[)" +
                inView + R"(]}],"focus":[4]}]})";
     }

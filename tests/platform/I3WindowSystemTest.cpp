@@ -164,9 +164,104 @@ TEST_F(I3WindowSystemTest, FloatingWindowsKeepTheirPlaceAndStayOutOfTheScratchpa
     // It would be put away as a window of the scratchpad.
     I3Desktop::ask(LinuxPlatform::I3Request::runCommand, with("B", "scratchpad show"));
     EXPECT_EQ(I3Desktop::picture(), before);
+    I3Desktop::run("workspace 2");
+    goAndComeBack({"B"});
+    I3Desktop::run("workspace 1");
+    expectPicture(before);
     I3Desktop::run(with("B", "sticky enable"));
     goAndComeBack({"B"});
     goAndComeBack({"A", "B"});
+}
+
+/// A and D stand side by side; B and C float together, one above the other.
+struct I3FloatingGroupTest : I3WindowSystemTest {
+    I3FloatingGroupTest() {
+        for (const auto* name : {"A", "B", "C", "D"}) {
+            open(name);
+        }
+        I3Desktop::run(with("B", "split v") + with("B", "mark together") +
+                       with("C", "move container to mark together") + with("B", "unmark together"));
+        I3Desktop::run(with("B", "focus") + "focus parent; floating enable");
+        I3Desktop::run(with("A", "resize grow right 100 px") + with("A", "focus"));
+        // i3 knows neither a command for the size of a group that floats nor one for the sizes within it.
+        I3Desktop::run(I3Desktop::isSway()
+                           ? withParentOf("B", "resize set 400 px 300 px") +
+                                 with("B", "resize grow down 40 px")
+                           : withParentOf("B", "resize grow right 300 px, resize grow down 200 px"));
+        I3Desktop::run(withParentOf("B", "move absolute position 100 px 120 px"));
+        for (const auto* name : {"A", "B", "C", "D"}) {
+            waitUntilDrawn(name);
+        }
+    }
+
+    /// What holds the window and is no window.
+    std::string withParentOf(const std::string& name, const std::string& command) {
+        const auto tree = I3Desktop::tree();
+        return "[con_id=" + std::to_string(tree->find(ids.at(name))->ancestors.back()->id) + "] " + command +
+               ";";
+    }
+};
+
+TEST_F(I3FloatingGroupTest, GoesAndComesBackAsAWhole) {
+    goAndComeBack({"B", "C"});
+    goAndComeBack({"A", "B", "C"});
+    goAndComeBack({"A", "B", "C", "D"});
+    I3Desktop::run(with("C", "focus"));
+    goAndComeBack({"B", "C"});
+    I3Desktop::run(withParentOf("B", "sticky enable"));
+    goAndComeBack({"B", "C"});
+    I3Desktop::run(withParentOf("B", "sticky disable") + "workspace 2");
+    goAndComeBack({"B", "C"});
+    goAndComeBack({"C"});
+}
+
+TEST_F(I3FloatingGroupTest, ItsWindowsGoAndComeBackWithoutTheOthers) {
+    const auto before = I3Desktop::picture();
+    hide({"B"});
+    EXPECT_FALSE(isHidden("C"));
+    show({"B"});
+    expectPicture(before);
+    goAndComeBack({"C"});
+    goAndComeBack({"A", "C", "D"});
+    I3Desktop::run(with("B", "focus"));
+    goAndComeBack({"B"});
+    hide({"B"});
+    hide({"C"});
+    show({"B", "C"});
+    I3Desktop::run(with("A", "focus"));
+    expectPicture(before);
+}
+
+TEST_F(I3FloatingGroupTest, OneComesBackWhileTheOthersStayAway) {
+    const auto before = I3Desktop::picture();
+    hide({"B", "C"});
+    show({"B"});
+    EXPECT_TRUE(isHidden("C"));
+    show({"C"});
+    expectPicture(before);
+}
+
+TEST_F(I3FloatingGroupTest, TabsInItComeBackInTheirOrder) {
+    I3Desktop::run(with("C", "split h") + with("C", "layout tabbed") + with("C", "focus"));
+    open("E");
+    I3Desktop::run(with("A", "focus"));
+    goAndComeBack({"E"});
+    goAndComeBack({"C"});
+    goAndComeBack({"B"});
+    goAndComeBack({"C", "E"});
+    goAndComeBack({"B", "C", "E"});
+}
+
+TEST_F(I3FloatingGroupTest, OfTheUsersScratchpadGoesBackThere) {
+    I3Desktop::run(withParentOf("B", "move scratchpad"));
+    ASSERT_TRUE(spinUntil([&] { return areHidden({"B", "C"}); }));
+    goAndComeBack({"A"});
+    EXPECT_TRUE(areHidden({"B", "C"}));
+    I3Desktop::run(withParentOf("B", "scratchpad show"));
+    ASSERT_TRUE(spinUntil([&] { return areHidden({"B", "C"}, false); }));
+    goAndComeBack({"B", "C"});
+    I3Desktop::run(withParentOf("B", "scratchpad show"));
+    EXPECT_TRUE(spinUntil([&] { return areHidden({"B", "C"}); })) << I3Desktop::picture();
 }
 
 TEST_F(I3WindowSystemTest, FullscreenComesBack) {

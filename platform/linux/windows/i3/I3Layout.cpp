@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <iterator>
 #include <map>
 #include <set>
 #include <utility>
@@ -82,6 +83,54 @@ std::string keepView(const I3Tree& tree, const std::set<WindowId>& gone) {
            (next != nullptr ? withId(next->id) + "focus;" : toWorkspace(tree, focusedWorkspace->name));
 }
 
+std::string toWorkspaceOf(const I3Tree& tree, const I3Place& place, std::int64_t id) {
+    return withId(id) + "move --no-auto-back-and-forth container to workspace " +
+           quoted(tree, place.workspace) + ";";
+}
+
+/// Gives something that floats the place of a window in it.
+std::string toRect(const I3Tree& tree, std::int64_t id, const I3Place& place, const I3Rect& rect) {
+    const auto one = withId(id);
+    auto commands = one + "resize set " + std::to_string(rect.width) + " px " + std::to_string(rect.height) +
+                    " px;" + one + "move absolute position " + std::to_string(rect.x) + " px " +
+                    std::to_string(rect.y) + " px;";
+    const auto* const workspace = tree.workspaceNamed(place.workspace);
+    if (tree.isOfSway() && (workspace == nullptr || !tree.isVisible(*workspace))) {
+        // sway moves it to the workspace in view.
+        commands += toWorkspaceOf(tree, place, id);
+    }
+    return commands + (place.isSticky ? one + "sticky enable;" : "");
+}
+
+/// Makes a group tiles and lets it float anew; what has been in the scratchpad is none of its windows then.
+std::string floatAnew(const I3Node& group, const std::string& meanwhile) {
+    return withId(group.id) + "floating disable;" + meanwhile + withId(group.id) + "floating enable;";
+}
+
+/// Puts windows from a group that floats into the scratchpad.
+std::string outOfGroup(const I3Tree& tree, const I3Node& group, std::span<const std::int64_t> windows) {
+    std::string commands;
+    for (const auto window : windows) {
+        // In i3 a window that is to float leaves its group. In sway the group goes along while it floats.
+        commands += tree.isOfSway() ? "" : withId(window) + "floating enable;";
+        commands += withId(window) + "move scratchpad;";
+    }
+    return tree.isOfSway() ? floatAnew(group, commands) : commands;
+}
+
+/// Windows from one group that floats.
+std::string commandsToTakeFromGroup(const I3Tree& tree, std::span<const I3Leaf* const> leaves,
+                                    const std::set<WindowId>& leaving) {
+    const auto& group = *leaves.front()->floatingGroup;
+    if (std::ranges::all_of(windowsIn(group), [&](WindowId id) { return leaving.contains(id); })) {
+        return withId(group.id) + "move scratchpad;";
+    }
+    std::vector<std::int64_t> ids;
+    std::ranges::transform(leaves, std::back_inserter(ids), [](const auto* leaf) { return leaf->node->id; });
+    const auto place = I3Place::of(*leaves.front());
+    return outOfGroup(tree, group, ids) + (tree.isOfSway() ? toRect(tree, group.id, place, place.rect) : "");
+}
+
 /// Puts windows back one after another; what is back already is something to go by for the next.
 class Returning {
 public:
@@ -97,12 +146,65 @@ public:
         }
         // As it was below the fullscreen, the window kept it.
         const auto& rect = place.isFullscreen ? tree_.find(returned.window)->floating->rect : place.rect;
-        command("resize set " + std::to_string(rect.width) + " px " + std::to_string(rect.height) + " px");
-        command("move absolute position " + std::to_string(rect.x) + " px " + std::to_string(rect.y) + " px");
-        if (place.isSticky) {
-            command("sticky enable");
+        commands_ += toRect(tree_, id_, place, rect);
+    }
+
+    /// Those that are in one group which floats, and is in the scratchpad with them. The others in there
+    /// stay.
+    void putGroup(const I3Node& group, const std::vector<const I3Return*>& returns) {
+        const auto& place = returns.front()->place;
+        goToWorkspace(group.id, place);
+        std::vector<std::int64_t> others;
+        for (const auto window : windowsIn(group)) {
+            if (std::ranges::find(returns, window, [](const auto* one) { return one->window; }) ==
+                returns.end()) {
+                others.push_back(tree_.find(window)->node->id);
+            }
+        }
+        if (!others.empty()) {
+            commands_ += outOfGroup(tree_, group, others);
+        }
+        if (!place.isOfScratchpad) {
+            commands_ += floatAnew(group, {});
+        }
+        commands_ += toRect(tree_, group.id, place, place.rect);
+        for (const auto* const returned : returns) {
+            spots_[returned->window] = {&place.workspace, &group};
         }
     }
+
+    /// The floating group in which others stand that the window stood with; null where there is none.
+    const I3Node* groupToJoin(const I3Return& returned) {
+        if (!returned.place.isFloating || returned.place.levels.empty()) {
+            return nullptr;
+        }
+        for (const auto& item : returned.place.levels.front().items) {
+            for (const auto window : item.windows) {
+                const auto* const group = spotOf(window).group;
+                if (group != nullptr && *spotOf(window).workspace == returned.place.workspace) {
+                    return group;
+                }
+            }
+        }
+        return nullptr;
+    }
+
+    /// All of them from one group that floats, or from the tiles of one workspace where that is null.
+    void putInto(const I3Node* floatingGroup, const std::vector<const I3Return*>& returns) {
+        floatingGroup_ = floatingGroup;
+        putTiled(returns, 0);
+    }
+
+    std::string commands() && { return std::move(commands_); }
+
+private:
+    using Items = std::vector<std::vector<const I3Return*>>;
+
+    struct Spot {
+        const std::string* workspace = nullptr;
+        /// That floats; null for a tiled window.
+        const I3Node* group = nullptr;
+    };
 
     /// All of them from one group, which is `depth` levels below the workspace.
     void putTiled(const std::vector<const I3Return*>& returns, std::size_t depth) {
@@ -125,11 +227,6 @@ public:
             }
         }
     }
-
-    std::string commands() && { return std::move(commands_); }
-
-private:
-    using Items = std::vector<std::vector<const I3Return*>>;
 
     void command(const std::string& text) { command(id_, text); }
     void command(std::int64_t id, const std::string& text) { commands_ += withId(id) + text + ";"; }
@@ -155,9 +252,12 @@ private:
     }
 
     void goToWorkspace(const I3Return& returned) {
-        const auto& place = returned.place;
-        id_ = tree_.find(returned.window)->node->id;
-        command("move --no-auto-back-and-forth container to workspace " + quoted(tree_, place.workspace));
+        goToWorkspace(tree_.find(returned.window)->node->id, returned.place);
+    }
+
+    void goToWorkspace(std::int64_t id, const I3Place& place) {
+        id_ = id;
+        commands_ += toWorkspaceOf(tree_, place, id);
         const bool isNew =
             tree_.workspaceNamed(place.workspace) == nullptr && newWorkspaces_.insert(place.workspace).second;
         const bool hasOutput = std::ranges::find(tree_.outputs(), place.output, [](const auto* output) {
@@ -179,7 +279,7 @@ private:
                 command("layout " + nameInCommands(level.layout));
             }
         }
-        places_[returned.window] = &returned.place.workspace;
+        spots_[returned.window] = {&returned.place.workspace, floatingGroup_};
     }
 
     /// What was around it has gone with it.
@@ -203,7 +303,9 @@ private:
     bool hasTiled(const std::string& workspace) const {
         const auto* const node = tree_.workspaceNamed(workspace);
         return (node != nullptr && !node->nodes.empty()) ||
-               std::ranges::any_of(places_, [&](const auto& place) { return *place.second == workspace; });
+               std::ranges::any_of(spots_, [&](const auto& spot) {
+                   return spot.second.group == nullptr && *spot.second.workspace == workspace;
+               });
     }
 
     /// Goes to its place among those that it stood with, as far as there still are any.
@@ -255,13 +357,21 @@ private:
                                    [&](WindowId window) { return stands(window, returned.place.workspace); });
     }
 
-    /// Whether it is tiled on the workspace.
-    bool stands(WindowId window, const std::string& workspace) const {
-        if (const auto place = places_.find(window); place != places_.end()) {
-            return *place->second == workspace;
+    /// Where a window is that is in no scratchpad and does not float by itself; null where it does.
+    Spot spotOf(WindowId window) const {
+        if (const auto spot = spots_.find(window); spot != spots_.end()) {
+            return spot->second;
         }
         const auto* const leaf = tree_.find(window);
-        return leaf != nullptr && leaf->floating == nullptr && leaf->workspace->name == workspace;
+        const bool isAway = leaf == nullptr || leaf->isInScratchpad() ||
+                            (leaf->floating != nullptr && leaf->floatingGroup == nullptr);
+        return isAway ? Spot{} : Spot{&leaf->workspace->name, leaf->floatingGroup};
+    }
+
+    /// Whether it is among those on the workspace that windows are put to.
+    bool stands(WindowId window, const std::string& workspace) const {
+        const auto spot = spotOf(window);
+        return spot.workspace != nullptr && *spot.workspace == workspace && spot.group == floatingGroup_;
     }
 
     /// Null where the window stands alone, and where what was around it is not there.
@@ -276,8 +386,10 @@ private:
     std::int64_t id_ = 0;
     std::string commands_;
     std::set<std::string> newWorkspaces_;
-    /// Where those stand that are tiled again.
-    std::map<WindowId, const std::string*> places_;
+    /// Into which windows are put; null for the tiles of a workspace.
+    const I3Node* floatingGroup_ = nullptr;
+    /// Of those that are back.
+    std::map<WindowId, Spot> spots_;
 };
 
 /// Whether the group has the same children in the same order.
@@ -295,6 +407,12 @@ int nearEdge(const I3Rect& rect, bool isAlongTheWidth) {
     return isAlongTheWidth ? rect.x : rect.y;
 }
 
+std::string commandToResize(std::int64_t id, const char* edge, int distance) {
+    return distance == 0 ? ""
+                         : withId(id) + "resize " + (distance > 0 ? "grow " : "shrink ") + edge + " " +
+                               std::to_string(std::abs(distance)) + " px;";
+}
+
 /// Moves the edges between the children to where they were.
 std::string commandsForEdges(const I3Node& group, const I3Place::Level& level,
                              std::optional<std::size_t> unknownItem) {
@@ -307,12 +425,16 @@ std::string commandsForEdges(const I3Node& group, const I3Place::Level& level,
         };
         const auto distance = edge(level.items[index].rect, level.items[index + 1].rect) -
                               edge(group.nodes[index].rect, group.nodes[index + 1].rect);
-        if (distance != 0) {
-            commands += withId(group.nodes[index].id) + "resize " + (distance > 0 ? "grow " : "shrink ") +
-                        (isWide ? "right " : "down ") + std::to_string(std::abs(distance)) + " px;";
-        }
+        commands += commandToResize(group.nodes[index].id, isWide ? "right" : "down", distance);
     }
     return commands;
+}
+
+/// i3 sets no sizes of groups that float, but changes them.
+std::string commandsForSize(const I3Leaf& leaf, const I3Rect& rect) {
+    const auto id = leaf.floatingGroup->id;
+    return commandToResize(id, "right", rect.width - leaf.floating->rect.width) +
+           commandToResize(id, "down", rect.height - leaf.floating->rect.height);
 }
 
 /// Whether another one of its group was focused later.
@@ -327,6 +449,7 @@ bool isBehind(const I3Leaf& leaf) {
 std::string commandsToTake(const I3Tree& tree, std::span<const WindowId> windows,
                            const std::set<WindowId>& leaving) {
     std::string commands;
+    std::map<const I3Node*, std::vector<const I3Leaf*>> ofGroups;
     for (const auto window : windows) {
         const auto* const leaf = tree.find(window);
         if (leaf == nullptr || leaf->isInScratchpad()) {
@@ -335,7 +458,14 @@ std::string commandsToTake(const I3Tree& tree, std::span<const WindowId> windows
         if (leaf->node->isFullscreen) {
             commands += withId(leaf->node->id) + "fullscreen disable;";
         }
-        commands += withId(leaf->node->id) + "move scratchpad;";
+        if (leaf->floatingGroup != nullptr) {
+            ofGroups[leaf->floatingGroup].push_back(leaf);
+        } else {
+            commands += withId(leaf->node->id) + "move scratchpad;";
+        }
+    }
+    for (const auto& [group, leaves] : ofGroups) {
+        commands += commandsToTakeFromGroup(tree, leaves, leaving);
     }
     return commands.empty() ? commands : commands + keepView(tree, leaving);
 }
@@ -344,19 +474,37 @@ std::string commandsToReturn(const I3Tree& tree, std::span<const I3Return> retur
                              std::optional<WindowId> toFocus) {
     Returning returning(tree);
     std::map<std::string, std::vector<const I3Return*>> tiled;
+    std::map<const I3Node*, std::vector<const I3Return*>> groups;
+    std::vector<const I3Return*> floating;
     for (const auto& returned : returns) {
         const auto* const leaf = tree.find(returned.window);
         if (leaf == nullptr || !leaf->isInScratchpad()) {
             continue;
         }
-        if (returned.place.isFloating || returned.place.levels.empty()) {
-            returning.putFloating(returned);
-        } else {
+        if (!returned.place.isFloating && !returned.place.levels.empty()) {
             tiled[returned.place.workspace].push_back(&returned);
+        } else if (leaf->floatingGroup != nullptr) {
+            groups[leaf->floatingGroup].push_back(&returned);
+        } else {
+            floating.push_back(&returned);
         }
     }
+    for (const auto& [group, windows] : groups) {
+        returning.putGroup(*group, windows);
+    }
+    std::map<const I3Node*, std::vector<const I3Return*>> joining;
+    for (const auto* const returned : floating) {
+        if (const auto* const group = returning.groupToJoin(*returned)) {
+            joining[group].push_back(returned);
+        } else {
+            returning.putFloating(*returned);
+        }
+    }
+    for (const auto& [group, windows] : joining) {
+        returning.putInto(group, windows);
+    }
     for (const auto& [workspace, windows] : tiled) {
-        returning.putTiled(windows, 0);
+        returning.putInto(nullptr, windows);
     }
     auto commands = std::move(returning).commands();
     if (commands.empty()) {
@@ -381,8 +529,15 @@ std::string commandsToAdjust(const I3Tree& tree, std::span<const I3Return> retur
     std::set<const I3Node*> adjusted;
     for (const auto& [window, place] : returns) {
         const auto* const leaf = tree.find(window);
-        if (leaf == nullptr || leaf->floating != nullptr || leaf->ancestors.size() != place.levels.size() ||
-            !areSizesKnown(tree, *leaf)) {
+        if (leaf == nullptr || (leaf->floating != nullptr) != place.isFloating ||
+            leaf->ancestors.size() != place.levels.size() || !areSizesKnown(tree, *leaf)) {
+            continue;
+        }
+        if (place.isFloating && !tree.isOfSway()) {
+            // What is within it cannot be told a size.
+            if (leaf->floatingGroup != nullptr && adjusted.insert(leaf->floatingGroup).second) {
+                commands += commandsForSize(*leaf, place.rect);
+            }
             continue;
         }
         for (std::size_t depth = 0; depth < place.levels.size(); ++depth) {

@@ -94,15 +94,16 @@ I3Place I3Place::of(const I3Leaf& leaf) {
     const auto& node = *leaf.node;
     place.workspace = leaf.workspace->name;
     place.output = leaf.output != nullptr ? leaf.output->name : "";
-    // A group may float as a whole.
     place.isFloating = leaf.floating != nullptr;
     place.rect = place.isFloating ? leaf.floating->rect : node.rect;
     place.isFullscreen = node.isFullscreen;
-    place.isSticky = node.isSticky || (place.isFloating && leaf.floating->isSticky);
-    place.isOfScratchpad = node.isOfScratchpad || (place.isFloating && leaf.floating->isOfScratchpad);
+    for (const auto* const around : {leaf.node, leaf.floating, leaf.floatingGroup}) {
+        place.isSticky = place.isSticky || (around != nullptr && around->isSticky);
+        place.isOfScratchpad = place.isOfScratchpad || (around != nullptr && around->isOfScratchpad);
+    }
     place.border = node.border;
     place.borderWidth = node.borderWidth;
-    if (!leaf.ancestors.empty() && !place.isFloating) {
+    if (!leaf.ancestors.empty()) {
         const auto& order = leaf.ancestors.back()->focusOrder;
         place.isOnTop = !order.empty() && order.front() == node.id;
         for (std::size_t depth = 0; depth < leaf.ancestors.size(); ++depth) {

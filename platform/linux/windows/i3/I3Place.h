@@ -38,7 +38,7 @@ struct I3Place {
     std::string workspace;
     std::string output;
     bool isFloating = false;
-    /// Of a floating window; of no meaning where it was fullscreen.
+    /// Of what floats, the window or its group; of no meaning for a window that was fullscreen.
     I3Rect rect;
     bool isFullscreen = false;
     bool isSticky = false;
@@ -47,7 +47,7 @@ struct I3Place {
     bool isOnTop = false;
     std::string border;
     int borderWidth = 0;
-    /// From the workspace down; none for a floating window.
+    /// From the workspace down, or from the group that floats; none for a window that floats itself.
     std::vector<Level> levels;
 
     bool operator==(const I3Place&) const = default;

@@ -152,6 +152,9 @@ void I3Tree::visit(const I3Node& node, I3Leaf place) {
         break;
     case Kind::floating:
         place.floating = &node;
+        // i3 puts another container around whatever floats.
+        place.floatingGroup = isOfSway_ || node.nodes.empty() ? &node : &node.nodes.front();
+        place.floatingGroup = place.floatingGroup->isWindow ? nullptr : place.floatingGroup;
         place.ancestors.clear();
         break;
     case Kind::other:
@@ -168,7 +171,8 @@ void I3Tree::visit(const I3Node& node, I3Leaf place) {
         leaves_.push_back(std::move(place));
         return;
     }
-    if (place.workspace != nullptr) {
+    const bool isAroundWhatFloats = place.floating == &node && place.floatingGroup != &node;
+    if (place.workspace != nullptr && !isAroundWhatFloats) {
         place.ancestors.push_back(&node);
         if (node.kind != Kind::workspace) {
             groups_.push_back(&node);

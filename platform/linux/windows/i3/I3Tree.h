@@ -70,6 +70,9 @@ struct I3Leaf {
     std::vector<const I3Node*> ancestors;
     /// What floats: the window, what is around it or the group that it is in. Null for a tiled one.
     const I3Node* floating = nullptr;
+    /// The group that it is in, and that floats as a whole. Null for a tiled window and one that floats
+    /// itself.
+    const I3Node* floatingGroup = nullptr;
 
     bool isInScratchpad() const;
 };
