@@ -57,6 +57,32 @@ class KeyGrab {
     }
 }
 
+/** Tells when the user turns to the shell itself: clicks on it, opens the overview or locks the session. */
+class ShellUse {
+    constructor(tell) {
+        this._signals = [
+            // Presses on windows do not come this way.
+            [global.stage, global.stage.connect('captured-event', (_stage, event) => {
+                const presses = [Clutter.EventType.BUTTON_PRESS, Clutter.EventType.TOUCH_BEGIN];
+                if (presses.includes(event.type()) && !this._isOnOwnButton(event))
+                    tell();
+                return Clutter.EVENT_PROPAGATE;
+            })],
+            [Main.overview, Main.overview.connect('showing', tell)],
+            [Main.sessionMode, Main.sessionMode.connect('updated', tell)],
+        ];
+    }
+
+    destroy() {
+        this._signals.forEach(([object, id]) => object.disconnect(id));
+    }
+
+    _isOnOwnButton(event) {
+        const actor = global.stage.get_event_actor?.(event) ?? event.get_source();
+        return !!actor && !!Main.panel.statusArea[PANEL_ROLE]?.contains(actor);
+    }
+}
+
 /** The windows and the keys of the shell in which this runs. */
 class ShellWindows {
     get display() {
@@ -118,6 +144,10 @@ class ShellWindows {
         actor?.get_children().forEach(child => child.set_opacity(isPictured ? 255 : 0));
     }
 
+    watchUse(tell) {
+        return new ShellUse(tell);
+    }
+
     grabKey(key, modifiers, tell) {
         return KeyGrab.make(key, modifiers, tell);
     }
@@ -155,11 +185,13 @@ class OverviewFilter {
 class Parts {
     constructor() {
         this._service = new WindowService(Gio.DBus.session, new ShellWindows());
+        this._panel = new PanelService(Gio.DBus.session, item => new PanelButton(item), name => this._service.isClient(name));
         this._filter = new OverviewFilter(window => this._service.hides(window));
     }
 
     destroy() {
         this._filter.destroy();
+        this._panel.destroy();
         this._service.destroy();
     }
 }

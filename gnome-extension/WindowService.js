@@ -17,6 +17,7 @@ const INTERFACE = `<node><interface name="${INTERFACE_NAME}">
   <arg type="a(tssssubbb)" name="windows"/><arg type="at" name="closed"/><arg type="at" name="stacking"/>
   <arg type="t" name="focused"/>
 </signal>
+<signal name="Used"/>
 <signal name="Key"><arg type="u" name="key"/><arg type="u" name="modifiers"/><arg type="b" name="pressed"/></signal>
 </interface></node>`;
 const ACCESS_DENIED = 'org.freedesktop.DBus.Error.AccessDenied';
@@ -62,7 +63,8 @@ class KeyGrabs {
 
 /**
  * Lists, hides and shows the windows of a shell for the one program on the session bus that has Curtain's name. It hides and
- * shows nothing that it was not asked to. Where that program ends, what it hid stays hidden, and the keys that it was told of are free.
+ * shows nothing that it was not asked to. Where that program ends, what it hid stays hidden, and the keys that it was told of are free. It is told (Used) when the user turns
+ * to the shell itself, which takes the keyboard from no window.
  *
  * What is told of a window: identifier, class (particular, general), application, sandboxed application, process, whether it is
  * hidden, whether it stands in the task list, whether it is on the workspace in front.
@@ -88,6 +90,7 @@ class WindowService {
         this._clientWatch = Gio.bus_watch_name_on_connection(
             bus, CLIENT_NAME, Gio.BusNameWatcherFlags.NONE,
             (_bus, _name, owner) => this._setClient(owner), () => this._setClient(null));
+        this._use = shell.watchUse(() => this._emit(this._client, 'Used', null));
         this._connect(shell.display, 'window-created', (_display, window) => this._add(window));
         this._connect(shell.display, 'notify::focus-window', () => this._schedule());
         this._connect(shell.display, 'restacked', () => this._schedule());
@@ -101,6 +104,7 @@ class WindowService {
         if (this._name)
             Gio.bus_unown_name(this._name);
         this._object.unexport();
+        this._use.destroy();
         this._keys.ungrabAll();
         if (this._idle)
             GLib.source_remove(this._idle);
@@ -117,6 +121,10 @@ class WindowService {
     /** Whether the window was hidden on request, or went with one that was, and has not come back. */
     hides(window) {
         return withParents(window).some(one => this._hidden.has(one));
+    }
+
+    isClient(name) {
+        return name === this._client;
     }
 
     WatchAsync([version], invocation) {
@@ -154,7 +162,7 @@ class WindowService {
     }
 
     _answer(invocation, act) {
-        if (invocation.get_sender() !== this._client) {
+        if (!this.isClient(invocation.get_sender())) {
             invocation.return_dbus_error(ACCESS_DENIED, 'Only Curtain may ask this');
             return;
         }

@@ -5,6 +5,7 @@
 #include "platform/linux/hotkeys/kglobalaccel/KGlobalAccelHotKeyService.h"
 #include "platform/linux/screenwatch/CaptureRoads.h"
 #include "platform/linux/session/SocketQuestion.h"
+#include "platform/linux/windows/gnome/GnomeShellProtocol.h"
 #include "platform/linux/x11/X11Connection.h"
 
 #include <QDBusConnection>
@@ -168,6 +169,9 @@ std::string trayOf(const Bus& bus, X11Connection* x11) {
     std::string text = isShown                 ? "StatusNotifierItem, with a host"
                        : bus.hasOwner(watcher) ? "StatusNotifierItem, without a host"
                                                : "no StatusNotifierItem";
+    if (bus.hasOwner(GnomeShellProtocol::extensionService)) {
+        text += "; GNOME Shell's panel, by Curtain's extension";
+    }
     if (x11 != nullptr) {
         constexpr std::array<std::string_view, 1> names{"_NET_SYSTEM_TRAY_S0"};
         const auto owner = x11->reply<xcb_get_selection_owner_reply>(

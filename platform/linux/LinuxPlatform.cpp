@@ -10,6 +10,7 @@
 #include "platform/linux/camera/CameraRights.h"
 #include "platform/linux/camera/LinuxCaptureServices.h"
 #include "platform/linux/camera/V4l2Cameras.h"
+#include "platform/linux/dbus/DBusSignal.h"
 #include "platform/linux/desktopicons/LinuxDesktopIcons.h"
 #include "platform/linux/donotdisturb/DesktopDoNotDisturb.h"
 #include "platform/linux/hotkeys/NoHotKeyService.h"
@@ -46,6 +47,7 @@
 #include "platform/linux/system/ThreadWorkQueues.h"
 #include "platform/linux/system/XdgUserFolders.h"
 #include "platform/linux/tray/TrayStatusBar.h"
+#include "platform/linux/windows/gnome/GnomeShellProtocol.h"
 #include "platform/linux/workspace/InterfaceLevel.h"
 #include "platform/linux/workspace/LinuxWorkspace.h"
 #include "platform/linux/workspace/ScopedApps.h"
@@ -148,6 +150,8 @@ struct Session {
     ReducedMotion motion{QDBusConnection::sessionBus(),
                          [this](bool isReduced) { views.setReducedMotion(isReduced); }};
     std::unique_ptr<LoginManager> loginManager;
+    /// Null in other sessions than GNOME's.
+    std::unique_ptr<DBusSignal> shellUse;
 };
 
 /// Nothing that is shown at the start needs the login manager or all desktop entries, so they are looked for
@@ -248,6 +252,13 @@ void addShell(Platform::Platform& platform, Session& session) {
     const auto& environment = session.environment;
     const auto windowManager = linkTo(session.windowManager.get(), session.sway.get(), environment);
     auto toolkitMonitors = std::make_unique<QtPlatform::QtEventMonitors>(*platform.mainQueue);
+    if (isGnomeShell(environment)) {
+        using namespace GnomeShellProtocol;
+        session.shellUse = std::make_unique<DBusSignal>(
+            QDBusConnection::sessionBus(), extensionService, extensionPath, extensionInterface,
+            QStringLiteral("Used"),
+            [monitors = toolkitMonitors.get()](const auto&) { monitors->noteClickElsewhere(); });
+    }
     platform.screens = std::make_unique<QtPlatform::QtScreens>(windowManager);
     if (session.shellConnection && environment.kind == SessionKind::x11) {
         platform.eventMonitors =

@@ -115,9 +115,7 @@ private:
 };
 
 QtEventMonitors::QtEventMonitors(Platform::MainQueue& queue)
-    : keyboardHolder_(std::make_unique<KeyboardHolder>(queue, [this] {
-          globalMonitors_.tell({EventType::leftMouseDown, 0, std::nullopt});
-      })) {}
+    : keyboardHolder_(std::make_unique<KeyboardHolder>(queue, [this] { noteClickElsewhere(); })) {}
 
 QtEventMonitors::~QtEventMonitors() = default;
 

@@ -5,6 +5,7 @@
 #include "platform/Subscribers.h"
 
 #include <memory>
+#include <optional>
 
 namespace QtPlatform {
 
@@ -22,6 +23,8 @@ public:
                                             std::function<void(const Platform::Event&)> callback) override;
     Platform::Subscription addLocalMonitor(std::uint64_t eventMask,
                                            std::function<bool(const Platform::Event&)> callback) override;
+    /// For whoever knows of a click that takes the keyboard from no window.
+    void noteClickElsewhere() { globalMonitors_.tell({Platform::EventType::leftMouseDown, 0, std::nullopt}); }
 
 private:
     class KeyboardHolder;

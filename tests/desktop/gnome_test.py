@@ -4,7 +4,6 @@ It runs with --session gnome, --tray sni and the installation's shared data. The
 Wayland's, which are private, and another one.
 """
 
-import json
 import os
 import re
 import subprocess
@@ -13,12 +12,12 @@ import unittest
 from desktop_case import (URXVT_COLOUR, XTERM, XTERM_COLOUR, DesktopCase, Display, Rectangle, stays, wait_until,
                           write_preferences)
 from desktop_driver import private_app
+from gnome_shell import GnomeShell
 
 WIDTH, HEIGHT = 1280, 800
 FOOT = private_app("foot", "Foot")
 # Of one that no rounding changes.
 FOOT_COLOUR = "#ff00ff"
-UUID = "curtain@com.curtain.Curtain"
 CONTROL, ALT, SUPER, TAB, ESCAPE, DOWN, H = 37, 64, 133, 23, 9, 116, 43
 SHORTCUT = (CONTROL, ALT, SUPER, H)
 # A row of so many pixels of a colour is a window's, or a picture of one.
@@ -34,12 +33,7 @@ JSON.stringify(windows.map(window => { const frame = window.get_frame_rect(); re
 FIND = "const find = name => global.get_window_actors().map(actor => actor.meta_window).find(w => w.get_wm_class() === name);"
 
 
-def call_shell(path, method, *arguments):
-    return subprocess.run(["gdbus", "call", "--session", "--dest", "org.gnome.Shell", "--object-path", path, "--method",
-                           method, *arguments], check=True, capture_output=True, text=True).stdout
-
-
-class GnomeTest(DesktopCase):
+class GnomeTest(GnomeShell, DesktopCase):
     def setUp(self):
         super().setUp()
         self.screen = Display(os.environ["VIRTUAL_DESKTOP_SCREEN"])
@@ -54,29 +48,11 @@ class GnomeTest(DesktopCase):
 
     # The shell
 
-    def evaluate(self, script):
-        answer = call_shell("/org/gnome/Shell", "org.gnome.Shell.Eval", script)
-        self.assertTrue(answer.startswith("(true,"), f"{script}: {answer}")
-        text = re.search(r"'(.*)'", answer, re.DOTALL)[1]
-        return json.loads(text.replace("\\'", "'").replace('\\\\', '\\')) if text else None
-
     def scene(self):
-        scene = self.evaluate(SCENE)
-        # One version gives the value, another its text.
-        return json.loads(scene) if isinstance(scene, str) else scene
+        return self.describe(SCENE)
 
     def do_with(self, name, action):
         self.evaluate(f"{FIND} (window => {{ {action}; }})(find('{name}')); 0")
-
-    def switch_extension(self, is_on):
-        method = "EnableExtension" if is_on else "DisableExtension"
-        call_shell("/org/gnome/Shell", f"org.gnome.Shell.Extensions.{method}", UUID)
-
-    def set_overview(self, is_shown):
-        self.evaluate(f"Main.overview.{'show' if is_shown else 'hide'}(); 0")
-        wait_until(lambda: self.evaluate(
-            f"Main.overview.visible === {str(is_shown).lower()} && !Main.overview.animationInProgress"),
-            f"the overview is {'open' if is_shown else 'closed'}")
 
     # The windows
 

@@ -8,7 +8,8 @@ import unittest
 from desktop_case import IS_WAYLAND, XTERM_COLOUR, stays, wait_until
 from session_case import ESCAPE, SessionCase
 
-OTHER_COLOUR = "#802080"
+# Of one that no rounding changes.
+OTHER_COLOUR = "#ff00ff"
 
 
 class SessionPopoverCase(SessionCase):

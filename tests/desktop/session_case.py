@@ -102,6 +102,6 @@ class SessionCase(DesktopCase):
         right = max(line.rfind(row) // 4 + POPOVER_EDGE for line in lines.values())
         return Rectangle(left, min(lines), right - left, max(lines) + 1 - min(lines))
 
-    def click_at(self, x, y):
-        subprocess.run(["xdotool", "mousemove", str(x), str(y), "click", "1"], check=True,
+    def click_at(self, x, y, button=1):
+        subprocess.run(["xdotool", "mousemove", str(x), str(y), "click", str(button)], check=True,
                        env=os.environ | {"DISPLAY": os.environ["VIRTUAL_DESKTOP_SCREEN"]})

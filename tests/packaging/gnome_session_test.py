@@ -15,10 +15,10 @@ from pathlib import Path
 from other_release_test import INSIDE, LINES_OF_A_FAILURE, TREE, copy_tree, run_there, sources_of
 
 # The shell, what the virtual desktop needs around it, and the programs that the tests look at. The rest comes with the package.
-PROGRAMS = ["gnome-shell", "dbus", "dunst", "foot", "libglib2.0-bin", "libxcb-xtest0", "procps", "python3", "python3-gi",
-            "rxvt-unicode", "xterm", "xvfb", "xwayland"]
-TESTS = ["env", "CURTAIN=/usr/bin/curtain", "scripts/virtual-desktop", "--session", "gnome", "--",
-         "/usr/bin/python3", "-B", "tests/desktop/gnome_test.py", "-v"]
+PROGRAMS = ["gnome-shell", "at-spi2-core", "dbus", "dunst", "foot", "libglib2.0-bin", "libxcb-xtest0", "procps", "python3", "python3-gi",
+            "rxvt-unicode", "xdotool", "xterm", "xvfb", "xwayland"]
+# Each with what its virtual desktop is given.
+TESTS = {"gnome_test.py": [], "gnome_panel_test.py": ["--tray", "none", "--accessibility"]}
 
 
 def make_system(release, log, packages):
@@ -40,7 +40,9 @@ def use_system(package, root):
     copy_tree(root)
     (root / TREE / "curtain.deb").write_bytes(package.read_bytes())
     run_there(root, None, True, "apt-get", "install", "--yes", "--no-install-recommends", "./curtain.deb")
-    run_there(root, None, False, *TESTS)
+    for test, options in TESTS.items():
+        run_there(root, None, False, "env", "CURTAIN=/usr/bin/curtain", "scripts/virtual-desktop", "--session", "gnome", *options,
+                  "--", "/usr/bin/python3", "-B", f"tests/desktop/{test}", "-v")
 
 
 if __name__ == "__main__":

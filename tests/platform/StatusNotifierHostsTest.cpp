@@ -104,7 +104,7 @@ protected:
 
     void follow(const QDBusConnection& bus) {
         hosts_ = std::make_unique<StatusNotifierHosts>(
-            bus, [this] { seen_.push_back(hosts_->watcher().toStdString()); });
+            bus, watcherName, [this] { seen_.push_back(hosts_->watcher().toStdString()); });
     }
 
     void follow() { follow(connect(QStringLiteral("item"))); }

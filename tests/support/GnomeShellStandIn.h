@@ -16,13 +16,14 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace TestSupport {
 
-/// GNOME Shell as far as Curtain's extension asks it, with the extension's own code on top, on a bus of its
-/// own. The test acts as the user of its windows.
+/// GNOME Shell as far as Curtain's extension asks it, with the extension's own code on top. The test acts as
+/// the user of its windows and its panel.
 class GnomeShellStandIn {
 public:
     static constexpr int on = 1;
@@ -31,19 +32,30 @@ public:
     static constexpr int outOfDate = 4;
     static constexpr std::uint32_t windowProcess = 4242;
 
-    GnomeShellStandIn() {
+    enum class Bus { ofItsOwn, ofTheSession };
+
+    explicit GnomeShellStandIn(Bus bus = Bus::ofItsOwn) {
+        if (bus == Bus::ofItsOwn) {
+            bus_.emplace();
+        }
+        process_.emplace(std::vector<std::string>{"env", "DBUS_SESSION_BUS_ADDRESS=" + address(), "gjs",
+                                                  GNOME_SHELL_STAND_IN});
+        user_ = connect();
+        // The one of the test before may not have left the bus yet.
         EXPECT_TRUE(spinUntil([this] {
-            return user_.interface()->isServiceRegistered(QStringLiteral("org.gnome.Shell")).value();
+            const auto owner = user_->interface()->servicePid(QStringLiteral("org.gnome.Shell"));
+            return owner.isValid() && static_cast<pid_t>(owner.value()) == process();
         }));
     }
 
     QDBusConnection connect() const {
         // Connections are remembered by their names.
         static int count = 0;
-        return bus_.connect(QStringLiteral("gnome-shell-stand-in-%1").arg(++count));
+        return QDBusConnection::connectToBus(QString::fromStdString(address()),
+                                             QStringLiteral("gnome-shell-stand-in-%1").arg(++count));
     }
 
-    pid_t process() const { return process_.id(); }
+    pid_t process() const { return process_->id(); }
 
     /// As the shell knows the extension; only one that is on answers.
     void setExtension(int state) { call(QStringLiteral("SetExtension"), QVariantList{state}); }
@@ -54,7 +66,7 @@ public:
                                                       QStringLiteral("com.curtain.Test.Shell"), method);
         request.setArguments(arguments);
         // Curtain's side goes on meanwhile.
-        const QDBusPendingCallWatcher answer(user_.asyncCall(request));
+        const QDBusPendingCallWatcher answer(user_->asyncCall(request));
         EXPECT_TRUE(spinUntil([&] { return answer.isFinished(); })) << method.toStdString();
         EXPECT_FALSE(answer.isError())
             << method.toStdString() << ": " << answer.error().message().toStdString();
@@ -70,9 +82,13 @@ public:
     }
 
 private:
-    PrivateBus bus_;
-    ChildProcess process_{{"env", "DBUS_SESSION_BUS_ADDRESS=" + bus_.address(), "gjs", GNOME_SHELL_STAND_IN}};
-    QDBusConnection user_ = connect();
+    std::string address() const {
+        return bus_ ? bus_->address() : qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS").toStdString();
+    }
+
+    std::optional<PrivateBus> bus_;
+    std::optional<ChildProcess> process_;
+    std::optional<QDBusConnection> user_;
 };
 
 } // namespace TestSupport

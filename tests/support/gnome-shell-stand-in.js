@@ -1,4 +1,4 @@
-// What follows here stands behind gnome-extension/WindowService.js: GNOME Shell as far as that asks it, with windows that exist only
+// What follows here stands behind gnome-extension/WindowService.js and PanelItem.js: GNOME Shell as far as that asks it, with windows that exist only
 // here, and a road by which a test acts as their user.
 
 const CONTROL_PATH = '/org/gnome/Shell';
@@ -38,6 +38,13 @@ const CONTROL = `<node>
   <method name="GrabbedKeys"><arg type="u" direction="out"/></method>
   <method name="LoseKeys"/>
   <method name="LoseNextWatch"/>
+  <method name="Use"/>
+  <method name="LosePanel"/>
+  <method name="Button"><arg type="as" direction="out"/></method>
+  <method name="ClickButton"><arg type="i" direction="in"/><arg type="i" direction="in"/></method>
+  <method name="OpenMenu"/>
+  <method name="Menu"><arg type="as" direction="out"/></method>
+  <method name="Choose"><arg type="s" direction="in"/></method>
   <method name="BreakMinimizing"/>
 </interface></node>`;
 
@@ -99,6 +106,11 @@ class FakeShell {
             return null;
         this.keys.set(name, tell);
         return {destroy: () => this.keys.delete(name)};
+    }
+
+    watchUse(tell) {
+        this.use = tell;
+        return {destroy: () => this.use = null};
     }
 
     windows() { return [...this.stacking]; }
@@ -179,6 +191,25 @@ class FakeShell {
     }
 }
 
+/** The button in the panel, as its user sees it. */
+class FakeButton {
+    constructor(item) {
+        this.item = item;
+        this.described = [];
+        this.menu = [];
+        this.direction = '';
+    }
+
+    describe(...description) { this.described = description; }
+    destroy() { this.described = []; }
+    openMenu() {
+        this.item.readMenu((entries, isRightToLeft) => {
+            this.menu = entries;
+            this.direction = isRightToLeft ? 'rtl' : 'ltr';
+        });
+    }
+}
+
 /** What the test asks for, and what the shell says of the extension. */
 class Control {
     constructor(bus) {
@@ -211,9 +242,11 @@ class Control {
     }
 
     SetExtension(state) {
-        if (this._service)
-            this._service.destroy();
-        this._service = state === EXTENSION_ON ? new WindowService(this._bus, this._shell) : null;
+        this._service?.destroy();
+        this._panel?.destroy();
+        const isOn = state === EXTENSION_ON;
+        this._service = isOn ? new WindowService(this._bus, this._shell) : null;
+        this._panel = isOn ? new PanelService(this._bus, item => this._button = new FakeButton(item), name => this._service.isClient(name)) : null;
         this._state = state;
         this._objects[0].emit_signal('ExtensionStateChanged', new GLib.Variant('(sa{sv})', [
             'curtain@com.curtain.Curtain', this._information()]));
@@ -243,6 +276,23 @@ class Control {
         this._service.GrabKeyAsync = (_arguments, invocation) =>
             invocation.return_dbus_error('org.freedesktop.DBus.Error.UnknownMethod', 'No such method');
     }
+
+    Use() { this._shell.use(); }
+
+    /** As an extension without a button. */
+    LosePanel() {
+        this._panel.destroy();
+        this._panel = null;
+    }
+
+    Button() { return this._button?.described ?? []; }
+    ClickButton(x, y) { this._button.item.activate(x, y); }
+    OpenMenu() { this._button.openMenu(); }
+    Menu() {
+        const texts = (this._button?.menu ?? []).map(entry => entry.isSeparator ? '-' : entry.isEnabled ? entry.title : `(${entry.title})`);
+        return [this._button?.direction ?? '', ...texts];
+    }
+    Choose(title) { this._button.menu.find(entry => entry.title === title).choose(); }
 
     BreakMinimizing() {
         this._shell.refuses = true;

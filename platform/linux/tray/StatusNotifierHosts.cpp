@@ -11,14 +11,15 @@ namespace LinuxPlatform {
 
 using namespace StatusNotifierProtocol;
 
-StatusNotifierHosts::StatusNotifierHosts(const QDBusConnection& bus, std::function<void()> onChange)
+StatusNotifierHosts::StatusNotifierHosts(const QDBusConnection& bus, const QString& service,
+                                         std::function<void()> onChange)
     : bus_(bus),
       onChange_(std::move(onChange)),
-      owner_(bus, watcherService, [this] { ownerChanged(); }),
-      hostCame_(bus, watcherService, watcherPath, watcherInterface,
-                QStringLiteral("StatusNotifierHostRegistered"), [this](const auto&) { ask(); }),
-      hostLeft_(bus, watcherService, watcherPath, watcherInterface,
-                QStringLiteral("StatusNotifierHostUnregistered"), [this](const auto&) { ask(); }) {}
+      owner_(bus, service, [this] { ownerChanged(); }),
+      hostCame_(bus, service, watcherPath, watcherInterface, QStringLiteral("StatusNotifierHostRegistered"),
+                [this](const auto&) { ask(); }),
+      hostLeft_(bus, service, watcherPath, watcherInterface, QStringLiteral("StatusNotifierHostUnregistered"),
+                [this](const auto&) { ask(); }) {}
 
 void StatusNotifierHosts::ownerChanged() {
     answer_.reset();

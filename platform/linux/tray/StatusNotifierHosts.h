@@ -16,7 +16,8 @@ namespace LinuxPlatform {
 /// does not answer is one that is not known yet.
 class StatusNotifierHosts {
 public:
-    StatusNotifierHosts(const QDBusConnection& bus, std::function<void()> onChange);
+    /// `service` is the name of the watcher.
+    StatusNotifierHosts(const QDBusConnection& bus, const QString& service, std::function<void()> onChange);
 
     /// False until the bus or the watcher has answered.
     bool isKnown() const { return isKnown_; }

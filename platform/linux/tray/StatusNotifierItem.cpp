@@ -147,8 +147,8 @@ QRect place(const QVariantList& arguments) {
 
 class StatusNotifierItem::Object : public QDBusVirtualObject {
 public:
-    Object(const QString& watcher, TrayIconContent content, const TrayToolkit& toolkit,
-           const TemplateTint& tint)
+    Object(const QString& watcher, const std::optional<QDBusConnection>& registrar, TrayIconContent content,
+           const TrayToolkit& toolkit, const TemplateTint& tint)
         : content_(std::move(content)),
           toolkit_(toolkit),
           tint_(tint),
@@ -162,7 +162,7 @@ public:
         auto registration = QDBusMessage::createMethodCall(watcher, watcherPath, watcherInterface,
                                                            QStringLiteral("RegisterStatusNotifierItem"));
         registration.setArguments({bus_.baseService()});
-        bus_.asyncCall(registration);
+        registrar.value_or(bus_).asyncCall(registration);
     }
 
     ~Object() override {
@@ -259,9 +259,11 @@ private:
     DBusMenu menu_;
 };
 
-StatusNotifierItem::StatusNotifierItem(const QString& watcher, TrayIconContent content,
-                                       const TrayToolkit& toolkit, const TemplateTint& tint)
-    : object_(std::make_unique<Object>(watcher, std::move(content), toolkit, tint)) {}
+StatusNotifierItem::StatusNotifierItem(const QString& watcher,
+                                       const std::optional<QDBusConnection>& registrar,
+                                       TrayIconContent content, const TrayToolkit& toolkit,
+                                       const TemplateTint& tint)
+    : object_(std::make_unique<Object>(watcher, registrar, std::move(content), toolkit, tint)) {}
 
 StatusNotifierItem::~StatusNotifierItem() = default;
 

@@ -3,9 +3,11 @@
 #include "platform/linux/tray/TemplateTint.h"
 #include "platform/linux/tray/TrayIcon.h"
 
+#include <QDBusConnection>
 #include <QString>
 
 #include <memory>
+#include <optional>
 
 namespace LinuxPlatform {
 
@@ -13,9 +15,10 @@ namespace LinuxPlatform {
 /// the protocol knows no other way to take an item back.
 class StatusNotifierItem : public TrayIcon {
 public:
-    /// `watcher` is the bus name of the watcher to register with. The references outlive the item.
-    StatusNotifierItem(const QString& watcher, TrayIconContent content, const TrayToolkit& toolkit,
-                       const TemplateTint& tint);
+    /// `watcher` is the bus name of the watcher to register with, and `registrar` the connection that it is
+    /// to hear of the item from; without one, the item's own. The references outlive the item.
+    StatusNotifierItem(const QString& watcher, const std::optional<QDBusConnection>& registrar,
+                       TrayIconContent content, const TrayToolkit& toolkit, const TemplateTint& tint);
     ~StatusNotifierItem() override;
     StatusNotifierItem(const StatusNotifierItem&) = delete;
     StatusNotifierItem& operator=(const StatusNotifierItem&) = delete;

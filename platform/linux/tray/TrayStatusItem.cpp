@@ -1,7 +1,9 @@
 #include "platform/linux/tray/TrayStatusItem.h"
 
 #include "platform/linux/tray/StatusNotifierItem.h"
+#include "platform/linux/tray/StatusNotifierProtocol.h"
 #include "platform/linux/tray/XembedIcon.h"
+#include "platform/linux/windows/gnome/GnomeShellProtocol.h"
 
 #include <utility>
 
@@ -22,7 +24,8 @@ TrayStatusItem::TrayStatusItem(X11Connection* x11, Platform::MainQueue& queue, P
       toolkit_(std::move(toolkit)),
       bus_(QDBusConnection::sessionBus()),
       tint_(toolkit_.textColor),
-      hosts_(bus_, [this] { takeBestPlace(); }) {
+      hosts_(bus_, StatusNotifierProtocol::watcherService, [this] { takeBestPlace(); }),
+      extension_(bus_, GnomeShellProtocol::extensionService, [this] { takeBestPlace(); }) {
     if (x11_ != nullptr) {
         xembed_.emplace(*x11_, [this] { takeBestPlace(); });
     }
@@ -91,11 +94,17 @@ void TrayStatusItem::popUpMenu(const Platform::Menu& menu) {
 
 TrayStatusItem::Place TrayStatusItem::bestPlace() const {
     if (!hosts_.watcher().isEmpty()) {
-        return {hosts_.watcher(), XCB_WINDOW_NONE};
+        return {hosts_.watcher()};
     }
     // An icon that moved at once would flicker, so the answer is waited for while it is likely to come.
-    const bool isHostPossible = !hosts_.isKnown() && isHostAwaited_;
-    return {{}, xembed_ && !isHostPossible ? xembed_->manager() : xcb_window_t{XCB_WINDOW_NONE}};
+    const auto isPossible = [this](const auto& hosts) { return !hosts.isKnown() && isHostAwaited_; };
+    if (isPossible(hosts_) || (extension_.watcher().isEmpty() && isPossible(extension_))) {
+        return {};
+    }
+    if (!extension_.watcher().isEmpty()) {
+        return {extension_.watcher(), true};
+    }
+    return {{}, false, xembed_ ? xembed_->manager() : xcb_window_t{XCB_WINDOW_NONE}};
 }
 
 void TrayStatusItem::takeBestPlace() {
@@ -124,13 +133,17 @@ void TrayStatusItem::stand() {
         icon_ = std::make_unique<XembedIcon>(*x11_, place_.manager, std::move(content), toolkit_, tint_);
     } else {
         followColorScheme();
-        icon_ = std::make_unique<StatusNotifierItem>(place_.watcher, std::move(content), toolkit_, tint_);
+        // The extension answers nobody but the owner of Curtain's name.
+        const auto registrar = place_.isExtension ? std::optional(bus_) : std::nullopt;
+        icon_ = std::make_unique<StatusNotifierItem>(place_.watcher, registrar, std::move(content), toolkit_,
+                                                     tint_);
     }
 }
 
 void TrayStatusItem::clicked(const Platform::Event& event, const QRect& place) {
     if (!place.isNull()) {
-        lastClick_ = toolkit_.isPlausible(place.topLeft()) ? place : QRect();
+        const bool isBelieved = place_.isExtension || toolkit_.isPlausible(place.topLeft());
+        lastClick_ = isBelieved ? place : QRect();
     }
     if (place.isNull() || lastClick_.isNull()) {
         lastPointer_ = toolkit_.pointer();

@@ -24,7 +24,8 @@
 namespace LinuxPlatform {
 
 /// A status item as an icon in whichever tray the desktop has: one that shows StatusNotifierItems if there is
-/// one, else one that embeds X windows. It follows trays that come late, go and come back.
+/// one, else GNOME Shell's panel if Curtain's extension is in there, else a tray that embeds X windows. It
+/// follows trays that come late, go and come back.
 class TrayStatusItem : public Platform::StatusItem {
 public:
     /// `x11` is null when there is no X server. All but the toolkit outlive the item.
@@ -43,6 +44,8 @@ private:
     /// Where the icon is shown; nowhere when both are empty.
     struct Place {
         QString watcher;
+        /// Whether that is Curtain's extension in GNOME Shell.
+        bool isExtension = false;
         xcb_window_t manager = XCB_WINDOW_NONE;
 
         bool isNowhere() const { return watcher.isEmpty() && manager == XCB_WINDOW_NONE; }
@@ -63,6 +66,7 @@ private:
     TemplateTint tint_;
     std::optional<DesktopColorScheme> colorScheme_;
     StatusNotifierHosts hosts_;
+    StatusNotifierHosts extension_;
     std::optional<XembedTray> xembed_;
     bool isHostAwaited_ = true;
     bool hasBeenShown_ = false;

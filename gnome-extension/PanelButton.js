@@ -1,0 +1,72 @@
+const PANEL_ROLE = 'curtain';
+
+/** The button in the panel of an item: a click is the item's, another button of the mouse opens the item's menu. */
+const PanelButton = GObject.registerClass(class CurtainPanelButton extends PanelMenu.Button {
+    _init(item) {
+        super._init(0.5, 'Curtain');
+        this._item = item;
+        this._icon = new St.Icon({style_class: 'system-status-icon'});
+        this.add_child(this._icon);
+        // Before the menu takes the keys that open it.
+        this.connect('captured-event', (_button, event) => this._takeKey(event));
+        // Extensions' buttons would stay on the lock screen.
+        this._mode = Main.sessionMode.connect('updated', () => this._followMode());
+        this.connect('destroy', () => Main.sessionMode.disconnect(this._mode));
+        this._followMode();
+        Main.panel.addToStatusArea(PANEL_ROLE, this);
+    }
+
+    describe(iconName, themePath, name) {
+        const file = Gio.File.new_for_path(`${themePath}/hicolor/symbolic/apps/${iconName}.svg`);
+        this._icon.gicon = themePath ? new Gio.FileIcon({file}) : new Gio.ThemedIcon({name: iconName});
+        this.accessible_name = name;
+    }
+
+    vfunc_event(event) {
+        const isTouch = event.type() === Clutter.EventType.TOUCH_BEGIN;
+        if (isTouch || event.type() === Clutter.EventType.BUTTON_PRESS)
+            this._press(isTouch ? Clutter.BUTTON_PRIMARY : event.get_button());
+        return Clutter.EVENT_PROPAGATE;
+    }
+
+    _press(button) {
+        if (this.menu.isOpen)
+            this.menu.close();
+        else if (button === Clutter.BUTTON_PRIMARY)
+            this._activate();
+        else if (button === Clutter.BUTTON_SECONDARY)
+            this._item.readMenu((entries, isRightToLeft) => this._openMenu(entries, isRightToLeft));
+    }
+
+    _takeKey(event) {
+        const activating = [Clutter.KEY_Return, Clutter.KEY_KP_Enter, Clutter.KEY_space];
+        if (event.type() !== Clutter.EventType.KEY_PRESS || !activating.includes(event.get_key_symbol()))
+            return Clutter.EVENT_PROPAGATE;
+        this._activate();
+        return Clutter.EVENT_STOP;
+    }
+
+    _activate() {
+        const [x, y] = this.get_transformed_position();
+        const [width, height] = this.get_transformed_size();
+        this._item.activate(Math.round(x + width / 2), Math.round(y + height) - 1);
+    }
+
+    _openMenu(entries, isRightToLeft) {
+        this.menu.removeAll();
+        this.menu.box.text_direction = isRightToLeft ? Clutter.TextDirection.RTL : Clutter.TextDirection.LTR;
+        for (const entry of entries) {
+            const shown = entry.isSeparator ? new PopupMenu.PopupSeparatorMenuItem() : new PopupMenu.PopupMenuItem(entry.title);
+            if (!entry.isSeparator) {
+                shown.setSensitive(entry.isEnabled);
+                shown.connect('activate', entry.choose);
+            }
+            this.menu.addMenuItem(shown);
+        }
+        this.menu.open();
+    }
+
+    _followMode() {
+        this.container.visible = !Main.sessionMode.isLocked;
+    }
+});
