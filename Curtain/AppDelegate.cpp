@@ -100,6 +100,7 @@ SettingsModel& AppDelegate::settingsModel() {
     if (!settingsModel_) {
         settingsModel_ =
             std::make_unique<SettingsModel>(store_, *platform_.locale, *platform_.loginItem, *platform_.log);
+        followPrivateApps(*settingsModel_);
     }
     return *settingsModel_;
 }
@@ -108,6 +109,7 @@ ReadinessCoordinator& AppDelegate::coordinator() {
     if (!coordinator_) {
         coordinator_ = std::make_unique<ReadinessCoordinator>(store_, *platform_.workspace,
                                                               desktopController_, desktopChecker_);
+        followPrivateApps(*coordinator_);
     }
     return *coordinator_;
 }
@@ -580,9 +582,49 @@ void AppDelegate::hidingAnswered() {
     }
 }
 
+template <class Source>
+void AppDelegate::followPrivateApps(Source& source) {
+    QObject::connect(&source, &Source::privateAppAdded, &source,
+                     [this](const std::string& bundleID) { privateAppAdded(bundleID); });
+    QObject::connect(&source, &Source::privateAppRemoved, &source,
+                     [this](const std::string& bundleID) { privateAppRemoved(bundleID); });
+}
+
+void AppDelegate::privateAppAdded(const std::string& bundleID) {
+    if (!engine().isActive()) {
+        return;
+    }
+    auto covered = engine().targets();
+    covered.push_back(bundleID);
+    platform_.appShield->cover(covered);
+    engine().addTarget(bundleID);
+    refreshReadiness();
+}
+
+void AppDelegate::privateAppRemoved(const std::string& bundleID) {
+    if (!engine().isActive()) {
+        return;
+    }
+    returns_.erase(bundleID);
+    engine().removeTarget(bundleID);
+    platform_.appShield->cover(engine().targets());
+    notifier_.withdrawRehidden(bundleID);
+    refreshReadiness();
+}
+
+void AppDelegate::hideVisiblePrivateApps() {
+    const auto targets = store_.load().targetBundleIDs();
+    platform_.appShield->cover(targets);
+    for (const auto& target : targets) {
+        engine().addTarget(target);
+    }
+}
+
 void AppDelegate::hidePrivateApps() {
     const CurtainCore::PreferencesStore::Action action(store_);
-    if (!engine().isActive()) {
+    if (engine().isActive()) {
+        hideVisiblePrivateApps();
+    } else {
         activatePrivacyMode();
     }
     updateIcon();
@@ -597,7 +639,9 @@ void AppDelegate::fixEverything() {
         platform_.appShield->cover(store_.load().targetBundleIDs());
     }
     const bool notificationsNeedAttention = FixEverything::run(engine(), store_, desktopController_);
-    if (!wasActive) {
+    if (wasActive) {
+        hideVisiblePrivateApps();
+    } else {
         tellIfListWasLost();
         sayIfNothingIsHidden();
     }

@@ -101,6 +101,13 @@ private:
     /// one.
     bool tellObstacle();
     void hidingAnswered();
+    /// Its list of private apps changes what is hidden while privacy mode is on.
+    template <class Source>
+    void followPrivateApps(Source& source);
+    void privateAppAdded(const std::string& bundleID);
+    void privateAppRemoved(const std::string& bundleID);
+    /// Whatever private app is visible while privacy mode is on, a revealed one included.
+    void hideVisiblePrivateApps();
     void hidePrivateApps();
     void fixEverything();
     void restore();

@@ -125,6 +125,18 @@ bool MeetingReadinessView::canHideApps() const {
     return !obstacle || obstacle == Platform::HidingObstacle::notKnownYet;
 }
 
+bool MeetingReadinessView::canHideMore() const {
+    return canHideApps() && hasPrivateApps() &&
+           (!isPrivacyModeOn() || visibilities().contains(QStringLiteral("visible")));
+}
+
+QString MeetingReadinessView::hideProblem() const {
+    if (!canHideApps()) {
+        return hidingObstacle();
+    }
+    return hasPrivateApps() ? QString() : text(QStringLiteral("addPrivateAppsHint"));
+}
+
 bool MeetingReadinessView::canFix() const {
     const auto isOpen = [&](CurtainCore::LocKey key) {
         return std::ranges::count(state().issues, key, &CurtainCore::ReadinessIssue::key) > 0;

@@ -54,6 +54,10 @@ class MeetingReadinessView : public QObject {
     Q_PROPERTY(QString hidingObstacle READ hidingObstacle NOTIFY stateChanged)
     /// Whether a switch-on could hide something, as far as is known.
     Q_PROPERTY(bool canHideApps READ canHideApps NOTIFY stateChanged)
+    /// Whether a private app is left that can be hidden, as far as is known; and why not, in one sentence,
+    /// empty where there is nothing to say.
+    Q_PROPERTY(bool canHideMore READ canHideMore NOTIFY stateChanged)
+    Q_PROPERTY(QString hideProblem READ hideProblem NOTIFY stateChanged)
     /// Whether anything that is wrong could be mended.
     Q_PROPERTY(bool canFix READ canFix NOTIFY stateChanged)
     Q_PROPERTY(bool showsRisk READ showsRisk NOTIFY stateChanged)
@@ -129,6 +133,8 @@ public:
     bool isPrivacyModeInVain() const;
     QString hidingObstacle() const;
     bool canHideApps() const;
+    bool canHideMore() const;
+    QString hideProblem() const;
     bool canFix() const;
     bool showsRisk() const { return showsRisk_; }
     int score() const { return state().score; }

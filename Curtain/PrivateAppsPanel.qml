@@ -185,8 +185,8 @@ Card {
                 implicitHeight: 36
                 kind: "tonal"
                 symbol: "eye.slash"
-                enabled: !panel.model.isPrivacyModeOn && panel.model.canHideApps
-                reason: panel.model.canHideApps ? "" : panel.model.hidingObstacle
+                enabled: panel.model.canHideMore
+                reason: panel.model.hideProblem
                 text: panel.model.text("hidePrivateApps")
                 onClicked: panel.model.hidePrivateApps()
             }

@@ -49,12 +49,18 @@ void ReadinessCoordinator::toggleTargetApp(const CatalogEntry& entry) {
     auto preferences = store_.load();
     auto& apps = preferences.targetApps;
     const auto found = std::ranges::find(apps, entry.bundleID, &CurtainCore::TargetApp::bundleID);
-    if (found != apps.end()) {
+    const bool wasPrivate = found != apps.end();
+    if (wasPrivate) {
         apps.erase(found);
     } else {
         apps.push_back({entry.bundleID, entry.name});
     }
     store_.save(preferences);
+    if (wasPrivate) {
+        Q_EMIT privateAppRemoved(entry.bundleID);
+    } else {
+        Q_EMIT privateAppAdded(entry.bundleID);
+    }
     refresh();
 }
 

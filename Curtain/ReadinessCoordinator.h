@@ -45,6 +45,9 @@ public:
 
 Q_SIGNALS:
     void stateChanged();
+    /// The list is stored already.
+    void privateAppAdded(const std::string& bundleID);
+    void privateAppRemoved(const std::string& bundleID);
 
 private:
     CurtainCore::PreferencesStore& store_;

@@ -47,6 +47,11 @@ void SettingsModel::toggle(const CatalogEntry& entry) {
             stored.targetApps.push_back({entry.bundleID, entry.name});
         }
     });
+    if (wasSelected) {
+        Q_EMIT privateAppRemoved(entry.bundleID);
+    } else {
+        Q_EMIT privateAppAdded(entry.bundleID);
+    }
 }
 
 void SettingsModel::setLaunchAtLogin(bool on) {

@@ -46,6 +46,9 @@ public:
 
 Q_SIGNALS:
     void prefsChanged();
+    /// The list is stored already.
+    void privateAppAdded(const std::string& bundleID);
+    void privateAppRemoved(const std::string& bundleID);
 
 private:
     template <class Change>

@@ -19,7 +19,7 @@ void HideEngine::activate(std::vector<std::string> targets) {
             return;
         }
         if (isTarget(target)) {
-            hideAtSwitchOn(target);
+            hideAndRemember(target);
         }
     }
 }
@@ -52,17 +52,43 @@ bool HideEngine::reapply(const std::string& activatedBundleID) {
 }
 
 void HideEngine::reveal(const std::string& bundleID) {
-    std::erase(targets_, bundleID);
-    hiddenByUs_.erase(bundleID);
-    previousHidden_.erase(bundleID);
+    forget(bundleID);
     hiding_.unhide(bundleID);
+}
+
+void HideEngine::addTarget(const std::string& bundleID) {
+    if (!isActive_) {
+        return;
+    }
+    const bool isNew = !isTarget(bundleID);
+    if (isNew) {
+        targets_.push_back(bundleID);
+    }
+    // What is known of a target that is hidden already still holds.
+    if (isNew || !hiding_.isHidden(bundleID).value_or(true)) {
+        hideAndRemember(bundleID);
+    }
+}
+
+void HideEngine::removeTarget(const std::string& bundleID) {
+    const bool isHiddenByUs = hiddenByUs_.contains(bundleID);
+    forget(bundleID);
+    if (isHiddenByUs) {
+        hiding_.unhide(bundleID);
+    }
 }
 
 bool HideEngine::isTarget(const std::string& bundleID) const {
     return std::ranges::find(targets_, bundleID) != targets_.end();
 }
 
-void HideEngine::hideAtSwitchOn(const std::string& target) {
+void HideEngine::forget(const std::string& bundleID) {
+    std::erase(targets_, bundleID);
+    hiddenByUs_.erase(bundleID);
+    previousHidden_.erase(bundleID);
+}
+
+void HideEngine::hideAndRemember(const std::string& target) {
     if (!hiding_.isRunning(target)) {
         return;
     }

@@ -36,9 +36,17 @@ public:
     /// Shows an app and takes it out of privacy mode until the next switch-on.
     void reveal(const std::string& bundleID);
 
+    /// Takes one more app into the running switch-on, or hides a target that can be seen after all:
+    /// `deactivate` shows again what was visible at this moment. The other targets stay as they are.
+    void addTarget(const std::string& bundleID);
+
+    /// Takes an app out of the running switch-on and shows it where privacy mode has hidden it.
+    void removeTarget(const std::string& bundleID);
+
 private:
     bool isTarget(const std::string& bundleID) const;
-    void hideAtSwitchOn(const std::string& target);
+    void forget(const std::string& bundleID);
+    void hideAndRemember(const std::string& target);
     void hide(const std::string& bundleID);
 
     AppHiding& hiding_;
@@ -47,7 +55,7 @@ private:
     std::uint64_t switches_ = 0;
     std::vector<std::string> targets_;
     std::set<std::string> hiddenByUs_;
-    /// Whether each target that ran at switch-on was hidden already.
+    /// Whether each target that ran when it was taken in was hidden already.
     std::map<std::string, bool> previousHidden_;
 };
 

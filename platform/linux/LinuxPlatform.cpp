@@ -420,7 +420,8 @@ Platform::Platform makeLinuxPlatform(const SessionEnvironment& environment) {
     platform.processRunner =
         std::make_unique<LinuxDesktopIcons>(environment, session->x11.get(), QDBusConnection::sessionBus(),
                                             *platform.mainQueue, *platform.log, stateFolder);
-    platform.bundles = std::make_unique<DesktopEntryBundles>(session->entries);
+    const auto thisProgram = QGuiApplication::desktopFileName().toStdString();
+    platform.bundles = std::make_unique<DesktopEntryBundles>(session->entries, thisProgram);
     platform.applicationFolders = applicationFolders();
     platform.application = std::make_unique<QtPlatform::QtApplication>();
     platform.loginItem = std::make_unique<AutostartEntry>(
@@ -428,15 +429,14 @@ Platform::Platform makeLinuxPlatform(const SessionEnvironment& environment) {
     session->scopedApps = std::make_unique<ScopedApps>(session->entries, *platform.mainQueue);
     auto workspace =
         std::make_unique<LinuxWorkspace>(*session->windowSystem, session->identity, session->entries,
-                                         *session->scopedApps, *platform.mainQueue);
+                                         *session->scopedApps, *platform.mainQueue, thisProgram);
     platform.appShield = appShieldOf(*session, *workspace, *platform.mainQueue);
     platform.systemVersion = std::make_unique<InterfaceLevel>(*session->windowSystem);
     platform.statusBar = std::make_unique<TrayStatusBar>(*platform.mainQueue, *platform.log,
                                                          trayToolkit(environment, session->screens));
     platform.screenWatcherProbe = std::make_unique<ScreenWatch>(captureRoads(environment, *platform.log));
-    platform.userNotificationCenter =
-        std::make_unique<DBusNotificationCenter>(QDBusConnection::sessionBus(), *platform.mainQueue,
-                                                 "Curtain", QGuiApplication::desktopFileName().toStdString());
+    platform.userNotificationCenter = std::make_unique<DBusNotificationCenter>(
+        QDBusConnection::sessionBus(), *platform.mainQueue, "Curtain", thisProgram);
     platform.doNotDisturb = std::make_unique<DesktopDoNotDisturb>(
         QDBusConnection::sessionBus(), *platform.mainQueue, *session->windowState, sessionMark(environment),
         [](const NotificationServer& server) {

@@ -14,6 +14,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;
+using testing::UnorderedElementsAre;
 using TestSupport::FakeProcessRunner;
 using TestSupport::leftClick;
 using TestSupport::rightClick;
@@ -403,6 +404,84 @@ TEST_F(PopoverTest, HidingThePrivateAppsTwiceHidesThemOnce) {
     EXPECT_TRUE(view().isPrivacyModeOn());
     view().hidePrivateApps();
     EXPECT_THAT(takeCalls(), IsEmpty());
+}
+
+struct RunningModeTest : PopoverTest {
+    void SetUp() override {
+        PopoverTest::SetUp();
+        fakes.workspace.run("b");
+        makePrivate({"a"});
+        pressShortcut();
+        takeCalls();
+    }
+
+    void choose(const std::string& identifier) {
+        view().setEditingApps(true);
+        view().toggleApp(QString::fromStdString(identifier));
+    }
+};
+
+TEST_F(RunningModeTest, AnAppThatIsMadePrivateIsCoveredAndHiddenAtOnce) {
+    open();
+    choose("b");
+    EXPECT_THAT(fakes.appShield.covered, ElementsAre("a", "b"));
+    EXPECT_THAT(takeCalls(), ElementsAre("hide b"));
+    EXPECT_THAT(view().visibilities(), ElementsAre("hidden"));
+    pressShortcut();
+    EXPECT_THAT(takeCalls(), UnorderedElementsAre("unhide a", "activate a 2", "unhide b", "activate b 2"));
+}
+
+TEST_F(RunningModeTest, AnAppThatIsNoLongerPrivateIsGivenBackAtOnce) {
+    open();
+    choose("a");
+    EXPECT_THAT(takeCalls(), ElementsAre("unhide a", "activate a 2"));
+    EXPECT_THAT(fakes.appShield.covered, IsEmpty());
+    EXPECT_TRUE(isPrivate());
+    fakes.workspace.bringToFront("a");
+    fakes.mainQueue.advance(1);
+    EXPECT_THAT(takeCalls(), IsEmpty());
+}
+
+TEST_F(RunningModeTest, TheSettingsListWorksAtOnceToo) {
+    delegate->openSettings();
+    auto& settings = dynamic_cast<Curtain::SettingsView&>(*fakes.windows.all.at(0)->view.model);
+    settings.toggleApp(1);
+    EXPECT_THAT(takeCalls(), ElementsAre("hide b"));
+    settings.toggleApp(1);
+    EXPECT_THAT(takeCalls(), ElementsAre("unhide b", "activate b 2"));
+}
+
+TEST_F(RunningModeTest, WithPrivacyModeOffTheListChangesNoWindow) {
+    pressShortcut();
+    takeCalls();
+    open();
+    choose("b");
+    choose("a");
+    EXPECT_THAT(takeCalls(), IsEmpty());
+    EXPECT_THAT(fakes.appShield.covered, IsEmpty());
+}
+
+TEST_F(RunningModeTest, HideAndFixHideAnAppThatWasRevealed) {
+    makePrivate({"a", "b"});
+    pressShortcut();
+    pressShortcut();
+    open();
+    for (const std::function<void()>& press : {std::function<void()>([&] { view().hidePrivateApps(); }),
+                                               std::function<void()>([&] { view().fixEverything(); })}) {
+        fakes.workspace.bringToFront("a");
+        fakes.mainQueue.advance(1);
+        fakes.userNotificationCenter.answer(fakes.userNotificationCenter.added.back(), "CURTAIN_REVEAL");
+        ASSERT_THAT(fakes.appShield.covered, ElementsAre("b"));
+        EXPECT_TRUE(view().canHideMore());
+        takeCalls();
+        press();
+        EXPECT_THAT(takeCalls(), ElementsAre("hide a"));
+        EXPECT_THAT(fakes.appShield.covered, ElementsAre("a", "b"));
+        EXPECT_FALSE(view().canHideMore());
+        fakes.mainQueue.advance(4);
+    }
+    pressShortcut();
+    EXPECT_THAT(takeCalls(), Contains("unhide a"));
 }
 
 TEST_F(PopoverTest, FixEverythingHidesAppsAndIconsAndAsksAboutNotifications) {

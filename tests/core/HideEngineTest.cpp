@@ -214,6 +214,95 @@ TEST_F(HideEngineTest, RevealOfAnUnknownAppStillShowsItOnce) {
     EXPECT_FALSE(engine.isActive());
 }
 
+TEST_F(HideEngineTest, AnAddedAppIsHiddenAtOnceAndShownAfterwards) {
+    apps.run("a");
+    apps.run("b");
+    engine.activate({"a"});
+    apps.calls.clear();
+    engine.addTarget("b");
+    EXPECT_THAT(apps.calls, ElementsAre("isRunning b", "isHidden b", "hide b"));
+    EXPECT_THAT(engine.targets(), ElementsAre("a", "b"));
+    engine.deactivate();
+    EXPECT_TRUE(apps.isVisible("a"));
+    EXPECT_TRUE(apps.isVisible("b"));
+}
+
+TEST_F(HideEngineTest, AnAddedAppThatItsUserHadHiddenIsLeftAlone) {
+    apps.runHidden("a");
+    engine.activate({});
+    engine.addTarget("a");
+    engine.deactivate();
+    EXPECT_EQ(apps.count("hide a"), 0);
+    EXPECT_EQ(apps.count("unhide a"), 0);
+}
+
+TEST_F(HideEngineTest, AnAddedAppThatDoesNotRunIsHiddenOnceItDoes) {
+    engine.activate({});
+    engine.addTarget("a");
+    EXPECT_EQ(apps.count("hide a"), 0);
+    apps.run("a");
+    EXPECT_TRUE(engine.reapply("a"));
+}
+
+TEST_F(HideEngineTest, AddingATargetHidesItWhereItIsVisible) {
+    apps.run("a");
+    apps.runHidden("b");
+    engine.activate({"a", "b"});
+    engine.addTarget("a");
+    engine.addTarget("b");
+    EXPECT_EQ(apps.count("hide a"), 1);
+    EXPECT_EQ(apps.count("hide b"), 0);
+    apps.run("b");
+    engine.addTarget("b");
+    EXPECT_EQ(apps.count("hide b"), 1);
+    EXPECT_THAT(engine.targets(), ElementsAre("a", "b"));
+    engine.deactivate();
+    EXPECT_TRUE(apps.isVisible("a"));
+    EXPECT_TRUE(apps.isVisible("b"));
+}
+
+TEST_F(HideEngineTest, ARevealedAppCanBeAddedAgain) {
+    apps.run("a");
+    engine.activate({"a"});
+    engine.reveal("a");
+    engine.addTarget("a");
+    EXPECT_FALSE(apps.isVisible("a"));
+    engine.deactivate();
+    EXPECT_TRUE(apps.isVisible("a"));
+}
+
+TEST_F(HideEngineTest, AddingWhileInactiveDoesNothing) {
+    apps.run("a");
+    engine.addTarget("a");
+    EXPECT_THAT(apps.calls, IsEmpty());
+    EXPECT_THAT(engine.targets(), IsEmpty());
+}
+
+TEST_F(HideEngineTest, ARemovedAppIsGivenBackAndTheOthersStay) {
+    apps.run("a");
+    apps.run("b");
+    engine.activate({"a", "b", "c"});
+    apps.run("c");
+    engine.reapply("c");
+    engine.removeTarget("a");
+    engine.removeTarget("c");
+    EXPECT_TRUE(apps.isVisible("a"));
+    EXPECT_TRUE(apps.isVisible("c"));
+    EXPECT_FALSE(apps.isVisible("b"));
+    EXPECT_FALSE(engine.reapply("a"));
+    apps.calls.clear();
+    engine.deactivate();
+    EXPECT_THAT(apps.calls, ElementsAre("unhide b"));
+}
+
+TEST_F(HideEngineTest, ARemovedAppThatItsUserHadHiddenStaysHidden) {
+    apps.runHidden("a");
+    engine.activate({"a"});
+    engine.removeTarget("a");
+    EXPECT_EQ(apps.count("unhide a"), 0);
+    EXPECT_THAT(engine.targets(), IsEmpty());
+}
+
 TEST_F(HideEngineTest, DeactivatingWhileInactiveIsHarmless) {
     engine.deactivate();
     engine.deactivate();

@@ -243,21 +243,44 @@ class PopoverTest(PopoverCase):
     def test_makes_an_app_private_and_public_again(self):
         self.start(targetApps=[])
         popover = self.open()
-        wait_until(lambda: stays(lambda seen=self.edited(popover): self.edited(popover) == seen), "the popover is at rest")
-        self.click(popover, EDIT)
-        wait_until(lambda: self.colour(popover, EDIT_FIELD_EDGE) not in (CARD, None), "there is a field to search in",
-                   seen=lambda: self.colour(popover, EDIT_FIELD_EDGE))
-        subprocess.run(["xdotool", "type", "mousepad"], check=True)
-        wait_until(lambda: self.colour(popover, EDIT_FIRST_ICON) != CARD and
-                   self.colour(popover, EDIT_SECOND_ICON) == CARD, "one app is found",
-                   seen=lambda: self.colour(popover, EDIT_FIRST_ICON))
-        wait_until(lambda: stays(lambda seen=self.edited(popover): self.edited(popover) == seen), "the list is at rest")
+        self.edit_apps(popover, "mousepad")
         self.click(popover, EDIT_FIRST_BUTTON)
         wait_until(lambda: [app["bundleID"] for app in self.stored()["targetApps"]] == [MOUSEPAD["bundleID"]],
                    "the app is private", seen=lambda: [app["bundleID"] for app in self.stored()["targetApps"]])
-        wait_until(lambda: stays(lambda seen=self.edited(popover): self.edited(popover) == seen), "the list is at rest")
+        self.wait_at_rest(popover)
         self.click(popover, EDIT_FIRST_BUTTON)
         wait_until(lambda: self.stored()["targetApps"] == [], "the app is public again", seen=lambda: self.stored()["targetApps"])
+
+    def test_an_app_is_hidden_as_soon_as_it_is_made_private_while_privacy_mode_is_on(self):
+        self.start(targetApps=[], notificationsMarkedHandled=True)
+        editor = self.open_mousepad(x=60, y=60)
+        self.toggle()
+        popover = self.open()
+        self.edit_apps(popover, "mousepad")
+        self.click(popover, EDIT_FIRST_BUTTON)
+        self.wait_hidden(editor)
+        self.wait_at_rest(popover)
+        self.click(popover, EDIT_FIRST_BUTTON)
+        self.wait_shown(editor)
+
+    def test_curtain_is_no_app_to_choose(self):
+        self.start(targetApps=[])
+        popover = self.open()
+        self.edit_apps(popover, "curtain", finds_one=False)
+
+    def edit_apps(self, popover, query, finds_one=True):
+        self.wait_at_rest(popover)
+        self.click(popover, EDIT)
+        wait_until(lambda: self.colour(popover, EDIT_FIELD_EDGE) not in (CARD, None), "there is a field to search in",
+                   seen=lambda: self.colour(popover, EDIT_FIELD_EDGE))
+        subprocess.run(["xdotool", "type", query], check=True)
+        wait_until(lambda: (self.colour(popover, EDIT_FIRST_ICON) != CARD) == finds_one and
+                   self.colour(popover, EDIT_SECOND_ICON) == CARD, f"{query}: {'one app' if finds_one else 'no app'} is found",
+                   seen=lambda: (self.colour(popover, EDIT_FIRST_ICON), self.colour(popover, EDIT_SECOND_ICON)))
+        self.wait_at_rest(popover)
+
+    def wait_at_rest(self, popover):
+        wait_until(lambda: stays(lambda seen=self.edited(popover): self.edited(popover) == seen), "the list is at rest")
 
     def edited(self, popover):
         area = popover.geometry

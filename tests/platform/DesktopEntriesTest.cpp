@@ -90,6 +90,14 @@ TEST_F(DesktopEntriesTest, WithoutDisplayIsKnownButNoAppToChoose) {
     EXPECT_EQ(bundles.open((system / "app.desktop").string()), std::nullopt);
 }
 
+TEST_F(DesktopEntriesTest, ThisProgramIsNoAppToChoose) {
+    installPlain(system / "app.desktop");
+    installPlain(system / "other.desktop");
+    DesktopEntryBundles others(entries, "app");
+    EXPECT_EQ(others.open((system / "app.desktop").string()), std::nullopt);
+    EXPECT_TRUE(others.open((system / "other.desktop").string()));
+}
+
 TEST_F(DesktopEntriesTest, DesktopsThatAnEntryNamesDecideWhetherItShows) {
     addProgram("app");
     const std::vector<std::pair<std::string, bool>> cases{

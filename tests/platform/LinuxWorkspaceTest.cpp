@@ -224,6 +224,26 @@ TEST_F(LinuxWorkspaceTest, ThisProgramIsAnAccessoryWhateverItShows) {
     EXPECT_EQ(only("b")->activationPolicy(), ActivationPolicy::regular);
 }
 
+TEST_F(LinuxWorkspaceTest, TheAppThatIsThisProgramIsNeitherListedNorAnnounced) {
+    windows.open(1, "a", 10);
+    windows.open(2, "b", 11);
+    workspace = std::make_unique<LinuxPlatform::LinuxWorkspace>(windows, identity, entries, scopedApps,
+                                                                mainQueue, "a");
+    EXPECT_THAT(identifiers(), ElementsAre("b"));
+    EXPECT_THAT(workspace->runningApplicationsWithBundleIdentifier("a"), IsEmpty());
+    EXPECT_THAT(workspace->windowsOf("a"), IsEmpty());
+    EXPECT_EQ(workspace->appOf(1), std::nullopt);
+    EXPECT_EQ(workspace->appOf(2), "b");
+    std::vector<std::string> announced;
+    const auto observer = workspace->addObserver(
+        Platform::WorkspaceNotification::didActivateApplication,
+        [&](const auto& application) { announced.push_back(*application->bundleIdentifier()); });
+    windows.send(LinuxPlatform::WindowEvent::activated, 1);
+    windows.send(LinuxPlatform::WindowEvent::activated, 2);
+    workspace->announceVisible();
+    EXPECT_THAT(announced, ElementsAre("b", "b"));
+}
+
 TEST_F(LinuxWorkspaceTest, HidingAndShowingGivesBackExactlyWhatWasTaken) {
     windows.open(1, "a", 10);
     windows.open(2, "a", 10).isHidden = true;

@@ -179,6 +179,21 @@ TEST_F(Popover, ARefreshChangesWhatIsShown) {
     EXPECT_TRUE(shown->find("restore")->isEnabled());
 }
 
+TEST_F(Popover, HideWorksWhileAPrivateAppIsVisibleAndSaysWhatIsMissing) {
+    show();
+    EXPECT_FALSE(shown->find("hidePrivateApps")->isEnabled());
+    EXPECT_EQ(property(shown->find("hidePrivateApps"), "reason"), "Add private apps in Settings.");
+    world.setPrivateApps({{"a", "A"}});
+    auto& app = world.workspace.run("a");
+    world.isPrivacyModeActive = true;
+    world.coordinator.refresh();
+    EXPECT_TRUE(shown->find("hidePrivateApps")->isEnabled());
+    EXPECT_EQ(property(shown->find("hidePrivateApps"), "reason"), "");
+    app.hidden = true;
+    world.coordinator.refresh();
+    EXPECT_FALSE(shown->find("hidePrivateApps")->isEnabled());
+}
+
 TEST_F(Popover, MediumAndHighRiskLookAlike) {
     show();
     const auto colours = [&] {

@@ -1,12 +1,16 @@
 #include "platform/linux/apps/DesktopEntryBundles.h"
 
+#include <utility>
+
 namespace LinuxPlatform {
 
-DesktopEntryBundles::DesktopEntryBundles(DesktopEntries& entries) : entries_(entries) {}
+DesktopEntryBundles::DesktopEntryBundles(DesktopEntries& entries, std::string thisProgram)
+    : entries_(entries),
+      thisProgram_(std::move(thisProgram)) {}
 
 std::optional<Platform::Bundle> DesktopEntryBundles::open(const std::string& path) {
     const auto* const entry = entries_.withPath(path);
-    if (entry == nullptr || !entry->shouldShow) {
+    if (entry == nullptr || !entry->shouldShow || entry->bundleIdentifier == thisProgram_) {
         return std::nullopt;
     }
     Platform::Bundle bundle{entry->bundleIdentifier, {}};

@@ -80,8 +80,10 @@ private:
 } // namespace
 
 LinuxWorkspace::LinuxWorkspace(WindowSystem& windowSystem, AppIdentity& identity, DesktopEntries& entries,
-                               ScopedApps& scopedApps, Platform::MainQueue& mainQueue)
-    : windowSystem_(windowSystem),
+                               ScopedApps& scopedApps, Platform::MainQueue& mainQueue,
+                               std::string thisProgram)
+    : thisProgram_(std::move(thisProgram)),
+      windowSystem_(windowSystem),
       entries_(entries),
       instances_(std::make_shared<AppInstances>(windowSystem, identity, entries, scopedApps, mainQueue)),
       windowEvents_(windowSystem.addEventHandler(
@@ -90,7 +92,9 @@ LinuxWorkspace::LinuxWorkspace(WindowSystem& windowSystem, AppIdentity& identity
 Platform::RunningApplications LinuxWorkspace::runningApplications() {
     Platform::RunningApplications applications;
     for (const auto& instance : instances_->all()) {
-        applications.push_back(handleFor(instance.key));
+        if (instance.key.bundleIdentifier != thisProgram_) {
+            applications.push_back(handleFor(instance.key));
+        }
     }
     return applications;
 }
@@ -102,6 +106,9 @@ bool LinuxWorkspace::knowsEveryWindow() {
 Platform::RunningApplications
 LinuxWorkspace::runningApplicationsWithBundleIdentifier(const std::string& bundleID) {
     Platform::RunningApplications applications;
+    if (bundleID == thisProgram_) {
+        return applications;
+    }
     for (const auto& key : instances_->withBundleIdentifier(bundleID)) {
         applications.push_back(handleFor(key));
     }
@@ -139,11 +146,11 @@ std::optional<Platform::Image> LinuxWorkspace::iconForFile(const std::string& pa
 }
 
 std::vector<WindowId> LinuxWorkspace::windowsOf(const std::string& bundleID) {
-    return instances_->windowsOf(bundleID);
+    return bundleID == thisProgram_ ? std::vector<WindowId>() : instances_->windowsOf(bundleID);
 }
 
 std::optional<std::string> LinuxWorkspace::appOf(WindowId window) {
-    const auto key = instances_->owning(window);
+    const auto key = owning(window);
     return key ? std::optional(key->bundleIdentifier) : std::nullopt;
 }
 
@@ -151,7 +158,7 @@ void LinuxWorkspace::announceVisible() {
     // Copied, since whoever is told may hide them.
     std::vector<AppInstanceKey> visible;
     for (const auto& instance : instances_->all()) {
-        if (!instance.visibleWindows.empty()) {
+        if (!instance.visibleWindows.empty() && instance.key.bundleIdentifier != thisProgram_) {
             visible.push_back(instance.key);
         }
     }
@@ -161,7 +168,7 @@ void LinuxWorkspace::announceVisible() {
 }
 
 void LinuxWorkspace::handleEvent(WindowEvent event, const Window& window) {
-    const auto key = instances_->owning(window.id);
+    const auto key = owning(window.id);
     if (!key) {
         return;
     }
@@ -169,6 +176,11 @@ void LinuxWorkspace::handleEvent(WindowEvent event, const Window& window) {
                                   ? Platform::WorkspaceNotification::didLaunchApplication
                                   : Platform::WorkspaceNotification::didActivateApplication;
     observers_[notification].tell(handleFor(*key));
+}
+
+std::optional<AppInstanceKey> LinuxWorkspace::owning(WindowId window) {
+    const auto key = instances_->owning(window);
+    return key && key->bundleIdentifier != thisProgram_ ? key : std::nullopt;
 }
 
 std::shared_ptr<Platform::RunningApplication> LinuxWorkspace::handleFor(const AppInstanceKey& key) const {

@@ -15,9 +15,10 @@ namespace LinuxPlatform {
 /// they run.
 class LinuxWorkspace : public Platform::Workspace {
 public:
-    /// All outlive the workspace; handles it gave out may outlive it.
+    /// All outlive the workspace; handles it gave out may outlive it. The app with the identifier of
+    /// `thisProgram` is none of the workspace's.
     LinuxWorkspace(WindowSystem& windowSystem, AppIdentity& identity, DesktopEntries& entries,
-                   ScopedApps& scopedApps, Platform::MainQueue& mainQueue);
+                   ScopedApps& scopedApps, Platform::MainQueue& mainQueue, std::string thisProgram = {});
 
     Platform::RunningApplications runningApplications() override;
     bool knowsEveryWindow() override;
@@ -38,8 +39,11 @@ public:
 
 private:
     void handleEvent(WindowEvent event, const Window& window);
+    /// Absent for a window of this program, too.
+    std::optional<AppInstanceKey> owning(WindowId window);
     std::shared_ptr<Platform::RunningApplication> handleFor(const AppInstanceKey& key) const;
 
+    std::string thisProgram_;
     WindowSystem& windowSystem_;
     DesktopEntries& entries_;
     std::shared_ptr<AppInstances> instances_;
