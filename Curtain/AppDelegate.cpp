@@ -52,6 +52,20 @@ constexpr StatusLook closedCurtain{"close", "eye.slash"};
 /// It must not look like a closed curtain, which promises that something is hidden.
 constexpr StatusLook curtainInVain{"alert", "exclamationmark.triangle"};
 
+PhotoNews newsOf(Platform::WriteOutcome outcome) {
+    switch (outcome) {
+    case Platform::WriteOutcome::written:
+        return PhotoNews::saved;
+    case Platform::WriteOutcome::noSpace:
+        return PhotoNews::noSpace;
+    case Platform::WriteOutcome::notAllowed:
+        return PhotoNews::notAllowed;
+    case Platform::WriteOutcome::failed:
+        break;
+    }
+    return PhotoNews::notSaved;
+}
+
 } // namespace
 
 AppDelegate::AppDelegate(Platform::Platform& platform)
@@ -396,7 +410,8 @@ bool AppDelegate::isInMenuBar(const Platform::Point& location) const {
 }
 
 void AppDelegate::handleOutsideClick() {
-    if (!platform_.popover->isShown()) {
+    // A click beside the dialog is not meant for what lies behind it.
+    if (!platform_.popover->isShown() || openSavePanels_ > 0) {
         return;
     }
     if (const auto location = platform_.screens->mouseLocation(); location && isInMenuBar(*location)) {
@@ -682,7 +697,8 @@ void AppDelegate::copyPhoto() {
     const auto& data = cameraManager_.capturedData();
     if (data && cameraManager_.capturedPhoto()) {
         platform_.pasteboard->clearContents();
-        platform_.pasteboard->writeImage(*data);
+        const bool isCopied = platform_.pasteboard->writeImage(*data);
+        tellOfPhoto(isCopied ? PhotoNews::copied : PhotoNews::notCopied);
     }
 }
 
@@ -693,12 +709,29 @@ void AppDelegate::savePhoto() {
     }
     platform_.application->activate(true);
     const auto name = "Curtain " + platform_.wallClock->localTimestamp(platform_.wallClock->now()) + ".jpg";
+    ++openSavePanels_;
     platform_.savePanel->open({name, platform_.userFolders->pictures(), "image/jpeg"},
                               lifetime_.weak([this, data = *data](const std::optional<std::string>& path) {
+                                  --openSavePanels_;
                                   if (path) {
-                                      platform_.fileManager->write(data, *path);
+                                      writePhoto(data, *path);
                                   }
                               }));
+}
+
+void AppDelegate::writePhoto(const std::vector<std::byte>& data, const std::string& path) {
+    auto tell = lifetime_.weak([this](Platform::WriteOutcome outcome) { tellOfPhoto(newsOf(outcome)); });
+    // A drive takes its time, or does not answer.
+    platform_.workQueues->userInitiated().async([&platform = platform_, data, path, tell = std::move(tell)] {
+        const auto outcome = platform.fileManager->write(data, path);
+        platform.mainQueue->async([tell, outcome] { tell(outcome); });
+    });
+}
+
+void AppDelegate::tellOfPhoto(PhotoNews news) {
+    if (const auto view = readinessView_.lock()) {
+        view->tellOfPhoto(news);
+    }
 }
 
 void AppDelegate::showOnboardingWizard(CurtainCore::OnboardingStep startAt) {

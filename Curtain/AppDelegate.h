@@ -23,6 +23,7 @@
 #include "platform/Lifetime.h"
 #include "platform/Platform.h"
 
+#include <cstddef>
 #include <map>
 #include <memory>
 #include <optional>
@@ -32,6 +33,7 @@
 namespace Curtain {
 
 class MeetingReadinessView;
+enum class PhotoNews;
 
 /// The one controller: owns every long-lived object, switches privacy mode and shows its state, and opens the
 /// popover and the windows. Main thread only.
@@ -115,6 +117,8 @@ private:
     void selectCamera(const std::string& cameraID);
     void copyPhoto();
     void savePhoto();
+    void writePhoto(const std::vector<std::byte>& data, const std::string& path);
+    void tellOfPhoto(PhotoNews news);
 
     void nameSettingsWindow();
     void languageDidChange();
@@ -165,6 +169,7 @@ private:
     Platform::Subscription quietChanges_;
     Platform::Subscription escMonitor_;
     Platform::Subscription clickMonitor_;
+    int openSavePanels_ = 0;
     ScreenWatcher screenWatcher_;
     /// By bundle identifier.
     std::map<std::string, Platform::MainQueue::Seconds> lastRehideNotice_;

@@ -132,11 +132,16 @@ void CameraPreviewManager::stop() {
 
 void CameraPreviewManager::capture() {
     capturePhoto([this, cleared = photosCleared_](std::optional<Photo> photo) {
-        if (photo && cleared == photosCleared_) {
-            capturedData_ = std::move(photo->data);
-            capturedPhoto_ = std::move(photo->picture);
-            Q_EMIT changed();
+        if (cleared != photosCleared_) {
+            return;
         }
+        if (!photo) {
+            Q_EMIT photoFailed();
+            return;
+        }
+        capturedData_ = std::move(photo->data);
+        capturedPhoto_ = std::move(photo->picture);
+        Q_EMIT changed();
     });
 }
 
@@ -232,6 +237,7 @@ void CameraPreviewManager::capturePhoto(std::function<void(std::optional<Photo>)
     const auto outputs = session_->outputs();
     // A session that has been told to stop may still be running for a moment.
     if (!isStarted_ || !session_->isRunning() || !std::ranges::count(outputs, photoOutput_)) {
+        completion(std::nullopt);
         return;
     }
     const auto codecs = photoOutput_->availablePhotoCodecTypes();

@@ -67,7 +67,7 @@ public:
     /// Absent for the default camera.
     void start(const std::optional<std::string>& deviceID);
     void stop();
-    /// Takes a test photo and publishes it; without a running session nothing happens.
+    /// Takes a test photo and publishes it; without a running session none is taken.
     void capture();
 
     /// The camera with that identifier, else the default one, else the first.
@@ -82,6 +82,8 @@ Q_SIGNALS:
     void changed();
     /// What the check finds has changed by itself: a camera came or went, began or stopped.
     void findingChanged();
+    /// A test photo was asked for, and there is none.
+    void photoFailed();
 
 private:
     /// What the background tasks share with the manager, and may outlive it with.

@@ -79,6 +79,8 @@ MeetingReadinessView::MeetingReadinessView(const Services& services, std::string
             &MeetingReadinessView::readState);
     connect(&services_.camera, &CameraPreviewManager::changed, this, &MeetingReadinessView::readCamera);
     connect(&services_.mic, &MicrophoneMonitor::changed, this, &MeetingReadinessView::readMicrophone);
+    connect(&services_.camera, &CameraPreviewManager::photoFailed, this,
+            [this] { tellOfPhoto(PhotoNews::notTaken); });
     photo_ = services_.camera.capturedPhoto();
     showsRisk_ = services_.store.load().showEmbarrassmentScore;
     wasReady_ = isReady();
@@ -344,6 +346,44 @@ QString MeetingReadinessView::cameraProblem() const {
     return interruptionText(services_.camera.interruption(), lang_);
 }
 
+bool MeetingReadinessView::canTakePhoto() const {
+    return services_.camera.status() == CameraStatus::available && !services_.camera.interruption();
+}
+
+QString MeetingReadinessView::photoNews() const {
+    static constexpr std::array keys{"",
+                                     "photoCopied",
+                                     "photoNotCopied",
+                                     "photoSaved",
+                                     "photoNotSavedNoSpace",
+                                     "photoNotSavedNotAllowed",
+                                     "photoNotSaved",
+                                     "photoNotTaken"};
+    return photoNews_ == PhotoNews::none
+               ? QString()
+               : text(QString::fromLatin1(keys.at(static_cast<std::size_t>(photoNews_))));
+}
+
+QString MeetingReadinessView::photoNewsTone() const {
+    const bool isGood = photoNews_ == PhotoNews::copied || photoNews_ == PhotoNews::saved;
+    return isGood ? QStringLiteral("green") : QStringLiteral("orange");
+}
+
+void MeetingReadinessView::tellOfPhoto(PhotoNews news) {
+    photoNews_ = news;
+    Q_EMIT photoNewsChanged();
+}
+
+void MeetingReadinessView::takePhoto() {
+    tellOfPhoto(PhotoNews::none);
+    actions_.onTakePhoto();
+}
+
+void MeetingReadinessView::discardPhoto() {
+    tellOfPhoto(PhotoNews::none);
+    services_.camera.clearCapturedPhoto();
+}
+
 bool MeetingReadinessView::isReady() const {
     const auto& now = state();
     const std::array rows{now.camera, microphoneMark(), now.notifications, now.desktop, privateAppsMark()};
@@ -417,6 +457,7 @@ void MeetingReadinessView::didOpen() {
     const CurtainCore::PreferencesStore::Action action(services_.store);
     setEditingApps(false);
     setMissingPage(SettingsPage::none);
+    tellOfPhoto(PhotoNews::none);
     setShowingTestShare(services_.store.load().runTestShareModeOnOpen);
     readState();
 }

@@ -37,6 +37,9 @@ struct MeetingReadinessActions {
     std::function<void()> onQuit;
 };
 
+/// What became of a test photo.
+enum class PhotoNews { none, copied, notCopied, saved, noSpace, notAllowed, notSaved, notTaken };
+
 /// The content of the popover, for MeetingReadinessView.qml: what its rows and buttons show, and what they
 /// do. A tone is the name of a status colour: "green", "orange", "red" or "gray". Main thread only.
 class MeetingReadinessView : public QObject {
@@ -90,6 +93,10 @@ class MeetingReadinessView : public QObject {
     Q_PROPERTY(QString cameraState READ cameraState NOTIFY cameraChanged)
     Q_PROPERTY(QString cameraProblem READ cameraProblem NOTIFY cameraChanged)
     Q_PROPERTY(bool hasPhoto READ hasPhoto NOTIFY cameraChanged)
+    Q_PROPERTY(bool canTakePhoto READ canTakePhoto NOTIFY cameraChanged)
+    /// What became of the last photo or of what was to be done with it, in one sentence; empty before.
+    Q_PROPERTY(QString photoNews READ photoNews NOTIFY photoNewsChanged)
+    Q_PROPERTY(QString photoNewsTone READ photoNewsTone NOTIFY photoNewsChanged)
     Q_PROPERTY(bool isMirrored READ isMirrored NOTIFY cameraChanged)
     Q_PROPERTY(bool isReady READ isReady NOTIFY readyChanged)
 
@@ -170,6 +177,10 @@ public:
     /// Why an available camera shows nothing; empty while it does, or may be about to.
     QString cameraProblem() const;
     bool hasPhoto() const { return services_.camera.capturedPhoto() != nullptr; }
+    bool canTakePhoto() const;
+    QString photoNews() const;
+    QString photoNewsTone() const;
+    void tellOfPhoto(PhotoNews news);
     bool isMirrored() const { return services_.camera.mirrored(); }
     /// Whether a camera that shows a picture deserves the ready badge.
     bool isReady() const;
@@ -200,13 +211,13 @@ public:
     Q_INVOKABLE void restore() { actions_.onRestore(); }
     Q_INVOKABLE void toggleDesktop() { actions_.onToggleDesktop(); }
     Q_INVOKABLE void selectCamera(const QString& id) { actions_.onSelectCamera(id.toStdString()); }
-    Q_INVOKABLE void takePhoto() { actions_.onTakePhoto(); }
+    Q_INVOKABLE void takePhoto();
     Q_INVOKABLE void copyPhoto() { actions_.onCopyPhoto(); }
     Q_INVOKABLE void savePhoto() { actions_.onSavePhoto(); }
     Q_INVOKABLE void openSettings() { actions_.onOpenSettings(); }
     Q_INVOKABLE void quit() { actions_.onQuit(); }
 
-    Q_INVOKABLE void discardPhoto() { services_.camera.clearCapturedPhoto(); }
+    Q_INVOKABLE void discardPhoto();
     Q_INVOKABLE void toggleMirrored() { services_.camera.setMirrored(!isMirrored()); }
     /// The cameras at this moment, each with its `id`, `name` and whether it `isActive`.
     Q_INVOKABLE QVariantList cameras() const;
@@ -225,6 +236,7 @@ Q_SIGNALS:
     void cameraChanged();
     /// A new photo is there.
     void photoTaken();
+    void photoNewsChanged();
     void readyChanged();
     void appsChanged();
     void editingAppsChanged();
@@ -263,6 +275,7 @@ private:
     SettingsPage missingPage_ = SettingsPage::none;
     bool wasReady_ = false;
     std::shared_ptr<const Platform::Picture> photo_;
+    PhotoNews photoNews_ = PhotoNews::none;
     MicStatus micStatus_;
     EchoPhase echoPhase_;
     QString microphoneName_;

@@ -46,6 +46,7 @@ Item {
         }
     }
     ActionButton {
+        id: back
         objectName: "photoBack"
         anchors.left: parent.left
         y: 250
@@ -56,7 +57,22 @@ Item {
         text: review.model.text("cancel")
         onClicked: review.model.discardPhoto()
     }
+    StyledText {
+        objectName: "photoNews"
+        anchors.left: back.right
+        anchors.leftMargin: 14
+        anchors.right: deeds.left
+        anchors.rightMargin: 14
+        y: 250
+        height: 32
+        wrapMode: Text.Wrap
+        verticalAlignment: Text.AlignVCenter
+        text: review.model.photoNews
+        style: Theme.small
+        color: Theme.text(review.model.photoNewsTone)
+    }
     Row {
+        id: deeds
         anchors.right: parent.right
         y: 250
         spacing: 8

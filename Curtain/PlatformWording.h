@@ -64,6 +64,16 @@ enum class PlatformKey {
     cameraSendsNothing,
     /// Why privacy mode has ended.
     privacyModeEndedBody,
+    /// What became of a test photo.
+    photoCopied,
+    photoNotCopied,
+    photoSaved,
+    photoNotSaved,
+    photoNotSavedNoSpace,
+    photoNotSavedNotAllowed,
+    photoNotTaken,
+    /// Why none can be taken.
+    noPictureYet,
     mirrorPicture,
     moreOptions,
     clearSearch,
@@ -102,7 +112,7 @@ std::string_view string(PlatformKey key, std::string_view lang);
 
 template <>
 struct CurtainCore::RawValues<Curtain::PlatformKey> {
-    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 42> cases{{
+    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 50> cases{{
         {Curtain::PlatformKey::noHidingOnWayland, "noHidingOnWayland"},
         {Curtain::PlatformKey::noWindowManager, "noWindowManager"},
         {Curtain::PlatformKey::logOutOnce, "logOutOnce"},
@@ -133,6 +143,14 @@ struct CurtainCore::RawValues<Curtain::PlatformKey> {
         {Curtain::PlatformKey::cameraDoesNotStart, "cameraDoesNotStart"},
         {Curtain::PlatformKey::cameraSendsNothing, "cameraSendsNothing"},
         {Curtain::PlatformKey::privacyModeEndedBody, "privacyModeEndedBody"},
+        {Curtain::PlatformKey::photoCopied, "photoCopied"},
+        {Curtain::PlatformKey::photoNotCopied, "photoNotCopied"},
+        {Curtain::PlatformKey::photoSaved, "photoSaved"},
+        {Curtain::PlatformKey::photoNotSaved, "photoNotSaved"},
+        {Curtain::PlatformKey::photoNotSavedNoSpace, "photoNotSavedNoSpace"},
+        {Curtain::PlatformKey::photoNotSavedNotAllowed, "photoNotSavedNotAllowed"},
+        {Curtain::PlatformKey::photoNotTaken, "photoNotTaken"},
+        {Curtain::PlatformKey::noPictureYet, "noPictureYet"},
         {Curtain::PlatformKey::mirrorPicture, "mirrorPicture"},
         {Curtain::PlatformKey::moreOptions, "moreOptions"},
         {Curtain::PlatformKey::clearSearch, "clearSearch"},

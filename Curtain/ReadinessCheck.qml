@@ -34,8 +34,10 @@ Card {
             icon: "video"
             label: section.model.text("camera")
             status: section.model.cameraStatus
-            detail: section.model.cameraDetail
+            detail: section.model.photoNews !== "" && !section.model.hasPhoto ? section.model.photoNews : section.model.cameraDetail
             action: section.model.text("takePhoto")
+            canAct: section.model.canTakePhoto
+            reason: canAct ? "" : section.model.text("noPictureYet")
             onActed: section.model.takePhoto()
         }
         CheckRow {

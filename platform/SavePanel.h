@@ -9,7 +9,7 @@ namespace Platform {
 
 struct SavePanelOptions {
     std::string proposedName;
-    /// Absent for the panel's own choice.
+    /// Absent for the panel's own choice, which is also taken where the folder does not exist.
     std::optional<std::string> folder;
     /// The only kind of file that can be saved, such as "image/jpeg".
     std::string mimeType;

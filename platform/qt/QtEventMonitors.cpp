@@ -48,6 +48,12 @@ bool isForMenu(QObject& receiver) {
     return false;
 }
 
+/// It opened above another window, and takes Escape for itself.
+bool isForDialog(const QObject& receiver) {
+    const auto* const window = qobject_cast<const QWindow*>(&receiver);
+    return window != nullptr && window->type() == Qt::Dialog;
+}
+
 /// Sees what the application's windows receive, before they do.
 class KeyFilter : public QObject {
 public:
@@ -58,7 +64,7 @@ public:
     bool eventFilter(QObject* receiver, QEvent* event) override {
         // Only the window: the same event visits its items later.
         return event->type() == QEvent::KeyPress && receiver->isWindowType() && !isForMenu(*receiver) &&
-               callback_(toEvent(static_cast<const QKeyEvent&>(*event)));
+               !isForDialog(*receiver) && callback_(toEvent(static_cast<const QKeyEvent&>(*event)));
     }
 
 private:

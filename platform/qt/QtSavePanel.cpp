@@ -1,5 +1,6 @@
 #include "platform/qt/QtSavePanel.h"
 
+#include <QDir>
 #include <QFileDialog>
 #include <QMimeDatabase>
 #include <QObject>
@@ -32,9 +33,8 @@ void QtSavePanel::open(const Platform::SavePanelOptions& options,
     dialog_->setFileMode(QFileDialog::AnyFile);
     dialog_->setMimeTypeFilters({mimeType});
     dialog_->setDefaultSuffix(QMimeDatabase().mimeTypeForName(mimeType).preferredSuffix());
-    if (options.folder) {
-        dialog_->setDirectory(QString::fromStdString(*options.folder));
-    }
+    const auto folder = options.folder ? QString::fromStdString(*options.folder) : QString();
+    dialog_->setDirectory(QDir(folder).exists() && !folder.isEmpty() ? folder : QDir::homePath());
     dialog_->selectFile(QString::fromStdString(options.proposedName));
     QObject::connect(dialog_.get(), &QDialog::finished, dialog_.get(), [this](int result) {
         const auto files = dialog_->selectedFiles();

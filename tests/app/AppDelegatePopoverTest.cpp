@@ -630,7 +630,64 @@ TEST_F(PopoverTest, SavingWritesThePhotoUnchangedWhereTheUserWantsIt) {
     // The popover may be gone by the time the user has decided.
     fakes.popover.close();
     fakes.savePanel.choose("/home/ada/me.jpg");
+    fakes.workQueues.runAll();
     EXPECT_EQ(fakes.fileManager.writtenFiles["/home/ada/me.jpg"], fakes.captureServices.image);
+}
+
+TEST_F(PopoverTest, SaysWhatBecameOfThePhotoAndKeepsItWhereItCouldNotBeSaved) {
+    using Platform::WriteOutcome;
+    open();
+    takePhoto();
+    EXPECT_EQ(view().photoNews(), "");
+    view().copyPhoto();
+    EXPECT_EQ(view().photoNews(), "The photo is on the clipboard.");
+    EXPECT_EQ(view().photoNewsTone(), "green");
+    fakes.pasteboard.takesImages = false;
+    view().copyPhoto();
+    EXPECT_EQ(view().photoNews(), "The photo could not be copied.");
+    const std::vector<std::pair<WriteOutcome, const char*>> outcomes{
+        {WriteOutcome::failed, "The photo could not be saved."},
+        {WriteOutcome::noSpace, "Not saved: the disk is full."},
+        {WriteOutcome::notAllowed, "Not saved: you may not write there."},
+        {WriteOutcome::written, "The photo is saved."}};
+    for (const auto& [outcome, news] : outcomes) {
+        fakes.fileManager.writeOutcome = outcome;
+        view().savePhoto();
+        fakes.savePanel.choose("/home/ada/me.jpg");
+        fakes.workQueues.runAll();
+        fakes.mainQueue.runReady();
+        EXPECT_EQ(view().photoNews(), news);
+        EXPECT_EQ(view().photoNewsTone(), outcome == WriteOutcome::written ? "green" : "orange");
+        EXPECT_TRUE(view().hasPhoto());
+    }
+    view().discardPhoto();
+    EXPECT_EQ(view().photoNews(), "");
+}
+
+TEST_F(PopoverTest, APhotoThatFailsIsSaidUntilTheNextOne) {
+    open();
+    view().takePhoto();
+    fakes.captureServices.photoOutput->finish({});
+    fakes.mainQueue.runReady();
+    EXPECT_EQ(view().photoNews(), "The camera took no photo.");
+    takePhoto();
+    EXPECT_EQ(view().photoNews(), "");
+}
+
+TEST_F(PopoverTest, AClickBesideTheOpenSavePanelLeavesThePhotoWhereItIs) {
+    open();
+    takePhoto();
+    view().savePhoto();
+    view().savePhoto();
+    const auto isOpenAfterAClick = [&] {
+        fakes.eventMonitors.clickElsewhere(EventType::leftMouseDown);
+        fakes.mainQueue.advance(1);
+        return fakes.popover.isShown();
+    };
+    fakes.savePanel.supersede();
+    EXPECT_TRUE(isOpenAfterAClick());
+    fakes.savePanel.choose(std::nullopt);
+    EXPECT_FALSE(isOpenAfterAClick());
 }
 
 TEST_F(PopoverTest, ACancelledPanelWritesNothing) {

@@ -191,6 +191,13 @@ class PopoverTest(PopoverCase):
         dialog = wait_until(self.save_dialog, "the dialog is open")
         wait_until(lambda: self.desktop.active_window == dialog, "the dialog has the keyboard")
         self.assertTrue(dialog.has_state("ABOVE"), "the popover must not cover it")
+        self.press_key("Escape")
+        wait_until(lambda: not self.save_dialog(), "the dialog is gone")
+        self.assertTrue(stays(lambda: self.shown_popover() is not None), "Escape was for the dialog")
+        self.assertEqual(self.colour(popover, PHOTO_EDGE), PHOTO_MAT)
+        self.click(popover, PHOTO_SAVE)
+        dialog = wait_until(self.save_dialog, "the dialog is open again")
+        wait_until(lambda: self.desktop.active_window == dialog, "the dialog has the keyboard")
         target = self.scratch / "me.jpg"
         self.press_key("ctrl+a")
         subprocess.run(["xdotool", "type", str(target)], check=True)
@@ -199,6 +206,7 @@ class PopoverTest(PopoverCase):
         # As the camera encoded it.
         wait_until(lambda: b"VirtualCamera" in target.read_bytes(), "it is the camera's own")
         self.assertEqual(target.read_bytes()[:2], b"\xff\xd8")
+        self.assertEqual(target.stat().st_mode & 0o777, 0o600)
         wait_until(lambda: not self.save_dialog(), "the dialog is gone")
         wait_until(self.shown_popover, "the popover has stayed")
 

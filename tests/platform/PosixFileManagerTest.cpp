@@ -1,10 +1,13 @@
 #include "platform/linux/system/PosixFileManager.h"
 
 #include "tests/support/FileManagerContract.h"
+#include "tests/support/FileSizeLimit.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace TestSupport {
 namespace {
+
+using Platform::WriteOutcome;
 
 struct PosixFileWorld {
     TemporaryFolder temporary;
@@ -22,15 +25,34 @@ INSTANTIATE_TYPED_TEST_SUITE_P(Posix, FileManagerContract, PosixFileWorld);
 struct PosixFileManagerTest : FileManagerContract<PosixFileWorld> {};
 
 TEST_F(PosixFileManagerTest, AFileHoldsWhatWasWrittenLast) {
-    EXPECT_TRUE(manager.write(bytes("much longer than before"), path("one")));
-    EXPECT_TRUE(manager.write(bytes(std::string("a\0b", 3)), path("one")));
+    EXPECT_EQ(manager.write(bytes("much longer than before"), path("one")), WriteOutcome::written);
+    EXPECT_EQ(manager.write(bytes(std::string("a\0b", 3)), path("one")), WriteOutcome::written);
     EXPECT_EQ(readFile(path("one")), std::string("a\0b", 3));
 }
 
 TEST_F(PosixFileManagerTest, WhatCannotBeWrittenIsSaid) {
-    EXPECT_FALSE(manager.write(bytes("text"), path("missing/file")));
-    EXPECT_FALSE(manager.write(bytes("text"), world.folder));
-    EXPECT_FALSE(manager.write(bytes("text"), "/dev/full"));
+    EXPECT_EQ(manager.write(bytes("text"), path("missing/file")), WriteOutcome::failed);
+    EXPECT_EQ(manager.write(bytes("text"), world.folder), WriteOutcome::failed);
+    EXPECT_EQ(manager.write(bytes("text"), "/dev/full"), WriteOutcome::failed);
+}
+
+TEST_F(PosixFileManagerTest, AFileIsForItsOwnerAlone) {
+    std::filesystem::permissions(path("one"), std::filesystem::perms(0644));
+    EXPECT_EQ(manager.write(bytes("text"), path("one")), WriteOutcome::written);
+    EXPECT_EQ(manager.write(bytes("text"), path("new")), WriteOutcome::written);
+    for (const auto* const name : {"one", "new"}) {
+        EXPECT_EQ(std::filesystem::status(path(name)).permissions(), std::filesystem::perms(0600)) << name;
+    }
+}
+
+TEST_F(PosixFileManagerTest, WhereThereIsNoSpaceTheEarlierFileStaysAndNothingIsLeftBesideIt) {
+    {
+        const FileSizeLimit limit(4);
+        EXPECT_EQ(manager.write(bytes("too long"), path("one")), WriteOutcome::noSpace);
+    }
+    EXPECT_EQ(readFile(path("one")), "1");
+    EXPECT_THAT(*manager.contentsOfDirectory(world.folder),
+                testing::UnorderedElementsAre(path("one"), path(".hidden")));
 }
 
 TEST_F(PosixFileManagerTest, AFolderThatHoldsSomethingIsNotRemoved) {

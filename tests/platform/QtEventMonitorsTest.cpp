@@ -82,6 +82,20 @@ TEST_F(QtEventMonitorsTest, WindowThatWasClosedAfterAnotherHadTheKeyboardTakesNo
     expectClicks(1);
 }
 
+TEST_F(QtEventMonitorsTest, KeysOfADialogAreForTheDialogAlone) {
+    int keys = 0;
+    const auto monitor = monitors_.addLocalMonitor(1U << EventType::keyDown, [&](const Event& /*event*/) {
+        ++keys;
+        return true;
+    });
+    QWindow dialog;
+    dialog.setFlags(Qt::Dialog);
+    QTest::keyClick(&dialog, Qt::Key_Escape);
+    EXPECT_EQ(keys, 0);
+    QTest::keyClick(&window_, Qt::Key_Escape);
+    EXPECT_EQ(keys, 1);
+}
+
 TEST_F(QtEventMonitorsTest, KeyboardThatComesBackAtOnceWasNotLost) {
     show(window_);
     giveTo(window_);

@@ -70,6 +70,15 @@ TEST_F(QtSavePanelTest, AnswersWithThePath) {
     EXPECT_THAT(dialogs(), IsEmpty());
 }
 
+TEST_F(QtSavePanelTest, WithoutAFolderThatExistsItOpensInTheHomeFolder) {
+    for (const auto& wanted : {std::optional<std::string>(), Answer((folder.path() / "missing").string())}) {
+        panel.open({"one.jpg", wanted, "image/jpeg"}, [](const Answer& /*path*/) {});
+        ASSERT_THAT(dialogs(), SizeIs(1));
+        EXPECT_EQ(dialogs().front()->directory().path(), QDir::homePath());
+        dialogs().front()->reject();
+    }
+}
+
 TEST_F(QtSavePanelTest, CancellingAnswersWithoutAPath) {
     open("one.jpg", first);
     ASSERT_THAT(dialogs(), SizeIs(1));

@@ -19,6 +19,7 @@ public:
     std::set<std::string> unreadableFolders;
     std::vector<std::string> removedFiles;
     std::map<std::string, std::vector<std::byte>> writtenFiles;
+    Platform::WriteOutcome writeOutcome = Platform::WriteOutcome::written;
 
     void install(const std::string& path, const Platform::Bundle& bundle) {
         addFile(path);
@@ -43,11 +44,14 @@ public:
         return true;
     }
 
-    bool write(const std::vector<std::byte>& contents, const std::string& path) override {
+    Platform::WriteOutcome write(const std::vector<std::byte>& contents, const std::string& path) override {
+        if (writeOutcome != Platform::WriteOutcome::written) {
+            return writeOutcome;
+        }
         if (writtenFiles.insert_or_assign(path, contents).second) {
             addFile(path);
         }
-        return true;
+        return writeOutcome;
     }
 
     std::optional<Platform::Bundle> open(const std::string& path) override {

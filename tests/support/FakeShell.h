@@ -128,6 +128,7 @@ class FakePasteboard : public Platform::Pasteboard {
 public:
     std::vector<std::vector<std::byte>> images;
     int clearings = 0;
+    bool takesImages = true;
 
     void clearContents() override {
         images.clear();
@@ -135,7 +136,7 @@ public:
     }
     bool writeImage(const std::vector<std::byte>& encoded) override {
         images.push_back(encoded);
-        return true;
+        return takesImages;
     }
 };
 
@@ -152,12 +153,15 @@ public:
               std::function<void(const std::optional<std::string>& path)> completion) override {
         events_.emplace_back("save panel");
         openings.push_back(options);
-        completion_ = std::move(completion);
+        superseded_ = std::exchange(completion_, std::move(completion));
     }
+    /// The panel was taken over by a second request.
+    void supersede() { superseded_(std::nullopt); }
 
 private:
     std::vector<std::string>& events_;
     std::function<void(const std::optional<std::string>& path)> completion_;
+    std::function<void(const std::optional<std::string>& path)> superseded_;
 };
 
 } // namespace TestSupport

@@ -41,8 +41,8 @@ TYPED_TEST_P(FileManagerContract, AFolderThatIsNotThereHasNoContents) {
 
 TYPED_TEST_P(FileManagerContract, AFileThatWasWrittenIsThereUntilItIsRemoved) {
     const auto listed = testing::Contains(this->path("new"));
-    EXPECT_TRUE(this->manager.write(this->bytes("text"), this->path("new")));
-    EXPECT_TRUE(this->manager.write(this->bytes(""), this->path("new")));
+    EXPECT_EQ(this->manager.write(this->bytes("text"), this->path("new")), Platform::WriteOutcome::written);
+    EXPECT_EQ(this->manager.write(this->bytes(""), this->path("new")), Platform::WriteOutcome::written);
     EXPECT_THAT(*this->manager.contentsOfDirectory(this->world.folder), listed);
     EXPECT_TRUE(this->manager.removeItem(this->path("new")));
     EXPECT_THAT(*this->manager.contentsOfDirectory(this->world.folder), testing::Not(listed));

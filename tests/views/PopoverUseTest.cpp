@@ -230,6 +230,39 @@ TEST_F(Popover, EveryButtonActs) {
     EXPECT_EQ(world.mic.echoPhase(), Curtain::EchoPhase::recording);
 }
 
+TEST_F(Popover, NewsOfThePhotoFitInEveryLanguage) {
+    world.makeRisky();
+    for (const auto* const lang : {"en", "es", "zh", "hi", "ar", "pt", "fr", "ru"}) {
+        SCOPED_TRACE(lang);
+        world.takePhoto();
+        show(lang);
+        for (const auto news :
+             {Curtain::PhotoNews::copied, Curtain::PhotoNews::notCopied, Curtain::PhotoNews::saved,
+              Curtain::PhotoNews::noSpace, Curtain::PhotoNews::notAllowed, Curtain::PhotoNews::notSaved}) {
+            world.view->tellOfPhoto(news);
+            shown->settle();
+            EXPECT_NE(property(shown->find("photoNews"), "text"), "");
+            EXPECT_THAT(shown->problems(std::string(lang) == "ar"), IsEmpty());
+        }
+        shown->picture(std::string("photo-not-saved-") + lang);
+        world.view->discardPhoto();
+        world.view->tellOfPhoto(Curtain::PhotoNews::notTaken);
+        shown->settle();
+        EXPECT_THAT(shown->problems(std::string(lang) == "ar"), IsEmpty());
+        EXPECT_EQ(property(shown->find("camera.detail"), "text"), world.view->photoNews().toStdString());
+    }
+}
+
+TEST_F(Popover, APhotoCanBeTakenOnlyWhereThereIsAPicture) {
+    show();
+    EXPECT_FALSE(shown->find("camera.chip")->isEnabled());
+    EXPECT_EQ(property(shown->find("camera.chip"), "reason"), "The camera shows no picture.");
+    world.startCamera();
+    shown->settle();
+    EXPECT_TRUE(shown->find("camera.chip")->isEnabled());
+    EXPECT_EQ(property(shown->find("camera.chip"), "reason"), "");
+}
+
 TEST_F(Popover, WithoutPrivateAppsThePanelSaysHowToGetSome) {
     show();
     EXPECT_THAT(shown->texts(), Contains(QString("Add private apps in Settings.")));

@@ -1,11 +1,15 @@
 #include "platform/linux/system/PosixFileManager.h"
 
+#include "platform/linux/system/FileReplacement.h"
+
+#include <cerrno>
 #include <filesystem>
-#include <fstream>
 #include <system_error>
 
 namespace LinuxPlatform {
 namespace {
+
+using Platform::WriteOutcome;
 
 std::optional<std::vector<std::string>> list(const std::string& path) {
     std::error_code error;
@@ -15,6 +19,20 @@ std::optional<std::vector<std::string>> list(const std::string& path) {
         contents.push_back(iterator->path().string());
     }
     return error ? std::nullopt : std::optional(std::move(contents));
+}
+
+WriteOutcome outcomeOf(const std::error_code& error) {
+    if (!error) {
+        return WriteOutcome::written;
+    }
+    if (error == std::errc::no_space_on_device || error == std::errc::file_too_large ||
+        error.value() == EDQUOT) {
+        return WriteOutcome::noSpace;
+    }
+    const bool isForbidden = error == std::errc::permission_denied ||
+                             error == std::errc::operation_not_permitted ||
+                             error == std::errc::read_only_file_system;
+    return isForbidden ? WriteOutcome::notAllowed : WriteOutcome::failed;
 }
 
 } // namespace
@@ -31,11 +49,13 @@ bool PosixFileManager::removeItem(const std::string& path) {
     return !error;
 }
 
-bool PosixFileManager::write(const std::vector<std::byte>& contents, const std::string& path) {
-    std::ofstream file(path, std::ios::binary | std::ios::trunc);
-    file.write(reinterpret_cast<const char*>(contents.data()), static_cast<std::streamsize>(contents.size()));
-    file.close();
-    return file.good();
+WriteOutcome PosixFileManager::write(const std::vector<std::byte>& contents, const std::string& path) {
+    std::error_code error;
+    // A device or a folder is nothing to be replaced.
+    if (std::filesystem::exists(path, error) && !std::filesystem::is_regular_file(path, error)) {
+        return WriteOutcome::failed;
+    }
+    return outcomeOf(replaceFile(path, {reinterpret_cast<const char*>(contents.data()), contents.size()}));
 }
 
 } // namespace LinuxPlatform

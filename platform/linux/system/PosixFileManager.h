@@ -12,7 +12,7 @@ public:
     /// Absent also when the folder does not answer in time. May be called from any thread.
     std::optional<std::vector<std::string>> contentsOfDirectory(const std::string& path) override;
     bool removeItem(const std::string& path) override;
-    bool write(const std::vector<std::byte>& contents, const std::string& path) override;
+    Platform::WriteOutcome write(const std::vector<std::byte>& contents, const std::string& path) override;
 
 private:
     FolderListing listing_;
