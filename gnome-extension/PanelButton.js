@@ -1,4 +1,14 @@
 const PANEL_ROLE = 'curtain';
+// With both, the stage counts in units of which X11 programs see several pixels each.
+const PIXEL_FEATURES = ['scale-monitor-framebuffer', 'xwayland-native-scaling'];
+
+/** How many pixels of X11's lie along a unit of the stage: those of the sharpest monitor. */
+function pixelsPerUnit() {
+    const features = new Gio.Settings({schema_id: 'org.gnome.mutter'}).get_strv('experimental-features');
+    if (!PIXEL_FEATURES.every(feature => features.includes(feature)))
+        return 1;
+    return Math.ceil(Math.max(...Main.layoutManager.monitors.map(monitor => global.display.get_monitor_scale(monitor.index))));
+}
 
 /** The button in the panel of an item: a click is the item's, another button of the mouse opens the item's menu. */
 const PanelButton = GObject.registerClass(class CurtainPanelButton extends PanelMenu.Button {
@@ -49,7 +59,8 @@ const PanelButton = GObject.registerClass(class CurtainPanelButton extends Panel
     _activate() {
         const [x, y] = this.get_transformed_position();
         const [width, height] = this.get_transformed_size();
-        this._item.activate(Math.round(x + width / 2), Math.round(y + height) - 1);
+        const pixels = pixelsPerUnit();
+        this._item.activate(Math.round((x + width / 2) * pixels), Math.round((y + height) * pixels) - 1);
     }
 
     _openMenu(entries, isRightToLeft) {

@@ -32,7 +32,7 @@ class PanelItem {
         this._button?.destroy();
     }
 
-    /** A click at that place of the screen. */
+    /** A click at that pixel of the screen, as X11 programs count them. */
     activate(x, y) {
         this._act(this._call(ITEM_PATH, ITEM_INTERFACE, 'Activate', new GLib.Variant('(ii)', [x, y])));
     }

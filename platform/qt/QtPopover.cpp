@@ -131,7 +131,7 @@ QMargins QtPopover::marginsAround(const QRect& content) const {
         return shadowMargins;
     }
     // Window managers push windows off the panels.
-    const auto frame = screens_.visibleFrame(*screen).toRect();
+    const auto frame = freePart(*screen).toRect();
     const auto room = [](int wanted, int available) { return std::clamp(available, 0, wanted); };
     return {room(shadowMargins.left(), content.left() - frame.left()),
             room(shadowMargins.top(), content.top() - frame.top()),

@@ -17,8 +17,14 @@ from other_release_test import INSIDE, LINES_OF_A_FAILURE, TREE, copy_tree, run_
 # The shell, what the virtual desktop needs around it, and the programs that the tests look at. The rest comes with the package.
 PROGRAMS = ["gnome-shell", "at-spi2-core", "dbus", "dunst", "foot", "libglib2.0-bin", "libxcb-xtest0", "procps", "python3", "python3-gi",
             "rxvt-unicode", "xdotool", "xterm", "xvfb", "xwayland"]
-# Each with what its virtual desktop is given.
-TESTS = {"gnome_test.py": [], "gnome_panel_test.py": ["--tray", "none", "--accessibility"]}
+PANEL = ["--tray", "none", "--accessibility"]
+# Each with what its virtual desktop is given, and what is set for its shell.
+TESTS = [
+    ("gnome_test.py", [], []),
+    ("gnome_panel_test.py", PANEL, []),
+    ("gnome_panel_test.py", [*PANEL, "--size", "2560x1600"], ["MUTTER_DEBUG_DUMMY_MONITOR_SCALES=2"]),
+    ("gnome_panel_test.py", PANEL, ["MUTTER_DEBUG_NUM_DUMMY_MONITORS=2"]),
+]
 
 
 def make_system(release, log, packages):
@@ -40,9 +46,9 @@ def use_system(package, root):
     copy_tree(root)
     (root / TREE / "curtain.deb").write_bytes(package.read_bytes())
     run_there(root, None, True, "apt-get", "install", "--yes", "--no-install-recommends", "./curtain.deb")
-    for test, options in TESTS.items():
-        run_there(root, None, False, "env", "CURTAIN=/usr/bin/curtain", "scripts/virtual-desktop", "--session", "gnome", *options,
-                  "--", "/usr/bin/python3", "-B", f"tests/desktop/{test}", "-v")
+    for test, options, variables in TESTS:
+        run_there(root, None, False, "env", "CURTAIN=/usr/bin/curtain", *variables, "scripts/virtual-desktop", "--session", "gnome",
+                  *options, "--", "/usr/bin/python3", "-B", f"tests/desktop/{test}", "-v")
 
 
 if __name__ == "__main__":
