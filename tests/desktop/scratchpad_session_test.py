@@ -200,6 +200,15 @@ class ScratchpadSessionTest(popover_window.SessionPopoverCase):
         self.do('[class="XTerm"] scratchpad show')
         wait_until(lambda: self.shows(XTERM_COLOUR), "the private terminal is on the screen", seen=picture)
 
+    @unittest.skipUnless(IS_SWAY, "there is no Wayland")
+    def test_a_recorder_of_wayland_switches_privacy_mode_on(self):
+        self.open_three()
+        write_preferences(self.settings, targetApps=[XTERM, FOOT], hasOnboarded=True, autoDetectEnabled=True)
+        self.start_curtain()
+        self.assertTrue(self.shows(XTERM_COLOUR))
+        self.desktop.start("wf-recorder", "--no-damage", "--file", str(self.scratch / "film.mkv"))
+        self.wait_hidden()
+
     # What is said
 
     def start_with_private_terminals(self):
@@ -226,6 +235,25 @@ class ScratchpadSessionTest(popover_window.SessionPopoverCase):
         wait_until(lambda: self.icon() == "close", "the icon says so", seen=self.icon)
         self.click_icon()
         self.wait_lines("list item: XTerm: Hidden", f"list item: Foot: {'Hidden' if IS_SWAY else foot_state}")
+
+    # What closes the popover
+
+    def open_popover_on_a_bare_desktop(self):
+        write_preferences(self.settings, hasOnboarded=True, autoDetectEnabled=False)
+        self.start_curtain()
+        return self.open_popover()
+
+    def test_a_click_on_the_bare_desktop_closes_the_popover(self):
+        place = self.open_popover_on_a_bare_desktop()
+        self.click_at(place.x // 2, HEIGHT - 40)
+        self.wait_closed()
+
+    @unittest.skipUnless(IS_SWAY, "there is no Wayland")
+    def test_a_click_on_a_window_of_wayland_closes_the_popover(self):
+        self.start_foot(FOOT_COLOUR)
+        self.open_popover_on_a_bare_desktop()
+        self.click_at(*self.place_of(FOOT_COLOUR))
+        self.wait_closed()
 
     # Where the popover stands
 

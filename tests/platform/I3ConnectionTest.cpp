@@ -532,6 +532,18 @@ TEST_F(CrowdedI3Test, OnlyWhatIsToComeBackDoesWhenThatIsSaidInTheMidstOfIt) {
     EXPECT_FALSE(away.contains(others.back()));
 }
 
+TEST_F(CrowdedI3Test, WindowsThatOpenAtOnceCostTwoLooks) {
+    asked.clear();
+    QByteArray news;
+    for (std::size_t window = 0; window < count; ++window) {
+        news += message(0x80000003, "{\"change\":\"new\"}") + message(0x80000003, "{\"change\":\"focus\"}");
+    }
+    const auto known = system.generation();
+    server.say(news);
+    ASSERT_TRUE(serveUntil([&] { return system.generation() == known + 2; }));
+    EXPECT_EQ(std::ranges::count(asked, I3Request::getTree), 2);
+}
+
 TEST_F(CrowdedI3Test, LongLayoutsAreAskedForOneAfterAnother) {
     asked.clear();
     for (int turn = 0; turn < 10; ++turn) {

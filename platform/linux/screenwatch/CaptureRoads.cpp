@@ -1,6 +1,7 @@
 #include "platform/linux/screenwatch/CaptureRoads.h"
 
 #include "platform/linux/screenwatch/PipeWireCaptureWatch.h"
+#include "platform/linux/screenwatch/WaylandRecorderWatch.h"
 #include "platform/linux/screenwatch/X11CaptureWatch.h"
 
 #include <utility>
@@ -19,6 +20,9 @@ std::vector<std::unique_ptr<CaptureWatch>> captureRoads(const SessionEnvironment
     if (isScreenReadFromXServer(environment)) {
         roads.push_back(X11CaptureWatch::open(log));
         withoutDaemon = WithoutDaemon::nobodyCasts;
+    }
+    if (environment.isWayland()) {
+        roads.push_back(std::make_unique<WaylandRecorderWatch>(environment.waylandSocket));
     }
     if (auto road = PipeWireCaptureWatch::open(log, &Reopening::Clock::now, withoutDaemon)) {
         roads.push_back(std::move(road));
