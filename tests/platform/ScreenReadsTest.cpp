@@ -32,10 +32,45 @@ TEST_F(ScreenReadsTest, NothingReadIsNoCapture) {
 }
 
 TEST_F(ScreenReadsTest, ReadingAgainAndAgainIsACapture) {
-    addEvery(66ms, 0s, 900ms, whole);
-    EXPECT_FALSE(reads.isCapture(1s, false));
-    addEvery(66ms, 960ms, 2s, whole);
-    EXPECT_TRUE(reads.isCapture(2s, false));
+    addEvery(66ms, 0s, 200ms, whole);
+    EXPECT_FALSE(reads.isConspicuous());
+    EXPECT_FALSE(reads.isCapture(250ms, false));
+    addEvery(66ms, 264ms, 300ms, whole);
+    EXPECT_TRUE(reads.isConspicuous());
+    EXPECT_TRUE(reads.isCapture(300ms, false));
+}
+
+TEST_F(ScreenReadsTest, ThirtyAndFiveFramesASecondAreKnownWithinASecond) {
+    addEvery(33ms, 0s, 270ms, whole);
+    EXPECT_TRUE(reads.isCapture(270ms, false));
+    ScreenReads slower(width, height);
+    for (auto time = 0ms; time <= 800ms; time += 200ms) {
+        EXPECT_FALSE(slower.isCapture(time, false));
+        slower.add(time, whole);
+    }
+    EXPECT_TRUE(slower.isCapture(800ms, false));
+}
+
+TEST_F(ScreenReadsTest, AMagnifierOfTheWholeScreenIsNotTakenForACaptureAtOnce) {
+    addEvery(250ms, 0s, 990ms, whole);
+    EXPECT_FALSE(reads.isConspicuous());
+    EXPECT_FALSE(reads.isCapture(990ms, false));
+}
+
+TEST_F(ScreenReadsTest, WhoFollowsTheScreenAndReadsAgainIsACapture) {
+    reads.followScreen(0s);
+    addEvery(30ms, 50ms, 110ms, small);
+    EXPECT_FALSE(reads.isConspicuous()) << "it has only begun to";
+    reads.add(150ms, small);
+    EXPECT_TRUE(reads.isConspicuous());
+    EXPECT_FALSE(reads.isCapture(150ms, false)) << "it does not any more";
+    EXPECT_TRUE(reads.isCapture(150ms, true));
+}
+
+TEST_F(ScreenReadsTest, WhoFollowsTheScreenAndDoesNotReadItIsNone) {
+    reads.followScreen(0s);
+    EXPECT_FALSE(reads.isConspicuous());
+    EXPECT_FALSE(reads.isCapture(5s, true));
 }
 
 TEST_F(ScreenReadsTest, OneFrameASecondIsEnough) {
@@ -53,7 +88,7 @@ TEST_F(ScreenReadsTest, AScreenThatHasGrownIsReadWhereItIsNew) {
 }
 
 TEST_F(ScreenReadsTest, ScreenshotThatFallsIntoTwoSecondsIsNoCapture) {
-    addEvery(100ms, 600ms, 1400ms, whole);
+    addEvery(20ms, 900ms, 1140ms, whole);
     EXPECT_FALSE(reads.isCapture(2s, false));
 }
 

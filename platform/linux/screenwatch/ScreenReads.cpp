@@ -14,6 +14,14 @@ constexpr int stripPart = 2;
 constexpr std::size_t muchInStrips = 72;
 /// A screenshot may fall into two seconds.
 constexpr ScreenReads::Time longerThanAScreenshot = std::chrono::seconds(1);
+/// So many large reads in so short a time are those of a capture. Magnifiers that read the whole screen do it
+/// four times a second.
+constexpr std::size_t quickReads = 5;
+constexpr ScreenReads::Time quick = std::chrono::milliseconds(900);
+/// Nor does a program that reads the screen once do it in pieces for so long.
+constexpr ScreenReads::Time longerThanOneLook = std::chrono::milliseconds(250);
+/// Whoever follows the screen and reads it once more after that has not only begun to.
+constexpr ScreenReads::Time longerThanABeginning = std::chrono::milliseconds(100);
 
 } // namespace
 
@@ -35,7 +43,11 @@ void ScreenReads::add(Time time, const ScreenArea& area) {
     second.last = time;
     const int width = right - left;
     const int height = bottom - top;
-    second.hasLargeRead = second.hasLargeRead || width * height >= width_ * height_ / largePart;
+    noteFollowedRead(time);
+    if (width * height >= width_ * height_ / largePart) {
+        second.hasLargeRead = true;
+        noteLargeRead(time);
+    }
     if (width < width_ / stripPart) {
         return;
     }
@@ -49,6 +61,27 @@ void ScreenReads::add(Time time, const ScreenArea& area) {
     }
 }
 
+void ScreenReads::followScreen(Time time) {
+    followsScreen_ = true;
+    last_ = std::max(last_, time);
+}
+
+void ScreenReads::noteLargeRead(Time time) {
+    largeReads_.push_back(time);
+    while (largeReads_.front() < time - quick) {
+        largeReads_.pop_front();
+    }
+    isCapture_ =
+        isCapture_ || (largeReads_.size() >= quickReads && time - largeReads_.front() >= longerThanOneLook);
+}
+
+void ScreenReads::noteFollowedRead(Time time) {
+    if (followsScreen_) {
+        firstFollowedRead_ = firstFollowedRead_.value_or(time);
+        isFollower_ = isFollower_ || time - *firstFollowedRead_ >= longerThanABeginning;
+    }
+}
+
 bool ScreenReads::isCapture(Time now, bool followsChanges) {
     forgetBefore(now - memory);
     std::optional<Time> first;
@@ -59,7 +92,8 @@ bool ScreenReads::isCapture(Time now, bool followsChanges) {
             last = second.last;
         }
     }
-    if (first && last - *first >= longerThanAScreenshot) {
+    const bool isLong = first && last - *first >= longerThanAScreenshot;
+    if (isLong || (followsChanges && isFollower_)) {
         isCapture_ = true;
     } else if (!followsChanges && now - last_ > memory) {
         isCapture_ = false;

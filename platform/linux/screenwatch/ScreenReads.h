@@ -4,7 +4,10 @@
 
 #include <bitset>
 #include <chrono>
+#include <cstddef>
+#include <deque>
 #include <map>
+#include <optional>
 
 namespace LinuxPlatform {
 
@@ -19,7 +22,9 @@ struct ScreenArea {
 /// Judges from what one program reads of the screen's picture whether it captures the screen.
 ///
 /// A capture reads again and again, and much: a good part of the screen at a time, strip by strip, or what
-/// has changed. A screenshot reads once, a magnifier or a colour picker little at a time.
+/// has changed. A screenshot reads once, a magnifier or a colour picker little at a time. What reads five
+/// times a second, or asks to be told of every change of the screen and then reads, is known within half a
+/// second, what is slower after a second.
 class ScreenReads {
 public:
     using Time = std::chrono::milliseconds;
@@ -34,6 +39,12 @@ public:
 
     /// Times do not run backwards.
     void add(Time time, const ScreenArea& area);
+
+    /// The program asked to be told whenever something changes anywhere on the screen.
+    void followScreen(Time time);
+
+    /// Whether it is worth asking `isCapture` before somebody else does.
+    bool isConspicuous() const { return isCapture_ || isFollower_; }
 
     /// `followsChanges`: the program asks the server what has changed on the screen.
     bool isCapture(Time now, bool followsChanges);
@@ -58,11 +69,19 @@ private:
     };
 
     static bool isMuch(const Second& second);
+    void noteLargeRead(Time time);
+    void noteFollowedRead(Time time);
     void forgetBefore(Time time);
 
     int width_;
     int height_;
     std::map<std::chrono::seconds, Second> seconds_;
+    /// The large reads of the last moment.
+    std::deque<Time> largeReads_;
+    bool followsScreen_ = false;
+    std::optional<Time> firstFollowedRead_;
+    /// It has read again and again since it asked for changes.
+    bool isFollower_ = false;
     Time last_{};
     bool isCapture_ = false;
 };

@@ -6,7 +6,7 @@ namespace LinuxPlatform {
 
 std::unique_ptr<X11CaptureWatch> X11CaptureWatch::open(Platform::Log& log, Reopening::Now now) {
     std::unique_ptr<X11CaptureWatch> watch(new X11CaptureWatch(log, std::move(now)));
-    watch->readers_ = X11ScreenReaders::open(X11Connection::open());
+    watch->openReaders();
     if (!watch->readers_) {
         watch->lose();
     }
@@ -36,9 +36,14 @@ void X11CaptureWatch::lose() {
     }
 }
 
+void X11CaptureWatch::openReaders() {
+    readers_ = X11ScreenReaders::open(X11Connection::open(), X11ScreenReaders::usualBytesATurn,
+                                      [this] { tellNews(); });
+}
+
 void X11CaptureWatch::openAgain() {
     reopening_.tried(now_());
-    readers_ = X11ScreenReaders::open(X11Connection::open());
+    openReaders();
     openedAgain_ = now_();
 }
 

@@ -31,6 +31,7 @@ private:
     X11CaptureWatch(Platform::Log& log, Reopening::Now now);
 
     void lose();
+    void openReaders();
     void openAgain();
     bool isNew() const;
 

@@ -27,8 +27,11 @@ namespace Fixes {
 constexpr std::uint8_t selectCursorInput = 3;
 } // namespace Fixes
 
-/// Longer than the time between two questions of somebody who asks regularly.
-constexpr std::chrono::milliseconds pauseAfterADrain{5000};
+/// Longer than the time between two questions of somebody who asks regularly. For the time of a capture.
+constexpr std::chrono::milliseconds longPause{5000};
+constexpr std::chrono::milliseconds shortPause{100};
+/// How long copies are counted.
+constexpr std::chrono::milliseconds copiesPeriod{3000};
 /// A client that copies so much, but not from the screen, is worth a look at what it holds.
 constexpr unsigned manyCopies = 64;
 /// So many are not worth their recording, whatever it holds.
@@ -44,17 +47,21 @@ ScreenArea areaAt(const X11Request& request, std::size_t place, std::size_t size
 } // namespace
 
 std::unique_ptr<X11ScreenReaders> X11ScreenReaders::open(std::unique_ptr<X11Connection> control,
-                                                         std::size_t mostBytesATurn) {
+                                                         std::size_t mostBytesATurn,
+                                                         std::function<void()> onCapture) {
     if (!control) {
         return nullptr;
     }
-    std::unique_ptr<X11ScreenReaders> watch(new X11ScreenReaders(std::move(control), mostBytesATurn));
+    std::unique_ptr<X11ScreenReaders> watch(
+        new X11ScreenReaders(std::move(control), mostBytesATurn, std::move(onCapture)));
     return watch->startRecording() ? std::move(watch) : nullptr;
 }
 
-X11ScreenReaders::X11ScreenReaders(std::unique_ptr<X11Connection> control, std::size_t mostBytesATurn)
+X11ScreenReaders::X11ScreenReaders(std::unique_ptr<X11Connection> control, std::size_t mostBytesATurn,
+                                   std::function<void()> onCapture)
     : control_(std::move(control)),
       mostBytesATurn_(mostBytesATurn),
+      onCapture_(std::move(onCapture)),
       screenWidth_(control_->screen().width_in_pixels),
       screenHeight_(control_->screen().height_in_pixels) {
     sharedMemory_ = extension("MIT-SHM");
@@ -117,8 +124,10 @@ std::vector<Requests> X11ScreenReaders::wideRequests() const {
 
 std::optional<bool> X11ScreenReaders::isCapture() {
     drain();
-    const auto suspects = readers();
-    if (!suspects.empty() && judge(suspects)) {
+    lookIntoOtherCopies();
+    const bool isCaptured = judgeReaders();
+    rest();
+    if (isCaptured) {
         return true;
     }
     return isBehind_ ? std::nullopt : std::optional(false);
@@ -127,14 +136,36 @@ std::optional<bool> X11ScreenReaders::isCapture() {
 void X11ScreenReaders::drainUnasked() {
     ++wakeUps_;
     drain();
+    if (stream_->now() - lookedIntoCopies_ >= copiesPeriod) {
+        lookIntoOtherCopies();
+    }
+    const bool isNews = !isCaptured_ && isAnyConspicuous() && judgeReaders();
+    rest();
+    if (isNews && onCapture_) {
+        onCapture_();
+    }
 }
 
 void X11ScreenReaders::drain() {
     isBehind_ = stream_->drain(*this, mostBytesATurn_) >= mostBytesATurn_;
-    lookIntoOtherCopies();
+}
+
+void X11ScreenReaders::rest() {
     notifier_->setEnabled(false);
     // What is left may be in this process already, where it makes nothing readable.
-    pause_.start(isBehind_ ? std::chrono::milliseconds(0) : pauseAfterADrain);
+    pause_.start(isBehind_ ? std::chrono::milliseconds(0) : isCaptured_ ? longPause : shortPause);
+}
+
+bool X11ScreenReaders::isAnyConspicuous() const {
+    return std::ranges::any_of(clients_, [](const auto& entry) {
+        return entry.second.reads && entry.second.reads->isConspicuous();
+    });
+}
+
+bool X11ScreenReaders::judgeReaders() {
+    const auto suspects = readers();
+    isCaptured_ = !suspects.empty() && judge(suspects);
+    return isCaptured_;
 }
 
 void X11ScreenReaders::goOn() {
@@ -176,6 +207,9 @@ void X11ScreenReaders::requestSent(X11ClientId client, X11RecordStream::Time tim
     } else {
         // It prepares for what grabbers do, and may copy next.
         widen(client);
+        if (major == damage_ && request.number<xcb_drawable_t>(8) == control_->root()) {
+            readsOf(client).followScreen(time);
+        }
     }
 }
 
@@ -201,12 +235,16 @@ void X11ScreenReaders::areaCopied(X11ClientId client, X11RecordStream::Time time
 }
 
 void X11ScreenReaders::screenRead(X11ClientId client, X11RecordStream::Time time, const ScreenArea& area) {
+    readsOf(client).add(time, area);
+}
+
+ScreenReads& X11ScreenReaders::readsOf(X11ClientId client) {
     auto& reads = clients_[client].reads;
     if (!reads) {
         receiveScreenSize(xcb_get_geometry(control_->get(), control_->root()));
         reads.emplace(screenWidth_, screenHeight_);
     }
-    reads->add(time, area);
+    return *reads;
 }
 
 void X11ScreenReaders::receiveScreenSize(xcb_get_geometry_cookie_t question) {
@@ -230,6 +268,7 @@ void X11ScreenReaders::narrow(X11ClientId client) {
 }
 
 void X11ScreenReaders::lookIntoOtherCopies() {
+    lookedIntoCopies_ = stream_->now();
     std::vector<std::pair<X11ClientId, xcb_res_query_client_resources_cookie_t>> questions;
     for (auto& [id, client] : clients_) {
         const auto copies = std::exchange(client.otherCopies, 0);

@@ -11,6 +11,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -24,18 +25,20 @@ namespace LinuxPlatform {
 /// Finds X clients that capture the screen: those that read the root window again and again. RECORD tells who
 /// reads what, X-Resource (version 1.2) who that is and what it holds.
 ///
-/// Reads are copied by the server and dated by it, so nobody has to be awake when they happen. While somebody
-/// asks every few seconds this object never wakes up by itself, and while nobody reads the screen it never
-/// does at all.
+/// Reads are copied by the server and dated by it, so nobody has to be awake when they happen. While nobody
+/// reads the screen or does what may come before, this object does not wake up; then it does up to ten times
+/// a second, until it is known that somebody captures the screen, and from there on every few seconds.
 class X11ScreenReaders : private X11RecordStream::Receiver {
 public:
     /// Much more than comes together between two questions when nothing is amiss.
     static constexpr std::size_t usualBytesATurn = std::size_t{4} << 20U;
 
     /// Null when the X server does not tell what is read, or when there is none. No turn of the event loop
-    /// takes in much more than so many bytes.
+    /// takes in much more than so many bytes. `onCapture` is called from the event loop when a capture shows
+    /// before anybody asks.
     static std::unique_ptr<X11ScreenReaders> open(std::unique_ptr<X11Connection> control,
-                                                  std::size_t mostBytesATurn = usualBytesATurn);
+                                                  std::size_t mostBytesATurn = usualBytesATurn,
+                                                  std::function<void()> onCapture = {});
 
     ~X11ScreenReaders() override = default;
     X11ScreenReaders(const X11ScreenReaders&) = delete;
@@ -73,7 +76,8 @@ private:
         bool hasWhatGrabbersHold = false;
     };
 
-    X11ScreenReaders(std::unique_ptr<X11Connection> control, std::size_t mostBytesATurn);
+    X11ScreenReaders(std::unique_ptr<X11Connection> control, std::size_t mostBytesATurn,
+                     std::function<void()> onCapture);
 
     bool startRecording();
     std::vector<X11RecordStream::Requests> narrowRequests() const;
@@ -86,12 +90,16 @@ private:
     void imageRead(X11ClientId client, X11RecordStream::Time time, const X11Request& request);
     void areaCopied(X11ClientId client, X11RecordStream::Time time, const X11Request& request);
     void screenRead(X11ClientId client, X11RecordStream::Time time, const ScreenArea& area);
+    ScreenReads& readsOf(X11ClientId client);
     void widen(X11ClientId client);
     void narrow(X11ClientId client);
 
     void drain();
     void drainUnasked();
+    void rest();
     void goOn();
+    bool isAnyConspicuous() const;
+    bool judgeReaders();
     void lookIntoOtherCopies();
     std::vector<X11ClientId> readers();
     bool judge(const std::vector<X11ClientId>& readers);
@@ -102,6 +110,10 @@ private:
     std::unique_ptr<X11Connection> control_;
     std::unique_ptr<X11RecordStream> stream_;
     std::size_t mostBytesATurn_;
+    std::function<void()> onCapture_;
+    /// As it was last judged.
+    bool isCaptured_ = false;
+    X11RecordStream::Time lookedIntoCopies_{0};
     std::uint8_t sharedMemory_ = 0;
     std::uint8_t damage_ = 0;
     std::uint8_t fixes_ = 0;
