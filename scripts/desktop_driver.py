@@ -360,6 +360,8 @@ class Desktop:
         self.display = Display()
         self.log_folder = Path(log_folder)
         self._programs = []
+        # Programs that show the desktop may show notices too.
+        self._own_programs = {window.process for window in self._listed_windows()} - {None}
 
     def start(self, *argv, environment=None):
         """Starts a program; a value of None takes a variable out of its environment."""
@@ -387,10 +389,12 @@ class Desktop:
 
     def windows(self):
         """All but the desktop's own, in the order of their opening."""
-        dock = self.display.atom("_NET_WM_WINDOW_TYPE_DOCK")
-        return [Window(self.display, window)
-                for window in self.display.property(self.display.root, "_NET_CLIENT_LIST") or ()
-                if dock not in (self.display.property(window, "_NET_WM_WINDOW_TYPE") or ())]
+        own_types = {self.display.atom(f"_NET_WM_WINDOW_TYPE_{name}") for name in ("DESKTOP", "DOCK")}
+        return [window for window in self._listed_windows() if window.process not in self._own_programs
+                if own_types.isdisjoint(self.display.property(window.id, "_NET_WM_WINDOW_TYPE") or ())]
+
+    def _listed_windows(self):
+        return [Window(self.display, window) for window in self.display.property(self.display.root, "_NET_CLIENT_LIST") or ()]
 
     def windows_of(self, program):
         return [window for window in self.windows() if window.process == program.pid]
