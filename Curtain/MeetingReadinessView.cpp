@@ -1,5 +1,6 @@
 #include "Curtain/MeetingReadinessView.h"
 
+#include "Curtain/FileCount.h"
 #include "Curtain/HidingWording.h"
 #include "Curtain/NotificationChecker.h"
 #include "Curtain/ViewText.h"
@@ -241,9 +242,8 @@ QString MeetingReadinessView::desktopStatus() const {
 }
 
 QString MeetingReadinessView::desktopDetail() const {
-    return state().desktopHidden
-               ? text(QStringLiteral("desktopHidden"))
-               : QString::number(state().desktopFileCount) + ' ' + text(QStringLiteral("filesOnDesktop"));
+    return state().desktopHidden ? text(QStringLiteral("desktopHidden"))
+                                 : toQString(filesOnDesktop(state().desktopFileCount, lang_));
 }
 
 /// That none is seen is no protection where none could be hidden.

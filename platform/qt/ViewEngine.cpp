@@ -3,6 +3,7 @@
 #include "platform/qt/Items.h"
 #include "platform/qt/ViewImages.h"
 
+#include <QFont>
 #include <QFontDatabase>
 #include <QGuiApplication>
 #include <QQmlComponent>
@@ -15,6 +16,34 @@
 #include <array>
 
 namespace QtPlatform {
+namespace {
+
+/// Faces for what the interface's own has no letters for, best first. Without them the session's language
+/// chooses: outside a Chinese session it draws Chinese in Japanese shapes.
+QStringList facesFor(const QString& language) {
+    if (language == "zh") {
+        return {QStringLiteral("Noto Sans CJK SC"),    QStringLiteral("Noto Sans SC"),
+                QStringLiteral("Source Han Sans SC"),  QStringLiteral("Source Han Sans CN"),
+                QStringLiteral("WenQuanYi Micro Hei"), QStringLiteral("WenQuanYi Zen Hei")};
+    }
+    if (language == "ar") {
+        return {QStringLiteral("Noto Sans Arabic"), QStringLiteral("Noto Sans Arabic UI")};
+    }
+    return {};
+}
+
+/// A family whose missing letters come from these faces.
+QString familyWith(const QString& family, const QString& language) {
+    const auto faces = facesFor(language);
+    if (faces.isEmpty()) {
+        return family;
+    }
+    const auto name = family + QStringLiteral(" for ") + language;
+    QFont::insertSubstitutions(name, QStringList{family} + faces);
+    return name;
+}
+
+} // namespace
 
 void DesktopStyle::setReducedMotion(bool reduced) {
     if (reduced != reducedMotion_) {
@@ -37,7 +66,9 @@ QString DesktopStyle::fontFamily() const {
         std::ranges::none_of(generic, [&](const char* name) { return chosen == QLatin1String(name); });
     const auto preferred = QStringLiteral("Inter");
     // A generic name means that nobody chose a font. The preferred one has no Indic letters.
-    return isChosen || language_ == "hi" || !QFontDatabase::hasFamily(preferred) ? chosen : preferred;
+    const auto& family =
+        isChosen || language_ == "hi" || !QFontDatabase::hasFamily(preferred) ? chosen : preferred;
+    return familyWith(family, language_);
 }
 
 ViewEngine::ViewEngine() {

@@ -154,6 +154,13 @@ TEST_F(NotifierTest, SecondRehideOfAnAppReplacesTheFirst) {
     EXPECT_EQ(uuids.last, 0);
 }
 
+TEST_F(NotifierTest, ALatinNameDoesNotTurnAnArabicSentenceRound) {
+    notifier->languageProvider = [] { return "ar"; };
+    notifier->notifyRehidden("News", "org.news");
+    EXPECT_EQ(center.delivered.front().content.body,
+              "\u200FNews — يبقى التطبيق مخفيًا لأن وضع الخصوصية مفعّل.");
+}
+
 TEST_F(NotifierTest, PromptsStackAndHaveNoButtons) {
     notifier->notifyPrompt();
     notifier->notifyPrompt();

@@ -164,6 +164,33 @@ TEST(Localizer, ThreadsMayLookUpSideBySide) {
     EXPECT_EQ(first.get(), second.get());
 }
 
+/// "Show desktop" is what desktops call the minimising of all windows.
+TEST(Localizer, WhatHidesTheDesktopsIconsNamesThem) {
+    constexpr auto icons = std::to_array<std::pair<std::string_view, std::string_view>>({{"es", "conos"},
+                                                                                         {"zh", "图标"},
+                                                                                         {"hi", "आइकन"},
+                                                                                         {"ar", "يقونات"},
+                                                                                         {"pt", "cones"},
+                                                                                         {"fr", "cônes"},
+                                                                                         {"ru", "начки"}});
+    for (const auto& [code, word] : icons) {
+        for (const auto key :
+             {LocKey::hideDesktop, LocKey::showDesktop, LocKey::desktopHidden, LocKey::wizValidDesktop}) {
+            EXPECT_THAT(std::string(text(key, code)), HasSubstr(std::string(word))) << rawValue(key);
+        }
+    }
+}
+
+TEST(Localizer, ButtonsOfOneWindowDiffer) {
+    for (const auto code : codes) {
+        std::unordered_set<std::string_view> texts;
+        for (const auto key : {LocKey::recordTitle, LocKey::saveFile, LocKey::copyClip, LocKey::cancel,
+                               LocKey::restore, LocKey::undo, LocKey::open, LocKey::takePhoto}) {
+            EXPECT_TRUE(texts.insert(text(key, code)).second) << code << ' ' << text(key, code);
+        }
+    }
+}
+
 class LocalizerTypography : public testing::TestWithParam<Typography> {};
 
 TEST_P(LocalizerTypography, KeepsToItsMarks) {

@@ -3,7 +3,11 @@
 #include "tests/views/ViewFixture.h"
 
 #include <QDirIterator>
+#include <QFontDatabase>
+#include <QGlyphRun>
+#include <QRawFont>
 #include <QTemporaryDir>
+#include <QTextLayout>
 #include <QUrl>
 
 namespace TestSupport {
@@ -181,6 +185,43 @@ TEST_F(Controls, AnIconThatIsNotThereLeavesThePlaceholder) {
     ASSERT_TRUE(ShownView::waitFor([&] { return picture->property("status").toInt() == ready; }));
     EXPECT_FALSE(icon->property("isFound").toBool());
     EXPECT_THAT(takeWarnings(), testing::IsEmpty());
+}
+
+/// The faces that draw these words in a language of the interface.
+std::vector<std::string> facesOf(const QString& words, const QString& language) {
+    QtPlatform::DesktopStyle style;
+    style.setLanguage(language);
+    QTextLayout layout(words, QFont(style.fontFamily()));
+    layout.beginLayout();
+    layout.createLine();
+    layout.endLayout();
+    std::vector<std::string> faces;
+    for (const auto& run : layout.glyphRuns()) {
+        faces.push_back(run.rawFont().familyName().toLower().toStdString());
+    }
+    return faces;
+}
+
+TEST(Faces, ChineseHasChineseShapesWhateverTheSessionsLanguage) {
+    const auto face = QStringLiteral("Noto Sans CJK SC");
+    if (!QFontDatabase::hasFamily(face)) {
+        GTEST_SKIP() << "not installed";
+    }
+    EXPECT_THAT(facesOf(QStringLiteral("直骨"), "zh"), ElementsAre(face.toLower().toStdString()));
+}
+
+TEST(Faces, ArabicStandsInTheFaceThatGoesWithTheLatinOne) {
+    const auto face = QStringLiteral("Noto Sans Arabic");
+    if (!QFontDatabase::hasFamily(face)) {
+        GTEST_SKIP() << "not installed";
+    }
+    EXPECT_THAT(facesOf(QStringLiteral("مشاركة"), "ar"), ElementsAre(face.toLower().toStdString()));
+}
+
+TEST(Faces, LatinWordsKeepTheirOwn) {
+    for (const auto* const language : {"zh", "ar"}) {
+        EXPECT_EQ(facesOf(QStringLiteral("Curtain"), language), facesOf(QStringLiteral("Curtain"), "en"));
+    }
 }
 
 } // namespace
