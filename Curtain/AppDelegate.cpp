@@ -135,6 +135,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     platform_.popover->setOnDidClose(lifetime_.weak([this] { popoverDidClose(); }));
     statusItem_ = platform_.statusBar->makeStatusItem();
     statusItem_->setAction(statusItemEvents, [this](const auto& event) { statusItemClicked(event); });
+    statusItem_->setSecondaryAction([this] { toggleModeFromHotkey(); });
     statusItem_->setMenu([this] { return statusMenu(); });
     updateIcon();
     setupPopoverAutoClose();
@@ -142,6 +143,8 @@ void AppDelegate::applicationDidFinishLaunching() {
     workspaceObserver_.start();
     hotkeys_.onToggle = [this] { toggleModeFromHotkey(); };
     hotkeys_.start();
+    updateToolTip();
+    shortcutObserver_ = shortcuts_.observeShortcutByNameDidChange([this](const auto&) { updateToolTip(); });
     notifier_.languageProvider = [this] { return currentLang(); };
     setupAutoDetection();
     hidingWatch_.onAnswer = [this] { hidingAnswered(); };
@@ -798,13 +801,18 @@ bool AppDelegate::isInVain() {
 
 void AppDelegate::updateToolTip() {
     const auto lang = currentLang();
-    std::string text = "Curtain";
+    auto text = PlatformWording::opening("Curtain", lang);
     const auto add = [&](std::string_view words) { text.append(" — ").append(words); };
     if (isInVain()) {
         add(PlatformWording::string(PlatformKey::privacyModeInVain, lang));
         add(HidingWording::reason(*hidingWatch_.obstacle(), lang));
-    } else if (engine().isActive()) {
-        add(PlatformWording::string(CurtainCore::LocKey::privacyOnTitle, lang));
+    } else {
+        add(engine().isActive() ? PlatformWording::string(CurtainCore::LocKey::privacyOnTitle, lang)
+                                : PlatformWording::string(PlatformKey::privacyModeEndedTitle, lang));
+        if (const auto shortcut = hotkeys_.shortcut();
+            shortcut && platform_.hotKeyService->reach() != Platform::HotKeyReach::nowhere) {
+            text.append(" (").append(shortcut->description(*platform_.keyboard)).append(")");
+        }
     }
     statusItem_->setToolTip(text);
 }

@@ -158,6 +158,7 @@ private:
     std::shared_ptr<SettingsView> settingsView_;
     std::unique_ptr<Platform::Window> settingsWindow_;
     HotkeyManager hotkeys_;
+    Platform::Subscription shortcutObserver_;
     Notifier notifier_;
     ShareMonitor shareMonitor_;
     /// Privacy mode was switched on by detection, not by the user.

@@ -5,11 +5,16 @@ namespace Curtain {
 HotkeyManager::HotkeyManager(KeyboardShortcuts::KeyboardShortcuts& shortcuts) : shortcuts_(shortcuts) {}
 
 void HotkeyManager::start() {
-    keyUp_ = shortcuts_.onKeyUp(togglePrivacy(shortcuts_), [this] {
+    name_ = togglePrivacy(shortcuts_);
+    keyUp_ = shortcuts_.onKeyUp(*name_, [this] {
         if (onToggle) {
             onToggle();
         }
     });
+}
+
+std::optional<KeyboardShortcuts::Shortcut> HotkeyManager::shortcut() const {
+    return name_ ? shortcuts_.getShortcut(*name_) : std::nullopt;
 }
 
 KeyboardShortcuts::Name HotkeyManager::togglePrivacy(KeyboardShortcuts::KeyboardShortcuts& shortcuts) {

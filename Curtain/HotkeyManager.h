@@ -3,6 +3,7 @@
 #include "hotkeys/KeyboardShortcuts.h"
 
 #include <functional>
+#include <optional>
 
 namespace Curtain {
 
@@ -18,11 +19,15 @@ public:
     /// Called once, at launch. A first launch gets the default combination.
     void start();
 
+    /// The combination that is listened for; none before the start, or where the user has cleared it.
+    std::optional<KeyboardShortcuts::Shortcut> shortcut() const;
+
     /// The name of the shortcut, which is Control+Option+Command+H until the user chooses otherwise.
     static KeyboardShortcuts::Name togglePrivacy(KeyboardShortcuts::KeyboardShortcuts& shortcuts);
 
 private:
     KeyboardShortcuts::KeyboardShortcuts& shortcuts_;
+    std::optional<KeyboardShortcuts::Name> name_;
     Platform::Subscription keyUp_;
 };
 

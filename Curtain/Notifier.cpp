@@ -2,7 +2,6 @@
 
 #include "Curtain/PlatformWording.h"
 #include "Curtain/SettingsLoss.h"
-#include "core/Localizer.h"
 
 #include <utility>
 
@@ -21,12 +20,6 @@ std::string text(Key key, const std::string& lang) {
 
 constexpr auto inVainIdentifier = "privacyModeInVain";
 constexpr auto endedIdentifier = "privacyModeEnded";
-
-/// A name that begins a sentence. A Latin one would otherwise lay an Arabic sentence out from left to right.
-std::string leadingName(const std::string& name, const std::string& lang) {
-    constexpr auto rightToLeftMark = "\u200F";
-    return CurtainCore::Localizer::isRightToLeft(lang) ? rightToLeftMark + name : name;
-}
 
 std::string rehiddenIdentifier(const std::string& bundleID) {
     return "rehidden." + bundleID;
@@ -77,7 +70,7 @@ void Notifier::notifyRehidden(const std::string& appName, const std::string& bun
     const auto lang = languageProvider();
     addPrivacyNotice({rehiddenIdentifier(bundleID),
                       {text(LocKey::rehiddenTitle, lang),
-                       leadingName(appName, lang) + " " + text(LocKey::rehiddenReason, lang),
+                       PlatformWording::opening(appName, lang) + " " + text(LocKey::rehiddenReason, lang),
                        rehiddenCategory,
                        {{bundleKey, bundleID}}}});
 }

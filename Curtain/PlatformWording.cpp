@@ -727,4 +727,9 @@ std::string_view PlatformWording::string(PlatformKey key, std::string_view lang)
     return find(ownTexts, key, lang);
 }
 
+std::string PlatformWording::opening(std::string_view name, std::string_view lang) {
+    constexpr std::string_view rightToLeftMark = "\u200F";
+    return std::string(Localizer::isRightToLeft(lang) ? rightToLeftMark : "").append(name);
+}
+
 } // namespace Curtain

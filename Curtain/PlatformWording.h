@@ -4,6 +4,7 @@
 #include "core/RawValue.h"
 
 #include <array>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -105,6 +106,10 @@ std::string_view string(CurtainCore::LocKey key, std::string_view lang);
 
 /// A sentence or two or a name, without placeholders, in a language chosen in the same way.
 std::string_view string(PlatformKey key, std::string_view lang);
+
+/// A name as a sentence of this language begins with it: a Latin one would otherwise lay an Arabic sentence
+/// out from left to right.
+std::string opening(std::string_view name, std::string_view lang);
 
 } // namespace PlatformWording
 

@@ -23,11 +23,13 @@ public:
     virtual ~StatusItem() = default;
 
     virtual void setImage(const Image& image) = 0;
-    /// What is shown while the pointer rests on the item, where the panel shows such a thing. UTF-8, one
-    /// line.
+    /// What is shown while the pointer rests on the item, and what a screen reader says of it, where the
+    /// panel has such a thing. UTF-8, one line.
     virtual void setToolTip(const std::string& text) = 0;
     /// `action` is called for those events whose type's bit is set in `eventMask`.
     virtual void setAction(std::uint64_t eventMask, Action action) = 0;
+    /// What a click with the middle button does.
+    virtual void setSecondaryAction(std::function<void()> action) = 0;
     /// What a click for the menu would pop up now, for panels that ask for it before.
     virtual void setMenu(std::function<Menu()> menu) = 0;
     /// Where the item is, in pixels of the whole screen; a point without extent where only the last click's

@@ -509,7 +509,7 @@ TEST_F(InVainTest, NoticesCanBeUndone) {
 }
 
 TEST_F(InVainTest, PopoverAndToolTipSayThatTheModeHasNoEffect) {
-    EXPECT_EQ(fakes.statusBar.toolTip, "Curtain");
+    EXPECT_EQ(fakes.statusBar.toolTip, "Curtain — Privacy mode off (Ctrl+Alt+Super+H)");
     fakes.statusBar.click(TestSupport::leftClick);
     EXPECT_EQ(view().hidingObstacle(), reason);
     EXPECT_FALSE(view().isPrivacyModeInVain());
@@ -522,9 +522,9 @@ TEST_F(InVainTest, PopoverAndToolTipSayThatTheModeHasNoEffect) {
     fakes.statusBar.click(TestSupport::leftClick);
     EXPECT_EQ(view().hidingObstacle(), "");
     EXPECT_FALSE(view().isPrivacyModeInVain());
-    EXPECT_EQ(fakes.statusBar.toolTip, "Curtain — Privacy mode on");
+    EXPECT_EQ(fakes.statusBar.toolTip, "Curtain — Privacy mode on (Ctrl+Alt+Super+H)");
     pressShortcut();
-    EXPECT_EQ(fakes.statusBar.toolTip, "Curtain");
+    EXPECT_EQ(fakes.statusBar.toolTip, "Curtain — Privacy mode off (Ctrl+Alt+Super+H)");
 }
 
 TEST_F(InVainTest, TheIconClaimsNoProtectionWhereThereIsNone) {
@@ -576,7 +576,7 @@ TEST_F(InVainTest, NothingIsSaidBeforeTheSessionHasAnswered) {
     EXPECT_THAT(titles(), IsEmpty());
     EXPECT_EQ(view().hidingObstacle(), "Whether apps can be hidden in this session isn't known yet.");
     EXPECT_FALSE(view().isPrivacyModeInVain());
-    EXPECT_EQ(fakes.statusBar.toolTip, "Curtain — Privacy mode on");
+    EXPECT_EQ(fakes.statusBar.toolTip, "Curtain — Privacy mode on (Ctrl+Alt+Super+H)");
     fakes.systemVersion.obstacle = Platform::HidingObstacle::windowManagerIgnoresHiding;
     fakes.mainQueue.advance(0.25);
     EXPECT_THAT(titles(), ElementsAre(title));
@@ -626,7 +626,7 @@ TEST_F(InVainTest, TheNoticeGoesWithTheObstacleAndComesBackWithIt) {
     fakes.mainQueue.advance(2.0);
     EXPECT_THAT(fakes.userNotificationCenter.delivered, IsEmpty());
     EXPECT_FALSE(view().isPrivacyModeInVain());
-    EXPECT_EQ(fakes.statusBar.toolTip, "Curtain — Privacy mode on");
+    EXPECT_EQ(fakes.statusBar.toolTip, "Curtain — Privacy mode on (Ctrl+Alt+Super+H)");
     fakes.systemVersion.obstacle = Platform::HidingObstacle::noWindowManager;
     fakes.mainQueue.advance(2.0);
     EXPECT_THAT(titles(), ElementsAre(title, title));
@@ -651,7 +651,7 @@ TEST_F(InVainTest, AnObstacleThatComesAfterPrivacyModeIsNotSaid) {
     fakes.systemVersion.obstacle = Platform::HidingObstacle::windowManagerIgnoresHiding;
     fakes.mainQueue.advance(60.0);
     EXPECT_THAT(titles(), IsEmpty());
-    EXPECT_EQ(fakes.statusBar.toolTip, "Curtain");
+    EXPECT_EQ(fakes.statusBar.toolTip, "Curtain — Privacy mode off (Ctrl+Alt+Super+H)");
 }
 
 TEST_F(InVainTest, TheSessionIsAskedEverMoreSeldom) {

@@ -335,6 +335,37 @@ TEST_F(AppDelegateTest, NothingIsCalledOnceTheControllerIsGone) {
     EXPECT_THAT(fakes.hotKeyService.registrations, IsEmpty());
 }
 
+TEST_F(AppDelegateTest, MiddleClickSwitchesPrivacyMode) {
+    launch();
+    fakes.statusBar.secondaryAction();
+    EXPECT_EQ(fakes.statusBar.images.back(), closedImage);
+    EXPECT_THAT(fakes.userNotificationCenter.added, IsEmpty()) << "who clicks knows";
+    fakes.statusBar.secondaryAction();
+    EXPECT_EQ(fakes.statusBar.images.back(), openImage);
+}
+
+TEST_F(AppDelegateTest, ToolTipTellsTheModeAndTheShortcut) {
+    launch();
+    EXPECT_EQ(fakes.statusBar.toolTip, "Curtain — Privacy mode off (Ctrl+Alt+Super+H)");
+    pressShortcut();
+    EXPECT_EQ(fakes.statusBar.toolTip, "Curtain — Privacy mode on (Ctrl+Alt+Super+H)");
+    fakes.keyboard.labels[Platform::KeyCode::h] = "Р";
+    pressShortcut();
+    EXPECT_EQ(fakes.statusBar.toolTip, "Curtain — Privacy mode off (Ctrl+Alt+Super+Р)");
+}
+
+TEST_F(AppDelegateTest, ToolTipNamesNoShortcutWhereNoneIsHeard) {
+    fakes.hotKeyService.heard = Platform::HotKeyReach::nowhere;
+    launch();
+    EXPECT_EQ(fakes.statusBar.toolTip, "Curtain — Privacy mode off");
+}
+
+TEST_F(AppDelegateTest, ArabicToolTipRunsFromRightToLeft) {
+    fakes.locale.language = "ar";
+    launch();
+    EXPECT_EQ(fakes.statusBar.toolTip, "\u200FCurtain — وضع الخصوصية متوقف (Ctrl+Alt+Super+H)");
+}
+
 TEST_F(AppDelegateTest, MissingImagesGiveWayToSymbols) {
     fakes.resources.files.clear();
     launch();

@@ -190,6 +190,24 @@ TEST_F(StatusNotifierItemTest, SaysWhatItsToolTipIsAndWhenItChanges) {
     EXPECT_EQ(toolTip(), "Curtain");
 }
 
+TEST_F(StatusNotifierItemTest, ScreenReadersAreToldWhatTheToolTipSays) {
+    item.setToolTip("Curtain — on");
+    const auto answer =
+        panel.call(QStringLiteral("/StatusNotifierItem"), propertiesInterface, QStringLiteral("Get"),
+                   {QStringLiteral("org.kde.StatusNotifierItem"), QStringLiteral("IconAccessibleDesc")});
+    EXPECT_EQ(qvariant_cast<QDBusVariant>(answer.value(0)).variant().toString().toStdString(),
+              "Curtain — on");
+}
+
+TEST_F(StatusNotifierItemTest, MiddleClickDoesTheSecondAction) {
+    click("SecondaryActivate", 300, 200);
+    int second = 0;
+    item.setSecondaryAction([&] { ++second; });
+    click("SecondaryActivate", 300, 200);
+    EXPECT_EQ(second, 1);
+    EXPECT_THAT(clicks, IsEmpty());
+}
+
 TEST_F(StatusNotifierItemTest, IsWhereThePanelSaidLast) {
     pointer = QPoint(7, 9);
     EXPECT_EQ(item.frame(), std::nullopt);

@@ -91,6 +91,20 @@ public:
         client_.sync();
     }
 
+    /// Lets go of a button over the icon.
+    void release(xcb_window_t icon, std::uint8_t button) {
+        xcb_button_release_event_t event{};
+        event.response_type = XCB_BUTTON_RELEASE;
+        event.detail = button;
+        event.root = client_.root();
+        event.event = icon;
+        event.event_x = 4;
+        event.event_y = 4;
+        xcb_send_event(client_.get(), 0, icon, XCB_EVENT_MASK_BUTTON_RELEASE,
+                       reinterpret_cast<const char*>(&event));
+        client_.sync();
+    }
+
     /// Changes the panel's colour and has the icon draw itself anew, as trays do.
     void recolor(xcb_window_t icon, std::uint32_t color) {
         xcb_change_window_attributes(client_.get(), panel_, XCB_CW_BACK_PIXEL, &color);
@@ -310,6 +324,24 @@ TEST_F(TrayStatusItemTest, growsWithThePanel) {
     EXPECT_TRUE(spinUntil([&] { return renderedSize_ == 16; }));
     tray.resize(icon, 48);
     EXPECT_TRUE(spinUntil([&] { return renderedSize_ == 32; }));
+}
+
+TEST_F(TrayStatusItemTest, middleButtonDoesTheSecondAction) {
+    std::vector<std::uint64_t> clicks;
+    int second = 0;
+    item_.setAction(1U << Platform::EventType::leftMouseUp | 1U << Platform::EventType::rightMouseUp,
+                    [&](const auto& event) { clicks.push_back(event->type); });
+    FakeTray tray;
+    const auto icon = embedIn(tray, lightGray);
+    tray.release(icon, XCB_BUTTON_INDEX_2);
+    tray.release(icon, XCB_BUTTON_INDEX_4);
+    tray.release(icon, XCB_BUTTON_INDEX_1);
+    EXPECT_TRUE(spinUntil([&] { return !clicks.empty(); }));
+    EXPECT_EQ(second, 0) << "nothing was asked for";
+    item_.setSecondaryAction([&] { ++second; });
+    tray.release(icon, XCB_BUTTON_INDEX_2);
+    EXPECT_TRUE(spinUntil([&] { return second == 1; }));
+    EXPECT_THAT(clicks, ElementsAre(Platform::EventType::leftMouseUp));
 }
 
 TEST_F(TrayStatusItemTest, doesNotStandOnTheDesktopWhenItsTrayDies) {

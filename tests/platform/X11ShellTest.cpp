@@ -47,6 +47,7 @@ public:
     void setImage(const Platform::Image& /*image*/) override {}
     void setAction(std::uint64_t /*eventMask*/, Action /*action*/) override {}
     void setToolTip(const std::string& /*text*/) override {}
+    void setSecondaryAction(std::function<void()> /*action*/) override {}
     void setMenu(std::function<Platform::Menu()> /*menu*/) override {}
     std::optional<Rect> frame() const override { return frame_; }
     bool hasPanel() const override { return frame_.has_value(); }

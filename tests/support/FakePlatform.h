@@ -105,6 +105,8 @@ public:
     std::optional<Platform::Rect> frame;
     /// What a panel gets to see that draws the menu itself.
     std::function<Platform::Menu()> menu;
+    /// What a click with the middle button does.
+    std::function<void()> secondaryAction;
     std::function<void()> onImage;
 
     /// Does to the item what its user did; only what the item asked for arrives.
@@ -146,6 +148,10 @@ private:
         void setAction(std::uint64_t eventMask, Action action) override {
             bar_.eventMask_ = eventMask;
             bar_.action_ = std::move(action);
+        }
+
+        void setSecondaryAction(std::function<void()> action) override {
+            bar_.secondaryAction = std::move(action);
         }
 
         void setMenu(std::function<Platform::Menu()> menu) override { bar_.menu = std::move(menu); }

@@ -83,6 +83,7 @@ constexpr auto introspection = R"xml(
   <property name="IconThemePath" type="s" access="read"/>
   <property name="IconName" type="s" access="read"/>
   <property name="IconPixmap" type="a(iiay)" access="read"/>
+  <property name="IconAccessibleDesc" type="s" access="read"/>
   <property name="ToolTip" type="(sa(iiay)ss)" access="read"/>
   <property name="ItemIsMenu" type="b" access="read"/>
   <property name="Menu" type="o" access="read"/>
@@ -130,6 +131,9 @@ std::optional<std::uint64_t> eventType(const QString& method) {
     }
     if (method == QStringLiteral("ContextMenu")) {
         return Platform::EventType::rightMouseUp;
+    }
+    if (method == QStringLiteral("SecondaryActivate")) {
+        return Platform::EventType::otherMouseUp;
     }
     return std::nullopt;
 }
@@ -234,6 +238,7 @@ private:
             {QStringLiteral("IconThemePath"), name.isEmpty() ? QString() : iconThemesFolder()},
             {QStringLiteral("IconName"), name},
             {QStringLiteral("IconPixmap"), QVariant::fromValue(pixmaps())},
+            {QStringLiteral("IconAccessibleDesc"), content_.toolTip},
             {QStringLiteral("ToolTip"), QVariant::fromValue(StatusNotifierToolTip{content_.toolTip})},
             {QStringLiteral("ItemIsMenu"), false},
             {QStringLiteral("Menu"), QVariant::fromValue(QDBusObjectPath(menuPath))},

@@ -63,6 +63,10 @@ void TrayStatusItem::setAction(std::uint64_t eventMask, Action action) {
     action_ = std::move(action);
 }
 
+void TrayStatusItem::setSecondaryAction(std::function<void()> action) {
+    secondaryAction_ = std::move(action);
+}
+
 void TrayStatusItem::setMenu(std::function<Platform::Menu()> menu) {
     menu_ = std::move(menu);
 }
@@ -148,7 +152,9 @@ void TrayStatusItem::clicked(const Platform::Event& event, const QRect& place) {
     if (place.isNull() || lastClick_.isNull()) {
         lastPointer_ = toolkit_.pointer();
     }
-    if ((eventMask_ >> event.type & 1U) != 0 && action_) {
+    if (event.type == Platform::EventType::otherMouseUp && secondaryAction_) {
+        secondaryAction_();
+    } else if ((eventMask_ >> event.type & 1U) != 0 && action_) {
         action_(event);
     }
 }

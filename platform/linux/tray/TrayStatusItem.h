@@ -34,6 +34,7 @@ public:
     void setImage(const Platform::Image& image) override;
     void setToolTip(const std::string& text) override;
     void setAction(std::uint64_t eventMask, Action action) override;
+    void setSecondaryAction(std::function<void()> action) override;
     void setMenu(std::function<Platform::Menu()> menu) override;
     std::optional<Platform::Rect> frame() const override;
     bool hasPanel() const override { return !place_.isNowhere(); }
@@ -74,6 +75,7 @@ private:
     QString toolTip_;
     std::uint64_t eventMask_ = 0;
     Action action_;
+    std::function<void()> secondaryAction_;
     std::function<Platform::Menu()> menu_;
     /// Where the panel said that the last click was; null when it never said so.
     QRect lastClick_;

@@ -243,6 +243,8 @@ void XembedIcon::released(const xcb_button_release_event_t& event) {
     Platform::Event click;
     if (event.detail == XCB_BUTTON_INDEX_1) {
         click.type = Platform::EventType::leftMouseUp;
+    } else if (event.detail == XCB_BUTTON_INDEX_2) {
+        click.type = Platform::EventType::otherMouseUp;
     } else if (event.detail == XCB_BUTTON_INDEX_3) {
         click.type = Platform::EventType::rightMouseUp;
     } else {
