@@ -6,6 +6,7 @@
 #include "tests/support/FakeCaptureServices.h"
 
 #include <functional>
+#include <utility>
 
 namespace {
 
@@ -289,6 +290,22 @@ TEST_F(PopoverTest, TheCamerasRowFollowsCamerasThatComeAndGo) {
     fakes.captureServices.tellOfDevices();
     EXPECT_EQ(view().cameraStatus(), "danger");
     EXPECT_EQ(view().cameraState(), "noCameraFound");
+}
+
+TEST_F(PopoverTest, TheMicrophonesRowFollowsMicrophonesThatComeAndGo) {
+    auto& audio = fakes.audioServices;
+    const auto format = std::exchange(audio.inputFormat, {0, 0});
+    open();
+    fakes.mainQueue.runReady();
+    ASSERT_EQ(view().microphoneDetail(), "No input device");
+    audio.inputFormat = format;
+    audio.inputDeviceObservers.tell(true);
+    fakes.workQueues.runAll();
+    audio.engine().feedSamples(std::vector<float>(1024));
+    fakes.mainQueue.runReady();
+    EXPECT_EQ(view().microphoneDetail(), "Say something…");
+    audio.inputDeviceObservers.tell(false);
+    EXPECT_EQ(view().microphoneDetail(), "No input device");
 }
 
 TEST_F(PopoverTest, AMicrophoneThatMayNotBeUsedCostsPoints) {

@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -499,6 +500,40 @@ TEST_F(OnboardingViewModelTest, SaysWhatKeepsALiveAreaDark) {
     EXPECT_EQ(model->deviceProblem(), "No camera found");
     model->advance();
     EXPECT_EQ(model->deviceProblem(), "");
+}
+
+TEST_F(OnboardingViewModelTest, AMicrophoneThatComesAndGoesIsFollowed) {
+    const auto format = std::exchange(audio.inputFormat, {0, 0});
+    startAt(PermissionKind::microphone);
+    model->requestCurrentPermission();
+    settle();
+    ASSERT_EQ(model->deviceProblem(), "No input device");
+    audio.inputFormat = format;
+    audio.inputDeviceObservers.tell(true);
+    EXPECT_TRUE(isMicrophoneOn());
+    audio.engine().feedSamples(std::vector<float>(1024));
+    settle();
+    EXPECT_EQ(model->deviceProblem(), "");
+    audio.inputDeviceObservers.tell(false);
+    settle();
+    EXPECT_EQ(model->deviceProblem(), "No input device");
+}
+
+TEST_F(OnboardingViewModelTest, ACameraThatComesAndGoesIsFollowed) {
+    const auto cameras = std::exchange(capture.cameras, {});
+    startAt(PermissionKind::camera);
+    model->requestCurrentPermission();
+    settle();
+    ASSERT_EQ(model->deviceProblem(), "No camera found");
+    capture.cameras = cameras;
+    capture.tellOfDevices();
+    EXPECT_TRUE(isCameraOn());
+    EXPECT_TRUE(model->hasPreview());
+    EXPECT_EQ(model->deviceProblem(), "");
+    capture.cameras.clear();
+    capture.tellOfDevices();
+    settle();
+    EXPECT_EQ(model->deviceProblem(), "No camera found");
 }
 
 TEST_F(OnboardingViewModelTest, StatusIsThatOfTheCurrentPage) {

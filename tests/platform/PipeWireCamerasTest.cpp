@@ -87,6 +87,14 @@ TEST_F(PipeWireCamerasTest, FirstListIsComplete) {
         [](PipeWireCameras& fresh) { return fresh.devices().size() == 2 && fresh.isReachable(); }));
 }
 
+TEST_F(PipeWireCamerasTest, TheConnectionAsksNobodyForPriority) {
+    const auto one = plugIn("one", "One", "yuyv");
+    // PipeWire's module for that, which its configuration names since 1.4, waits for the bus.
+    const auto mapped = TestSupport::readFile("/proc/self/maps");
+    EXPECT_THAT(mapped, testing::HasSubstr("libpipewire-module-client-node"));
+    EXPECT_THAT(mapped, testing::Not(testing::HasSubstr("libpipewire-module-rt")));
+}
+
 TEST_F(PipeWireCamerasTest, DefaultCameraIsTheSessionManagersChoice) {
     const auto one = plugIn("one", "One", "yuyv");
     const auto two = plugIn("two", "Two", "yuyv");
