@@ -7,6 +7,7 @@
 /// It runs itself in a virtual desktop with --media.
 
 #include "Curtain/MicrophoneMonitor.h"
+#include "bench/GStreamer.h"
 #include "bench/ProcessCosts.h"
 #include "bench/Times.h"
 #include "bench/VirtualDesktop.h"
@@ -52,6 +53,7 @@ using TestSupport::spinUntil;
 
 constexpr auto patience = std::chrono::seconds(30);
 constexpr int rounds = 30;
+constexpr int turns = 5;
 
 void print(const char* what, const std::vector<double>& values, const char* unit, const char* limit) {
     std::printf("%-42s median %7.1f, worst %7.1f %s   (%s)\n", what, Bench::median(values),
@@ -114,19 +116,35 @@ public:
         sound_.feed(TestSupport::tone(440, 0.01, 300));
     }
 
+    /// In turns, so that what else the computer does weighs on both alike.
     void measureCosts() {
+        const auto idlePipeline = Bench::memoryOfIdlePipeline();
         const auto before = memoryOf(getpid());
         makeMonitor();
-        startMetering();
-        idleFor(1);
-        const auto processorBefore = processorSeconds(getpid());
-        idleFor(seconds_);
-        const auto processor = processorSeconds(getpid()) - processorBefore;
-        const auto after = memoryOf(getpid());
-        print("processor while metering", 100 * processor / seconds_, "% of a core", "limit 1");
+        std::vector<double> ours;
+        std::vector<double> peers;
+        Memory after;
+        Memory peer;
+        for (int turn = 0; turn < turns; ++turn) {
+            ours.push_back(processorWhileMetering());
+            if (turn == 0) {
+                after = memoryOf(getpid());
+            }
+            stopMetering();
+            const Bench::GStreamerPipeline pipeline(
+                "pulsesrc device=microphone ! audio/x-raw,format=F32LE,rate=48000,channels=1",
+                "level interval=21333333 ! fakesink");
+            const auto work = pipeline.workFor(seconds_);
+            peers.push_back(100 * work.seconds / work.wallSeconds);
+            peer = pipeline.memory();
+        }
+        print("processor while metering", ours, "% of a core", "limit 1");
+        print("GStreamer: processor while metering", peers, "% of a core", "peer");
         print("memory added, resident", after.resident - before.resident, "MiB", "limit 3");
         print("memory added, proportional", after.proportional - before.proportional, "MiB", "of which");
-        stopMetering();
+        print("GStreamer: memory, resident", peer.resident, "MiB", "peer, the whole program");
+        print("GStreamer: memory added, resident", peer.resident - idlePipeline.resident, "MiB",
+              "peer, over a pipeline that does nothing");
     }
 
     void measureTimes() {
@@ -145,7 +163,7 @@ public:
         print("stop to no stream on the server", stops, "ms", "limit 100");
     }
 
-    void measurePeer() const {
+    static void measurePeerTimes() {
         const std::string pipeline =
             " pulsesrc device=microphone ! audio/x-raw,format=F32LE,rate=48000,channels=1 ! level "
             "interval=21333333 ! fakesink";
@@ -158,20 +176,6 @@ public:
         }
         starts.erase(starts.begin());
         print("GStreamer: start of the program to a level", starts, "ms", "peer");
-        const TestSupport::ChildProcess meter({"sh", "-c", "exec gst-launch-1.0 -q" + pipeline});
-        TestSupport::waitUntil([] {
-            return TestSupport::outputOf("pactl list short source-outputs").find('\t') != std::string::npos;
-        });
-        idleFor(1);
-        const auto before = processorSeconds(meter.id());
-        idleFor(seconds_);
-        print("GStreamer: processor while metering", 100 * (processorSeconds(meter.id()) - before) / seconds_,
-              "% of a core", "peer");
-        const auto memory = memoryOf(meter.id());
-        const auto plain = memoryOfIdlePipeline();
-        print("GStreamer: memory, resident", memory.resident, "MiB", "peer, the whole program");
-        print("GStreamer: memory added, resident", memory.resident - plain.resident, "MiB",
-              "peer, over a pipeline that does nothing");
     }
 
 private:
@@ -202,12 +206,14 @@ private:
         spinUntil([] { return !TestSupport::SoundWorld::hasOurRecording(); }, patience);
     }
 
-    static Memory memoryOfIdlePipeline() {
-        const TestSupport::ChildProcess idle({"gst-launch-1.0", "-q", "fakesrc", "is-live=true",
-                                              "do-timestamp=true", "datarate=1000", "sizetype=fixed",
-                                              "sizemax=1000", "!", "fakesink", "sync=true"});
+    /// Percent of a core.
+    double processorWhileMetering() {
+        startMetering();
         idleFor(1);
-        return memoryOf(idle.id());
+        const auto before = processorSeconds(getpid());
+        const auto start = Clock::now();
+        idleFor(seconds_);
+        return (processorSeconds(getpid()) - before) / milliseconds(Clock::now() - start) * 1e5;
     }
 
     double seconds_;
@@ -234,6 +240,6 @@ int main(int argumentCount, char** arguments) {
     MicrophoneCosts costs(argumentCount > 1 ? std::atof(arguments[1]) : 8);
     costs.measureCosts();
     costs.measureTimes();
-    costs.measurePeer();
+    MicrophoneCosts::measurePeerTimes();
     return EXIT_SUCCESS;
 }
