@@ -1,4 +1,7 @@
 #include "tests/platform/I3WindowFixture.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <QJsonObject>
 
 #include <gmock/gmock.h>
 
@@ -407,6 +410,54 @@ TEST_F(I3WindowSystemTest, WhatIsAskedForAtTheVeryEndHappens) {
     system().show(std::array{ids["A"]});
     world.system.reset();
     expectPicture(before);
+}
+
+/// With rules of the user's for windows.
+struct I3RulesTest : I3WindowSystemTest {
+    I3RulesTest() {
+        write(before +
+              "\nassign [class=\"^Assigned$\"] workspace 7\n"
+              "for_window [class=\"^Ruled$\"] floating enable, move absolute position 40 px 50 px\n");
+    }
+    ~I3RulesTest() override { write(before); }
+
+    static std::string configuration() {
+        const auto version = LinuxPlatform::jsonOf(I3Desktop::ask(LinuxPlatform::I3Request::getVersion));
+        return version.object().value(QLatin1String("loaded_config_file_name")).toString().toStdString();
+    }
+
+    void write(const std::string& text) const {
+        TestSupport::writeFile(path, text);
+        I3Desktop::run("reload");
+        // sway reads it later.
+        EXPECT_TRUE(spinUntil([&] {
+            const auto reply = LinuxPlatform::jsonOf(I3Desktop::ask(LinuxPlatform::I3Request::getConfig));
+            return reply.object().value(QLatin1String("config")).toString().toStdString() == text;
+        }));
+    }
+
+    const std::string path = configuration();
+    const std::string before = TestSupport::readFile(path);
+};
+
+TEST_F(I3RulesTest, AreNotAppliedAgainToWhatComesBack) {
+    open("A");
+    open("Ruled");
+    waitUntilDrawn("Ruled");
+    goAndComeBack({"Ruled"});
+    I3Desktop::run(with("Ruled", "floating disable"));
+    waitUntilDrawn("Ruled");
+    goAndComeBack({"Ruled"});
+    goAndComeBack({"A", "Ruled"});
+    ids["Assigned"] = world.open("Assigned");
+    ASSERT_TRUE(spinUntil([&] {
+        const auto tree = I3Desktop::tree();
+        return tree->find(ids["Assigned"])->workspace->name == "7";
+    })) << I3Desktop::picture();
+    goAndComeBack({"Assigned"});
+    I3Desktop::run(with("Assigned", "move container to workspace 1"));
+    goAndComeBack({"Assigned"});
+    goAndComeBack({"A", "Assigned", "Ruled"});
 }
 
 TEST_F(I3WindowSystemTest, ReloadAndRestartCostNothing) {
