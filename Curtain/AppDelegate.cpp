@@ -88,7 +88,9 @@ AppDelegate::AppDelegate(Platform::Platform& platform)
       cameraManager_(cameraServices_),
       micMonitor_({*platform.audioServices, *platform.mediaAuthorization, *platform.fileManager,
                    *platform.userFolders, *platform.mainQueue, *platform.workQueues, *platform.log}),
-      screenWatcher_(*platform.screenWatcherProbe) {
+      screenWatcher_(*platform.screenWatcherProbe),
+      quietHold_(*platform.doNotDisturb, *platform.userNotificationCenter, screenWatcher_,
+                 *platform.mainQueue) {
     // Whoever loads is in the middle of something.
     store_.onDamage = lifetime_.weak([this] {
         platform_.mainQueue->async(
@@ -147,6 +149,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     shortcutObserver_ = shortcuts_.observeShortcutByNameDidChange([this](const auto&) { updateToolTip(); });
     notifier_.languageProvider = [this] { return currentLang(); };
     setupAutoDetection();
+    quietHold_.end();
     hidingWatch_.onAnswer = [this] { hidingAnswered(); };
     hidingWatch_.isFollowed = [this] { return engine().isActive() || platform_.popover->isShown(); };
     hidingWatch_.begin();
@@ -533,6 +536,9 @@ void AppDelegate::handleDetection(CurtainCore::DetectionConfidence confidence) {
     if (hasEffect) {
         notifier_.notifyActivated();
     }
+    if (FixEverything::needsQuiet(store_.load())) {
+        quietHold_.begin();
+    }
 }
 
 void AppDelegate::undoAutomaticActivation() {
@@ -564,6 +570,7 @@ void AppDelegate::deactivatePrivacyMode() {
     platform_.appShield->cover({});
     engine().deactivate();
     notifier_.withdrawPrivacyNotices();
+    quietHold_.end();
 }
 
 bool AppDelegate::sayIfNothingIsHidden() {
@@ -666,8 +673,15 @@ void AppDelegate::fixEverything() {
     updateIcon();
     refreshReadiness();
     if (notificationsNeedAttention) {
+        seeToNotifications();
+    }
+}
+
+void AppDelegate::seeToNotifications() {
+    if (!platform_.doNotDisturb->isOn().has_value()) {
         notifier_.notifyPrompt();
     }
+    quietHold_.begin();
 }
 
 void AppDelegate::restore() {

@@ -10,6 +10,7 @@
 #include "Curtain/MicrophoneMonitor.h"
 #include "Curtain/Notifier.h"
 #include "Curtain/OnboardingWindowController.h"
+#include "Curtain/QuietHold.h"
 #include "Curtain/ReadinessCoordinator.h"
 #include "Curtain/ScreenWatcher.h"
 #include "Curtain/SettingsModel.h"
@@ -112,6 +113,8 @@ private:
     void hideVisiblePrivateApps();
     void hidePrivateApps();
     void fixEverything();
+    /// Keeps them from the screen, or asks the user to where the desktop does not say whether it does.
+    void seeToNotifications();
     void restore();
     void toggleDesktop();
     void selectCamera(const std::string& cameraID);
@@ -172,6 +175,7 @@ private:
     Platform::Subscription clickMonitor_;
     int openSavePanels_ = 0;
     ScreenWatcher screenWatcher_;
+    QuietHold quietHold_;
     /// By bundle identifier.
     std::map<std::string, Platform::MainQueue::Seconds> lastRehideNotice_;
     /// The last of each app, by bundle identifier.

@@ -2,6 +2,10 @@
 
 namespace Curtain {
 
+bool FixEverything::needsQuiet(const CurtainCore::Preferences& preferences) {
+    return preferences.checkNotifications && !preferences.notificationsMarkedHandled;
+}
+
 bool FixEverything::run(CurtainCore::HideEngine& engine, CurtainCore::PreferencesStore& store,
                         const DesktopController& desktop) {
     const auto preferences = store.load();
@@ -11,7 +15,7 @@ bool FixEverything::run(CurtainCore::HideEngine& engine, CurtainCore::Preference
     if (preferences.hideFinderWithFixEverything && !desktop.iconsHidden()) {
         desktop.setIconsHidden(true);
     }
-    return preferences.checkNotifications && !preferences.notificationsMarkedHandled;
+    return needsQuiet(preferences);
 }
 
 } // namespace Curtain

@@ -82,6 +82,8 @@ public:
     /// Takes them off the screen, and those back that are still on their way; identifiers of none are
     /// passed over.
     virtual void removeDeliveredNotifications(const std::vector<std::string>& identifiers) = 0;
+    /// `task` runs once the desktop has taken what was added so far, or is not going to.
+    virtual void whenDelivered(std::function<void()> task) = 0;
     /// `completion` may run on any thread.
     virtual void requestAuthorization(std::uint64_t options,
                                       std::function<void(bool isGranted)> completion) = 0;

@@ -349,6 +349,31 @@ TEST_F(DBusNotificationCenterTest, ServerThatAppearsLateIsHandedWhatWaits) {
     EXPECT_EQ(server_->notices[2].body, "new");
 }
 
+TEST_F(DBusNotificationCenterTest, TellsWhenAllIsDelivered) {
+    startServer();
+    post(plain("zero"));
+    int told = 0;
+    center_->whenDelivered([&] { ++told; });
+    EXPECT_TRUE(spinUntil([&] { return told == 1; })) << "there is nothing more on its way";
+    addHeld({plain("one"), plain("two")});
+    center_->whenDelivered([&] { ++told; });
+    EXPECT_EQ(told, 1);
+    server_->answerHeld();
+    EXPECT_THAT(summaries(3), ElementsAre("zero", "one", "two"));
+    EXPECT_TRUE(spinUntil([&] { return told == 2; }));
+}
+
+TEST_F(DBusNotificationCenterTest, WhatWaitsForAServerIsNotDelivered) {
+    center_->add(plain("one"));
+    int told = 0;
+    center_->whenDelivered([&] { ++told; });
+    queue_.advance(10.0);
+    EXPECT_EQ(told, 0);
+    startServer();
+    EXPECT_TRUE(spinUntil([&] { return told == 1; }));
+    EXPECT_THAT(summaries(1), ElementsAre("one"));
+}
+
 TEST_F(DBusNotificationCenterTest, WhatIsTooOldIsNotShownAnyMore) {
     center_->add(plain("old"));
     queue_.advance(30.0);

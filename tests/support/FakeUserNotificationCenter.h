@@ -28,6 +28,8 @@ public:
     std::vector<std::function<void(bool)>> pendingAuthorizations;
     Platform::UserNotificationCenterDelegate* delegate = nullptr;
     int completions = 0;
+    /// Never takes what was added.
+    bool isSilent = false;
 
     /// What the user does with a notification.
     void answer(const Platform::NotificationRequest& request, const std::string& action) {
@@ -59,6 +61,12 @@ public:
         std::erase_if(delivered, [&](const auto& request) {
             return std::ranges::find(identifiers, request.identifier) != identifiers.end();
         });
+    }
+
+    void whenDelivered(std::function<void()> task) override {
+        if (!isSilent) {
+            task();
+        }
     }
 
     void requestAuthorization(std::uint64_t options,

@@ -95,6 +95,19 @@ void DBusNotificationCenter::removeDeliveredNotifications(const std::vector<std:
     }
 }
 
+void DBusNotificationCenter::whenDelivered(std::function<void()> task) {
+    awaitingDelivery_.push_back(std::move(task));
+    tellIfDelivered();
+}
+
+void DBusNotificationCenter::tellIfDelivered() {
+    if (waiting_.empty() && inFlight_.empty()) {
+        for (const auto& task : std::exchange(awaitingDelivery_, {})) {
+            task();
+        }
+    }
+}
+
 void DBusNotificationCenter::requestAuthorization(std::uint64_t /*options*/,
                                                   std::function<void(bool isGranted)> completion) {
     completion(true);
@@ -147,6 +160,7 @@ void DBusNotificationCenter::sendWaiting() {
     std::erase_if(waiting_, [&](const Post& post) {
         return post.servers >= serversAtMost || mainQueue_.now() - post.postedAt > patience;
     });
+    tellIfDelivered();
     if (waiting_.empty() || !owner_.isKnown()) {
         return;
     }

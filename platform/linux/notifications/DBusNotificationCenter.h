@@ -37,6 +37,7 @@ public:
     void setNotificationCategories(std::vector<Platform::NotificationCategory> categories) override;
     void add(const Platform::NotificationRequest& request) override;
     void removeDeliveredNotifications(const std::vector<std::string>& identifiers) override;
+    void whenDelivered(std::function<void()> task) override;
     /// Nobody is asked on this desktop.
     void requestAuthorization(std::uint64_t options, std::function<void(bool isGranted)> completion) override;
 
@@ -76,6 +77,7 @@ private:
     void send(const Post& post);
     void sent(const std::string& identifier, const QDBusMessage& reply);
     void putBack(const Post& post);
+    void tellIfDelivered();
     void close(std::uint32_t serverId);
     void actionInvoked(const QDBusMessage& message);
     void closed(const QDBusMessage& message);
@@ -110,6 +112,7 @@ private:
     std::vector<Post> waiting_;
     /// Those that the server has been handed and has not answered yet, by their identifier.
     std::map<std::string, Post> inFlight_;
+    std::vector<std::function<void()>> awaitingDelivery_;
     std::map<std::string, Shown> shown_;
     /// What the server said of numbers that nobody knew yet: a reply may be handed over after the signals
     /// that followed it.

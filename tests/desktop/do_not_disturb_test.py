@@ -1,0 +1,86 @@
+"""Checks that dunst keeps quiet while the screen is shared, and is as it was afterwards."""
+
+import os
+import subprocess
+import unittest
+
+from desktop_case import XTERM, DesktopCase, stays, wait_until, write_preferences
+
+# For a machine that is busy.
+PATIENCE = 20
+
+
+class DoNotDisturbTest(DesktopCase):
+    def setUp(self):
+        super().setUp()
+        write_preferences(self.settings, targetApps=[XTERM], hasOnboarded=True)
+        self.addCleanup(self.dunst, "set-paused", "false")
+
+    def dunst(self, *words):
+        return subprocess.run(["dunstctl", *words], check=True, text=True, capture_output=True).stdout.strip()
+
+    def is_quiet(self):
+        return self.dunst("is-paused") == "true"
+
+    def shown(self):
+        return int(self.dunst("count", "displayed"))
+
+    def message(self):
+        """Somebody writes something private."""
+        subprocess.run(["gdbus", "call", "--session", "--dest", "org.freedesktop.Notifications", "--object-path",
+                        "/org/freedesktop/Notifications", "--method", "org.freedesktop.Notifications.Notify", "Chat", "0",
+                        "", "A friend", "Something private", "[]", "{}", "60000"], check=True, capture_output=True)
+
+    def capture(self):
+        capture = self.desktop.start("ffmpeg", "-nostdin", "-loglevel", "error", "-f", "x11grab", "-framerate", "15",
+                                     "-video_size", "1280x800", "-i", os.environ["DISPLAY"], "-f", "null", "-")
+        wait_until(self.is_quiet, "dunst is quiet", PATIENCE, seen=capture.complaints)
+        return capture
+
+    def kill_curtain(self):
+        curtain, self.curtain = self.curtain, None
+        curtain.kill()
+        curtain.wait()
+
+    def test_nothing_is_shown_during_a_share_and_what_was_held_comes_after_it(self):
+        self.start_curtain()
+        capture = self.capture()
+        self.message()
+        self.assertTrue(stays(lambda: self.shown() == 0, 1))
+        capture.terminate()
+        wait_until(lambda: not self.is_quiet(), "dunst talks again", PATIENCE)
+        wait_until(lambda: self.shown() == 1, "the message is shown", PATIENCE)
+
+    def test_a_second_share_begins_without_what_the_first_held(self):
+        self.start_curtain()
+        first = self.capture()
+        self.message()
+        first.terminate()
+        first.wait()
+        self.capture()
+        self.assertEqual(self.shown(), 0)
+        self.assertTrue(stays(lambda: self.is_quiet() and self.shown() == 0, 6))
+
+    def test_the_next_start_gives_back_what_a_killed_one_held(self):
+        self.start_curtain()
+        capture = self.capture()
+        self.kill_curtain()
+        capture.terminate()
+        capture.wait()
+        self.assertTrue(self.is_quiet())
+        self.start_curtain()
+        wait_until(lambda: not self.is_quiet(), "dunst talks again", PATIENCE)
+
+    def test_what_its_user_turns_is_left_alone(self):
+        self.dunst("set-paused", "true")
+        self.start_curtain()
+        xterm = self.open_xterm()
+        capture = self.capture()
+        self.wait_hidden(xterm)
+        capture.terminate()
+        self.wait_shown(xterm)
+        self.assertTrue(stays(self.is_quiet, 6))
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
