@@ -10,7 +10,7 @@ function pixelsPerUnit() {
     return Math.ceil(Math.max(...Main.layoutManager.monitors.map(monitor => global.display.get_monitor_scale(monitor.index))));
 }
 
-/** The button in the panel of an item: a click is the item's, another button of the mouse opens the item's menu. */
+/** The button in the panel of an item: clicks are the item's, but for the one that opens its menu. */
 const PanelButton = GObject.registerClass(class CurtainPanelButton extends PanelMenu.Button {
     _init(item) {
         super._init(0.5, 'Curtain');
@@ -44,6 +44,8 @@ const PanelButton = GObject.registerClass(class CurtainPanelButton extends Panel
             this.menu.close();
         else if (button === Clutter.BUTTON_PRIMARY)
             this._activate();
+        else if (button === Clutter.BUTTON_MIDDLE)
+            this._item.activateSecondarily(...this._place());
         else if (button === Clutter.BUTTON_SECONDARY)
             this._item.readMenu((entries, isRightToLeft) => this._openMenu(entries, isRightToLeft));
     }
@@ -57,10 +59,15 @@ const PanelButton = GObject.registerClass(class CurtainPanelButton extends Panel
     }
 
     _activate() {
+        this._item.activate(...this._place());
+    }
+
+    /** The pixel in the middle of its lower edge. */
+    _place() {
         const [x, y] = this.get_transformed_position();
         const [width, height] = this.get_transformed_size();
         const pixels = pixelsPerUnit();
-        this._item.activate(Math.round((x + width / 2) * pixels), Math.round((y + height) * pixels) - 1);
+        return [Math.round((x + width / 2) * pixels), Math.round((y + height) * pixels) - 1];
     }
 
     _openMenu(entries, isRightToLeft) {

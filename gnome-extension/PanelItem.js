@@ -34,12 +34,21 @@ class PanelItem {
 
     /** A click at that pixel of the screen, as X11 programs count them. */
     activate(x, y) {
-        this._act(this._call(ITEM_PATH, ITEM_INTERFACE, 'Activate', new GLib.Variant('(ii)', [x, y])));
+        this._click('Activate', x, y);
+    }
+
+    /** One with the middle button. */
+    activateSecondarily(x, y) {
+        this._click('SecondaryActivate', x, y);
     }
 
     /** `receive` gets what stands in the menu now, and whether that is read from right to left. */
     readMenu(receive) {
         this._act(this._readMenu().then(([entries, isRightToLeft]) => receive(entries, isRightToLeft)));
+    }
+
+    _click(method, x, y) {
+        this._act(this._call(ITEM_PATH, ITEM_INTERFACE, method, new GLib.Variant('(ii)', [x, y])));
     }
 
     async _readMenu() {

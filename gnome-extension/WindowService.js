@@ -90,7 +90,7 @@ class WindowService {
         this._clientWatch = Gio.bus_watch_name_on_connection(
             bus, CLIENT_NAME, Gio.BusNameWatcherFlags.NONE,
             (_bus, _name, owner) => this._setClient(owner), () => this._setClient(null));
-        this._use = shell.watchUse(() => this._emit(this._client, 'Used', null));
+        this._use = shell.watchUse(() => this._tellOfUse());
         this._connect(shell.display, 'window-created', (_display, window) => this._add(window));
         this._connect(shell.display, 'notify::focus-window', () => this._schedule());
         this._connect(shell.display, 'restacked', () => this._schedule());
@@ -183,6 +183,11 @@ class WindowService {
         this._client = owner;
         this._watcher = this._watcher === owner ? owner : null;
         this._name ??= Gio.bus_own_name_on_connection(this._bus, BUS_NAME, Gio.BusNameOwnerFlags.NONE, null, null);
+    }
+
+    _tellOfUse() {
+        if (this._client)
+            this._emit(this._client, 'Used', null);
     }
 
     _connect(object, signal, handler) {

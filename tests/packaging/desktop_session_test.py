@@ -21,6 +21,8 @@ PROGRAMS = ["dbus", "libglib2.0-bin", "libxcb-xtest0", "procps", "python3", "pyt
 # Panels draw their icons with these.
 ICONS = ["adwaita-icon-theme", "librsvg2-common"]
 
+CASTS = ["gstreamer1.0-pipewire", "gstreamer1.0-tools", "pipewire-pulse", "pulseaudio-utils", "wireplumber"]
+
 
 class Run(NamedTuple):
     """A test, what its virtual desktop is given, and what is set for it."""
@@ -44,11 +46,12 @@ PANEL = ("--tray", "none", "--accessibility")
 GNOME_RUNS = (
     Run("gnome_test.py"),
     Run("gnome_panel_test.py", PANEL),
+    Run("gnome_share_test.py", (*PANEL, "--media")),
     Run("gnome_panel_test.py", (*PANEL, "--size", "2560x1600"), ("MUTTER_DEBUG_DUMMY_MONITOR_SCALES=2",)),
     Run("gnome_panel_test.py", PANEL, ("MUTTER_DEBUG_NUM_DUMMY_MONITORS=2",)),
 )
 DESKTOPS = {
-    "gnome": WholeDesktop(["gnome-shell", "at-spi2-core", "dunst", "foot", "xwayland"], "gnome", GNOME_RUNS),
+    "gnome": WholeDesktop(["gnome-shell", "at-spi2-core", "dunst", "foot", "xwayland", *CASTS], "gnome", GNOME_RUNS),
     "cinnamon": x11_desktop("cinnamon", "cinnamon", "cinnamon-session", "cinnamon-settings-daemon", "muffin", "nemo", "xapp-sn-watcher"),
     "lxde": x11_desktop("lxde", "lxde-core", "lxde-session", "lxpanel", "notification-daemon", "openbox", "pcmanfm"),
     "lxqt": x11_desktop("lxqt", "lxqt-globalkeys", "lxqt-notificationd", "lxqt-panel", "lxqt-policykit", "lxqt-qtplugin", "lxqt-runner",

@@ -148,6 +148,11 @@ TEST_F(GnomePanelTest, ClickTellsWhereTheButtonIs) {
     ASSERT_TRUE(spinUntil([&] { return !clicks.empty(); }));
     EXPECT_THAT(clicks, ElementsAre(Platform::EventType::leftMouseUp));
     EXPECT_EQ(item->frame(), (Platform::Rect{1200, 31, 0, 0}));
+    int secondClicks = 0;
+    item->setSecondaryAction([&] { ++secondClicks; });
+    shell.call(QStringLiteral("MiddleClickButton"), {1210, 31});
+    EXPECT_TRUE(spinUntil([&] { return secondClicks == 1; }));
+    EXPECT_EQ(clicks.size(), 1U);
 }
 
 TEST_F(GnomePanelTest, MenuIsCurtainsOwn) {
@@ -212,6 +217,14 @@ TEST_F(GnomePanelTest, CurtainHearsWhenItsUserTurnsToTheShell) {
     standInPanel();
     shell.call(QStringLiteral("Use"));
     EXPECT_TRUE(spinUntil([&] { return uses == 1; }));
+    // It is told nobody else.
+    auto bus = QDBusConnection::sessionBus();
+    ASSERT_TRUE(bus.unregisterService(curtainName));
+    shell.call(QStringLiteral("Use"));
+    ASSERT_TRUE(bus.registerService(curtainName));
+    shell.call(QStringLiteral("Use"));
+    EXPECT_TRUE(spinUntil([&] { return uses > 1; }));
+    EXPECT_EQ(uses, 2);
 }
 
 } // namespace

@@ -42,6 +42,7 @@ const CONTROL = `<node>
   <method name="LosePanel"/>
   <method name="Button"><arg type="as" direction="out"/></method>
   <method name="ClickButton"><arg type="i" direction="in"/><arg type="i" direction="in"/></method>
+  <method name="MiddleClickButton"><arg type="i" direction="in"/><arg type="i" direction="in"/></method>
   <method name="OpenMenu"/>
   <method name="Menu"><arg type="as" direction="out"/></method>
   <method name="Choose"><arg type="s" direction="in"/></method>
@@ -287,6 +288,7 @@ class Control {
 
     Button() { return this._button?.described ?? []; }
     ClickButton(x, y) { this._button.item.activate(x, y); }
+    MiddleClickButton(x, y) { this._button.item.activateSecondarily(x, y); }
     OpenMenu() { this._button.openMenu(); }
     Menu() {
         const texts = (this._button?.menu ?? []).map(entry => entry.isSeparator ? '-' : entry.isEnabled ? entry.title : `(${entry.title})`);
