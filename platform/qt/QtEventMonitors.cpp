@@ -48,10 +48,12 @@ bool isForMenu(QObject& receiver) {
     return false;
 }
 
-/// It opened above another window, and takes Escape for itself.
+/// It opened above another window, and takes Escape for itself. The popover, which compositors take for a
+/// dialog, has no frame.
 bool isForDialog(const QObject& receiver) {
     const auto* const window = qobject_cast<const QWindow*>(&receiver);
-    return window != nullptr && window->type() == Qt::Dialog;
+    return window != nullptr && window->type() == Qt::Dialog &&
+           !window->flags().testFlag(Qt::FramelessWindowHint);
 }
 
 /// Sees what the application's windows receive, before they do.
