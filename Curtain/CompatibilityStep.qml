@@ -6,6 +6,9 @@ WizardPage {
     id: page
 
     readonly property bool isCompatible: vm.isCompatibilityKnown && vm.isCompatible
+    function findingOf(isOk: bool): string {
+        return vm.text(isOk ? "looksGood" : "attentionNeeded");
+    }
     readonly property bool isUnsupported: vm.isCompatibilityKnown && !vm.isCompatible
 
     hasButton: isCompatible
@@ -56,17 +59,20 @@ WizardPage {
 
             WizardRow {
                 objectName: "system"
+                finding: page.findingOf(isOk)
                 isFirst: true
                 isOk: page.isCompatible
                 title: page.vm.text("wizCompatCheckOS")
             }
             WizardRow {
                 objectName: "devices"
+                finding: page.findingOf(isOk)
                 isOk: page.vm.hasCameraOrMicrophone
                 title: page.vm.text("wizCompatCheckCamMic")
             }
             WizardRow {
                 objectName: "apps"
+                finding: page.findingOf(isOk)
                 isOk: page.vm.hasVideoApps
                 title: page.vm.text("wizCompatCheckApps")
                 detail: page.vm.videoApps

@@ -102,7 +102,7 @@ Rectangle {
                 }
                 background: Rectangle {
                     radius: Theme.tabRadius
-                    color: tab.isCurrent ? Theme.card : tab.hovered ? Theme.wellHover : "transparent"
+                    color: tab.isCurrent ? Theme.raised : tab.hovered ? Theme.wellHover : "transparent"
                     border.width: tab.isCurrent ? 1 : 0
                     border.color: Theme.hairline
 

@@ -45,7 +45,7 @@ FocusScope {
         radius: Theme.fieldRadius
         color: recorder.enabled ? Theme.card : Theme.window
         border.width: activeFocus ? 2 : 1
-        border.color: activeFocus ? Theme.accent : hover.hovered ? Theme.edgeHover : Theme.edge
+        border.color: activeFocus ? Theme.accent : hover.hovered ? Theme.fieldEdgeHover : Theme.fieldEdge
         activeFocusOnTab: true
         Accessible.role: Accessible.HotkeyField
         Accessible.name: recorder.name

@@ -13,7 +13,7 @@ WizardPage {
         objectName: "logo"
         anchors.horizontalCenter: parent.horizontalCenter
         y: 74
-        source: "qrc:/curtain/logo.svg"
+        source: Theme.isDark ? "qrc:/curtain/logo-dark.svg" : "qrc:/curtain/logo.svg"
         sourceSize: Qt.size(200, 52)
         Accessible.role: Accessible.Graphic
         Accessible.name: "Curtain"

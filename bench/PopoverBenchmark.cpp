@@ -27,7 +27,7 @@ struct ShownPopover : TestSupport::ReadinessWorld {
     ShownPopover() {
         makeRisky();
         makeView();
-        engine.style().setReducedMotion(true);
+        engine.style().setAppearance({.isMotionReduced = true});
         item = engine.makeItem(content());
         window.resize(size);
         item->setParentItem(window.contentItem());

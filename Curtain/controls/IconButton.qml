@@ -1,6 +1,6 @@
 import QtQuick
 
-/// A symbol to click on: 28 points unless told otherwise, tinted while `on`, round and dark on a picture. `tip` is
+/// A symbol to click on: 28 points unless told otherwise, tinted while `on`, round and dark on a picture, light there while `on`. `tip` is
 /// its name.
 ButtonBase {
     id: control
@@ -22,14 +22,16 @@ ButtonBase {
             name: control.symbol
             size: control.symbolSize
             color: !control.enabled ? Theme.disabledInk
-                : control.isOverPicture ? Theme.overlayInk
+                : control.isOverPicture ? (control.on ? Theme.overlayOnInk : Theme.overlayInk)
                 : control.on ? (control.down ? Theme.accentPressed : control.hovered ? Theme.accentHover : Theme.accent)
                 : control.hovered || control.down ? control.inkHover : control.ink
         }
     }
     background: Rectangle {
         radius: control.isOverPicture ? width / 2 : Theme.fieldRadius
-        color: control.isOverPicture
+        color: control.isOverPicture && control.on
+            ? (control.down ? Theme.overlayOnPressed : control.hovered ? Theme.overlayOnHover : Theme.overlayOn)
+            : control.isOverPicture
             ? (control.down ? Theme.overlayPressed : control.hovered ? Theme.overlayHover : Theme.overlay)
             : control.on
             ? (control.down ? Theme.accentTintPressed : control.hovered ? Theme.accentTintHover : Theme.accentTint)

@@ -55,7 +55,7 @@ T.ComboBox {
         radius: Theme.fieldRadius
         color: picker.enabled ? Theme.card : Theme.window
         border.width: picker.down ? 2 : 1
-        border.color: picker.down ? Theme.accent : picker.hovered ? Theme.edgeHover : Theme.edge
+        border.color: picker.down ? Theme.accent : picker.hovered ? Theme.fieldEdgeHover : Theme.fieldEdge
 
         FocusRing { visible: picker.visualFocus }
     }

@@ -7,6 +7,9 @@ Item {
     property int index: 0
     property int total: 0
 
+    readonly property color leftColor: LayoutMirroring.enabled ? Theme.progressEnd : Theme.progressStart
+    readonly property color rightColor: LayoutMirroring.enabled ? Theme.progressStart : Theme.progressEnd
+
     implicitWidth: row.implicitWidth
     implicitHeight: 7
     Accessible.role: Accessible.ProgressBar
@@ -14,7 +17,7 @@ Item {
 
     Row {
         id: row
-        anchors.horizontalCenter: parent.horizontalCenter
+        x: Math.round((parent.width - width) / 2)
         spacing: 6
 
         Repeater {
@@ -40,17 +43,36 @@ Item {
 
                     Behavior on opacity { NumberAnimation { duration: Theme.dotTime; easing.type: Theme.easing } }
                 }
-                Rectangle {
+                // Ends of their own: a gradient is drawn without smooth corners.
+                Item {
                     anchors.fill: parent
-                    radius: height / 2
                     opacity: dot.isCurrent ? 1 : 0
-                    gradient: Gradient {
-                        orientation: Gradient.Horizontal
-                        GradientStop { position: 0; color: dots.LayoutMirroring.enabled ? Theme.progressEnd : Theme.progressStart }
-                        GradientStop { position: 1; color: dots.LayoutMirroring.enabled ? Theme.progressStart : Theme.progressEnd }
-                    }
 
                     Behavior on opacity { NumberAnimation { duration: Theme.dotTime; easing.type: Theme.easing } }
+
+                    Rectangle {
+                        width: 7
+                        height: 7
+                        radius: 3.5
+                        color: dots.leftColor
+                    }
+                    Rectangle {
+                        x: parent.width - 7
+                        width: 7
+                        height: 7
+                        radius: 3.5
+                        color: dots.rightColor
+                    }
+                    Rectangle {
+                        x: 3
+                        width: Math.max(0, parent.width - 6)
+                        height: 7
+                        gradient: Gradient {
+                            orientation: Gradient.Horizontal
+                            GradientStop { position: 0; color: dots.leftColor }
+                            GradientStop { position: 1; color: dots.rightColor }
+                        }
+                    }
                 }
             }
         }

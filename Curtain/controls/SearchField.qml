@@ -36,7 +36,7 @@ T.TextField {
         radius: Theme.fieldRadius
         color: field.enabled ? Theme.card : Theme.window
         border.width: field.activeFocus ? 2 : 1
-        border.color: field.activeFocus ? Theme.accent : field.hovered ? Theme.edgeHover : Theme.edge
+        border.color: field.activeFocus ? Theme.accent : field.hovered ? Theme.fieldEdgeHover : Theme.fieldEdge
     }
 
     cursorDelegate: Rectangle {

@@ -56,7 +56,7 @@ Rectangle {
                 }
                 background: Rectangle {
                     radius: Theme.segmentRadius
-                    color: segment.isCurrent ? Theme.card : segment.hovered ? Theme.wellHover : "transparent"
+                    color: segment.isCurrent ? Theme.raised : segment.hovered ? Theme.wellHover : "transparent"
                     border.width: segment.isCurrent ? 1 : 0
                     border.color: Theme.hairline
 

@@ -44,7 +44,7 @@ T.Switch {
             width: 16
             height: 16
             radius: 8
-            color: Theme.card
+            color: Theme.accentInk
 
             Behavior on x {
                 enabled: !control.down

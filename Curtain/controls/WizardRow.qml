@@ -7,13 +7,15 @@ Item {
     property bool isOk: true
     property string title
     property string detail
+    /// The mark in a word, for those who do not see it.
+    property string finding
     /// A line parts the first row from nothing.
     property bool isFirst: false
 
     implicitWidth: parent.width
     implicitHeight: Math.max(detail === "" ? 46 : 56, words.implicitHeight + 20)
     Accessible.role: Accessible.ListItem
-    Accessible.name: detail === "" ? title : title + ", " + detail
+    Accessible.name: [title, detail].filter(part => part !== "").join(", ") + (finding === "" ? "" : ": " + finding)
 
     Rectangle {
         visible: !row.isFirst

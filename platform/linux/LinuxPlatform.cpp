@@ -1,6 +1,8 @@
 #include "platform/linux/LinuxPlatform.h"
 
 #include "platform/linux/SessionWindows.h"
+#include "platform/linux/appearance/DesktopColorScheme.h"
+#include "platform/linux/appearance/HighContrast.h"
 #include "platform/linux/appearance/ReducedMotion.h"
 #include "platform/linux/apps/AppIdentity.h"
 #include "platform/linux/apps/DesktopEntries.h"
@@ -147,8 +149,19 @@ struct Session {
     QtPlatform::QtScreens screens{linkTo(windowManager.get(), sway.get(), environment)};
     QtPlatform::ViewLibrary views;
     std::unique_ptr<ScopedApps> scopedApps;
-    ReducedMotion motion{QDBusConnection::sessionBus(),
-                         [this](bool isReduced) { views.setReducedMotion(isReduced); }};
+    QtPlatform::Appearance appearance;
+    ReducedMotion motion{QDBusConnection::sessionBus(), [this](bool isReduced) {
+                             appearance.isMotionReduced = isReduced;
+                             views.setAppearance(appearance);
+                         }};
+    HighContrast contrast{QDBusConnection::sessionBus(), [this](bool isHigh) {
+                              appearance.isContrastHigh = isHigh;
+                              views.setAppearance(appearance);
+                          }};
+    DesktopColorScheme colorScheme{QDBusConnection::sessionBus(), [this](std::optional<ColorScheme> scheme) {
+                                       appearance.isDark = scheme == ColorScheme::dark;
+                                       views.setAppearance(appearance);
+                                   }};
     std::unique_ptr<LoginManager> loginManager;
     /// Null in other sessions than GNOME's.
     std::unique_ptr<DBusSignal> shellUse;

@@ -12,19 +12,26 @@ namespace {
 
 class QtViewToolkit : public ViewToolkit {
 public:
-    void setReducedMotion(bool isReduced) override { engine_.style().setReducedMotion(isReduced); }
+    void setAppearance(const Appearance& appearance) override {
+        windowEngine_.style().setAppearance(appearance);
+        auto light = appearance;
+        light.isDark = false;
+        popoverEngine_.style().setAppearance(light);
+    }
 
     std::unique_ptr<Platform::Popover> makePopover(const QtScreens& screens,
                                                    WindowManagerLink windowManager) override {
-        return std::make_unique<QtPopover>(engine_, screens, std::move(windowManager));
+        return std::make_unique<QtPopover>(popoverEngine_, screens, std::move(windowManager));
     }
 
     std::unique_ptr<Platform::Windows> makeWindows(WindowManagerLink windowManager) override {
-        return std::make_unique<QtWindows>(engine_, std::move(windowManager));
+        return std::make_unique<QtWindows>(windowEngine_, std::move(windowManager));
     }
 
 private:
-    ViewEngine engine_;
+    // One for each appearance, since the colours of an engine are those of all its views.
+    ViewEngine popoverEngine_;
+    ViewEngine windowEngine_;
 };
 
 } // namespace

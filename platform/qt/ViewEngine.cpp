@@ -45,9 +45,9 @@ QString familyWith(const QString& family, const QString& language) {
 
 } // namespace
 
-void DesktopStyle::setReducedMotion(bool reduced) {
-    if (reduced != reducedMotion_) {
-        reducedMotion_ = reduced;
+void DesktopStyle::setAppearance(const Appearance& appearance) {
+    if (appearance != appearance_) {
+        appearance_ = appearance;
         Q_EMIT changed();
     }
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/View.h"
+#include "platform/qt/Appearance.h"
 
 #include <QObject>
 #include <QString>
@@ -16,13 +17,17 @@ namespace QtPlatform {
 class DesktopStyle : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool reducedMotion READ reducedMotion NOTIFY changed)
-
+    Q_PROPERTY(bool isDark READ isDark NOTIFY changed)
+    Q_PROPERTY(bool isContrastHigh READ isContrastHigh NOTIFY changed)
     Q_PROPERTY(QString language READ language WRITE setLanguage NOTIFY changed)
     Q_PROPERTY(QString fontFamily READ fontFamily NOTIFY changed)
 
 public:
-    bool reducedMotion() const { return reducedMotion_; }
-    void setReducedMotion(bool reduced);
+    bool reducedMotion() const { return appearance_.isMotionReduced; }
+    bool isDark() const { return appearance_.isDark; }
+    bool isContrastHigh() const { return appearance_.isContrastHigh; }
+    const Appearance& appearance() const { return appearance_; }
+    void setAppearance(const Appearance& appearance);
     /// That of the views' texts, by its two-letter code.
     const QString& language() const { return language_; }
     void setLanguage(const QString& language);
@@ -32,7 +37,7 @@ Q_SIGNALS:
     void changed();
 
 private:
-    bool reducedMotion_ = false;
+    Appearance appearance_;
     QString language_ = QStringLiteral("en");
 };
 

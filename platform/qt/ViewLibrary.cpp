@@ -45,7 +45,7 @@ ViewToolkit* ViewLibrary::toolkit() {
         isTried_ = true;
         if (auto* const make = load()) {
             toolkit_.reset(make());
-            toolkit_->setReducedMotion(isMotionReduced_);
+            toolkit_->setAppearance(appearance_);
         } else {
             log_.writeLine("Curtain: its windows cannot be shown: " + std::string(dlerror()));
         }
@@ -53,10 +53,10 @@ ViewToolkit* ViewLibrary::toolkit() {
     return toolkit_.get();
 }
 
-void ViewLibrary::setReducedMotion(bool isReduced) {
-    isMotionReduced_ = isReduced;
+void ViewLibrary::setAppearance(const Appearance& appearance) {
+    appearance_ = appearance;
     if (toolkit_) {
-        toolkit_->setReducedMotion(isReduced);
+        toolkit_->setAppearance(appearance);
     }
 }
 

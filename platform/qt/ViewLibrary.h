@@ -28,7 +28,7 @@ public:
     /// Loads it if need be. Null when that failed, which the log then tells once.
     ViewToolkit* toolkit();
     /// For the toolkit when it is there.
-    void setReducedMotion(bool isReduced);
+    void setAppearance(const Appearance& appearance);
 
 private:
     MakeViewToolkit* load();
@@ -36,7 +36,7 @@ private:
     Platform::Log& log_;
     int file_;
     bool isTried_ = false;
-    bool isMotionReduced_ = false;
+    Appearance appearance_;
     std::unique_ptr<ViewToolkit> toolkit_;
 };
 

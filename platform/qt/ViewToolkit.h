@@ -2,6 +2,7 @@
 
 #include "platform/Popover.h"
 #include "platform/Windows.h"
+#include "platform/qt/Appearance.h"
 #include "platform/qt/QtScreens.h"
 #include "platform/qt/WindowManagerLink.h"
 
@@ -15,7 +16,8 @@ class ViewToolkit {
 public:
     virtual ~ViewToolkit() = default;
 
-    virtual void setReducedMotion(bool isReduced) = 0;
+    /// Applies to what is shown and to what will be. The popover stays light.
+    virtual void setAppearance(const Appearance& appearance) = 0;
     /// `screens` outlives the popover.
     virtual std::unique_ptr<Platform::Popover> makePopover(const QtScreens& screens,
                                                            WindowManagerLink windowManager) = 0;

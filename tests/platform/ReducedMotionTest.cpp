@@ -1,5 +1,6 @@
 #include "platform/linux/appearance/ReducedMotion.h"
 
+#include "platform/linux/appearance/HighContrast.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/PrivateBus.h"
 
@@ -126,6 +127,23 @@ TEST_F(ReducedMotionTest, FollowsChanges) {
     portal->change(gnome, true);
     EXPECT_TRUE(comesToBe(false));
     EXPECT_THAT(answers, testing::ElementsAre(true, false));
+}
+
+TEST_F(ReducedMotionTest, HighContrastIsToldInTheSameWay) {
+    const Key contrast{"org.freedesktop.appearance", "contrast"};
+    const Key gnomes{"org.gnome.desktop.a11y.interface", "high-contrast"};
+    for (const auto& [key, value] : {std::pair{contrast, QVariant(1U)}, {gnomes, QVariant(true)}}) {
+        SCOPED_TRACE(key.second.toStdString());
+        answers.clear();
+        portal->reads = 0;
+        portal->values = {{key, value}};
+        const LinuxPlatform::HighContrast high(bus.connect("curtain"),
+                                               [this](bool isHigh) { answers.push_back(isHigh); });
+        ASSERT_TRUE(spinUntil([this] { return portal->reads == 2; }));
+        EXPECT_TRUE(comesToBe(true));
+        portal->change(key, key == gnomes ? QVariant(false) : QVariant(0U));
+        EXPECT_TRUE(comesToBe(false));
+    }
 }
 
 } // namespace

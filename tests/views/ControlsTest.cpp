@@ -5,10 +5,19 @@
 #include <QDirIterator>
 #include <QFontDatabase>
 #include <QGlyphRun>
+#include <QQmlComponent>
 #include <QRawFont>
 #include <QTemporaryDir>
 #include <QTextLayout>
 #include <QUrl>
+
+#include <algorithm>
+#include <cmath>
+#include <initializer_list>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace TestSupport {
 namespace {
@@ -186,6 +195,100 @@ TEST_F(Controls, AnIconThatIsNotThereLeavesThePlaceholder) {
     EXPECT_FALSE(icon->property("isFound").toBool());
     EXPECT_THAT(takeWarnings(), testing::IsEmpty());
 }
+
+/// The colours of Theme.qml in each appearance.
+class Colours : public testing::TestWithParam<QtPlatform::Appearance> {
+protected:
+    Colours() {
+        engine_.style().setAppearance(GetParam());
+        QQmlComponent component(&engine_.engine());
+        component.setData("import QtQuick\nimport \"qrc:/Curtain/controls\"\nQtObject { readonly property "
+                          "var theme: Theme\n"
+                          "function headerTint(tone) { return Theme.headerTint(tone); }\n"
+                          "function riskTint(tone) { return Theme.riskTint(tone); } }",
+                          QUrl());
+        holder_.reset(component.create());
+        EXPECT_NE(holder_, nullptr) << component.errorString().toStdString();
+    }
+
+    QColor color(const char* token) const {
+        const auto value = holder_->property("theme").value<QObject*>()->property(token);
+        EXPECT_TRUE(value.isValid()) << token;
+        return value.value<QColor>();
+    }
+
+    QColor tint(const char* function, const char* tone) const {
+        QVariant result;
+        QMetaObject::invokeMethod(holder_.get(), function, Q_RETURN_ARG(QVariant, result),
+                                  Q_ARG(QVariant, QString::fromLatin1(tone)));
+        return result.value<QColor>();
+    }
+
+    /// As the guidelines for accessible web content define it.
+    static double contrast(const QColor& one, const QColor& other) {
+        const auto [darker, lighter] = std::minmax(luminance(one), luminance(other));
+        return (lighter + 0.05) / (darker + 0.05);
+    }
+
+    void expectContrast(double least, std::initializer_list<const char*> tokens,
+                        std::initializer_list<const char*> grounds) const {
+        for (const auto* const token : tokens) {
+            for (const auto* const ground : grounds) {
+                EXPECT_GE(contrast(color(token), color(ground)), least) << token << " on " << ground;
+            }
+        }
+    }
+
+private:
+    static double luminance(const QColor& color) {
+        const auto linear = [](double part) {
+            return part <= 0.03928 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+        };
+        return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) +
+               0.0722 * linear(color.blueF());
+    }
+
+    QtPlatform::ViewEngine engine_;
+    std::unique_ptr<QObject> holder_;
+};
+
+TEST_P(Colours, WordsCanBeReadOnWhatTheyStandOn) {
+    const double words = GetParam().isContrastHigh ? 7 : 4.5;
+    expectContrast(words, {"ink", "ink2", "ink3", "accent", "greenText", "orangeText", "redText", "grayText"},
+                   {"window", "card"});
+    expectContrast(4.5, {"ink"},
+                   {"well", "wellHover", "wellPressed", "raised", "quietHover", "quietPressed"});
+    expectContrast(4.5, {"accent"}, {"accentTint"});
+    expectContrast(4.5, {"accentHover"}, {"accentTintHover"});
+    expectContrast(4.5, {"accentPressed"}, {"accentTintPressed"});
+    expectContrast(4.5, {"accentInk"}, {"accent", "accentHover", "accentPressed"});
+    expectContrast(4.5, {"stageInk"}, {"stage"});
+    for (const auto& [tone, text] : {std::pair{"green", "greenText"},
+                                     {"orange", "orangeText"},
+                                     {"red", "redText"},
+                                     {"gray", "grayText"}}) {
+        EXPECT_GE(contrast(color(text), tint("headerTint", tone)), 4.5) << tone;
+        EXPECT_GE(contrast(color(text), tint("riskTint", tone)), 4.5) << tone;
+    }
+}
+
+TEST_P(Colours, MarksAndTheEdgesOfFieldsCanBeSeen) {
+    expectContrast(3, {"green", "orange", "red", "gray", "fieldEdge", "fieldEdgeHover", "accent"},
+                   {"window", "card"});
+    expectContrast(3, {"switchOff", "switchOffHover", "switchOffPressed"}, {"card"});
+    expectContrast(3, {"accentInk"}, {"switchOff", "accent"});
+}
+
+std::string nameOf(const testing::TestParamInfo<QtPlatform::Appearance>& info) {
+    return std::string(info.param.isDark ? "dark" : "light") +
+           (info.param.isContrastHigh ? "HighContrast" : "");
+}
+
+INSTANTIATE_TEST_SUITE_P(Appearances, Colours,
+                         testing::Values(QtPlatform::Appearance{}, QtPlatform::Appearance{.isDark = true},
+                                         QtPlatform::Appearance{.isContrastHigh = true},
+                                         QtPlatform::Appearance{.isDark = true, .isContrastHigh = true}),
+                         nameOf);
 
 /// The faces that draw these words in a language of the interface.
 std::vector<std::string> facesOf(const QString& words, const QString& language) {

@@ -716,7 +716,7 @@ TEST_F(Popover, RestsWhileNothingChanges) {
 TEST_F(Popover, ARefreshIsOneFrame) {
     world.makeRisky();
     show();
-    shown->engine().style().setReducedMotion(true);
+    shown->engine().style().setAppearance({.isMotionReduced = true});
     shown->settle();
     const auto drawn = [&] {
         QStringList all;
@@ -747,7 +747,7 @@ TEST_F(Popover, ARefreshIsOneFrame) {
 TEST_F(Popover, NothingMovesWhereMotionIsReduced) {
     world.makeRisky();
     show();
-    shown->engine().style().setReducedMotion(true);
+    shown->engine().style().setAppearance({.isMotionReduced = true});
     world.workspace.quitAll();
     world.coordinator.refresh();
     EXPECT_EQ(property(shown->find("riskRow"), "shownScore"), std::to_string(world.view->score()));

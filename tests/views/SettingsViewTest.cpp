@@ -127,6 +127,27 @@ TEST_F(SettingsViewTest, FitsItsWordsInEveryLanguage) {
     }
 }
 
+TEST_F(SettingsViewTest, FollowsADarkDesktopAndHighContrast) {
+    const std::vector<std::pair<std::string, QtPlatform::Appearance>> appearances{
+        {"dark", {.isDark = true, .isMotionReduced = true}},
+        {"contrast", {.isContrastHigh = true, .isMotionReduced = true}},
+        {"dark-contrast", {.isDark = true, .isContrastHigh = true, .isMotionReduced = true}}};
+    for (const auto* const language : {"en", "ru", "ar"}) {
+        speak(language);
+        auto view = show(Motion::reduced);
+        for (const auto& [name, appearance] : appearances) {
+            SCOPED_TRACE(name + ' ' + language);
+            view.engine().style().setAppearance(appearance);
+            for (const auto* const tab : {"tabGeneral", "tabApps", "tabPermissions"}) {
+                view.click(tab);
+                EXPECT_THAT(view.problems(CurtainCore::Localizer::isRightToLeft(language)), IsEmpty());
+                const auto picture = view.picture(name + "-settings-" + tab + '-' + language);
+                EXPECT_EQ(picture.pixelColor(2, 2).lightness() < 64, appearance.isDark);
+            }
+        }
+    }
+}
+
 TEST_F(SettingsViewTest, StandsWhereItIsDrawn) {
     auto view = show();
     EXPECT_EQ(view.place("tabs"), QRectF(16, 12, 408, 36));

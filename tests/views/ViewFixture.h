@@ -42,7 +42,7 @@ enum class Motion { full, reduced };
 class ShownView {
 public:
     ShownView(Platform::View view, const QSize& size, Motion motion = Motion::full) : view_(std::move(view)) {
-        engine_.style().setReducedMotion(motion == Motion::reduced);
+        engine_.style().setAppearance({.isMotionReduced = motion == Motion::reduced});
         item_ = engine_.makeItem(view_);
         window_.setColor(QColor(0xF4, 0xF5, 0xF8));
         window_.resize(size);

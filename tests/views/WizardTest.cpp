@@ -196,10 +196,14 @@ TEST_F(Wizard, BlocksAreWhereTheyBelong) {
         auto view = show(OnboardingStep::welcome());
         expect(view, {{"dots", {167, 24, 85, 7}},
                       {"logo", {110, 74, 200, 52}},
-                      {"title", {24, 160, 372, 56}},
                       {"body", {36, 226, 348, 60}},
                       {"goOn", {24, 370, 372, 40}},
                       {"note", {24, 418, 372, 16}}});
+        // As wide as its even lines, in the middle.
+        const auto title = view.place("title");
+        EXPECT_NEAR(title.center().x(), 210, 1);
+        EXPECT_EQ(title.y(), 160);
+        EXPECT_EQ(title.height(), 56);
     }
     {
         auto view = show(looks().at(1), "en");
@@ -350,7 +354,7 @@ TEST_F(Wizard, DesktopIsClearedWhenItIsGranted) {
 
 TEST_F(Wizard, WithReducedMotionTheDesktopIsClearedAtOnce) {
     auto view = show(PermissionKind::desktop);
-    view.engine().style().setReducedMotion(true);
+    view.engine().style().setAppearance({.isMotionReduced = true});
     model->requestCurrentPermission();
     settle();
     EXPECT_EQ(view.find("file0"), nullptr);
@@ -378,7 +382,7 @@ TEST_F(Wizard, MicrophoneIsShownOnceItIsGranted) {
 
 TEST_F(Wizard, BarsRiseWithTheVoice) {
     auto view = show(PermissionKind::microphone);
-    view.engine().style().setReducedMotion(true);
+    view.engine().style().setAppearance({.isMotionReduced = true});
     model->requestCurrentPermission();
     ASSERT_TRUE(isMicrophoneOn());
     for (const auto level : {0.0F, 0.05F, 0.125F, 0.13F, 0.5F, 0.8F, 1.0F}) {
@@ -662,8 +666,51 @@ TEST_F(Wizard, AssistiveTechnologyHearsWhatThePageSays) {
     };
     EXPECT_EQ(name("dots"), "2 / 6");
     EXPECT_EQ(name("title"), "Your computer is perfect for this");
-    EXPECT_EQ(name("apps"), "Video-call apps, Zoom · Teams · Meet");
+    EXPECT_EQ(name("apps"), "Video-call apps, Zoom · Teams · Meet: Looks good");
     EXPECT_EQ(name("goOn"), "Continue");
+}
+
+TEST_F(Wizard, FollowsADarkDesktop) {
+    for (const auto* const language : {"en", "ru", "ar"}) {
+        for (const auto& look : looks()) {
+            SCOPED_TRACE(std::string(look.name) + ' ' + language);
+            auto view = show(look, language);
+            view.engine().style().setAppearance({.isDark = true, .isMotionReduced = true});
+            view.settle();
+            EXPECT_THAT(view.problems(model->isRightToLeft()), IsEmpty());
+            const auto picture = view.picture(std::string("dark-wizard-") + look.name + '-' + language);
+            EXPECT_LT(picture.pixelColor(2, 2).lightness(), 64);
+        }
+    }
+}
+
+TEST_F(Wizard, TheCurrentDotIsACapsule) {
+    auto view = show(looks().at(1), "en");
+    const auto dot = view.place("dot1");
+    const auto picture = view.picture("wizard-dots");
+    const auto ratio = picture.width() / view.root().width();
+    const auto colorAt = [&](double x, double y) {
+        return picture.pixelColor(static_cast<int>(x * ratio), static_cast<int>(y * ratio));
+    };
+    // At its corners stands what is behind it, in the middle of its ends the capsule.
+    for (const auto x : {dot.left() + 0.4, dot.right() - 0.6}) {
+        EXPECT_GT(colorAt(x, dot.top() + 0.4).lightness(), 200);
+        EXPECT_GT(colorAt(x, dot.bottom() - 0.6).lightness(), 200);
+        EXPECT_LT(colorAt(x, dot.center().y()).lightness(), 200);
+    }
+}
+
+TEST_F(Wizard, NoWordOfAHeadlineStandsAlone) {
+    for (const auto& language : languages()) {
+        auto view = show(looks().at(0), language);
+        auto* const title = view.find("title");
+        ASSERT_NE(title, nullptr);
+        const auto lines = title->property("lineCount").toInt();
+        if (lines > 1) {
+            EXPECT_LE(title->property("contentWidth").toDouble(), 1.2 * title->implicitWidth() / lines)
+                << language;
+        }
+    }
 }
 
 } // namespace
