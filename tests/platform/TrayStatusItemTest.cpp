@@ -344,6 +344,17 @@ TEST_F(TrayStatusItemTest, middleButtonDoesTheSecondAction) {
     EXPECT_THAT(clicks, ElementsAre(Platform::EventType::leftMouseUp));
 }
 
+TEST_F(TrayStatusItemTest, hasNoPlaceUntilATrayHasTakenItIn) {
+    item_.setImage({"anything", 18, 18, true, {}});
+    FakeTray tray;
+    std::optional<xcb_window_t> icon;
+    ASSERT_TRUE(spinUntil([&] { return (icon = tray.request()).has_value(); }));
+    EXPECT_FALSE(item_.frame()) << "the corner of the screen, where it was made, is no place of an icon";
+    tray.embed(*icon, lightGray);
+    ASSERT_TRUE(spinUntil([&] { return item_.frame().has_value(); }));
+    EXPECT_EQ(item_.frame()->x, 10);
+}
+
 TEST_F(TrayStatusItemTest, doesNotStandOnTheDesktopWhenItsTrayDies) {
     auto tray = std::make_unique<FakeTray>();
     const auto icon = embedIn(*tray, lightGray);

@@ -314,6 +314,10 @@ void XembedIcon::draw() {
 }
 
 std::optional<QRect> XembedIcon::geometry() const {
+    const bool isInTray = parent_ != XCB_WINDOW_NONE && parent_ != connection_.root();
+    if (!isInTray) {
+        return std::nullopt;
+    }
     const XcbPointer<xcb_translate_coordinates_reply_t> origin(xcb_translate_coordinates_reply(
         connection_.get(), xcb_translate_coordinates(connection_.get(), window_, connection_.root(), 0, 0),
         nullptr));
