@@ -360,8 +360,9 @@ class Desktop:
         self.display = Display()
         self.log_folder = Path(log_folder)
         self._programs = []
-        # Programs that show the desktop may show notices too.
-        self._own_programs = {window.process for window in self._listed_windows()} - {None}
+        # Programs that show a whole desktop may show notices too.
+        is_whole = os.environ.get("VIRTUAL_DESKTOP_SESSION", "").endswith("-desktop")
+        self._own_programs = {window.process for window in self._listed_windows()} - {None} if is_whole else set()
 
     def start(self, *argv, environment=None):
         """Starts a program; a value of None takes a variable out of its environment."""

@@ -73,6 +73,18 @@ TEST_F(ScreenReadsTest, WhoFollowsTheScreenAndDoesNotReadItIsNone) {
     EXPECT_FALSE(reads.isCapture(5s, true));
 }
 
+TEST_F(ScreenReadsTest, WhoFollowsAStillScreenIsKnownByItsNextReads) {
+    reads.followScreen(0s);
+    reads.add(50ms, small);
+    EXPECT_FALSE(reads.isCapture(30s, true));
+    EXPECT_FALSE(reads.isOver(30s));
+    reads.add(30s, small);
+    EXPECT_FALSE(reads.isConspicuous()) << "two looks half a minute apart";
+    reads.add(30s + 100ms, small);
+    EXPECT_TRUE(reads.isConspicuous());
+    EXPECT_TRUE(reads.isCapture(30s + 100ms, true));
+}
+
 TEST_F(ScreenReadsTest, OneFrameASecondIsEnough) {
     addEvery(1s, 500ms, 1500ms, whole);
     EXPECT_TRUE(reads.isCapture(2s, false));

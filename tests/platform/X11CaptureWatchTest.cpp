@@ -455,7 +455,7 @@ TEST_F(X11CaptureWatchTest, ReadsThatNobodyAsksForAreTakenInNowAndThen) {
     EXPECT_EQ(news_, 1);
 }
 
-TEST_F(X11CaptureWatchTest, ACaptureShowsSoonAndWithoutBeingAskedFor) {
+TEST_F(X11CaptureWatchTest, ACaptureShowsWithoutBeingAskedFor) {
     const auto news = countNews();
     const auto reader = read("RECORDER", "image", whole_, "66");
     ASSERT_TRUE(spinUntil([&] { return news_ > 0; }, patience));

@@ -76,10 +76,13 @@ void ScreenReads::noteLargeRead(Time time) {
 }
 
 void ScreenReads::noteFollowedRead(Time time) {
-    if (followsScreen_) {
-        firstFollowedRead_ = firstFollowedRead_.value_or(time);
-        isFollower_ = isFollower_ || time - *firstFollowedRead_ >= longerThanABeginning;
+    if (!followsScreen_) {
+        return;
     }
+    if (!firstFollowedRead_ || time - *firstFollowedRead_ > memory) {
+        firstFollowedRead_ = time;
+    }
+    isFollower_ = isFollower_ || time - *firstFollowedRead_ >= longerThanABeginning;
 }
 
 bool ScreenReads::isCapture(Time now, bool followsChanges) {

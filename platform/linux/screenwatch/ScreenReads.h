@@ -49,8 +49,8 @@ public:
     /// `followsChanges`: the program asks the server what has changed on the screen.
     bool isCapture(Time now, bool followsChanges);
 
-    /// Whether any of it still matters.
-    bool isOver(Time now) const { return !isCapture_ && now - last_ > memory; }
+    /// Whether any of it still matters. That the program asked for changes does for as long as it is there.
+    bool isOver(Time now) const { return !isCapture_ && !followsScreen_ && now - last_ > memory; }
 
     /// How long a capture may pause.
     static constexpr Time memory = CaptureWatch::memory;
