@@ -82,6 +82,30 @@ SettingsPage {
         }
     }
     WarningCaption {
+        objectName: "shortcutInUse"
+        x: 1 + Theme.rowInset
+        width: parent.width - 2 * x
+        visible: page.model.shortcut.isRefused
+        text: page.model.texts.shortcutInUse
+    }
+    Row {
+        anchors.left: parent.left
+        anchors.leftMargin: 1 + Theme.rowInset
+        visible: page.model.shortcut.isRefused
+        spacing: 8
+
+        ChipButton {
+            objectName: "defaultShortcut"
+            text: page.model.texts.defaultOption
+            onClicked: page.model.shortcut.useDefault()
+        }
+        ChipButton {
+            objectName: "clearRefusedShortcut"
+            text: page.model.shortcut.text("clear_shortcut", page.model.lang)
+            onClicked: page.model.shortcut.clear()
+        }
+    }
+    WarningCaption {
         objectName: "settingsLoss"
         x: 1 + Theme.rowInset
         width: parent.width - 2 * x

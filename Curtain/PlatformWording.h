@@ -75,6 +75,8 @@ enum class PlatformKey {
     photoNotTaken,
     /// Why none can be taken.
     noPictureYet,
+    /// The shortcut does nothing, for the system has refused it.
+    shortcutInUse,
     mirrorPicture,
     moreOptions,
     clearSearch,
@@ -117,7 +119,7 @@ std::string opening(std::string_view name, std::string_view lang);
 
 template <>
 struct CurtainCore::RawValues<Curtain::PlatformKey> {
-    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 50> cases{{
+    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 51> cases{{
         {Curtain::PlatformKey::noHidingOnWayland, "noHidingOnWayland"},
         {Curtain::PlatformKey::noWindowManager, "noWindowManager"},
         {Curtain::PlatformKey::logOutOnce, "logOutOnce"},
@@ -156,6 +158,7 @@ struct CurtainCore::RawValues<Curtain::PlatformKey> {
         {Curtain::PlatformKey::photoNotSavedNotAllowed, "photoNotSavedNotAllowed"},
         {Curtain::PlatformKey::photoNotTaken, "photoNotTaken"},
         {Curtain::PlatformKey::noPictureYet, "noPictureYet"},
+        {Curtain::PlatformKey::shortcutInUse, "shortcutInUse"},
         {Curtain::PlatformKey::mirrorPicture, "mirrorPicture"},
         {Curtain::PlatformKey::moreOptions, "moreOptions"},
         {Curtain::PlatformKey::clearSearch, "clearSearch"},

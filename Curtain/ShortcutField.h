@@ -20,6 +20,8 @@ class ShortcutField : public QObject {
     Q_OBJECT
     /// The combination, empty for none.
     Q_PROPERTY(QString combination READ combination NOTIFY changed)
+    /// Whether it does nothing, for the system has refused it.
+    Q_PROPERTY(bool isRefused READ isRefused NOTIFY changed)
     Q_PROPERTY(bool isRecording READ isRecording NOTIFY changed)
     Q_PROPERTY(bool hasAlert READ hasAlert NOTIFY alertChanged)
     /// What the alert is about: the refused combination, the message and the explanation, which may be empty.
@@ -36,6 +38,7 @@ public:
     ~ShortcutField() override;
 
     QString combination() const;
+    bool isRefused() const { return recorder_.isRefused(); }
     bool isRecording() const { return recorder_.isRecording(); }
     bool hasAlert() const { return alert_.has_value(); }
     QString alertCombination() const;
@@ -48,6 +51,7 @@ public:
     Q_INVOKABLE void begin(QObject* window);
     Q_INVOKABLE void end();
     Q_INVOKABLE void clear() { recorder_.clear(); }
+    Q_INVOKABLE void useDefault() { recorder_.useDefault(); }
     Q_INVOKABLE void forceUse();
     Q_INVOKABLE void dismissAlert();
     /// A text by its key.

@@ -23,10 +23,7 @@ HotKeyCenter::~HotKeyCenter() {
 }
 
 void HotKeyCenter::registerShortcut(const Shortcut& shortcut, Handler onKeyDown, Handler onKeyUp) {
-    const bool isRegistered =
-        std::ranges::any_of(hotKeys_, [&](const auto& entry) { return entry.second.shortcut == shortcut; }) ||
-        std::ranges::find(waiting_, shortcut, &HotKey::shortcut) != waiting_.end();
-    if (isRegistered) {
+    if (holds(shortcut)) {
         return;
     }
     if (isPaused_) {
@@ -45,6 +42,12 @@ void HotKeyCenter::registerShortcut(const Shortcut& shortcut, Handler onKeyDown,
             service_.installEventHandler([this](auto event, auto eventId) { handle(event, eventId); });
     }
     hotKeys_.emplace(id, HotKey{shortcut, std::move(onKeyDown), std::move(onKeyUp)});
+}
+
+bool HotKeyCenter::holds(const Shortcut& shortcut) const {
+    return std::ranges::any_of(hotKeys_,
+                               [&](const auto& entry) { return entry.second.shortcut == shortcut; }) ||
+           std::ranges::find(waiting_, shortcut, &HotKey::shortcut) != waiting_.end();
 }
 
 void HotKeyCenter::unregisterShortcut(const Shortcut& shortcut) {

@@ -28,6 +28,8 @@ public:
     /// inactive.
     void registerShortcut(const Shortcut& shortcut, Handler onKeyDown, Handler onKeyUp);
     void unregisterShortcut(const Shortcut& shortcut);
+    /// Whether it is registered, or will be tried after the pause.
+    bool holds(const Shortcut& shortcut) const;
 
     /// Gives the keys back to whoever has the keyboard until `resume`. Shortcuts may be registered and
     /// unregistered meanwhile.

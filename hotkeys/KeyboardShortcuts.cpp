@@ -40,6 +40,12 @@ void KeyboardShortcuts::setShortcut(const std::optional<Shortcut>& shortcut, con
     observers_.tell({shortcutByNameDidChange, {{nameKey, name}}});
 }
 
+bool KeyboardShortcuts::isRefused(const Name& name) const {
+    const auto registered = registered_.find(name.rawValue);
+    return registered != registered_.end() && store_.shortcut(name) == registered->second &&
+           !center_.holds(registered->second);
+}
+
 Platform::Subscription KeyboardShortcuts::onKeyUp(const Name& name, Action action) {
     auto subscription = keyUpActions_[name.rawValue].add(std::move(action));
     registerIfNeeded(name);

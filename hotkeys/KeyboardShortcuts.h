@@ -41,6 +41,8 @@ public:
     std::optional<Shortcut> getShortcut(const Name& name) const;
     /// Takes effect at once, in the store and in the system; announced to the observers.
     void setShortcut(const std::optional<Shortcut>& shortcut, const Name& name);
+    /// Whether somebody listens for the name and the system has refused its shortcut.
+    bool isRefused(const Name& name) const;
 
     /// Calls `action` when the key of the name's shortcut is let go, for as long as the subscription lives;
     /// it ends before this object does.

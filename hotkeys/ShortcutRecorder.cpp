@@ -101,9 +101,15 @@ bool ShortcutRecorder::keyDown(const KeyPress& press) {
 
 void ShortcutRecorder::keyUp() {
     isKeyDown_ = false;
-    if (!isRecording_) {
+    if (!isRecording_ && pause_) {
         pause_.reset();
+        // Only now has the system been asked for the shortcut.
+        changed();
     }
+}
+
+void ShortcutRecorder::useDefault() {
+    services_.shortcuts.setShortcut(name_.defaultShortcut, name_);
 }
 
 void ShortcutRecorder::clear() {

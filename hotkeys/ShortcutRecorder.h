@@ -64,6 +64,8 @@ public:
     bool isRecording() const { return isRecording_; }
     /// Empty when there is no shortcut.
     std::string description() const;
+    /// Whether the shortcut does nothing, for the system has refused it.
+    bool isRefused() const { return services_.shortcuts.isRefused(name_); }
 
     /// The field has the focus: until the end of the recording no shortcut of the program acts.
     void begin();
@@ -73,6 +75,8 @@ public:
     /// A key other than a modifier was let go, or the window lost the keyboard.
     void keyUp();
     void clear();
+    /// Takes what a user has who never chose anything.
+    void useDefault();
     /// Takes the combination that the last alert was about.
     void forceUse();
 

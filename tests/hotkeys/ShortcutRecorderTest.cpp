@@ -307,6 +307,36 @@ TEST_F(ShortcutRecorderTest, ATakenCombinationIsRefusedButMayBeForced) {
     EXPECT_THAT(service.registrations, SizeIs(1));
 }
 
+TEST_F(ShortcutRecorderTest, AForcedCombinationThatTheSystemRefusesIsSaidToBeSoAndTheDefaultHelps) {
+    EXPECT_FALSE(recorder.isRefused());
+    press(keyF9, control | shift);
+    system.answer(true);
+    recorder.keyUp();
+    service.status = -9878;
+    recorder.forceUse();
+    EXPECT_EQ(stored(), controlShiftF9);
+    EXPECT_TRUE(recorder.isRefused());
+    service.status = 0;
+    changes = 0;
+    recorder.useDefault();
+    EXPECT_EQ(stored(), defaultShortcut);
+    EXPECT_FALSE(recorder.isRefused());
+    EXPECT_EQ(changes, 1);
+}
+
+TEST_F(ShortcutRecorderTest, ARefusalAfterTheKeysAreLetGoIsTold) {
+    press(keyF9, control | shift);
+    service.status = -9878;
+    system.answer(false);
+    EXPECT_FALSE(recorder.isRefused()) << "it has not been asked for yet";
+    changes = 0;
+    recorder.keyUp();
+    EXPECT_TRUE(recorder.isRefused());
+    EXPECT_EQ(changes, 1);
+    recorder.clear();
+    EXPECT_FALSE(recorder.isRefused());
+}
+
 TEST_F(ShortcutRecorderTest, RefusalIsForgottenWhenRecordingBeginsAgain) {
     press(keyP, control);
     system.answer(true);

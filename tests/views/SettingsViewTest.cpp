@@ -290,6 +290,25 @@ TEST_F(SettingsViewTest, SwitchesTheExtensionOnInEveryLanguage) {
     }
 }
 
+TEST_F(SettingsViewTest, ARefusedShortcutIsSaidInEveryLanguageWithTheWayOut) {
+    const auto name = Curtain::HotkeyManager::togglePrivacy(shortcuts);
+    const auto listener = shortcuts.onKeyUp(name, [] {});
+    for (const auto& language : languages()) {
+        SCOPED_TRACE(language);
+        speak(language);
+        platform.hotKeyService.status = -9878;
+        shortcuts.setShortcut(name.defaultShortcut, name);
+        auto view = show(Motion::reduced);
+        ASSERT_NE(view.find("shortcutInUse"), nullptr);
+        EXPECT_THAT(view.problems(CurtainCore::Localizer::isRightToLeft(language)), IsEmpty());
+        view.picture("settings-shortcut-in-use-" + language);
+        platform.hotKeyService.status = 0;
+        view.click("defaultShortcut");
+        EXPECT_EQ(view.find("shortcutInUse"), nullptr);
+        EXPECT_EQ(view.find("clearRefusedShortcut"), nullptr);
+    }
+}
+
 TEST_F(SettingsViewTest, SaysNothingOfWhatWorks) {
     auto view = show();
     EXPECT_EQ(view.find("noGlobalShortcuts"), nullptr);
