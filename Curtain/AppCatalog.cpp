@@ -104,6 +104,20 @@ std::vector<CatalogEntry> AppCatalog::allApps() const {
     return all;
 }
 
+std::vector<CatalogEntry> AppCatalog::appsToChoose() const {
+    auto apps = allApps();
+    std::set<std::string> running;
+    for (const auto& entry : runningApps()) {
+        running.insert(entry.bundleID);
+    }
+    std::ranges::stable_sort(apps, {}, [&](const CatalogEntry& entry) {
+        return running.contains(entry.bundleID)                     ? 0
+               : installed_->controlPanels.contains(entry.bundleID) ? 2
+                                                                    : 1;
+    });
+    return apps;
+}
+
 AppCatalog::Installed AppCatalog::readInstalledApps() const {
     Installed installed;
     auto& entries = installed.entries;
@@ -120,6 +134,9 @@ AppCatalog::Installed AppCatalog::readInstalledApps() const {
             const auto bundle = bundles_.open(item);
             if (!bundle || !bundle->bundleIdentifier) {
                 continue;
+            }
+            if (bundle->isControlPanel) {
+                installed.controlPanels.insert(*bundle->bundleIdentifier);
             }
             const auto name = bundle->infoDictionary.find(Platform::bundleNameKey);
             entries.push_back({*bundle->bundleIdentifier,

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -36,6 +37,9 @@ public:
     std::vector<CatalogEntry> installedApps() const;
     /// The installed and the running ones together.
     std::vector<CatalogEntry> allApps() const;
+    /// The same for somebody who looks for one: first those that run, last the pages of the desktop's
+    /// settings.
+    std::vector<CatalogEntry> appsToChoose() const;
     /// Absent when the system knows no app with this identifier.
     std::optional<Platform::Image> icon(const std::string& bundleID) const;
 
@@ -47,6 +51,8 @@ private:
     struct Installed {
         std::uint64_t generation = 0;
         std::vector<CatalogEntry> entries;
+        /// By bundle identifier.
+        std::set<std::string> controlPanels;
         /// Some do not exist, others did not answer in time.
         std::vector<std::string> unreadFolders;
     };

@@ -20,6 +20,11 @@ void AppSearch::setEntries(std::vector<CatalogEntry> entries) {
     }
 }
 
+bool AppSearch::holds(const CatalogEntry& entry, const QString& query) const {
+    const SearchText name(shownName(entry.name, entry.bundleID), lang_);
+    return name.contains(SearchText(query.simplified(), lang_));
+}
+
 std::vector<std::size_t> AppSearch::matching(const QString& query) const {
     std::vector<std::size_t> places(entries_.size());
     std::iota(places.begin(), places.end(), std::size_t{0});

@@ -23,6 +23,8 @@ public:
     void setEntries(std::vector<CatalogEntry> entries);
     /// The places of the entries whose name holds the query, in order; all for an empty one.
     std::vector<std::size_t> matching(const QString& query) const;
+    /// Whether the name of any app holds the query.
+    bool holds(const CatalogEntry& entry, const QString& query) const;
 
 private:
     std::string lang_;

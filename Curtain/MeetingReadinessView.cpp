@@ -410,7 +410,7 @@ void MeetingReadinessView::setEditingApps(bool editing) {
         return;
     }
     editingApps_ = editing;
-    apps_.setEntries(editing ? services_.catalog.allApps() : std::vector<CatalogEntry>());
+    apps_.setEntries(editing ? services_.catalog.appsToChoose() : std::vector<CatalogEntry>());
     setAppQuery({});
     fillLists();
     Q_EMIT editingAppsChanged();
@@ -420,6 +420,7 @@ void MeetingReadinessView::setAppQuery(const QString& query) {
     if (query != appQuery_) {
         appQuery_ = query;
         fillLists();
+        findApp();
         Q_EMIT appQueryChanged();
     }
 }
@@ -574,6 +575,15 @@ void MeetingReadinessView::fillLists() {
     if (hadPrivateApps != hasPrivateApps()) {
         Q_EMIT appsChanged();
     }
+}
+
+void MeetingReadinessView::findApp() {
+    const auto& rows = editedApps_.rows();
+    const auto found = std::ranges::find_if(rows, [this](const AppListRow& row) {
+        return row.kind != AppListRow::Kind::divider && apps_.holds(row.app, appQuery_);
+    });
+    foundApp_ = found == rows.end() ? -1 : static_cast<int>(found - rows.begin());
+    Q_EMIT foundAppChanged();
 }
 
 void MeetingReadinessView::setMissingPage(SettingsPage page) {

@@ -106,6 +106,9 @@ class MeetingReadinessView : public QObject {
     Q_PROPERTY(QObject* editedApps READ editedApps CONSTANT)
     Q_PROPERTY(bool editingApps READ editingApps WRITE setEditingApps NOTIFY editingAppsChanged)
     Q_PROPERTY(QString appQuery READ appQuery WRITE setAppQuery NOTIFY appQueryChanged)
+    /// The row of the edited apps that was searched for, the first of them without a query; -1 where no name
+    /// holds the query.
+    Q_PROPERTY(int foundApp READ foundApp NOTIFY foundAppChanged)
     Q_PROPERTY(
         bool showingTestShare READ showingTestShare WRITE setShowingTestShare NOTIFY showingTestShareChanged)
     Q_PROPERTY(QString cameraSettingsProblem READ cameraSettingsProblem NOTIFY settingsProblemChanged)
@@ -195,6 +198,7 @@ public:
     void setEditingApps(bool editing);
     const QString& appQuery() const { return appQuery_; }
     void setAppQuery(const QString& query);
+    int foundApp() const { return foundApp_; }
     bool showingTestShare() const { return showingTestShare_; }
     void setShowingTestShare(bool showing);
     /// What to say after that settings page could not be opened; empty otherwise.
@@ -241,6 +245,7 @@ Q_SIGNALS:
     void appsChanged();
     void editingAppsChanged();
     void appQueryChanged();
+    void foundAppChanged();
     void showingTestShareChanged();
     void settingsProblemChanged();
 
@@ -258,6 +263,7 @@ private:
     void readMicrophone();
     void readReady();
     void fillLists();
+    void findApp();
     void setMissingPage(SettingsPage page);
     QString problemWith(SettingsPage page) const;
     QString iconSource(const std::string& bundleID) const;
@@ -269,6 +275,7 @@ private:
     AppListModel editedApps_;
     AppSearch apps_;
     QString appQuery_;
+    int foundApp_ = 0;
     bool showsRisk_ = true;
     bool editingApps_ = false;
     bool showingTestShare_ = false;

@@ -77,6 +77,10 @@ enum class PlatformKey {
     noPictureYet,
     /// The shortcut does nothing, for the system has refused it.
     shortcutInUse,
+    /// In a list of apps: none of them has the name that is searched for.
+    noAppFound,
+    /// The same: there is none to be listed.
+    noAppRuns,
     mirrorPicture,
     moreOptions,
     clearSearch,
@@ -95,6 +99,8 @@ enum class PlatformKey {
     privacyModeInVain,
     /// Another program has switched privacy mode off: the title of the notice.
     privacyModeEndedTitle,
+    /// A button: opens the list of apps that can be made private.
+    choosePrivateApps,
 };
 
 /// The texts that the user sees on Linux: those of `CurtainCore::Localizer`, but for the few that would be
@@ -119,7 +125,7 @@ std::string opening(std::string_view name, std::string_view lang);
 
 template <>
 struct CurtainCore::RawValues<Curtain::PlatformKey> {
-    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 51> cases{{
+    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 54> cases{{
         {Curtain::PlatformKey::noHidingOnWayland, "noHidingOnWayland"},
         {Curtain::PlatformKey::noWindowManager, "noWindowManager"},
         {Curtain::PlatformKey::logOutOnce, "logOutOnce"},
@@ -159,6 +165,8 @@ struct CurtainCore::RawValues<Curtain::PlatformKey> {
         {Curtain::PlatformKey::photoNotTaken, "photoNotTaken"},
         {Curtain::PlatformKey::noPictureYet, "noPictureYet"},
         {Curtain::PlatformKey::shortcutInUse, "shortcutInUse"},
+        {Curtain::PlatformKey::noAppFound, "noAppFound"},
+        {Curtain::PlatformKey::noAppRuns, "noAppRuns"},
         {Curtain::PlatformKey::mirrorPicture, "mirrorPicture"},
         {Curtain::PlatformKey::moreOptions, "moreOptions"},
         {Curtain::PlatformKey::clearSearch, "clearSearch"},
@@ -171,5 +179,6 @@ struct CurtainCore::RawValues<Curtain::PlatformKey> {
         {Curtain::PlatformKey::somePrivateAppsNotCounted, "somePrivateAppsNotCounted"},
         {Curtain::PlatformKey::privacyModeInVain, "privacyModeInVain"},
         {Curtain::PlatformKey::privacyModeEndedTitle, "privacyModeEndedTitle"},
+        {Curtain::PlatformKey::choosePrivateApps, "choosePrivateApps"},
     }};
 };

@@ -193,6 +193,16 @@ SettingsPage {
                     }
                 }
             }
+            StyledText {
+                objectName: "emptyList"
+                anchors.centerIn: parent
+                width: parent.width - 2 * Theme.rowInset
+                visible: list.count === 0
+                horizontalAlignment: Text.AlignHCenter
+                wrapMode: Text.Wrap
+                text: page.model.query !== "" ? page.model.texts.noAppFound : page.model.texts.noAppRuns
+                color: Theme.ink2
+            }
             ThinScrollBar {
                 id: bar
                 x: list.LayoutMirroring.enabled ? 0 : parent.width - width

@@ -164,9 +164,28 @@ Card {
                 height: list.height
                 visible: !panel.model.hasPrivateApps
                 horizontalAlignment: Text.AlignHCenter
+                verticalAlignment: Text.AlignVCenter
+                bottomPadding: 48
                 wrapMode: Text.WordWrap
                 text: panel.model.text("addPrivateAppsHint")
                 color: Theme.ink2
+            }
+            Item {
+                anchors.left: parent.left
+                width: 288
+                height: list.height
+                visible: !panel.model.hasPrivateApps
+
+                ActionButton {
+                    objectName: "choosePrivateApps"
+                    anchors.horizontalCenter: parent.horizontalCenter
+                    y: parent.height / 2
+                    implicitHeight: 32
+                    kind: "tonal"
+                    symbol: "plus"
+                    text: panel.model.text("choosePrivateApps")
+                    onClicked: panel.model.editingApps = true
+                }
             }
             WarningCaption {
                 id: obstacle
@@ -225,6 +244,15 @@ Card {
                 activeFocusOnTab: count > 0 || activeFocus
                 currentIndex: 0
                 highlightFollowsCurrentItem: true
+                footer: StyledText {
+                    objectName: "noAppFound"
+                    width: 288
+                    height: visible ? 32 : 0
+                    visible: panel.model.foundApp < 0 && panel.model.appQuery !== ""
+                    text: panel.model.text("noAppFound")
+                    style: Theme.small
+                    color: Theme.ink2
+                }
                 boundsBehavior: Flickable.StopAtBounds
                 Accessible.role: Accessible.List
                 Accessible.name: panel.model.text("editApps")
@@ -235,6 +263,19 @@ Card {
                 Keys.onReturnPressed: event => { if (!event.isAutoRepeat) actOnCurrent(); }
                 Keys.onEnterPressed: event => { if (!event.isAutoRepeat) actOnCurrent(); }
                 T.ScrollBar.vertical: ThinScrollBar {}
+
+                Connections {
+                    target: panel.model
+                    // What was searched for is in view, and the first to get the keyboard.
+                    function onFoundAppChanged(): void {
+                        if (panel.model.foundApp < 0) {
+                            choices.positionViewAtEnd();
+                        } else {
+                            choices.currentIndex = panel.model.foundApp;
+                            choices.positionViewAtIndex(panel.model.foundApp, ListView.Beginning);
+                        }
+                    }
+                }
 
                 function step(by: int): void {
                     let next = currentIndex + by;

@@ -16,6 +16,8 @@ inline constexpr const char* bundleNameKey = "CFBundleName";
 struct Bundle {
     std::optional<std::string> bundleIdentifier;
     std::map<std::string, std::string> infoDictionary;
+    /// Whether it is a page of the desktop's settings rather than a program to work with.
+    bool isControlPanel = false;
 };
 
 /// Opens the bundles of installed apps.

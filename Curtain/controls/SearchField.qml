@@ -73,6 +73,8 @@ T.TextField {
         ink: Theme.gray
         inkHover: Theme.ink2
         tip: field.clearName
+        // Tab leads to what was searched for; the field empties itself by its own keys.
+        focusPolicy: Qt.NoFocus
         onClicked: {
             field.clear();
             field.forceActiveFocus();

@@ -112,6 +112,19 @@ TEST_F(AppCatalogTest, AllAppsAreTheInstalledOnesWithTheRunningOnesInTheirPlaces
         << "the installed ones were read again";
 }
 
+TEST_F(AppCatalogTest, WhoChoosesFindsRunningAppsFirstAndPagesOfTheSettingsLast) {
+    auto panel = bundle("colours", "Colours");
+    panel.isControlPanel = true;
+    installation.install("/Applications/Colours.app", panel);
+    installation.install("/Applications/Editor.app", bundle("editor", "Editor"));
+    installation.install("/Applications/Zoom.app", bundle("zoom", "Zoom"));
+    workspace.run("zoom").name = "Zoom";
+    workspace.run("mail").name = "Mail";
+    EXPECT_THAT(catalog.appsToChoose(),
+                ElementsAre(CatalogEntry{"mail", "Mail"}, CatalogEntry{"zoom", "Zoom"},
+                            CatalogEntry{"editor", "Editor"}, CatalogEntry{"colours", "Colours"}));
+}
+
 TEST_F(AppCatalogTest, OnlyTheExactExtensionCounts) {
     installation.install("/Applications/Upper.APP", bundle("upper", "Upper"));
     installation.install("/Applications/Text.txt", bundle("text", "Text"));

@@ -238,10 +238,11 @@ TEST(PlatformWording, TheEnglishTextsOfItsOwn) {
             "The photo is on the clipboard.", "The photo could not be copied.", "The photo is saved.",
             "The photo could not be saved.", "Not saved: the disk is full.",
             "Not saved: you may not write there.", "The camera took no photo.",
-            "The camera shows no picture.", "In use by another program.", "Mirror picture", "More options",
-            "Clear search", "Your settings could not be read", "No app was hidden", "Close", "Switch on",
-            "Can't tell", "Private apps not counted", "Some private apps not counted",
-            "Privacy mode has no effect", "Privacy mode off"));
+            "The camera shows no picture.", "In use by another program.", "No app has this name.",
+            "No app is open.", "Mirror picture", "More options", "Clear search",
+            "Your settings could not be read", "No app was hidden", "Close", "Switch on", "Can't tell",
+            "Private apps not counted", "Some private apps not counted", "Privacy mode has no effect",
+            "Privacy mode off", "Choose private apps"));
 }
 
 TEST(PlatformWording, AnUnknownLanguageReadsEnglish) {

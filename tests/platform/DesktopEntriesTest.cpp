@@ -90,6 +90,17 @@ TEST_F(DesktopEntriesTest, WithoutDisplayIsKnownButNoAppToChoose) {
     EXPECT_EQ(bundles.open((system / "app.desktop").string()), std::nullopt);
 }
 
+TEST_F(DesktopEntriesTest, PagesOfTheSettingsAreToldFromPrograms) {
+    addProgram("app");
+    for (const auto& [categories, isPage] :
+         {std::pair{"Settings;DesktopSettings;", true}, std::pair{"X-XFCE;Settings", true},
+          std::pair{"Utility;X-Settings;", false}}) {
+        install(system / "app.desktop", std::string("Name=App\nExec=app\nCategories=") + categories + "\n");
+        EXPECT_EQ(bundles.open((system / "app.desktop").string()).value().isControlPanel, isPage)
+            << categories;
+    }
+}
+
 TEST_F(DesktopEntriesTest, ThisProgramIsNoAppToChoose) {
     installPlain(system / "app.desktop");
     installPlain(system / "other.desktop");

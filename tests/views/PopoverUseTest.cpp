@@ -480,6 +480,50 @@ TEST_F(Popover, AppsAreEditedWithTheMouse) {
     EXPECT_NE(shown->find("hidePrivateApps"), nullptr);
 }
 
+TEST_F(Popover, TabLeadsFromTheSearchToWhatWasSearchedForAndNotToWhatIsPrivateAlready) {
+    std::vector<CurtainCore::TargetApp> apps;
+    for (const auto* const name : {"Albums", "Calendar", "Mail", "Notes", "Zebra"}) {
+        apps.push_back({std::string("org.app.") + name, name});
+    }
+    world.setPrivateApps(apps);
+    world.install("org.app.Journal", "Journal");
+    world.install("org.app.Xylophone", "Xylophone");
+    show();
+    shown->click("edit");
+    shown->type("jour");
+    EXPECT_TRUE(ShownView::waitFor([&] { return shown->find("add org.app.Journal") != nullptr; }));
+    EXPECT_LT(shown->place("add org.app.Journal").bottom(), shown->place("saveApps").y());
+    shown->press(Qt::Key_Tab);
+    EXPECT_EQ(focused(), "editedApps");
+    shown->press(Qt::Key_Space);
+    apps.push_back({"org.app.Journal", "Journal"});
+    EXPECT_EQ(world.store.load().targetApps, apps);
+}
+
+TEST_F(Popover, ASearchThatFindsNothingSaysSo) {
+    world.setPrivateApps({{"org.app.Mail", "Mail"}});
+    world.install("org.app.Journal", "Journal");
+    show();
+    shown->click("edit");
+    EXPECT_EQ(shown->find("noAppFound"), nullptr);
+    shown->type("xyz");
+    EXPECT_THAT(shown->texts(), Contains(QString("No app has this name.")));
+    EXPECT_THAT(shown->problems(false), IsEmpty());
+    shown->picture("popover-no-app-found");
+}
+
+TEST_F(Popover, AnEmptyListLeadsToTheAppsInEveryLanguage) {
+    for (const auto* const lang : {"en", "es", "zh", "hi", "ar", "pt", "fr", "ru"}) {
+        SCOPED_TRACE(lang);
+        show(lang);
+        EXPECT_THAT(shown->problems(std::string(lang) == "ar"), IsEmpty());
+        shown->picture(std::string("popover-empty-") + lang);
+        shown->click("choosePrivateApps");
+        EXPECT_TRUE(world.view->editingApps());
+        EXPECT_EQ(shown->find("choosePrivateApps"), nullptr);
+    }
+}
+
 TEST_F(Popover, AppsAreEditedWithTheKeyboard) {
     world.setPrivateApps({{"org.app.Mail", "Mail"}});
     world.install("org.app.Calendar", "Calendar");

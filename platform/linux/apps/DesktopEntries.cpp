@@ -93,6 +93,11 @@ std::vector<std::string> urlSchemes(GAppInfo* app) {
     return schemes;
 }
 
+bool isListedUnderSettings(GDesktopAppInfo* info) {
+    const auto categories = ";" + text(g_desktop_app_info_get_categories(info)) + ";";
+    return categories.find(";Settings;") != std::string::npos;
+}
+
 std::optional<DesktopEntry> readEntry(const fs::path& path, std::string id) {
     // Opening a named pipe would wait for its writer.
     std::error_code error;
@@ -120,6 +125,7 @@ std::optional<DesktopEntry> readEntry(const fs::path& path, std::string id) {
     entry.hasArguments = command.hasArguments;
     entry.urlSchemes = urlSchemes(app);
     entry.namesContent = command.namesContent;
+    entry.isControlPanel = isListedUnderSettings(info.get());
     // What runs in a terminal has no windows of its own by which it could be known.
     entry.shouldShow = g_app_info_should_show(app) != FALSE &&
                        g_desktop_app_info_get_boolean(info.get(), G_KEY_FILE_DESKTOP_KEY_TERMINAL) == FALSE;

@@ -38,6 +38,8 @@ struct DesktopEntry {
     bool namesContent = false;
     /// Whether it belongs in a list of apps on this desktop.
     bool shouldShow = true;
+    /// Whether it is listed among the desktop's settings.
+    bool isControlPanel = false;
     /// The Flatpak app or the snap from which it comes; empty for others.
     std::string sandbox;
 };

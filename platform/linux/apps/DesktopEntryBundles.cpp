@@ -13,7 +13,7 @@ std::optional<Platform::Bundle> DesktopEntryBundles::open(const std::string& pat
     if (entry == nullptr || !entry->shouldShow || entry->bundleIdentifier == thisProgram_) {
         return std::nullopt;
     }
-    Platform::Bundle bundle{entry->bundleIdentifier, {}};
+    Platform::Bundle bundle{entry->bundleIdentifier, {}, entry->isControlPanel};
     if (!entry->name.empty()) {
         bundle.infoDictionary.emplace(Platform::bundleNameKey, entry->name);
     }
