@@ -28,6 +28,8 @@ constexpr MainQueue::Seconds outsideClickDelay{0.12};
 /// The wizard's window has closed by then.
 constexpr MainQueue::Seconds wizardReleaseDelay{0.2};
 constexpr MainQueue::Seconds rehideNoticeInterval{4.0};
+/// A panel that starts with the session is there by then.
+constexpr MainQueue::Seconds panelDeadline{10.0};
 /// A window manager has hidden by then what it is going to hide.
 constexpr int hiddenLooks = 20;
 constexpr MainQueue::Seconds hiddenLookInterval{0.1};
@@ -153,6 +155,35 @@ void AppDelegate::applicationDidFinishLaunching() {
     hidingWatch_.onAnswer = [this] { hidingAnswered(); };
     hidingWatch_.isFollowed = [this] { return engine().isActive() || platform_.popover->isShown(); };
     hidingWatch_.begin();
+    greet();
+}
+
+void AppDelegate::greet() {
+    if (store_.load().hasOnboarded || store_.damage()) {
+        return;
+    }
+    if (statusItem_->hasPanel()) {
+        tellHome();
+        return;
+    }
+    greeting_.emplace();
+    const auto tellOnce = greeting_->weak([this] {
+        endGreeting();
+        tellHome();
+    });
+    panelObserver_ =
+        statusItem_->addPanelObserver([this, tellOnce] { platform_.mainQueue->async(tellOnce); });
+    platform_.mainQueue->asyncAfter(panelDeadline, tellOnce);
+}
+
+void AppDelegate::endGreeting() {
+    greeting_.reset();
+    panelObserver_ = {};
+}
+
+void AppDelegate::tellHome() {
+    const auto shortcut = shortcuts_.getShortcut(HotkeyManager::togglePrivacy(shortcuts_));
+    notifier_.notifyHome(statusItem_->hasPanel(), shortcut ? shortcut->description(*platform_.keyboard) : "");
 }
 
 void AppDelegate::menuOpen() {
@@ -308,6 +339,7 @@ void AppDelegate::setupAutoDetection() {
         updateIcon();
         refreshReadiness();
     };
+    notifier_.onOpen = [this] { open(); };
     const auto preferences = store_.load();
     if (preferences.autoDetectEnabled) {
         shareMonitor_.triggerBundleIDs = {preferences.triggerBundleIDs.begin(),
@@ -771,6 +803,8 @@ void AppDelegate::showOnboardingWizard(CurtainCore::OnboardingStep startAt) {
         onboardingWC_ = std::make_unique<OnboardingWindowController>(
             *platform_.windows, *platform_.application, std::move(viewModel));
     }
+    endGreeting();
+    notifier_.withdrawHome();
     // It may have been another when the wizard was closed half-way.
     onboardingWC_->viewModel()->setLang(currentLang());
     onboardingWC_->show();
@@ -787,6 +821,7 @@ void AppDelegate::finishOnboarding() {
     if (onboardingWC_) {
         onboardingWC_->close();
     }
+    tellHome();
     coordinator().refresh();
     platform_.mainQueue->asyncAfter(wizardReleaseDelay, lifetime_.weak([this] { onboardingWC_.reset(); }));
 }

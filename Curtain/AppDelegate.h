@@ -125,6 +125,10 @@ private:
 
     void nameSettingsWindow();
     void languageDidChange();
+    /// Says to somebody who has just started it for the first time where it is.
+    void greet();
+    void endGreeting();
+    void tellHome();
     void showOnboardingWizard(CurtainCore::OnboardingStep startAt);
     void finishOnboarding();
 
@@ -174,6 +178,9 @@ private:
     Platform::Subscription escMonitor_;
     Platform::Subscription clickMonitor_;
     int openSavePanels_ = 0;
+    /// While it waits for a panel.
+    std::optional<Platform::Lifetime> greeting_;
+    Platform::Subscription panelObserver_;
     ScreenWatcher screenWatcher_;
     QuietHold quietHold_;
     /// By bundle identifier.

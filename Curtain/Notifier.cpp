@@ -20,6 +20,7 @@ std::string text(Key key, const std::string& lang) {
 
 constexpr auto inVainIdentifier = "privacyModeInVain";
 constexpr auto endedIdentifier = "privacyModeEnded";
+constexpr auto homeIdentifier = "home";
 
 std::string rehiddenIdentifier(const std::string& bundleID) {
     return "rehidden." + bundleID;
@@ -136,6 +137,32 @@ void Notifier::withdrawPrivacyModeEnded() {
     }
 }
 
+void Notifier::notifyHome(bool hasPanel, const std::string& shortcut) {
+    if (!enabled_) {
+        return;
+    }
+    const auto lang = languageProvider();
+    auto all = categories();
+    all.push_back({homeCategory, {{openAction, text(LocKey::open, lang)}}});
+    center_.setNotificationCategories(std::move(all));
+    auto body = text(hasPanel ? PlatformKey::whereCurtainIs : PlatformKey::noTray, lang);
+    if (!shortcut.empty()) {
+        body += " " + text(PlatformKey::shortcutHidesApps, lang) + " " + shortcut;
+    }
+    hasToldOfHome_ = true;
+    center_.add({homeIdentifier,
+                 {text(hasPanel ? PlatformKey::inYourPanelTitle : PlatformKey::runsWithoutTrayTitle, lang),
+                  body,
+                  homeCategory,
+                  {}}});
+}
+
+void Notifier::withdrawHome() {
+    if (std::exchange(hasToldOfHome_, false)) {
+        center_.removeDeliveredNotifications({homeIdentifier});
+    }
+}
+
 void Notifier::withdrawPrivacyNotices() {
     if (!privacyNotices_.empty()) {
         center_.removeDeliveredNotifications({privacyNotices_.begin(), privacyNotices_.end()});
@@ -169,6 +196,10 @@ void Notifier::didReceive(const Platform::NotificationResponse& response,
                                           content.categoryIdentifier == rehiddenCategory)) {
         reveal(content);
     }
+    if (content.categoryIdentifier == homeCategory && onOpen &&
+        (action == openAction || action == Platform::NotificationResponse::defaultActionIdentifier)) {
+        onOpen();
+    }
     completion();
 }
 
@@ -178,9 +209,13 @@ void Notifier::willPresent(const Platform::NotificationRequest& /*request*/,
 }
 
 void Notifier::registerCategories() {
+    center_.setNotificationCategories(categories());
+}
+
+std::vector<Platform::NotificationCategory> Notifier::categories() const {
     const auto lang = languageProvider();
-    center_.setNotificationCategories({{activatedCategory, {{undoAction, text(LocKey::undo, lang)}}},
-                                       {rehiddenCategory, {{revealAction, text(LocKey::reveal, lang)}}}});
+    return {{activatedCategory, {{undoAction, text(LocKey::undo, lang)}}},
+            {rehiddenCategory, {{revealAction, text(LocKey::reveal, lang)}}}};
 }
 
 void Notifier::addPrivacyNotice(const Platform::NotificationRequest& request) {

@@ -10,6 +10,7 @@
 #include <functional>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace Curtain {
 
@@ -20,6 +21,8 @@ public:
     static constexpr const char* revealAction = "CURTAIN_REVEAL";
     static constexpr const char* activatedCategory = "CURTAIN_ACTIVATED";
     static constexpr const char* rehiddenCategory = "CURTAIN_REHIDDEN";
+    static constexpr const char* openAction = "CURTAIN_OPEN";
+    static constexpr const char* homeCategory = "CURTAIN_HOME";
     static constexpr const char* bundleKey = "bundleID";
 
     /// The services outlive the notifier.
@@ -31,6 +34,7 @@ public:
 
     std::function<void()> onUndo;
     std::function<void(const std::string& bundleID)> onReveal;
+    std::function<void()> onOpen;
     /// The code of the language of the texts, asked at each post; English until it is set.
     std::function<std::string()> languageProvider;
 
@@ -53,6 +57,10 @@ public:
     /// Another program has switched privacy mode off.
     void notifyPrivacyModeEnded();
     void withdrawPrivacyModeEnded();
+    /// Where Curtain is to be found: in the panel, or nowhere but in this notice. Takes the place of an
+    /// earlier one. `shortcut` is the combination that switches privacy mode, empty for none.
+    void notifyHome(bool hasPanel, const std::string& shortcut);
+    void withdrawHome();
     /// Takes every notice off the screen that is true only while privacy mode is on.
     void withdrawPrivacyNotices();
     /// The one about this app, which is hidden no longer.
@@ -67,6 +75,7 @@ public:
 
 private:
     void registerCategories();
+    std::vector<Platform::NotificationCategory> categories() const;
     void addPrivacyNotice(const Platform::NotificationRequest& request);
     void withdrawPrivacyNotice(const std::string& identifier);
     void reveal(const Platform::NotificationContent& content) const;
@@ -81,6 +90,7 @@ private:
     /// Of the latest notice that privacy mode was switched on.
     std::string activatedNotice_;
     bool hasToldOfEnd_ = false;
+    bool hasToldOfHome_ = false;
 };
 
 } // namespace Curtain

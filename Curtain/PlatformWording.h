@@ -81,6 +81,9 @@ enum class PlatformKey {
     noAppFound,
     /// The same: there is none to be listed.
     noAppRuns,
+    /// Where Curtain is from its start on, and what switches privacy mode; the shortcut stands behind it.
+    whereCurtainIs,
+    shortcutHidesApps,
     mirrorPicture,
     moreOptions,
     clearSearch,
@@ -101,6 +104,9 @@ enum class PlatformKey {
     privacyModeEndedTitle,
     /// A button: opens the list of apps that can be made private.
     choosePrivateApps,
+    /// The titles of the notices at the first start.
+    inYourPanelTitle,
+    runsWithoutTrayTitle,
 };
 
 /// The texts that the user sees on Linux: those of `CurtainCore::Localizer`, but for the few that would be
@@ -125,7 +131,7 @@ std::string opening(std::string_view name, std::string_view lang);
 
 template <>
 struct CurtainCore::RawValues<Curtain::PlatformKey> {
-    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 54> cases{{
+    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 58> cases{{
         {Curtain::PlatformKey::noHidingOnWayland, "noHidingOnWayland"},
         {Curtain::PlatformKey::noWindowManager, "noWindowManager"},
         {Curtain::PlatformKey::logOutOnce, "logOutOnce"},
@@ -167,6 +173,8 @@ struct CurtainCore::RawValues<Curtain::PlatformKey> {
         {Curtain::PlatformKey::shortcutInUse, "shortcutInUse"},
         {Curtain::PlatformKey::noAppFound, "noAppFound"},
         {Curtain::PlatformKey::noAppRuns, "noAppRuns"},
+        {Curtain::PlatformKey::whereCurtainIs, "whereCurtainIs"},
+        {Curtain::PlatformKey::shortcutHidesApps, "shortcutHidesApps"},
         {Curtain::PlatformKey::mirrorPicture, "mirrorPicture"},
         {Curtain::PlatformKey::moreOptions, "moreOptions"},
         {Curtain::PlatformKey::clearSearch, "clearSearch"},
@@ -180,5 +188,7 @@ struct CurtainCore::RawValues<Curtain::PlatformKey> {
         {Curtain::PlatformKey::privacyModeInVain, "privacyModeInVain"},
         {Curtain::PlatformKey::privacyModeEndedTitle, "privacyModeEndedTitle"},
         {Curtain::PlatformKey::choosePrivateApps, "choosePrivateApps"},
+        {Curtain::PlatformKey::inYourPanelTitle, "inYourPanelTitle"},
+        {Curtain::PlatformKey::runsWithoutTrayTitle, "runsWithoutTrayTitle"},
     }};
 };

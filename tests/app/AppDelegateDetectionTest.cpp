@@ -13,6 +13,7 @@ constexpr double poll = 3.0;
 
 struct DetectionTest : TestSupport::AppDelegateFixture {
     void SetUp() override {
+        change([](auto& record) { record.hasOnboarded = true; });
         makePrivate({"a"});
         fakes.workspace.run("a");
     }

@@ -819,6 +819,67 @@ struct WizardTest : TestSupport::AppDelegateFixture {
     }
 };
 
+struct GreetingTest : TestSupport::AppDelegateFixture {
+    const std::vector<Platform::NotificationRequest>& notices() const {
+        return fakes.userNotificationCenter.delivered;
+    }
+};
+
+TEST_F(GreetingTest, AFirstStartSaysWhereCurtainIsAndNamesTheShortcut) {
+    launch();
+    ASSERT_THAT(notices(), SizeIs(1));
+    EXPECT_EQ(notices()[0].content.title, "Curtain is in your panel");
+    EXPECT_EQ(
+        notices()[0].content.body,
+        "A click on its icon checks everything before a call. The shortcut that hides your private apps: "
+        "Ctrl+Alt+Super+H");
+    fakes.mainQueue.advance(60);
+    EXPECT_THAT(fakes.userNotificationCenter.added, SizeIs(1));
+}
+
+TEST_F(GreetingTest, ItWaitsTenSecondsForAPanelAndThenOffersToOpen) {
+    fakes.statusBar.setHasPanel(false);
+    launch();
+    fakes.mainQueue.advance(9.9);
+    EXPECT_THAT(notices(), IsEmpty());
+    fakes.mainQueue.advance(0.1);
+    ASSERT_THAT(notices(), SizeIs(1));
+    EXPECT_EQ(notices()[0].content.title, "Curtain is running");
+    EXPECT_THAT(fakes.userNotificationCenter.categories,
+                Contains(Platform::NotificationCategory{"CURTAIN_HOME", {{"CURTAIN_OPEN", "Open"}}}));
+    const auto notice = notices()[0];
+    fakes.userNotificationCenter.answer(notice, "CURTAIN_OPEN");
+    EXPECT_THAT(fakes.windows.all, SizeIs(1)) << "the wizard";
+    EXPECT_THAT(notices(), IsEmpty());
+}
+
+TEST_F(GreetingTest, APanelThatComesInTimeIsTheOneThatIsNamed) {
+    fakes.statusBar.setHasPanel(false);
+    launch();
+    fakes.mainQueue.advance(5);
+    fakes.statusBar.setHasPanel(true);
+    fakes.mainQueue.runReady();
+    ASSERT_THAT(notices(), SizeIs(1));
+    EXPECT_EQ(notices()[0].content.title, "Curtain is in your panel");
+    fakes.mainQueue.advance(60);
+    EXPECT_THAT(fakes.userNotificationCenter.added, SizeIs(1));
+}
+
+TEST_F(GreetingTest, WhoOpensTheWizardInTheMeantimeNeedsNone) {
+    fakes.statusBar.setHasPanel(false);
+    launch();
+    delegate->open();
+    fakes.mainQueue.advance(60);
+    EXPECT_THAT(fakes.userNotificationCenter.added, IsEmpty());
+}
+
+TEST_F(GreetingTest, WhoKnowsCurtainIsNotGreeted) {
+    change([](auto& record) { record.hasOnboarded = true; });
+    launch();
+    fakes.mainQueue.advance(60);
+    EXPECT_THAT(fakes.userNotificationCenter.added, IsEmpty());
+}
+
 TEST_F(WizardTest, NothingOpensAtTheLaunch) {
     launch();
     EXPECT_THAT(fakes.windows.all, IsEmpty());

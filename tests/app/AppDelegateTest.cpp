@@ -83,6 +83,7 @@ TEST_F(AppDelegateTest, WhoClicksAsSoonAsThereIsAnIconGetsThePopover) {
 }
 
 TEST_F(AppDelegateTest, TheShortcutIsRegisteredBeforeNoticesLearnTheLanguageOfTheUser) {
+    change([](auto& record) { record.hasOnboarded = true; });
     fakes.locale.language = "es";
     makePrivate({"a"});
     fakes.workspace.run("a");
@@ -97,6 +98,7 @@ TEST_F(AppDelegateTest, TheShortcutIsRegisteredBeforeNoticesLearnTheLanguageOfTh
 }
 
 TEST_F(AppDelegateTest, ButtonsOfNoticesAreRegisteredInTheLanguageOfTheUser) {
+    change([](auto& record) { record.hasOnboarded = true; });
     fakes.locale.language = "es";
     launch();
     ASSERT_EQ(fakes.userNotificationCenter.categories.size(), 2U);
@@ -121,6 +123,7 @@ TEST_F(AppDelegateTest, ShortcutHidesThePrivateAppsAndShowsThemAgain) {
 }
 
 TEST_F(AppDelegateTest, OtherProgramsSwitchPrivacyModeAndItsEndIsTold) {
+    change([](auto& record) { record.hasOnboarded = true; });
     using Request = Curtain::AppDelegate::PrivacyRequest;
     makePrivate({"a"});
     fakes.workspace.run("a");
@@ -267,6 +270,7 @@ TEST_F(DamagedPreferencesTest, EverySwitchOnWithTheLostListSaysSoUntilAppsAreCho
 }
 
 TEST_F(AppDelegateTest, AnEmptyListOfItsUsersChoiceIsHiddenWithoutAWord) {
+    change([](auto& record) { record.hasOnboarded = true; });
     launch();
     pressShortcut();
     fakes.mainQueue.advance(1);
@@ -336,6 +340,7 @@ TEST_F(AppDelegateTest, NothingIsCalledOnceTheControllerIsGone) {
 }
 
 TEST_F(AppDelegateTest, MiddleClickSwitchesPrivacyMode) {
+    change([](auto& record) { record.hasOnboarded = true; });
     launch();
     fakes.statusBar.secondaryAction();
     EXPECT_EQ(fakes.statusBar.images.back(), closedImage);

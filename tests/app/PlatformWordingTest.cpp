@@ -239,10 +239,11 @@ TEST(PlatformWording, TheEnglishTextsOfItsOwn) {
             "The photo could not be saved.", "Not saved: the disk is full.",
             "Not saved: you may not write there.", "The camera took no photo.",
             "The camera shows no picture.", "In use by another program.", "No app has this name.",
-            "No app is open.", "Mirror picture", "More options", "Clear search",
+            "No app is open.", "A click on its icon checks everything before a call.",
+            "The shortcut that hides your private apps:", "Mirror picture", "More options", "Clear search",
             "Your settings could not be read", "No app was hidden", "Close", "Switch on", "Can't tell",
             "Private apps not counted", "Some private apps not counted", "Privacy mode has no effect",
-            "Privacy mode off", "Choose private apps"));
+            "Privacy mode off", "Choose private apps", "Curtain is in your panel", "Curtain is running"));
 }
 
 TEST(PlatformWording, AnUnknownLanguageReadsEnglish) {
