@@ -25,6 +25,9 @@ constexpr MainQueue::Seconds rehideDelay{0.2};
 constexpr MainQueue::Seconds secondRefreshDelay{0.4};
 /// What a click opens is open by then.
 constexpr MainQueue::Seconds outsideClickDelay{0.12};
+/// An open popover is never longer behind what nobody announces: an app that its user hides, a file that
+/// comes.
+constexpr MainQueue::Seconds liveInterval{1.0};
 /// The wizard's window has closed by then.
 constexpr MainQueue::Seconds wizardReleaseDelay{0.2};
 constexpr MainQueue::Seconds rehideNoticeInterval{4.0};
@@ -393,6 +396,8 @@ void AppDelegate::togglePopover() {
     if (!popover.isShown()) {
         // Nothing would ever close, and so end what it shows.
         popoverDidClose();
+    } else {
+        liveRefresh_ = platform_.mainQueue->repeating(liveInterval, [this] { coordinator().refresh(); });
     }
     hidingWatch_.begin();
 }
@@ -430,6 +435,7 @@ Platform::Menu AppDelegate::statusMenu() {
 }
 
 void AppDelegate::popoverDidClose() {
+    liveRefresh_ = {};
     cameraManager_.stop();
     micMonitor_.stop();
     cameraManager_.clearCapturedPhoto();
@@ -500,6 +506,9 @@ Platform::View AppDelegate::makeReadinessView() {
 }
 
 void AppDelegate::appAppeared(const std::string& bundleID) {
+    if (platform_.popover->isShown()) {
+        coordinator().refresh();
+    }
     platform_.mainQueue->asyncAfter(rehideDelay, lifetime_.weak([this, bundleID] {
         const bool isSeen = engine().isActive() && !hiding_.isHidden(bundleID).value_or(true);
         if (engine().reapply(bundleID)) {

@@ -178,6 +178,8 @@ private:
     Platform::Subscription escMonitor_;
     Platform::Subscription clickMonitor_;
     int openSavePanels_ = 0;
+    /// While the popover is open.
+    Platform::Subscription liveRefresh_;
     /// While it waits for a panel.
     std::optional<Platform::Lifetime> greeting_;
     Platform::Subscription panelObserver_;

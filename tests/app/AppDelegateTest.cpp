@@ -238,6 +238,7 @@ TEST_F(DamagedPreferencesTest, AreToldInTheLanguageOfTheSystem) {
 
 TEST_F(DamagedPreferencesTest, WhichComeWhileItRunsAreToldAtTheNextSwitch) {
     fakes.userDefaults.values.erase(key);
+    change([](auto& record) { record.hasOnboarded = true; });
     makePrivate({"a"});
     fakes.workspace.run("a");
     launch();

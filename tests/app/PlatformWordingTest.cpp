@@ -240,7 +240,7 @@ TEST(PlatformWording, TheEnglishTextsOfItsOwn) {
             "Not saved: you may not write there.", "The camera took no photo.",
             "The camera shows no picture.", "In use by another program.", "No app has this name.",
             "No app is open.", "A click on its icon checks everything before a call.",
-            "The shortcut that hides your private apps:", "Mirror picture", "More options", "Clear search",
+            "This shortcut hides your private apps.", "Mirror picture", "More options", "Clear search",
             "Your settings could not be read", "No app was hidden", "Close", "Switch on", "Can't tell",
             "Private apps not counted", "Some private apps not counted", "Privacy mode has no effect",
             "Privacy mode off", "Choose private apps", "Curtain is in your panel", "Curtain is running"));

@@ -275,6 +275,8 @@ class PopoverTest(PopoverCase):
         self.start(targetApps=[])
         popover = self.open()
         self.edit_apps(popover, "curtain", finds_one=False)
+        self.click(popover, EDIT_FIRST_BUTTON)
+        self.assertTrue(stays(lambda: self.stored()["targetApps"] == []), "only a word stands there")
 
     def edit_apps(self, popover, query, finds_one=True):
         self.wait_at_rest(popover)
@@ -282,8 +284,8 @@ class PopoverTest(PopoverCase):
         wait_until(lambda: self.colour(popover, EDIT_FIELD_EDGE) not in (CARD, None), "there is a field to search in",
                    seen=lambda: self.colour(popover, EDIT_FIELD_EDGE))
         subprocess.run(["xdotool", "type", query], check=True)
-        wait_until(lambda: (self.colour(popover, EDIT_FIRST_ICON) != CARD) == finds_one and
-                   self.colour(popover, EDIT_SECOND_ICON) == CARD, f"{query}: {'one app' if finds_one else 'no app'} is found",
+        wait_until(lambda: (not finds_one or self.colour(popover, EDIT_FIRST_ICON) != CARD) and
+                   self.colour(popover, EDIT_SECOND_ICON) == CARD, f"{query}: no more than one app is found",
                    seen=lambda: (self.colour(popover, EDIT_FIRST_ICON), self.colour(popover, EDIT_SECOND_ICON)))
         self.wait_at_rest(popover)
 

@@ -157,7 +157,7 @@ TEST_F(DBusNotificationCenterTest, ShowsWhoTalksWhatAndWithWhichButtons) {
     EXPECT_EQ(notice.icon, "com.curtain.Curtain");
     EXPECT_EQ(notice.summary, "title");
     EXPECT_EQ(notice.body, "body");
-    EXPECT_EQ(notice.actions, QStringList({"default", "title", "REVEAL", "Reveal"}));
+    EXPECT_EQ(notice.actions, QStringList({"default", "", "REVEAL", "Reveal"}));
     EXPECT_EQ(notice.hints.value("desktop-entry"), "com.curtain.Curtain");
     EXPECT_EQ(notice.hints.value("urgency"), QVariant::fromValue<uchar>(1));
     EXPECT_FALSE(notice.hints.contains("sound-name"));
@@ -169,9 +169,9 @@ TEST_F(DBusNotificationCenterTest, ButtonsAreThoseOfTheMoment) {
     startServer();
     center_->setNotificationCategories({{"rehidden", {{"REVEAL", "Mostrar"}, {"MORE", "Más"}}}});
     EXPECT_EQ(post(rehidden("mail")).actions,
-              QStringList({"default", "title", "REVEAL", "Mostrar", "MORE", "Más"}));
+              QStringList({"default", "", "REVEAL", "Mostrar", "MORE", "Más"}));
     center_->setNotificationCategories({});
-    EXPECT_EQ(post(rehidden("news")).actions, QStringList({"default", "title"}));
+    EXPECT_EQ(post(rehidden("news")).actions, QStringList({"default", ""}));
 }
 
 TEST_F(DBusNotificationCenterTest, ServerWithoutActionsIsOfferedNone) {

@@ -551,7 +551,7 @@ TEST_F(Popover, TheDividerIsNoAppAfterTheLastPrivateAppAboveItHasGone) {
     shown->click("edit");
     shown->type("jour");
     shown->press(Qt::Key_Down);
-    shown->press(Qt::Key_Down);
+    shown->press(Qt::Key_Up);
     shown->press(Qt::Key_Space);
     EXPECT_THAT(world.store.load().targetApps, ElementsAre(CurtainCore::TargetApp{"org.app.Mail", "Mail"}));
     EXPECT_EQ(shown->find("editedApps")->property("currentIndex").toInt(), 0);

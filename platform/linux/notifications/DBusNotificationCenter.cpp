@@ -319,7 +319,8 @@ QStringList DBusNotificationCenter::actions(const Post& post) const {
     if (!capabilities_->hasActions) {
         return {};
     }
-    QStringList actions{QString::fromLatin1(defaultActionKey), text(post.request.content.title)};
+    // Some servers (Xfce's) draw a button for it where it has a name.
+    QStringList actions{QString::fromLatin1(defaultActionKey), QString()};
     for (const auto& action : post.actions) {
         actions << text(action.identifier) << text(action.title);
     }
