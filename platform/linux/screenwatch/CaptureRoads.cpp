@@ -21,11 +21,12 @@ std::vector<std::unique_ptr<CaptureWatch>> captureRoads(const SessionEnvironment
         roads.push_back(X11CaptureWatch::open(log));
         withoutDaemon = WithoutDaemon::nobodyCasts;
     }
-    if (environment.isWayland()) {
-        roads.push_back(std::make_unique<WaylandRecorderWatch>(environment.waylandSocket));
-    }
     if (auto road = PipeWireCaptureWatch::open(log, &Reopening::Clock::now, withoutDaemon)) {
         roads.push_back(std::move(road));
+        // By itself it never knows that nobody looks.
+        if (environment.isWayland()) {
+            roads.push_back(std::make_unique<WaylandRecorderWatch>(environment.waylandSocket));
+        }
     }
     return roads;
 }
