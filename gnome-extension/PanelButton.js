@@ -22,8 +22,9 @@ const PanelButton = GObject.registerClass(class CurtainPanelButton extends Panel
         // Extensions' buttons would stay on the lock screen.
         this._mode = Main.sessionMode.connect('updated', () => this._followMode());
         this.connect('destroy', () => Main.sessionMode.disconnect(this._mode));
-        this._followMode();
         Main.panel.addToStatusArea(PANEL_ROLE, this);
+        // The panel shows whatever it is given.
+        this._followMode();
     }
 
     describe(iconName, themePath, name) {
@@ -40,6 +41,8 @@ const PanelButton = GObject.registerClass(class CurtainPanelButton extends Panel
     }
 
     _press(button) {
+        if (Main.sessionMode.isLocked)
+            return;
         if (this.menu.isOpen)
             this.menu.close();
         else if (button === Clutter.BUTTON_PRIMARY)
@@ -54,7 +57,8 @@ const PanelButton = GObject.registerClass(class CurtainPanelButton extends Panel
         const activating = [Clutter.KEY_Return, Clutter.KEY_KP_Enter, Clutter.KEY_space];
         if (event.type() !== Clutter.EventType.KEY_PRESS || !activating.includes(event.get_key_symbol()))
             return Clutter.EVENT_PROPAGATE;
-        this._activate();
+        if (!Main.sessionMode.isLocked)
+            this._activate();
         return Clutter.EVENT_STOP;
     }
 
@@ -72,6 +76,9 @@ const PanelButton = GObject.registerClass(class CurtainPanelButton extends Panel
 
     _openMenu(entries, isRightToLeft) {
         this.menu.removeAll();
+        // The answer may be late.
+        if (Main.sessionMode.isLocked)
+            return;
         this.menu.box.text_direction = isRightToLeft ? Clutter.TextDirection.RTL : Clutter.TextDirection.LTR;
         for (const entry of entries) {
             const shown = entry.isSeparator ? new PopupMenu.PopupSeparatorMenuItem() : new PopupMenu.PopupMenuItem(entry.title);
@@ -85,6 +92,11 @@ const PanelButton = GObject.registerClass(class CurtainPanelButton extends Panel
     }
 
     _followMode() {
-        this.container.visible = !Main.sessionMode.isLocked;
+        const {isLocked} = Main.sessionMode;
+        this.container.visible = !isLocked;
+        if (isLocked) {
+            this.menu.close();
+            this.menu.removeAll();
+        }
     }
 });

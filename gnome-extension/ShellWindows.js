@@ -57,19 +57,36 @@ class KeyGrab {
     }
 }
 
-/** Tells when the user turns to the shell itself: clicks on it, opens the overview or locks the session. */
+// Keys on the screen and what they offer belong to the window that is written in.
+const TYPING_STYLES = ['candidate-popup-boxpointer', 'keyboard-subkeys-boxpointer', 'keyboard-subkeys'];
+
+function isForTyping(actor) {
+    for (let one = actor; one; one = one.get_parent()) {
+        if (one === Main.layoutManager.keyboardBox || TYPING_STYLES.some(style => one.has_style_class_name?.(style)))
+            return true;
+    }
+    return false;
+}
+
+/**
+ * Tells (`used`) when the user turns to the shell itself: clicks on it or opens the overview; and when the session is
+ * locked (`locked`).
+ */
 class ShellUse {
-    constructor(tell) {
+    constructor({used, locked}) {
         this._signals = [
             // Presses on windows do not come this way.
             [global.stage, global.stage.connect('captured-event', (_stage, event) => {
                 const presses = [Clutter.EventType.BUTTON_PRESS, Clutter.EventType.TOUCH_BEGIN];
-                if (presses.includes(event.type()) && !this._isOnOwnButton(event))
-                    tell();
+                if (presses.includes(event.type()) && !this._isForAWindow(event))
+                    used();
                 return Clutter.EVENT_PROPAGATE;
             })],
-            [Main.overview, Main.overview.connect('showing', tell)],
-            [Main.sessionMode, Main.sessionMode.connect('updated', tell)],
+            [Main.overview, Main.overview.connect('showing', used)],
+            [Main.sessionMode, Main.sessionMode.connect('updated', () => {
+                if (Main.sessionMode.isLocked)
+                    locked();
+            })],
         ];
     }
 
@@ -77,9 +94,10 @@ class ShellUse {
         this._signals.forEach(([object, id]) => object.disconnect(id));
     }
 
-    _isOnOwnButton(event) {
+    /** Curtain's own button opens and closes its popover itself. */
+    _isForAWindow(event) {
         const actor = global.stage.get_event_actor?.(event) ?? event.get_source();
-        return !!actor && !!Main.panel.statusArea[PANEL_ROLE]?.contains(actor);
+        return !!actor && (!!Main.panel.statusArea[PANEL_ROLE]?.contains(actor) || isForTyping(actor));
     }
 }
 
@@ -144,8 +162,8 @@ class ShellWindows {
         actor?.get_children().forEach(child => child.set_opacity(isPictured ? 255 : 0));
     }
 
-    watchUse(tell) {
-        return new ShellUse(tell);
+    watchUse(listener) {
+        return new ShellUse(listener);
     }
 
     grabKey(key, modifiers, tell) {

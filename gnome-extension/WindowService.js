@@ -18,6 +18,7 @@ const INTERFACE = `<node><interface name="${INTERFACE_NAME}">
   <arg type="t" name="focused"/>
 </signal>
 <signal name="Used"/>
+<signal name="Locked"/>
 <signal name="Key"><arg type="u" name="key"/><arg type="u" name="modifiers"/><arg type="b" name="pressed"/></signal>
 </interface></node>`;
 const ACCESS_DENIED = 'org.freedesktop.DBus.Error.AccessDenied';
@@ -63,8 +64,9 @@ class KeyGrabs {
 
 /**
  * Lists, hides and shows the windows of a shell for the one program on the session bus that has Curtain's name. It hides and
- * shows nothing that it was not asked to. Where that program ends, what it hid stays hidden, and the keys that it was told of are free. It is told (Used) when the user turns
- * to the shell itself, which takes the keyboard from no window.
+ * shows nothing that it was not asked to. Where that program ends, what it hid stays hidden, and the keys that it was told of
+ * are free. It is told (Used) when the user turns to the shell itself, which takes the keyboard from no window, and when the
+ * session is locked (Locked).
  *
  * What is told of a window: identifier, class (particular, general), application, sandboxed application, process, whether it is
  * hidden, whether it stands in the task list, whether it is on the workspace in front.
@@ -90,7 +92,7 @@ class WindowService {
         this._clientWatch = Gio.bus_watch_name_on_connection(
             bus, CLIENT_NAME, Gio.BusNameWatcherFlags.NONE,
             (_bus, _name, owner) => this._setClient(owner), () => this._setClient(null));
-        this._use = shell.watchUse(() => this._tellOfUse());
+        this._use = shell.watchUse({used: () => this._tellClient('Used'), locked: () => this._tellClient('Locked')});
         this._connect(shell.display, 'window-created', (_display, window) => this._add(window));
         this._connect(shell.display, 'notify::focus-window', () => this._schedule());
         this._connect(shell.display, 'restacked', () => this._schedule());
@@ -185,9 +187,9 @@ class WindowService {
         this._name ??= Gio.bus_own_name_on_connection(this._bus, BUS_NAME, Gio.BusNameOwnerFlags.NONE, null, null);
     }
 
-    _tellOfUse() {
+    _tellClient(signal) {
         if (this._client)
-            this._emit(this._client, 'Used', null);
+            this._emit(this._client, signal, null);
     }
 
     _connect(object, signal, handler) {

@@ -165,6 +165,7 @@ struct Session {
     std::unique_ptr<LoginManager> loginManager;
     /// Null in other sessions than GNOME's.
     std::unique_ptr<DBusSignal> shellUse;
+    std::unique_ptr<DBusSignal> sessionLock;
 };
 
 /// Nothing that is shown at the start needs the login manager or all desktop entries, so they are looked for
@@ -260,6 +261,14 @@ std::string desktopNames(const SessionEnvironment& environment) {
     return names;
 }
 
+/// Whatever else is open: nobody is there to be seen and heard.
+std::unique_ptr<DBusSignal> closingWithSession(Platform::Popover& popover) {
+    using namespace GnomeShellProtocol;
+    return std::make_unique<DBusSignal>(QDBusConnection::sessionBus(), extensionService, extensionPath,
+                                        extensionInterface, QStringLiteral("Locked"),
+                                        [&popover](const auto&) { popover.close(); });
+}
+
 /// The popover, the windows and what surrounds them.
 void addShell(Platform::Platform& platform, Session& session) {
     const auto& environment = session.environment;
@@ -283,6 +292,9 @@ void addShell(Platform::Platform& platform, Session& session) {
     }
     platform.popover =
         std::make_unique<QtPlatform::LazyPopover>(session.views, session.screens, windowManager);
+    if (isGnomeShell(environment)) {
+        session.sessionLock = closingWithSession(*platform.popover);
+    }
     platform.windows = std::make_unique<QtPlatform::LazyWindows>(session.views, windowManager);
     platform.pasteboard = std::make_unique<QtPlatform::QtPasteboard>();
     platform.savePanel = std::make_unique<QtPlatform::QtSavePanel>();

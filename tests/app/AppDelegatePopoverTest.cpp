@@ -735,6 +735,21 @@ TEST_F(PopoverTest, AClickBesideTheOpenSavePanelLeavesThePhotoWhereItIs) {
     EXPECT_FALSE(isOpenAfterAClick());
 }
 
+TEST_F(PopoverTest, WhatClosesThePopoverBesideAnOpenSavePanelEndsCameraAndMicrophone) {
+    open();
+    takePhoto();
+    view().savePhoto();
+    ASSERT_TRUE(isCameraOn());
+    ASSERT_TRUE(isMicrophoneOn());
+    fakes.popover.close();
+    fakes.workQueues.runAll();
+    EXPECT_FALSE(isCameraOn());
+    EXPECT_FALSE(isMicrophoneOn());
+    fakes.savePanel.choose(std::nullopt);
+    fakes.workQueues.runAll();
+    EXPECT_FALSE(isCameraOn());
+}
+
 TEST_F(PopoverTest, ACancelledPanelWritesNothing) {
     open();
     takePhoto();

@@ -1,6 +1,7 @@
 #include "platform/linux/tray/TrayStatusItem.h"
 
 #include "platform/linux/dbus/DBusSignal.h"
+#include "platform/linux/tray/StatusNotifierHosts.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/GnomeShellStandIn.h"
 #include "tests/support/HandDrivenQueue.h"
@@ -203,9 +204,31 @@ TEST_F(GnomePanelTest, ExtensionFromBeforeItHadAButtonIsNoPanel) {
     shell.setExtension(GnomeShellStandIn::on);
     shell.call(QStringLiteral("LosePanel"));
     stand();
+    // Asks what the item has asked before.
+    const LinuxPlatform::StatusNotifierHosts extension(QDBusConnection::sessionBus(), extensionName, [] {});
+    ASSERT_TRUE(spinUntil([&] { return extension.isKnown(); }));
+    queue.advance(1);
+    EXPECT_FALSE(item->hasPanel());
     const OtherPanel tray(shell);
     ASSERT_TRUE(spinUntil([&] { return tray.registrations == 1; }));
     EXPECT_THAT(texts("Button"), IsEmpty());
+}
+
+TEST_F(GnomePanelTest, CurtainHearsWhenTheSessionIsLocked) {
+    int uses = 0;
+    int locks = 0;
+    const auto count = [](const char* name, int& number) {
+        return std::make_unique<LinuxPlatform::DBusSignal>(
+            QDBusConnection::sessionBus(), extensionName, QStringLiteral("/com/curtain/Curtain/GnomeShell"),
+            extensionName, QString::fromLatin1(name), [&number](const auto&) { ++number; });
+    };
+    const auto used = count("Used", uses);
+    const auto locked = count("Locked", locks);
+    // The extension knows of Curtain's name by then.
+    standInPanel();
+    shell.call(QStringLiteral("Lock"));
+    EXPECT_TRUE(spinUntil([&] { return locks == 1; }));
+    EXPECT_EQ(uses, 0);
 }
 
 TEST_F(GnomePanelTest, CurtainHearsWhenItsUserTurnsToTheShell) {

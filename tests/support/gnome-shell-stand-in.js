@@ -39,6 +39,7 @@ const CONTROL = `<node>
   <method name="LoseKeys"/>
   <method name="LoseNextWatch"/>
   <method name="Use"/>
+  <method name="Lock"/>
   <method name="LosePanel"/>
   <method name="Button"><arg type="as" direction="out"/></method>
   <method name="ClickButton"><arg type="i" direction="in"/><arg type="i" direction="in"/></method>
@@ -109,8 +110,8 @@ class FakeShell {
         return {destroy: () => this.keys.delete(name)};
     }
 
-    watchUse(tell) {
-        this.use = tell;
+    watchUse(listener) {
+        this.use = listener;
         return {destroy: () => this.use = null};
     }
 
@@ -278,7 +279,8 @@ class Control {
             invocation.return_dbus_error('org.freedesktop.DBus.Error.UnknownMethod', 'No such method');
     }
 
-    Use() { this._shell.use(); }
+    Use() { this._shell.use.used(); }
+    Lock() { this._shell.use.locked(); }
 
     /** As an extension without a button. */
     LosePanel() {
