@@ -81,6 +81,7 @@ AppDelegate::AppDelegate(Platform::Platform& platform)
       catalog_(*platform.workspace, *platform.fileManager, *platform.bundles, platform.applicationFolders),
       cameraServices_{*platform.captureServices, *platform.mediaAuthorization, *platform.mainQueue,
                       *platform.workQueues},
+      photoWriter_(*platform.fileManager, *platform.workQueues, *platform.mainQueue),
       hiding_(*platform.workspace),
       hidingWatch_(*platform.systemVersion, *platform.mainQueue),
       workspaceObserver_(*platform.workspace),
@@ -772,18 +773,12 @@ void AppDelegate::savePhoto() {
                               lifetime_.weak([this, data = *data](const std::optional<std::string>& path) {
                                   --openSavePanels_;
                                   if (path) {
-                                      writePhoto(data, *path);
+                                      photoWriter_.write(
+                                          data, *path, lifetime_.weak([this](Platform::WriteOutcome outcome) {
+                                              tellOfPhoto(newsOf(outcome));
+                                          }));
                                   }
                               }));
-}
-
-void AppDelegate::writePhoto(const std::vector<std::byte>& data, const std::string& path) {
-    auto tell = lifetime_.weak([this](Platform::WriteOutcome outcome) { tellOfPhoto(newsOf(outcome)); });
-    // A drive takes its time, or does not answer.
-    platform_.workQueues->userInitiated().async([&platform = platform_, data, path, tell = std::move(tell)] {
-        const auto outcome = platform.fileManager->write(data, path);
-        platform.mainQueue->async([tell, outcome] { tell(outcome); });
-    });
 }
 
 void AppDelegate::tellOfPhoto(PhotoNews news) {

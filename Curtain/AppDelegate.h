@@ -10,6 +10,7 @@
 #include "Curtain/MicrophoneMonitor.h"
 #include "Curtain/Notifier.h"
 #include "Curtain/OnboardingWindowController.h"
+#include "Curtain/PhotoWriter.h"
 #include "Curtain/QuietHold.h"
 #include "Curtain/ReadinessCoordinator.h"
 #include "Curtain/ScreenWatcher.h"
@@ -120,7 +121,6 @@ private:
     void selectCamera(const std::string& cameraID);
     void copyPhoto();
     void savePhoto();
-    void writePhoto(const std::vector<std::byte>& data, const std::string& path);
     void tellOfPhoto(PhotoNews news);
 
     void nameSettingsWindow();
@@ -149,6 +149,7 @@ private:
     DesktopChecker desktopChecker_;
     AppCatalog catalog_;
     CameraPreviewManager::Services cameraServices_;
+    PhotoWriter photoWriter_;
 
     std::unique_ptr<Platform::StatusItem> statusItem_;
     SystemAppHiding hiding_;

@@ -679,6 +679,19 @@ TEST_F(PopoverTest, SavingWritesThePhotoUnchangedWhereTheUserWantsIt) {
     EXPECT_EQ(fakes.fileManager.writtenFiles["/home/ada/me.jpg"], fakes.captureServices.image);
 }
 
+TEST_F(PopoverTest, APhotoThatWaitsToBeWrittenAtTheEndIsWritten) {
+    open();
+    takePhoto();
+    for (const auto* const path : {"/home/ada/me.jpg", "/home/ada/again.jpg"}) {
+        view().savePhoto();
+        fakes.savePanel.choose(path);
+    }
+    EXPECT_THAT(fakes.fileManager.writtenFiles, IsEmpty());
+    delegate.reset();
+    EXPECT_EQ(fakes.fileManager.writtenFiles["/home/ada/me.jpg"], fakes.captureServices.image);
+    EXPECT_EQ(fakes.fileManager.writtenFiles["/home/ada/again.jpg"], fakes.captureServices.image);
+}
+
 TEST_F(PopoverTest, SaysWhatBecameOfThePhotoAndKeepsItWhereItCouldNotBeSaved) {
     using Platform::WriteOutcome;
     open();

@@ -4,6 +4,13 @@
 #include "tests/support/FileSizeLimit.h"
 #include "tests/support/TemporaryFolder.h"
 
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <future>
+#include <string>
+#include <vector>
+
 namespace TestSupport {
 namespace {
 
@@ -51,6 +58,20 @@ TEST_F(PosixFileManagerTest, WhereThereIsNoSpaceTheEarlierFileStaysAndNothingIsL
         EXPECT_EQ(manager.write(bytes("too long"), path("one")), WriteOutcome::noSpace);
     }
     EXPECT_EQ(readFile(path("one")), "1");
+    EXPECT_THAT(*manager.contentsOfDirectory(world.folder),
+                testing::UnorderedElementsAre(path("one"), path(".hidden")));
+}
+
+TEST_F(PosixFileManagerTest, OneFileMayBeWrittenFromTwoThreadsAtOnce) {
+    const auto writeManyTimes = [&](const std::string& text) {
+        std::vector<WriteOutcome> outcomes(100);
+        std::ranges::generate(outcomes, [&] { return manager.write(bytes(text), path("one")); });
+        return outcomes;
+    };
+    auto others = std::async(std::launch::async, [&] { return writeManyTimes("other"); });
+    EXPECT_THAT(writeManyTimes("this"), testing::Each(WriteOutcome::written));
+    EXPECT_THAT(others.get(), testing::Each(WriteOutcome::written));
+    EXPECT_THAT(readFile(path("one")), testing::AnyOf("this", "other"));
     EXPECT_THAT(*manager.contentsOfDirectory(world.folder),
                 testing::UnorderedElementsAre(path("one"), path(".hidden")));
 }

@@ -32,7 +32,7 @@ std::error_code writeAll(int descriptor, std::string_view bytes) {
     return {};
 }
 
-/// The process that wrote a temporary file, told by the file's name; absent for any other file.
+/// The thread that wrote a temporary file, told by the file's name; absent for any other file.
 std::optional<pid_t> writerOf(std::string_view name, std::string_view prefix) {
     if (!name.starts_with(prefix)) {
         return std::nullopt;
@@ -84,8 +84,9 @@ std::error_code replaceFile(const fs::path& path, std::string_view bytes) {
     const auto folder = target.parent_path();
     const auto prefix = "." + target.filename().string() + ".";
     removeLeftovers(folder, prefix);
-    const auto temporary = folder / (prefix + std::to_string(::getpid()) + std::string(temporarySuffix));
-    // Whatever an earlier process with this id left, or someone else put there, is not to be written to.
+    const auto temporary = folder / (prefix + std::to_string(::gettid()) + std::string(temporarySuffix));
+    // Several threads may replace one file at once. Whatever an earlier process with this id left, or someone
+    // else put there, is not to be written to.
     ::unlink(temporary.c_str());
     const Descriptor file(
         ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
