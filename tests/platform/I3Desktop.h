@@ -31,6 +31,14 @@ public:
     }
     static bool isSway() { return std::string(std::getenv("VIRTUAL_DESKTOP_SESSION")) == "sway"; }
 
+    /// Whether the file was made for this virtual desktop, and goes with it.
+    static bool owns(const std::filesystem::path& file) {
+        const auto folder = std::filesystem::path(std::getenv("XDG_RUNTIME_DIR")).parent_path();
+        const auto place = std::filesystem::weakly_canonical(file).lexically_relative(
+            std::filesystem::weakly_canonical(folder));
+        return !place.empty() && *place.begin() != "..";
+    }
+
     static QByteArray ask(LinuxPlatform::I3Request type, const std::string& payload = {}) {
         sockaddr_un address{};
         address.sun_family = AF_UNIX;

@@ -9,6 +9,7 @@
 #include <array>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -414,12 +415,18 @@ TEST_F(I3WindowSystemTest, WhatIsAskedForAtTheVeryEndHappens) {
 
 /// With rules of the user's for windows.
 struct I3RulesTest : I3WindowSystemTest {
-    I3RulesTest() {
-        write(before +
+    void SetUp() override {
+        ASSERT_TRUE(I3Desktop::owns(path)) << path << " is somebody's own";
+        before = TestSupport::readFile(path);
+        write(*before +
               "\nassign [class=\"^Assigned$\"] workspace 7\n"
               "for_window [class=\"^Ruled$\"] floating enable, move absolute position 40 px 50 px\n");
     }
-    ~I3RulesTest() override { write(before); }
+    void TearDown() override {
+        if (before) {
+            write(*before);
+        }
+    }
 
     static std::string configuration() {
         const auto version = LinuxPlatform::jsonOf(I3Desktop::ask(LinuxPlatform::I3Request::getVersion));
@@ -437,7 +444,7 @@ struct I3RulesTest : I3WindowSystemTest {
     }
 
     const std::string path = configuration();
-    const std::string before = TestSupport::readFile(path);
+    std::optional<std::string> before;
 };
 
 TEST_F(I3RulesTest, AreNotAppliedAgainToWhatComesBack) {
