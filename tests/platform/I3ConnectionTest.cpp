@@ -18,6 +18,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <optional>
 #include <set>
 #include <string>
@@ -442,8 +443,15 @@ struct CrowdedI3Test : ServedI3Test {
             if (asked.back() == I3Request::runCommand) {
                 messages.push_back(request->payload.toStdString());
                 carryOut(messages.back());
-                server.say(message(I3Request::runCommand, R"([{"success":true}])"));
+                if (!isSilent) {
+                    server.say(message(I3Request::runCommand, R"([{"success":true}])"));
+                }
             } else if (asked.back() == I3Request::getTree) {
+                if (layoutsLeft == 0) {
+                    isSilent = true;
+                    continue;
+                }
+                --layoutsLeft;
                 server.say(message(I3Request::getTree, layout()));
             } else {
                 server.say(message(request->type, "{\"success\":true}"));
@@ -459,7 +467,8 @@ struct CrowdedI3Test : ServedI3Test {
             };
             if (has("move scratchpad")) {
                 away.insert(window);
-            } else if (has("move --no-auto-back-and-forth container to workspace")) {
+            } else if (has("move --no-auto-back-and-forth container to workspace") ||
+                       has("scratchpad show")) {
                 away.erase(window);
             }
         }
@@ -467,10 +476,13 @@ struct CrowdedI3Test : ServedI3Test {
 
     QByteArray layout() const {
         QByteArray inView;
+        QByteArray elsewhere;
         QByteArray hidden;
         for (auto window = WindowId{firstWindow}; window < firstWindow + count; ++window) {
             const auto number = QByteArray::number(static_cast<qulonglong>(window));
-            auto& list = away.contains(window) ? hidden : inView;
+            auto& list = away.contains(window)                   ? hidden
+                         : window < firstWindow + countElsewhere ? elsewhere
+                                                                 : inView;
             list +=
                 (list.isEmpty() ? "" : ",") + QByteArray(R"({"type":"con","id":)") + number + R"(,"pid":1})";
         }
@@ -479,7 +491,19 @@ struct CrowdedI3Test : ServedI3Test {
                hidden +
                R"(]}]},{"type":"output","name":"LVDS-1","nodes":[{"type":"workspace","name":"1","id":4,
             "nodes":[)" +
-               inView + R"(]}],"focus":[4]}]})";
+               inView + R"(]},{"type":"workspace","name":"2","id":5,"nodes":[)" + elsewhere +
+               R"(]}],"focus":[4,5]}]})";
+    }
+
+    /// The system ends, and waits for nothing but what is said here meanwhile.
+    void endSystem() {
+        std::thread thread([this] {
+            while (server.awaitRequest()) {
+                serve();
+            }
+        });
+        owned.reset();
+        thread.join();
     }
 
     std::vector<WindowId> all() const {
@@ -503,12 +527,18 @@ struct CrowdedI3Test : ServedI3Test {
 
     static constexpr std::size_t count = 120;
     static constexpr WindowId firstWindow = 1000;
+    /// Of the first windows, on a workspace that nobody looks at.
+    std::size_t countElsewhere = 0;
     std::set<WindowId> away;
     std::vector<I3Request> asked;
     std::vector<std::string> messages;
+    /// Until it carries out what it is told and says nothing more.
+    std::size_t layoutsLeft = std::numeric_limits<std::size_t>::max();
+    bool isSilent = false;
     ScriptedI3 server;
     TestSupport::HandDrivenQueue queue;
-    I3WindowSystem system{server.path(), queue, nullptr, whenSilent};
+    std::optional<I3WindowSystem> owned{std::in_place, server.path(), queue, nullptr, whenSilent};
+    I3WindowSystem& system = *owned;
 };
 
 TEST_F(CrowdedI3Test, WindowsGoAndComeBackAFewAtATime) {
@@ -530,6 +560,58 @@ TEST_F(CrowdedI3Test, OnlyWhatIsToComeBackDoesWhenThatIsSaidInTheMidstOfIt) {
     ASSERT_TRUE(serveUntil([&] { return away.size() == count - others.size(); }));
     EXPECT_FALSE(away.contains(others.front()));
     EXPECT_FALSE(away.contains(others.back()));
+}
+
+TEST_F(CrowdedI3Test, WhatIsInViewGoesFirst) {
+    countElsewhere = 60;
+    const auto known = system.generation();
+    system.show({});
+    ASSERT_TRUE(serveUntil([&] { return system.generation() > known; }));
+    system.hide(all());
+    ASSERT_TRUE(serveUntil([&] { return !messages.empty(); }));
+    EXPECT_EQ(away.size(), 50);
+    EXPECT_GE(*away.begin(), firstWindow + countElsewhere);
+    ASSERT_TRUE(serveUntil([&] { return away.size() == count; }));
+}
+
+TEST_F(CrowdedI3Test, EverythingComesBackAtTheEndThoughNoLayoutIsToldAnyMore) {
+    system.hide(all());
+    ASSERT_TRUE(serveUntil([&] { return away.size() == count; }));
+    const auto known = system.generation();
+    system.show({});
+    ASSERT_TRUE(serveUntil([&] { return system.generation() > known; }));
+    messages.clear();
+    layoutsLeft = 1;
+    system.show(all());
+    ASSERT_TRUE(serveUntil([&] { return isSilent; }));
+    EXPECT_EQ(away.size(), count - 50);
+    endSystem();
+    EXPECT_THAT(away, IsEmpty());
+    EXPECT_EQ(messages.size(), 3);
+    EXPECT_EQ(mostInOneMessage("container to workspace"), 50);
+}
+
+TEST_F(CrowdedI3Test, WhatIsJustBeingHiddenComesBackAtTheEndToo) {
+    layoutsLeft = 1;
+    system.hide(all());
+    ASSERT_TRUE(serveUntil([&] { return isSilent; }));
+    EXPECT_EQ(away.size(), 50);
+    system.show(all());
+    endSystem();
+    EXPECT_THAT(away, IsEmpty());
+    EXPECT_EQ(mostInOneMessage("container to workspace"), 50);
+}
+
+TEST_F(CrowdedI3Test, TheUsersOwnScratchpadIsCalledUpAFewAtATime) {
+    const auto windows = all();
+    away = {windows.begin(), windows.end()};
+    const auto known = system.generation();
+    system.show({});
+    ASSERT_TRUE(serveUntil([&] { return system.generation() > known; }));
+    system.show(windows);
+    ASSERT_TRUE(serveUntil([&] { return away.empty(); }));
+    EXPECT_EQ(mostInOneMessage("scratchpad show"), 50);
+    EXPECT_EQ(messages.size(), 3);
 }
 
 TEST_F(CrowdedI3Test, WindowsThatOpenAtOnceCostTwoLooks) {

@@ -413,6 +413,30 @@ TEST_F(I3WindowSystemTest, WhatIsAskedForAtTheVeryEndHappens) {
     expectPicture(before);
 }
 
+TEST_F(I3WindowSystemTest, WindowsComeBackToTheirWorkspacesWithoutALookAtTheLayout) {
+    for (const auto* const name : {"A", "Floating", "B"}) {
+        open(name);
+    }
+    I3Desktop::run(with("Floating", "floating enable, resize set 300 px 200 px"));
+    waitUntilDrawn("Floating");
+    const auto tree = I3Desktop::tree();
+    std::vector<LinuxPlatform::I3Return> returns;
+    for (const auto* const name : {"A", "Floating", "B"}) {
+        returns.push_back({ids[name], LinuxPlatform::I3Place::of(*tree->find(ids[name]))});
+    }
+    hide({"A", "Floating"});
+    I3Desktop::run("workspace 2");
+    I3Desktop::run(commandsToReturnAnywhere(*I3Desktop::tree(), returns));
+    const auto after = I3Desktop::tree();
+    for (const auto& [window, place] : returns) {
+        const auto& leaf = *after->find(window);
+        EXPECT_EQ(leaf.workspace->name, "1") << I3Desktop::picture();
+        EXPECT_EQ(leaf.floating != nullptr, place.isFloating) << I3Desktop::picture();
+        EXPECT_FALSE(leaf.node->isOfScratchpad);
+    }
+    EXPECT_EQ(after->focusedWorkspace()->name, "2");
+}
+
 /// With rules of the user's for windows.
 struct I3RulesTest : I3WindowSystemTest {
     void SetUp() override {

@@ -583,6 +583,25 @@ std::string commandsToFinish(const I3Tree& tree, std::span<const I3Return> retur
     return borders + (commands.empty() && inView.empty() ? "" : commands + keepView(tree, {}) + inView);
 }
 
+std::string commandsToReturnAnywhere(const I3Tree& tree, std::span<const I3Return> returns) {
+    std::string commands;
+    for (const auto& [window, place] : returns) {
+        const auto* const leaf = tree.find(window);
+        if (leaf == nullptr) {
+            continue;
+        }
+        const auto one = withId(leaf->node->id);
+        commands += toWorkspaceOf(tree, place, leaf->node->id);
+        if (!place.isOfScratchpad) {
+            commands += one + "floating disable;";
+        }
+        if (place.isFloating) {
+            commands += one + "floating enable;" + toRect(tree, leaf->node->id, place, place.rect);
+        }
+    }
+    return commands.empty() ? commands : commands + keepView(tree, {});
+}
+
 std::string commandsToBringUp(const I3Tree& tree, WindowId window) {
     const auto* const leaf = tree.find(window);
     return leaf != nullptr && leaf->isInScratchpad() ? withId(leaf->node->id) + "scratchpad show;" : "";

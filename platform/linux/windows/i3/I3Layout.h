@@ -34,6 +34,9 @@ bool areSizesKnown(const I3Tree& tree, const I3Leaf& leaf);
 std::string commandsToAdjust(const I3Tree& tree, std::span<const I3Return> returns);
 /// What needs the sizes to be right.
 std::string commandsToFinish(const I3Tree& tree, std::span<const I3Return> returns);
+/// Brings windows back to their workspaces, to where there is room. Does no harm to one that is there
+/// already.
+std::string commandsToReturnAnywhere(const I3Tree& tree, std::span<const I3Return> returns);
 /// Brings a window of the user's own scratchpad up, as its user would.
 std::string commandsToBringUp(const I3Tree& tree, WindowId window);
 std::string commandToFocus(const I3Tree& tree, WindowId window);

@@ -90,6 +90,10 @@ I3WindowSystem::~I3WindowSystem() {
     if (!toTake_.empty() || !toGiveBack_.empty() || !returned_.empty()) {
         connection_.finish(endPatience);
     }
+    if (!toGiveBack_.empty() && isKnown()) {
+        giveBackTheRest();
+        connection_.finish(endPatience);
+    }
 }
 
 std::optional<Platform::HidingObstacle> I3WindowSystem::hidingObstacle() {
@@ -394,6 +398,8 @@ void I3WindowSystem::take() {
     activation_.noteHiding(windows, focused != nullptr ? std::optional(focused->node->window) : std::nullopt);
     taken_.take(places);
     std::erase_if(unsized_, [this](const I3Return& returned) { return taken_.contains(returned.window); });
+    std::ranges::stable_partition(
+        windows, [this](WindowId window) { return tree_->isVisible(*tree_->find(window)->workspace); });
     const auto first = std::span(windows).first(std::min(windows.size(), mostAtOnce));
     toTake_ = {windows.begin() + std::ssize(first), windows.end()};
     command(commandsToTake(*tree_, first, {windows.begin(), windows.end()}));
@@ -437,6 +443,7 @@ void I3WindowSystem::giveBack() {
 
 std::vector<I3Return> I3WindowSystem::nextToGiveBack(std::string& commands) {
     std::vector<WindowId> thereAlready;
+    std::vector<WindowId> withoutPlace;
     std::vector<I3Return> returns;
     for (const auto id : std::exchange(toGiveBack_, {})) {
         if (!isHidden(id)) {
@@ -444,7 +451,7 @@ std::vector<I3Return> I3WindowSystem::nextToGiveBack(std::string& commands) {
         } else if (auto place = placeOf(id)) {
             returns.push_back({id, std::move(*place)});
         } else {
-            commands += commandsToBringUp(*tree_, id);
+            withoutPlace.push_back(id);
         }
     }
     taken_.forget(thereAlready);
@@ -453,7 +460,30 @@ std::vector<I3Return> I3WindowSystem::nextToGiveBack(std::string& commands) {
     for (; returns.size() > mostAtOnce; returns.pop_back()) {
         toGiveBack_.insert(returns.back().window);
     }
+    for (; returns.size() + withoutPlace.size() > mostAtOnce; withoutPlace.pop_back()) {
+        toGiveBack_.insert(withoutPlace.back());
+    }
+    for (const auto id : withoutPlace) {
+        commands += commandsToBringUp(*tree_, id);
+    }
     return returns;
+}
+
+void I3WindowSystem::giveBackTheRest() {
+    while (!toGiveBack_.empty()) {
+        std::string commands;
+        std::vector<I3Return> returns;
+        for (std::size_t moved = 0; moved < mostAtOnce && !toGiveBack_.empty(); ++moved) {
+            const auto id = *toGiveBack_.begin();
+            toGiveBack_.erase(toGiveBack_.begin());
+            if (auto place = placeOf(id)) {
+                returns.push_back({id, std::move(*place)});
+            } else {
+                commands += commandsToBringUp(*tree_, id);
+            }
+        }
+        command(commands + commandsToReturnAnywhere(*tree_, returns));
+    }
 }
 
 void I3WindowSystem::settleReturned() {
@@ -478,14 +508,22 @@ void I3WindowSystem::settleReturned() {
 
 void I3WindowSystem::bringUpWhatIsStillAway(const std::string& refusal) {
     const auto isAway = [this](const I3Return& returned) { return isHidden(returned.window); };
-    std::string commands;
-    for (const auto& [window, place] : returned_) {
-        commands += commandsToBringUp(*tree_, window);
+    std::vector<WindowId> away;
+    for (const auto& returned : returned_) {
+        if (isAway(returned)) {
+            away.push_back(returned.window);
+        }
     }
     taken_.forget([&](WindowId window) { return isHidden(window) && isReturning(window); });
     std::erase_if(returned_, isAway);
-    command(commands);
-    if (!commands.empty() && log_ != nullptr) {
+    for (std::size_t first = 0; first < away.size(); first += mostAtOnce) {
+        std::string commands;
+        for (const auto window : std::span(away).subspan(first, std::min(mostAtOnce, away.size() - first))) {
+            commands += commandsToBringUp(*tree_, window);
+        }
+        command(commands);
+    }
+    if (!away.empty() && log_ != nullptr) {
         log_->writeLine("Curtain: a window could not be put back to its place: " + refusal);
     }
 }

@@ -70,8 +70,10 @@ private:
     void carryOut();
     void take();
     void giveBack();
-    /// Those with a place, and `commands` for those without one.
+    /// Those with a place, and `commands` for those without one; as many as are moved at once.
     std::vector<I3Return> nextToGiveBack(std::string& commands);
+    /// What is still to be given back, without a look at what becomes of it.
+    void giveBackTheRest();
     void settleReturned();
     void bringUpWhatIsStillAway(const std::string& refusal);
     void settleUnsized();
