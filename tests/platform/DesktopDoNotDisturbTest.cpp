@@ -2,6 +2,7 @@
 
 #include "platform/linux/donotdisturb/LxqtQuietRoad.h"
 #include "platform/linux/donotdisturb/MakoModes.h"
+#include "platform/linux/donotdisturb/QuietServers.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/HandDrivenQueue.h"
 #include "tests/support/MemoryUserDefaults.h"
@@ -412,7 +413,7 @@ TEST_F(DesktopDoNotDisturbTest, AServerThatRefusesIsNotAskedAgain) {
     EXPECT_EQ(doNotDisturb->isOn(), false);
 }
 
-TEST_F(DesktopDoNotDisturbTest, AServerThatOnlySaysThatItObeysIsNotAskedAgain) {
+TEST_F(DesktopDoNotDisturbTest, AServerThatDoesNotSayWhetherItObeysIsAskedAgain) {
     startWithServer();
     theSwitch.onOrder = [&] { theSwitch.obeys.reset(); };
     doNotDisturb->hold();
@@ -462,6 +463,56 @@ TEST_F(DesktopDoNotDisturbTest, WhatAnEarlierRunLeftIsTouchedOnlyOnRequest) {
     killAndStart();
     EXPECT_TRUE(doNotDisturb->isHeld());
     EXPECT_EQ(theSwitch.state, "on after off");
+}
+
+/// The modes of mako, which takes any.
+class ModesServer : public QDBusVirtualObject {
+public:
+    explicit ModesServer(const QDBusConnection& bus) : bus_(bus) {
+        bus_.registerVirtualObject(QStringLiteral("/fr/emersion/Mako"), this);
+    }
+    ~ModesServer() override { bus_.unregisterObject(QStringLiteral("/fr/emersion/Mako")); }
+    ModesServer(const ModesServer&) = delete;
+    ModesServer& operator=(const ModesServer&) = delete;
+
+    QStringList modes{"default"};
+
+    QString introspect(const QString&) const override { return {}; }
+
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection&) override {
+        const bool isOrder = message.member() == QLatin1String("SetModes");
+        if (isOrder) {
+            modes = message.arguments().value(0).toStringList();
+        }
+        bus_.send(isOrder ? message.createReply() : message.createReply(QVariant(modes)));
+        return true;
+    }
+
+private:
+    QDBusConnection bus_;
+};
+
+TEST_F(DesktopDoNotDisturbTest, OfMakoTheModeIsTakenOutThatWasPutIn) {
+    const TestSupport::TemporaryFolder folder;
+    const auto configuration = folder.path() / "mako" / "config";
+    TestSupport::writeFile(configuration, "[mode=a]\ninvisible=1\n");
+    const auto connection = bus.connect("server");
+    const ModesServer mako(connection);
+    server.emplace(connection, QStringLiteral("mako"));
+    const auto curtain = bus.connect("curtain");
+    doNotDisturb =
+        std::make_unique<DesktopDoNotDisturb>(curtain, queue, disk, session, [&](const auto& identity) {
+            return LinuxPlatform::quietRoadOf(identity, curtain, folder.path());
+        });
+    ASSERT_TRUE(spinUntil([&] { return doNotDisturb->isOn() == false; }));
+    doNotDisturb->hold();
+    ASSERT_TRUE(spinUntil([&] { return doNotDisturb->isOn() == true; }));
+    ASSERT_EQ(mako.modes, QStringList({"default", "a"}));
+    TestSupport::writeFile(configuration, "[mode=b]\ninvisible=1\n[mode=a]\ninvisible=1\n");
+    doNotDisturb->giveBack();
+    EXPECT_TRUE(spinUntil([&] { return !doNotDisturb->isHeld(); }));
+    EXPECT_EQ(mako.modes, QStringList({"default"}));
+    doNotDisturb.reset();
 }
 
 /// A configuration of mako and the modes in it that hide every notice.

@@ -11,6 +11,7 @@
 #include <QStringList>
 #include <QVariantMap>
 
+#include <algorithm>
 #include <cstdint>
 #include <utility>
 
@@ -183,21 +184,17 @@ protected:
             return std::nullopt;
         }
         modes_ = answer.arguments().value(0).toStringList();
-        for (const auto& mode : quietModes_) {
-            if (modes_.contains(QString::fromStdString(mode))) {
-                return mode;
-            }
-        }
-        return off;
+        const auto mode = quietMode();
+        return mode == quietModes_.end() ? off : *mode;
     }
 
     /// The user's other modes stay.
     QDBusMessage order(const std::string& state) const override {
         auto modes = modes_;
-        if (state == off) {
-            modes.removeAll(QString::fromStdString(quietModes_.front()));
-        } else {
+        if (state != off) {
             modes.append(QString::fromStdString(state));
+        } else if (const auto mode = quietMode(); mode != quietModes_.end()) {
+            modes.removeAll(QString::fromStdString(*mode));
         }
         return message(notifications, path, interface, QStringLiteral("SetModes"), {modes});
     }
@@ -205,6 +202,13 @@ protected:
 private:
     const QString path = QStringLiteral("/fr/emersion/Mako");
     const QString interface = QStringLiteral("fr.emersion.Mako");
+
+    /// The one that was in force when the modes were read.
+    std::vector<std::string>::const_iterator quietMode() const {
+        return std::ranges::find_if(
+            quietModes_, [&](const auto& mode) { return modes_.contains(QString::fromStdString(mode)); });
+    }
+
     std::filesystem::path configuration_;
     /// Never empty once a state has been told.
     std::vector<std::string> quietModes_;
