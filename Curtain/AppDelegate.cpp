@@ -278,7 +278,11 @@ void AppDelegate::privacyRequested(PrivacyRequest request) {
     toggleModeFromHotkey();
     // The toggle is what the user's own menus and shortcuts call.
     if (request == PrivacyRequest::off) {
-        notifier_.notifyPrivacyModeEnded();
+        quietHold_.whenSeen([this] {
+            if (!engine().isActive()) {
+                notifier_.notifyPrivacyModeEnded();
+            }
+        });
     }
 }
 
@@ -720,7 +724,7 @@ void AppDelegate::fixEverything() {
 }
 
 void AppDelegate::seeToNotifications() {
-    if (!platform_.doNotDisturb->isOn().has_value()) {
+    if (platform_.doNotDisturb->isOn() != true) {
         notifier_.notifyPrompt();
     }
     quietHold_.begin();

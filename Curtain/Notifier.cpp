@@ -81,8 +81,9 @@ void Notifier::notifyPrompt() {
         return;
     }
     const auto lang = languageProvider();
-    center_.add({uuids_.makeUuid(),
-                 {text(LocKey::sharePromptTitle, lang), text(LocKey::sharePromptBody, lang), {}, {}}});
+    // A server that held it back would show it after the share.
+    addPrivacyNotice({uuids_.makeUuid(),
+                      {text(LocKey::sharePromptTitle, lang), text(LocKey::sharePromptBody, lang), {}, {}}});
 }
 
 void Notifier::notifySettingsLost(const CurtainCore::PreferencesDamage& damage) {

@@ -61,7 +61,7 @@ public:
     /// earlier one. `shortcut` is the combination that switches privacy mode, empty for none.
     void notifyHome(bool hasPanel, const std::string& shortcut);
     void withdrawHome();
-    /// Takes every notice off the screen that is true only while privacy mode is on.
+    /// Takes every notice off the screen that is true only while privacy mode is on, and the prompts.
     void withdrawPrivacyNotices();
     /// The one about this app, which is hidden no longer.
     void withdrawRehidden(const std::string& bundleID);

@@ -7,6 +7,8 @@
 #include "platform/Subscription.h"
 #include "platform/UserNotificationCenter.h"
 
+#include <functional>
+
 namespace Curtain {
 
 /// When the desktop's Do Not Disturb is held, and when it is given back. Main thread only.
@@ -25,11 +27,15 @@ public:
     /// Gives back what is held, be it since an earlier run: after a while, so that a share that follows does
     /// not begin with notices. A desktop that then shows what it held does so only after the share.
     void end();
+    /// Runs `task` once notices can be seen again: at once where nothing is held, else after what `end` has
+    /// begun. Not at all if `begin` or `end` is called before, nor for a `task` that another one follows.
+    void whenSeen(std::function<void()> task);
 
 private:
     void hold();
     void count();
     bool waitsForShare();
+    void lookForShare();
 
     Platform::DoNotDisturb& doNotDisturb_;
     Platform::UserNotificationCenter& center_;
@@ -37,7 +43,9 @@ private:
     Platform::MainQueue& mainQueue_;
     /// What is not known of the screen is as it was.
     bool isShared_ = false;
+    /// Until it is given back; below zero, since then.
     int secondsLeft_ = 0;
+    std::function<void()> onSeen_;
     Platform::Subscription countdown_;
     /// Of what is to be held soon.
     Platform::Lifetime beginning_;

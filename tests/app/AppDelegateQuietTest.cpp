@@ -181,11 +181,38 @@ TEST_F(QuietTest, TheNoticeOfDetectionIsOutBefore) {
     EXPECT_TRUE(isHeld());
 }
 
-TEST_F(QuietTest, NobodyIsAskedForWhatTheDesktopDoes) {
+TEST_F(QuietTest, ThePromptIsOutBefore) {
+    launch();
+    fakes.userNotificationCenter.isSilent = true;
+    fixEverything();
+    EXPECT_THAT(fakes.userNotificationCenter.added, SizeIs(1));
+    EXPECT_FALSE(isHeld());
+    fakes.mainQueue.advance(1);
+    EXPECT_TRUE(isHeld());
+    EXPECT_EQ(view().notificationsStatus(), "ok");
+}
+
+TEST_F(QuietTest, ThePromptDoesNotOutliveWhatItIsAbout) {
+    launch();
+    fixEverything();
+    EXPECT_THAT(fakes.userNotificationCenter.delivered, SizeIs(1));
+    pressShortcut();
+    EXPECT_THAT(fakes.userNotificationCenter.delivered, IsEmpty());
+}
+
+TEST_F(QuietTest, NobodyIsAskedForWhatIsOnAlready) {
+    fakes.doNotDisturb.turn(true);
     launch();
     fixEverything();
     EXPECT_THAT(fakes.userNotificationCenter.added, IsEmpty());
     EXPECT_EQ(view().notificationsStatus(), "ok");
+}
+
+TEST_F(QuietTest, NobodyIsAskedOnceMoreForWhatIsHeld) {
+    launch();
+    fixEverything();
+    fixEverything();
+    EXPECT_THAT(fakes.userNotificationCenter.added, SizeIs(1));
 }
 
 TEST_F(QuietTest, WhereItIsNotKnownTheUserIsAskedAsEver) {
@@ -204,6 +231,52 @@ TEST_F(QuietTest, TheOpenPopoverFollowsTheDesktop) {
     EXPECT_EQ(view().notificationsStatus(), "ok");
     fakes.doNotDisturb.turn(false);
     EXPECT_EQ(view().notificationsStatus(), "warning");
+}
+
+struct EndNoticeTest : QuietTest {
+    void SetUp() override {
+        QuietTest::SetUp();
+        launch();
+        share(true);
+        ASSERT_TRUE(isHeld());
+        fakes.userNotificationCenter.added.clear();
+    }
+
+    void end() { delegate->privacyRequested(Curtain::AppDelegate::PrivacyRequest::off); }
+    auto& posted() { return fakes.userNotificationCenter.added; }
+};
+
+TEST_F(EndNoticeTest, WaitsUntilItCanBeSeen) {
+    end();
+    while (isHeld()) {
+        ASSERT_THAT(posted(), IsEmpty());
+        fakes.mainQueue.advance(0.1);
+    }
+    fakes.mainQueue.advance(longTime);
+    EXPECT_THAT(posted(), SizeIs(1));
+}
+
+TEST_F(EndNoticeTest, ComesAtOnceWhereNothingIsHeld) {
+    fakes.doNotDisturb.turn(false);
+    end();
+    EXPECT_THAT(posted(), SizeIs(1));
+    fakes.mainQueue.advance(longTime);
+    EXPECT_THAT(posted(), SizeIs(1));
+}
+
+TEST_F(EndNoticeTest, StaysAwayWhenPrivacyModeIsOnAgain) {
+    end();
+    pressShortcut();
+    fakes.mainQueue.advance(longTime);
+    EXPECT_THAT(posted(), IsEmpty());
+}
+
+TEST_F(EndNoticeTest, StaysAwayWhenItsUserEndsItMeanwhile) {
+    end();
+    pressShortcut();
+    pressShortcut();
+    fakes.mainQueue.advance(longTime);
+    EXPECT_THAT(posted(), IsEmpty());
 }
 
 TEST_F(QuietTest, WhatARunThatWasKilledHeldIsGivenBackAfterTheStart) {

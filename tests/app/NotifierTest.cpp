@@ -115,9 +115,10 @@ TEST_F(NotifierTest, NoticesOfPrivacyModeGoWithItAndOthersStay) {
     notifier->notifyActivated();
     notifier->notifyRehidden("Mail", "org.mail");
     notifier->notifyPrompt();
+    notifier->notifySettingsLost({"preferences.bak"});
     notifier->withdrawPrivacyNotices();
     ASSERT_EQ(center.delivered.size(), 1U);
-    EXPECT_EQ(center.delivered[0].content.title, "Going to share your screen?");
+    EXPECT_THAT(center.delivered[0].content.body, testing::HasSubstr("preferences.bak"));
     center.calls.clear();
     notifier->withdrawPrivacyNotices();
     EXPECT_THAT(center.calls, IsEmpty()) << "there is nothing left to take back";

@@ -168,13 +168,34 @@ INSTANTIATE_TEST_SUITE_P(
              true}),
     [](const auto& rule) { return std::string(rule.param.name); });
 
-TEST(QuietHoldRestTest, NothingIsLookedAtWhereNothingIsHeld) {
+TEST(QuietHoldRestTest, TheScreenIsNotLookedAtWhereNothingIsHeld) {
     World world;
+    world.doNotDisturb.does.showsHeldAfterwards = true;
     world.hold->end();
-    world.queue.advance(5);
+    world.queue.advance(1000);
+    EXPECT_EQ(world.probe.queries, 0);
+}
+
+TEST(QuietHoldRestTest, TheScreenIsNotLookedAtForAServerThatPoursNothing) {
+    World world;
+    world.hold->begin();
+    world.hold->end();
+    world.queue.advance(1000);
+    EXPECT_EQ(world.probe.queries, 0);
+}
+
+TEST(QuietHoldRestTest, NothingIsDoneOnceItIsGivenBack) {
+    World world;
+    world.doNotDisturb.does.showsHeldAfterwards = true;
+    world.hold->begin();
+    world.hold->end();
+    world.queue.advance(10);
+    ASSERT_FALSE(world.doNotDisturb.isHeld());
     const auto asked = world.probe.queries;
+    const auto events = world.events;
     world.queue.advance(1000);
     EXPECT_EQ(world.probe.queries, asked);
+    EXPECT_EQ(world.events, events);
 }
 
 } // namespace
