@@ -53,12 +53,16 @@ class DoNotDisturbTest(DesktopCase):
 
     def test_a_second_share_begins_without_what_the_first_held(self):
         self.start_curtain()
+        xterm = self.open_xterm()
         first = self.capture()
+        self.wait_hidden(xterm)
         self.message()
         first.terminate()
         first.wait()
+        self.wait_shown(xterm)
         self.capture()
         self.assertEqual(self.shown(), 0)
+        self.wait_hidden(xterm)
         self.assertTrue(stays(lambda: self.is_quiet() and self.shown() == 0, 6))
 
     def test_the_next_start_gives_back_what_a_killed_one_held(self):

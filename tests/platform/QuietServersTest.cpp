@@ -87,6 +87,48 @@ private:
     QString name_;
 };
 
+/// Counts what another road is asked for its state, and what it answers.
+class CountingRoad : public LinuxPlatform::QuietRoad {
+public:
+    struct Reads {
+        int asked = 0;
+        int answered = 0;
+    };
+
+    CountingRoad(std::unique_ptr<QuietRoad> road, Reads& reads) : road_(std::move(road)), reads_(reads) {
+        road_->onNews = [this] {
+            if (onNews) {
+                onNews();
+            }
+        };
+    }
+
+    std::string name() const override { return road_->name(); }
+    Platform::DoNotDisturb::Habits habits() const override { return road_->habits(); }
+    bool isRemembered() const override { return road_->isRemembered(); }
+    bool tellsChanges() const override { return road_->tellsChanges(); }
+    Platform::MainQueue::Seconds delay() const override { return road_->delay(); }
+    bool isQuiet(const std::string& state) const override { return road_->isQuiet(state); }
+    std::string quietened(const std::string& state) const override { return road_->quietened(state); }
+    void beginWaiting() override { road_->beginWaiting(); }
+
+    void read(std::function<void(std::optional<std::string> state)> onState) override {
+        ++reads_.asked;
+        road_->read([this, onState = std::move(onState)](const auto& state) {
+            ++reads_.answered;
+            onState(state);
+        });
+    }
+
+    void write(const std::string& state, std::function<void(std::optional<bool> isDone)> onDone) override {
+        road_->write(state, std::move(onDone));
+    }
+
+private:
+    std::unique_ptr<QuietRoad> road_;
+    Reads& reads_;
+};
+
 /// On a bus of its own, since the virtual desktop has a server already.
 class QuietServersTest : public testing::TestWithParam<Server> {
 protected:
@@ -142,6 +184,10 @@ protected:
     bool comesToBe(std::optional<bool> isOn) {
         return spinUntil([&] { return doNotDisturb.isOn() == isOn; }, patience);
     }
+    /// Answers come in the order of the questions, and what is to be done about one is done with it.
+    bool hasDoneWhatItWasAsked() {
+        return spinUntil([&, due = reads.asked] { return reads.answered >= due; }, patience);
+    }
     bool looksOn() { return look() == QString::fromLatin1(GetParam().on); }
 
     std::filesystem::path configFolder = std::getenv("XDG_CONFIG_HOME");
@@ -149,11 +195,13 @@ protected:
     TestSupport::MemoryUserDefaults disk;
     std::vector<std::unique_ptr<ChildProcess>> programs;
     std::optional<SettingsServer> settingsServer;
-    DesktopDoNotDisturb doNotDisturb{QDBusConnection::sessionBus(), queue, disk, "session",
-                                     [this](const LinuxPlatform::NotificationServer& server) {
-                                         return LinuxPlatform::quietRoadOf(
-                                             server, QDBusConnection::sessionBus(), configFolder);
-                                     }};
+    CountingRoad::Reads reads;
+    DesktopDoNotDisturb doNotDisturb{
+        QDBusConnection::sessionBus(), queue, disk, "session",
+        [this](const LinuxPlatform::NotificationServer& server) {
+            return std::make_unique<CountingRoad>(
+                LinuxPlatform::quietRoadOf(server, QDBusConnection::sessionBus(), configFolder), reads);
+        }};
     QString before;
 };
 
@@ -194,8 +242,11 @@ TEST_P(QuietServersTest, ThatOfItsUserIsLeftAlone) {
     EXPECT_TRUE(comesToBe(true));
     const auto own = look();
     doNotDisturb.hold();
+    ASSERT_TRUE(hasDoneWhatItWasAsked());
+    EXPECT_FALSE(doNotDisturb.isHeld());
     doNotDisturb.giveBack();
-    EXPECT_TRUE(doNotDisturb.isOn());
+    ASSERT_TRUE(hasDoneWhatItWasAsked());
+    EXPECT_EQ(doNotDisturb.isOn(), true);
     EXPECT_EQ(look(), own);
     EXPECT_THAT(disk.values, testing::IsEmpty());
     turn(false);
@@ -210,6 +261,7 @@ TEST_P(QuietServersTest, WhatItsUserTurnsMeanwhileIsLeftAlone) {
     turn(true);
     EXPECT_TRUE(comesToBe(true));
     doNotDisturb.giveBack();
+    ASSERT_TRUE(hasDoneWhatItWasAsked());
     EXPECT_EQ(doNotDisturb.isOn(), true);
     EXPECT_TRUE(looksOn()) << look().toStdString();
     turn(false);
