@@ -7,8 +7,9 @@
 
 namespace Platform {
 
-/// The desktop's switch that keeps notices from the screen. Nothing here waits for the desktop, except the
-/// destructor, and that not for long. Main thread only.
+/// The desktop's switch that keeps notices from the screen. Nothing here waits for the desktop's answer,
+/// except the destructor and, where the switch is a setting or a file, whatever turns it: until that is
+/// stored, a setting for half a second at most. Main thread only.
 class DoNotDisturb {
 public:
     /// What the desktop does with notices while the switch is on.
