@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <functional>
+#include <iterator>
 #include <set>
 #include <string_view>
 #include <utility>
@@ -69,6 +70,13 @@ PhotoNews newsOf(Platform::WriteOutcome outcome) {
         break;
     }
     return PhotoNews::notSaved;
+}
+
+/// Why a photo was not saved.
+PlatformKey keyOf(PhotoNews news) {
+    return news == PhotoNews::noSpace      ? PlatformKey::photoNotSavedNoSpace
+           : news == PhotoNews::notAllowed ? PlatformKey::photoNotSavedNotAllowed
+                                           : PlatformKey::photoNotSaved;
 }
 
 } // namespace
@@ -186,7 +194,7 @@ void AppDelegate::endGreeting() {
 }
 
 void AppDelegate::tellHome() {
-    const auto shortcut = shortcuts_.getShortcut(HotkeyManager::togglePrivacy(shortcuts_));
+    const auto shortcut = hotkeys_.shortcut();
     notifier_.notifyHome(statusItem_->hasPanel(), shortcut ? shortcut->description(*platform_.keyboard) : "");
 }
 
@@ -646,7 +654,8 @@ void AppDelegate::hidingAnswered() {
     if (engine().isActive()) {
         tellObstacle();
     }
-    followObstacle();
+    // What hides the apps may also be what hears the shortcut.
+    updateIcon();
     coordinator().refresh();
     if (settingsView_) {
         settingsView_->askSession();
@@ -665,10 +674,7 @@ void AppDelegate::privateAppAdded(const std::string& bundleID) {
     if (!engine().isActive()) {
         return;
     }
-    auto covered = engine().targets();
-    covered.push_back(bundleID);
-    platform_.appShield->cover(covered);
-    engine().addTarget(bundleID);
+    hideAlso({bundleID});
     refreshReadiness();
 }
 
@@ -683,18 +689,21 @@ void AppDelegate::privateAppRemoved(const std::string& bundleID) {
     refreshReadiness();
 }
 
-void AppDelegate::hideVisiblePrivateApps() {
-    const auto targets = store_.load().targetBundleIDs();
-    platform_.appShield->cover(targets);
-    for (const auto& target : targets) {
-        engine().addTarget(target);
+void AppDelegate::hideAlso(const std::vector<std::string>& identifiers) {
+    auto covered = engine().targets();
+    std::ranges::copy_if(identifiers, std::back_inserter(covered), [&](const auto& identifier) {
+        return std::ranges::find(engine().targets(), identifier) == engine().targets().end();
+    });
+    platform_.appShield->cover(covered);
+    for (const auto& identifier : identifiers) {
+        engine().addTarget(identifier);
     }
 }
 
 void AppDelegate::hidePrivateApps() {
     const CurtainCore::PreferencesStore::Action action(store_);
     if (engine().isActive()) {
-        hideVisiblePrivateApps();
+        hideAlso(store_.load().targetBundleIDs());
     } else {
         activatePrivacyMode();
     }
@@ -705,14 +714,14 @@ void AppDelegate::hidePrivateApps() {
 void AppDelegate::fixEverything() {
     const CurtainCore::PreferencesStore::Action action(store_);
     const bool wasActive = engine().isActive();
-    if (!wasActive) {
+    if (wasActive) {
+        hideAlso(store_.load().targetBundleIDs());
+    } else {
         notifier_.withdrawPrivacyModeEnded();
         platform_.appShield->cover(store_.load().targetBundleIDs());
     }
     const bool notificationsNeedAttention = FixEverything::run(engine(), store_, desktopController_);
-    if (wasActive) {
-        hideVisiblePrivateApps();
-    } else {
+    if (!wasActive) {
         tellIfListWasLost();
         sayIfNothingIsHidden();
     }
@@ -773,16 +782,26 @@ void AppDelegate::savePhoto() {
     platform_.application->activate(true);
     const auto name = "Curtain " + platform_.wallClock->localTimestamp(platform_.wallClock->now()) + ".jpg";
     ++openSavePanels_;
-    platform_.savePanel->open({name, platform_.userFolders->pictures(), "image/jpeg"},
-                              lifetime_.weak([this, data = *data](const std::optional<std::string>& path) {
-                                  --openSavePanels_;
-                                  if (path) {
-                                      photoWriter_.write(
-                                          data, *path, lifetime_.weak([this](Platform::WriteOutcome outcome) {
-                                              tellOfPhoto(newsOf(outcome));
-                                          }));
-                                  }
-                              }));
+    auto tell =
+        lifetime_.weak([this, photo = std::weak_ptr(cameraManager_.capturedPhoto())](
+                           Platform::WriteOutcome outcome) { tellOfSaving(photo.lock(), newsOf(outcome)); });
+    platform_.savePanel->open(
+        {name, platform_.userFolders->pictures(), "image/jpeg"},
+        lifetime_.weak([this, data = *data, tell = std::move(tell)](const std::optional<std::string>& path) {
+            --openSavePanels_;
+            if (path) {
+                photoWriter_.write(data, *path, tell);
+            }
+        }));
+}
+
+void AppDelegate::tellOfSaving(const std::shared_ptr<const Platform::Picture>& photo, PhotoNews news) {
+    if (photo && photo == cameraManager_.capturedPhoto()) {
+        tellOfPhoto(news);
+    } else if (news != PhotoNews::saved) {
+        // Whoever has put the photo away takes it for saved.
+        notifier_.notifyPhotoNotSaved(keyOf(news));
+    }
 }
 
 void AppDelegate::tellOfPhoto(PhotoNews news) {
@@ -867,7 +886,7 @@ void AppDelegate::updateToolTip() {
         add(engine().isActive() ? PlatformWording::string(CurtainCore::LocKey::privacyOnTitle, lang)
                                 : PlatformWording::string(PlatformKey::privacyModeEndedTitle, lang));
         if (const auto shortcut = hotkeys_.shortcut();
-            shortcut && platform_.hotKeyService->reach() != Platform::HotKeyReach::nowhere) {
+            shortcut && platform_.hotKeyService->reach() == Platform::HotKeyReach::everywhere) {
             text.append(" (").append(shortcut->description(*platform_.keyboard)).append(")");
         }
     }

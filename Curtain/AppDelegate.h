@@ -110,8 +110,8 @@ private:
     void followPrivateApps(Source& source);
     void privateAppAdded(const std::string& bundleID);
     void privateAppRemoved(const std::string& bundleID);
-    /// Whatever private app is visible while privacy mode is on, a revealed one included.
-    void hideVisiblePrivateApps();
+    /// Those of them that are visible while privacy mode is on, a revealed one included.
+    void hideAlso(const std::vector<std::string>& identifiers);
     void hidePrivateApps();
     void fixEverything();
     /// Keeps them from the screen, or asks the user to where the desktop does not say whether it does.
@@ -121,6 +121,8 @@ private:
     void selectCamera(const std::string& cameraID);
     void copyPhoto();
     void savePhoto();
+    /// In the review of that photo while it stands there, else, where it is lost, in a notice.
+    void tellOfSaving(const std::shared_ptr<const Platform::Picture>& photo, PhotoNews news);
     void tellOfPhoto(PhotoNews news);
 
     void nameSettingsWindow();

@@ -14,7 +14,7 @@ void HotkeyManager::start() {
 }
 
 std::optional<KeyboardShortcuts::Shortcut> HotkeyManager::shortcut() const {
-    return name_ ? shortcuts_.getShortcut(*name_) : std::nullopt;
+    return name_ && !shortcuts_.isRefused(*name_) ? shortcuts_.getShortcut(*name_) : std::nullopt;
 }
 
 KeyboardShortcuts::Name HotkeyManager::togglePrivacy(KeyboardShortcuts::KeyboardShortcuts& shortcuts) {

@@ -19,7 +19,8 @@ public:
     /// Called once, at launch. A first launch gets the default combination.
     void start();
 
-    /// The combination that is listened for; none before the start, or where the user has cleared it.
+    /// The combination that is listened for; none before the start, or where the user has cleared it or the
+    /// system has refused it.
     std::optional<KeyboardShortcuts::Shortcut> shortcut() const;
 
     /// The name of the shortcut, which is Control+Option+Command+H until the user chooses otherwise.

@@ -82,6 +82,11 @@ MeetingReadinessView::MeetingReadinessView(const Services& services, std::string
     connect(&services_.mic, &MicrophoneMonitor::changed, this, &MeetingReadinessView::readMicrophone);
     connect(&services_.camera, &CameraPreviewManager::photoFailed, this,
             [this] { tellOfPhoto(PhotoNews::notTaken); });
+    connect(&services_.camera, &CameraPreviewManager::findingChanged, this, [this] {
+        if (photoNews_ == PhotoNews::notTaken) {
+            tellOfPhoto(PhotoNews::none);
+        }
+    });
     photo_ = services_.camera.capturedPhoto();
     showsRisk_ = services_.store.load().showEmbarrassmentScore;
     wasReady_ = isReady();

@@ -1,6 +1,5 @@
 #include "Curtain/Notifier.h"
 
-#include "Curtain/PlatformWording.h"
 #include "Curtain/SettingsLoss.h"
 
 #include <utility>
@@ -162,6 +161,15 @@ void Notifier::withdrawHome() {
     if (std::exchange(hasToldOfHome_, false)) {
         center_.removeDeliveredNotifications({homeIdentifier});
     }
+}
+
+void Notifier::notifyPhotoNotSaved(PlatformKey reason) {
+    if (!enabled_) {
+        return;
+    }
+    const auto lang = languageProvider();
+    const auto body = reason == PlatformKey::photoNotSaved ? std::string() : text(reason, lang);
+    center_.add({uuids_.makeUuid(), {text(PlatformKey::photoNotSaved, lang), body, {}, {}}});
 }
 
 void Notifier::withdrawPrivacyNotices() {

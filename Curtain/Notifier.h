@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Curtain/PlatformWording.h"
 #include "core/PreferencesStore.h"
 #include "platform/Application.h"
 #include "platform/MainQueue.h"
@@ -61,6 +62,8 @@ public:
     /// earlier one. `shortcut` is the combination that switches privacy mode, empty for none.
     void notifyHome(bool hasPanel, const std::string& shortcut);
     void withdrawHome();
+    /// For this reason; `photoNotSaved` for an unknown one.
+    void notifyPhotoNotSaved(PlatformKey reason);
     /// Takes every notice off the screen that is true only while privacy mode is on, and the prompts.
     void withdrawPrivacyNotices();
     /// The one about this app, which is hidden no longer.

@@ -349,14 +349,15 @@ constexpr auto ownTexts = std::to_array<Entry<PlatformKey>>({
       .ru = "Страница настроек не найдена. Поищите в меню или на панели."}},
     {PlatformKey::noPermissionPage,
      {.en = "No matching settings page was found. Allow access with your desktop's own tools, then continue.",
-      .es = "Página de configuración no encontrada. Permite el acceso con las herramientas de tu escritorio "
-            "y continúa.",
+      .es = "Página de configuración no encontrada. Permite el acceso con las herramientas de tu entorno de "
+            "escritorio y continúa.",
       .zh = "未找到相应的设置页面。请用桌面环境自带的工具允许访问，然后继续。",
       .hi = "इससे जुड़ा कोई सेटिंग पेज नहीं मिला। अपने डेस्कटॉप के टूल से अनुमति दें, फिर जारी रखें।",
       .ar = "لم يُعثر على صفحة إعدادات مناسبة. اسمح بالوصول من أدوات بيئة سطح المكتب، ثم اضغط «متابعة».",
       .pt = "Página de configurações não encontrada. Permita o acesso com as ferramentas do sistema e "
             "continue.",
-      .fr = "Page de paramètres introuvable. Autorisez l’accès avec les outils du bureau, puis continuez.",
+      .fr = "Page de paramètres introuvable. Autorisez l’accès avec les outils de l’environnement de bureau, "
+            "puis continuez.",
       .ru = "Страница настроек не найдена. Разрешите доступ средствами системы и нажмите «Продолжить»."}},
     {PlatformKey::noTray,
      {.en = "No system tray was found. Add one to see Curtain's icon.",

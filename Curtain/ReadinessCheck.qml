@@ -34,7 +34,9 @@ Card {
             icon: "video"
             label: section.model.text("camera")
             status: section.model.cameraStatus
-            detail: section.model.photoNews !== "" && !section.model.hasPhoto ? section.model.photoNews : section.model.cameraDetail
+            readonly property bool hasNews: section.model.photoNews !== "" && !section.model.hasPhoto
+            detail: hasNews ? section.model.photoNews : section.model.cameraDetail
+            newsTone: hasNews ? section.model.photoNewsTone : ""
             action: section.model.text("takePhoto")
             canAct: section.model.canTakePhoto
             reason: canAct ? "" : section.model.text("noPictureYet")
@@ -100,8 +102,8 @@ Card {
             detail: section.model.privateAppsDetail
             action: section.model.text(section.model.isPrivacyModeOn ? "restore" : "hideApps")
             remedies: true
-            canAct: section.model.isPrivacyModeOn || section.model.canHideApps
-            reason: canAct ? "" : section.model.hidingObstacle
+            canAct: section.model.isPrivacyModeOn || section.model.canHideMore
+            reason: canAct ? "" : section.model.hideProblem
             onActed: section.model.isPrivacyModeOn ? section.model.restore() : section.model.hidePrivateApps()
         }
     }

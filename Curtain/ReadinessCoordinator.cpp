@@ -56,9 +56,10 @@ void ReadinessCoordinator::toggleTargetApp(const CatalogEntry& entry) {
         apps.push_back({entry.bundleID, entry.name});
     }
     store_.save(preferences);
-    if (wasPrivate) {
+    const bool isPrivate = std::ranges::count(apps, entry.bundleID, &CurtainCore::TargetApp::bundleID) > 0;
+    if (!isPrivate) {
         Q_EMIT privateAppRemoved(entry.bundleID);
-    } else {
+    } else if (!wasPrivate) {
         Q_EMIT privateAppAdded(entry.bundleID);
     }
     refresh();

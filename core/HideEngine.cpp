@@ -71,9 +71,11 @@ void HideEngine::addTarget(const std::string& bundleID) {
 }
 
 void HideEngine::removeTarget(const std::string& bundleID) {
-    const bool isHiddenByUs = hiddenByUs_.contains(bundleID);
+    const auto wasHidden = previousHidden_.find(bundleID);
+    const bool isUsers = wasHidden != previousHidden_.end() && wasHidden->second;
+    const bool isToBeShown = hiddenByUs_.contains(bundleID) && !isUsers;
     forget(bundleID);
-    if (isHiddenByUs) {
+    if (isToBeShown) {
         hiding_.unhide(bundleID);
     }
 }

@@ -40,7 +40,8 @@ public:
     /// `deactivate` shows again what was visible at this moment. The other targets stay as they are.
     void addTarget(const std::string& bundleID);
 
-    /// Takes an app out of the running switch-on and shows it where privacy mode has hidden it.
+    /// Takes an app out of the running switch-on and shows it where privacy mode has hidden it, and its user
+    /// had not before.
     void removeTarget(const std::string& bundleID);
 
 private:

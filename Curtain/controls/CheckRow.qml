@@ -9,6 +9,8 @@ Item {
     required property string status
     required property string detail
     required property string action
+    /// That of a detail which is news and not what the status says; empty otherwise.
+    property string newsTone: ""
     /// What the row is about in particular, for those who point at it.
     property string tip: ""
     /// Whether the chip remedies what is wrong.
@@ -24,7 +26,8 @@ Item {
     readonly property real leastChipWidth: chip.implicitWidth
 
     readonly property string tone: ({ "ok": "green", "warning": "orange", "danger": "red" })[status] ?? "gray"
-    readonly property string detailTone: ({ "ok": "green", "warning": "orange", "danger": "orange" })[status] ?? "gray"
+    readonly property string detailTone: newsTone
+        || (({ "ok": "green", "warning": "orange", "danger": "orange" })[status] ?? "gray")
 
     signal acted
 

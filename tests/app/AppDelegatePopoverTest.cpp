@@ -501,6 +501,40 @@ TEST_F(RunningModeTest, WithPrivacyModeOffTheListChangesNoWindow) {
     EXPECT_THAT(fakes.appShield.covered, IsEmpty());
 }
 
+TEST_F(RunningModeTest, AnAppThatIsListedTwiceStaysCoveredUntilItIsTakenOffTwice) {
+    pressShortcut();
+    makePrivate({"b", "b"});
+    pressShortcut();
+    takeCalls();
+    open();
+    choose("b");
+    EXPECT_THAT(takeCalls(), IsEmpty());
+    EXPECT_THAT(fakes.appShield.covered, testing::Contains("b"));
+    choose("b");
+    EXPECT_THAT(fakes.appShield.covered, IsEmpty());
+}
+
+TEST_F(RunningModeTest, HidingWhatIsVisibleUncoversNothing) {
+    open();
+    makePrivate({"b"});
+    view().hidePrivateApps();
+    EXPECT_THAT(takeCalls(), ElementsAre("hide b"));
+    EXPECT_THAT(fakes.appShield.covered, UnorderedElementsAre("a", "b"));
+}
+
+TEST_F(RunningModeTest, FixEverythingHidesTheAppsBeforeTheIcons) {
+    makePrivate({"a", "b"});
+    open();
+    std::vector<std::string> callsBefore;
+    fakes.processRunner.onRun = [&] {
+        if (fakes.processRunner.runs.back() == FakeProcessRunner::writingIcons(false)) {
+            callsBefore = fakes.workspace.calls;
+        }
+    };
+    view().fixEverything();
+    EXPECT_THAT(callsBefore, ElementsAre("hide b"));
+}
+
 TEST_F(RunningModeTest, HideAndFixHideAnAppThatWasRevealed) {
     makePrivate({"a", "b"});
     pressShortcut();
@@ -516,7 +550,7 @@ TEST_F(RunningModeTest, HideAndFixHideAnAppThatWasRevealed) {
         takeCalls();
         press();
         EXPECT_THAT(takeCalls(), ElementsAre("hide a"));
-        EXPECT_THAT(fakes.appShield.covered, ElementsAre("a", "b"));
+        EXPECT_THAT(fakes.appShield.covered, UnorderedElementsAre("a", "b"));
         EXPECT_FALSE(view().canHideMore());
         fakes.mainQueue.advance(4);
     }
@@ -730,6 +764,62 @@ TEST_F(PopoverTest, APhotoThatFailsIsSaidUntilTheNextOne) {
     EXPECT_EQ(view().photoNews(), "The camera took no photo.");
     takePhoto();
     EXPECT_EQ(view().photoNews(), "");
+}
+
+TEST_F(PopoverTest, APhotoThatFailsIsSaidUntilTheCameraIsInAnotherState) {
+    open();
+    view().takePhoto();
+    fakes.captureServices.photoOutput->finish({});
+    fakes.mainQueue.runReady();
+    ASSERT_EQ(view().photoNews(), "The camera took no photo.");
+    fakes.mainQueue.advance(2);
+    EXPECT_EQ(view().photoNews(), "The camera took no photo.");
+    fakes.captureServices.session->interrupt(Platform::CaptureInterruption::deviceNotAvailable);
+    EXPECT_EQ(view().photoNews(), "");
+}
+
+TEST_F(PopoverTest, APhotoThatCannotBeSavedIsSaidThoughThePopoverHasClosed) {
+    open();
+    takePhoto();
+    const auto saveAfterClosing = [&](Platform::WriteOutcome outcome) {
+        fakes.fileManager.writeOutcome = outcome;
+        view().savePhoto();
+        fakes.savePanel.choose("/home/ada/me.jpg");
+        fakes.popover.close();
+        fakes.workQueues.runAll();
+        fakes.mainQueue.runReady();
+    };
+    saveAfterClosing(Platform::WriteOutcome::noSpace);
+    ASSERT_THAT(fakes.userNotificationCenter.added, SizeIs(1));
+    EXPECT_EQ(fakes.userNotificationCenter.added[0].content.title, "The photo could not be saved.");
+    EXPECT_EQ(fakes.userNotificationCenter.added[0].content.body, "Not saved: the disk is full.");
+    open();
+    takePhoto();
+    saveAfterClosing(Platform::WriteOutcome::written);
+    EXPECT_THAT(fakes.userNotificationCenter.added, SizeIs(1));
+}
+
+TEST_F(PopoverTest, WhatBecameOfAPhotoIsNotSaidOfTheNext) {
+    open();
+    const auto saveAndTakeAnother = [&](Platform::WriteOutcome outcome, unsigned red) {
+        fakes.fileManager.writeOutcome = outcome;
+        view().savePhoto();
+        fakes.savePanel.choose("/home/ada/me.jpg");
+        view().discardPhoto();
+        fakes.captureServices.decodedImage = TestSupport::plainPicture(2, 1, red, 0, 0);
+        view().takePhoto();
+        fakes.captureServices.photoOutput->finish(fakes.captureServices.image);
+        fakes.mainQueue.runReady();
+        fakes.workQueues.runAll();
+        fakes.mainQueue.runReady();
+        EXPECT_EQ(view().photoNews(), "");
+    };
+    takePhoto();
+    saveAndTakeAnother(Platform::WriteOutcome::written, 1);
+    EXPECT_THAT(fakes.userNotificationCenter.added, IsEmpty());
+    saveAndTakeAnother(Platform::WriteOutcome::notAllowed, 2);
+    ASSERT_THAT(fakes.userNotificationCenter.added, SizeIs(1));
+    EXPECT_EQ(fakes.userNotificationCenter.added[0].content.body, "Not saved: you may not write there.");
 }
 
 TEST_F(PopoverTest, AClickBesideTheOpenSavePanelLeavesThePhotoWhereItIs) {

@@ -366,6 +366,23 @@ TEST_F(AppDelegateTest, ToolTipNamesNoShortcutWhereNoneIsHeard) {
     EXPECT_EQ(fakes.statusBar.toolTip, "Curtain — Privacy mode off");
 }
 
+TEST_F(AppDelegateTest, ToolTipNamesAShortcutOnlyWhileItIsHeardEverywhere) {
+    fakes.hotKeyService.heard = Platform::HotKeyReach::inX11WindowsOnly;
+    fakes.systemVersion.obstacle = Platform::HidingObstacle::notKnownYet;
+    launch();
+    EXPECT_EQ(fakes.statusBar.toolTip, "Curtain — Privacy mode off");
+    fakes.hotKeyService.heard = Platform::HotKeyReach::everywhere;
+    fakes.systemVersion.obstacle.reset();
+    fakes.mainQueue.advance(1);
+    EXPECT_EQ(fakes.statusBar.toolTip, "Curtain — Privacy mode off (Ctrl+Alt+Super+H)");
+}
+
+TEST_F(AppDelegateTest, ToolTipNamesNoShortcutThatWasRefused) {
+    fakes.hotKeyService.status = Platform::hotKeyExists;
+    launch();
+    EXPECT_EQ(fakes.statusBar.toolTip, "Curtain — Privacy mode off");
+}
+
 TEST_F(AppDelegateTest, ArabicToolTipRunsFromRightToLeft) {
     fakes.locale.language = "ar";
     launch();

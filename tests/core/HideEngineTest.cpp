@@ -303,6 +303,14 @@ TEST_F(HideEngineTest, ARemovedAppThatItsUserHadHiddenStaysHidden) {
     EXPECT_THAT(engine.targets(), IsEmpty());
 }
 
+TEST_F(HideEngineTest, ARemovedAppThatItsUserHadHiddenStaysHiddenThoughItCameForward) {
+    apps.runHidden("a");
+    engine.activate({"a"});
+    engine.reapply("a");
+    engine.removeTarget("a");
+    EXPECT_EQ(apps.count("unhide a"), 0);
+}
+
 TEST_F(HideEngineTest, DeactivatingWhileInactiveIsHarmless) {
     engine.deactivate();
     engine.deactivate();

@@ -748,6 +748,39 @@ TEST_F(Popover, ButtonsThatCouldOnlyBeInVainSayWhy) {
     EXPECT_THAT(world.actions, ElementsAre("restore"));
 }
 
+TEST_F(Popover, WithoutPrivateAppsThereIsNothingToHide) {
+    world.makeClear();
+    world.setPrivateApps({});
+    world.isPrivacyModeActive = false;
+    world.coordinator.refresh();
+    show();
+    for (const auto* const name : {"hidePrivateApps", "privateApps.chip"}) {
+        EXPECT_FALSE(shown->find(name)->isEnabled()) << name;
+        EXPECT_EQ(property(shown->find(name), "reason"), "Add private apps in Settings.") << name;
+    }
+    // A mode that is on can be switched off.
+    world.isPrivacyModeActive = true;
+    world.coordinator.refresh();
+    shown->settle();
+    EXPECT_TRUE(shown->find("privateApps.chip")->isEnabled());
+}
+
+TEST_F(Popover, AFailedPhotoIsSaidInTheColourOfAWarning) {
+    world.makeRisky();
+    world.cameraReadiness = {true, true};
+    world.coordinator.refresh();
+    show();
+    const auto usual = shown->find("camera.detail")->property("color");
+    world.view->tellOfPhoto(Curtain::PhotoNews::notTaken);
+    shown->settle();
+    EXPECT_EQ(property(shown->find("camera.detail"), "text"), "The camera took no photo.");
+    EXPECT_EQ(shown->find("camera.detail")->property("color"),
+              shown->find("notifications.detail")->property("color"));
+    world.view->tellOfPhoto(Curtain::PhotoNews::none);
+    shown->settle();
+    EXPECT_EQ(shown->find("camera.detail")->property("color"), usual);
+}
+
 TEST_F(Popover, RestsWhileNothingChanges) {
     world.makeRisky();
     show();
