@@ -89,9 +89,11 @@ class InstallTest(unittest.TestCase):
         self.assertEqual([line for line in said if 'key "SingleMainWindow"' not in line or "should start with" not in line], [])
 
     def assert_unit_is_valid(self, prefix):
+        """Of this machine's other units, which are looked at too, nothing is asked."""
         said = run("systemd-analyze", "--user", "verify", str(prefix / UNIT),
                    env=os.environ | {"XDG_RUNTIME_DIR": str(self.scratch), "MANPATH": str(prefix / "share/man")})
-        self.assertEqual((said.returncode, said.stdout), (0, ""))
+        about_it = [line for line in said.stdout.splitlines() if Path(UNIT).name in line]
+        self.assertEqual((said.returncode, about_it), (0, []))
 
     def test_every_file_is_there_and_can_be_read_by_everyone(self):
         self.addCleanup(os.umask, os.umask(0o022))

@@ -226,7 +226,7 @@ protected:
 
     /// As the guidelines for accessible web content define it.
     static double contrast(const QColor& one, const QColor& other) {
-        const auto [darker, lighter] = std::minmax(luminance(one), luminance(other));
+        const auto [darker, lighter] = std::minmax({luminance(one), luminance(other)});
         return (lighter + 0.05) / (darker + 0.05);
     }
 
