@@ -360,8 +360,9 @@ class Desktop:
         self.display = Display()
         self.log_folder = Path(log_folder)
         self._programs = []
-        # Programs that show a whole desktop may show notices too.
         is_whole = os.environ.get("VIRTUAL_DESKTOP_SESSION", "").endswith("-desktop")
+        self._own_types = {self.display.atom(f"_NET_WM_WINDOW_TYPE_{name}") for name in ["DOCK"] + ["DESKTOP"] * is_whole}
+        # Programs that show a whole desktop may show notices too.
         self._own_programs = {window.process for window in self._listed_windows()} - {None} if is_whole else set()
 
     def start(self, *argv, environment=None):
@@ -390,9 +391,8 @@ class Desktop:
 
     def windows(self):
         """All but the desktop's own, in the order of their opening."""
-        own_types = {self.display.atom(f"_NET_WM_WINDOW_TYPE_{name}") for name in ("DESKTOP", "DOCK")}
         return [window for window in self._listed_windows() if window.process not in self._own_programs
-                if own_types.isdisjoint(self.display.property(window.id, "_NET_WM_WINDOW_TYPE") or ())]
+                if self._own_types.isdisjoint(self.display.property(window.id, "_NET_WM_WINDOW_TYPE") or ())]
 
     def _listed_windows(self):
         return [Window(self.display, window) for window in self.display.property(self.display.root, "_NET_CLIENT_LIST") or ()]

@@ -144,7 +144,7 @@ class AutoDetectionTest(DesktopCase):
         self.assertEqual(notices(), 0)
 
     def test_only_prompts_when_told_so(self):
-        write_preferences(self.settings, targetApps=[XTERM], autoDetectMode="promptOnly")
+        write_preferences(self.settings, targetApps=[XTERM], hasOnboarded=True, autoDetectMode="promptOnly")
         self.start_curtain()
         notices = self.watch_notices()
         self.capture()
@@ -153,7 +153,7 @@ class AutoDetectionTest(DesktopCase):
         self.assertEqual(notices(), 1)
 
     def test_does_nothing_when_it_is_switched_off(self):
-        write_preferences(self.settings, targetApps=[XTERM], autoDetectEnabled=False)
+        write_preferences(self.settings, targetApps=[XTERM], hasOnboarded=True, autoDetectEnabled=False)
         self.start_curtain()
         notices = self.watch_notices()
         self.capture()

@@ -78,7 +78,8 @@ class DesktopCase(unittest.TestCase):
         return self.desktop.start(CURTAIN, environment={"XDG_CONFIG_HOME": str(self.settings)} | environment)
 
     def write_private_apps(self, *apps):
-        return write_preferences(self.settings, targetApps=apps)
+        """Of somebody who has used Curtain before, whom it does not greet."""
+        return write_preferences(self.settings, targetApps=apps, hasOnboarded=True)
 
     def start_curtain(self, *private_apps, **environment):
         """With what the settings hold already, if no private apps are named."""

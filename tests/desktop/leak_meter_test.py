@@ -50,7 +50,7 @@ class LeakMeterTest(DesktopCase):
     def test_sees_a_private_app_until_it_is_hidden_and_no_longer(self):
         self.program.tell("window")
         # The meter would switch privacy mode on by itself.
-        write_preferences(self.settings, targetApps=[XTERM], autoDetectEnabled=False)
+        write_preferences(self.settings, targetApps=[XTERM], hasOnboarded=True, autoDetectEnabled=False)
         self.start_curtain()
         self.meter.wait_for(5, are_clean=False)
         pressed = time.monotonic()

@@ -88,7 +88,7 @@ class ScratchpadSessionTest(popover_window.SessionPopoverCase):
 
     def write_private_apps(self, *apps):
         # On X11 the pictures that this test takes of the screen count as a share of it.
-        return write_preferences(self.settings, targetApps=apps, autoDetectEnabled=False)
+        return write_preferences(self.settings, targetApps=apps, hasOnboarded=True, autoDetectEnabled=False)
 
     def wait_until_ready(self, curtain):
         def is_ready():

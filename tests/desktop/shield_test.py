@@ -18,7 +18,7 @@ class ShieldCase(DesktopCase):
         self.window = self.app.tell("window")
         self.wait_shown(self.window)
         # The meter would switch privacy mode on by itself.
-        write_preferences(self.settings, targetApps=[XTERM], autoDetectEnabled=False)
+        write_preferences(self.settings, targetApps=[XTERM], hasOnboarded=True, autoDetectEnabled=False)
         self.start_curtain()
         self.toggle()
         self.wait_hidden(self.window)

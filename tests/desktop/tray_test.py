@@ -383,10 +383,20 @@ class TrayTest(unittest.TestCase):
         self.start_trayer()
         self.start_curtain()
         icon = self.wait_for_icon()
-        for button in (1, 2, 4, 5):
+        for button in (1, 4, 5):
             self.click(icon, button)
         # What follows shows that the program has dealt with what came before.
         self.assert_shortcut_toggles(icon)
+        self.assertEqual(menus(), [])
+
+    def test_toggles_privacy_mode_on_a_middle_click(self):
+        self.start_trayer()
+        self.start_curtain()
+        icon = self.wait_for_icon()
+        self.click(icon, 2)
+        wait_until(lambda: self.is_closed(icon), "the closed curtain")
+        self.click(icon, 2)
+        wait_until(lambda: not self.is_closed(icon), "the open curtain")
         self.assertEqual(menus(), [])
 
     def test_ignores_a_click_that_is_let_go_elsewhere(self):
