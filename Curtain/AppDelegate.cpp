@@ -398,6 +398,8 @@ void AppDelegate::togglePopover() {
         micMonitor_.stop();
     }
     followObstacle();
+    // Who opens the popover has found it, and the notice may stand over it.
+    notifier_.withdrawHome();
     coordinator().refresh();
     popover.setContent(makeReadinessView());
     const auto screen = popoverScreen();

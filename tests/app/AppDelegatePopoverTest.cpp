@@ -1018,6 +1018,15 @@ TEST_F(GreetingTest, WhoOpensTheWizardInTheMeantimeNeedsNone) {
     EXPECT_THAT(fakes.userNotificationCenter.added, IsEmpty());
 }
 
+TEST_F(GreetingTest, WhoOpensThePopoverHasFoundItAndTheNoticeGoes) {
+    launch();
+    ASSERT_THAT(notices(), SizeIs(1));
+    change([](auto& record) { record.hasOnboarded = true; });
+    fakes.statusBar.click(leftClick);
+    EXPECT_TRUE(fakes.popover.isShown());
+    EXPECT_THAT(notices(), IsEmpty());
+}
+
 TEST_F(GreetingTest, WhoKnowsCurtainIsNotGreeted) {
     change([](auto& record) { record.hasOnboarded = true; });
     launch();
