@@ -5,20 +5,10 @@
 namespace LinuxPlatform {
 
 HighContrast::HighContrast(const QDBusConnection& bus, Handler onChange)
-    : onChange_(std::move(onChange)),
-      common_(bus, QStringLiteral("org.freedesktop.appearance"), QStringLiteral("contrast"),
-              [this](const QVariant& value) {
-                  isAskedFor_ = value.toUInt() == 1;
-                  report();
-              }),
-      gnome_(bus, QStringLiteral("org.gnome.desktop.a11y.interface"), QStringLiteral("high-contrast"),
-             [this](const QVariant& value) {
-                 isSwitchedOn_ = value.metaType() == QMetaType::fromType<bool>() && value.toBool();
-                 report();
-             }) {}
-
-void HighContrast::report() {
-    onChange_(isAskedFor_ || isSwitchedOn_);
-}
+    : PortalWish(bus,
+                 {{"org.freedesktop.appearance", "contrast",
+                   [](const QVariant& value) { return value.toUInt() == 1; }},
+                  {"org.gnome.desktop.a11y.interface", "high-contrast", isSwitched(true)}},
+                 std::move(onChange)) {}
 
 } // namespace LinuxPlatform
