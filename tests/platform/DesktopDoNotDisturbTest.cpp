@@ -465,6 +465,19 @@ TEST_F(DesktopDoNotDisturbTest, WhatAnEarlierRunLeftIsTouchedOnlyOnRequest) {
     EXPECT_EQ(theSwitch.state, "on after off");
 }
 
+TEST_F(DesktopDoNotDisturbTest, OfDunstsLevelsOnlyTheHighestKeepsEveryNoticeAway) {
+    const auto dunst =
+        LinuxPlatform::quietRoadOf({QStringLiteral("dunst"), QString()}, bus.connect("curtain"), {});
+    for (const auto* const quiet : {"on", "100"}) {
+        EXPECT_TRUE(dunst->isQuiet(quiet)) << quiet;
+    }
+    for (const auto& [state, quietened] :
+         {std::pair("off", "on"), std::pair("0", "100"), std::pair("50", "100")}) {
+        EXPECT_FALSE(dunst->isQuiet(state)) << state;
+        EXPECT_EQ(dunst->quietened(state), quietened);
+    }
+}
+
 /// The modes of mako, which takes any.
 class ModesServer : public QDBusVirtualObject {
 public:

@@ -123,7 +123,7 @@ public:
     std::string name() const override { return "dunst"; }
     Habits habits() const override { return {.hidesShown = true, .showsHeldAfterwards = true}; }
     bool isRemembered() const override { return false; }
-    bool isQuiet(const std::string& state) const override { return state != off && state != "0"; }
+    bool isQuiet(const std::string& state) const override { return state == on || state == highest; }
     std::string quietened(const std::string& state) const override { return state == off ? on : highest; }
 
 protected:
