@@ -3,6 +3,7 @@
 #include "platform/linux/donotdisturb/LxqtQuietRoad.h"
 #include "platform/linux/donotdisturb/MakoModes.h"
 #include "platform/linux/donotdisturb/QuietServers.h"
+#include "tests/support/BusObject.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/HandDrivenQueue.h"
 #include "tests/support/MemoryUserDefaults.h"
@@ -10,7 +11,6 @@
 #include "tests/support/TemporaryFolder.h"
 
 #include <QDBusMessage>
-#include <QDBusVirtualObject>
 
 #include <gmock/gmock.h>
 
@@ -32,35 +32,23 @@ using testing::IsEmpty;
 using TestSupport::spinUntil;
 
 /// Has the name of a notification server, and says what its own is.
-class NamedServer : public QDBusVirtualObject {
+class NamedServer : public TestSupport::BusObject {
 public:
-    NamedServer(QDBusConnection bus, QString name) : bus_(std::move(bus)), name_(std::move(name)) {
-        bus_.registerVirtualObject(path(), this);
-        bus_.registerService(service());
-    }
-    ~NamedServer() override {
-        bus_.unregisterService(service());
-        bus_.unregisterObject(path());
-    }
-    NamedServer(const NamedServer&) = delete;
-    NamedServer& operator=(const NamedServer&) = delete;
-
-    QString introspect(const QString&) const override { return {}; }
+    NamedServer(QDBusConnection bus, QString name)
+        : BusObject(std::move(bus), QStringLiteral("org.freedesktop.Notifications"),
+                    QStringLiteral("/org/freedesktop/Notifications")),
+          name_(std::move(name)) {}
 
     bool handleMessage(const QDBusMessage& message, const QDBusConnection&) override {
         if (message.member() != QLatin1String("GetServerInformation")) {
             return false;
         }
-        bus_.send(message.createReply(
+        bus().send(message.createReply(
             {name_, QStringLiteral("vendor"), QStringLiteral("1"), QStringLiteral("1.2")}));
         return true;
     }
 
 private:
-    static QString service() { return QStringLiteral("org.freedesktop.Notifications"); }
-    static QString path() { return QStringLiteral("/org/freedesktop/Notifications"); }
-
-    QDBusConnection bus_;
     QString name_;
 };
 
@@ -479,30 +467,21 @@ TEST_F(DesktopDoNotDisturbTest, OfDunstsLevelsOnlyTheHighestKeepsEveryNoticeAway
 }
 
 /// The modes of mako, which takes any.
-class ModesServer : public QDBusVirtualObject {
+class ModesServer : public TestSupport::BusObject {
 public:
-    explicit ModesServer(const QDBusConnection& bus) : bus_(bus) {
-        bus_.registerVirtualObject(QStringLiteral("/fr/emersion/Mako"), this);
-    }
-    ~ModesServer() override { bus_.unregisterObject(QStringLiteral("/fr/emersion/Mako")); }
-    ModesServer(const ModesServer&) = delete;
-    ModesServer& operator=(const ModesServer&) = delete;
+    explicit ModesServer(const QDBusConnection& bus)
+        : BusObject(bus, {}, QStringLiteral("/fr/emersion/Mako")) {}
 
     QStringList modes{"default"};
-
-    QString introspect(const QString&) const override { return {}; }
 
     bool handleMessage(const QDBusMessage& message, const QDBusConnection&) override {
         const bool isOrder = message.member() == QLatin1String("SetModes");
         if (isOrder) {
             modes = message.arguments().value(0).toStringList();
         }
-        bus_.send(isOrder ? message.createReply() : message.createReply(QVariant(modes)));
+        bus().send(isOrder ? message.createReply() : message.createReply(QVariant(modes)));
         return true;
     }
-
-private:
-    QDBusConnection bus_;
 };
 
 TEST_F(DesktopDoNotDisturbTest, OfMakoTheModeIsTakenOutThatWasPutIn) {

@@ -2,6 +2,7 @@
 
 #include "platform/linux/dbus/DBusSignal.h"
 #include "platform/linux/tray/StatusNotifierHosts.h"
+#include "tests/support/BusObject.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/GnomeShellStandIn.h"
 #include "tests/support/HandDrivenQueue.h"
@@ -11,7 +12,6 @@
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusVariant>
-#include <QDBusVirtualObject>
 #include <QStringList>
 
 #include <gmock/gmock.h>
@@ -35,30 +35,17 @@ const auto watcherName = QStringLiteral("org.kde.StatusNotifierWatcher");
 const auto watcherPath = QStringLiteral("/StatusNotifierWatcher");
 
 /// A panel that takes in every item.
-class OtherPanel : public QDBusVirtualObject {
+class OtherPanel : public BusObject {
 public:
-    explicit OtherPanel(const GnomeShellStandIn& shell) : bus_(shell.connect()) {
-        bus_.registerVirtualObject(watcherPath, this);
-        bus_.registerService(watcherName);
-    }
-    ~OtherPanel() override {
-        bus_.unregisterService(watcherName);
-        bus_.unregisterObject(watcherPath);
-    }
-    OtherPanel(const OtherPanel&) = delete;
-    OtherPanel& operator=(const OtherPanel&) = delete;
+    explicit OtherPanel(const GnomeShellStandIn& shell)
+        : BusObject(shell.connect(), watcherName, watcherPath) {}
 
     int registrations = 0;
-
-    QString introspect(const QString&) const override { return {}; }
 
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& bus) override {
         registrations += message.member() == QStringLiteral("RegisterStatusNotifierItem") ? 1 : 0;
         return bus.send(message.createReply(QVariant::fromValue(QDBusVariant(true))));
     }
-
-private:
-    QDBusConnection bus_;
 };
 
 struct GnomePanelTest : testing::Test {

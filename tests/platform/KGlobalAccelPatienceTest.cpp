@@ -1,5 +1,6 @@
 #include "platform/linux/hotkeys/kglobalaccel/KGlobalAccelHotKeyService.h"
 
+#include "tests/support/BusObject.h"
 #include "tests/support/HandDrivenQueue.h"
 #include "tests/support/PrivateBus.h"
 
@@ -8,7 +9,6 @@
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusMetaType>
-#include <QDBusVirtualObject>
 #include <QList>
 #include <QThread>
 
@@ -23,32 +23,26 @@ namespace TestSupport {
 namespace {
 
 /// KDE's service as far as it grants shortcuts. It has much to ask itself before it answers.
-class BusyAccelerators : public QDBusVirtualObject {
+class BusyAccelerators : public BusObject {
 public:
-    explicit BusyAccelerators(QDBusConnection bus) : bus_(std::move(bus)) {
-        bus_.registerVirtualObject(QStringLiteral("/kglobalaccel"), this);
-        bus_.registerService(QStringLiteral("org.kde.kglobalaccel"));
+    explicit BusyAccelerators(QDBusConnection bus)
+        : BusObject(std::move(bus), QStringLiteral("org.kde.kglobalaccel"), QStringLiteral("/kglobalaccel")) {
     }
-
-    QString introspect(const QString& /*path*/) const override { return {}; }
 
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& /*connection*/) override {
         for (int i = 0; i < 100; ++i) {
-            bus_.interface()->registeredServiceNames();
+            bus().interface()->registeredServiceNames();
         }
         if (message.member() == QStringLiteral("isGlobalShortcutAvailable")) {
-            bus_.send(message.createReply(true));
+            bus().send(message.createReply(true));
         } else if (message.member() == QStringLiteral("setShortcut")) {
             const auto keys = qdbus_cast<QList<int>>(message.arguments().at(1));
-            bus_.send(message.createReply(QVariant::fromValue(keys)));
+            bus().send(message.createReply(QVariant::fromValue(keys)));
         } else {
-            bus_.send(message.createReply());
+            bus().send(message.createReply());
         }
         return true;
     }
-
-private:
-    QDBusConnection bus_;
 };
 
 /// Beside the test, which waits for answers.

@@ -75,9 +75,9 @@ TEST_F(KWinWindowSystemTest, WindowsAreGivenBackByAKWinThatHadNoTime) {
 }
 
 TEST_F(KWinWindowSystemTest, WhatIsAskedOfAKWinThatHasNoTimeIsDoneLater) {
-    kwin.end();
+    kwin.leave();
     kwin.answers = false;
-    kwin.start();
+    kwin.claim();
     ASSERT_TRUE(comesTo([&] { return !system.knowsEveryWindow(); }));
     pass(30);
     kwin.answers = true;

@@ -1,12 +1,12 @@
 #include "platform/linux/session/LoginManager.h"
 
+#include "tests/support/BusObject.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/PrivateBus.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusUnixFileDescriptor>
-#include <QDBusVirtualObject>
 
 #include <gmock/gmock.h>
 
@@ -28,20 +28,16 @@ using testing::IsEmpty;
 using TestSupport::spinUntil;
 
 /// A login manager that hands out locks and whose computer sleeps when the test says so.
-class FakeLoginManager : public QDBusVirtualObject {
+class FakeLoginManager : public TestSupport::BusObject {
 public:
-    explicit FakeLoginManager(QDBusConnection bus) : bus_(std::move(bus)) {
-        bus_.registerVirtualObject(path(), this);
-        bus_.registerService(QStringLiteral("org.freedesktop.login1"));
-    }
+    explicit FakeLoginManager(QDBusConnection bus)
+        : BusObject(std::move(bus), QStringLiteral("org.freedesktop.login1"),
+                    QStringLiteral("/org/freedesktop/login1")) {}
     ~FakeLoginManager() override {
-        bus_.unregisterObject(path());
         for (const int lock : locks_) {
             close(lock);
         }
     }
-    FakeLoginManager(const FakeLoginManager&) = delete;
-    FakeLoginManager& operator=(const FakeLoginManager&) = delete;
 
     bool refuses = false;
     bool delays = false;
@@ -62,10 +58,8 @@ public:
         auto message = QDBusMessage::createSignal(path(), QStringLiteral("org.freedesktop.login1.Manager"),
                                                   QLatin1String("PrepareFor") + QLatin1String(what));
         message << isBeginning;
-        bus_.send(message);
+        bus().send(message);
     }
-
-    QString introspect(const QString&) const override { return {}; }
 
     bool handleMessage(const QDBusMessage& message, const QDBusConnection&) override {
         if (message.member() != QLatin1String("Inhibit")) {
@@ -73,8 +67,8 @@ public:
         }
         requests.push_back(message.arguments());
         if (refuses) {
-            bus_.send(message.createErrorReply(QStringLiteral("org.freedesktop.login1.OperationInProgress"),
-                                               QStringLiteral("not now")));
+            bus().send(message.createErrorReply(QStringLiteral("org.freedesktop.login1.OperationInProgress"),
+                                                QStringLiteral("not now")));
             return true;
         }
         if (delays) {
@@ -88,18 +82,15 @@ public:
     void answerDelayed() { giveLock(delayed_); }
 
 private:
-    static QString path() { return QStringLiteral("/org/freedesktop/login1"); }
-
     void giveLock(const QDBusMessage& request) {
         std::array<int, 2> ends{-1, -1};
         EXPECT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
         QDBusUnixFileDescriptor lock;
         lock.giveFileDescriptor(ends[1]);
         locks_.push_back(ends[0]);
-        bus_.send(request.createReply(QVariant::fromValue(lock)));
+        bus().send(request.createReply(QVariant::fromValue(lock)));
     }
 
-    QDBusConnection bus_;
     std::vector<int> locks_;
     QDBusMessage delayed_;
 };

@@ -1,12 +1,12 @@
 #include "platform/linux/media/LinuxMediaAuthorization.h"
 
+#include "tests/support/BusObject.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/PrivateBus.h"
 
 #include <QDBusArgument>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
-#include <QDBusVirtualObject>
 
 #include <gmock/gmock.h>
 
@@ -29,20 +29,13 @@ using TestSupport::spinUntil;
 constexpr auto patience = std::chrono::seconds(30);
 
 /// A desktop portal that writes down what it is asked and answers when the test says so.
-class FakePortal : public QDBusVirtualObject {
+class FakePortal : public TestSupport::BusObject {
 public:
     enum class Mood { asksTheUser, refuses, saysNothing };
 
-    explicit FakePortal(QDBusConnection bus) : bus_(std::move(bus)) {
-        bus_.registerVirtualObject(path(), this, QDBusConnection::SubPath);
-        bus_.registerService(service());
-    }
-    ~FakePortal() override {
-        bus_.unregisterService(service());
-        bus_.unregisterObject(path());
-    }
-    FakePortal(const FakePortal&) = delete;
-    FakePortal& operator=(const FakePortal&) = delete;
+    explicit FakePortal(QDBusConnection bus)
+        : BusObject(std::move(bus), QStringLiteral("org.freedesktop.portal.Desktop"),
+                    QStringLiteral("/org/freedesktop/portal/desktop"), QDBusConnection::SubPath) {}
 
     Mood mood = Mood::asksTheUser;
     std::vector<QDBusMessage> questions;
@@ -56,27 +49,25 @@ public:
                                                          QStringLiteral("org.freedesktop.portal.Request"),
                                                          QStringLiteral("Response"));
         signal << response << QVariantMap{};
-        bus_.send(signal);
+        bus().send(signal);
     }
-
-    QString introspect(const QString& /*path*/) const override { return {}; }
 
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& /*connection*/) override {
         questions.push_back(message);
         if (message.interface() == QStringLiteral("org.freedesktop.portal.Device")) {
             // As portals answer programs inside a sandbox, which all that ask here say to be.
-            bus_.send(
+            bus().send(
                 message.createErrorReply(QStringLiteral("org.freedesktop.portal.Error.NotAllowed"),
                                          QStringLiteral("This call is not available inside the sandbox")));
             return true;
         }
         switch (mood) {
         case Mood::asksTheUser:
-            bus_.send(message.createReply(QVariant::fromValue(QDBusObjectPath(path()))));
+            bus().send(message.createReply(QVariant::fromValue(QDBusObjectPath(path()))));
             break;
         case Mood::refuses:
-            bus_.send(message.createErrorReply(QStringLiteral("org.freedesktop.portal.Error.NotAllowed"),
-                                               QStringLiteral("not in here")));
+            bus().send(message.createErrorReply(QStringLiteral("org.freedesktop.portal.Error.NotAllowed"),
+                                                QStringLiteral("not in here")));
             break;
         case Mood::saysNothing:
             break;
@@ -85,16 +76,11 @@ public:
     }
 
 private:
-    static QString path() { return QStringLiteral("/org/freedesktop/portal/desktop"); }
-    static QString service() { return QStringLiteral("org.freedesktop.portal.Desktop"); }
-
     QString token() const {
         return qdbus_cast<QVariantMap>(questions.back().arguments().back())
             .value(QStringLiteral("handle_token"))
             .toString();
     }
-
-    QDBusConnection bus_;
 };
 
 struct MediaAuthorizationTest : testing::Test {

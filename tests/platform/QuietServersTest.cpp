@@ -1,5 +1,6 @@
 #include "platform/linux/donotdisturb/DesktopDoNotDisturb.h"
 
+#include "tests/support/BusObject.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/HandDrivenQueue.h"
@@ -9,7 +10,6 @@
 
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
-#include <QDBusVirtualObject>
 #include <QProcess>
 #include <QString>
 #include <QStringList>
@@ -61,22 +61,12 @@ struct Server {
 const Program settingsService{{"/usr/libexec/dconf-service"}, "ca.desrt.dconf"};
 
 /// The switch in the settings, where the server itself does not run here.
-class SettingsServer : public QDBusVirtualObject {
+class SettingsServer : public TestSupport::BusObject {
 public:
-    explicit SettingsServer(QString name) : name_(std::move(name)) {
-        auto bus = QDBusConnection::sessionBus();
-        bus.registerVirtualObject(QStringLiteral("/org/freedesktop/Notifications"), this);
-        bus.registerService(QString::fromLatin1(notifications));
-    }
-    ~SettingsServer() override {
-        auto bus = QDBusConnection::sessionBus();
-        bus.unregisterService(QString::fromLatin1(notifications));
-        bus.unregisterObject(QStringLiteral("/org/freedesktop/Notifications"));
-    }
-    SettingsServer(const SettingsServer&) = delete;
-    SettingsServer& operator=(const SettingsServer&) = delete;
-
-    QString introspect(const QString&) const override { return {}; }
+    explicit SettingsServer(QString name)
+        : BusObject(QDBusConnection::sessionBus(), QString::fromLatin1(notifications),
+                    QStringLiteral("/org/freedesktop/Notifications")),
+          name_(std::move(name)) {}
 
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& bus) override {
         bus.send(message.createReply({name_, QStringLiteral("GNOME")}));

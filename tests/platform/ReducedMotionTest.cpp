@@ -1,12 +1,12 @@
 #include "platform/linux/appearance/ReducedMotion.h"
 
 #include "platform/linux/appearance/HighContrast.h"
+#include "tests/support/BusObject.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/PrivateBus.h"
 
 #include <QDBusMessage>
 #include <QDBusVariant>
-#include <QDBusVirtualObject>
 
 #include <gmock/gmock.h>
 
@@ -26,26 +26,19 @@ const Key gnome{"org.gnome.desktop.interface", "enable-animations"};
 const Key kde{"org.kde.kdeglobals.KDE", "AnimationDurationFactor"};
 
 /// A portal that knows the settings that the test gives it.
-class Portal : public QDBusVirtualObject {
+class Portal : public TestSupport::BusObject {
 public:
-    explicit Portal(QDBusConnection bus) : bus_(std::move(bus)) {
-        bus_.registerVirtualObject(path, this);
-        bus_.registerService("org.freedesktop.portal.Desktop");
-    }
-    Portal(const Portal&) = delete;
-    Portal& operator=(const Portal&) = delete;
-    ~Portal() override { bus_.unregisterObject(path); }
+    explicit Portal(QDBusConnection bus)
+        : BusObject(std::move(bus), "org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop") {}
 
     std::map<Key, QVariant> values;
     int reads = 0;
 
     void change(const Key& key, const QVariant& value) {
-        auto signal = QDBusMessage::createSignal(path, "org.freedesktop.portal.Settings", "SettingChanged");
+        auto signal = QDBusMessage::createSignal(path(), "org.freedesktop.portal.Settings", "SettingChanged");
         signal.setArguments({key.first, key.second, QVariant::fromValue(QDBusVariant(value))});
-        bus_.send(signal);
+        bus().send(signal);
     }
-
-    QString introspect(const QString& /*path*/) const override { return {}; }
 
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
         if (message.member() != "Read") {
@@ -63,10 +56,6 @@ public:
         }
         return true;
     }
-
-private:
-    static constexpr auto path = "/org/freedesktop/portal/desktop";
-    QDBusConnection bus_;
 };
 
 class ReducedMotionTest : public testing::Test {

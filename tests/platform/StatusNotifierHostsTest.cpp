@@ -1,13 +1,13 @@
 #include "platform/linux/tray/StatusNotifierHosts.h"
 
 #include "tests/support/AnonymousBus.h"
+#include "tests/support/BusObject.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/PrivateBus.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVariant>
-#include <QDBusVirtualObject>
 #include <QString>
 #include <QVariant>
 
@@ -28,30 +28,18 @@ const auto watcherName = QStringLiteral("org.kde.StatusNotifierWatcher");
 const auto watcherPath = QStringLiteral("/StatusNotifierWatcher");
 
 /// The watcher of a panel, which may have no host, and may keep what it is asked.
-class Watcher : public QDBusVirtualObject {
+class Watcher : public TestSupport::BusObject {
 public:
-    explicit Watcher(QDBusConnection bus) : bus_(std::move(bus)) {
-        bus_.registerVirtualObject(watcherPath, this);
-        bus_.registerService(watcherName);
-    }
-    ~Watcher() override {
-        leave();
-        bus_.unregisterObject(watcherPath);
-    }
-    Watcher(const Watcher&) = delete;
-    Watcher& operator=(const Watcher&) = delete;
+    explicit Watcher(QDBusConnection bus) : BusObject(std::move(bus), watcherName, watcherPath) {}
 
     bool hasHost = true;
     bool isSilent = false;
     std::vector<QDBusMessage> held;
 
-    std::string name() const { return bus_.baseService().toStdString(); }
-
-    /// Lets go of the name, and lives on.
-    void leave() { bus_.unregisterService(watcherName); }
+    std::string name() const { return bus().baseService().toStdString(); }
 
     void announce(const char* signal) {
-        bus_.send(QDBusMessage::createSignal(watcherPath, watcherName, QString::fromLatin1(signal)));
+        bus().send(QDBusMessage::createSignal(watcherPath, watcherName, QString::fromLatin1(signal)));
     }
 
     void answerHeld() {
@@ -59,8 +47,6 @@ public:
             answer(message);
         }
     }
-
-    QString introspect(const QString&) const override { return {}; }
 
     bool handleMessage(const QDBusMessage& message, const QDBusConnection&) override {
         if (isSilent) {
@@ -74,10 +60,8 @@ public:
 
 private:
     void answer(const QDBusMessage& message) {
-        bus_.send(message.createReply(QVariant::fromValue(QDBusVariant(hasHost))));
+        bus().send(message.createReply(QVariant::fromValue(QDBusVariant(hasHost))));
     }
-
-    QDBusConnection bus_;
 };
 
 class StatusNotifierHostsTest : public testing::Test {

@@ -1,6 +1,7 @@
 #include "platform/linux/tray/TrayStatusItem.h"
 
 #include "platform/linux/dbus/DBusSignal.h"
+#include "tests/support/BusObject.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/HandDrivenQueue.h"
 #include "tests/support/RecordingLog.h"
@@ -10,7 +11,6 @@
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusVariant>
-#include <QDBusVirtualObject>
 #include <QVariantList>
 
 #include <gmock/gmock.h>
@@ -38,36 +38,31 @@ const auto menuInterface = QStringLiteral("com.canonical.dbusmenu");
 const auto propertiesInterface = QStringLiteral("org.freedesktop.DBus.Properties");
 
 /// A panel on a bus connection of its own.
-class FakePanel : public QDBusVirtualObject {
+class FakePanel : public TestSupport::BusObject {
 public:
-    FakePanel() {
-        bus_.registerVirtualObject(QStringLiteral("/StatusNotifierWatcher"), this);
-        bus_.registerService(watcherName);
-    }
+    FakePanel()
+        : BusObject(QDBusConnection::connectToBus(QDBusConnection::SessionBus, connectionName), watcherName,
+                    QStringLiteral("/StatusNotifierWatcher")) {}
     ~FakePanel() override {
-        bus_.unregisterService(watcherName);
+        leave();
         QDBusConnection::disconnectFromBus(connectionName);
     }
-    FakePanel(const FakePanel&) = delete;
-    FakePanel& operator=(const FakePanel&) = delete;
 
     /// The bus name of the item that has registered.
     QString item;
 
-    QDBusConnection bus() const { return bus_; }
+    using BusObject::bus;
 
     /// What the item answers.
     QVariantList call(const QString& path, const QString& interface, const QString& method,
                       const QVariantList& arguments) {
         auto question = QDBusMessage::createMethodCall(item, path, interface, method);
         question.setArguments(arguments);
-        const QDBusPendingCallWatcher answer(bus_.asyncCall(question));
+        const QDBusPendingCallWatcher answer(bus().asyncCall(question));
         EXPECT_TRUE(spinUntil([&] { return answer.isFinished(); }, patience));
         EXPECT_FALSE(answer.isError()) << answer.error().message().toStdString();
         return answer.reply().arguments();
     }
-
-    QString introspect(const QString&) const override { return {}; }
 
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& bus) override {
         if (message.member() == QStringLiteral("RegisterStatusNotifierItem")) {
@@ -80,8 +75,6 @@ public:
 
 private:
     static inline const auto connectionName = QStringLiteral("panel");
-
-    QDBusConnection bus_ = QDBusConnection::connectToBus(QDBusConnection::SessionBus, connectionName);
 };
 
 struct StatusNotifierItemTest : testing::Test {

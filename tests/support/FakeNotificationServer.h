@@ -1,9 +1,10 @@
 #pragma once
 
+#include "tests/support/BusObject.h"
+
 #include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMessage>
-#include <QDBusVirtualObject>
 #include <QStringList>
 #include <QVariantMap>
 
@@ -15,7 +16,7 @@
 namespace TestSupport {
 
 /// A notification server whose user, moods and mistakes are the test's.
-class FakeNotificationServer : public QDBusVirtualObject {
+class FakeNotificationServer : public BusObject {
 public:
     struct Notice {
         QString application;
@@ -38,17 +39,9 @@ public:
         talksNonsense
     };
 
-    explicit FakeNotificationServer(QDBusConnection bus) : bus_(std::move(bus)) {
-        bus_.registerVirtualObject(path(), this);
-        bus_.registerService(service());
-    }
-
-    ~FakeNotificationServer() override {
-        bus_.unregisterService(service());
-        bus_.unregisterObject(path());
-    }
-    FakeNotificationServer(const FakeNotificationServer&) = delete;
-    FakeNotificationServer& operator=(const FakeNotificationServer&) = delete;
+    explicit FakeNotificationServer(QDBusConnection bus)
+        : BusObject(std::move(bus), QStringLiteral("org.freedesktop.Notifications"),
+                    QStringLiteral("/org/freedesktop/Notifications")) {}
 
     QStringList capabilities{QStringLiteral("actions"), QStringLiteral("body"),
                              QStringLiteral("body-markup")};
@@ -72,7 +65,7 @@ public:
     void signal(const char* name, const QVariantList& arguments) {
         auto message = QDBusMessage::createSignal(path(), service(), QString::fromLatin1(name));
         message.setArguments(arguments);
-        bus_.send(message);
+        bus().send(message);
     }
 
     void invoke(std::uint32_t id, const char* key) {
@@ -80,8 +73,6 @@ public:
     }
 
     void close(std::uint32_t id) { signal("NotificationClosed", {id, std::uint32_t{2}}); }
-
-    QString introspect(const QString&) const override { return {}; }
 
     bool handleMessage(const QDBusMessage& message, const QDBusConnection&) override {
         notifications += message.member() == QLatin1String("Notify") ? 1 : 0;
@@ -95,23 +86,20 @@ public:
     }
 
 private:
-    static QString service() { return QStringLiteral("org.freedesktop.Notifications"); }
-    static QString path() { return QStringLiteral("/org/freedesktop/Notifications"); }
-
     void answer(const QDBusMessage& message) {
         if (mood == Mood::refuses) {
-            bus_.send(message.createErrorReply(QDBusError::LimitsExceeded, QStringLiteral("no more")));
+            bus().send(message.createErrorReply(QDBusError::LimitsExceeded, QStringLiteral("no more")));
         } else if (mood == Mood::seemsGone) {
-            bus_.send(message.createErrorReply(QDBusError::NoReply, QStringLiteral("gone")));
+            bus().send(message.createErrorReply(QDBusError::NoReply, QStringLiteral("gone")));
         } else if (mood == Mood::talksNonsense) {
-            bus_.send(message.createReply(QVariantList{QStringLiteral("seven")}));
+            bus().send(message.createReply(QVariantList{QStringLiteral("seven")}));
         } else if (message.member() == QLatin1String("GetCapabilities")) {
-            bus_.send(message.createReply(capabilities));
+            bus().send(message.createReply(capabilities));
         } else if (message.member() == QLatin1String("Notify")) {
-            bus_.send(message.createReply(notify(message.arguments())));
+            bus().send(message.createReply(notify(message.arguments())));
         } else {
             closed.push_back(message.arguments().at(0).toUInt());
-            bus_.send(message.createReply());
+            bus().send(message.createReply());
         }
     }
 
@@ -123,7 +111,6 @@ private:
         return notices.back().replaces != 0 ? notices.back().replaces : nextId++;
     }
 
-    QDBusConnection bus_;
     std::vector<QDBusMessage> held_;
 };
 

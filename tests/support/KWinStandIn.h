@@ -1,8 +1,9 @@
 #pragma once
 
+#include "tests/support/BusObject.h"
+
 #include <QDBusConnection>
 #include <QDBusMessage>
-#include <QDBusVirtualObject>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -20,18 +21,11 @@ namespace TestSupport {
 
 /// KWin as far as it loads Curtain's scripts and runs them: it reports the windows that the test names, and
 /// notes what it is asked to do with them.
-class KWinStandIn : public QDBusVirtualObject {
+class KWinStandIn : public BusObject {
 public:
-    explicit KWinStandIn(QDBusConnection bus) : bus_(std::move(bus)) {
-        bus_.registerVirtualObject(root(), this, QDBusConnection::SubPath);
-        start();
-    }
-    ~KWinStandIn() override {
-        end();
-        bus_.unregisterObject(root());
-    }
-    KWinStandIn(const KWinStandIn&) = delete;
-    KWinStandIn& operator=(const KWinStandIn&) = delete;
+    explicit KWinStandIn(QDBusConnection bus)
+        : BusObject(std::move(bus), QStringLiteral("org.kde.KWin"), QStringLiteral("/"),
+                    QDBusConnection::SubPath) {}
 
     static QString watcher() { return QStringLiteral("curtain-windows"); }
     static QString requests() { return QStringLiteral("curtain-requests"); }
@@ -46,8 +40,6 @@ public:
     /// Each as "hide {...} {...}".
     std::vector<std::string> carriedOut;
 
-    void start() { bus_.registerService(service()); }
-    void end() { bus_.unregisterService(service()); }
     /// As somebody does who unloads a script.
     void forget(const QString& script) { scripts_.erase(script); }
     bool has(const QString& script) const { return scripts_.contains(script); }
@@ -59,18 +51,16 @@ public:
         }
     }
 
-    QString introspect(const QString& /*path*/) const override { return {}; }
-
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& /*connection*/) override {
         const auto name = message.arguments().value(0).toString();
         if (!answers) {
-            bus_.send(message.createErrorReply(QDBusError::NoReply, QStringLiteral("no time")));
+            bus().send(message.createErrorReply(QDBusError::NoReply, QStringLiteral("no time")));
         } else if (message.member() == QStringLiteral("loadScript")) {
             load(message.arguments().value(1).toString(), name, message);
         } else if (message.member() == QStringLiteral("unloadScript")) {
-            bus_.send(message.createReply(scripts_.erase(name) > 0));
+            bus().send(message.createReply(scripts_.erase(name) > 0));
         } else if (message.member() == QStringLiteral("isScriptLoaded")) {
-            bus_.send(message.createReply(scripts_.contains(name)));
+            bus().send(message.createReply(scripts_.contains(name)));
         } else if (message.member() == QStringLiteral("run")) {
             runAt(message);
         } else {
@@ -85,19 +75,16 @@ private:
         QString text;
     };
 
-    static QString root() { return QStringLiteral("/"); }
-    static QString service() { return QStringLiteral("org.kde.KWin"); }
-
     void load(const QString& name, const QString& path, const QDBusMessage& message) {
         QFile file(path);
         const bool isRefused = name == requests() && refusals > 0;
         if (isRefused || scripts_.contains(name) || !file.open(QIODevice::ReadOnly)) {
             refusals -= isRefused ? 1 : 0;
-            bus_.send(message.createReply(-1));
+            bus().send(message.createReply(-1));
             return;
         }
         scripts_[name] = {lastNumber_++, QString::fromUtf8(file.readAll())};
-        bus_.send(message.createReply(scripts_[name].number));
+        bus().send(message.createReply(scripts_[name].number));
     }
 
     void runAt(const QDBusMessage& message) {
@@ -105,7 +92,7 @@ private:
             return message.path() == QStringLiteral("/Scripting/Script%1").arg(script.second.number);
         });
         if (found == scripts_.end()) {
-            bus_.send(message.createErrorReply(QDBusError::UnknownObject, message.path()));
+            bus().send(message.createErrorReply(QDBusError::UnknownObject, message.path()));
         } else if (holdsRequests && found->first == requests()) {
             held_.emplace_back(found->second, message);
         } else {
@@ -124,7 +111,7 @@ private:
             report[QStringLiteral("windows")] = windows;
         }
         tell(value(script, "address").toArray(), report);
-        bus_.send(message.createReply());
+        bus().send(message.createReply());
     }
 
     void note(const QJsonArray& asked) {
@@ -141,7 +128,7 @@ private:
         auto message = QDBusMessage::createMethodCall(address[0].toString(), address[1].toString(),
                                                       address[2].toString(), QStringLiteral("Report"));
         message.setArguments({QString::fromUtf8(QJsonDocument(report).toJson(QJsonDocument::Compact))});
-        bus_.send(message);
+        bus().send(message);
     }
 
     /// What a script's text gives a variable.
@@ -152,7 +139,6 @@ private:
         return QJsonDocument::fromJson('[' + text.toUtf8() + ']').array().at(0);
     }
 
-    QDBusConnection bus_;
     int lastNumber_ = 0;
     std::map<QString, Script> scripts_;
     std::vector<std::pair<Script, QDBusMessage>> held_;
