@@ -1,6 +1,7 @@
 #include "platform/linux/system/FileUserDefaults.h"
 
 #include "core/PreferencesStore.h"
+#include "platform/linux/system/FileReplacement.h"
 #include "tests/support/ForkedChild.h"
 #include "tests/support/RecordingLog.h"
 #include "tests/support/TemporaryFolder.h"
@@ -498,13 +499,25 @@ struct SlowDrive {
         changed.notify_all();
     }
 
-    LinuxPlatform::FileReading read(const fs::path& path) {
+    void wait() {
         std::unique_lock lock(mutex);
         ++asked;
         changed.wait(lock, [this] { return answers; });
+    }
+
+    LinuxPlatform::FileReading read(const fs::path& path) {
+        wait();
         auto reading = LinuxPlatform::readSettingsFile(path);
         reading.isLocal = false;
         return reading;
+    }
+
+    LinuxPlatform::SettingsOutcome change(const fs::path& folder,
+                                          const LinuxPlatform::SettingsChanges& changes) {
+        wait();
+        auto outcome = LinuxPlatform::changeSettings(folder, changes);
+        outcome.isLocal = false;
+        return outcome;
     }
 };
 
@@ -527,6 +540,62 @@ TEST_F(FileUserDefaultsTest, ADriveThatDoesNotAnswerIsNotWaitedForAgain) {
     put("key", "edited");
     drive->setAnswers(true);
     EXPECT_TRUE(becomesTrue([&] { return remote.string("key") == "edited"; }));
+}
+
+struct SlowWritesTest : FileUserDefaultsTest {
+    std::shared_ptr<SlowDrive> drive = std::make_shared<SlowDrive>();
+    FileUserDefaults remote{
+        folder, log, LinuxPlatform::BoundedReader(LinuxPlatform::readSettingsFile),
+        LinuxPlatform::SettingsWriter(
+            [drive = drive](const auto& where, const auto& changes) { return drive->change(where, changes); },
+            std::chrono::milliseconds(100))};
+
+    ~SlowWritesTest() override { drive->setAnswers(true); }
+    SlowWritesTest() = default;
+    SlowWritesTest(const SlowWritesTest&) = delete;
+    SlowWritesTest& operator=(const SlowWritesTest&) = delete;
+};
+
+TEST_F(SlowWritesTest, ADriveThatDoesNotAnswerIsNotWaitedForAgain) {
+    put("key", "old");
+    drive->setAnswers(false);
+    for (int count = 0; count < 50; ++count) {
+        remote.setString("key", std::to_string(count));
+        remote.setBool("other", true);
+    }
+    EXPECT_EQ(drive->asked, 1);
+    EXPECT_EQ(remote.string("key"), "49");
+    EXPECT_EQ(stored("key"), "old");
+    EXPECT_THAT(log.lines, ElementsAre("Curtain: the settings cannot be saved in " + folder.string() +
+                                       " (Connection timed out); changes last until Curtain ends"));
+}
+
+TEST_F(SlowWritesTest, OnceItAnswersTheLatestValuesAreWritten) {
+    drive->setAnswers(false);
+    remote.setString("key", "first");
+    remote.setString("key", "second");
+    remote.setString("gone", "value");
+    remote.remove("gone");
+    drive->setAnswers(true);
+    EXPECT_TRUE(becomesTrue([&] { return fs::exists(folder / "key") && stored("key") == "second"; }));
+    EXPECT_TRUE(becomesTrue([&] {
+        put("key", "edited");
+        return remote.string("key") == "edited";
+    }));
+    EXPECT_THAT(names(), ElementsAre("key"));
+}
+
+TEST_F(SlowWritesTest, WhatIsToBeKeptIsKeptOnceBeforeItIsReplaced) {
+    put("key", "damaged");
+    drive->setAnswers(false);
+    remote.keepCopy("key");
+    EXPECT_EQ(remote.copyNow("key"), std::nullopt);
+    remote.setString("key", "new");
+    drive->setAnswers(true);
+    EXPECT_TRUE(becomesTrue([&] { return stored("key") == "new"; }));
+    remote.setString("key", "newer");
+    EXPECT_TRUE(becomesTrue([&] { return stored("key") == "newer"; }));
+    EXPECT_THAT(copies("key"), ElementsAre("damaged"));
 }
 
 TEST_F(FileUserDefaultsTest, AReaderNeverSeesPartOfAValue) {
@@ -621,11 +690,11 @@ TEST_F(FileUserDefaultsTest, RemainsOfAnEarlierProcessWithTheSameIdAreReplaced) 
     const auto remains = folder / (".key." + std::to_string(getpid()) + ".new");
     fs::create_directories(folder);
     ASSERT_EQ(mkfifo(remains.c_str(), 0666), 0);
-    defaults.setString("key", "value");
+    EXPECT_FALSE(LinuxPlatform::replaceFile(folder / "key", "value"));
     EXPECT_EQ(stored("key"), "value");
     put(remains.filename(), "half of a longer value");
     fs::permissions(remains, fs::perms(0666));
-    defaults.setString("key", "value");
+    EXPECT_FALSE(LinuxPlatform::replaceFile(folder / "key", "value"));
     EXPECT_EQ(stored("key"), "value");
     EXPECT_EQ(modeOf(folder / "key"), 0600U);
     EXPECT_THAT(names(), ElementsAre("key"));

@@ -1,6 +1,7 @@
 #include "platform/linux/system/BoundedReader.h"
 
 #include "platform/linux/system/Descriptor.h"
+#include "platform/linux/system/LocalDrive.h"
 
 #include <algorithm>
 #include <array>
@@ -9,9 +10,7 @@
 #include <utility>
 
 #include <fcntl.h>
-#include <linux/magic.h>
 #include <sys/stat.h>
-#include <sys/vfs.h>
 #include <unistd.h>
 
 namespace LinuxPlatform {
@@ -22,21 +21,8 @@ namespace fs = std::filesystem;
 /// Values beyond this size are no settings; reading stops there.
 constexpr std::size_t largestValue = std::size_t{64} << 20U;
 
-constexpr unsigned long zfsMagic = 0x2FC12FC1;
-constexpr std::array<unsigned long, 8> localFileSystems{
-    EXT4_SUPER_MAGIC,      BTRFS_SUPER_MAGIC, XFS_SUPER_MAGIC, TMPFS_MAGIC,
-    OVERLAYFS_SUPER_MAGIC, F2FS_SUPER_MAGIC,  RAMFS_MAGIC,     zfsMagic,
-};
-
 FileReading failure(int error) {
     return {FileReading::Outcome::failed, {}, {error, std::generic_category()}, false};
-}
-
-bool isOnLocalDrive(int file) {
-    struct statfs status {};
-    return ::fstatfs(file, &status) == 0 &&
-           std::ranges::find(localFileSystems, static_cast<unsigned long>(status.f_type)) !=
-               localFileSystems.end();
 }
 
 FileReading whyItCannotBeOpened(const fs::path& path, int error) {

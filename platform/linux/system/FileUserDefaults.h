@@ -3,6 +3,7 @@
 #include "core/UserDefaults.h"
 #include "platform/Log.h"
 #include "platform/linux/system/BoundedReader.h"
+#include "platform/linux/system/SettingsWriter.h"
 
 #include <filesystem>
 #include <map>
@@ -19,14 +20,15 @@ namespace LinuxPlatform {
 /// while, or its drive does not answer. That is said in the log, once until it can be read again. Whoever
 /// asks is otherwise answered from the file, which others may edit.
 ///
-/// What cannot be written is said once in the log, stays readable for as long as the process lives and is
-/// tried again with the next write. Keys are plain file names without a leading dot; under any other nothing
-/// is ever stored.
+/// What cannot be written, or not in time, is said once in the log, stays readable for as long as the process
+/// lives and is tried again with the next write. Keys are plain file names without a leading dot; under any
+/// other nothing is ever stored.
 class FileUserDefaults : public CurtainCore::UserDefaults {
 public:
     /// `log` outlives this object. The folder is made with the first write.
     FileUserDefaults(std::filesystem::path folder, Platform::Log& log,
-                     BoundedReader reader = BoundedReader(readSettingsFile));
+                     BoundedReader reader = BoundedReader(readSettingsFile),
+                     SettingsWriter writer = SettingsWriter());
 
     bool contains(std::string_view key) const override;
     std::optional<std::string> data(std::string_view key) const override;
@@ -43,19 +45,23 @@ private:
     std::optional<std::filesystem::path> pathFor(std::string_view key) const;
     std::optional<std::string> read(const std::filesystem::path& path, const std::string& key) const;
     void change(std::string_view key, std::optional<std::string> value);
-    void writeUnsaved();
+    /// Writes what is not saved yet, and these copies, by key.
+    SettingsOutcome write(std::map<std::string, std::string> copies);
+    void settleLateWrites() const;
+    void settle(const SettingsOutcome& outcome) const;
 
     std::filesystem::path folder_;
     Platform::Log& log_;
     mutable BoundedReader reader_;
+    mutable SettingsWriter writer_;
     mutable std::map<std::string, std::string> lastRead_;
     /// Keys under which the last reading has failed.
     mutable std::set<std::string> failing_;
     /// Values that the folder does not hold yet, absent ones to be removed.
-    std::map<std::string, std::optional<std::string>, std::less<>> unsaved_;
+    mutable SettingsChanges::Values unsaved_;
     /// Keys under which the folder still holds what is to be kept before it is replaced.
-    std::set<std::string> copiesDue_;
-    bool hasReportedFailure_ = false;
+    mutable std::set<std::string> copiesDue_;
+    mutable bool hasReportedFailure_ = false;
 };
 
 } // namespace LinuxPlatform

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "platform/linux/system/SettingsFolder.h"
+
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace LinuxPlatform {
+
+/// Changes a folder of settings without waiting for a drive that does not answer: the work goes on beside,
+/// and until it comes to an end nobody waits for that drive again. Changes that come meanwhile are carried
+/// out after it, the latest only. Single thread.
+class SettingsWriter {
+public:
+    using Write =
+        std::function<SettingsOutcome(const std::filesystem::path& folder, const SettingsChanges& changes)>;
+
+    /// `write` is called on a thread of its own too, and may outlive this object.
+    explicit SettingsWriter(Write write = changeSettings,
+                            std::chrono::milliseconds patience = std::chrono::seconds(1));
+
+    /// `changes` hold all that has not been carried out yet. Absent when there is no answer in time.
+    std::optional<SettingsOutcome> write(const std::filesystem::path& folder, const SettingsChanges& changes);
+
+    /// What has come of changes that nobody waited for, once.
+    std::optional<SettingsOutcome> lateOutcome();
+
+private:
+    struct Beside;
+
+    Write write_;
+    std::chrono::milliseconds patience_;
+    bool isLocal_ = false;
+    std::shared_ptr<Beside> beside_;
+};
+
+} // namespace LinuxPlatform
