@@ -329,6 +329,8 @@ void AppDelegate::setupPopoverAutoClose() {
         }
         return isForPopover;
     });
+    // Nobody is there to be seen and heard.
+    departureObserver_ = platform_.departures->addObserver([this] { platform_.popover->close(); });
 }
 
 void AppDelegate::setupAutoDetection() {

@@ -180,6 +180,7 @@ private:
     Platform::Subscription quietChanges_;
     Platform::Subscription escMonitor_;
     Platform::Subscription clickMonitor_;
+    Platform::Subscription departureObserver_;
     int openSavePanels_ = 0;
     /// While the popover is open.
     Platform::Subscription liveRefresh_;

@@ -6,6 +6,7 @@
 #include "platform/AudioServices.h"
 #include "platform/Bundle.h"
 #include "platform/CaptureServices.h"
+#include "platform/Departures.h"
 #include "platform/DoNotDisturb.h"
 #include "platform/EventMonitors.h"
 #include "platform/FileManager.h"
@@ -69,6 +70,7 @@ struct Platform {
     std::unique_ptr<DoNotDisturb> doNotDisturb;
     std::unique_ptr<Screens> screens;
     std::unique_ptr<EventMonitors> eventMonitors;
+    std::unique_ptr<Departures> departures;
     std::unique_ptr<MenuBar> menuBar;
     std::unique_ptr<Popover> popover;
     std::unique_ptr<Windows> windows;

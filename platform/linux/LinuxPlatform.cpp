@@ -13,6 +13,7 @@
 #include "platform/linux/camera/LinuxCaptureServices.h"
 #include "platform/linux/camera/V4l2Cameras.h"
 #include "platform/linux/dbus/DBusSignal.h"
+#include "platform/linux/departures/SessionDepartures.h"
 #include "platform/linux/desktopicons/LinuxDesktopIcons.h"
 #include "platform/linux/donotdisturb/DesktopDoNotDisturb.h"
 #include "platform/linux/hotkeys/NoHotKeyService.h"
@@ -261,12 +262,23 @@ std::string desktopNames(const SessionEnvironment& environment) {
     return names;
 }
 
-/// Whatever else is open: nobody is there to be seen and heard.
-std::unique_ptr<DBusSignal> closingWithSession(Platform::Popover& popover) {
-    using namespace GnomeShellProtocol;
-    return std::make_unique<DBusSignal>(QDBusConnection::sessionBus(), extensionService, extensionPath,
-                                        extensionInterface, QStringLiteral("Locked"),
-                                        [&popover](const auto&) { popover.close(); });
+SessionDepartures& addDepartures(Platform::Platform& platform, Session& session) {
+    const auto bus = QDBusConnection::sessionBus();
+    auto departures = std::make_unique<SessionDepartures>(bus);
+    auto& added = *departures;
+    if (!session.environment.i3Socket.empty()) {
+        departures->hearI3(session.environment.i3Socket, *platform.mainQueue);
+    } else if (session.shellConnection) {
+        departures->hearWindowManager(*session.shellConnection);
+    }
+    if (isGnomeShell(session.environment)) {
+        using namespace GnomeShellProtocol;
+        session.sessionLock =
+            std::make_unique<DBusSignal>(bus, extensionService, extensionPath, extensionInterface,
+                                         QStringLiteral("Locked"), [&added](const auto&) { added.tell(); });
+    }
+    platform.departures = std::move(departures);
+    return added;
 }
 
 /// The popover, the windows and what surrounds them.
@@ -292,9 +304,6 @@ void addShell(Platform::Platform& platform, Session& session) {
     }
     platform.popover =
         std::make_unique<QtPlatform::LazyPopover>(session.views, session.screens, windowManager);
-    if (isGnomeShell(environment)) {
-        session.sessionLock = closingWithSession(*platform.popover);
-    }
     platform.windows = std::make_unique<QtPlatform::LazyWindows>(session.views, windowManager);
     platform.pasteboard = std::make_unique<QtPlatform::QtPasteboard>();
     platform.savePanel = std::make_unique<QtPlatform::QtSavePanel>();
@@ -467,6 +476,7 @@ Platform::Platform makeLinuxPlatform(const SessionEnvironment& environment) {
         [](const NotificationServer& server) {
             return quietRoadOf(server, QDBusConnection::sessionBus(), g_get_user_config_dir());
         });
+    auto& departures = addDepartures(platform, *session);
     addShell(platform, *session);
     auto sound = std::make_unique<PulseAudioServices>(*platform.mainQueue);
     if (!QDBusConnection::sessionBus().isConnected()) {
@@ -481,11 +491,13 @@ Platform::Platform makeLinuxPlatform(const SessionEnvironment& environment) {
                                    });
     auto& cameras = addCamera(platform);
     platform.mainQueue->asyncAfter(
-        afterStartDelay,
-        [weak = std::weak_ptr(session), handlers = powerHandlers(platform, cameras, *sound, *workspace)] {
+        afterStartDelay, [weak = std::weak_ptr(session),
+                          handlers = powerHandlers(platform, cameras, *sound, *workspace), &departures] {
             if (const auto running = weak.lock()) {
                 running->entries.readAhead();
-                running->loginManager = std::make_unique<LoginManager>(LoginManager::systemBus(), handlers);
+                const auto systemBus = LoginManager::systemBus();
+                running->loginManager = std::make_unique<LoginManager>(systemBus, handlers);
+                departures.hearLoginManager(systemBus);
             }
         });
     platform.audioServices = std::move(sound);

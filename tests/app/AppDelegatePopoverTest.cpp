@@ -376,6 +376,20 @@ TEST_F(PopoverTest, AClickElsewhereClosesItAfterAMoment) {
     }
 }
 
+TEST_F(PopoverTest, ClosesWhenTheUserTurnsAwayAndCameraAndMicrophoneGoOff) {
+    open();
+    ASSERT_TRUE(isCameraOn());
+    ASSERT_TRUE(isMicrophoneOn());
+    fakes.departures.depart();
+    fakes.workQueues.runAll();
+    EXPECT_FALSE(fakes.popover.isShown());
+    EXPECT_FALSE(isCameraOn());
+    EXPECT_FALSE(isMicrophoneOn());
+    takeEvents();
+    fakes.departures.depart();
+    EXPECT_THAT(takeEvents(), IsEmpty()) << "nothing is open";
+}
+
 TEST_F(PopoverTest, AClickIntoTheMenuBarDoesNotCloseIt) {
     open();
     fakes.screens.pointer = {1400, 10};

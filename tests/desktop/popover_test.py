@@ -130,6 +130,15 @@ class PopoverTest(PopoverCase):
         self.click_at(area.x + 40, area.y + 40)
         self.wait_closed()
 
+    def test_closes_when_another_workspace_comes_into_view(self):
+        self.start()
+        self.open()
+        self.addCleanup(setattr, self.desktop, "workspace", self.desktop.workspace)
+        self.desktop.workspace = self.desktop.workspace + 1
+        # One that is only out of view is still a window of the session.
+        wait_until(lambda: not self.desktop.windows_of(self.curtain), "the popover is closed", seen=self.desktop.describe)
+        self.open()
+
     def test_hides_the_private_apps_and_restores_them(self):
         # A notice would lie over the popover of the next test.
         self.start(notificationsMarkedHandled=True)

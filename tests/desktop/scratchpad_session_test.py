@@ -238,6 +238,25 @@ class ScratchpadSessionTest(popover_window.SessionPopoverCase):
 
     # What closes the popover
 
+    def test_another_workspace_closes_the_popover_and_one_that_ends_does_not(self):
+        terminal = self.start_urxvt()
+        self.wait_focused("URxvt")
+        self.do("workspace 2")
+        self.open_popover_on_a_bare_desktop()
+        terminal.terminate()
+        wait_until(lambda: "1" not in self.workspaces(), "the first workspace has ended", seen=self.workspaces)
+        self.assertTrue(stays(self.place_of_popover, 1))
+        self.do("workspace 3")
+        self.wait_closed()
+        # i3 goes on naming a window that ends out of view until another one ends.
+        self.open_popover()
+        self.screen.strike(ESCAPE)
+        self.wait_closed()
+
+    @staticmethod
+    def workspaces():
+        return [workspace["name"] for workspace in ask(GET_WORKSPACES)]
+
     def open_popover_on_a_bare_desktop(self):
         write_preferences(self.settings, hasOnboarded=True, autoDetectEnabled=False)
         self.start_curtain()

@@ -9,7 +9,8 @@ import subprocess
 import unittest
 from pathlib import Path
 
-from desktop_case import SECONDS_TO_END, SHORTCUT_MASK, XTERM, DesktopCase, Display, Key, wait_until, write_preferences
+from desktop_case import (SECONDS_TO_END, SHORTCUT_MASK, XTERM, DesktopCase, Display, Key, stays, wait_until,
+                          write_preferences)
 
 LOGIN_MANAGER = Path(__file__).resolve().parents[1] / "support/login-manager"
 SESSION_MANAGER = LOGIN_MANAGER.with_name("session-manager")
@@ -84,6 +85,13 @@ class SleepTest(SessionCase):
         wait_until(lambda: self.locks() == 1, "Curtain holds the next sleep off", seen=lambda: self.locks())
         wait_until(self.uses_camera, "the camera is in use again")
         wait_until(self.uses_microphone, "the microphone is in use again")
+
+    def test_lets_camera_and_microphone_go_when_the_session_is_locked(self):
+        self.open_popover()
+        self.assertEqual(self.ask_login_manager("LockSession").returncode, 0)
+        self.wait_released()
+        # A locked session opens nothing by itself.
+        self.assertTrue(stays(lambda: not self.uses_camera()))
 
     def test_privacy_mode_is_still_on_after_a_suspend(self):
         xterm = self.open_xterm()

@@ -205,6 +205,7 @@ struct FakePlatform {
     FakeDoNotDisturb& doNotDisturb = add<FakeDoNotDisturb>(platform.doNotDisturb, events);
     FakeScreens& screens = add<FakeScreens>(platform.screens);
     FakeEventMonitors& eventMonitors = add<FakeEventMonitors>(platform.eventMonitors, events);
+    FakeDepartures& departures = add<FakeDepartures>(platform.departures);
     FakeMenuBar& menuBar = add<FakeMenuBar>(platform.menuBar);
     FakePopover& popover = add<FakePopover>(platform.popover, events);
     FakeWindows& windows = add<FakeWindows>(platform.windows, events);

@@ -1,11 +1,13 @@
 #pragma once
 
+#include "platform/Departures.h"
 #include "platform/EventMonitors.h"
 #include "platform/MenuBar.h"
 #include "platform/Pasteboard.h"
 #include "platform/Popover.h"
 #include "platform/SavePanel.h"
 #include "platform/Screens.h"
+#include "platform/Subscribers.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -113,6 +115,19 @@ private:
     std::vector<std::string>& events_;
     std::function<void(const Platform::Event&)> global_;
     std::function<bool(const Platform::Event&)> local_;
+};
+
+class FakeDepartures : public Platform::Departures {
+public:
+    /// The user locks the session, or looks at another workspace.
+    void depart() { observers_.tell(); }
+
+    Platform::Subscription addObserver(std::function<void()> handler) override {
+        return observers_.add(std::move(handler));
+    }
+
+private:
+    Platform::Subscribers<> observers_;
 };
 
 class FakeMenuBar : public Platform::MenuBar {

@@ -1,0 +1,68 @@
+#include "platform/linux/departures/SessionLock.h"
+
+#include <QDBusArgument>
+#include <QDBusMessage>
+#include <QDBusObjectPath>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QVariantMap>
+
+#include <utility>
+
+namespace LinuxPlatform {
+namespace {
+
+const QString loginService = QStringLiteral("org.freedesktop.login1");
+const QString loginSession = QStringLiteral("org.freedesktop.login1.Session");
+
+bool saysLocked(const QDBusMessage& change) {
+    return change.arguments().value(0).toString() == loginSession &&
+           qdbus_cast<QVariantMap>(change.arguments().value(1)).value(QStringLiteral("LockedHint")).toBool();
+}
+
+} // namespace
+
+SessionLock::SessionLock(const QDBusConnection& sessionBus, std::function<void()> didLock)
+    : didLock_(std::move(didLock)) {
+    for (const auto* const desktop : {"freedesktop", "gnome", "cinnamon", "mate", "xfce"}) {
+        const auto saver = QStringLiteral("org.%1.ScreenSaver").arg(QLatin1String(desktop));
+        // The paths differ.
+        signals_.emplace_back(sessionBus, saver, QString(), saver, QStringLiteral("ActiveChanged"),
+                              [this](const QDBusMessage& change) {
+                                  if (change.arguments().value(0).toBool()) {
+                                      didLock_();
+                                  }
+                              });
+    }
+}
+
+void SessionLock::hearLoginManager(const QDBusConnection& systemBus) {
+    auto question = QDBusMessage::createMethodCall(loginService, QStringLiteral("/org/freedesktop/login1"),
+                                                   QStringLiteral("org.freedesktop.login1.Manager"),
+                                                   QStringLiteral("GetSession"));
+    // The caller's own, or where it belongs to none, as what the user's service manager starts does, the one
+    // on the user's screen.
+    question << QStringLiteral("auto");
+    question.setAutoStartService(false);
+    auto* const watcher = new QDBusPendingCallWatcher(systemBus.asyncCall(question), &context_);
+    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, &context_, [this, watcher, systemBus] {
+        watcher->deleteLater();
+        const QDBusPendingReply<QDBusObjectPath> session = *watcher;
+        if (!session.isError()) {
+            hearLoginSession(systemBus, session.value().path());
+        }
+    });
+}
+
+void SessionLock::hearLoginSession(const QDBusConnection& systemBus, const QString& session) {
+    signals_.emplace_back(systemBus, loginService, session, loginSession, QStringLiteral("Lock"),
+                          [this](const QDBusMessage& /*signal*/) { didLock_(); });
+    signals_.emplace_back(systemBus, loginService, session, QStringLiteral("org.freedesktop.DBus.Properties"),
+                          QStringLiteral("PropertiesChanged"), [this](const QDBusMessage& change) {
+                              if (saysLocked(change)) {
+                                  didLock_();
+                              }
+                          });
+}
+
+} // namespace LinuxPlatform

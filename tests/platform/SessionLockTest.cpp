@@ -1,0 +1,127 @@
+#include "platform/linux/departures/SessionLock.h"
+
+#include "tests/support/BusObject.h"
+#include "tests/support/EventLoop.h"
+#include "tests/support/PrivateBus.h"
+
+#include <gmock/gmock.h>
+
+#include <QCoreApplication>
+#include <QDBusMessage>
+#include <QDBusObjectPath>
+#include <QStringList>
+#include <QVariantMap>
+
+namespace {
+
+using TestSupport::spinUntil;
+
+const QString ownSession = QStringLiteral("/org/freedesktop/login1/session/_32");
+const QString loginSession = QStringLiteral("org.freedesktop.login1.Session");
+
+/// A login manager that says which session this is.
+class Sessions : public TestSupport::BusObject {
+public:
+    explicit Sessions(const QDBusConnection& bus)
+        : BusObject(bus, QStringLiteral("org.freedesktop.login1"),
+                    QStringLiteral("/org/freedesktop/login1")) {}
+
+    bool wasAsked = false;
+
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection& bus) override {
+        EXPECT_EQ(message.member(), QStringLiteral("GetSession"));
+        EXPECT_EQ(message.arguments(), QVariantList{QStringLiteral("auto")});
+        wasAsked = true;
+        return bus.send(message.createReply(QVariant::fromValue(QDBusObjectPath(ownSession))));
+    }
+
+    void sendLock(const QString& session) {
+        bus().send(QDBusMessage::createSignal(session, loginSession, QStringLiteral("Lock")));
+    }
+    void change(const char* property, bool value) {
+        auto signal =
+            QDBusMessage::createSignal(ownSession, QStringLiteral("org.freedesktop.DBus.Properties"),
+                                       QStringLiteral("PropertiesChanged"));
+        signal << loginSession << QVariantMap{{QLatin1String(property), value}} << QStringList();
+        bus().send(signal);
+    }
+};
+
+struct SessionLockTest : testing::Test {
+    TestSupport::PrivateBus bus;
+    QDBusConnection desktop = bus.connect(QStringLiteral("desktop"));
+    QDBusConnection client = bus.connect(QStringLiteral("client"));
+    int locks = 0;
+    LinuxPlatform::SessionLock lock{client, [this] { ++locks; }};
+
+    SessionLockTest() { deliver(); }
+    ~SessionLockTest() override {
+        QDBusConnection::disconnectFromBus(QStringLiteral("desktop"));
+        QDBusConnection::disconnectFromBus(QStringLiteral("client"));
+    }
+
+    /// What either has sent has arrived then: an answer of the bus comes after it.
+    void deliver() {
+        for (const auto& connection : {client, desktop, client}) {
+            const auto answer = connection.call(QDBusMessage::createMethodCall(
+                QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/"),
+                QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetId")));
+            ASSERT_EQ(answer.type(), QDBusMessage::ReplyMessage);
+            QCoreApplication::processEvents();
+        }
+    }
+
+    void tell(const QString& saver, const QString& path, bool isActive) {
+        auto signal = QDBusMessage::createSignal(path, saver, QStringLiteral("ActiveChanged"));
+        signal << isActive;
+        desktop.send(signal);
+        deliver();
+    }
+};
+
+TEST_F(SessionLockTest, HearsTheScreenSaverOfEveryDesktopWhereverItsObjectIs) {
+    int expected = 0;
+    for (const auto* const name : {"freedesktop", "gnome", "cinnamon", "mate", "xfce"}) {
+        const auto saver = QStringLiteral("org.%1.ScreenSaver").arg(QLatin1String(name));
+        desktop.registerService(saver);
+        for (const auto& path : {QStringLiteral("/ScreenSaver"), QStringLiteral("/org/x/ScreenSaver")}) {
+            tell(saver, path, true);
+            EXPECT_EQ(locks, ++expected) << name << " at " << path.toStdString();
+        }
+    }
+}
+
+TEST_F(SessionLockTest, AnUnlockedSessionAndAnotherProgramsWordsAreNoNews) {
+    const auto saver = QStringLiteral("org.mate.ScreenSaver");
+    desktop.registerService(saver);
+    tell(saver, QStringLiteral("/"), false);
+    tell(QStringLiteral("org.gnome.ScreenSaver"), QStringLiteral("/"), true);
+    EXPECT_EQ(locks, 0);
+}
+
+TEST_F(SessionLockTest, HearsTheLoginManagerOfItsOwnSession) {
+    Sessions sessions(desktop);
+    lock.hearLoginManager(client);
+    ASSERT_TRUE(spinUntil([&] { return sessions.wasAsked; }));
+    deliver();
+    sessions.sendLock(QStringLiteral("/org/freedesktop/login1/session/_33"));
+    sessions.change("LockedHint", false);
+    sessions.change("IdleHint", true);
+    deliver();
+    EXPECT_EQ(locks, 0);
+    sessions.sendLock(ownSession);
+    deliver();
+    EXPECT_EQ(locks, 1);
+    sessions.change("LockedHint", true);
+    deliver();
+    EXPECT_EQ(locks, 2);
+}
+
+TEST_F(SessionLockTest, ALoginManagerThatKnowsNoSessionIsNotHeard) {
+    lock.hearLoginManager(client);
+    lock.hearLoginManager(QDBusConnection(QStringLiteral("none")));
+    deliver();
+    EXPECT_EQ(locks, 0);
+}
+
+} // namespace
