@@ -104,12 +104,12 @@ TEST(KWinRequests, KeepTheirOrderInPortions) {
     requests.add(KWinRequests::Act::activate, {many.last()});
     const auto portion = requests.takePortion();
     ASSERT_EQ(portion.size(), 1);
-    EXPECT_EQ(portion[0].toObject()[QStringLiteral("ids")], QJsonArray::fromStringList(many.first(16)));
+    EXPECT_EQ(portion[0][QStringLiteral("ids")].toArray(), QJsonArray::fromStringList(many.first(16)));
     requests.putBack(portion);
     EXPECT_EQ(requests.takePortion(), portion);
     const auto rest = requests.takePortion();
     ASSERT_EQ(rest.size(), 2);
-    EXPECT_EQ(rest[0].toObject()[QStringLiteral("ids")], QJsonArray::fromStringList(many.sliced(16)));
+    EXPECT_EQ(rest[0][QStringLiteral("ids")].toArray(), QJsonArray::fromStringList(many.sliced(16)));
     EXPECT_EQ(rest[1].toObject()[QStringLiteral("act")], QStringLiteral("activate"));
     EXPECT_TRUE(requests.isEmpty());
 }
