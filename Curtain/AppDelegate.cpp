@@ -526,6 +526,10 @@ void AppDelegate::appAppeared(const std::string& bundleID) {
     if (platform_.popover->isShown()) {
         coordinator().refresh();
     }
+    if (areWindowsAwaited_ && isTarget(bundleID)) {
+        hideAlso({bundleID});
+        return;
+    }
     platform_.mainQueue->asyncAfter(rehideDelay, lifetime_.weak([this, bundleID] {
         const bool isSeen = engine().isActive() && !hiding_.isHidden(bundleID).value_or(true);
         if (engine().reapply(bundleID)) {
@@ -625,6 +629,7 @@ void AppDelegate::tellIfListWasLost() {
 
 void AppDelegate::deactivatePrivacyMode() {
     returns_.clear();
+    areWindowsAwaited_ = false;
     platform_.appShield->cover({});
     engine().deactivate();
     notifier_.withdrawPrivacyNotices();
@@ -634,6 +639,8 @@ void AppDelegate::deactivatePrivacyMode() {
 bool AppDelegate::sayIfNothingIsHidden() {
     toldObstacle_.reset();
     hidingWatch_.begin();
+    areWindowsAwaited_ = hidingWatch_.obstacle() == Platform::HidingObstacle::notKnownYet &&
+                         !platform_.workspace->knowsEveryWindow();
     return tellObstacle();
 }
 
@@ -657,12 +664,20 @@ void AppDelegate::hidingAnswered() {
     const CurtainCore::PreferencesStore::Action action(store_);
     if (engine().isActive()) {
         tellObstacle();
+        hideWhatWasAwaited();
     }
     // What hides the apps may also be what hears the shortcut.
     updateIcon();
     coordinator().refresh();
     if (settingsView_) {
         settingsView_->askSession();
+    }
+}
+
+void AppDelegate::hideWhatWasAwaited() {
+    const bool areThere = hidingWatch_.obstacle() != Platform::HidingObstacle::notKnownYet;
+    if (areThere && std::exchange(areWindowsAwaited_, false)) {
+        hideAlso(std::vector(engine().targets()));
     }
 }
 
@@ -693,11 +708,14 @@ void AppDelegate::privateAppRemoved(const std::string& bundleID) {
     refreshReadiness();
 }
 
+bool AppDelegate::isTarget(const std::string& bundleID) {
+    return std::ranges::find(engine().targets(), bundleID) != engine().targets().end();
+}
+
 void AppDelegate::hideAlso(const std::vector<std::string>& identifiers) {
     auto covered = engine().targets();
-    std::ranges::copy_if(identifiers, std::back_inserter(covered), [&](const auto& identifier) {
-        return std::ranges::find(engine().targets(), identifier) == engine().targets().end();
-    });
+    std::ranges::copy_if(identifiers, std::back_inserter(covered),
+                         [this](const auto& identifier) { return !isTarget(identifier); });
     platform_.appShield->cover(covered);
     for (const auto& identifier : identifiers) {
         engine().addTarget(identifier);

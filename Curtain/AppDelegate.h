@@ -110,6 +110,8 @@ private:
     void followPrivateApps(Source& source);
     void privateAppAdded(const std::string& bundleID);
     void privateAppRemoved(const std::string& bundleID);
+    bool isTarget(const std::string& bundleID);
+    void hideWhatWasAwaited();
     /// Those of them that are visible while privacy mode is on, a revealed one included.
     void hideAlso(const std::vector<std::string>& identifiers);
     void hidePrivateApps();
@@ -193,6 +195,9 @@ private:
     std::map<std::string, Platform::MainQueue::Seconds> lastRehideNotice_;
     /// The last of each app, by bundle identifier.
     std::map<std::string, Return> returns_;
+    /// Privacy mode was switched on before the session had told of its windows: what is seen first then was
+    /// there all the time, and did not come back.
+    bool areWindowsAwaited_ = false;
     Platform::Lifetime lifetime_;
 };
 

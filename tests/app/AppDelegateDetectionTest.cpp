@@ -597,6 +597,61 @@ TEST_F(InVainTest, AnAnswerThatAppsCanBeHiddenIsTakenInToo) {
     EXPECT_EQ(view().hidingObstacle(), "");
 }
 
+/// The session tells of its windows only after privacy mode has been switched on.
+struct LateWindowsTest : InVainTest {
+    void SetUp() override {
+        InVainTest::SetUp();
+        makePrivate({"notes", "mail"});
+        fakes.systemVersion.obstacle = Platform::HidingObstacle::notKnownYet;
+        fakes.workspace.everyWindowIsKnown = false;
+        pressShortcut();
+    }
+
+    void tellOfWindows() {
+        fakes.systemVersion.obstacle.reset();
+        fakes.workspace.everyWindowIsKnown = true;
+        fakes.workspace.run("notes");
+        fakes.workspace.run("mail").hidden = true;
+    }
+};
+
+TEST_F(LateWindowsTest, WhatIsHiddenLateIsGivenBackToo) {
+    tellOfWindows();
+    fakes.workspace.bringToFront("notes");
+    EXPECT_THAT(takeCalls(), ElementsAre("hide notes"));
+    fakes.mainQueue.advance(60.0);
+    EXPECT_THAT(takeCalls(), IsEmpty());
+    pressShortcut();
+    EXPECT_THAT(takeCalls(), ElementsAre("unhide notes", "activate notes 2"));
+}
+
+TEST_F(LateWindowsTest, WindowsOfWhichNobodyTellsAreLookedAt) {
+    tellOfWindows();
+    fakes.mainQueue.advance(0.25);
+    EXPECT_THAT(takeCalls(), ElementsAre("hide notes"));
+    pressShortcut();
+    EXPECT_THAT(takeCalls(), ElementsAre("unhide notes", "activate notes 2"));
+}
+
+TEST_F(LateWindowsTest, WhatComesLaterStaysHiddenAsEver) {
+    tellOfWindows();
+    fakes.mainQueue.advance(0.25);
+    takeCalls();
+    fakes.workspace.bringToFront("mail");
+    fakes.mainQueue.advance(0.25);
+    EXPECT_THAT(takeCalls(), ElementsAre("hide mail"));
+    pressShortcut();
+    EXPECT_THAT(takeCalls(), ElementsAre("unhide notes", "activate notes 2"));
+}
+
+TEST_F(LateWindowsTest, NothingIsHiddenAfterTheSwitchOff) {
+    pressShortcut();
+    tellOfWindows();
+    fakes.workspace.bringToFront("notes");
+    fakes.mainQueue.advance(60.0);
+    EXPECT_THAT(takeCalls(), IsEmpty());
+}
+
 TEST_F(InVainTest, AnObstacleThatComesWhilePrivacyModeIsOnIsSaidOnce) {
     fakes.systemVersion.obstacle.reset();
     fakes.statusBar.click(TestSupport::leftClick);
