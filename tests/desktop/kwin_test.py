@@ -6,28 +6,18 @@ It runs with --session kwin.
 import json
 import os
 import re
-import subprocess
 import unittest
 
 from desktop_case import (MOUSEPAD, SHORTCUT, URXVT_COLOUR, XTERM, XTERM_COLOUR, DesktopCase, Display, Rectangle, stays,
                           wait_until, write_preferences)
+from kwin_scripts import KWinScripts, gdbus, owner_of_shortcut, scripting
 
 WIDTH, HEIGHT = 1280, 800
 # With the focus and without it.
 EDITOR_COLOURS = ("#ffffff", "#fcfcfc")
 SCRIPT = "curtain-windows"
-# Control, Alt, Super and H.
-SHORTCUT_IN_QT = 0x04000000 | 0x08000000 | 0x10000000 | ord("H")
 # A script that does nothing.
 OTHER_SCRIPT = "workspace.currentDesktop;\n"
-BRINGING_EDITOR_BACK = """\
-(workspace.windowList ? workspace.windowList() : workspace.clientList()).forEach(function (window) {
-    if (String(window.resourceClass).toLowerCase().indexOf("mousepad") >= 0) {
-        window.minimized = false;
-        workspace[workspace.windowList ? "activeWindow" : "activeClient"] = window;
-    }
-});
-"""
 # It reports to nobody, but over the bus.
 TELLING_OF_SWITCHERS = """\
 (workspace.windowList ? workspace.windowList() : workspace.clientList()).forEach(function (window) {
@@ -48,16 +38,7 @@ TAKING_OUT_OF_SWITCHER = """\
 """
 
 
-def gdbus(service, path, method, *arguments):
-    return subprocess.run(["gdbus", "call", "--session", "--dest", service, "--object-path", path, "--method", method,
-                           *arguments], check=True, capture_output=True, text=True).stdout
-
-
-def scripting(method, *arguments):
-    return gdbus("org.kde.KWin", "/Scripting", f"org.kde.kwin.Scripting.{method}", *arguments)
-
-
-class KWinTest(DesktopCase):
+class KWinTest(KWinScripts, DesktopCase):
     def setUp(self):
         super().setUp()
         self.screen = Display(os.environ["VIRTUAL_DESKTOP_SCREEN"])
@@ -120,26 +101,8 @@ class KWinTest(DesktopCase):
             return pixels if stays(lambda: self.pixels() == pixels) else None
         return wait_until(settled, "the screen is quiet", seen=self.seen)
 
-    def run_script(self, name, text):
-        """Of somebody else's."""
-        script = self.scratch / f"{name}.js"
-        script.write_text(text)
-        number = re.search(r"\d+", scripting("loadScript", str(script), name))[0]
-        self.addCleanup(scripting, "unloadScript", name)
-        paths = (f"/Scripting/Script{number}", f"/{number}")
-        self.assertTrue(any(map(self.can_run, paths)), paths)
-
-    @staticmethod
-    def can_run(path):
-        try:
-            gdbus("org.kde.KWin", path, "org.kde.kwin.Script.run")
-        except subprocess.CalledProcessError:
-            return False
-        return True
-
     def choose_editor(self):
-        """As a task bar does."""
-        self.run_script("task-bar", BRINGING_EDITOR_BACK)
+        self.choose("mousepad")
 
     def test_windows_of_both_kinds_are_hidden_and_come_back_as_they_were(self):
         self.open_programs()
@@ -282,24 +245,19 @@ class KWinTest(DesktopCase):
         self.wait_out_of_switchers()
         self.assertEqual(self.seen(), {"editor", "urxvt"})
 
-    @staticmethod
-    def owner_of_shortcut():
-        """What KDE's service of global accelerators says."""
-        return gdbus("org.kde.kglobalaccel", "/kglobalaccel", "org.kde.KGlobalAccel.action", str(SHORTCUT_IN_QT))
-
     def test_the_shortcut_is_heard_while_a_window_of_wayland_has_the_focus(self):
         self.start_xterm(x=820, y=520)
         self.wait_seen("xterm")
         self.start_editor()
         self.wait_seen("xterm", "editor")
         self.start_curtain_for(XTERM)
-        wait_until(lambda: "'curtain'" in self.owner_of_shortcut(), "Curtain has the shortcut", seen=self.owner_of_shortcut)
+        wait_until(lambda: "'curtain'" in owner_of_shortcut(), "Curtain has the shortcut", seen=owner_of_shortcut)
         self.screen.strike(*SHORTCUT)
         self.wait_seen("editor")
         self.screen.strike(*SHORTCUT)
         self.wait_seen("xterm", "editor")
         self.end_curtain()
-        self.assertNotIn("'curtain'", self.owner_of_shortcut())
+        self.assertNotIn("'curtain'", owner_of_shortcut())
 
     def test_no_script_is_left_at_the_end(self):
         self.start_curtain_for(XTERM)

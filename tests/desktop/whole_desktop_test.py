@@ -1,15 +1,16 @@
-"""Uses Curtain in a whole desktop on X11: its own panel, window manager, desktop and notices.
+"""Uses Curtain in a whole desktop: its own panel, window manager, desktop and notices.
 
 It runs with a session of scripts/virtual-desktop whose name ends with "-desktop". What is seen is looked for on the screen: some
 window managers keep the windows that they have hidden mapped.
 """
 
+import os
 import subprocess
 import unittest
 from contextlib import contextmanager
 
-from desktop_case import (MOUSEPAD, URXVT_COLOUR, XTERM, XTERM_COLOUR, DesktopCase, Rectangle, TimedOut, stays, wait_until,
-                          write_preferences)
+from desktop_case import (MOUSEPAD, SHORTCUT, URXVT_COLOUR, XTERM, XTERM_COLOUR, DesktopCase, Display, Rectangle, TimedOut, stays,
+                          wait_until, write_preferences)
 
 WIDTH, HEIGHT = 1280, 800
 # A row of so many pixels of a colour is a window's.
@@ -24,10 +25,20 @@ PATIENCE = 5
 POPOVER_WIDTH, POPOVER_HEIGHT = 700, 618
 
 
+def row_of(colour):
+    red, green, blue = bytes.fromhex(colour[1:])
+    return bytes((blue, green, red, 0)) * ROW
+
+
 class WholeDesktopTest(DesktopCase):
+    second_app = MOUSEPAD
+
     def setUp(self):
         super().setUp()
-        self.preferences(targetApps=[XTERM, MOUSEPAD])
+        # The one that the whole session stands on.
+        self.screen = Display(os.environ["VIRTUAL_DESKTOP_SCREEN"])
+        self.addCleanup(self.screen.close)
+        self.preferences(targetApps=[XTERM, self.second_app])
         self.move_pointer(*DESKTOP)
 
     def preferences(self, **values):
@@ -36,21 +47,23 @@ class WholeDesktopTest(DesktopCase):
 
     # What is to be seen
 
-    def screen(self):
-        pixels = bytearray(self.display.pixels(Rectangle(0, 0, WIDTH, HEIGHT)))
+    def pixels(self):
+        pixels = bytearray(self.screen.pixels(Rectangle(0, 0, WIDTH, HEIGHT)))
         # Programs leave anything in the padding.
         pixels[3::4] = bytes(WIDTH * HEIGHT)
         return bytes(pixels)
 
     def shows(self, colour):
-        red, green, blue = bytes.fromhex(colour[1:])
-        return bytes((blue, green, red, 0)) * ROW in self.screen()
+        return row_of(colour) in self.pixels()
 
     def shows_private(self):
-        return self.shows(XTERM_COLOUR) or not self.mousepad.is_hidden
+        return self.shows(XTERM_COLOUR) or self.shows_second()
 
     def shows_all_private(self):
-        return self.shows(XTERM_COLOUR) and not self.mousepad.is_hidden
+        return self.shows(XTERM_COLOUR) and self.shows_second()
+
+    def shows_second(self):
+        return not self.mousepad.is_hidden
 
     def shows_only_open(self):
         return not self.shows_private() and self.shows(URXVT_COLOUR)
@@ -58,8 +71,8 @@ class WholeDesktopTest(DesktopCase):
     def still_screen(self):
         """What it shows once it does not change any more."""
         def still():
-            before = self.screen()
-            return stays(lambda: self.screen() == before) and before
+            before = self.pixels()
+            return stays(lambda: self.pixels() == before) and before
         return wait_until(still, "the screen stands still")
 
     def difference(self, before, after):
@@ -110,18 +123,32 @@ class WholeDesktopTest(DesktopCase):
             self.act("toggle-privacy")
 
     def move_pointer(self, x, y):
-        subprocess.run(["xdotool", "mousemove", str(x), str(y)], check=True)
+        subprocess.run(["xdotool", "mousemove", str(x), str(y)], check=True,
+                       env=os.environ | {"DISPLAY": os.environ["VIRTUAL_DESKTOP_SCREEN"]})
 
     def click(self, x, y):
         self.move_pointer(x, y)
-        self.display.click()
+        self.screen.click()
+
+    def toggle(self):
+        self.screen.strike(*SHORTCUT)
 
     def open_windows(self):
         self.open_xterm(x=60, y=60)
-        self.mousepad = self.open_mousepad(x=640, y=80)
+        self.open_second()
         self.open_urxvt(x=60, y=400)
         wait_until(lambda: self.shows_all_private() and self.shows(URXVT_COLOUR), "all windows are on the screen",
                    seen=self.desktop.describe)
+
+    def open_second(self):
+        self.mousepad = self.open_mousepad(x=640, y=80)
+
+    def bring_back_each(self):
+        """Yields after each private app."""
+        for window in self.desktop.windows():
+            if "URxvt" not in window.window_class:
+                window.raise_from_task_list()
+                yield window
 
     def places(self):
         return {window: (window.geometry, window.workspace) for window in self.desktop.windows()}
@@ -161,10 +188,8 @@ class WholeDesktopTest(DesktopCase):
         self.start_curtain()
         self.act("privacy-on")
         wait_until(self.shows_only_open, "the private windows are hidden", seen=self.desktop.describe)
-        for window in self.desktop.windows():
-            if "URxvt" not in window.window_class:
-                window.raise_from_task_list()
-                wait_until(lambda: stays(self.shows_only_open, 1), f"{window} is hidden again", seen=self.desktop.describe)
+        for window in self.bring_back_each():
+            wait_until(lambda: stays(self.shows_only_open, 1), f"{window} is hidden again", seen=self.desktop.describe)
 
     def test_the_icon_in_the_panel_opens_the_popover_beside_it(self):
         self.start_curtain()
@@ -174,7 +199,7 @@ class WholeDesktopTest(DesktopCase):
         self.assertTrue(place.x <= x <= place.x + place.width, (x, place))
         gap = max(place.y - y, y - place.y - place.height)
         self.assertLessEqual(gap, ICON, (y, place))
-        self.display.strike(ESCAPE)
+        self.screen.strike(ESCAPE)
         self.wait_closed("Escape")
 
     def test_a_click_elsewhere_closes_the_popover(self):

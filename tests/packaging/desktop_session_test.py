@@ -36,6 +36,8 @@ class WholeDesktop(NamedTuple):
     programs: list
     session: str
     runs: tuple = (Run("whole_desktop_test.py"),)
+    # What only one release has a package of its own for, by the release.
+    more_programs: dict = {}
 
 
 def x11_desktop(name, *programs):
@@ -59,6 +61,9 @@ DESKTOPS = {
     "mate": x11_desktop("mate", "caja", "marco", "mate-desktop", "mate-menus", "mate-notification-daemon", "mate-panel",
                         "mate-session-manager", "mate-settings-daemon", "xapp-sn-watcher"),
     "plasma": x11_desktop("plasma", "breeze", "kde-cli-tools", "kwin-x11", "plasma-desktop", "plasma-workspace"),
+    "plasma-wayland": WholeDesktop([*ICONS, "breeze", "kde-cli-tools", "konsole", "kwin-wayland", "plasma-desktop", "plasma-workspace",
+                                    "xwayland"], "wayland-plasma-desktop", (Run("plasma_wayland_test.py"),),
+                                   {"bookworm": ["plasma-workspace-wayland"]}),
     "xfce": x11_desktop("xfce", "thunar", "xfce4-notifyd", "xfce4-panel", "xfce4-session", "xfce4-settings", "xfconf", "xfdesktop4", "xfwm4"),
 }
 
@@ -68,7 +73,7 @@ def make_system(desktop, release, log, packages):
     package = max(packages.glob("*.deb"), key=os.path.getmtime)
     log.parent.mkdir(parents=True, exist_ok=True)
     hook = shlex.join([sys.executable, "-B", str(Path(__file__).resolve()), INSIDE, desktop, str(package.resolve())]) + ' "$1"'
-    programs = [*PROGRAMS, *DESKTOPS[desktop].programs]
+    programs = [*PROGRAMS, *DESKTOPS[desktop].programs, *DESKTOPS[desktop].more_programs.get(release, [])]
     with open(log, "wb") as output:
         status = subprocess.run(
             ["mmdebstrap", "--variant=apt", "--include=" + ",".join(programs), "--aptopt=APT::Install-Recommends \"false\"",
