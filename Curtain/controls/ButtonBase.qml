@@ -43,6 +43,7 @@ T.Button {
     Loader {
         active: control.tip !== "" && control.hovered
         sourceComponent: Tip {
+            parent: control
             text: control.tip
             visible: control.hovered && !control.down && control.isInWindow
         }
@@ -51,6 +52,7 @@ T.Button {
         active: control.reason !== "" && pointer.hovered
         sourceComponent: Tip {
             objectName: "reason"
+            parent: control
             isSentence: true
             text: control.reason
             visible: pointer.hovered && !control.down && control.isInWindow

@@ -26,6 +26,7 @@ T.ToolTip {
         color: Theme.accentInk
     }
     background: Rectangle {
+        objectName: "tip"
         color: Theme.ink
         radius: 6
     }

@@ -89,6 +89,25 @@ TEST_F(Controls, ATipDoesNotOpenOnceItsButtonIsInNoWindow) {
         << warnings.front();
 }
 
+TEST_F(Controls, ATipStandsBelowItsButtonAndGoesWhenThePointerLeavesThat) {
+    auto view = show();
+    // A pointer that has not moved hovers over nothing.
+    QTest::mouseMove(&view.window(), {1, 1});
+    const auto icon = view.place("icon");
+    QTest::mouseMove(&view.window(), icon.center().toPoint());
+    ASSERT_TRUE(ShownView::waitFor([&] { return view.find("tip") != nullptr; }));
+    const auto tip = view.place("tip");
+    EXPECT_GE(tip.top(), icon.bottom());
+    EXPECT_NEAR(tip.center().x(), icon.center().x(), 1);
+    const auto covered = tip.intersected(view.place("picker"));
+    ASSERT_FALSE(covered.isEmpty());
+    QTest::mouseMove(&view.window(), covered.center().toPoint());
+    view.clickAt(covered.center());
+    view.press(Qt::Key_Down);
+    view.press(Qt::Key_Return);
+    EXPECT_THAT(model->presses, ElementsAre("picked 1"));
+}
+
 TEST_F(Controls, AnswerToClicks) {
     auto view = show();
     for (const auto* const name :
