@@ -55,12 +55,14 @@ def patiently(condition):
 
 
 def listed_processes(text):
-    """The pid, start time and name of each process in a list."""
+    """The pid, start time and name of each process in a list that has not ended: KWin 6 leaves one behind."""
     processes = []
     for line in text.splitlines():
         pid, _, rest = line.partition(" (")
         name, _, fields = rest.rpartition(") ")
-        processes.append((pid, fields.split()[19], name))
+        fields = fields.split()
+        if fields[0] != "Z":
+            processes.append((pid, fields[19], name))
     return processes
 
 
