@@ -13,12 +13,21 @@ INSTALLED = (320, 199)
 LIST = Rectangle(20, 270, 400, 136)
 IN_LIST = (200, 330)
 SHOWN = "Curtain: somebody else's file: "
+MAGENTA = bytes([255, 0, 255])
+
+
+def has_magenta(pixels):
+    return any(pixels[start:start + 3] == MAGENTA for start in range(0, len(pixels), 4))
 
 
 class ForeignFilesTest(DesktopCase):
     def setUp(self):
         super().setUp()
         write_faulty_files(self.scratch / "data")
+        picture = self.scratch / "magenta.svg"
+        picture.write_text('<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 1 1"><rect width="1" height="1" fill="#f0f"/></svg>')
+        (self.scratch / "data/applications/the-last.desktop").write_text(
+            f"[Desktop Entry]\nType=Application\nName=Zzz the last\nExec=true\nIcon={picture}\n")
 
     def show_every_app(self, **environment):
         self.start_curtain(XDG_DATA_HOME=str(self.scratch / "data"), **environment)
@@ -33,11 +42,12 @@ class ForeignFilesTest(DesktopCase):
         self.click(INSTALLED)
         wait_until(lambda: self.window.pixels(LIST) not in (None, running), "the installed apps are listed")
         self.click(IN_LIST)
-        shown, pages = None, 0
-        while (now := self.list_at_rest()) != shown:
-            shown, pages = now, pages + 1
+        pages = 1
+        while not has_magenta(shown := self.list_at_rest()):
+            pages += 1
             # Less than what is shown at once.
             subprocess.run(["xdotool", "click", "5"], check=True)
+            wait_until(lambda: self.window.pixels(LIST) not in (None, shown), "the list goes on")
         return pages
 
     def click(self, place):
