@@ -7,6 +7,7 @@
 #include "platform/linux/windows/gnome/GnomeWindowSystem.h"
 #include "platform/linux/windows/i3/I3WindowSystem.h"
 #include "platform/linux/windows/kwin/KWinWindowSystem.h"
+#include "platform/linux/windows/toplevels/ToplevelWindowSystem.h"
 #include "platform/linux/windows/x11/X11WindowSystem.h"
 
 #include <QDBusConnection>
@@ -56,6 +57,7 @@ std::unique_ptr<WindowSystem> windowsOfSession(const SessionEnvironment& environ
     if (isGnomeShell(environment)) {
         auto others = environment;
         others.windowManager.reset();
+        others.waylandSocket.clear();
         return std::make_unique<StandInWindowSystem>(
             std::make_unique<GnomeWindowSystem>(QDBusConnection::sessionBus(), queue,
                                                 isGnomeExtensionInstalled),
@@ -72,6 +74,13 @@ std::unique_ptr<WindowSystem> windowsOfSession(const SessionEnvironment& environ
     if (isScriptedKWin(environment)) {
         return std::make_unique<KWinWindowSystem>(QDBusConnection::sessionBus(), queue,
                                                   g_get_user_runtime_dir());
+    }
+    if (environment.isWayland() && !environment.waylandSocket.empty()) {
+        auto others = environment;
+        others.waylandSocket.clear();
+        return std::make_unique<StandInWindowSystem>(
+            std::make_unique<ToplevelWindowSystem>(environment.waylandSocket, queue),
+            windowsOfSession(others, x11, queue, std::move(takenWindows), log));
     }
     if (x11 == nullptr) {
         return std::make_unique<NoWindowSystem>(environment.isWayland() ? HidingObstacle::waylandSession

@@ -63,6 +63,7 @@ public:
     }
     /// Waits until somebody is there.
     bool awaitClient() const { return awaitNews(listener_); }
+    bool hasClient() const { return awaitNews(listener_, 0); }
     /// Waits until the client has said something; false when it has hung up.
     bool awaitRequest() const {
         char first = 0;
@@ -86,8 +87,7 @@ public:
     }
 
 private:
-    static bool awaitNews(int descriptor) {
-        constexpr int deadlineInMilliseconds = 20'000;
+    static bool awaitNews(int descriptor, int deadlineInMilliseconds = 20'000) {
         pollfd question{descriptor, POLLIN, 0};
         return ::poll(&question, 1, deadlineInMilliseconds) > 0;
     }

@@ -1,16 +1,16 @@
 #include "platform/linux/i3/I3Connection.h"
 
+#include "platform/linux/system/LocalSocket.h"
+
 #include <QDeadlineTimer>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstring>
 #include <utility>
 
 #include <poll.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 namespace LinuxPlatform {
@@ -40,7 +40,8 @@ I3Connection::~I3Connection() {
 }
 
 void I3Connection::open() {
-    if (!connectSocket()) {
+    descriptor_ = connectToSocket(socket_);
+    if (!isConnected()) {
         reopenLater();
         return;
     }
@@ -54,22 +55,6 @@ void I3Connection::open() {
     if (handlers_.onConnected) {
         handlers_.onConnected();
     }
-}
-
-bool I3Connection::connectSocket() {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    const auto path = socket_.string();
-    if (path.empty() || path.size() >= sizeof address.sun_path) {
-        return false;
-    }
-    std::memcpy(address.sun_path, path.data(), path.size());
-    descriptor_ = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    if (descriptor_ >= 0 &&
-        ::connect(descriptor_, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
-        ::close(std::exchange(descriptor_, -1));
-    }
-    return descriptor_ >= 0;
 }
 
 void I3Connection::subscribe() {

@@ -50,7 +50,6 @@ public:
     void finish(std::chrono::milliseconds patience);
 
 private:
-    bool connectSocket();
     void subscribe();
     void reopenLater();
     void send(const QByteArray& bytes);

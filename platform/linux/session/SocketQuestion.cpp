@@ -1,13 +1,13 @@
 #include "platform/linux/session/SocketQuestion.h"
 
+#include "platform/linux/system/LocalSocket.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstring>
 
 #include <poll.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 namespace LinuxPlatform {
@@ -19,7 +19,7 @@ constexpr std::size_t longestAnswer = std::size_t{1} << 20U;
 
 class Socket {
 public:
-    Socket() : descriptor_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)) {}
+    explicit Socket(const std::filesystem::path& path) : descriptor_(connectToSocket(path)) {}
     ~Socket() {
         if (descriptor_ >= 0) {
             ::close(descriptor_);
@@ -28,15 +28,7 @@ public:
     Socket(const Socket&) = delete;
     Socket& operator=(const Socket&) = delete;
 
-    bool connect(const std::string& path) {
-        sockaddr_un address{};
-        address.sun_family = AF_UNIX;
-        if (descriptor_ < 0 || path.empty() || path.size() >= sizeof address.sun_path) {
-            return false;
-        }
-        std::memcpy(address.sun_path, path.data(), path.size());
-        return ::connect(descriptor_, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
-    }
+    bool isConnected() const { return descriptor_ >= 0; }
 
     bool send(std::string_view bytes) {
         return ::send(descriptor_, bytes.data(), bytes.size(), MSG_NOSIGNAL) ==
@@ -87,8 +79,8 @@ std::optional<SocketAnswer> askSocket(const std::filesystem::path& socket, std::
                                       const std::function<bool(std::string_view)>& isComplete,
                                       std::chrono::milliseconds patience) {
     const auto deadline = Clock::now() + patience;
-    Socket server;
-    if (!server.connect(socket.string()) || !server.send(request)) {
+    Socket server(socket);
+    if (!server.isConnected() || !server.send(request)) {
         return std::nullopt;
     }
     SocketAnswer answer{{}, server.process()};

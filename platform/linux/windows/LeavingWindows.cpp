@@ -22,7 +22,7 @@ bool LeavingWindows::contains(WindowId window) const {
 }
 
 bool LeavingWindows::isOver() const {
-    return queue_.now() - lastAdded_ >= patience;
+    return !lastAdded_ || queue_.now() - *lastAdded_ >= patience;
 }
 
 } // namespace LinuxPlatform

@@ -3,6 +3,7 @@
 #include "platform/MainQueue.h"
 #include "platform/linux/windows/WindowId.h"
 
+#include <optional>
 #include <set>
 #include <span>
 
@@ -21,13 +22,13 @@ public:
     void remove(const WindowPredicate& hasSettled);
     /// For as long as a window system takes to hide what it was asked last.
     bool contains(WindowId window) const;
-
-private:
+    /// That time has passed since the last was asked.
     bool isOver() const;
 
+private:
     const Platform::MainQueue& queue_;
     std::set<WindowId> windows_;
-    Platform::MainQueue::Seconds lastAdded_{0};
+    std::optional<Platform::MainQueue::Seconds> lastAdded_;
 };
 
 } // namespace LinuxPlatform

@@ -46,7 +46,7 @@ std::optional<Platform::HidingObstacle> X11WindowSystem::hidingObstacle() {
     if (!model_.hasManager()) {
         return Platform::HidingObstacle::noWindowManager;
     }
-    if (ignoresHiding_) {
+    if (hidingTrial_.isLost()) {
         return Platform::HidingObstacle::windowManagerIgnoresHiding;
     }
     if (!model_.hasWindowList()) {
@@ -55,7 +55,7 @@ std::optional<Platform::HidingObstacle> X11WindowSystem::hidingObstacle() {
                    ? Platform::HidingObstacle::notKnownYet
                    : Platform::HidingObstacle::windowManagerIgnoresHiding;
     }
-    const bool isInDoubt = model_.isWindowListOld() || (hiddenWindows_ == 0 && isAwaited(lateHideRequest_));
+    const bool isInDoubt = model_.isWindowListOld() || hidingTrial_.isInDoubt();
     return isInDoubt ? std::optional(Platform::HidingObstacle::notKnownYet) : std::nullopt;
 }
 
@@ -149,16 +149,17 @@ void X11WindowSystem::requestIconic(xcb_window_t window) {
 }
 
 void X11WindowSystem::watchHiding(std::span<const WindowId> windows) {
-    const auto request = ++lastHideRequest_;
-    for (const auto window : windows) {
-        if (isToBeHidden(window)) {
-            awaitingHide_.emplace(window, request);
-        }
-    }
+    std::vector<WindowId> judgeable(windows.begin(), windows.end());
+    std::erase_if(judgeable, [this](WindowId window) { return !isToBeHidden(window); });
+    const auto request = hidingTrial_.begin(judgeable);
     mainQueue_.asyncAfter(
-        hideDeadline, lifetime_.weak([this, request, asked = std::vector(windows.begin(), windows.end()),
-                                      before = hiddenWindows_] { endExpectation(request, asked, before); }));
-    mainQueue_.asyncAfter(answerDeadline, lifetime_.weak([this, request] { judge(request); }));
+        hideDeadline,
+        lifetime_.weak([this, request, asked = std::vector(windows.begin(), windows.end()),
+                        before = hidingTrial_.hidden()] { endExpectation(request, asked, before); }));
+    mainQueue_.asyncAfter(answerDeadline, lifetime_.weak([this, request] {
+        takeIn();
+        hidingTrial_.judge(request);
+    }));
 }
 
 bool X11WindowSystem::isToBeHidden(WindowId window) const {
@@ -177,16 +178,16 @@ bool X11WindowSystem::isToBeHidden(WindowId window) const {
 void X11WindowSystem::endExpectation(std::uint64_t request, std::span<const WindowId> windows,
                                      std::uint64_t hiddenBefore) {
     takeIn();
-    lateHideRequest_ = std::max(lateHideRequest_, request);
+    hidingTrial_.becomeLate(request);
+    const auto late = hidingTrial_.awaited(request);
     for (const auto window : windows) {
         const auto* const found = model_.find(xcbWindow(window));
-        const auto awaited = awaitingHide_.find(window);
-        const bool isWaiting = awaited != awaitingHide_.end() && awaited->second <= request;
-        if (isWaiting && hiddenWindows_ == hiddenBefore) {
+        const bool isWaiting = std::ranges::binary_search(late, window);
+        if (isWaiting && hidingTrial_.hidden() == hiddenBefore) {
             requestIconic(xcbWindow(window));
         }
         // Of a rolled-up window one may not see that it is hidden until it is back.
-        const bool isUnjudged = awaited == awaitingHide_.end() && found != nullptr &&
+        const bool isUnjudged = !hidingTrial_.isAwaited(window) && found != nullptr &&
                                 !model_.hasState(*found, X11WindowModel::netWmStateShaded);
         if (isWaiting || isUnjudged) {
             model_.expectNoMore(xcbWindow(window));
@@ -200,34 +201,22 @@ void X11WindowSystem::noteWhatHasSettled() {
     leaving_.remove([this](WindowId window) { return !model_.isExpectedHidden(xcbWindow(window)); });
 }
 
-void X11WindowSystem::judge(std::uint64_t request) {
-    takeIn();
-    ignoresHiding_ = ignoresHiding_ || (hiddenWindows_ == 0 && isAwaited(request));
-}
-
-bool X11WindowSystem::isAwaited(std::uint64_t request) const {
-    return std::ranges::any_of(awaitingHide_, [&](const auto& asked) { return asked.second <= request; });
-}
-
 void X11WindowSystem::noteWhatWasHeeded(const X11WindowModel::Changes& changes) {
     if (std::exchange(judgedManager_, model_.managerGeneration()) != model_.managerGeneration()) {
-        hiddenWindows_ = 0;
-        ignoresHiding_ = false;
+        hidingTrial_.startAnew();
         managerSince_ = mainQueue_.now();
-        awaitingHide_.clear();
     }
-    const auto isDone = [&](const auto& asked) {
-        const auto* const found = model_.find(xcbWindow(asked.first));
-        return found != nullptr && model_.isHidden(*found);
-    };
-    hiddenWindows_ += static_cast<std::uint64_t>(std::ranges::count_if(awaitingHide_, isDone));
-    ignoresHiding_ = ignoresHiding_ && hiddenWindows_ == 0;
-    // A window that is closed or taken from the screen by its own program says nothing of the window manager.
-    std::erase_if(awaitingHide_, [&](const auto& asked) {
-        const auto* const found = model_.find(xcbWindow(asked.first));
-        return isDone(asked) || found == nullptr || !found->isManaged ||
-               std::ranges::find(changes.returned, found->id) != changes.returned.end();
-    });
+    hidingTrial_.note(
+        [this](WindowId window) {
+            const auto* const found = model_.find(xcbWindow(window));
+            return found != nullptr && model_.isHidden(*found);
+        },
+        // One that is closed or taken from the screen by its own program says nothing of the window manager.
+        [&](WindowId window) {
+            const auto* const found = model_.find(xcbWindow(window));
+            return found == nullptr || !found->isManaged ||
+                   std::ranges::find(changes.returned, found->id) != changes.returned.end();
+        });
 }
 
 void X11WindowSystem::noteWhatIsBack(const X11WindowModel::Changes& changes) {
@@ -238,9 +227,7 @@ void X11WindowSystem::noteWhatIsBack(const X11WindowModel::Changes& changes) {
 }
 
 void X11WindowSystem::show(std::span<const WindowId> windows) {
-    for (const auto window : windows) {
-        awaitingHide_.erase(window);
-    }
+    hidingTrial_.withdraw(windows);
     restorer_.restore(windows);
     taken_.forget(windows);
     keepPopupsAway();

@@ -2,6 +2,7 @@
 
 #include "platform/Lifetime.h"
 #include "platform/MainQueue.h"
+#include "platform/linux/windows/HidingTrial.h"
 #include "platform/linux/windows/LeavingWindows.h"
 #include "platform/linux/windows/TakenWindows.h"
 #include "platform/linux/windows/WindowActivation.h"
@@ -12,7 +13,6 @@
 #include "platform/linux/windows/x11/X11WindowRestorer.h"
 
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -51,8 +51,6 @@ private:
     bool isToBeHidden(WindowId window) const;
     void endExpectation(std::uint64_t request, std::span<const WindowId> windows, std::uint64_t hiddenBefore);
     void noteWhatHasSettled();
-    void judge(std::uint64_t request);
-    bool isAwaited(std::uint64_t request) const;
     void noteWhatWasHeeded(const X11WindowModel::Changes& changes);
     void noteWhatIsBack(const X11WindowModel::Changes& changes);
     WindowActivation::Scene lookAtScene();
@@ -64,16 +62,8 @@ private:
     std::uint64_t builtGeneration_ = 0;
     std::uint64_t notedGeneration_ = 0;
     std::vector<Window> windows_;
-    /// By which request each window was asked to hide that has not been seen to have done so. Windows by
-    /// which a window manager cannot be judged are not among them.
-    std::map<WindowId, std::uint64_t> awaitingHide_;
-    std::uint64_t lastHideRequest_ = 0;
-    /// What was asked until then should have been done.
-    std::uint64_t lateHideRequest_ = 0;
-    /// Of those that were asked, by the present window manager.
-    std::uint64_t hiddenWindows_ = 0;
-    /// It was given long enough to hide the first.
-    bool ignoresHiding_ = false;
+    /// Of the present window manager.
+    HidingTrial hidingTrial_;
     Platform::MainQueue::Seconds managerSince_{0};
     std::uint64_t judgedManager_ = 0;
     TakenWindows taken_;

@@ -1,0 +1,88 @@
+#include "platform/linux/SessionWindows.h"
+#include "platform/linux/windows/toplevels/ToplevelWindowSystem.h"
+#include "tests/platform/X11WindowFixture.h"
+#include "tests/support/WindowSystemContract.h"
+
+#include <array>
+#include <chrono>
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+
+namespace TestSupport {
+namespace {
+
+using LinuxPlatform::WindowId;
+
+std::filesystem::path waylandSocket() {
+    return std::filesystem::path(std::getenv("XDG_RUNTIME_DIR")) / std::getenv("WAYLAND_DISPLAY");
+}
+
+/// Compositors know only of what has been drawn.
+xcb_window_t openDrawn(X11TestClient& client, const std::string& name) {
+    const auto window = client.create(name, name);
+    constexpr std::uint32_t white = 0xFFFFFF;
+    xcb_change_window_attributes(client.get(), window, XCB_CW_BACK_PIXEL, &white);
+    client.map(window);
+    return window;
+}
+
+/// A real compositor that lets others minimise windows. The windows are those of an X11 program.
+class CompositorContractWorld {
+public:
+    CompositorContractWorld() {
+        EXPECT_TRUE(waitUntil([&] { return system_.knowsEveryWindow() && system_.windows().empty(); }));
+    }
+
+    LinuxPlatform::WindowSystem& system() { return system_; }
+    WindowId open(const std::string& name) {
+        const auto window = openDrawn(x11_.client, name);
+        WindowId id = 0;
+        EXPECT_TRUE(waitUntil([&] {
+            const auto& windows = system_.windows();
+            id = windows.empty() ? 0 : windows.back().id;
+            return id != 0 && !xcb_.contains(id);
+        })) << name;
+        xcb_[id] = window;
+        return id;
+    }
+    static std::optional<std::uint32_t> process() { return std::nullopt; }
+    void close(WindowId window) { x11_.client.destroy(xcb_.at(window)); }
+    void bringBack(WindowId window) { x11_.activate(xcb_.at(window)); }
+
+    template <class Condition>
+    static bool waitUntil(const Condition& condition) {
+        return spinUntil(condition, std::chrono::minutes(1));
+    }
+
+private:
+    PlatformTests::X11WindowWorld x11_;
+    LinuxPlatform::ToplevelWindowSystem system_{waylandSocket(), x11_.mainQueue};
+    std::map<WindowId, xcb_window_t> xcb_;
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Compositor, WindowSystemContract, CompositorContractWorld);
+
+/// In a session whose compositor lists windows and does not minimise them when it is asked to.
+TEST(ToplevelIgnoredHidingTest, IsFoundOutAndTheWindowStaysVisible) {
+    PlatformTests::X11WindowWorld x11;
+    LinuxPlatform::SessionEnvironment session;
+    session.kind = LinuxPlatform::SessionKind::waylandWithX;
+    session.waylandSocket = waylandSocket();
+    const auto system = LinuxPlatform::windowsOfSession(session, x11.connection.get(), x11.mainQueue);
+    openDrawn(x11.client, "a");
+    ASSERT_TRUE(spinUntil([&] { return system->windows().size() == 1; }));
+    const std::array window{system->windows().front().id};
+    EXPECT_EQ(system->hidingObstacle(), std::nullopt) << "nobody has asked it for anything yet";
+    system->hide(window);
+    EXPECT_TRUE(spinUntil(
+        [&] { return system->hidingObstacle() == Platform::HidingObstacle::windowManagerIgnoresHiding; }));
+    EXPECT_FALSE(system->windows().front().isHidden);
+    EXPECT_TRUE(system->knowsEveryWindow());
+}
+
+} // namespace
+} // namespace TestSupport
