@@ -1,5 +1,6 @@
 #include "Curtain/AppChoiceModel.h"
 
+#include "Curtain/PlatformWording.h"
 #include "Curtain/ViewText.h"
 
 #include <utility>
@@ -12,16 +13,18 @@ AppChoiceModel::AppChoiceModel(SettingsModel& settings, const AppCatalog& catalo
       search_(std::move(lang)) {
     connect(&settings, &SettingsModel::prefsChanged, this, [this] {
         if (!shown_.empty()) {
-            Q_EMIT dataChanged(index(0), index(rowCount() - 1), {Role::isSelected});
+            Q_EMIT dataChanged(index(0), index(rowCount() - 1), {Role::isSelected, Role::name});
         }
     });
 }
 
-void AppChoiceModel::setEntries(std::vector<CatalogEntry> entries) {
-    if (entries == search_.entries()) {
+void AppChoiceModel::setEntries(std::vector<CatalogEntry> entries, const std::vector<CatalogEntry>& missing) {
+    entries.insert(entries.begin(), missing.begin(), missing.end());
+    if (entries == search_.entries() && missing.size() == missing_) {
         return;
     }
     beginResetModel();
+    missing_ = missing.size();
     search_.setEntries(std::move(entries));
     shown_ = search_.matching(query_);
     endResetModel();
@@ -54,7 +57,7 @@ QVariant AppChoiceModel::data(const QModelIndex& index, int role) const {
     }
     switch (role) {
     case Role::name:
-        return shownName(entry->name, entry->bundleID);
+        return nameOf(index.row());
     case Role::isSelected:
         return settings_.isSelected(*entry);
     case Role::icon: {
@@ -68,6 +71,17 @@ QVariant AppChoiceModel::data(const QModelIndex& index, int role) const {
 
 QHash<int, QByteArray> AppChoiceModel::roleNames() const {
     return {{Role::name, "name"}, {Role::isSelected, "isSelected"}, {Role::icon, "icon"}};
+}
+
+QString AppChoiceModel::nameOf(int row) const {
+    const auto& entry = *entryAt(row);
+    const auto shown = shownName(entry.name, entry.bundleID);
+    if (shown_[static_cast<std::size_t>(row)] >= missing_) {
+        return shown;
+    }
+    const auto lang = settings_.lang();
+    return toQString(PlatformWording::opening(shown.toStdString(), lang)) + QStringLiteral(" — ") +
+           toQString(PlatformWording::string(PlatformKey::notInstalled, lang));
 }
 
 const CatalogEntry* AppChoiceModel::entryAt(int row) const {

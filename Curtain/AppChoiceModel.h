@@ -21,7 +21,8 @@ public:
     /// Both outlive this model. `lang` is the code of the user's language.
     AppChoiceModel(SettingsModel& settings, const AppCatalog& catalog, std::string lang);
 
-    void setEntries(std::vector<CatalogEntry> entries);
+    /// Those that are `missing`, private apps that the system does not know, come first and say so.
+    void setEntries(std::vector<CatalogEntry> entries, const std::vector<CatalogEntry>& missing = {});
     /// An empty query shows all entries.
     void setQuery(const QString& query);
     const QString& query() const { return query_; }
@@ -35,11 +36,13 @@ private:
     enum Role { name = Qt::UserRole, isSelected, icon };
 
     const CatalogEntry* entryAt(int row) const;
+    QString nameOf(int row) const;
 
     SettingsModel& settings_;
     const AppCatalog& catalog_;
     AppSearch search_;
     QString query_;
+    std::size_t missing_ = 0;
     /// The entries that are shown.
     std::vector<std::size_t> shown_;
 };

@@ -95,6 +95,8 @@ enum class PlatformKey {
     switchOn,
     /// What one app is where nobody knows whether it can be seen, and the risk for want of such answers.
     cannotTell,
+    /// Behind the name of a private app that the system does not know.
+    notInstalled,
     /// Below a score: none of them is in it, or not all are.
     privateAppsNotCounted,
     somePrivateAppsNotCounted,
@@ -131,7 +133,7 @@ std::string opening(std::string_view name, std::string_view lang);
 
 template <>
 struct CurtainCore::RawValues<Curtain::PlatformKey> {
-    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 58> cases{{
+    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 59> cases{{
         {Curtain::PlatformKey::noHidingOnWayland, "noHidingOnWayland"},
         {Curtain::PlatformKey::noWindowManager, "noWindowManager"},
         {Curtain::PlatformKey::logOutOnce, "logOutOnce"},
@@ -183,6 +185,7 @@ struct CurtainCore::RawValues<Curtain::PlatformKey> {
         {Curtain::PlatformKey::close, "close"},
         {Curtain::PlatformKey::switchOn, "switchOn"},
         {Curtain::PlatformKey::cannotTell, "cannotTell"},
+        {Curtain::PlatformKey::notInstalled, "notInstalled"},
         {Curtain::PlatformKey::privateAppsNotCounted, "privateAppsNotCounted"},
         {Curtain::PlatformKey::somePrivateAppsNotCounted, "somePrivateAppsNotCounted"},
         {Curtain::PlatformKey::privacyModeInVain, "privacyModeInVain"},

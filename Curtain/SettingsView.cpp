@@ -287,7 +287,22 @@ void SettingsView::refresh() {
 }
 
 void SettingsView::reloadEntries() {
-    apps_.setEntries(showingInstalled_ ? services_.catalog.installedApps() : services_.catalog.runningApps());
+    if (showingInstalled_) {
+        apps_.setEntries(services_.catalog.installedApps(), missingApps());
+    } else {
+        apps_.setEntries(services_.catalog.runningApps());
+    }
+}
+
+std::vector<CatalogEntry> SettingsView::missingApps() const {
+    const auto known = services_.catalog.allApps();
+    std::vector<CatalogEntry> missing;
+    for (const auto& app : services_.model.prefs().targetApps) {
+        if (std::ranges::find(known, app.bundleID, &CatalogEntry::bundleID) == known.end()) {
+            missing.push_back({app.bundleID, app.displayName});
+        }
+    }
+    return missing;
 }
 
 void SettingsView::modelChanged() {

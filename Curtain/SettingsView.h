@@ -155,6 +155,8 @@ private:
     };
 
     void reloadEntries();
+    /// The private apps that are neither installed nor run.
+    std::vector<CatalogEntry> missingApps() const;
     void modelChanged();
 
     Services services_;

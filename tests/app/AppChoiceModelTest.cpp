@@ -74,6 +74,28 @@ TEST_F(AppChoiceModelTest, RowsAreToggledAsTheyAreShown) {
     EXPECT_THAT(store.load().targetApps, testing::SizeIs(1));
 }
 
+TEST_F(AppChoiceModelTest, MissingAppsComeFirstSaySoAndAreGivenBackUnderTheirName) {
+    store.save([&] {
+        auto preferences = store.load();
+        preferences.targetApps = {{"gone", "Old Chat"}};
+        return preferences;
+    }());
+    settings.reload();
+    model.setEntries({{"a", "Calendar"}}, {{"gone", "Old Chat"}});
+    EXPECT_THAT(names(), ElementsAre("Old Chat — Not installed", "Calendar"));
+    EXPECT_TRUE(value(0, "isSelected").toBool());
+    model.toggle(0);
+    EXPECT_THAT(store.load().targetApps, IsEmpty());
+    EXPECT_THAT(names(), ElementsAre("Old Chat — Not installed", "Calendar")) << "for a second thought";
+    model.toggle(0);
+    EXPECT_THAT(store.load().targetApps, ElementsAre(CurtainCore::TargetApp{"gone", "Old Chat"}));
+    model.setQuery("cal");
+    EXPECT_THAT(names(), ElementsAre("Calendar"));
+    model.setQuery("");
+    model.setEntries({{"gone", "Old Chat"}, {"a", "Calendar"}});
+    EXPECT_THAT(names(), ElementsAre("Old Chat", "Calendar"));
+}
+
 TEST_F(AppChoiceModelTest, ASelectionIsToldWithoutMovingTheList) {
     int resets = 0;
     int changes = 0;

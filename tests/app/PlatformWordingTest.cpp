@@ -242,8 +242,9 @@ TEST(PlatformWording, TheEnglishTextsOfItsOwn) {
             "No app is open.", "A click on its icon checks everything before a call.",
             "This shortcut hides your private apps.", "Mirror picture", "More options", "Clear search",
             "Your settings could not be read", "No app was hidden", "Close", "Switch on", "Can't tell",
-            "Private apps not counted", "Some private apps not counted", "Privacy mode has no effect",
-            "Privacy mode off", "Choose private apps", "Curtain is in your panel", "Curtain is running"));
+            "Not installed", "Private apps not counted", "Some private apps not counted",
+            "Privacy mode has no effect", "Privacy mode off", "Choose private apps",
+            "Curtain is in your panel", "Curtain is running"));
 }
 
 TEST(PlatformWording, AnUnknownLanguageReadsEnglish) {

@@ -440,6 +440,23 @@ TEST_F(SettingsViewTest, InstalledAndRunningAppsAreListedAfreshEachTime) {
     EXPECT_EQ(view.find("app Calendar"), nullptr);
 }
 
+TEST_F(SettingsViewTest, APrivateAppThatIsNoLongerInstalledCanBeRemoved) {
+    for (const auto* const language : {"en", "ar", "ru"}) {
+        speak(language);
+        edit([](auto& prefs) { prefs.targetApps = {{"org.Gone", "Old Chat"}, {"org.Mail", "Mail"}}; });
+        auto view = show();
+        view.click("tabApps");
+        const auto area = view.place("source");
+        const bool isMirrored = std::string_view(language) == "ar";
+        view.clickAt(QPointF(isMirrored ? area.left() + 40 : area.right() - 40, area.center().y()));
+        EXPECT_THAT(view.problems(isMirrored), IsEmpty());
+        view.picture("settings-missing-" + std::string(language));
+        view.click("app " + toQString(Curtain::PlatformWording::opening("Old Chat", language)) + " — " +
+                   text(Curtain::PlatformKey::notInstalled));
+        EXPECT_THAT(store.load().targetApps, ElementsAre(TargetApp{"org.Mail", "Mail"}));
+    }
+}
+
 TEST_F(SettingsViewTest, SearchingShowsWhatHoldsTheWords) {
     auto view = show();
     view.click("tabApps");
