@@ -6,7 +6,10 @@ It runs with --session kwin.
 import json
 import os
 import re
+import signal
 import unittest
+from contextlib import contextmanager
+from pathlib import Path
 
 from desktop_case import (MOUSEPAD, SHORTCUT, URXVT_COLOUR, XTERM, XTERM_COLOUR, DesktopCase, Display, Rectangle, stays,
                           wait_until, write_preferences)
@@ -16,6 +19,7 @@ WIDTH, HEIGHT = 1280, 800
 # With the focus and without it.
 EDITOR_COLOURS = ("#ffffff", "#fcfcfc")
 SCRIPT = "curtain-windows"
+F11 = 95
 # A script that does nothing.
 OTHER_SCRIPT = "workspace.currentDesktop;\n"
 # It reports to nobody, but over the bus.
@@ -181,6 +185,64 @@ class KWinTest(KWinScripts, DesktopCase):
             self.run_script(name, OTHER_SCRIPT)
         scripting("unloadScript", "other-1")
         self.test_windows_of_both_kinds_are_hidden_and_come_back_as_they_were()
+
+    def test_a_script_that_somebody_else_runs_under_its_name_gives_way(self):
+        self.run_script(SCRIPT, OTHER_SCRIPT)
+        self.test_windows_of_both_kinds_are_hidden_and_come_back_as_they_were()
+
+    def test_a_window_comes_back_on_its_own_desktop(self):
+        self.open_programs()
+        xterm = next(window for window in self.desktop.windows() if "XTerm" in window.window_class)
+        xterm.send_to_workspace(1)
+        self.wait_seen("editor", "urxvt")
+        before = self.settled_pixels()
+        self.start_curtain_for(XTERM, MOUSEPAD)
+        self.toggle_privacy()
+        self.wait_seen("urxvt")
+        self.wait_minimised(2)
+        self.toggle_privacy()
+        wait_until(lambda: self.pixels() == before and not self.minimised(), "the screen is as it was", seen=self.seen)
+        self.assertEqual((xterm.workspace, self.desktop.workspace), (1, 0))
+        self.desktop.workspace = 1
+        self.wait_seen("xterm")
+        # The next test starts there.
+        self.desktop.workspace = 0
+
+    def test_what_fills_the_screen_fills_it_again(self):
+        self.start_urxvt(x=30, y=30)
+        self.wait_seen("urxvt")
+        self.start_editor()
+        self.wait_seen("editor", "urxvt")
+        self.screen.strike(F11)
+        self.wait_seen("editor")
+        before = self.settled_pixels()
+        self.start_curtain_for(MOUSEPAD)
+        self.toggle_privacy()
+        self.wait_seen("urxvt")
+        self.toggle_privacy()
+        wait_until(lambda: self.pixels() == before, "the editor fills the screen", seen=self.seen)
+        # It remembers that.
+        self.screen.strike(F11)
+        self.wait_seen("editor", "urxvt")
+
+    @contextmanager
+    def kwin_stopped(self):
+        process = int((Path(os.environ["VIRTUAL_DESKTOP_PIDS"]) / "kwin_wayland").read_text())
+        os.kill(process, signal.SIGSTOP)
+        try:
+            yield
+        finally:
+            os.kill(process, signal.SIGCONT)
+
+    def test_what_is_asked_while_kwin_does_not_answer_is_done_when_it_does(self):
+        self.open_programs()
+        self.start_curtain_for(XTERM, MOUSEPAD)
+        for asked, seen in ((1, {"urxvt"}), (1, {"xterm", "editor", "urxvt"}), (2, {"xterm", "editor", "urxvt"})):
+            with self.kwin_stopped():
+                for _ in range(asked):
+                    self.toggle_privacy()
+            self.wait_seen(*seen)
+            self.assertTrue(stays(lambda seen=seen: self.seen() == seen), self.seen())
 
     def watch_switchers(self):
         self.switchers = self.watch_bus("com.example.Switcher")

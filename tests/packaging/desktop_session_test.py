@@ -61,9 +61,9 @@ DESKTOPS = {
     "mate": x11_desktop("mate", "caja", "marco", "mate-desktop", "mate-menus", "mate-notification-daemon", "mate-panel",
                         "mate-session-manager", "mate-settings-daemon", "xapp-sn-watcher"),
     "plasma": x11_desktop("plasma", "breeze", "kde-cli-tools", "kwin-x11", "plasma-desktop", "plasma-workspace"),
-    "plasma-wayland": WholeDesktop([*ICONS, "breeze", "kde-cli-tools", "konsole", "kwin-wayland", "plasma-desktop", "plasma-workspace",
-                                    "xwayland"], "wayland-plasma-desktop", (Run("plasma_wayland_test.py"),),
-                                   {"bookworm": ["plasma-workspace-wayland"]}),
+    "plasma-wayland": WholeDesktop([*ICONS, "at-spi2-core", "breeze", "kde-cli-tools", "konsole", "kwin-wayland", "plasma-desktop",
+                                    "plasma-workspace", "xwayland", *CASTS], "wayland-plasma-desktop",
+                                   (Run("plasma_wayland_test.py", ("--media",)),), {"bookworm": ["plasma-workspace-wayland"]}),
     "xfce": x11_desktop("xfce", "thunar", "xfce4-notifyd", "xfce4-panel", "xfce4-session", "xfce4-settings", "xfconf", "xfdesktop4", "xfwm4"),
 }
 
