@@ -50,6 +50,10 @@ POPOVER = [
     "push button: Restore",
 ]
 
+# The pages of the wizard and the buttons that lead through them.
+WIZARD = [(1, "See if my computer qualifies"), (2, "Continue"), (3, "Allow"), (3, "Continue"), (4, "Allow"), (4, "Continue"),
+          (5, "Allow"), (5, "Continue"), (6, "Start using Curtain")]
+
 
 class AccessibilityCase(DesktopCase):
     def setUp(self):
@@ -229,9 +233,7 @@ class AccessibilityTest(AccessibilityCase):
     def test_the_wizard_is_gone_through_to_its_end(self):
         self.start(hasOnboarded=False)
         self.open()
-        for number, button in enumerate(("See if my computer qualifies", "Continue", "Allow", "Continue", "Allow", "Continue",
-                                         "Allow", "Continue", "Start using Curtain")):
-            page = (1, 2, 3, 3, 4, 4, 5, 5, 6)[number]
+        for page, button in WIZARD:
             self.wait_line(f"progress bar: {page} / 6")
             self.wait_line(f"push button: {button}")
             elements = self.assert_all_is_said()

@@ -65,10 +65,6 @@ class AutoDetectionTest(DesktopCase):
                    seen=lambda: monitor.output())
         return lambda: monitor.output().count("member=Notify")
 
-    def capture(self):
-        return self.desktop.start("ffmpeg", "-nostdin", "-loglevel", "error", "-f", "x11grab", "-framerate", "15",
-                                  "-video_size", "1280x800", "-i", os.environ["DISPLAY"], "-f", "null", "-")
-
     def share_in_browser(self):
         page = PageServer()
         self.addCleanup(page.close)
@@ -125,7 +121,7 @@ class AutoDetectionTest(DesktopCase):
     def test_the_end_of_a_capture_switches_it_off_again(self):
         self.start_curtain(XTERM)
         for _ in range(2):
-            capture = self.capture()
+            capture = self.start_capture()
             wait_until(lambda: self.xterm.is_hidden, "the private app is hidden", PATIENCE)
             self.assertIsNone(capture.poll(), capture.complaints())
             capture.terminate()
@@ -136,7 +132,7 @@ class AutoDetectionTest(DesktopCase):
         self.toggle()
         self.wait_hidden(self.xterm)
         notices = self.watch_notices()
-        capture = self.capture()
+        capture = self.start_capture()
         self.assertTrue(stays(lambda: self.xterm.is_hidden, TWO_POLLS + 1))
         self.assertIsNone(capture.poll(), capture.complaints())
         capture.terminate()
@@ -147,7 +143,7 @@ class AutoDetectionTest(DesktopCase):
         write_preferences(self.settings, targetApps=[XTERM], hasOnboarded=True, autoDetectMode="promptOnly")
         self.start_curtain()
         notices = self.watch_notices()
-        self.capture()
+        self.start_capture()
         wait_until(self.notice, "there is a notice", PATIENCE)
         self.assertTrue(stays(lambda: not self.xterm.is_hidden, TWO_POLLS + 1))
         self.assertEqual(notices(), 1)
@@ -156,7 +152,7 @@ class AutoDetectionTest(DesktopCase):
         write_preferences(self.settings, targetApps=[XTERM], hasOnboarded=True, autoDetectEnabled=False)
         self.start_curtain()
         notices = self.watch_notices()
-        self.capture()
+        self.start_capture()
         self.assertTrue(stays(lambda: not self.xterm.is_hidden, 2 * TWO_POLLS))
         self.assertEqual(notices(), 0)
 

@@ -158,6 +158,11 @@ class DesktopCase(unittest.TestCase):
         window.place(x, y, width, height)
         return window
 
+    def start_capture(self):
+        """A program that records the screen."""
+        return self.desktop.start("ffmpeg", "-nostdin", "-loglevel", "error", "-f", "x11grab", "-framerate", "15",
+                                  "-video_size", "1280x800", "-i", os.environ["DISPLAY"], "-f", "null", "-")
+
     # What is to be seen
 
     def colour_of(self, window):

@@ -1,6 +1,5 @@
 """Checks that dunst keeps quiet while the screen is shared, and is as it was afterwards."""
 
-import os
 import subprocess
 import unittest
 
@@ -32,8 +31,7 @@ class DoNotDisturbTest(DesktopCase):
                         "", "A friend", "Something private", "[]", "{}", "60000"], check=True, capture_output=True)
 
     def capture(self):
-        capture = self.desktop.start("ffmpeg", "-nostdin", "-loglevel", "error", "-f", "x11grab", "-framerate", "15",
-                                     "-video_size", "1280x800", "-i", os.environ["DISPLAY"], "-f", "null", "-")
+        capture = self.start_capture()
         wait_until(self.is_quiet, "dunst is quiet", PATIENCE, seen=capture.complaints)
         return capture
 

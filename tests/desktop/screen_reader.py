@@ -8,7 +8,10 @@ from typing import NamedTuple
 
 from gi.repository import Gio, GLib
 
+from desktop_driver import Rectangle
+
 ACCESSIBLE, ACTION = "org.a11y.atspi.Accessible", "org.a11y.atspi.Action"
+COMPONENT, OF_THE_SCREEN = "org.a11y.atspi.Component", 0
 REGISTRY = ("org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root")
 MILLISECONDS = 5000
 SECONDS_TO_SETTLE = 30
@@ -42,6 +45,13 @@ class Element(NamedTuple):
         actions = [name for name, *_ in self.reader.ask(self.address, ACTION, "GetActions")]
         done = self.reader.ask(self.address, ACTION, "DoAction", GLib.Variant("(i)", (actions.index(action),)))
         assert done, f"{self} refused to act"
+
+    def place(self):
+        """On the screen; None once it has left it."""
+        try:
+            return Rectangle(*self.reader.ask(self.address, COMPONENT, "GetExtents", GLib.Variant("(u)", (OF_THE_SCREEN,))))
+        except Gone:
+            return None
 
 
 class ScreenReader:
