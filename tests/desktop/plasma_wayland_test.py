@@ -77,6 +77,36 @@ class PlasmaWaylandTest(KWinScripts, whole_desktop_test.WholeDesktopTest):
         self.click(x + whole_desktop_test.ROW // 2, y)
         self.wait_closed("a click on the terminal")
 
+    # Activities
+
+    @staticmethod
+    def activities(method, *arguments):
+        answer = gdbus("org.kde.ActivityManager", "/ActivityManager/Activities", f"org.kde.ActivityManager.Activities.{method}", *arguments)
+        return answer.strip("(),'\n")
+
+    def choose_activity(self, activity):
+        self.activities("SetCurrentActivity", activity)
+        wait_until(lambda: self.activities("CurrentActivity") == activity, "the activity is chosen")
+
+    def test_a_window_of_another_activity_stays_there(self):
+        xterm = self.open_xterm(x=60, y=60)
+        wait_until(lambda: self.shows(XTERM_COLOUR), "the terminal is on the screen")
+        first = self.activities("CurrentActivity")
+        second = self.activities("AddActivity", "Work")
+        self.addCleanup(self.activities, "RemoveActivity", second)
+        self.addCleanup(self.choose_activity, first)
+        self.choose_activity(second)
+        wait_until(lambda: not self.shows(XTERM_COLOUR), "the terminal is in the first activity")
+        self.start_curtain()
+        self.act("privacy-on")
+        wait_until(lambda: xterm.is_hidden, "it is hidden", seen=self.desktop.describe)
+        self.act("privacy-off")
+        wait_until(lambda: not xterm.is_hidden, "it is given back", seen=self.desktop.describe)
+        self.assertTrue(stays(lambda: not self.shows(XTERM_COLOUR), 1))
+        self.assertEqual(self.activities("CurrentActivity"), second)
+        self.choose_activity(first)
+        wait_until(lambda: self.shows(XTERM_COLOUR), "it is in the first activity")
+
     # The desktop's icons
 
     @staticmethod
