@@ -1,5 +1,5 @@
 import QtQuick
-import "controls"
+import Curtain.Controls
 
 /// A microphone's level as a row of bars that rise with the voice.
 Item {

@@ -1,6 +1,6 @@
 import QtQuick
 import QtQuick.Window
-import "controls"
+import Curtain.Controls
 
 /// What the camera sees, or why it sees nothing.
 Item {

@@ -1,6 +1,6 @@
-import Curtain.Items 1.0
+import Curtain.Items
 import QtQuick
-import "controls"
+import Curtain.Controls
 
 /// The live picture of a capture session. It fills the view and is cropped, never letterboxed; without one the
 /// view is dark.

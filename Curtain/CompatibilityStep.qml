@@ -1,5 +1,5 @@
 import QtQuick
-import "controls"
+import Curtain.Controls
 
 /// The wizard's page on whether Curtain can work here. Where it cannot, the page leads nowhere.
 WizardPage {

@@ -1,5 +1,5 @@
 import QtQuick
-import "controls"
+import Curtain.Controls
 
 /// A small picture of a desktop, with files on it until they are cleared away.
 Item {

@@ -1,5 +1,5 @@
 import QtQuick
-import "controls"
+import Curtain.Controls
 
 /// The language, what happens on opening and at login, and the global shortcut.
 SettingsPage {

@@ -1,7 +1,7 @@
 import QtQuick
 import QtQuick.Templates as T
 import QtQuick.Window
-import "controls"
+import Curtain.Controls
 
 /// The popover: the one screen before a call.
 VisualEffectBackground {

@@ -1,5 +1,6 @@
 import QtQuick
-import "controls"
+import Curtain.Controls
+import Curtain.Items
 
 /// The wizard of the first start: where the user is, above the current page.
 FocusScope {

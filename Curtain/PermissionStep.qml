@@ -1,5 +1,5 @@
 import QtQuick
-import "controls"
+import Curtain.Controls
 
 /// A page of the wizard that asks for one permission and then shows live what it is for.
 WizardPage {

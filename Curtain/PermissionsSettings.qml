@@ -1,5 +1,5 @@
 import QtQuick
-import "controls"
+import Curtain.Controls
 
 /// What is checked of the camera, the microphone and the notifications.
 SettingsPage {

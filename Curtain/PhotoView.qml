@@ -1,6 +1,6 @@
-import Curtain.Items 1.0
+import Curtain.Items
 import QtQuick
-import "controls"
+import Curtain.Controls
 
 /// The camera manager's test photo, scaled to fit.
 Item {

@@ -1,5 +1,5 @@
 import QtQuick
-import "controls"
+import Curtain.Controls
 
 /// Whether sharing is detected, and which apps are private.
 SettingsPage {

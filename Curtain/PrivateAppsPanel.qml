@@ -1,6 +1,6 @@
 import QtQuick
 import QtQuick.Templates as T
-import "controls"
+import Curtain.Controls
 
 /// The private apps with their visibility, or while `editingApps` those that are private and those that could be.
 Card {

@@ -1,5 +1,5 @@
 import QtQuick
-import "controls"
+import Curtain.Controls
 
 /// Logo, title, the state in a few words, and the menu.
 Item {

@@ -1,6 +1,6 @@
 import QtQuick
 import QtQuick.Templates as T
-import "controls"
+import Curtain.Controls
 
 /// The tabs at the top of the settings window. They share the spare room evenly. Arrow keys go from one to the next.
 Rectangle {

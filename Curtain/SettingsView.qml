@@ -1,6 +1,7 @@
 import QtQuick
 import QtQuick.Window
-import "controls"
+import Curtain.Controls
+import Curtain.Items
 
 /// The content of the settings window: three tabs.
 FocusScope {

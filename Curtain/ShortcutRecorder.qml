@@ -1,7 +1,7 @@
 import QtQuick
 import QtQuick.Window
 import QtQuick.Templates as T
-import "controls"
+import Curtain.Controls
 
 /// A field that records a key combination while it has the focus, and says why one cannot be had.
 FocusScope {

@@ -1,6 +1,6 @@
 import QtQuick
 import QtQuick.Templates as T
-import "controls"
+import Curtain.Controls
 
 /// What the other side would see if the screen were shared now.
 T.Dialog {

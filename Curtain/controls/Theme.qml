@@ -1,4 +1,5 @@
 pragma Singleton
+import Curtain.Items
 import QtQuick
 
 /// Every colour, size, type style and duration of the views. Lengths are points. Colours come in a light and a dark

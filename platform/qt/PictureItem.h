@@ -4,6 +4,7 @@
 
 #include <QQuickItem>
 #include <QVariant>
+#include <qqmlregistration.h>
 
 #include <memory>
 
@@ -12,6 +13,7 @@ namespace QtPlatform {
 /// Draws a decoded picture, with every scene graph and with one texture. Without a picture it is transparent.
 class PictureItem : public QQuickItem {
     Q_OBJECT
+    QML_NAMED_ELEMENT(Picture)
     /// A std::shared_ptr<const Platform::Picture>; anything else is no picture.
     Q_PROPERTY(QVariant picture READ pictureVariant WRITE setPictureVariant NOTIFY pictureChanged)
     Q_PROPERTY(bool hasPicture READ hasPicture NOTIFY pictureChanged)

@@ -18,7 +18,7 @@ namespace {
 constexpr QMargins shadowMargins(40, 32, 40, 48);
 /// As high as a panel may be of which nothing is known, and which would cover the popover.
 constexpr double unknownPanel = 36;
-constexpr const char* shadowSource = "qrc:/curtain/PopoverShadow.qml";
+constexpr const char* shadowSource = "qrc:/Curtain/Items/PopoverShadow.qml";
 
 } // namespace
 

@@ -3,6 +3,7 @@
 #include "platform/qt/PictureItem.h"
 
 #include <QMetaObject>
+#include <qqmlregistration.h>
 
 #include <memory>
 
@@ -12,6 +13,7 @@ namespace QtPlatform {
 /// transparent. An item that cannot be seen asks for no pictures.
 class VideoPreviewItem : public PictureItem {
     Q_OBJECT
+    QML_NAMED_ELEMENT(VideoPreview)
     /// A std::shared_ptr<Platform::CaptureSession>; anything else is no session.
     Q_PROPERTY(QVariant session READ sessionVariant WRITE setSessionVariant NOTIFY sessionChanged)
 

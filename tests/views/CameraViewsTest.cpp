@@ -1,5 +1,4 @@
 #include "Curtain/CameraPreviewManager.h"
-#include "platform/qt/Items.h"
 #include "platform/qt/ViewEngine.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/FakeCaptureServices.h"
@@ -9,7 +8,6 @@
 #include "tests/views/Rest.h"
 
 #include <QImage>
-#include <QQmlContext>
 #include <QQuickItem>
 #include <QQuickView>
 
@@ -55,15 +53,13 @@ struct CameraViewsTest : testing::Test {
     TestSupport::HandDrivenQueue mainQueue;
     TestSupport::HandDrivenWorkQueues workQueues;
     CameraPreviewManager manager{{capture, authorization, mainQueue, workQueues}};
-    QtPlatform::DesktopStyle style;
-    QQuickView view;
+    QtPlatform::ViewEngine engine;
+    QQuickView view{&engine.engine(), nullptr};
     /// Counted on the thread that paints.
     std::atomic<int> paints = 0;
 
     CameraViewsTest() {
-        QtPlatform::registerItems();
         capture.cameras = {{"front", "Front Camera"}};
-        view.rootContext()->setContextProperty(QStringLiteral("Desktop"), &style);
         view.setResizeMode(QQuickView::SizeRootObjectToView);
         QObject::connect(&view, &QQuickWindow::frameSwapped, [this] { ++paints; });
     }

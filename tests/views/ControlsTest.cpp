@@ -221,7 +221,7 @@ protected:
     Colours() {
         engine_.style().setAppearance(GetParam());
         QQmlComponent component(&engine_.engine());
-        component.setData("import QtQuick\nimport \"qrc:/Curtain/controls\"\nQtObject { readonly property "
+        component.setData("import QtQuick\nimport Curtain.Controls\nQtObject { readonly property "
                           "var theme: Theme\n"
                           "function headerTint(tone) { return Theme.headerTint(tone); }\n"
                           "function riskTint(tone) { return Theme.riskTint(tone); } }",

@@ -1,6 +1,6 @@
 import QtQuick
 import QtQuick.Templates as T
-import "qrc:/Curtain/controls"
+import Curtain.Controls
 
 /// One fault at a time, by its name.
 Item {

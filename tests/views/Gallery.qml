@@ -1,5 +1,5 @@
 import QtQuick
-import "qrc:/Curtain/controls"
+import Curtain.Controls
 
 /// All controls side by side.
 Rectangle {
