@@ -10,6 +10,8 @@ from desktop_case import MOUSEPAD, URXVT_COLOUR, XTERM, XTERM_COLOUR, stays, wai
 from session_case import ESCAPE, FOOT, X11_WINDOWS_ONLY
 
 FOOT_COLOUR = "#804020"
+# With the focus and without it.
+EDITOR_COLOURS = ("#ffffff", "#fcfcfc")
 COLOURS = {"xterm": XTERM_COLOUR, "foot": FOOT_COLOUR, "urxvt": URXVT_COLOUR}
 
 
@@ -57,10 +59,50 @@ class LabwcTest(popover_window.SessionPopoverCase):
         self.start_with_private_terminals()
         self.toggle()
         self.wait_seen("urxvt")
-        self.desktop.start("foot", "--override", f"colors.background={FOOT_COLOUR[1:]}", "--", "cat")
-        self.start_xterm(x=30, y=40)
+        further = self.open_xterm(x=30, y=40)
+        wait_until(lambda: further.is_hidden, "it is hidden", seen=self.desktop.describe)
+        self.wait_seen("urxvt")
+        self.assertTrue(stays(lambda: self.seen() == {"urxvt"}))
         self.toggle()
         self.wait_seen("xterm", "foot", "urxvt")
+        self.assertFalse(further.is_hidden)
+
+    def test_hides_again_what_its_user_brings_back(self):
+        self.start_with_private_terminals()
+        xterm = next(window for window in self.desktop.windows() if "XTerm" in window.window_class)
+        self.toggle()
+        self.wait_seen("urxvt")
+        watch = self.desktop.start("xprop", "-spy", "-id", str(xterm.id), "_NET_WM_STATE")
+
+        def told():
+            return ["_NET_WM_STATE_HIDDEN" in line for line in watch.output().splitlines()]
+        for _ in range(3):
+            wait_until(lambda: told()[-1:] == [True], "it is hidden", seen=watch.output)
+            before = len(told())
+            xterm.raise_from_task_list()
+            # It may be on the screen too shortly to be seen.
+            wait_until(lambda: False in told()[before:] and told()[-1], "it comes back and goes", seen=watch.output)
+            self.wait_seen("urxvt")
+            self.assertTrue(stays(lambda: self.seen() == {"urxvt"}))
+
+    def test_an_editor_of_gtk_on_wayland_is_known_by_its_entry(self):
+        self.start_urxvt(x=700, y=560)
+        self.wait_seen("urxvt")
+        self.start_mousepad()
+        wait_until(self.shows_editor, "the editor is open")
+        self.assertFalse(any("ousepad" in window.window_class for window in self.desktop.windows()), "it came over X11")
+        write_preferences(self.settings, targetApps=[MOUSEPAD], hasOnboarded=True, autoDetectEnabled=False)
+        self.start_curtain()
+        before = self.settled_screen()
+        for _ in range(2):
+            self.toggle()
+            wait_until(lambda: not self.shows_editor(), "the editor is hidden")
+            self.assertEqual(self.seen(), {"urxvt"})
+            self.toggle()
+            wait_until(lambda: self.lines_of_screen() == before, "the screen is as it was", seen=self.seen)
+
+    def shows_editor(self):
+        return any(map(self.shows, EDITOR_COLOURS))
 
     def test_the_wizard_finds_that_all_is_well(self):
         self.start_curtain()

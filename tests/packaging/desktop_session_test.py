@@ -55,6 +55,8 @@ GNOME_RUNS = (
 DESKTOPS = {
     "gnome": WholeDesktop(["gnome-shell", "at-spi2-core", "dunst", "foot", "xwayland", *CASTS], "gnome", GNOME_RUNS),
     "cinnamon": x11_desktop("cinnamon", "cinnamon", "cinnamon-session", "cinnamon-settings-daemon", "muffin", "nemo", "xapp-sn-watcher"),
+    "labwc": WholeDesktop(["at-spi2-core", "dunst", "foot", "labwc", "mousepad", "x11-utils", "xwayland"], "labwc",
+                          (Run("labwc_test.py", ("--tray", "sni", "--accessibility")),)),
     "lxde": x11_desktop("lxde", "lxde-core", "lxde-session", "lxpanel", "notification-daemon", "openbox", "pcmanfm"),
     "lxqt": x11_desktop("lxqt", "lxqt-globalkeys", "lxqt-notificationd", "lxqt-panel", "lxqt-policykit", "lxqt-qtplugin", "lxqt-runner",
                         "lxqt-session", "lxqt-themes", "openbox", "pcmanfm-qt"),
