@@ -107,9 +107,10 @@ void ToplevelWindowSystem::takeLoss() {
 }
 
 void ToplevelWindowSystem::noteWhatIsHidden() {
+    const auto isAway = [this](WindowId window) { return isHidden(window); };
     const auto isGone = [this](WindowId window) { return !exists(window); };
-    trial_.note([this](WindowId window) { return isHidden(window); }, isGone);
-    leaving_.remove([this](WindowId window) { return !exists(window) || isHidden(window); });
+    trial_.note(isAway, isGone);
+    leaving_.remove([&](WindowId window) { return isGone(window) || isAway(window); });
 }
 
 void ToplevelWindowSystem::hide(std::span<const WindowId> windows) {
