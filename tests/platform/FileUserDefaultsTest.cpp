@@ -499,6 +499,11 @@ struct SlowDrive {
         changed.notify_all();
     }
 
+    int timesAsked() {
+        const std::lock_guard lock(mutex);
+        return asked;
+    }
+
     void wait() {
         std::unique_lock lock(mutex);
         ++asked;
@@ -507,35 +512,36 @@ struct SlowDrive {
 
     LinuxPlatform::FileReading read(const fs::path& path) {
         wait();
-        auto reading = LinuxPlatform::readSettingsFile(path);
-        reading.isLocal = false;
-        return reading;
+        return LinuxPlatform::readSettingsFile(path);
     }
 
     LinuxPlatform::SettingsOutcome change(const fs::path& folder,
                                           const LinuxPlatform::SettingsChanges& changes) {
         wait();
-        auto outcome = LinuxPlatform::changeSettings(folder, changes);
-        outcome.isLocal = false;
-        return outcome;
+        return LinuxPlatform::changeSettings(folder, changes);
     }
 };
+
+LinuxPlatform::LocalDrives drivesThatAreAll(bool areLocal) {
+    return LinuxPlatform::LocalDrives([areLocal](const fs::path&) { return areLocal; });
+}
 
 TEST_F(FileUserDefaultsTest, ADriveThatDoesNotAnswerIsNotWaitedForAgain) {
     const auto drive = std::make_shared<SlowDrive>();
     FileUserDefaults remote(
         folder, log,
         LinuxPlatform::BoundedReader([drive](const fs::path& path) { return drive->read(path); },
-                                     std::chrono::milliseconds(100)));
+                                     drivesThatAreAll(false), std::chrono::milliseconds(100)));
     put("key", "mine");
     ASSERT_TRUE(becomesTrue([&] { return remote.string("key") == "mine"; }));
     drive->setAnswers(false);
-    const auto asked = drive->asked;
+    const auto asked = drive->timesAsked();
     for (int count = 0; count < 50; ++count) {
         EXPECT_EQ(remote.string("key"), "mine");
         EXPECT_TRUE(remote.contains("key"));
     }
-    EXPECT_EQ(drive->asked, asked + 1);
+    EXPECT_TRUE(becomesTrue([&] { return drive->timesAsked() > asked; }));
+    EXPECT_EQ(drive->timesAsked(), asked + 1);
     EXPECT_THAT(log.lines, testing::Contains(HasSubstr("Connection timed out")));
     put("key", "edited");
     drive->setAnswers(true);
@@ -548,7 +554,7 @@ struct SlowWritesTest : FileUserDefaultsTest {
         folder, log, LinuxPlatform::BoundedReader(LinuxPlatform::readSettingsFile),
         LinuxPlatform::SettingsWriter(
             [drive = drive](const auto& where, const auto& changes) { return drive->change(where, changes); },
-            std::chrono::milliseconds(100))};
+            drivesThatAreAll(false), std::chrono::milliseconds(100))};
 
     ~SlowWritesTest() override { drive->setAnswers(true); }
     SlowWritesTest() = default;
@@ -563,7 +569,8 @@ TEST_F(SlowWritesTest, ADriveThatDoesNotAnswerIsNotWaitedForAgain) {
         remote.setString("key", std::to_string(count));
         remote.setBool("other", true);
     }
-    EXPECT_EQ(drive->asked, 1);
+    EXPECT_TRUE(becomesTrue([&] { return drive->timesAsked() > 0; }));
+    EXPECT_EQ(drive->timesAsked(), 1);
     EXPECT_EQ(remote.string("key"), "49");
     EXPECT_EQ(stored("key"), "old");
     EXPECT_THAT(log.lines, ElementsAre("Curtain: the settings cannot be saved in " + folder.string() +
@@ -596,6 +603,37 @@ TEST_F(SlowWritesTest, WhatIsToBeKeptIsKeptOnceBeforeItIsReplaced) {
     remote.setString("key", "newer");
     EXPECT_TRUE(becomesTrue([&] { return stored("key") == "newer"; }));
     EXPECT_THAT(copies("key"), ElementsAre("damaged"));
+}
+
+TEST_F(FileUserDefaultsTest, ADriveOfThisComputerIsWaitedFor) {
+    FileUserDefaults local(folder, log,
+                           LinuxPlatform::BoundedReader(LinuxPlatform::readSettingsFile,
+                                                        drivesThatAreAll(true), std::chrono::milliseconds(0)),
+                           LinuxPlatform::SettingsWriter(LinuxPlatform::changeSettings,
+                                                         drivesThatAreAll(true),
+                                                         std::chrono::milliseconds(0)));
+    local.setString("key", "value");
+    EXPECT_EQ(stored("key"), "value");
+    EXPECT_EQ(local.string("absent"), std::nullopt);
+    EXPECT_EQ(local.string("key"), "value");
+    EXPECT_THAT(log.lines, IsEmpty());
+}
+
+TEST_F(FileUserDefaultsTest, ADriveThatDoesNotSayWhereItIsIsAskedOnce) {
+    const auto drive = std::make_shared<SlowDrive>();
+    drive->setAnswers(false);
+    LinuxPlatform::LocalDrives drives(
+        [drive](const fs::path&) {
+            drive->wait();
+            return true;
+        },
+        std::chrono::milliseconds(100));
+    EXPECT_FALSE(drives.isLocal(folder));
+    EXPECT_FALSE(drives.isLocal(folder));
+    drive->setAnswers(true);
+    EXPECT_TRUE(becomesTrue([&] { return drives.isLocal(folder); }));
+    EXPECT_TRUE(drives.isLocal(folder));
+    EXPECT_EQ(drive->timesAsked(), 1);
 }
 
 TEST_F(FileUserDefaultsTest, AReaderNeverSeesPartOfAValue) {

@@ -1,7 +1,6 @@
 #include "platform/linux/system/BoundedReader.h"
 
 #include "platform/linux/system/Descriptor.h"
-#include "platform/linux/system/LocalDrive.h"
 
 #include <algorithm>
 #include <array>
@@ -22,7 +21,7 @@ namespace fs = std::filesystem;
 constexpr std::size_t largestValue = std::size_t{64} << 20U;
 
 FileReading failure(int error) {
-    return {FileReading::Outcome::failed, {}, {error, std::generic_category()}, false};
+    return {FileReading::Outcome::failed, {}, {error, std::generic_category()}};
 }
 
 FileReading whyItCannotBeOpened(const fs::path& path, int error) {
@@ -44,7 +43,7 @@ FileReading readSettingsFile(const fs::path& path) {
     if (::fstat(file.get(), &status) != 0) {
         return failure(errno);
     }
-    FileReading reading{FileReading::Outcome::notAFile, {}, {}, isOnLocalDrive(file.get())};
+    FileReading reading{FileReading::Outcome::notAFile, {}, {}};
     if (!S_ISREG(status.st_mode)) {
         return reading;
     }
@@ -64,18 +63,13 @@ FileReading readSettingsFile(const fs::path& path) {
     return reading;
 }
 
-BoundedReader::BoundedReader(Read read, std::chrono::milliseconds patience)
+BoundedReader::BoundedReader(Read read, LocalDrives drives, std::chrono::milliseconds patience)
     : read_(std::move(read)),
+      drives_(std::move(drives)),
       patience_(patience) {}
 
 FileReading BoundedReader::read(const fs::path& path) {
-    auto reading = local_.contains(path) ? read_(path) : readBeside(path);
-    if (reading.isLocal) {
-        local_.insert(path);
-    } else {
-        local_.erase(path);
-    }
-    return reading;
+    return drives_.isLocal(path) ? read_(path) : readBeside(path);
 }
 
 FileReading BoundedReader::readBeside(const fs::path& path) {

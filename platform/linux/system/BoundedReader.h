@@ -1,11 +1,12 @@
 #pragma once
 
+#include "platform/linux/system/LocalDrives.h"
+
 #include <chrono>
 #include <filesystem>
 #include <functional>
 #include <future>
 #include <map>
-#include <set>
 #include <string>
 #include <system_error>
 
@@ -28,21 +29,20 @@ struct FileReading {
     std::string bytes;
     /// Why it failed.
     std::error_code error;
-    /// Whether the file lies on a drive of this computer, which answers in any case.
-    bool isLocal = false;
 };
 
 /// Reads a file of settings on this thread.
 FileReading readSettingsFile(const std::filesystem::path& path);
 
 /// Reads files without waiting for a drive that does not answer: its reading goes on beside, and until it
-/// comes to an end nobody waits for that file again. Single thread.
+/// comes to an end nobody waits for that file again. Drives of this computer are waited for. Single thread.
 class BoundedReader {
 public:
     using Read = std::function<FileReading(const std::filesystem::path& path)>;
 
     /// `read` is called on threads of its own too, and may outlive this object.
-    explicit BoundedReader(Read read, std::chrono::milliseconds patience = std::chrono::seconds(1));
+    explicit BoundedReader(Read read, LocalDrives drives = LocalDrives(),
+                           std::chrono::milliseconds patience = std::chrono::seconds(1));
 
     /// Failed with `std::errc::timed_out` when there is no answer in time.
     FileReading read(const std::filesystem::path& path);
@@ -51,9 +51,8 @@ private:
     FileReading readBeside(const std::filesystem::path& path);
 
     Read read_;
+    LocalDrives drives_;
     std::chrono::milliseconds patience_;
-    /// Files that have been on a local drive the last time.
-    std::set<std::filesystem::path> local_;
     std::map<std::filesystem::path, std::future<FileReading>> late_;
 };
 

@@ -1,14 +1,11 @@
 #include "platform/linux/system/SettingsFolder.h"
 
 #include "platform/linux/system/BoundedReader.h"
-#include "platform/linux/system/Descriptor.h"
 #include "platform/linux/system/FileReplacement.h"
-#include "platform/linux/system/LocalDrive.h"
 
 #include <cerrno>
 #include <utility>
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -70,11 +67,6 @@ std::optional<fs::path> copyBeside(const fs::path& path, const std::string& byte
     return isThere(copy) || !replaceFile(copy, bytes) ? std::optional(std::move(copy)) : std::nullopt;
 }
 
-bool isLocalFolder(const fs::path& folder) {
-    const Descriptor descriptor(::open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-    return descriptor.isOpen() && isOnLocalDrive(descriptor.get());
-}
-
 /// Keeps what is at the path, if anything, under a new name beside it.
 std::error_code copyAside(const fs::path& path) {
     const auto reading = readSettingsFile(path);
@@ -94,7 +86,6 @@ std::error_code copyAside(const fs::path& path) {
 SettingsOutcome changeSettings(const fs::path& folder, const SettingsChanges& changes) {
     SettingsOutcome outcome;
     outcome.error = changes.values.empty() ? std::error_code{} : makeFolder(folder);
-    outcome.isLocal = isLocalFolder(folder);
     auto failed = changes.copiesDue;
     for (const auto& key : changes.copiesDue) {
         const auto failure = copyAside(folder / key);

@@ -29,8 +29,6 @@ struct SettingsOutcome {
     std::map<std::string, std::string> copyNames;
     /// The first failure; what is neither written nor copied is as it was.
     std::error_code error;
-    /// Whether the folder lies on a drive of this computer, which answers in any case.
-    bool isLocal = false;
 };
 
 /// Carries changes out on this thread. Each file is replaced atomically and durably; one whose copy fails

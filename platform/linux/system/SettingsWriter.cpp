@@ -51,19 +51,19 @@ void SettingsWriter::Beside::dropCopied() {
     }
 }
 
-SettingsWriter::SettingsWriter(Write write, std::chrono::milliseconds patience)
+SettingsWriter::SettingsWriter(Write write, LocalDrives drives, std::chrono::milliseconds patience)
     : write_(std::move(write)),
+      drives_(std::move(drives)),
       patience_(patience),
       beside_(std::make_shared<Beside>()) {}
 
 std::optional<SettingsOutcome> SettingsWriter::write(const std::filesystem::path& folder,
                                                      const SettingsChanges& changes) {
-    if (isLocal_) {
-        auto outcome = write_(folder, changes);
-        isLocal_ = outcome.isLocal;
-        return outcome;
-    }
+    const bool isLocal = drives_.isLocal(folder);
     std::unique_lock lock(beside_->mutex);
+    if (isLocal && !beside_->isBusy) {
+        return write_(folder, changes);
+    }
     beside_->next = changes;
     beside_->dropCopied();
     if (beside_->isBusy) {
@@ -81,9 +81,7 @@ std::optional<SettingsOutcome> SettingsWriter::lateOutcome() {
     if (beside_->isBusy) {
         return std::nullopt;
     }
-    auto outcome = std::exchange(beside_->outcome, std::nullopt);
-    isLocal_ = outcome ? outcome->isLocal : isLocal_;
-    return outcome;
+    return std::exchange(beside_->outcome, std::nullopt);
 }
 
 } // namespace LinuxPlatform
