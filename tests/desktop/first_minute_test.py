@@ -39,12 +39,14 @@ class FirstMinuteTest(AccessibilityCase):
         self.start_curtain(HOME=str(home))
 
     def assert_takes_a_minute_at_most(self):
-        seconds = time.monotonic() - self.began - self.seconds_kept_waiting() + SECONDS_OF_AN_ACTION * (self.clicks + self.keys)
-        effort = f"{self.clicks} clicks, {self.keys} keys and {seconds:.1f} seconds"
+        passed, waited = time.monotonic() - self.began, self.seconds_kept_waiting()
+        seconds = passed - waited + SECONDS_OF_AN_ACTION * (self.clicks + self.keys)
+        effort = f"{self.clicks} clicks, {self.keys} keys and {seconds:.1f} seconds; {passed:.1f} passed, {waited:.1f} of them waiting"
         self.assertTrue(self.clicks <= MOST_CLICKS and seconds <= MOST_SECONDS, effort)
 
     def seconds_kept_waiting(self):
-        return kept_waiting("self") - self.kept_waiting_before + kept_waiting(self.curtain.pid)
+        """Both may have waited at the same time."""
+        return max(kept_waiting("self") - self.kept_waiting_before, kept_waiting(self.curtain.pid))
 
     # What is done
 
@@ -57,13 +59,16 @@ class FirstMinuteTest(AccessibilityCase):
         self.click_at(icon.x + icon.width // 2, icon.y + icon.height // 2)
 
     def click(self, line):
+        before = None
+
         def place_at_rest():
+            nonlocal before
             # What is said may not be on the screen yet.
             if not self.is_in_front():
                 return None
-            place = self.find(line).place()
-            return place if place and place == self.find(line).place() else None
-        place = wait_until(place_at_rest, f"{line} is at rest")
+            earlier, before = before, self.find(line).place()
+            return before if before == earlier else None
+        place = wait_until(place_at_rest, f"{line} is at rest", seen=lambda: before)
         self.click_at(place.x + place.width // 2, place.y + place.height // 2)
 
     def is_in_front(self):
@@ -124,7 +129,7 @@ class FirstMinuteTest(AccessibilityCase):
 
     # Its roads
 
-    def test_with_the_mouse(self):
+    def test_with_the_mouse_and_the_wizards_one_button(self):
         self.click_icon()
         self.go_through_wizard()
         self.click_icon()
