@@ -21,9 +21,9 @@ bool HidingWatch::isHidingImpossible() const {
 }
 
 void HidingWatch::begin() {
-    // A change that has not been told yet is still to be told.
-    if (!isWatching_) {
-        seen_ = obstacle();
+    // A change that has not been told yet is still to be told, and so is an answer that is still due.
+    if (const auto now = obstacle(); !isWatching_ || now == Platform::HidingObstacle::notKnownYet) {
+        seen_ = now;
     }
     isWatching_ = isToBeWatched();
     pause_ = firstPause;

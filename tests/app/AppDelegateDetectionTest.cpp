@@ -652,6 +652,23 @@ TEST_F(LateWindowsTest, NothingIsHiddenAfterTheSwitchOff) {
     EXPECT_THAT(takeCalls(), IsEmpty());
 }
 
+TEST_F(InVainTest, WindowsAreNotAwaitedAnyMoreOnceTheSessionHasAnswered) {
+    makePrivate({"notes"});
+    fakes.systemVersion.obstacle.reset();
+    fakes.statusBar.click(TestSupport::leftClick);
+    fakes.systemVersion.obstacle = Platform::HidingObstacle::notKnownYet;
+    fakes.workspace.everyWindowIsKnown = false;
+    pressShortcut();
+    fakes.systemVersion.obstacle.reset();
+    fakes.workspace.everyWindowIsKnown = true;
+    fakes.mainQueue.advance(60.0);
+    fakes.workspace.run("notes");
+    fakes.workspace.bringToFront("notes");
+    EXPECT_THAT(takeCalls(), IsEmpty());
+    fakes.mainQueue.advance(0.25);
+    EXPECT_THAT(takeCalls(), ElementsAre("hide notes"));
+}
+
 TEST_F(InVainTest, AnObstacleThatComesWhilePrivacyModeIsOnIsSaidOnce) {
     fakes.systemVersion.obstacle.reset();
     fakes.statusBar.click(TestSupport::leftClick);
