@@ -97,7 +97,9 @@ std::string windowsOf(const SessionEnvironment& environment, X11Connection* x11,
     const auto obstacle = system->hidingObstacle();
     return std::to_string(count) + " listed, " +
            (system->knowsEveryWindow() ? "which are all; " : "and there may be others; ") +
-           (obstacle || environment.i3Socket.empty()
+           (obstacle == Platform::HidingObstacle::waylandSession && system->knowsEveryWindow()
+                ? "whether this compositor hides them shows when it is asked to"
+            : obstacle || environment.i3Socket.empty()
                 ? hidingOf(obstacle)
                 : "they are hidden in the scratchpad of " + environment.windowManager.value_or("i3"));
 }

@@ -38,6 +38,12 @@ bool isGnomeExtensionInstalled() {
     return isInFolder(g_get_user_data_dir());
 }
 
+/// Of others that speak the protocol it is not known before they have done it.
+ToplevelWindowSystem::Minimising minimisingOf(const SessionEnvironment& environment) {
+    return environment.windowManager == "labwc" ? ToplevelWindowSystem::Minimising::known
+                                                : ToplevelWindowSystem::Minimising::untried;
+}
+
 } // namespace
 
 bool isScriptedKWin(const SessionEnvironment& environment) {
@@ -79,7 +85,8 @@ std::unique_ptr<WindowSystem> windowsOfSession(const SessionEnvironment& environ
         auto others = environment;
         others.waylandSocket.clear();
         return std::make_unique<StandInWindowSystem>(
-            std::make_unique<ToplevelWindowSystem>(environment.waylandSocket, queue),
+            std::make_unique<ToplevelWindowSystem>(environment.waylandSocket, queue,
+                                                   minimisingOf(environment)),
             windowsOfSession(others, x11, queue, std::move(takenWindows), log));
     }
     if (x11 == nullptr) {

@@ -39,7 +39,7 @@ struct ScriptedCompositor::Requests {
         note<&ScriptedCompositor::restore>("restore ", handle);
     }
     static void activate(wl_client* /*client*/, wl_resource* handle, wl_resource* /*seat*/) {
-        note<&ScriptedCompositor::activate>("activate ", handle);
+        note<&ScriptedCompositor::activateAsAsked>("activate ", handle);
     }
     static void setRectangle(wl_client* /*client*/, wl_resource* /*handle*/, wl_resource* /*surface*/,
                              std::int32_t /*x*/, std::int32_t /*y*/, std::int32_t /*width*/,
@@ -206,6 +206,12 @@ void ScriptedCompositor::restore(Toplevel& window) {
     }
 }
 
+void ScriptedCompositor::activateAsAsked(Toplevel& window) {
+    if (!window.isMinimised || activatingRestores_) {
+        activate(window);
+    }
+}
+
 void ScriptedCompositor::activate(Toplevel& window) {
     for (const auto& [number, other] : windows_) {
         if (other.get() != &window && std::exchange(other->isActivated, false)) {
@@ -291,6 +297,10 @@ int ScriptedCompositor::connections() {
 
 void ScriptedCompositor::setHeedsHiding(bool heedsHiding) {
     perform([&] { heedsHiding_ = heedsHiding; });
+}
+
+void ScriptedCompositor::setActivatingRestores(bool activatingRestores) {
+    perform([&] { activatingRestores_ = activatingRestores; });
 }
 
 void ScriptedCompositor::setRefuses(bool refuses) {

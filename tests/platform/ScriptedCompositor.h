@@ -46,6 +46,8 @@ public:
     std::vector<std::string> asked();
     int connections();
     void setHeedsHiding(bool heedsHiding);
+    /// Whether activating brings a minimised window back, as at first, or is not heeded.
+    void setActivatingRestores(bool activatingRestores);
     /// A protocol error for whoever is connected, and for whoever comes.
     void setRefuses(bool refuses);
     /// Has nothing more to say of windows, for good.
@@ -77,6 +79,7 @@ private:
     void tellName(const Toplevel& window);
     void tellState(const Toplevel& window);
     void activate(Toplevel& window);
+    void activateAsAsked(Toplevel& window);
     void minimise(Toplevel& window);
     void restore(Toplevel& window);
 
@@ -93,6 +96,7 @@ private:
     std::vector<std::string> asked_;
     int connections_ = 0;
     bool heedsHiding_ = true;
+    bool activatingRestores_ = true;
     bool refuses_ = false;
     std::thread thread_;
 };

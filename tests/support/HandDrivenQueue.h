@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstddef>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -43,6 +44,12 @@ public:
         now_ = end;
     }
     void advance(double seconds) { advance(Seconds(seconds)); }
+
+    /// How many tasks wait for their time.
+    std::size_t waiting() const {
+        const std::scoped_lock lock(mutex_);
+        return waiting_.size();
+    }
 
     /// Runs what is due now.
     void runReady() { advance(Seconds(0)); }

@@ -12,8 +12,11 @@ namespace {
 constexpr std::uint32_t version = 1;
 /// A request has 8 bytes, or 12.
 constexpr std::size_t mostAtOnce = 50;
-constexpr std::chrono::milliseconds startPatience{500};
-constexpr std::chrono::milliseconds endPatience{500};
+
+bool isReplaced(ForeignToplevels::Act earlier, ForeignToplevels::Act later) {
+    const auto isActivation = [](auto act) { return act == ForeignToplevels::Act::activate; };
+    return later == ForeignToplevels::Act::minimise || isActivation(earlier) == isActivation(later);
+}
 
 } // namespace
 
@@ -66,9 +69,10 @@ struct ForeignToplevels::HandleEvents {
 };
 
 ForeignToplevels::ForeignToplevels(const std::filesystem::path& socket, Platform::MainQueue& queue,
-                                   Handlers handlers)
+                                   Handlers handlers, Patience patience)
     : queue_(queue),
       handlers_(std::move(handlers)),
+      patience_(patience),
       connection_(socket, queue,
                   {[this](wl_display& display) { greet(display); },
                    [this] {
@@ -79,12 +83,12 @@ ForeignToplevels::ForeignToplevels(const std::filesystem::path& socket, Platform
 
 ForeignToplevels::~ForeignToplevels() {
     // What was asked for at the very end is to happen all the same.
-    connection_.finish(endPatience);
+    connection_.finish(patience_.atEnd);
 }
 
 void ForeignToplevels::open() {
     connection_.open();
-    connection_.finish(startPatience);
+    connection_.finish(patience_.atStart);
 }
 
 void ForeignToplevels::greet(wl_display& display) {
@@ -144,6 +148,7 @@ void ForeignToplevels::remove(const Handle& handle) {
 
 void ForeignToplevels::forget() {
     waiting_.clear();
+    minimising_.clear();
     askedAt_.reset();
     isListed_ = false;
     handles_.clear();
@@ -154,11 +159,20 @@ void ForeignToplevels::forget() {
 
 void ForeignToplevels::ask(Act act, std::span<const WindowId> windows) {
     const std::set<WindowId> named(windows.begin(), windows.end());
-    std::erase_if(waiting_, [&](const auto& request) { return named.contains(request.second); });
+    std::erase_if(waiting_, [&](const auto& request) {
+        return named.contains(request.second) && isReplaced(request.first, act);
+    });
     for (const auto window : windows) {
         waiting_.emplace_back(act, window);
     }
     send();
+}
+
+bool ForeignToplevels::isToBeMinimised(WindowId window) const {
+    const auto last = std::find_if(waiting_.rbegin(), waiting_.rend(), [&](const auto& request) {
+        return request.second == window && request.first != Act::activate;
+    });
+    return last != waiting_.rend() ? last->first == Act::minimise : minimising_.contains(window);
 }
 
 void ForeignToplevels::send() {
@@ -170,16 +184,26 @@ void ForeignToplevels::send() {
         waiting_.pop_front();
         if (const auto handle = handles_.find(window); handle != handles_.end()) {
             carryOut(act, *handle->second);
+            note(act, window);
         }
     }
     askedAt_ = queue_.now();
     connection_.sync([this] {
         askedAt_.reset();
+        minimising_.clear();
         send();
         if (!askedAt_) {
             handlers_.onTaken();
         }
     });
+}
+
+void ForeignToplevels::note(Act act, WindowId window) {
+    if (act == Act::minimise) {
+        minimising_.insert(window);
+    } else if (act == Act::restore) {
+        minimising_.erase(window);
+    }
 }
 
 void ForeignToplevels::carryOut(Act act, const Handle& handle) {

@@ -49,8 +49,15 @@ public:
 
     enum class Offer { notKnown, made, notMade };
 
+    /// How long the only waits last.
+    struct Patience {
+        std::chrono::milliseconds atStart{500};
+        std::chrono::milliseconds atEnd{500};
+    };
+
     /// `queue` outlives this object. The handlers do not end it.
-    ForeignToplevels(const std::filesystem::path& socket, Platform::MainQueue& queue, Handlers handlers);
+    ForeignToplevels(const std::filesystem::path& socket, Platform::MainQueue& queue, Handlers handlers,
+                     Patience patience);
     ~ForeignToplevels();
     ForeignToplevels(const ForeignToplevels&) = delete;
     ForeignToplevels& operator=(const ForeignToplevels&) = delete;
@@ -60,8 +67,11 @@ public:
     /// Whether the compositor that is there speaks the protocol.
     Offer offer() const { return offer_; }
     bool isListed() const { return isListed_; }
-    /// In the order in which it is asked; of what is still to be asked of a window, only the last counts.
+    /// In the order in which it is asked. Of what is still to be asked of a window, minimising and restoring
+    /// replace each other, and who is to be minimised is not activated before.
     void ask(Act act, std::span<const WindowId> windows);
+    /// Whether that is the last that the compositor was asked of the window, and it has not taken it yet.
+    bool isToBeMinimised(WindowId window) const;
     /// Since when the compositor owes an answer.
     std::optional<Platform::MainQueue::Seconds> askedAt() const { return askedAt_; }
 
@@ -83,10 +93,12 @@ private:
     void remove(const Handle& handle);
     void forget();
     void send();
+    void note(Act act, WindowId window);
     void carryOut(Act act, const Handle& handle);
 
     Platform::MainQueue& queue_;
     Handlers handlers_;
+    Patience patience_;
     WaylandConnection connection_;
     WaylandObject<wl_registry> registry_;
     WaylandObject<wl_seat> seat_;
@@ -96,6 +108,8 @@ private:
     Offer offer_ = Offer::notKnown;
     bool isListed_ = false;
     std::deque<std::pair<Act, WindowId>> waiting_;
+    /// Asked for and not taken yet.
+    std::set<WindowId> minimising_;
     std::optional<Platform::MainQueue::Seconds> askedAt_;
 };
 

@@ -24,6 +24,8 @@ public:
     Change update(WindowId window, const ForeignToplevels::State& state);
     void close(WindowId window);
     void clear();
+    /// What the windows are is the same, and what that says is not.
+    void touch() { ++generation_; }
 
     /// Changes whenever `windows` does.
     std::uint64_t generation() const { return generation_; }

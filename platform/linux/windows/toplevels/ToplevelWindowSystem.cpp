@@ -19,9 +19,11 @@ constexpr Seconds hideDeadline{1};
 
 } // namespace
 
-ToplevelWindowSystem::ToplevelWindowSystem(const std::filesystem::path& socket, Platform::MainQueue& queue)
+ToplevelWindowSystem::ToplevelWindowSystem(const std::filesystem::path& socket, Platform::MainQueue& queue,
+                                           Minimising minimising, ForeignToplevels::Patience patience)
     : queue_(queue),
-      lostAt_(queue.now()),
+      minimising_(minimising),
+      silentSince_(queue.now()),
       leaving_(queue),
       returning_(queue),
       // Nothing tells on which workspace a window is.
@@ -46,24 +48,36 @@ ToplevelWindowSystem::ToplevelWindowSystem(const std::filesystem::path& socket, 
                       },
                   .onListed = [this] { takeList(); },
                   .onTaken = [this] { waitForHiding(); },
-                  .onLost = [this] { takeLoss(); }}) {
+                  .onLost = [this] { takeLoss(); }},
+                 patience) {
     toplevels_.open();
+}
+
+ToplevelWindowSystem::~ToplevelWindowSystem() {
+    keepFront();
 }
 
 std::optional<HidingObstacle> ToplevelWindowSystem::hidingObstacle() {
     if (!toplevels_.isListed()) {
-        const bool mayStillCome =
-            toplevels_.offer() != ForeignToplevels::Offer::notMade && queue_.now() - lostAt_ < answerDeadline;
+        const bool mayStillCome = toplevels_.offer() != ForeignToplevels::Offer::notMade && silentSince_ &&
+                                  queue_.now() - *silentSince_ < answerDeadline;
         return mayStillCome ? HidingObstacle::notKnownYet : HidingObstacle::waylandSession;
     }
     if (trial_.isLost()) {
         return HidingObstacle::windowManagerIgnoresHiding;
+    }
+    if (minimising_ == Minimising::untried && trial_.hidden() == 0) {
+        return HidingObstacle::waylandSession;
     }
     return trial_.isInDoubt() || isBusy() ? std::optional(HidingObstacle::notKnownYet) : std::nullopt;
 }
 
 bool ToplevelWindowSystem::isBusy() const {
     return toplevels_.askedAt() && queue_.now() - *toplevels_.askedAt() > patience;
+}
+
+bool ToplevelWindowSystem::isLeaving(WindowId window) const {
+    return leaving_.contains(window) || toplevels_.isToBeMinimised(window);
 }
 
 bool ToplevelWindowSystem::isHidden(WindowId window) const {
@@ -74,7 +88,7 @@ bool ToplevelWindowSystem::isHidden(WindowId window) const {
 void ToplevelWindowSystem::takeChange(WindowId window, const ForeignToplevels::State& state) {
     const auto change = model_.update(window, state);
     noteWhatIsHidden();
-    if (change.isActivated && !returning_.contains(window)) {
+    if (change.isActivated && !returning_.contains(window) && !isLeaving(window)) {
         front_ = window;
     }
     if (!toplevels_.isListed()) {
@@ -83,12 +97,15 @@ void ToplevelWindowSystem::takeChange(WindowId window, const ForeignToplevels::S
     if (change.isOpened) {
         events_.announce(WindowEvent::opened, window);
     }
-    if (change.isReturned || (change.isActivated && !leaving_.contains(window))) {
+    if (change.isReturned || (change.isActivated && !isLeaving(window))) {
         events_.announce(WindowEvent::activated, window);
     }
 }
 
 void ToplevelWindowSystem::takeList() {
+    silentSince_.reset();
+    // That they are all of them is new.
+    model_.touch();
     // They are not new, but they may have been looked for before.
     for (const auto& window : model_.windows()) {
         if (!window.isHidden) {
@@ -98,7 +115,7 @@ void ToplevelWindowSystem::takeList() {
 }
 
 void ToplevelWindowSystem::takeLoss() {
-    lostAt_ = queue_.now();
+    silentSince_ = silentSince_.value_or(queue_.now());
     model_.clear();
     trial_.startAnew();
     leaving_.remove([](WindowId) { return true; });
@@ -132,8 +149,38 @@ void ToplevelWindowSystem::show(std::span<const WindowId> windows) {
     }
     returning_.add(windows);
     toplevels_.ask(ForeignToplevels::Act::restore, windows);
+    shown_.insert(windows.begin(), windows.end());
+    keepFrontLater();
+}
+
+void ToplevelWindowSystem::activate(std::span<const WindowId> windows) {
+    for (const auto window : windows) {
+        if (const auto* const found = model_.find(window)) {
+            requestedApps_.insert(found->hints.applicationId);
+        }
+    }
+    keepFrontLater();
+    activation_.request(windows);
+}
+
+void ToplevelWindowSystem::keepFrontLater() {
+    if (!std::exchange(isFrontKeptLater_, true)) {
+        queue_.async(lifetime_.weak([this] {
+            isFrontKeptLater_ = false;
+            keepFront();
+        }));
+    }
+}
+
+void ToplevelWindowSystem::keepFront() {
+    const auto shown = std::exchange(shown_, {});
+    // One app that is asked for is to be seen. Of several, nobody has asked for one of them.
+    const bool isOneAppAskedFor = std::exchange(requestedApps_, {}).size() == 1;
+    if (shown.empty() || isOneAppAskedFor || !front_) {
+        return;
+    }
     // Compositors may give what comes back the focus.
-    if (front_ && !isHidden(*front_) && std::ranges::find(windows, *front_) == windows.end()) {
+    if (!isHidden(*front_) && !isLeaving(*front_) && !shown.contains(*front_)) {
         toplevels_.ask(ForeignToplevels::Act::activate, std::array{*front_});
     }
 }
@@ -141,18 +188,20 @@ void ToplevelWindowSystem::show(std::span<const WindowId> windows) {
 void ToplevelWindowSystem::waitForHiding() {
     const auto request = trial_.lastRequest();
     if (trial_.hidden() == 0 && !trial_.awaited(request).empty()) {
-        queue_.asyncAfter(hideDeadline, lifetime_.weak([this, request] { hidingIsLate(request); }));
+        queue_.asyncAfter(hideDeadline, lifetime_.weak([this, request, isRepeated = trial_.isLate(request)] {
+            hidingIsLate(request, isRepeated);
+        }));
     }
 }
 
-void ToplevelWindowSystem::hidingIsLate(std::uint64_t request) {
+void ToplevelWindowSystem::hidingIsLate(std::uint64_t request, bool isRepeated) {
     const auto late = trial_.awaited(request);
     if (trial_.hidden() > 0 || late.empty()) {
         return;
     }
-    if (trial_.isLate(request)) {
+    if (isRepeated) {
         trial_.judge(request);
-    } else {
+    } else if (!trial_.isLate(request)) {
         // One may have been missed. It is asked once more, and then judged.
         trial_.becomeLate(request);
         toplevels_.ask(ForeignToplevels::Act::minimise, late);

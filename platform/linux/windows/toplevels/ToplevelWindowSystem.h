@@ -13,18 +13,28 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <set>
 #include <span>
+#include <string>
 #include <vector>
 
 namespace LinuxPlatform {
 
 /// The windows of a Wayland session, those of X11 programs too, whose compositor lets other programs minimise
 /// them. It tells neither of processes nor of workspaces: an app is one process, and only a window that had
-/// the focus is brought to the front.
+/// the focus is activated. An app that comes back by itself stays where the compositor puts it, which is
+/// usually the front.
 class ToplevelWindowSystem : public WindowSystem {
 public:
+    /// Whether the compositor minimises what it is asked to: some speak the protocol and ignore that.
+    enum class Minimising { known, untried };
+
     /// `queue` outlives this object.
-    ToplevelWindowSystem(const std::filesystem::path& socket, Platform::MainQueue& queue);
+    ToplevelWindowSystem(const std::filesystem::path& socket, Platform::MainQueue& queue,
+                         Minimising minimising, ForeignToplevels::Patience patience = {});
+    ~ToplevelWindowSystem() override;
+    ToplevelWindowSystem(const ToplevelWindowSystem&) = delete;
+    ToplevelWindowSystem& operator=(const ToplevelWindowSystem&) = delete;
 
     std::optional<Platform::HidingObstacle> hidingObstacle() override;
     bool knowsEveryWindow() override { return toplevels_.isListed(); }
@@ -33,7 +43,7 @@ public:
     bool exists(WindowId window) const override { return model_.find(window) != nullptr; }
     void hide(std::span<const WindowId> windows) override;
     void show(std::span<const WindowId> windows) override;
-    void activate(std::span<const WindowId> windows) override { activation_.request(windows); }
+    void activate(std::span<const WindowId> windows) override;
     Platform::Subscription addEventHandler(EventHandler handler) override {
         return events_.addHandler(std::move(handler));
     }
@@ -41,16 +51,22 @@ public:
 private:
     bool isHidden(WindowId window) const;
     bool isBusy() const;
+    /// Was asked to hide, and may be in view still.
+    bool isLeaving(WindowId window) const;
     void takeChange(WindowId window, const ForeignToplevels::State& state);
     void takeList();
     void takeLoss();
     void noteWhatIsHidden();
     /// All that was asked has been taken, so it is to be seen soon.
     void waitForHiding();
-    void hidingIsLate(std::uint64_t request);
+    void hidingIsLate(std::uint64_t request, bool isRepeated);
+    void keepFrontLater();
+    void keepFront();
 
     Platform::MainQueue& queue_;
-    Platform::MainQueue::Seconds lostAt_;
+    Minimising minimising_;
+    /// Absent while the windows are listed.
+    std::optional<Platform::MainQueue::Seconds> silentSince_;
     ToplevelModel model_;
     HidingTrial trial_;
     LeavingWindows leaving_;
@@ -58,6 +74,10 @@ private:
     LeavingWindows returning_;
     /// Had the focus before they came back.
     std::optional<WindowId> front_;
+    /// What happens in this turn of the queue: what comes back, and the apps that are to come to the front.
+    std::set<WindowId> shown_;
+    std::set<std::string> requestedApps_;
+    bool isFrontKeptLater_ = false;
     WindowActivation activation_;
     WindowEvents events_;
     Platform::Lifetime lifetime_;
