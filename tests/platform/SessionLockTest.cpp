@@ -19,7 +19,7 @@ using TestSupport::spinUntil;
 const QString ownSession = QStringLiteral("/org/freedesktop/login1/session/_32");
 const QString loginSession = QStringLiteral("org.freedesktop.login1.Session");
 
-/// A login manager that says which session this is.
+/// A login manager that says which session this is, unless it knows none.
 class Sessions : public TestSupport::BusObject {
 public:
     explicit Sessions(const QDBusConnection& bus)
@@ -27,11 +27,16 @@ public:
                     QStringLiteral("/org/freedesktop/login1")) {}
 
     bool wasAsked = false;
+    bool knowsSession = true;
 
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& bus) override {
         EXPECT_EQ(message.member(), QStringLiteral("GetSession"));
         EXPECT_EQ(message.arguments(), QVariantList{QStringLiteral("auto")});
         wasAsked = true;
+        if (!knowsSession) {
+            return bus.send(message.createErrorReply(QStringLiteral("org.freedesktop.login1.NoSessionForPID"),
+                                                     QStringLiteral("None")));
+        }
         return bus.send(message.createReply(QVariant::fromValue(QDBusObjectPath(ownSession))));
     }
 
@@ -118,10 +123,23 @@ TEST_F(SessionLockTest, HearsTheLoginManagerOfItsOwnSession) {
 }
 
 TEST_F(SessionLockTest, ALoginManagerThatKnowsNoSessionIsNotHeard) {
+    Sessions sessions(desktop);
+    sessions.knowsSession = false;
     lock.hearLoginManager(client);
-    lock.hearLoginManager(QDBusConnection(QStringLiteral("none")));
+    ASSERT_TRUE(spinUntil([&] { return sessions.wasAsked; }));
+    deliver();
+    sessions.sendLock(ownSession);
+    sessions.change("LockedHint", true);
     deliver();
     EXPECT_EQ(locks, 0);
+}
+
+TEST_F(SessionLockTest, WithoutASystemBusTheDesktopIsHeard) {
+    lock.hearLoginManager(QDBusConnection(QStringLiteral("none")));
+    const auto saver = QStringLiteral("org.mate.ScreenSaver");
+    desktop.registerService(saver);
+    tell(saver, QStringLiteral("/"), true);
+    EXPECT_EQ(locks, 1);
 }
 
 } // namespace
