@@ -9,6 +9,7 @@
 #include <QQuickWindow>
 
 namespace QtPlatform {
+
 ViewEngine::ViewEngine() {
     const auto software = QStringLiteral("software");
     // It takes a third of the memory that a graphics driver does.

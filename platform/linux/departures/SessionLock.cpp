@@ -1,5 +1,7 @@
 #include "platform/linux/departures/SessionLock.h"
 
+#include "platform/linux/dbus/LoginManagerNames.h"
+
 #include <QDBusArgument>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
@@ -12,11 +14,8 @@
 namespace LinuxPlatform {
 namespace {
 
-const QString loginService = QStringLiteral("org.freedesktop.login1");
-const QString loginSession = QStringLiteral("org.freedesktop.login1.Session");
-
 bool saysLocked(const QDBusMessage& change) {
-    return change.arguments().value(0).toString() == loginSession &&
+    return change.arguments().value(0).toString() == loginSessionInterface &&
            qdbus_cast<QVariantMap>(change.arguments().value(1)).value(QStringLiteral("LockedHint")).toBool();
 }
 
@@ -37,8 +36,7 @@ SessionLock::SessionLock(const QDBusConnection& sessionBus, std::function<void()
 }
 
 void SessionLock::hearLoginManager(const QDBusConnection& systemBus) {
-    auto question = QDBusMessage::createMethodCall(loginService, QStringLiteral("/org/freedesktop/login1"),
-                                                   QStringLiteral("org.freedesktop.login1.Manager"),
+    auto question = QDBusMessage::createMethodCall(loginService, loginManagerPath, loginManagerInterface,
                                                    QStringLiteral("GetSession"));
     // The caller's own, or where it belongs to none, as what the user's service manager starts does, the one
     // on the user's screen.
@@ -55,7 +53,7 @@ void SessionLock::hearLoginManager(const QDBusConnection& systemBus) {
 }
 
 void SessionLock::hearLoginSession(const QDBusConnection& systemBus, const QString& session) {
-    signals_.emplace_back(systemBus, loginService, session, loginSession, QStringLiteral("Lock"),
+    signals_.emplace_back(systemBus, loginService, session, loginSessionInterface, QStringLiteral("Lock"),
                           [this](const QDBusMessage& /*signal*/) { didLock_(); });
     signals_.emplace_back(systemBus, loginService, session, QStringLiteral("org.freedesktop.DBus.Properties"),
                           QStringLiteral("PropertiesChanged"), [this](const QDBusMessage& change) {

@@ -1,5 +1,6 @@
 #include "platform/linux/session/LoginManager.h"
 
+#include "platform/linux/dbus/LoginManagerNames.h"
 #include "platform/linux/session/SessionBusCheck.h"
 
 #include <QDBusMessage>
@@ -13,10 +14,6 @@
 namespace LinuxPlatform {
 namespace {
 
-const QString service = QStringLiteral("org.freedesktop.login1");
-const QString path = QStringLiteral("/org/freedesktop/login1");
-const QString manager = QStringLiteral("org.freedesktop.login1.Manager");
-
 constexpr std::chrono::seconds systemBusPatience{1};
 
 bool firstArgument(const QDBusMessage& message) {
@@ -28,9 +25,10 @@ bool firstArgument(const QDBusMessage& message) {
 LoginManager::LoginManager(QDBusConnection systemBus, Handlers handlers)
     : bus_(std::move(systemBus)),
       handlers_(std::move(handlers)),
-      sleep_(bus_, service, path, manager, QStringLiteral("PrepareForSleep"),
+      sleep_(bus_, loginService, loginManagerPath, loginManagerInterface, QStringLiteral("PrepareForSleep"),
              [this](const QDBusMessage& message) { prepareForSleep(firstArgument(message)); }),
-      shutdown_(bus_, service, path, manager, QStringLiteral("PrepareForShutdown"),
+      shutdown_(bus_, loginService, loginManagerPath, loginManagerInterface,
+                QStringLiteral("PrepareForShutdown"),
                 [this](const QDBusMessage& message) { prepareForShutdown(firstArgument(message)); }) {
     holdOff();
 }
@@ -43,7 +41,8 @@ QDBusConnection LoginManager::systemBus() {
 }
 
 void LoginManager::holdOff() {
-    auto call = QDBusMessage::createMethodCall(service, path, manager, QStringLiteral("Inhibit"));
+    auto call = QDBusMessage::createMethodCall(loginService, loginManagerPath, loginManagerInterface,
+                                               QStringLiteral("Inhibit"));
     call << QStringLiteral("sleep:shutdown") << QStringLiteral("Curtain")
          << QStringLiteral("Lets go of the camera and the microphone") << QStringLiteral("delay");
     // A manager that does not run need not be started for this.
