@@ -330,7 +330,7 @@ void AppDelegate::setupPopoverAutoClose() {
         return isForPopover;
     });
     // Nobody is there to be seen and heard.
-    departureObserver_ = platform_.departures->addObserver([this] { platform_.popover->close(); });
+    departureObserver_ = platform_.departures->addObserver([this] { userDeparted(); });
 }
 
 void AppDelegate::setupAutoDetection() {
@@ -389,16 +389,7 @@ void AppDelegate::togglePopover() {
         showOnboardingWizard(CurtainCore::OnboardingStep::welcome());
         return;
     }
-    if (preferences.showCameraPreview) {
-        cameraManager_.start(preferences.selectedCameraID);
-    } else {
-        cameraManager_.stop();
-    }
-    if (preferences.showMicrophoneCheck) {
-        micMonitor_.start();
-    } else {
-        micMonitor_.stop();
-    }
+    startChecks();
     followObstacle();
     // Who opens the popover has found it, and the notice may stand over it.
     notifier_.withdrawHome();
@@ -417,6 +408,39 @@ void AppDelegate::togglePopover() {
         liveRefresh_ = platform_.mainQueue->repeating(liveInterval, [this] { coordinator().refresh(); });
     }
     hidingWatch_.begin();
+}
+
+void AppDelegate::startChecks() {
+    const auto preferences = store_.load();
+    if (preferences.showCameraPreview) {
+        cameraManager_.start(preferences.selectedCameraID);
+    } else {
+        cameraManager_.stop();
+    }
+    if (preferences.showMicrophoneCheck) {
+        micMonitor_.start();
+    } else {
+        micMonitor_.stop();
+    }
+}
+
+void AppDelegate::userDeparted() {
+    if (openSavePanels_ == 0 || !platform_.popover->isShown()) {
+        platform_.popover->close();
+        return;
+    }
+    // The photo is still needed where the dialog is cancelled.
+    checksRest_ = true;
+    cameraManager_.stop();
+    micMonitor_.stop();
+}
+
+void AppDelegate::savePanelDidClose() {
+    --openSavePanels_;
+    if (openSavePanels_ == 0 && std::exchange(checksRest_, false)) {
+        // Whoever answers it is there again.
+        startChecks();
+    }
 }
 
 /// The one that holds the status item, where its place is known.
@@ -453,6 +477,7 @@ Platform::Menu AppDelegate::statusMenu() {
 
 void AppDelegate::popoverDidClose() {
     liveRefresh_ = {};
+    checksRest_ = false;
     cameraManager_.stop();
     micMonitor_.stop();
     cameraManager_.clearCapturedPhoto();
@@ -810,7 +835,7 @@ void AppDelegate::savePhoto() {
     platform_.savePanel->open(
         {name, platform_.userFolders->pictures(), "image/jpeg"},
         lifetime_.weak([this, data = *data, tell = std::move(tell)](const std::optional<std::string>& path) {
-            --openSavePanels_;
+            savePanelDidClose();
             if (path) {
                 photoWriter_.write(data, *path, tell);
             }

@@ -83,6 +83,9 @@ private:
     std::optional<Platform::Screen> popoverScreen();
     void showStatusMenu();
     Platform::Menu statusMenu();
+    void startChecks();
+    void userDeparted();
+    void savePanelDidClose();
     void popoverDidClose();
     bool isInMenuBar(const Platform::Point& location) const;
     void handleOutsideClick();
@@ -184,6 +187,8 @@ private:
     Platform::Subscription clickMonitor_;
     Platform::Subscription departureObserver_;
     int openSavePanels_ = 0;
+    /// Whether camera and microphone are off until the dialog for saving has been answered.
+    bool checksRest_ = false;
     /// While the popover is open.
     Platform::Subscription liveRefresh_;
     /// While it waits for a panel.

@@ -390,6 +390,34 @@ TEST_F(PopoverTest, ClosesWhenTheUserTurnsAwayAndCameraAndMicrophoneGoOff) {
     EXPECT_THAT(takeEvents(), IsEmpty()) << "nothing is open";
 }
 
+TEST_F(PopoverTest, TheChecksRestWhileTheUserIsAwayFromAnOpenSavePanelAndThePhotoStays) {
+    open();
+    takePhoto();
+    view().savePhoto();
+    fakes.departures.depart();
+    fakes.workQueues.runAll();
+    EXPECT_FALSE(isCameraOn());
+    EXPECT_FALSE(isMicrophoneOn());
+    fakes.savePanel.choose(std::nullopt);
+    fakes.workQueues.runAll();
+    EXPECT_TRUE(fakes.popover.isShown());
+    EXPECT_TRUE(view().hasPhoto());
+    EXPECT_TRUE(isCameraOn());
+    EXPECT_TRUE(isMicrophoneOn());
+}
+
+TEST_F(PopoverTest, TheChecksOfAPopoverThatWasClosedBesideASavePanelStayOff) {
+    open();
+    takePhoto();
+    view().savePhoto();
+    fakes.departures.depart();
+    fakes.popover.close();
+    fakes.savePanel.choose(std::nullopt);
+    fakes.workQueues.runAll();
+    EXPECT_FALSE(isCameraOn());
+    EXPECT_FALSE(isMicrophoneOn());
+}
+
 TEST_F(PopoverTest, AClickIntoTheMenuBarDoesNotCloseIt) {
     open();
     fakes.screens.pointer = {1400, 10};
