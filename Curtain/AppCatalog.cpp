@@ -148,6 +148,10 @@ AppCatalog::Installed AppCatalog::readInstalledApps() const {
     return installed;
 }
 
+bool AppCatalog::isGone(const CatalogEntry& entry) const {
+    return bundles_.isGone(entry.bundleID, entry.name);
+}
+
 std::optional<Platform::Image> AppCatalog::icon(const std::string& bundleID) const {
     const auto path = workspace_.urlForApplicationWithBundleIdentifier(bundleID);
     return path ? workspace_.iconForFile(*path) : std::nullopt;

@@ -40,6 +40,8 @@ public:
     /// The same for somebody who looks for one: first those that run, last the pages of the desktop's
     /// settings.
     std::vector<CatalogEntry> appsToChoose() const;
+    /// Whether it was installed and certainly is so no longer.
+    bool isGone(const CatalogEntry& entry) const;
     /// Absent when the system knows no app with this identifier.
     std::optional<Platform::Image> icon(const std::string& bundleID) const;
 

@@ -21,7 +21,7 @@ public:
     /// Both outlive this model. `lang` is the code of the user's language.
     AppChoiceModel(SettingsModel& settings, const AppCatalog& catalog, std::string lang);
 
-    /// Those that are `missing`, private apps that the system does not know, come first and say so.
+    /// Those that are `missing`, private apps that are no longer installed, come first and say so.
     void setEntries(std::vector<CatalogEntry> entries, const std::vector<CatalogEntry>& missing = {});
     /// An empty query shows all entries.
     void setQuery(const QString& query);

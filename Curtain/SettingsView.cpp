@@ -288,21 +288,26 @@ void SettingsView::refresh() {
 
 void SettingsView::reloadEntries() {
     if (showingInstalled_) {
-        apps_.setEntries(services_.catalog.installedApps(), missingApps());
+        auto unlisted = unlistedApps();
+        const auto rest = std::ranges::stable_partition(
+            unlisted, [this](const CatalogEntry& app) { return services_.catalog.isGone(app); });
+        auto entries = services_.catalog.installedApps();
+        entries.insert(entries.begin(), rest.begin(), rest.end());
+        apps_.setEntries(std::move(entries), {unlisted.begin(), rest.begin()});
     } else {
         apps_.setEntries(services_.catalog.runningApps());
     }
 }
 
-std::vector<CatalogEntry> SettingsView::missingApps() const {
+std::vector<CatalogEntry> SettingsView::unlistedApps() const {
     const auto known = services_.catalog.allApps();
-    std::vector<CatalogEntry> missing;
+    std::vector<CatalogEntry> unlisted;
     for (const auto& app : services_.model.prefs().targetApps) {
         if (std::ranges::find(known, app.bundleID, &CatalogEntry::bundleID) == known.end()) {
-            missing.push_back({app.bundleID, app.displayName});
+            unlisted.push_back({app.bundleID, app.displayName});
         }
     }
-    return missing;
+    return unlisted;
 }
 
 void SettingsView::modelChanged() {

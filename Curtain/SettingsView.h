@@ -156,7 +156,8 @@ private:
 
     void reloadEntries();
     /// The private apps that are neither installed nor run.
-    std::vector<CatalogEntry> missingApps() const;
+    /// The private ones that stand in neither list.
+    std::vector<CatalogEntry> unlistedApps() const;
     void modelChanged();
 
     Services services_;

@@ -27,6 +27,9 @@ public:
 
     /// Absent when there is no usable app at the path.
     virtual std::optional<Bundle> open(const std::string& path) = 0;
+    /// Whether an app that was installed under this identifier and name is so no longer. False where that is
+    /// not certain, as of a program that was never installed and only runs.
+    virtual bool isGone(const std::string& bundleIdentifier, const std::string& name) = 0;
     /// Another number whenever apps have come or gone or what `open` says may have changed.
     virtual std::uint64_t generation() = 0;
 };

@@ -90,6 +90,39 @@ TEST_F(DesktopEntriesTest, WithoutDisplayIsKnownButNoAppToChoose) {
     EXPECT_EQ(bundles.open((system / "app.desktop").string()), std::nullopt);
 }
 
+TEST_F(DesktopEntriesTest, AnAppIsGoneWhenItsEntryIs) {
+    installPlain(system / "org.example.Maps.desktop");
+    EXPECT_FALSE(bundles.isGone("org.example.Maps", "Charts"));
+    fs::remove(system / "org.example.Maps.desktop");
+    EXPECT_TRUE(bundles.isGone("org.example.Maps", "Charts"));
+}
+
+TEST_F(DesktopEntriesTest, AnAppThatIsNotShownIsNotGone) {
+    addProgram("app");
+    for (const auto* const line : {"NoDisplay=true", "OnlyShowIn=Gamma;", "Terminal=true", "Hidden=true"}) {
+        install(system / "org.example.Maps.desktop", "Name=Charts\nExec=app\n" + std::string(line) + "\n");
+        EXPECT_EQ(bundles.open((system / "org.example.Maps.desktop").string()), std::nullopt) << line;
+        EXPECT_FALSE(bundles.isGone("org.example.Maps", "Charts")) << line;
+    }
+}
+
+TEST_F(DesktopEntriesTest, WhatMayNeverHaveHadAnEntryIsNotGone) {
+    EXPECT_FALSE(bundles.isGone("urxvt", "URxvt")) << "a window class";
+    EXPECT_FALSE(bundles.isGone("com.hnc.Discord", "Discord")) << "one that is known everywhere";
+    EXPECT_FALSE(bundles.isGone("org.example.Maps", "org.example.Maps")) << "what a sandbox says";
+    EXPECT_FALSE(bundles.isGone("maps_charts", "maps")) << "what a snap says";
+    EXPECT_FALSE(bundles.isGone("us.zoom.xos", "zoom-client")) << "a snap that is known everywhere";
+    EXPECT_TRUE(bundles.isGone("us.zoom.xos", "Zoom Workplace"));
+}
+
+TEST_F(DesktopEntriesTest, NothingIsGoneWhileAFolderCannotBeRead) {
+    fs::create_directories(system);
+    EXPECT_TRUE(bundles.isGone("org.example.Maps", "Charts"));
+    fs::create_symlink("applications-loop", system.parent_path() / "applications-loop");
+    DesktopEntries loop({system, system.parent_path() / "applications-loop"});
+    EXPECT_FALSE(DesktopEntryBundles(loop).isGone("org.example.Maps", "Charts"));
+}
+
 TEST_F(DesktopEntriesTest, PagesOfTheSettingsAreToldFromPrograms) {
     addProgram("app");
     for (const auto& [categories, isPage] :

@@ -59,6 +59,12 @@ public:
         return found == bundles_.end() ? std::nullopt : std::optional(found->second);
     }
 
+    std::set<std::string> goneApps;
+
+    bool isGone(const std::string& bundleIdentifier, const std::string& /*name*/) override {
+        return goneApps.contains(bundleIdentifier);
+    }
+
     /// Whether it says that nothing has changed.
     bool isUnchanged = false;
 

@@ -444,6 +444,7 @@ TEST_F(SettingsViewTest, APrivateAppThatIsNoLongerInstalledCanBeRemoved) {
     for (const auto* const language : {"en", "ar", "ru"}) {
         speak(language);
         edit([](auto& prefs) { prefs.targetApps = {{"org.Gone", "Old Chat"}, {"org.Mail", "Mail"}}; });
+        platform.bundles.goneApps = {"org.Gone"};
         auto view = show();
         view.click("tabApps");
         const auto area = view.place("source");
@@ -455,6 +456,19 @@ TEST_F(SettingsViewTest, APrivateAppThatIsNoLongerInstalledCanBeRemoved) {
                    text(Curtain::PlatformKey::notInstalled));
         EXPECT_THAT(store.load().targetApps, ElementsAre(TargetApp{"org.Mail", "Mail"}));
     }
+}
+
+TEST_F(SettingsViewTest, APrivateAppThatIsNotListedIsNotCalledMissingUnlessItCertainlyIs) {
+    edit([](auto& prefs) { prefs.targetApps = {{"urxvt", "URxvt"}, {"org.Gone", "Old Chat"}}; });
+    platform.bundles.goneApps = {"org.Gone"};
+    auto view = show();
+    view.click("tabApps");
+    const auto area = view.place("source");
+    view.clickAt(QPointF(area.right() - 40, area.center().y()));
+    EXPECT_NE(view.find("app Old Chat — Not installed"), nullptr);
+    EXPECT_EQ(content->apps()->rowCount(), 6) << "four installed apps and these two";
+    view.click("app URxvt");
+    EXPECT_THAT(store.load().targetApps, ElementsAre(TargetApp{"org.Gone", "Old Chat"}));
 }
 
 TEST_F(SettingsViewTest, SearchingShowsWhatHoldsTheWords) {

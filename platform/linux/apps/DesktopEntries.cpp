@@ -136,8 +136,12 @@ std::optional<DesktopEntry> readEntry(const fs::path& path, std::string id) {
     return entry;
 }
 
-std::vector<fs::path> sortedContents(const fs::path& folder) {
-    std::error_code error;
+bool isMissing(const std::error_code& error) {
+    return error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory;
+}
+
+/// As much as can be read of it; the error says why that is not all.
+std::vector<fs::path> sortedContents(const fs::path& folder, std::error_code& error) {
     std::vector<fs::path> contents;
     for (fs::directory_iterator iterator(folder, error); !error && iterator != fs::directory_iterator();
          iterator.increment(error)) {
@@ -226,6 +230,10 @@ const DesktopEntry* DesktopEntries::withBundleIdentifier(std::string_view bundle
     return find(byBundleIdentifier_, bundleID);
 }
 
+bool DesktopEntries::mayHold(std::string_view bundleID) {
+    return withBundleIdentifier(bundleID) != nullptr || hasUnreadFolder_ || unusable_.contains(bundleID);
+}
+
 const DesktopEntry* DesktopEntries::withPath(const std::string& path) {
     readIfChanged();
     return find(byPath_, path);
@@ -256,6 +264,8 @@ void DesktopEntries::readIfChanged() {
 void DesktopEntries::read() {
     ++generation_;
     entries_.clear();
+    unusable_.clear();
+    hasUnreadFolder_ = false;
     unwatchedFolders_.clear();
     folderTimes_.clear();
     std::set<std::string> seen;
@@ -272,7 +282,9 @@ void DesktopEntries::read() {
             unwatchedFolders_.push_back(folder);
             folderTimes_.push_back(changeTime(folder));
         }
-        for (const auto& path : sortedContents(folder)) {
+        const auto contents = sortedContents(folder, error);
+        hasUnreadFolder_ = hasUnreadFolder_ || (error && !isMissing(error));
+        for (const auto& path : contents) {
             const auto name = path.filename().string();
             if (name.ends_with(suffix)) {
                 // The settings could not be written with an identifier that is not Unicode.
@@ -280,6 +292,8 @@ void DesktopEntries::read() {
                 if (seen.insert(id).second) {
                     if (auto entry = entryIn(path, id)) {
                         entries_.push_back(std::move(*entry));
+                    } else {
+                        unusable_.insert(bundleIdentifierFor(id));
                     }
                 }
             } else if (fs::is_directory(path, error)) {

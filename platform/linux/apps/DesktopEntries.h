@@ -5,8 +5,10 @@
 #include <array>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <future>
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 #include <string_view>
@@ -68,6 +70,9 @@ public:
     /// The first that there is.
     const DesktopEntry* withOneOfIds(std::span<const std::string> ids);
     const DesktopEntry* withBundleIdentifier(std::string_view bundleID);
+    /// Whether there is an entry with this identifier, or a file that would be one if it were not masked or
+    /// faulty, or a folder that cannot be read.
+    bool mayHold(std::string_view bundleID);
     const DesktopEntry* withPath(const std::string& path);
     /// The entry whose windows carry this class.
     const DesktopEntry* withWindowClass(std::string_view windowClass, bool ignoringCase);
@@ -101,6 +106,9 @@ private:
     /// Of the last reading, so that a change costs no more than the files that have changed.
     std::unordered_map<std::string, ReadFile> files_;
     std::vector<DesktopEntry> entries_;
+    /// The identifiers of files that are no entries.
+    std::set<std::string, std::less<>> unusable_;
+    bool hasUnreadFolder_ = false;
     Index byId_;
     Index byLowerCaseId_;
     Index byBundleIdentifier_;

@@ -15,6 +15,7 @@ public:
     explicit DesktopEntryBundles(DesktopEntries& entries, std::string thisProgram = {});
 
     std::optional<Platform::Bundle> open(const std::string& path) override;
+    bool isGone(const std::string& bundleIdentifier, const std::string& name) override;
     std::uint64_t generation() override { return entries_.generation(); }
 
 private:
