@@ -19,6 +19,7 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -282,6 +283,13 @@ QStringList xfconf(const char* rest) {
         .split(QLatin1Char(' '), Qt::SkipEmptyParts);
 }
 
+/// The releases keep it in different folders.
+std::string mateNotices() {
+    const std::string program = "mate-notification-daemon/mate-notification-daemon";
+    return std::filesystem::exists("/usr/libexec/" + program) ? "/usr/libexec/" + program
+                                                              : "/usr/lib/" + program;
+}
+
 const std::string libraries = "/usr/lib/" CURTAIN_MULTIARCH "/xfce4/";
 
 INSTANTIATE_TEST_SUITE_P(
@@ -299,10 +307,8 @@ INSTANTIATE_TEST_SUITE_P(
                            .turnOff = xfconf("-r"),
                            .look = xfconf(""),
                            .on = "true"},
-                    serverOfSettings("Mate",
-                                     {{"/usr/lib/mate-notification-daemon/mate-notification-daemon"},
-                                      notifications},
-                                     "org.mate.NotificationDaemon", "do-not-disturb", "true"),
+                    serverOfSettings("Mate", {{mateNotices()}, notifications}, "org.mate.NotificationDaemon",
+                                     "do-not-disturb", "true"),
                     serverOfSettings("Gnome", {{}, "gnome-shell"}, "org.gnome.desktop.notifications",
                                      "show-banners", "false"),
                     serverOfSettings("Cinnamon", {{}, "cinnamon"}, "org.cinnamon.desktop.notifications",
