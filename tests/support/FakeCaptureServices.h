@@ -6,10 +6,10 @@
 #include <algorithm>
 #include <atomic>
 #include <cstddef>
-#include <cstring>
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -36,9 +36,8 @@ inline std::shared_ptr<const Platform::Picture> plainPicture(int width, int heig
 }
 
 inline std::vector<std::byte> bytesOf(std::string_view text) {
-    std::vector<std::byte> bytes(text.size());
-    std::memcpy(bytes.data(), text.data(), text.size());
-    return bytes;
+    const auto bytes = std::as_bytes(std::span(text));
+    return {bytes.begin(), bytes.end()};
 }
 
 class FakeCaptureInput : public Platform::CaptureInput {
