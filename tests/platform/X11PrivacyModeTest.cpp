@@ -213,7 +213,7 @@ TEST_F(X11PrivacyModeTest, InstanceThatItsUserHadPutAwayStaysAway) {
     ASSERT_TRUE(spinUntil([&] { return areVisible({taken}) && client.activeWindow() == taken; }));
     // The window manager answers in order: had it been asked for that window too, it would have shown it by
     // now.
-    openFocused("last", "Last");
+    openListed("last", "Last");
     EXPECT_TRUE(isHidden(putAway));
 }
 

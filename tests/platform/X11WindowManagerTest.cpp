@@ -299,6 +299,36 @@ TEST_F(X11WindowManagerTest, FocusThatMovedTheMomentBeforeIsRemembered) {
     EXPECT_EQ(activations[0].window, low);
 }
 
+TEST_F(X11WindowManagerTest, WindowThatIsOpenedWhileOthersComeBackKeepsTheFocus) {
+    ScriptedWindowManager manager;
+    const auto window = openUnder(manager, ScriptedWindowManager::iconic, {hiddenState});
+    const auto earlier = openBeside(manager, window);
+    listenAsManager();
+    ManualSystem manual;
+    ASSERT_TRUE(manual.lists(earlier));
+    const std::array ids{WindowId{window}};
+    const auto giveBack = [&](const std::function<void()>& meanwhile) {
+        manual.system.show(ids);
+        manual.system.activate(ids);
+        meanwhile();
+        manager.setStates(window, {});
+        manual.advance(1.5);
+        return requests(manual).activate.size();
+    };
+    EXPECT_EQ(giveBack([&] { manager.setActive(earlier); }), 1U) << "the manager chose it";
+    manager.setStates(window, {hiddenState});
+    EXPECT_EQ(giveBack([&] {
+                  const auto later = client.open("c", "C");
+                  manager.setManagerState(later, ScriptedWindowManager::normal);
+                  manager.list({window, earlier, later});
+                  manager.setActive(later);
+              }),
+              0U)
+        << "its user opened it";
+    // They are asked for again in their turn.
+    EXPECT_EQ(giveBack([] {}), 1U);
+}
+
 TEST_F(X11WindowManagerTest, FocusThatPassesThroughAWindowOnItsWayOutIsNoActivation) {
     ScriptedWindowManager manager;
     const auto window = openUnder(manager, ScriptedWindowManager::normal);

@@ -236,7 +236,23 @@ void X11WindowSystem::show(std::span<const WindowId> windows) {
 void X11WindowSystem::activate(std::span<const WindowId> windows) {
     toActivate_.insert(toActivate_.end(), windows.begin(), windows.end());
     // Some window managers bring a window back by activating it, or put what comes back on top.
-    restorer_.whenDone([this] { activation_.request(std::exchange(toActivate_, {})); });
+    restorer_.whenDone([this, newest = model_.newestBirth()] {
+        takeIn();
+        const auto requested = std::exchange(toActivate_, {});
+        if (isActiveBornAfter(newest)) {
+            // Managers may take seconds, and who opened a window in the meantime works in it.
+            activation_.forget(
+                [&](WindowId window) { return std::ranges::find(requested, window) != requested.end(); });
+        } else {
+            activation_.request(requested);
+        }
+    });
+}
+
+bool X11WindowSystem::isActiveBornAfter(std::uint64_t birth) const {
+    const auto active = model_.activeWindow();
+    const auto* const window = active ? model_.find(*active) : nullptr;
+    return window != nullptr && window->birth > birth;
 }
 
 WindowActivation::Scene X11WindowSystem::lookAtScene() {

@@ -53,6 +53,7 @@ private:
     void noteWhatHasSettled();
     void noteWhatWasHeeded(const X11WindowModel::Changes& changes);
     void noteWhatIsBack(const X11WindowModel::Changes& changes);
+    bool isActiveBornAfter(std::uint64_t birth) const;
     WindowActivation::Scene lookAtScene();
 
     X11Connection& connection_;
