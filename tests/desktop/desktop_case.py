@@ -25,6 +25,8 @@ IS_WAYLAND = os.environ["DISPLAY"] != os.environ.get("VIRTUAL_DESKTOP_SCREEN", o
 # Colours that tell the windows apart on a screenshot.
 XTERM_COLOUR = "#2040a0"
 URXVT_COLOUR = "#20a040"
+# Of mousepad with the focus and without it, on Wayland.
+EDITOR_COLOURS = ("#ffffff", "#fcfcfc")
 PAGE_COLOUR = "#c04080"
 
 

@@ -11,13 +11,11 @@ import unittest
 from contextlib import contextmanager
 from pathlib import Path
 
-from desktop_case import (MOUSEPAD, SHORTCUT, URXVT_COLOUR, XTERM, XTERM_COLOUR, DesktopCase, Display, Rectangle, stays,
-                          wait_until, write_preferences)
+from desktop_case import (EDITOR_COLOURS, MOUSEPAD, SHORTCUT, URXVT_COLOUR, XTERM, XTERM_COLOUR, DesktopCase, Display,
+                          Rectangle, stays, wait_until, write_preferences)
 from kwin_scripts import KWinScripts, gdbus, owner_of_shortcut, scripting
 
 WIDTH, HEIGHT = 1280, 800
-# With the focus and without it.
-EDITOR_COLOURS = ("#ffffff", "#fcfcfc")
 SCRIPT = "curtain-windows"
 F11 = 95
 # A script that does nothing.

@@ -6,16 +6,13 @@ It looks at the screen that the whole session stands on. It runs with --session 
 import unittest
 
 import popover_window
-from desktop_case import MOUSEPAD, URXVT_COLOUR, XTERM, XTERM_COLOUR, stays, wait_until, write_preferences
-from session_case import ESCAPE, FOOT, X11_WINDOWS_ONLY
+from desktop_case import EDITOR_COLOURS, MOUSEPAD, URXVT_COLOUR, XTERM_COLOUR, stays, wait_until, write_preferences
+from session_case import FOOT_COLOUR, X11_WINDOWS_ONLY
 
-FOOT_COLOUR = "#804020"
-# With the focus and without it.
-EDITOR_COLOURS = ("#ffffff", "#fcfcfc")
 COLOURS = {"xterm": XTERM_COLOUR, "foot": FOOT_COLOUR, "urxvt": URXVT_COLOUR}
 
 
-class LabwcTest(popover_window.SessionPopoverCase):
+class LabwcTest(popover_window.HidingSessionCase):
     def seen(self):
         return {program for program, colour in COLOURS.items() if self.shows(colour)}
 
@@ -23,7 +20,6 @@ class LabwcTest(popover_window.SessionPopoverCase):
         wait_until(lambda: self.seen() == set(programs), f"{programs} are seen", seen=self.seen)
 
     def open_three(self):
-        """A terminal of X11 and one of Wayland, which are private, and another one of X11 in front of both."""
         self.start_xterm(x=30, y=40)
         self.wait_seen("xterm")
         self.start_foot(FOOT_COLOUR)
@@ -31,19 +27,14 @@ class LabwcTest(popover_window.SessionPopoverCase):
         self.start_urxvt(x=700, y=560)
         self.wait_seen("xterm", "foot", "urxvt")
 
-    def start_with_private_terminals(self):
-        self.open_three()
-        write_preferences(self.settings, targetApps=[XTERM, FOOT], hasOnboarded=True, autoDetectEnabled=False)
-        self.start_curtain()
+    def wait_hidden(self):
+        self.wait_seen("urxvt")
 
     def settled_screen(self):
         def settled():
             lines = self.lines_of_screen()
             return lines if stays(lambda: self.lines_of_screen() == lines) else None
         return wait_until(settled, "the screen is quiet", seen=self.seen)
-
-    def toggle(self):
-        self.act("toggle-privacy")
 
     def test_hides_exactly_the_private_apps_and_gives_them_back_as_they_were(self):
         self.start_with_private_terminals()
@@ -103,25 +94,6 @@ class LabwcTest(popover_window.SessionPopoverCase):
 
     def shows_editor(self):
         return any(map(self.shows, EDITOR_COLOURS))
-
-    def test_the_wizard_finds_that_all_is_well(self):
-        self.start_curtain()
-        self.click_icon()
-        self.press("push button: See if my computer qualifies")
-        self.wait_lines("heading: Your computer is perfect for this")
-
-    def test_the_popover_and_the_icon_say_what_is_hidden(self):
-        self.start_with_private_terminals()
-        self.assertEqual(self.icon(), "open")
-        self.click_icon()
-        self.wait_lines("list item: XTerm: Visible", "list item: Foot: Visible")
-        self.screen.strike(ESCAPE)
-        self.wait_closed()
-        self.toggle()
-        self.wait_seen("urxvt")
-        wait_until(lambda: self.icon() == "close", "the icon says so", seen=self.icon)
-        self.click_icon()
-        self.wait_lines("list item: XTerm: Hidden", "list item: Foot: Hidden")
 
     def test_the_settings_say_where_the_shortcut_is_heard(self):
         self.start_curtain()

@@ -15,10 +15,9 @@ from pathlib import Path
 
 import popover_window
 from desktop_case import MOUSEPAD, Rectangle, SHORTCUT, XTERM, XTERM_COLOUR, stays, wait_until, write_preferences
-from session_case import ESCAPE, FOOT, HEIGHT, SESSION, WIDTH, X11_WINDOWS_ONLY
+from session_case import ESCAPE, FOOT, FOOT_COLOUR, HEIGHT, SESSION, WIDTH, X11_WINDOWS_ONLY
 
 IS_SWAY = SESSION == "sway"
-FOOT_COLOUR = "#804020"
 RUN_COMMAND, GET_WORKSPACES, GET_TREE = 0, 1, 4
 SCRATCHPAD = "__i3_scratch"
 # What a person sees of a container.
@@ -69,7 +68,9 @@ def picture(node=None):
             [picture(child) for child in node["nodes"]], [picture(child) for child in node["floating_nodes"]]]
 
 
-class ScratchpadSessionTest(popover_window.SessionPopoverCase):
+class ScratchpadSessionTest(popover_window.HidingSessionCase):
+    foot_states = ("Visible", "Hidden") if IS_SWAY else ("Not running", "Not running")
+
     def setUp(self):
         super().setUp()
         wait_until(lambda: not list(windows()), "no window is left", seen=lambda: list(windows()))
@@ -95,9 +96,6 @@ class ScratchpadSessionTest(popover_window.SessionPopoverCase):
             self.assertIsNone(curtain.poll(), curtain.complaints())
             return self.is_on_bus()
         wait_until(is_ready, "Curtain is on the bus")
-
-    def toggle(self):
-        self.act("toggle-privacy")
 
     def workspace_of(self, window_class):
         return next((workspace for node, workspace in windows() if class_of(node) == window_class), None)
@@ -208,33 +206,6 @@ class ScratchpadSessionTest(popover_window.SessionPopoverCase):
         self.assertTrue(self.shows(XTERM_COLOUR))
         self.desktop.start("wf-recorder", "--no-damage", "--file", str(self.scratch / "film.mkv"))
         self.wait_hidden()
-
-    # What is said
-
-    def start_with_private_terminals(self):
-        self.open_three()
-        write_preferences(self.settings, targetApps=[XTERM, FOOT], hasOnboarded=True, autoDetectEnabled=False)
-        self.start_curtain()
-
-    def test_the_wizard_finds_that_all_is_well(self):
-        self.start_curtain()
-        self.click_icon()
-        self.press("push button: See if my computer qualifies")
-        self.wait_lines("heading: Your computer is perfect for this")
-
-    def test_the_popover_and_the_icon_say_what_is_hidden(self):
-        self.start_with_private_terminals()
-        self.assertEqual(self.icon(), "open")
-        foot_state = {True: "Visible", False: "Not running"}[IS_SWAY]
-        self.click_icon()
-        self.wait_lines("list item: XTerm: Visible", f"list item: Foot: {foot_state}")
-        self.screen.strike(ESCAPE)
-        self.wait_closed()
-        self.toggle()
-        self.wait_hidden()
-        wait_until(lambda: self.icon() == "close", "the icon says so", seen=self.icon)
-        self.click_icon()
-        self.wait_lines("list item: XTerm: Hidden", f"list item: Foot: {'Hidden' if IS_SWAY else foot_state}")
 
     # What closes the popover
 

@@ -15,6 +15,7 @@ from screen_reader import ScreenReader
 WIDTH, HEIGHT = 1280, 800
 SESSION = os.environ["VIRTUAL_DESKTOP_SESSION"]
 FOOT = private_app("foot", "Foot")
+FOOT_COLOUR = "#804020"
 ESCAPE = 9
 X11_WINDOWS_ONLY = "label: The shortcut works only while a window of an X11 program has the focus."
 POPOVER_COLOUR = "#f4f5f8"

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <string>
@@ -128,6 +129,17 @@ struct ToplevelWindowSystemTest : testing::Test {
     void hide(WindowId window) {
         system->hide(std::array{window});
         EXPECT_TRUE(comesTo([&] { return isHidden(window); }));
+    }
+
+    /// A window that its user turns to, before the others are hidden.
+    WindowId hideBehindFront(std::initializer_list<WindowId> windows) {
+        const auto front = open("front");
+        hearAll();
+        focus(front);
+        for (const auto window : windows) {
+            hide(window);
+        }
+        return front;
     }
 
     void show(WindowId window) {
@@ -268,10 +280,7 @@ TEST_F(ToplevelWindowSystemTest, ShowingDoesNotChangeTheFocusThoughTheCompositor
 TEST_F(ToplevelWindowSystemTest, AnAppThatComesBackByItselfIsNotShownBehindWhatCoversIt) {
     start();
     const auto window = open("private");
-    const auto front = open("front");
-    hearAll();
-    focus(front);
-    hide(window);
+    const auto front = hideBehindFront({window});
     system->show(std::array{window});
     system->activate(std::array{window});
     EXPECT_TRUE(comesTo([&] { return !isHidden(window); }));
@@ -282,12 +291,7 @@ TEST_F(ToplevelWindowSystemTest, AnAppThatComesBackByItselfIsNotShownBehindWhatC
 TEST_F(ToplevelWindowSystemTest, TheFrontStaysWhenSeveralAppsComeBack) {
     start();
     const std::array windows{open("first"), open("second")};
-    const auto front = open("front");
-    hearAll();
-    focus(front);
-    for (const auto window : windows) {
-        hide(window);
-    }
+    const auto front = hideBehindFront({windows[0], windows[1]});
     for (const auto window : windows) {
         system->show(std::array{window});
         system->activate(std::array{window});
@@ -298,10 +302,7 @@ TEST_F(ToplevelWindowSystemTest, TheFrontStaysWhenSeveralAppsComeBack) {
 TEST_F(ToplevelWindowSystemTest, TheFrontStaysWhenTheProgramEndsWithTheGivingBack) {
     start();
     const auto window = open("private");
-    const auto front = open("front");
-    hearAll();
-    focus(front);
-    hide(window);
+    const auto front = hideBehindFront({window});
     system->show(std::array{window});
     system.reset();
     EXPECT_FALSE(compositor.isMinimised(window));

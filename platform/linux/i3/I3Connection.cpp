@@ -2,14 +2,11 @@
 
 #include "platform/linux/system/LocalSocket.h"
 
-#include <QDeadlineTimer>
-
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <utility>
 
-#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -170,21 +167,11 @@ void I3Connection::watchAnswers() {
 }
 
 void I3Connection::finish(std::chrono::milliseconds patience) {
-    const QDeadlineTimer deadline(patience);
-    while (isConnected() && !questions_.empty()) {
-        const short wanted = unwritten_.isEmpty() ? POLLIN : POLLIN | POLLOUT;
-        pollfd question{descriptor_, wanted, 0};
-        const auto count = ::poll(&question, 1, static_cast<int>(deadline.remainingTime()));
-        if (count == 0 || (count < 0 && errno != EINTR)) {
-            return;
-        }
-        if ((question.revents & POLLOUT) != 0) {
-            write();
-        }
-        if ((question.revents & ~POLLOUT) != 0) {
-            read();
-        }
-    }
+    serveSocket({.socket = [this] { return questions_.empty() ? -1 : descriptor_; },
+                 .wantsToWrite = [this] { return !unwritten_.isEmpty(); },
+                 .write = [this] { write(); },
+                 .read = [this] { read(); }},
+                patience);
 }
 
 void I3Connection::lose() {

@@ -1,6 +1,7 @@
 #include "platform/linux/shortcutlists/I3Shortcuts.h"
 
 #include "platform/linux/shortcutlists/I3Includes.h"
+#include "platform/linux/system/LocalSocket.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -20,7 +21,6 @@
 #include <utility>
 
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 namespace LinuxPlatform {
@@ -32,23 +32,6 @@ constexpr std::string_view magic = "i3-ipc";
 constexpr std::size_t headerSize = magic.size() + 2 * sizeof(std::uint32_t);
 constexpr std::uint32_t getConfig = 9;
 constexpr std::size_t largestReply = std::size_t{16} << 20U;
-
-/// -1 when nobody listens.
-int connectTo(const std::string& path) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    if (path.empty() || path.size() >= sizeof address.sun_path) {
-        return -1;
-    }
-    std::memcpy(address.sun_path, path.data(), path.size());
-    const int descriptor = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    if (descriptor >= 0 &&
-        ::connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
-        ::close(descriptor);
-        return -1;
-    }
-    return descriptor;
-}
 
 std::string request() {
     std::string message(magic);
@@ -226,7 +209,7 @@ private:
 I3Shortcuts::I3Shortcuts(std::string socketPath) : socketPath_(std::move(socketPath)) {}
 
 void I3Shortcuts::ask(const WantedShortcut& wanted, Answer answer) {
-    const int descriptor = connectTo(socketPath_);
+    const int descriptor = connectToSocket(socketPath_);
     if (descriptor < 0) {
         answer(false);
         return;

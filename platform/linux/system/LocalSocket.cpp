@@ -1,8 +1,11 @@
 #include "platform/linux/system/LocalSocket.h"
 
+#include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <string>
 
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -24,6 +27,26 @@ int connectToSocket(const std::filesystem::path& path) {
         return -1;
     }
     return descriptor;
+}
+
+void serveSocket(const SocketWork& work, std::chrono::milliseconds patience) {
+    using Clock = std::chrono::steady_clock;
+    const auto deadline = Clock::now() + patience;
+    for (int socket = work.socket(); socket >= 0; socket = work.socket()) {
+        const short wanted = work.wantsToWrite() ? POLLIN | POLLOUT : POLLIN;
+        pollfd question{socket, wanted, 0};
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
+        const auto count = ::poll(&question, 1, std::max(0, static_cast<int>(left.count())));
+        if (count == 0 || (count < 0 && errno != EINTR)) {
+            return;
+        }
+        if ((question.revents & POLLOUT) != 0) {
+            work.write();
+        }
+        if ((question.revents & ~POLLOUT) != 0) {
+            work.read();
+        }
+    }
 }
 
 } // namespace LinuxPlatform

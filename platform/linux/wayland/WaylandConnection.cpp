@@ -2,15 +2,11 @@
 
 #include "platform/linux/system/LocalSocket.h"
 
-#include <QDeadlineTimer>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdint>
 #include <utility>
-
-#include <poll.h>
 
 namespace LinuxPlatform {
 namespace {
@@ -95,21 +91,12 @@ void WaylandConnection::read() {
 }
 
 void WaylandConnection::finish(std::chrono::milliseconds patience) {
-    const QDeadlineTimer deadline(patience);
-    while (display_ && !syncs_.empty()) {
-        const short wanted = writable_->isEnabled() ? POLLIN | POLLOUT : POLLIN;
-        pollfd question{wl_display_get_fd(display_.get()), wanted, 0};
-        const auto count = ::poll(&question, 1, static_cast<int>(deadline.remainingTime()));
-        if (count == 0 || (count < 0 && errno != EINTR)) {
-            return;
-        }
-        if ((question.revents & POLLOUT) != 0) {
-            write();
-        }
-        if ((question.revents & ~POLLOUT) != 0) {
-            read();
-        }
-    }
+    serveSocket(
+        {.socket = [this] { return display_ && !syncs_.empty() ? wl_display_get_fd(display_.get()) : -1; },
+         .wantsToWrite = [this] { return writable_->isEnabled(); },
+         .write = [this] { write(); },
+         .read = [this] { read(); }},
+        patience);
 }
 
 void WaylandConnection::lose() {
