@@ -96,6 +96,7 @@ SettingsPage {
 
         ChipButton {
             objectName: "defaultShortcut"
+            visible: !page.model.shortcut.isDefault
             text: page.model.texts.defaultOption
             onClicked: page.model.shortcut.useDefault()
         }

@@ -22,6 +22,8 @@ class ShortcutField : public QObject {
     Q_PROPERTY(QString combination READ combination NOTIFY changed)
     /// Whether it does nothing, for the system has refused it.
     Q_PROPERTY(bool isRefused READ isRefused NOTIFY changed)
+    /// Whether it is what a user has who never chose anything.
+    Q_PROPERTY(bool isDefault READ isDefault NOTIFY changed)
     Q_PROPERTY(bool isRecording READ isRecording NOTIFY changed)
     Q_PROPERTY(bool hasAlert READ hasAlert NOTIFY alertChanged)
     /// What the alert is about: the refused combination, the message and the explanation, which may be empty.
@@ -39,6 +41,7 @@ public:
 
     QString combination() const;
     bool isRefused() const { return recorder_.isRefused(); }
+    bool isDefault() const { return recorder_.isDefault(); }
     bool isRecording() const { return recorder_.isRecording(); }
     bool hasAlert() const { return alert_.has_value(); }
     QString alertCombination() const;

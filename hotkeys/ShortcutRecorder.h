@@ -66,6 +66,8 @@ public:
     std::string description() const;
     /// Whether the shortcut does nothing, for the system has refused it.
     bool isRefused() const { return services_.shortcuts.isRefused(name_); }
+    /// Whether it is what a user has who never chose anything.
+    bool isDefault() const { return services_.shortcuts.getShortcut(name_) == name_.defaultShortcut; }
 
     /// The field has the focus: until the end of the recording no shortcut of the program acts.
     void begin();

@@ -293,11 +293,13 @@ TEST_F(SettingsViewTest, SwitchesTheExtensionOnInEveryLanguage) {
 TEST_F(SettingsViewTest, ARefusedShortcutIsSaidInEveryLanguageWithTheWayOut) {
     const auto name = Curtain::HotkeyManager::togglePrivacy(shortcuts);
     const auto listener = shortcuts.onKeyUp(name, [] {});
+    const KeyboardShortcuts::Shortcut another{name.defaultShortcut.value().carbonKeyCode,
+                                              KeyboardShortcuts::CarbonModifier::control};
     for (const auto& language : languages()) {
         SCOPED_TRACE(language);
         speak(language);
         platform.hotKeyService.status = -9878;
-        shortcuts.setShortcut(name.defaultShortcut, name);
+        shortcuts.setShortcut(another, name);
         auto view = show(Motion::reduced);
         ASSERT_NE(view.find("shortcutInUse"), nullptr);
         EXPECT_THAT(view.problems(CurtainCore::Localizer::isRightToLeft(language)), IsEmpty());
@@ -306,6 +308,28 @@ TEST_F(SettingsViewTest, ARefusedShortcutIsSaidInEveryLanguageWithTheWayOut) {
         view.click("defaultShortcut");
         EXPECT_EQ(view.find("shortcutInUse"), nullptr);
         EXPECT_EQ(view.find("clearRefusedShortcut"), nullptr);
+    }
+}
+
+TEST_F(SettingsViewTest, TheDefaultIsNoWayOutOfItsOwnRefusal) {
+    const auto name = Curtain::HotkeyManager::togglePrivacy(shortcuts);
+    const auto listener = shortcuts.onKeyUp(name, [] {});
+    for (const auto& language : languages()) {
+        SCOPED_TRACE(language);
+        speak(language);
+        platform.hotKeyService.status = -9878;
+        shortcuts.setShortcut(name.defaultShortcut, name);
+        auto view = show(Motion::reduced);
+        EXPECT_EQ(view.find("defaultShortcut"), nullptr);
+        const bool isRightToLeft = CurtainCore::Localizer::isRightToLeft(language);
+        EXPECT_THAT(view.problems(isRightToLeft), IsEmpty());
+        view.picture("settings-default-shortcut-in-use-" + language);
+        const auto caption = view.place("shortcutInUse");
+        const auto clear = view.place("clearRefusedShortcut");
+        EXPECT_EQ(isRightToLeft ? clear.right() : clear.x(), isRightToLeft ? caption.right() : caption.x());
+        view.click("clearRefusedShortcut");
+        EXPECT_EQ(view.find("shortcutInUse"), nullptr);
+        EXPECT_EQ(shortcuts.getShortcut(name), std::nullopt);
     }
 }
 
