@@ -331,6 +331,8 @@ void AppDelegate::setupPopoverAutoClose() {
     });
     // Nobody is there to be seen and heard.
     departureObserver_ = platform_.departures->addObserver([this] { userDeparted(); });
+    lockObserver_ =
+        platform_.departures->addLockObserver([this](bool isLocked) { sessionLockChanged(isLocked); });
 }
 
 void AppDelegate::setupAutoDetection() {
@@ -433,6 +435,17 @@ void AppDelegate::userDeparted() {
     checksRest_ = true;
     cameraManager_.stop();
     micMonitor_.stop();
+}
+
+void AppDelegate::sessionLockChanged(bool isLocked) {
+    if (!onboardingWC_) {
+        return;
+    }
+    if (isLocked) {
+        onboardingWC_->viewModel()->sessionDidLock();
+    } else {
+        onboardingWC_->viewModel()->sessionDidUnlock();
+    }
 }
 
 void AppDelegate::savePanelDidClose() {

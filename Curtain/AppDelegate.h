@@ -85,6 +85,7 @@ private:
     Platform::Menu statusMenu();
     void startChecks();
     void userDeparted();
+    void sessionLockChanged(bool isLocked);
     void savePanelDidClose();
     void popoverDidClose();
     bool isInMenuBar(const Platform::Point& location) const;
@@ -186,6 +187,7 @@ private:
     Platform::Subscription escMonitor_;
     Platform::Subscription clickMonitor_;
     Platform::Subscription departureObserver_;
+    Platform::Subscription lockObserver_;
     int openSavePanels_ = 0;
     /// Whether camera and microphone are off until the dialog for saving has been answered.
     bool checksRest_ = false;

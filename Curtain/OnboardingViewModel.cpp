@@ -45,6 +45,7 @@ void OnboardingViewModel::setLang(std::string lang) {
 
 void OnboardingViewModel::windowDidShow() {
     isClosed_ = false;
+    isLocked_ = false;
     if (canSwitchExtensionOn()) {
         compatibility_.reset();
     }
@@ -54,10 +55,7 @@ void OnboardingViewModel::windowDidShow() {
     if (flow_.step() == OnboardingStep::compatibility()) {
         checkCompatibility();
     }
-    if (const auto kind = flow_.step().permissionKind();
-        kind && currentStatus() == PermissionStatus::granted) {
-        startLiveArea(*kind);
-    }
+    startLiveAreaAgain();
 }
 
 void OnboardingViewModel::windowWillClose() {
@@ -66,6 +64,20 @@ void OnboardingViewModel::windowWillClose() {
     hidingWatch_.end();
     services_.cameraManager.stop();
     services_.micMonitor.stop();
+}
+
+void OnboardingViewModel::sessionDidLock() {
+    isLocked_ = true;
+    if (!isClosed_) {
+        services_.cameraManager.stop();
+        services_.micMonitor.stop();
+    }
+}
+
+void OnboardingViewModel::sessionDidUnlock() {
+    if (std::exchange(isLocked_, false)) {
+        startLiveAreaAgain();
+    }
 }
 
 QString OnboardingViewModel::langText() const {
@@ -233,6 +245,7 @@ void OnboardingViewModel::requestCurrentPermission() {
     if (!kind) {
         return;
     }
+    isLocked_ = false;
     switch (*kind) {
     case PermissionKind::desktop:
         services_.desktopChecker.requestAccess(lifetime_.weak([this] { desktopAnswered(); }));
@@ -305,13 +318,20 @@ std::optional<PermissionStatus> OnboardingViewModel::currentStatus() const {
 
 void OnboardingViewModel::startLiveArea(PermissionKind kind) {
     // An answer may come after the window has closed, and nobody would see that the camera is on.
-    if (isClosed_) {
+    if (isClosed_ || isLocked_) {
         return;
     }
     if (kind == PermissionKind::microphone) {
         services_.micMonitor.start();
     } else if (kind == PermissionKind::camera) {
         services_.cameraManager.start(std::nullopt);
+    }
+}
+
+void OnboardingViewModel::startLiveAreaAgain() {
+    if (const auto kind = flow_.step().permissionKind();
+        kind && currentStatus() == PermissionStatus::granted) {
+        startLiveArea(*kind);
     }
 }
 

@@ -95,6 +95,10 @@ public:
     /// To be called when the window closes: camera and microphone stop, and no answer that comes later starts
     /// them.
     void windowWillClose();
+    /// Camera and microphone stop, and start again with the end of the lock, or with whoever uses the window:
+    /// not every locker tells of its end.
+    void sessionDidLock();
+    void sessionDidUnlock();
 
     QString langText() const;
     bool isRightToLeft() const;
@@ -150,6 +154,7 @@ private:
     void setStatus(CurtainCore::PermissionKind kind, CurtainCore::PermissionStatus status);
     std::optional<CurtainCore::PermissionStatus> currentStatus() const;
     void startLiveArea(CurtainCore::PermissionKind kind);
+    void startLiveAreaAgain();
 
     Services services_;
     std::string lang_;
@@ -161,6 +166,7 @@ private:
     std::int64_t desktopFileCount_ = 0;
     bool isSettingsPageMissing_ = false;
     bool isClosed_ = false;
+    bool isLocked_ = false;
     Platform::Subscription preparation_;
     Platform::Lifetime lifetime_;
 };

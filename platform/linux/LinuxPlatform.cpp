@@ -273,9 +273,9 @@ SessionDepartures& addDepartures(Platform::Platform& platform, Session& session)
     }
     if (isGnomeShell(session.environment)) {
         using namespace GnomeShellProtocol;
-        session.sessionLock =
-            std::make_unique<DBusSignal>(bus, extensionService, extensionPath, extensionInterface,
-                                         QStringLiteral("Locked"), [&added](const auto&) { added.tell(); });
+        session.sessionLock = std::make_unique<DBusSignal>(bus, extensionService, extensionPath,
+                                                           extensionInterface, QStringLiteral("Locked"),
+                                                           [&added](const auto&) { added.tellLock(true); });
     }
     platform.departures = std::move(departures);
     return added;

@@ -1163,6 +1163,27 @@ TEST_F(WizardTest, DevicesThatItStartedStopWhereThePopoverOpensWithoutTheirCheck
     EXPECT_FALSE(fakes.audioServices.engine().isRunning);
 }
 
+TEST_F(WizardTest, ItsCameraRestsBehindALockedSessionAndComesBack) {
+    fakes.captureServices.cameras = {{"front", "Front"}};
+    launch();
+    fakes.departures.lock();
+    fakes.departures.unlock();
+    fakes.statusBar.click(leftClick);
+    while (model().page() != "camera") {
+        model().advance();
+    }
+    model().requestCurrentPermission();
+    fakes.workQueues.runAll();
+    ASSERT_TRUE(fakes.captureServices.session->isRunning());
+    fakes.departures.lock();
+    fakes.workQueues.runAll();
+    EXPECT_FALSE(fakes.captureServices.session->isRunning());
+    EXPECT_TRUE(fakes.windows.all.at(0)->isVisible());
+    fakes.departures.unlock();
+    fakes.workQueues.runAll();
+    EXPECT_TRUE(fakes.captureServices.session->isRunning());
+}
+
 TEST_F(WizardTest, WithoutABundleNobodyIsAskedForNotifications) {
     delegate.reset();
     fakes.application.identifier.reset();

@@ -575,6 +575,56 @@ TEST_F(OnboardingViewModelTest, ClosingStopsCameraAndMicrophone) {
     EXPECT_FALSE(isMicrophoneOn());
 }
 
+TEST_F(OnboardingViewModelTest, TheLiveAreaRestsWhileTheSessionIsLocked) {
+    startAt(PermissionKind::camera);
+    model->windowDidShow();
+    model->requestCurrentPermission();
+    ASSERT_TRUE(isCameraOn());
+    micMonitor.start();
+    model->sessionDidLock();
+    EXPECT_FALSE(isCameraOn());
+    EXPECT_FALSE(isMicrophoneOn());
+    model->sessionDidUnlock();
+    EXPECT_TRUE(isCameraOn());
+    EXPECT_FALSE(isMicrophoneOn()) << "it belongs to another page";
+}
+
+TEST_F(OnboardingViewModelTest, AnAnswerBehindALockStartsNothingUntilItsEnd) {
+    authorization.statuses = {{MediaType::video, AuthorizationStatus::notDetermined}};
+    startAt(PermissionKind::camera);
+    model->requestCurrentPermission();
+    model->sessionDidLock();
+    authorization.answer(true);
+    EXPECT_FALSE(isCameraOn());
+    EXPECT_EQ(statusOf(PermissionKind::camera), PermissionStatus::granted);
+    model->sessionDidUnlock();
+    EXPECT_TRUE(isCameraOn());
+}
+
+TEST_F(OnboardingViewModelTest, WhoeverUsesTheWindowHasUnlockedTheSession) {
+    startAt(PermissionKind::microphone);
+    model->sessionDidLock();
+    model->requestCurrentPermission();
+    EXPECT_TRUE(isMicrophoneOn());
+    model->sessionDidLock();
+    model->windowWillClose();
+    model->windowDidShow();
+    EXPECT_TRUE(isMicrophoneOn());
+}
+
+TEST_F(OnboardingViewModelTest, ALockTouchesNothingOnceTheWindowIsClosed) {
+    startAt(PermissionKind::camera);
+    model->requestCurrentPermission();
+    model->windowWillClose();
+    turnBothOn();
+    model->sessionDidLock();
+    EXPECT_TRUE(isCameraOn()) << "somebody else has it";
+    EXPECT_TRUE(isMicrophoneOn());
+    cameraManager.stop();
+    model->sessionDidUnlock();
+    EXPECT_FALSE(isCameraOn());
+}
+
 TEST_F(OnboardingViewModelTest, AnAnswerAfterClosingIsKeptButStartsNothing) {
     authorization.statuses = {{MediaType::audio, AuthorizationStatus::notDetermined},
                               {MediaType::video, AuthorizationStatus::notDetermined}};

@@ -40,8 +40,8 @@ public:
         return bus.send(message.createReply(QVariant::fromValue(QDBusObjectPath(ownSession))));
     }
 
-    void sendLock(const QString& session) {
-        bus().send(QDBusMessage::createSignal(session, loginSession, QStringLiteral("Lock")));
+    void send(const char* request, const QString& session) {
+        bus().send(QDBusMessage::createSignal(session, loginSession, QLatin1String(request)));
     }
     void change(const char* property, bool value) {
         auto signal =
@@ -57,7 +57,8 @@ struct SessionLockTest : testing::Test {
     QDBusConnection desktop = bus.connect(QStringLiteral("desktop"));
     QDBusConnection client = bus.connect(QStringLiteral("client"));
     int locks = 0;
-    LinuxPlatform::SessionLock lock{client, [this] { ++locks; }};
+    int unlocks = 0;
+    LinuxPlatform::SessionLock lock{client, [this](bool isLocked) { ++(isLocked ? locks : unlocks); }};
 
     SessionLockTest() { deliver(); }
     ~SessionLockTest() override {
@@ -109,17 +110,56 @@ TEST_F(SessionLockTest, HearsTheLoginManagerOfItsOwnSession) {
     lock.hearLoginManager(client);
     ASSERT_TRUE(spinUntil([&] { return sessions.wasAsked; }));
     deliver();
-    sessions.sendLock(QStringLiteral("/org/freedesktop/login1/session/_33"));
+    sessions.send("Lock", QStringLiteral("/org/freedesktop/login1/session/_33"));
     sessions.change("LockedHint", false);
     sessions.change("IdleHint", true);
     deliver();
     EXPECT_EQ(locks, 0);
-    sessions.sendLock(ownSession);
+    sessions.send("Lock", ownSession);
     deliver();
     EXPECT_EQ(locks, 1);
     sessions.change("LockedHint", true);
     deliver();
     EXPECT_EQ(locks, 2);
+}
+
+TEST_F(SessionLockTest, IsUnlockedOnceNoLockerLocksIt) {
+    const auto saver = QStringLiteral("org.cinnamon.ScreenSaver");
+    desktop.registerService(saver);
+    Sessions sessions(desktop);
+    lock.hearLoginManager(client);
+    ASSERT_TRUE(spinUntil([&] { return sessions.wasAsked; }));
+    deliver();
+    sessions.change("LockedHint", true);
+    tell(saver, QStringLiteral("/"), true);
+    tell(saver, QStringLiteral("/"), false);
+    EXPECT_EQ(unlocks, 0) << "the login manager says that it is locked";
+    sessions.change("IdleHint", false);
+    sessions.send("Unlock", QStringLiteral("/org/freedesktop/login1/session/_33"));
+    deliver();
+    EXPECT_EQ(unlocks, 0);
+    sessions.change("LockedHint", false);
+    deliver();
+    EXPECT_EQ(unlocks, 1);
+}
+
+TEST_F(SessionLockTest, ARequestToUnlockEndsALockThatNobodyElseTellsOf) {
+    const auto saver = QStringLiteral("org.mate.ScreenSaver");
+    desktop.registerService(saver);
+    Sessions sessions(desktop);
+    lock.hearLoginManager(client);
+    ASSERT_TRUE(spinUntil([&] { return sessions.wasAsked; }));
+    deliver();
+    sessions.send("Lock", ownSession);
+    sessions.send("Unlock", ownSession);
+    deliver();
+    EXPECT_EQ(unlocks, 1);
+    tell(saver, QStringLiteral("/"), true);
+    sessions.send("Unlock", ownSession);
+    deliver();
+    EXPECT_EQ(unlocks, 1) << "the screen saver has not followed yet";
+    tell(saver, QStringLiteral("/"), false);
+    EXPECT_EQ(unlocks, 2);
 }
 
 TEST_F(SessionLockTest, ALoginManagerThatKnowsNoSessionIsNotHeard) {
@@ -128,7 +168,7 @@ TEST_F(SessionLockTest, ALoginManagerThatKnowsNoSessionIsNotHeard) {
     lock.hearLoginManager(client);
     ASSERT_TRUE(spinUntil([&] { return sessions.wasAsked; }));
     deliver();
-    sessions.sendLock(ownSession);
+    sessions.send("Lock", ownSession);
     sessions.change("LockedHint", true);
     deliver();
     EXPECT_EQ(locks, 0);

@@ -121,13 +121,22 @@ class FakeDepartures : public Platform::Departures {
 public:
     /// The user locks the session, or looks at another workspace.
     void depart() { observers_.tell(); }
+    void lock() {
+        observers_.tell();
+        lockObservers_.tell(true);
+    }
+    void unlock() { lockObservers_.tell(false); }
 
     Platform::Subscription addObserver(std::function<void()> handler) override {
         return observers_.add(std::move(handler));
     }
+    Platform::Subscription addLockObserver(std::function<void(bool isLocked)> handler) override {
+        return lockObservers_.add(std::move(handler));
+    }
 
 private:
     Platform::Subscribers<> observers_;
+    Platform::Subscribers<bool> lockObservers_;
 };
 
 class FakeMenuBar : public Platform::MenuBar {

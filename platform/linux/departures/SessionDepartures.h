@@ -28,11 +28,14 @@ public:
 
     /// For parts that tell in ways of their own.
     void tell() { observers_.tell(); }
+    void tellLock(bool isLocked);
 
     Platform::Subscription addObserver(std::function<void()> handler) override;
+    Platform::Subscription addLockObserver(std::function<void(bool isLocked)> handler) override;
 
 private:
     Platform::Subscribers<> observers_;
+    Platform::Subscribers<bool> lockObservers_;
     SessionLock lock_;
     std::optional<X11WorkspaceSwitches> x11Switches_;
     std::optional<I3WorkspaceSwitches> i3Switches_;

@@ -9,29 +9,32 @@
 #include <QDBusPendingReply>
 #include <QVariantMap>
 
+#include <optional>
 #include <utility>
 
 namespace LinuxPlatform {
 namespace {
 
-bool saysLocked(const QDBusMessage& change) {
-    return change.arguments().value(0).toString() == loginSessionInterface &&
-           qdbus_cast<QVariantMap>(change.arguments().value(1)).value(QStringLiteral("LockedHint")).toBool();
+/// Empty where the change is not about that.
+std::optional<bool> saysLocked(const QDBusMessage& change) {
+    if (change.arguments().value(0).toString() != loginSessionInterface) {
+        return std::nullopt;
+    }
+    const auto hint =
+        qdbus_cast<QVariantMap>(change.arguments().value(1)).value(QStringLiteral("LockedHint"));
+    return hint.isValid() ? std::optional(hint.toBool()) : std::nullopt;
 }
 
 } // namespace
 
-SessionLock::SessionLock(const QDBusConnection& sessionBus, std::function<void()> didLock)
-    : didLock_(std::move(didLock)) {
+SessionLock::SessionLock(const QDBusConnection& sessionBus, std::function<void(bool isLocked)> didChange)
+    : didChange_(std::move(didChange)) {
     for (const auto* const desktop : {"freedesktop", "gnome", "cinnamon", "mate", "xfce"}) {
         const auto saver = QStringLiteral("org.%1.ScreenSaver").arg(QLatin1String(desktop));
         // The paths differ.
-        signals_.emplace_back(sessionBus, saver, QString(), saver, QStringLiteral("ActiveChanged"),
-                              [this](const QDBusMessage& change) {
-                                  if (change.arguments().value(0).toBool()) {
-                                      didLock_();
-                                  }
-                              });
+        signals_.emplace_back(
+            sessionBus, saver, QString(), saver, QStringLiteral("ActiveChanged"),
+            [this, saver](const QDBusMessage& change) { hear(saver, change.arguments().value(0).toBool()); });
     }
 }
 
@@ -54,13 +57,27 @@ void SessionLock::hearLoginManager(const QDBusConnection& systemBus) {
 
 void SessionLock::hearLoginSession(const QDBusConnection& systemBus, const QString& session) {
     signals_.emplace_back(systemBus, loginService, session, loginSessionInterface, QStringLiteral("Lock"),
-                          [this](const QDBusMessage& /*signal*/) { didLock_(); });
+                          [this](const QDBusMessage& /*signal*/) { didChange_(true); });
+    // A request as well. A locker that tells of itself ends the lock when it follows.
+    signals_.emplace_back(systemBus, loginService, session, loginSessionInterface, QStringLiteral("Unlock"),
+                          [this](const QDBusMessage& /*signal*/) { hear(loginSessionInterface, false); });
     signals_.emplace_back(systemBus, loginService, session, QStringLiteral("org.freedesktop.DBus.Properties"),
                           QStringLiteral("PropertiesChanged"), [this](const QDBusMessage& change) {
-                              if (saysLocked(change)) {
-                                  didLock_();
+                              if (const auto isLocked = saysLocked(change)) {
+                                  hear(loginSessionInterface, *isLocked);
                               }
                           });
+}
+
+void SessionLock::hear(const QString& locker, bool isLocked) {
+    if (isLocked) {
+        lockers_.insert(locker);
+    } else {
+        lockers_.remove(locker);
+    }
+    if (isLocked || lockers_.isEmpty()) {
+        didChange_(isLocked);
+    }
 }
 
 } // namespace LinuxPlatform

@@ -4,6 +4,7 @@
 
 #include <QDBusConnection>
 #include <QObject>
+#include <QSet>
 #include <QString>
 
 #include <functional>
@@ -11,13 +12,14 @@
 
 namespace LinuxPlatform {
 
-/// Hears that the session is being locked, from the desktop's screen saver and from the login manager.
-/// Lockers that tell neither are not noticed. Main thread only; nothing here waits. Source:
-/// org.freedesktop.ScreenSaver and the interfaces that desktops named after it (ActiveChanged), and
-/// org.freedesktop.login1.Session (Lock, LockedHint).
+/// Hears that the session is being locked and that it is unlocked, from the desktop's screen saver and from
+/// the login manager. Lockers that tell neither are not noticed. Main thread only; nothing here waits.
+/// Source: org.freedesktop.ScreenSaver and the interfaces that desktops named after it (ActiveChanged), and
+/// org.freedesktop.login1.Session (Lock, Unlock, LockedHint).
 class SessionLock {
 public:
-    SessionLock(const QDBusConnection& sessionBus, std::function<void()> didLock);
+    /// `didChange` is called once or more often for each lock, and once no locker says that it still locks.
+    SessionLock(const QDBusConnection& sessionBus, std::function<void(bool isLocked)> didChange);
 
     /// From when it has said which session this is.
     void hearLoginManager(const QDBusConnection& systemBus);
@@ -25,7 +27,11 @@ public:
 private:
     void hearLoginSession(const QDBusConnection& systemBus, const QString& session);
 
-    std::function<void()> didLock_;
+    void hear(const QString& locker, bool isLocked);
+
+    std::function<void(bool isLocked)> didChange_;
+    /// Interfaces of those that say that they lock the session.
+    QSet<QString> lockers_;
     std::list<DBusSignal> signals_;
     /// Receives the login manager's answer.
     QObject context_;
