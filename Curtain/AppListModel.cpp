@@ -33,6 +33,8 @@ QString visibilityName(PrivateAppVisibility visibility) {
         return QStringLiteral("hidden");
     case PrivateAppVisibility::notRunning:
         return QStringLiteral("notRunning");
+    case PrivateAppVisibility::notInstalled:
+        return QStringLiteral("notInstalled");
     case PrivateAppVisibility::unknown:
         return QStringLiteral("cannotTell");
     }

@@ -400,6 +400,7 @@ QStringList MeetingReadinessView::visibilities() const {
     static constexpr std::array names{std::pair{PrivateAppVisibility::visible, "visible"},
                                       std::pair{PrivateAppVisibility::hidden, "hidden"},
                                       std::pair{PrivateAppVisibility::notRunning, "notRunning"},
+                                      std::pair{PrivateAppVisibility::notInstalled, "notInstalled"},
                                       std::pair{PrivateAppVisibility::unknown, "cannotTell"}};
     QStringList found;
     for (const auto& [visibility, name] : names) {
@@ -557,7 +558,11 @@ void MeetingReadinessView::fillLists() {
     std::vector<AppListRow> rows;
     std::set<std::string> known;
     for (const auto& app : PrivateAppsInspector::rows(services_.workspace, targets)) {
-        rows.push_back({AppListRow::Kind::privateApp, {app.bundleID, app.name}, app.visibility});
+        const CatalogEntry entry{app.bundleID, app.name};
+        const bool isGone =
+            app.visibility == PrivateAppVisibility::notRunning && services_.catalog.isGone(entry);
+        rows.push_back({AppListRow::Kind::privateApp, entry,
+                        isGone ? PrivateAppVisibility::notInstalled : app.visibility});
         known.insert(app.bundleID);
     }
     privateApps_.setRows(rows);

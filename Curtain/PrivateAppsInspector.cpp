@@ -31,6 +31,7 @@ PrivateAppsReport report(Platform::Workspace& workspace, const std::vector<Curta
             ++report.hidden;
             break;
         case PrivateAppVisibility::notRunning:
+        case PrivateAppVisibility::notInstalled:
             break;
         case PrivateAppVisibility::unknown:
             ++report.unknown;

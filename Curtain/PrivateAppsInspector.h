@@ -12,6 +12,8 @@ enum class PrivateAppVisibility {
     visible,
     hidden,
     notRunning,
+    /// Not running, and certainly no longer installed; for who knows what is installed.
+    notInstalled,
     /// Not seen, in a session that does not show all of its windows.
     unknown,
 };

@@ -65,12 +65,14 @@ Card {
             StateMetrics { id: hiddenWord; text: panel.model.visibilities.includes("hidden") ? panel.model.text("hidden") : "" }
             StateMetrics { id: cannotTellWord; text: panel.model.visibilities.includes("cannotTell") ? panel.model.text("cannotTell") : "" }
             StateMetrics { id: notRunningWord; text: panel.model.visibilities.includes("notRunning") ? panel.model.text("notRunning") : "" }
+            StateMetrics { id: notInstalledWord; text: panel.model.visibilities.includes("notInstalled") ? panel.model.text("notInstalled") : "" }
 
             ListView {
                 id: list
 
                 readonly property real stateWidth: 14 + Math.ceil(Math.max(visibleWord.implicitWidth,
-                    hiddenWord.implicitWidth, notRunningWord.implicitWidth, cannotTellWord.implicitWidth))
+                    hiddenWord.implicitWidth, notRunningWord.implicitWidth, notInstalledWord.implicitWidth,
+                    cannotTellWord.implicitWidth))
                 readonly property bool canScroll: contentHeight > height
 
                 objectName: "privateAppsList"

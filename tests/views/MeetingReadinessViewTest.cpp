@@ -100,6 +100,21 @@ TEST_F(ReadinessView, SaysHowThePrivateAppsStand) {
     EXPECT_EQ(view().visibilities(), QStringList({"notRunning"}));
 }
 
+TEST_F(ReadinessView, SaysWhichPrivateAppIsCertainlyNoLongerInstalled) {
+    world.setPrivateApps({{"gone", "Old Chat"}, {"mail", "Mail"}});
+    world.files.goneApps = {"gone"};
+    world.coordinator.refresh();
+    EXPECT_EQ(view().visibilities(), QStringList({"notRunning", "notInstalled"}));
+    EXPECT_EQ(view().privateAppsStatus(), "ok");
+    world.workspace.run("gone");
+    world.coordinator.refresh();
+    EXPECT_EQ(view().visibilities(), QStringList({"visible", "notRunning"})) << "it runs on";
+    world.workspace.quitAll();
+    world.workspace.everyWindowIsKnown = false;
+    world.coordinator.refresh();
+    EXPECT_EQ(view().visibilities(), QStringList("cannotTell"));
+}
+
 TEST_F(ReadinessView, WithoutPrivateAppsTheirRowIsReady) {
     world.coordinator.refresh();
     EXPECT_FALSE(view().hasPrivateApps());

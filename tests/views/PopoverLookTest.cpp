@@ -166,6 +166,22 @@ TEST_F(PopoverLook, Recording) {
     });
 }
 
+TEST_F(PopoverLook, APrivateAppIsNoLongerInstalled) {
+    inEveryLanguage(
+        "not-installed",
+        [](auto& world) {
+            world.makeRisky();
+            auto apps = world.store.load().targetApps;
+            apps.insert(apps.begin(), {"org.Gone", "Messages of Yesterday"});
+            world.setPrivateApps(apps);
+            world.files.goneApps = {"org.Gone"};
+            world.coordinator.refresh();
+        },
+        [](auto& shown, auto& world) {
+            EXPECT_THAT(shown.texts(), testing::Contains(world.view->text("notInstalled")));
+        });
+}
+
 TEST_F(PopoverLook, NothingCanBeSeen) {
     inEveryLanguage("unknown-apps", [](auto& world) {
         world.makeClear();
