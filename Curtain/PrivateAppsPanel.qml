@@ -380,6 +380,8 @@ Card {
                             tip: panel.model.text(choice.isPrivate ? "remove" : "add")
                             Accessible.name: tip + ": " + choice.name
                             onClicked: choice.act()
+                            // Its second click would be for the app that is there by then, and is none where this is heard.
+                            onDoubleClicked: {}
                         }
                     }
                 }

@@ -4,6 +4,8 @@
 
 #include <QAccessible>
 #include <QAccessibleInterface>
+#include <QGuiApplication>
+#include <QStyleHints>
 
 #include <cmath>
 #include <ctime>
@@ -478,6 +480,31 @@ TEST_F(Popover, AppsAreEditedWithTheMouse) {
     shown->click("saveApps");
     EXPECT_FALSE(world.view->editingApps());
     EXPECT_NE(shown->find("hidePrivateApps"), nullptr);
+}
+
+TEST_F(Popover, ADoubleClickOnAnAppsButtonLeavesTheAppThatSlidesBelowItAlone) {
+    world.setPrivateApps({{"org.app.Albums", "Albums"}, {"org.app.Mail", "Mail"}});
+    world.install("org.app.Calendar", "Calendar");
+    world.install("org.app.Journal", "Journal");
+    show();
+    shown->click("edit");
+    auto& hints = *QGuiApplication::styleHints();
+    const auto usual = hints.mouseDoubleClickInterval();
+    for (const auto* const button : {"remove org.app.Albums", "add org.app.Journal"}) {
+        SCOPED_TRACE(button);
+        const auto place = shown->place(button).center();
+        const auto before = world.store.load().targetApps;
+        hints.setMouseDoubleClickInterval(60'000);
+        shown->clickAt(place);
+        const auto once = world.store.load().targetApps;
+        EXPECT_NE(once, before);
+        shown->clickAt(place);
+        EXPECT_EQ(world.store.load().targetApps, once);
+        hints.setMouseDoubleClickInterval(1);
+        shown->clickAt(place);
+        EXPECT_NE(world.store.load().targetApps, once) << "whoever clicks later means what is there";
+    }
+    hints.setMouseDoubleClickInterval(usual);
 }
 
 TEST_F(Popover, TabLeadsFromTheSearchToWhatWasSearchedForAndNotToWhatIsPrivateAlready) {
