@@ -155,7 +155,6 @@ private:
     };
 
     void reloadEntries();
-    /// The private apps that are neither installed nor run.
     /// The private ones that stand in neither list.
     std::vector<CatalogEntry> unlistedApps() const;
     void modelChanged();

@@ -142,7 +142,8 @@ class DesktopCase(unittest.TestCase):
 
     def start_mousepad(self):
         """A second one only asks the first for a further window and ends."""
-        return self.desktop.start("mousepad", "--opening-mode=window")
+        # One whose settings outlive it asks whether to restore what was open when a test ended it.
+        return self.desktop.start("mousepad", "--opening-mode=window", environment={"GSETTINGS_BACKEND": "memory"})
 
     def start_chromium(self):
         page = f"data:text/html,<title>page</title><body style='background:{PAGE_COLOUR.replace('#', '%23')}'>"

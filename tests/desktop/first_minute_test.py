@@ -89,6 +89,8 @@ class FirstMinuteTest(AccessibilityCase):
     def strike_at(self, line, key):
         """With as many steps as lead there from where the focus is."""
         self.find(line)
+        # Keys go to the window in front.
+        wait_until(self.is_in_front, "Curtain's window is in front", seen=self.desktop.describe)
         focused = self.focused()
         for _ in range(MOST_STEPS):
             if line in focused:

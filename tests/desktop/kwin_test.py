@@ -81,7 +81,7 @@ class KWinTest(KWinScripts, DesktopCase):
         self.wait_seen("xterm", "editor", "urxvt")
 
     def start_editor(self):
-        return self.desktop.start("mousepad", "--disable-server", environment={"DISPLAY": None})
+        return self.desktop.start("mousepad", "--disable-server", environment={"DISPLAY": None, "GSETTINGS_BACKEND": "memory"})
 
     def watch_bus(self, interface):
         monitor = self.desktop.start("dbus-monitor", "--session", f"interface='{interface}'")
@@ -201,10 +201,10 @@ class KWinTest(KWinScripts, DesktopCase):
         self.toggle_privacy()
         wait_until(lambda: self.pixels() == before and not self.minimised(), "the screen is as it was", seen=self.seen)
         self.assertEqual((xterm.workspace, self.desktop.workspace), (1, 0))
+        # The next test starts on the first one.
+        self.addCleanup(setattr, self.desktop, "workspace", 0)
         self.desktop.workspace = 1
         self.wait_seen("xterm")
-        # The next test starts there.
-        self.desktop.workspace = 0
 
     def test_what_fills_the_screen_fills_it_again(self):
         self.start_urxvt(x=30, y=30)

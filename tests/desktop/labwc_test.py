@@ -56,7 +56,7 @@ class LabwcTest(popover_window.HidingSessionCase):
         self.assertTrue(stays(lambda: self.seen() == {"urxvt"}))
         self.toggle()
         self.wait_seen("xterm", "foot", "urxvt")
-        self.assertFalse(further.is_hidden)
+        wait_until(lambda: not further.is_hidden, "it is back", seen=self.desktop.describe)
 
     def test_hides_again_what_its_user_brings_back(self):
         self.start_with_private_terminals()

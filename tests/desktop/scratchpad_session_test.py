@@ -100,9 +100,11 @@ class ScratchpadSessionTest(popover_window.HidingSessionCase):
     def workspace_of(self, window_class):
         return next((workspace for node, workspace in windows() if class_of(node) == window_class), None)
 
+    def is_focused(self, window_class):
+        return any(node["focused"] and class_of(node) == window_class for node, _ in windows())
+
     def wait_focused(self, window_class):
-        wait_until(lambda: any(node["focused"] and class_of(node) == window_class for node, _ in windows()),
-                   f"{window_class} has the focus", seen=picture)
+        wait_until(lambda: self.is_focused(window_class), f"{window_class} has the focus", seen=picture)
 
     def open_three(self):
         """A terminal that is private, one of Wayland that is private too where there is Wayland, and one that is not."""
@@ -132,7 +134,8 @@ class ScratchpadSessionTest(popover_window.HidingSessionCase):
             self.toggle()
             wait_until(lambda: self.shows(XTERM_COLOUR) and self.shows(FOOT_COLOUR) == IS_SWAY, "they are back",
                        seen=picture)
-            # The app that is given back comes to the front.
+            # The app that is given back comes to the front, which is the last thing that happens.
+            wait_until(lambda: stays(lambda: not self.is_focused("URxvt")), "another app has the focus", seen=picture)
             self.do('[class="URxvt"] focus')
             wait_until(lambda: picture() == before, f"everything is as before: {before}", seen=picture)
 
@@ -174,7 +177,7 @@ class ScratchpadSessionTest(popover_window.HidingSessionCase):
         self.start_curtain()
         self.act("settings")
         self.wait_lines("hotkey field: Global shortcut:")
-        self.assertNotIn(X11_WINDOWS_ONLY, self.lines())
+        self.assertTrue(stays(lambda: X11_WINDOWS_ONLY not in self.lines()), self.lines())
 
     def test_hides_what_is_opened_meanwhile(self):
         self.start_curtain(XTERM, FOOT)

@@ -235,13 +235,15 @@ class TrayTest(unittest.TestCase):
     def choose_last_of_menu(self):
         menu = wait_until(menus, "the menu")[0]
         x, y = menu.x + menu.width // 2, menu.y + menu.height - 10
-        before, moves = pixel(menu.x + 4, y), itertools.count()
+        moves = itertools.count()
 
         def is_highlighted():
             # A press before the pointer has moved like a hand's counts, since Qt 6.8, as part of the click that opened the menu.
             output("xdotool", "mousemove", str(x + next(moves) % 2), str(y))
-            return pixel(menu.x + 4, y) != before
-        wait_until(is_highlighted, "the last entry is highlighted")
+            # It differs from the first one as long as the pointer is there.
+            return pixel(menu.x + 4, y) != pixel(menu.x + 4, menu.y + 10)
+        # A menu that is being painted differs for a moment.
+        wait_until(lambda: is_highlighted() and is_highlighted(), "the last entry is highlighted")
         output("xdotool", "click", "1")
 
     # Which tray

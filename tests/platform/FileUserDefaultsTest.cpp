@@ -523,7 +523,8 @@ struct SlowDrive {
 };
 
 LinuxPlatform::LocalDrives drivesThatAreAll(bool areLocal) {
-    return LinuxPlatform::LocalDrives([areLocal](const fs::path&) { return areLocal; });
+    return LinuxPlatform::LocalDrives([areLocal](const fs::path&) { return areLocal; },
+                                      std::chrono::seconds(20));
 }
 
 TEST_F(FileUserDefaultsTest, ADriveThatDoesNotAnswerIsNotWaitedForAgain) {
@@ -617,6 +618,15 @@ TEST_F(FileUserDefaultsTest, ADriveOfThisComputerIsWaitedFor) {
     EXPECT_EQ(local.string("absent"), std::nullopt);
     EXPECT_EQ(local.string("key"), "value");
     EXPECT_THAT(log.lines, IsEmpty());
+}
+
+TEST_F(FileUserDefaultsTest, WhatIsAbsentLiesWhereItsFolderDoesAndWhatFailsLiesNowhere) {
+    EXPECT_EQ(LinuxPlatform::isOnLocalDrive(fs::path(folder) / "absent" / "file"),
+              LinuxPlatform::isOnLocalDrive(folder));
+    fs::create_directories(folder);
+    const auto endless = fs::path(folder) / "endless";
+    fs::create_symlink(endless, endless);
+    EXPECT_FALSE(LinuxPlatform::isOnLocalDrive(endless / "file"));
 }
 
 TEST_F(FileUserDefaultsTest, ADriveThatDoesNotSayWhereItIsIsAskedOnce) {

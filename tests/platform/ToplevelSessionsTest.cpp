@@ -75,7 +75,7 @@ TEST(ToplevelIgnoredHidingTest, IsFoundOutAndTheWindowStaysVisible) {
     session.waylandSocket = waylandSocket();
     const auto system = LinuxPlatform::windowsOfSession(session, x11.connection.get(), x11.mainQueue);
     openDrawn(x11.client, "a");
-    ASSERT_TRUE(spinUntil([&] { return system->windows().size() == 1; }));
+    ASSERT_TRUE(spinUntil([&] { return system->knowsEveryWindow() && system->windows().size() == 1; }));
     const std::array window{system->windows().front().id};
     EXPECT_EQ(system->hidingObstacle(), Platform::HidingObstacle::waylandSession)
         << "it has shown nothing yet";

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <thread>
 #include <utility>
 
@@ -36,8 +37,10 @@ bool isOnLocalDrive(const fs::path& path) {
     if (descriptor.isOpen()) {
         return isOnLocalDrive(descriptor.get());
     }
+    // What fails in another way may lie on a drive that is in trouble.
+    const bool isAbsent = errno == ENOENT || errno == ENOTDIR;
     const auto folder = path.parent_path();
-    return folder != path && isOnLocalDrive(folder);
+    return isAbsent && folder != path && isOnLocalDrive(folder);
 }
 
 LocalDrives::LocalDrives(Ask ask, std::chrono::milliseconds patience)

@@ -32,7 +32,10 @@ ToplevelWindowSystem::ToplevelWindowSystem(const std::filesystem::path& socket, 
           [this] {
               return WindowActivation::Scene{{}, [this](WindowId window) { return exists(window); }};
           },
-          [this](WindowId window) { toplevels_.ask(ForeignToplevels::Act::activate, std::array{window}); }),
+          [this](WindowId window) {
+              front_ = window;
+              toplevels_.ask(ForeignToplevels::Act::activate, std::array{window});
+          }),
       events_(queue, leaving_,
               [this](WindowId window) {
                   const auto* const found = model_.find(window);
@@ -119,6 +122,7 @@ void ToplevelWindowSystem::takeLoss() {
     model_.clear();
     trial_.startAnew();
     leaving_.remove([](WindowId) { return true; });
+    returning_.remove([](WindowId) { return true; });
     activation_.forget([](WindowId) { return true; });
     front_.reset();
 }
@@ -145,6 +149,7 @@ void ToplevelWindowSystem::show(std::span<const WindowId> windows) {
     leaving_.remove([&](WindowId window) { return std::ranges::find(windows, window) != windows.end(); });
     // Of apps that come back one after another, the first has the focus perhaps.
     if (returning_.isOver()) {
+        returning_.remove([](WindowId) { return true; });
         front_ = model_.active();
     }
     returning_.add(windows);

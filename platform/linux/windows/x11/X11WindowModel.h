@@ -127,9 +127,9 @@ public:
     std::uint64_t managerGeneration() const { return managerGeneration_; }
     /// Managed windows in the window manager's order, oldest first; none while there is no window manager.
     const std::vector<xcb_window_t>& managedWindows() const { return clientList_; }
-    /// None when no window has the focus.
     /// Windows that come later have greater ones.
     std::uint64_t newestBirth() const { return lastBirth_; }
+    /// None when no window has the focus.
     std::optional<xcb_window_t> activeWindow() const {
         return activeWindow_ != XCB_WINDOW_NONE ? std::optional(activeWindow_) : std::nullopt;
     }

@@ -234,12 +234,14 @@ void X11WindowSystem::show(std::span<const WindowId> windows) {
 }
 
 void X11WindowSystem::activate(std::span<const WindowId> windows) {
+    takeIn();
     toActivate_.insert(toActivate_.end(), windows.begin(), windows.end());
+    newestBefore_ = model_.newestBirth();
     // Some window managers bring a window back by activating it, or put what comes back on top.
-    restorer_.whenDone([this, newest = model_.newestBirth()] {
+    restorer_.whenDone([this] {
         takeIn();
         const auto requested = std::exchange(toActivate_, {});
-        if (isActiveBornAfter(newest)) {
+        if (isActiveBornAfter(newestBefore_)) {
             // Managers may take seconds, and who opened a window in the meantime works in it.
             activation_.forget(
                 [&](WindowId window) { return std::ranges::find(requested, window) != requested.end(); });

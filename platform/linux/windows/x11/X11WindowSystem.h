@@ -74,6 +74,8 @@ private:
     X11WindowRestorer restorer_;
     /// As soon as what was given back is there.
     std::vector<WindowId> toActivate_;
+    /// The newest window when that was asked last.
+    std::uint64_t newestBefore_ = 0;
     WindowActivation activation_;
     bool isTakeInScheduled_ = false;
     WindowEvents events_;
