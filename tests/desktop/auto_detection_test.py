@@ -50,8 +50,13 @@ class AutoDetectionTest(DesktopCase):
 
     def click_button(self):
         window = wait_until(self.notice, "there is a notice", PATIENCE)
+
+        def place_at_rest():
+            # It grows by its buttons once it is there, and a click beside them does something else.
+            place = self.display.geometry(window)
+            return place if stays(lambda: self.display.geometry(window) == place, 1) else None
         for _ in range(5):
-            x, y, width, height = self.display.geometry(window)
+            x, y, width, height = wait_until(place_at_rest, "the notice is at rest")
             subprocess.run(["xdotool", "mousemove", str(x + width - BUTTON_FROM_CORNER[0]),
                             str(y + height - BUTTON_FROM_CORNER[1]), "click", "1"], check=True)
             # It takes no clicks while it comes up.
