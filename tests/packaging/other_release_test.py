@@ -76,7 +76,7 @@ def make_system(release, log):
     log.parent.mkdir(parents=True, exist_ok=True)
     hook = shlex.join([sys.executable, "-B", str(Path(__file__).resolve()), INSIDE, str(log)]) + ' "$1"'
     with open(log, "wb") as output:
-        status = subprocess.run(["mmdebstrap", "--variant=apt", "--include=make,ca-certificates", "--format=null",
+        status = subprocess.run(["mmdebstrap", "--variant=apt", "--include=make,mount,ca-certificates", "--format=null",
                                  f"--customize-hook={hook}", release, "-", *sources], stdout=output, stderr=output,
                                 check=False).returncode
     lines = log.read_text(errors="replace").splitlines()
