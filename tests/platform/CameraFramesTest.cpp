@@ -171,7 +171,10 @@ TEST(RawVideoTest, PlanarLayoutsMayBeInOnePieceOrInSeveral) {
              {VideoFrame{twoPlanes, {VideoPlane{nv12}}},
               VideoFrame{twoPlanes, {VideoPlane{luma}, VideoPlane{chroma.both}}},
               VideoFrame{threePlanes, {VideoPlane{yuv420, 64}}},
-              VideoFrame{threePlanes, {VideoPlane{luma}, VideoPlane{chroma.blue}, VideoPlane{chroma.red}}}}) {
+              VideoFrame{threePlanes, {VideoPlane{luma}, VideoPlane{chroma.blue}, VideoPlane{chroma.red}}},
+              // Some producers say of every plane what is true of the first.
+              VideoFrame{threePlanes,
+                         {VideoPlane{luma, 64}, VideoPlane{chroma.blue, 64}, VideoPlane{chroma.red, 64}}}}) {
             const auto picture = pictureOfRawFrame(frame, reduction);
             ASSERT_TRUE(picture);
             EXPECT_TRUE(showsBars(*picture)) << int(frame.format.layout) << " by " << reduction;

@@ -3,7 +3,9 @@
 #include <gmock/gmock.h>
 
 #include <chrono>
+#include <csignal>
 #include <cstddef>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -157,6 +159,40 @@ TEST_F(HostileCamerasTest, PlanesInThreeBuffersAreOnePicture) {
     const auto camera = watch("planar", {"size=640x480"});
     ASSERT_TRUE(comesOn());
     EXPECT_TRUE(showsBars(*preview->picture()));
+}
+
+/// Stands still until it is let go of.
+class FrozenProcess {
+public:
+    explicit FrozenProcess(pid_t process) : process_(process) { kill(process_, SIGSTOP); }
+    FrozenProcess(const FrozenProcess&) = delete;
+    FrozenProcess& operator=(const FrozenProcess&) = delete;
+    ~FrozenProcess() { kill(process_, SIGCONT); }
+
+private:
+    pid_t process_;
+};
+
+TEST_F(HostileCamerasTest, AFrozenDaemonLeavesDarknessAndHoldsUpNobody) {
+    const auto camera = watch("yuyv", {});
+    ASSERT_TRUE(comesOn());
+    const std::filesystem::path pids = std::getenv("VIRTUAL_DESKTOP_PIDS");
+    {
+        // Most cameras are driven by the daemon itself.
+        const FrozenProcess daemon(std::stoi(TestSupport::readFile(pids / "pipewire")));
+        camera->signal(SIGSTOP);
+        EXPECT_TRUE(goesDark());
+        EXPECT_EQ(session->interruption(), Platform::CaptureInterruption::noPictures);
+        for (int turn = 0; turn < 3; ++turn) {
+            const auto begin = Clock::now();
+            session->stopRunning();
+            services.devices();
+            session->startRunning();
+            EXPECT_LT(Clock::now() - begin, std::chrono::seconds(1)) << turn;
+        }
+    }
+    camera->signal(SIGCONT);
+    EXPECT_TRUE(comesOn());
 }
 
 TEST_F(HostileCamerasTest, AHundredAndTwentyPicturesASecondAreNotTooMany) {

@@ -66,14 +66,21 @@ std::optional<Planes> planesOf(const VideoFrame& frame) {
         const auto& given = frame.planes[index];
         auto data = given.data;
         auto stride = static_cast<std::size_t>(std::max(given.stride, 0));
-        if (index > 0 && data.empty()) {
+        const auto isLargeEnough = [&] {
+            return stride >= shape.bytesInRow && data.size() >= stride * (shape.rows - 1) + shape.bytesInRow;
+        };
+        const bool isBehind = index > 0 && data.empty();
+        if (isBehind) {
             data = rest;
+        }
+        // Some producers say of every plane what is true of the first.
+        if (isBehind || (index > 0 && stride == strideOfFirst && !isLargeEnough())) {
             stride = strideOfFirst * shape.bytesInRow / allShapes[0].bytesInRow;
         }
         if (stride == 0) {
             stride = shape.bytesInRow;
         }
-        if (stride < shape.bytesInRow || data.size() < stride * (shape.rows - 1) + shape.bytesInRow) {
+        if (!isLargeEnough()) {
             return std::nullopt;
         }
         if (index == 0) {
