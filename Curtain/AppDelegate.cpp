@@ -846,7 +846,8 @@ void AppDelegate::savePhoto() {
         lifetime_.weak([this, photo = std::weak_ptr(cameraManager_.capturedPhoto())](
                            Platform::WriteOutcome outcome) { tellOfSaving(photo.lock(), newsOf(outcome)); });
     platform_.savePanel->open(
-        {name, platform_.userFolders->pictures(), "image/jpeg"},
+        {name, platform_.userFolders->pictures(), "image/jpeg",
+         std::string(PlatformWording::string(CurtainCore::LocKey::saveFile, currentLang()))},
         lifetime_.weak([this, data = *data, tell = std::move(tell)](const std::optional<std::string>& path) {
             savePanelDidClose();
             if (path) {

@@ -13,6 +13,8 @@ struct SavePanelOptions {
     std::optional<std::string> folder;
     /// The only kind of file that can be saved, such as "image/jpeg".
     std::string mimeType;
+    /// What the panel calls itself.
+    std::string title;
 };
 
 /// The desktop's dialog for saving a file. Main thread only.

@@ -29,6 +29,7 @@
 #include "platform/linux/ownwindows/X11EventMonitors.h"
 #include "platform/linux/ownwindows/X11MenuBar.h"
 #include "platform/linux/ownwindows/X11WindowManagerClient.h"
+#include "platform/linux/savepanel/PortalSavePanel.h"
 #include "platform/linux/screenwatch/CaptureRoads.h"
 #include "platform/linux/screenwatch/ScreenWatch.h"
 #include "platform/linux/session/AutostartEntry.h"
@@ -59,6 +60,7 @@
 #include "platform/qt/ImageRendering.h"
 #include "platform/qt/LazyViews.h"
 #include "platform/qt/PopUpMenu.h"
+#include "platform/qt/PortalWindow.h"
 #include "platform/qt/QtApplication.h"
 #include "platform/qt/QtEventMonitors.h"
 #include "platform/qt/QtMainQueue.h"
@@ -306,7 +308,9 @@ void addShell(Platform::Platform& platform, Session& session) {
         std::make_unique<QtPlatform::LazyPopover>(session.views, session.screens, windowManager);
     platform.windows = std::make_unique<QtPlatform::LazyWindows>(session.views, windowManager);
     platform.pasteboard = std::make_unique<QtPlatform::QtPasteboard>();
-    platform.savePanel = std::make_unique<QtPlatform::QtSavePanel>();
+    platform.savePanel = std::make_unique<PortalSavePanel>(QDBusConnection::sessionBus(),
+                                                           QtPlatform::portalNameOfFocusedWindow,
+                                                           std::make_unique<QtPlatform::QtSavePanel>());
     platform.urlOpener =
         std::make_unique<SettingsLinkOpener>(desktopNames(environment), QtPlatform::startDetached);
 }

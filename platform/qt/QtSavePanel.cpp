@@ -28,6 +28,7 @@ void QtSavePanel::open(const Platform::SavePanelOptions& options,
     dialog_ = std::make_unique<QFileDialog>();
     // So does the popover, which would cover it otherwise.
     dialog_->setWindowFlag(Qt::WindowStaysOnTopHint);
+    dialog_->setWindowTitle(QString::fromStdString(options.title));
     const auto mimeType = QString::fromStdString(options.mimeType);
     dialog_->setAcceptMode(QFileDialog::AcceptSave);
     dialog_->setFileMode(QFileDialog::AnyFile);

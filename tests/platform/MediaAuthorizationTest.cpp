@@ -1,19 +1,16 @@
 #include "platform/linux/media/LinuxMediaAuthorization.h"
 
-#include "tests/support/BusObject.h"
 #include "tests/support/EventLoop.h"
+#include "tests/support/FakePortal.h"
 #include "tests/support/PrivateBus.h"
 
-#include <QDBusArgument>
 #include <QDBusMessage>
-#include <QDBusObjectPath>
 
 #include <gmock/gmock.h>
 
 #include <chrono>
 #include <memory>
 #include <optional>
-#include <utility>
 #include <vector>
 
 namespace {
@@ -24,64 +21,10 @@ using Platform::MediaType;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
+using TestSupport::FakePortal;
 using TestSupport::spinUntil;
 
 constexpr auto patience = std::chrono::seconds(30);
-
-/// A desktop portal that writes down what it is asked and answers when the test says so.
-class FakePortal : public TestSupport::BusObject {
-public:
-    enum class Mood { asksTheUser, refuses, saysNothing };
-
-    explicit FakePortal(QDBusConnection bus)
-        : BusObject(std::move(bus), QStringLiteral("org.freedesktop.portal.Desktop"),
-                    QStringLiteral("/org/freedesktop/portal/desktop"), QDBusConnection::SubPath) {}
-
-    Mood mood = Mood::asksTheUser;
-    std::vector<QDBusMessage> questions;
-
-    /// What the user says to the last question: 0 for yes, 1 for no, 2 for the dialog closed.
-    void answer(unsigned response) {
-        const auto request = path() + QStringLiteral("/request/") +
-                             questions.back().service().mid(1).replace(QLatin1Char('.'), QLatin1Char('_')) +
-                             QLatin1Char('/') + token();
-        auto signal = QDBusMessage::createTargetedSignal(questions.back().service(), request,
-                                                         QStringLiteral("org.freedesktop.portal.Request"),
-                                                         QStringLiteral("Response"));
-        signal << response << QVariantMap{};
-        bus().send(signal);
-    }
-
-    bool handleMessage(const QDBusMessage& message, const QDBusConnection& /*connection*/) override {
-        questions.push_back(message);
-        if (message.interface() == QStringLiteral("org.freedesktop.portal.Device")) {
-            // As portals answer programs inside a sandbox, which all that ask here say to be.
-            bus().send(
-                message.createErrorReply(QStringLiteral("org.freedesktop.portal.Error.NotAllowed"),
-                                         QStringLiteral("This call is not available inside the sandbox")));
-            return true;
-        }
-        switch (mood) {
-        case Mood::asksTheUser:
-            bus().send(message.createReply(QVariant::fromValue(QDBusObjectPath(path()))));
-            break;
-        case Mood::refuses:
-            bus().send(message.createErrorReply(QStringLiteral("org.freedesktop.portal.Error.NotAllowed"),
-                                                QStringLiteral("not in here")));
-            break;
-        case Mood::saysNothing:
-            break;
-        }
-        return true;
-    }
-
-private:
-    QString token() const {
-        return qdbus_cast<QVariantMap>(questions.back().arguments().back())
-            .value(QStringLiteral("handle_token"))
-            .toString();
-    }
-};
 
 struct MediaAuthorizationTest : testing::Test {
     TestSupport::PrivateBus bus;

@@ -41,7 +41,7 @@ struct QtSavePanelTest : testing::Test {
     std::vector<Answer> second;
 
     void open(const std::string& name, std::vector<Answer>& answers) {
-        panel.open({name, folder.path().string(), "image/jpeg"},
+        panel.open({name, folder.path().string(), "image/jpeg", "Save"},
                    [&answers](const Answer& path) { answers.push_back(path); });
     }
 
@@ -72,7 +72,7 @@ TEST_F(QtSavePanelTest, AnswersWithThePath) {
 
 TEST_F(QtSavePanelTest, WithoutAFolderThatExistsItOpensInTheHomeFolder) {
     for (const auto& wanted : {std::optional<std::string>(), Answer((folder.path() / "missing").string())}) {
-        panel.open({"one.jpg", wanted, "image/jpeg"}, [](const Answer& /*path*/) {});
+        panel.open({"one.jpg", wanted, "image/jpeg", "Save"}, [](const Answer& /*path*/) {});
         ASSERT_THAT(dialogs(), SizeIs(1));
         EXPECT_EQ(dialogs().front()->directory().path(), QDir::homePath());
         dialogs().front()->reject();

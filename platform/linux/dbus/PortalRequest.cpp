@@ -1,5 +1,6 @@
 #include "platform/linux/dbus/PortalRequest.h"
 
+#include <QDBusArgument>
 #include <QDBusMessage>
 #include <QDBusPendingCall>
 #include <QDBusPendingCallWatcher>
@@ -12,7 +13,9 @@ namespace {
 
 const QString portal = QStringLiteral("org.freedesktop.portal.Desktop");
 const QString portalPath = QStringLiteral("/org/freedesktop/portal/desktop");
+const QString requestInterface = QStringLiteral("org.freedesktop.portal.Request");
 
+constexpr unsigned yes = 0;
 /// What the portal responds when its dialog ends in another way than by a yes or a no.
 constexpr unsigned noAnswer = 2;
 
@@ -25,18 +28,23 @@ QString requestPath(const QDBusConnection& bus, const QString& token) {
 
 } // namespace
 
-PortalRequest::PortalRequest(const QDBusConnection& bus, const QString& interface, const QString& method,
-                             const QVariantList& arguments, Answered answered)
-    : PortalRequest(bus, interface, method, arguments,
+PortalRequest::PortalRequest(const QDBusConnection& bus, Question question, Answered answered)
+    : PortalRequest(bus, std::move(question),
                     QStringLiteral("curtain_") + QUuid::createUuid().toString(QUuid::Id128),
                     std::move(answered)) {}
 
-PortalRequest::PortalRequest(const QDBusConnection& bus, const QString& interface, const QString& method,
-                             const QVariantList& arguments, const QString& token, Answered answered)
-    : answered_(std::move(answered)),
-      response_(bus, portal, requestPath(bus, token), QStringLiteral("org.freedesktop.portal.Request"),
-                QStringLiteral("Response"),
-                [this](const QDBusMessage& message) { answer(message.arguments().value(0).toUInt()); }),
+PortalRequest::PortalRequest(const QDBusConnection& bus, Question question, const QString& token,
+                             Answered answered)
+    : bus_(bus),
+      path_(requestPath(bus, token)),
+      answered_(std::move(answered)),
+      response_(bus, portal, path_, requestInterface, QStringLiteral("Response"),
+                [this](const QDBusMessage& message) {
+                    const auto arguments = message.arguments();
+                    const auto response = arguments.value(0).toUInt();
+                    answer(response,
+                           response == yes ? qdbus_cast<QVariantMap>(arguments.value(1)) : QVariantMap());
+                }),
       departure_(portal, bus, QDBusServiceWatcher::WatchForUnregistration) {
     if (!bus.isConnected()) {
         // Such a call would never come to an end.
@@ -44,9 +52,10 @@ PortalRequest::PortalRequest(const QDBusConnection& bus, const QString& interfac
             &context_, [this] { answer(std::nullopt); }, Qt::QueuedConnection);
         return;
     }
-    auto call = QDBusMessage::createMethodCall(portal, portalPath, interface, method);
-    call.setArguments(arguments);
-    call << QVariantMap{{QStringLiteral("handle_token"), token}};
+    auto call = QDBusMessage::createMethodCall(portal, portalPath, question.interface, question.method);
+    question.options.insert(QStringLiteral("handle_token"), token);
+    call.setArguments(question.arguments);
+    call << question.options;
     auto* const watcher = new QDBusPendingCallWatcher(bus.asyncCall(call, patience.count()), &context_);
     QObject::connect(watcher, &QDBusPendingCallWatcher::finished, &context_, [this, watcher] {
         watcher->deleteLater();
@@ -60,9 +69,14 @@ PortalRequest::PortalRequest(const QDBusConnection& bus, const QString& interfac
     });
 }
 
-void PortalRequest::answer(std::optional<unsigned> response) {
+void PortalRequest::withdraw() {
+    answered_ = nullptr;
+    bus_.send(QDBusMessage::createMethodCall(portal, path_, requestInterface, QStringLiteral("Close")));
+}
+
+void PortalRequest::answer(std::optional<unsigned> response, const QVariantMap& results) {
     if (const auto answered = std::exchange(answered_, nullptr)) {
-        answered(response);
+        answered(response, results);
     }
 }
 

@@ -15,26 +15,36 @@
 namespace LinuxPlatform {
 
 /// One question that the desktop portal puts to the user (org.freedesktop.portal.Request). Its end withdraws
-/// nothing, but nobody is told any more. Main thread only; nothing here waits.
+/// nothing unless it is told to, but nobody is told any more. Main thread only; nothing here waits.
 class PortalRequest {
 public:
     /// How long the portal may take to say that it will ask. The user may take any time.
     static constexpr std::chrono::milliseconds patience{5000};
 
-    /// The portal's response: 0 for yes, 1 for no, others for no answer; absent when the portal cannot be
-    /// asked.
-    using Answered = std::function<void(std::optional<unsigned> response)>;
+    struct Question {
+        QString interface;
+        QString method;
+        /// Without the options, which come last.
+        QVariantList arguments;
+        QVariantMap options;
+    };
 
-    /// `arguments` are those of the method without the options, which come last. `answered` may end the
-    /// request.
-    PortalRequest(const QDBusConnection& bus, const QString& interface, const QString& method,
-                  const QVariantList& arguments, Answered answered);
+    /// The portal's response: 0 for yes, 1 for no, others for no answer; absent when the portal cannot be
+    /// asked. `results` are what the method says that they are, empty unless the response is yes.
+    using Answered = std::function<void(std::optional<unsigned> response, const QVariantMap& results)>;
+
+    /// `answered` may end the request.
+    PortalRequest(const QDBusConnection& bus, Question question, Answered answered);
+
+    /// Takes the question from the screen. Nobody is told any more.
+    void withdraw();
 
 private:
-    PortalRequest(const QDBusConnection& bus, const QString& interface, const QString& method,
-                  const QVariantList& arguments, const QString& token, Answered answered);
-    void answer(std::optional<unsigned> response);
+    PortalRequest(const QDBusConnection& bus, Question question, const QString& token, Answered answered);
+    void answer(std::optional<unsigned> response, const QVariantMap& results = {});
 
+    QDBusConnection bus_;
+    QString path_;
     Answered answered_;
     DBusSignal response_;
     QDBusServiceWatcher departure_;

@@ -46,7 +46,7 @@ void LinuxMediaAuthorization::requestAccess(MediaType type, std::function<void(b
 }
 
 void LinuxMediaAuthorization::ask(MediaType type) {
-    const auto answer = [this, type](std::optional<unsigned> response) {
+    const auto answer = [this, type](std::optional<unsigned> response, const QVariantMap& /*results*/) {
         constexpr unsigned granted = 0;
         constexpr unsigned refused = 1;
         if (!response || *response == granted) {
@@ -57,9 +57,11 @@ void LinuxMediaAuthorization::ask(MediaType type) {
                      *response == refused ? AuthorizationStatus::denied : AuthorizationStatus::notDetermined);
         }
     };
-    accesses_.at(type).request =
-        std::make_unique<PortalRequest>(sessionBus_, QStringLiteral("org.freedesktop.portal.Camera"),
-                                        QStringLiteral("AccessCamera"), QVariantList{}, answer);
+    accesses_.at(type).request = std::make_unique<PortalRequest>(
+        sessionBus_,
+        PortalRequest::Question{
+            QStringLiteral("org.freedesktop.portal.Camera"), QStringLiteral("AccessCamera"), {}, {}},
+        answer);
 }
 
 void LinuxMediaAuthorization::answered(MediaType type, AuthorizationStatus status) {
