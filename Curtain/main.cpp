@@ -6,8 +6,10 @@
 #include "platform/linux/session/InstanceLock.h"
 #include "platform/linux/session/SessionBusCheck.h"
 #include "platform/linux/session/SessionProbe.h"
+#include "platform/linux/soundlibrary/SoundToolkit.h"
 #include "platform/qt/DisplayCheck.h"
 #include "platform/qt/ForeignFileMessages.h"
+#include "platform/qt/OwnLibrary.h"
 #include "platform/qt/QtMainQueue.h"
 #include "platform/qt/SessionRestart.h"
 #include "platform/qt/TerminationSignals.h"
@@ -59,6 +61,15 @@ int answerOption(int argumentCount, char** arguments) {
     return wrongUse;
 }
 
+std::optional<std::string> missingLibrary() {
+    using QtPlatform::OwnLibrary;
+    const auto problem =
+        OwnLibrary::problemWith(OwnLibrary::pathOf(QtPlatform::ViewLibrary::fileName), "windows");
+    return problem
+               ? problem
+               : OwnLibrary::problemWith(OwnLibrary::pathOf(LinuxPlatform::soundLibraryFileName), "sounds");
+}
+
 } // namespace
 
 int main(int argumentCount, char** arguments) {
@@ -82,7 +93,7 @@ int main(int argumentCount, char** arguments) {
     QApplication::setApplicationVersion(QStringLiteral(CURTAIN_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("com.curtain.Curtain"));
 
-    if (const auto problem = QtPlatform::ViewLibrary::problemWith(QtPlatform::ViewLibrary::standardPath())) {
+    if (const auto problem = missingLibrary()) {
         std::fprintf(stderr, "%s\n", problem->c_str());
         return EXIT_FAILURE;
     }

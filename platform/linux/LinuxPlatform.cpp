@@ -7,7 +7,6 @@
 #include "platform/linux/apps/AppIdentity.h"
 #include "platform/linux/apps/DesktopEntries.h"
 #include "platform/linux/apps/DesktopEntryBundles.h"
-#include "platform/linux/audio/PulseAudioServices.h"
 #include "platform/linux/camera/CameraPortal.h"
 #include "platform/linux/camera/CameraRights.h"
 #include "platform/linux/camera/LinuxCaptureServices.h"
@@ -44,6 +43,7 @@
 #include "platform/linux/shortcutlists/I3Shortcuts.h"
 #include "platform/linux/shortcutlists/KdeShortcuts.h"
 #include "platform/linux/shortcutlists/XfconfShortcuts.h"
+#include "platform/linux/soundlibrary/LazySound.h"
 #include "platform/linux/system/EnvironmentLocale.h"
 #include "platform/linux/system/FileUserDefaults.h"
 #include "platform/linux/system/PosixFileManager.h"
@@ -59,6 +59,7 @@
 #include "platform/qt/DetachedProgram.h"
 #include "platform/qt/ImageRendering.h"
 #include "platform/qt/LazyViews.h"
+#include "platform/qt/OwnLibrary.h"
 #include "platform/qt/PopUpMenu.h"
 #include "platform/qt/PortalWindow.h"
 #include "platform/qt/QtApplication.h"
@@ -79,6 +80,7 @@
 #include <QScreen>
 
 #include <QDBusConnection>
+#include <dlfcn.h>
 #include <glib.h>
 
 #include <cstdlib>
@@ -136,7 +138,7 @@ struct Session {
     Session(SessionEnvironment session, Platform::MainQueue& queue, Platform::Log& log)
         : environment(std::move(session)),
           sway(swayClientOf(environment, queue)),
-          views(QtPlatform::ViewLibrary::standardPath(), log) {}
+          views(QtPlatform::OwnLibrary::pathOf(QtPlatform::ViewLibrary::fileName), log) {}
 
     SessionEnvironment environment;
     DesktopEntries entries{DesktopEntries::standardFolders()};
@@ -188,7 +190,7 @@ void sayThatNoWindowManagerRuns(WindowSystem& windowSystem, Platform::Log& log) 
 
 /// What goes on when the computer sleeps, wakes and is turned off.
 LoginManager::Handlers powerHandlers(Platform::Platform& platform, LinuxCaptureServices& cameras,
-                                     PulseAudioServices& sound, LinuxWorkspace& workspace) {
+                                     SoundToolkit& sound, LinuxWorkspace& workspace) {
     const auto setSuspended = [&](bool isSuspended) {
         cameras.setSuspended(isSuspended);
         sound.setSuspended(isSuspended);
@@ -350,6 +352,23 @@ LinuxCaptureServices& addCamera(Platform::Platform& platform) {
     return added;
 }
 
+/// Its library is a part of this program, which cannot go on with half of itself.
+std::unique_ptr<SoundToolkit> makeSoundToolkit(const QtPlatform::OwnLibrary& library,
+                                               Platform::MainQueue& queue) {
+    auto* const make = library.entry<MakeSoundToolkit>(nameOfMakeSoundToolkit);
+    if (make == nullptr) {
+        qFatal("Curtain: its sound cannot be loaded: %s", dlerror());
+    }
+    return std::unique_ptr<SoundToolkit>(make(queue));
+}
+
+/// `queue` outlives it.
+std::unique_ptr<LazySound> lazySound(Platform::MainQueue& queue) {
+    const auto library =
+        std::make_shared<QtPlatform::OwnLibrary>(QtPlatform::OwnLibrary::pathOf(soundLibraryFileName));
+    return std::make_unique<LazySound>([library, &queue] { return makeSoundToolkit(*library, queue); });
+}
+
 /// Outlived by the workspace.
 std::unique_ptr<Platform::AppShield> appShieldOf(Session& session, LinuxWorkspace& workspace,
                                                  Platform::MainQueue& queue) {
@@ -482,7 +501,7 @@ Platform::Platform makeLinuxPlatform(const SessionEnvironment& environment) {
         });
     auto& departures = addDepartures(platform, *session);
     addShell(platform, *session);
-    auto sound = std::make_unique<PulseAudioServices>(*platform.mainQueue);
+    auto sound = lazySound(*platform.mainQueue);
     if (!QDBusConnection::sessionBus().isConnected()) {
         platform.log->writeLine(
             "Curtain: there is no session bus, so the icon shows only in trays of X windows");

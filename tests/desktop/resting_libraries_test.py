@@ -38,6 +38,13 @@ class RestingLibrariesTest(DesktopCase):
         wait_until(lambda: self.desktop.windows_of(self.curtain), "a window is open")
         self.assertLess({"curtain-views", "libQt6Quick", "libQt6Qml"}, self.views())
 
+    def test_maps_sound_when_the_microphone_is_asked_for(self):
+        self.start_to_rest()
+        sound = {"curtain-sound", "libpulse", "libsndfile"}
+        self.assertEqual(self.libraries() & sound, set())
+        self.click_icon()
+        wait_until(lambda: sound <= self.libraries(), "sound is there", seen=self.libraries)
+
     def test_every_library_at_rest_is_accounted_for(self):
         self.start_to_rest()
         documented = set(re.findall(r"`([^`\s]+)`", DOCUMENT.read_text()))
@@ -54,11 +61,15 @@ class RestingLibrariesTest(DesktopCase):
         self.click_icon()
         wait_until(lambda: self.desktop.windows_of(self.curtain), "a window is open")
 
-    def test_says_at_the_start_that_its_views_are_missing(self):
-        program = Path(shutil.copy(CURTAIN, self.scratch))
-        curtain = self.desktop.start(str(program))
-        self.assertEqual(curtain.wait(30), 1)
-        self.assertRegex(curtain.complaints(), r"^Curtain: its windows are missing \(.*curtain-views\.so.*\); install it again\n$")
+    def test_says_at_the_start_what_of_it_is_missing(self):
+        for content, library in (("windows", "curtain-views.so"), ("sounds", "curtain-sound.so")):
+            with self.subTest(library):
+                installation = self.scratch / content
+                shutil.copytree(Path(CURTAIN).parent.parent, installation)
+                (installation / "lib/curtain" / library).unlink()
+                curtain = self.desktop.start(str(installation / "bin/curtain"))
+                self.assertEqual(curtain.wait(30), 1)
+                self.assertRegex(curtain.complaints(), rf"^Curtain: its {content} are missing \(.*{library}.*\); install it again\n$")
 
 
 if __name__ == "__main__":

@@ -8,6 +8,7 @@ INSTALLED_FILES = {
     "bin/curtain",
     "lib/systemd/user/curtain.service",
     ZSH_COMPLETIONS,
+    "lib/curtain/curtain-sound.so",
     "lib/curtain/curtain-views.so",
     "share/applications/com.curtain.Curtain.desktop",
     "share/bash-completion/completions/curtain",

@@ -21,7 +21,7 @@ from installed_files import INSTALLED_FILES, ZSH_COMPLETIONS, files_below
 FOLDER = None  # main() fills it in
 BUILD, VERSION = Path(os.environ["BUILD"]), os.environ["VERSION"]
 SOURCE = Path(__file__).resolve().parents[2]
-PROGRAMS = ("usr/bin/curtain", "usr/lib/curtain/curtain-views.so")
+PROGRAMS = ("usr/bin/curtain", "usr/lib/curtain/curtain-sound.so", "usr/lib/curtain/curtain-views.so")
 COMPRESSED = {"share/man/man1/curtain.1", "share/doc/curtain/changelog"}
 # Where Debian wants what other systems have elsewhere, and what it adds.
 FILES = INSTALLED_FILES - {ZSH_COMPLETIONS} | {"share/zsh/vendor-completions/_curtain", "share/doc/curtain/changelog",

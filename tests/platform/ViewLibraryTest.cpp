@@ -24,9 +24,11 @@ protected:
 };
 
 TEST_F(ViewLibraryTest, MissingFileIsAProblemThatNamesIt) {
-    EXPECT_THAT(ViewLibrary::problemWith(path).value_or(""), HasSubstr(path));
+    using QtPlatform::OwnLibrary;
+    EXPECT_THAT(OwnLibrary::problemWith(path, "windows").value_or(""),
+                AllOf(HasSubstr(path), HasSubstr("its windows are missing")));
     TestSupport::writeFile(path, "");
-    EXPECT_EQ(ViewLibrary::problemWith(path), std::nullopt);
+    EXPECT_EQ(OwnLibrary::problemWith(path, "windows"), std::nullopt);
 }
 
 TEST_F(ViewLibraryTest, WhatIsNoLibraryIsToldOnceAndShowsNothing) {

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "platform/AudioServices.h"
-#include "platform/MainQueue.h"
+#include "platform/linux/soundlibrary/SoundToolkit.h"
 
 #include <functional>
 #include <memory>
@@ -12,7 +11,7 @@ class SoundServer;
 
 /// Sound through PulseAudio, or PipeWire in its place. There is a connection, and its thread, only while
 /// somebody records or plays, or has prepared a question.
-class PulseAudioServices : public Platform::AudioServices {
+class PulseAudioServices : public SoundToolkit {
 public:
     /// `mainQueue` outlives this object.
     explicit PulseAudioServices(Platform::MainQueue& mainQueue);
@@ -28,10 +27,7 @@ public:
     openFileForWriting(const std::string& path, const Platform::AudioFormat& settings) override;
     std::variant<std::unique_ptr<Platform::AudioPlayer>, Platform::AudioError>
     makePlayer(const std::string& path) override;
-
-    /// When the computer falls asleep, microphones and speakers are let go as if there were none any more;
-    /// when it wakes, they are found again. Waits a moment for the first.
-    void setSuspended(bool isSuspended);
+    void setSuspended(bool isSuspended) override;
 
 private:
     std::shared_ptr<SoundServer> server();
