@@ -161,6 +161,13 @@ TEST_F(HostileCamerasTest, PlanesInThreeBuffersAreOnePicture) {
     EXPECT_TRUE(showsBars(*preview->picture()));
 }
 
+TEST_F(HostileCamerasTest, ASlowCameraIsGivenTheTimeThatItNeeds) {
+    const auto camera = watch("yuyv", {"slow"});
+    EXPECT_TRUE(spinUntil([&] { return session->interruption().has_value(); }, patience)) << "it is said";
+    EXPECT_TRUE(comesOn()) << camera->log();
+    EXPECT_TRUE(spinUntil([&] { return !session->interruption(); }, patience));
+}
+
 /// Stands still until it is let go of.
 class FrozenProcess {
 public:

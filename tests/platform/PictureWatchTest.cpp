@@ -49,6 +49,15 @@ TEST_F(PictureWatchTest, ASilentCameraIsOpenedEverMoreSeldomAndGivenEverMoreTime
               (std::vector<Attempt>{{500ms, 6s}, {1s, 12s}, {2s, 12s}, {4s, 12s}, {8s, 12s}, {8s, 12s}}));
 }
 
+TEST_F(PictureWatchTest, ACameraMayBeGivenMoreTimeWhileItIsOpen) {
+    watch.onOpened(now);
+    watch.giveMoreTime();
+    EXPECT_EQ(watch.left(now + 3s), 3s);
+    watch.giveMoreTime();
+    watch.giveMoreTime();
+    EXPECT_EQ(watch.left(now + 12s), 0ms) << "but no more than that";
+}
+
 TEST_F(PictureWatchTest, APictureMakesUpForEarlierSilence) {
     watch.onOpened(now);
     silentAttempts(4);

@@ -14,6 +14,7 @@
 ///          transform=N  calls its pictures mirrored and turned as N of spa_meta_videotransform_value, though
 ///                     they are not
 ///          picture=FILE  a JPEG file that it shows instead, as it is; for the format jpeg
+///          slow       takes four seconds for a format before it can begin
 ///          silent     never delivers a frame
 ///          truncated  ends each frame half way
 ///          smaller, larger  delivers another size than announced
@@ -36,6 +37,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cmath>
 #include <csignal>
 #include <cstdint>
@@ -45,8 +47,10 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -66,12 +70,15 @@ constexpr int frames = 8;
 constexpr int enormous = 4096;
 constexpr int manySizes = 1000;
 constexpr std::size_t framesBeforeChange = 20;
+constexpr std::chrono::seconds slowness{4};
 constexpr std::size_t sharedSize = 4U << 20U;
 constexpr int squareSide = 100;
 
 struct Size {
     int width = 0;
     int height = 0;
+
+    bool operator==(const Size&) const = default;
 };
 
 struct Options {
@@ -361,6 +368,9 @@ private:
         }
         log(std::string(isJpeg ? "jpeg " : "yuyv ") + std::to_string(size.width) + "x" +
             std::to_string(size.height));
+        if (options_.fault == "slow") {
+            std::this_thread::sleep_for(slowness);
+        }
         makeFrames(isJpeg, size);
         largest_ = static_cast<std::size_t>(size.width * size.height) * 2;
         for (const auto& frame : frames_) {
@@ -387,6 +397,11 @@ private:
     }
 
     void makeFrames(bool isJpeg, Size announced) {
+        // Drawing takes seconds on a busy computer, in which a camera would have been ready long since.
+        const std::optional drawing(std::pair(isJpeg, announced));
+        if (std::exchange(drawn_, drawing) == drawing) {
+            return;
+        }
         auto size = announced;
         if (options_.fault == "smaller") {
             size = {announced.width / 2, announced.height / 2};
@@ -553,6 +568,8 @@ private:
     bool wasBusy_ = false;
     spa_source* busyTimer_ = nullptr;
     std::vector<Bytes> frames_;
+    /// What the frames are: whether JPEG, and of which size.
+    std::optional<std::pair<bool, Size>> drawn_;
     Bytes noise_ = Bytes(4096, 0x55);
     std::size_t count_ = 0;
     std::size_t framesSinceStart_ = 0;

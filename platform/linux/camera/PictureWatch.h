@@ -33,9 +33,11 @@ public:
         const auto limit = hasPicture_ ? longestSilence : firstPicture_.present();
         return std::chrono::ceil<Time>(since_ + limit - now);
     }
+    /// Gives the camera longer for its first picture, up to a limit.
+    void giveMoreTime() { firstPicture_.next(); }
     /// How long to leave the silent camera alone before it is opened again.
     Time pause() {
-        firstPicture_.next();
+        giveMoreTime();
         return pause_.next();
     }
 

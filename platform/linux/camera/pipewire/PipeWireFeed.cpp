@@ -108,6 +108,7 @@ void PipeWireFeed::lose() {
 
 void PipeWireFeed::open() {
     hasStreamed_ = false;
+    hasTakenLong_ = false;
     if (connect()) {
         const auto now = PictureWatch::Clock::now();
         watch_.onOpened(now);
@@ -168,7 +169,7 @@ void PipeWireFeed::dealWithFailure() {
     closeStream();
     const bool isSilence = failure_ == CaptureInterruption::noPictures;
     const auto pause = isSilence ? watch_.pause() : refusalPause_.next();
-    if (std::exchange(hasDelivered_, false) || std::exchange(hasTakenLong_, false) || pause >= seriousRetry) {
+    if (std::exchange(hasDelivered_, false) || hasTakenLong_ || pause >= seriousRetry) {
         sink_.onDark(*failure_);
     }
     timer_->start(pause);
@@ -183,7 +184,13 @@ void PipeWireFeed::onTimer() {
     if (!stream_) {
         return;
     }
-    const auto left = watch_.left(PictureWatch::Clock::now());
+    const auto now = PictureWatch::Clock::now();
+    if (watch_.left(now).count() <= 0 && isNegotiating() && !std::exchange(hasTakenLong_, true)) {
+        // It may only be slow, and would begin its work anew with another link.
+        sink_.onDark(CaptureInterruption::deviceFailed);
+        watch_.giveMoreTime();
+    }
+    const auto left = watch_.left(now);
     if (left.count() > 0) {
         timer_->start(left);
     } else {
@@ -192,6 +199,10 @@ void PipeWireFeed::onTimer() {
         hasTakenLong_ = true;
         dealWithFailure();
     }
+}
+
+bool PipeWireFeed::isNegotiating() const {
+    return format_ && !hasStreamed_;
 }
 
 void PipeWireFeed::onStateChanged(pw_stream_state old, pw_stream_state state, const char* error) {

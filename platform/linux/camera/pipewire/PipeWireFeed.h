@@ -38,6 +38,8 @@ private:
     void fail(Platform::CaptureInterruption why);
     void dealWithFailure();
     void onTimer();
+    /// Whether the camera has been told its format, and is still getting ready.
+    bool isNegotiating() const;
     void onStateChanged(pw_stream_state old, pw_stream_state state, const char* error);
     void onParamChanged(std::uint32_t id, const spa_pod* param);
     void onProcess();
@@ -57,6 +59,7 @@ private:
     bool hasDelivered_ = false;
     /// Of the present stream.
     bool hasStreamed_ = false;
+    /// It has had more time than a camera usually needs, and this is to be said.
     bool hasTakenLong_ = false;
     GrowingPause refusalPause_;
     PictureWatch watch_;
