@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <utility>
 
 namespace LinuxPlatform {
 namespace {
@@ -25,7 +24,9 @@ ToplevelWindowSystem::ToplevelWindowSystem(const std::filesystem::path& socket, 
       minimising_(minimising),
       silentSince_(queue.now()),
       leaving_(queue),
-      returning_(queue),
+      front_(
+          queue, [this](WindowId window) { return !isHidden(window) && !isLeaving(window); },
+          [this](WindowId window) { bringToFront(window); }),
       // Nothing tells on which workspace a window is.
       activation_(
           queue,
@@ -33,8 +34,8 @@ ToplevelWindowSystem::ToplevelWindowSystem(const std::filesystem::path& socket, 
               return WindowActivation::Scene{{}, [this](WindowId window) { return exists(window); }};
           },
           [this](WindowId window) {
-              front_ = window;
-              toplevels_.ask(ForeignToplevels::Act::activate, std::array{window});
+              front_.setFront(window);
+              bringToFront(window);
           }),
       events_(queue, leaving_,
               [this](WindowId window) {
@@ -57,7 +58,7 @@ ToplevelWindowSystem::ToplevelWindowSystem(const std::filesystem::path& socket, 
 }
 
 ToplevelWindowSystem::~ToplevelWindowSystem() {
-    keepFront();
+    front_.keep();
 }
 
 std::optional<HidingObstacle> ToplevelWindowSystem::hidingObstacle() {
@@ -91,8 +92,8 @@ bool ToplevelWindowSystem::isHidden(WindowId window) const {
 void ToplevelWindowSystem::takeChange(WindowId window, const ForeignToplevels::State& state) {
     const auto change = model_.update(window, state);
     noteWhatIsHidden();
-    if (change.isActivated && !returning_.contains(window) && !isLeaving(window)) {
-        front_ = window;
+    if (change.isActivated && !isLeaving(window)) {
+        front_.noteActivated(window);
     }
     if (!toplevels_.isListed()) {
         return;
@@ -122,9 +123,8 @@ void ToplevelWindowSystem::takeLoss() {
     model_.clear();
     trial_.startAnew();
     leaving_.remove([](WindowId) { return true; });
-    returning_.remove([](WindowId) { return true; });
     activation_.forget([](WindowId) { return true; });
-    front_.reset();
+    front_.forget();
 }
 
 void ToplevelWindowSystem::noteWhatIsHidden() {
@@ -147,47 +147,21 @@ void ToplevelWindowSystem::hide(std::span<const WindowId> windows) {
 void ToplevelWindowSystem::show(std::span<const WindowId> windows) {
     trial_.withdraw(windows);
     leaving_.remove([&](WindowId window) { return std::ranges::find(windows, window) != windows.end(); });
-    // Of apps that come back one after another, the first has the focus perhaps.
-    if (returning_.isOver()) {
-        returning_.remove([](WindowId) { return true; });
-        front_ = model_.active();
-    }
-    returning_.add(windows);
+    front_.noteShown(windows, model_.active());
     toplevels_.ask(ForeignToplevels::Act::restore, windows);
-    shown_.insert(windows.begin(), windows.end());
-    keepFrontLater();
 }
 
 void ToplevelWindowSystem::activate(std::span<const WindowId> windows) {
     for (const auto window : windows) {
         if (const auto* const found = model_.find(window)) {
-            requestedApps_.insert(found->hints.applicationId);
+            front_.noteRequested(found->hints.applicationId);
         }
     }
-    keepFrontLater();
     activation_.request(windows);
 }
 
-void ToplevelWindowSystem::keepFrontLater() {
-    if (!std::exchange(isFrontKeptLater_, true)) {
-        queue_.async(lifetime_.weak([this] {
-            isFrontKeptLater_ = false;
-            keepFront();
-        }));
-    }
-}
-
-void ToplevelWindowSystem::keepFront() {
-    const auto shown = std::exchange(shown_, {});
-    // One app that is asked for is to be seen. Of several, nobody has asked for one of them.
-    const bool isOneAppAskedFor = std::exchange(requestedApps_, {}).size() == 1;
-    if (shown.empty() || isOneAppAskedFor || !front_) {
-        return;
-    }
-    // Compositors may give what comes back the focus.
-    if (!isHidden(*front_) && !isLeaving(*front_) && !shown.contains(*front_)) {
-        toplevels_.ask(ForeignToplevels::Act::activate, std::array{*front_});
-    }
+void ToplevelWindowSystem::bringToFront(WindowId window) {
+    toplevels_.ask(ForeignToplevels::Act::activate, std::array{window});
 }
 
 void ToplevelWindowSystem::waitForHiding() {

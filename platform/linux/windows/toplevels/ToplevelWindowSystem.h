@@ -8,14 +8,13 @@
 #include "platform/linux/windows/WindowEvents.h"
 #include "platform/linux/windows/WindowSystem.h"
 #include "platform/linux/windows/toplevels/ForeignToplevels.h"
+#include "platform/linux/windows/toplevels/FrontKeeper.h"
 #include "platform/linux/windows/toplevels/ToplevelModel.h"
 
 #include <cstdint>
 #include <filesystem>
 #include <optional>
-#include <set>
 #include <span>
-#include <string>
 #include <vector>
 
 namespace LinuxPlatform {
@@ -60,8 +59,7 @@ private:
     /// All that was asked has been taken, so it is to be seen soon.
     void waitForHiding();
     void hidingIsLate(std::uint64_t request, bool isRepeated);
-    void keepFrontLater();
-    void keepFront();
+    void bringToFront(WindowId window);
 
     Platform::MainQueue& queue_;
     Minimising minimising_;
@@ -70,14 +68,7 @@ private:
     ToplevelModel model_;
     HidingTrial trial_;
     LeavingWindows leaving_;
-    /// Those that were asked to come back a moment ago.
-    LeavingWindows returning_;
-    /// Had the focus before they came back.
-    std::optional<WindowId> front_;
-    /// What happens in this turn of the queue: what comes back, and the apps that are to come to the front.
-    std::set<WindowId> shown_;
-    std::set<std::string> requestedApps_;
-    bool isFrontKeptLater_ = false;
+    FrontKeeper front_;
     WindowActivation activation_;
     WindowEvents events_;
     Platform::Lifetime lifetime_;
