@@ -207,6 +207,14 @@ TEST(I3Shortcuts, FindsABindingOfAnIncludedFile) {
     EXPECT_EQ(server.ask({command, {XKB_KEY_h}}, reply), true);
 }
 
+TEST(I3Shortcuts, ReadsAConfigurationInAnotherEncodingThanUtf8) {
+    const I3Server server;
+    auto reply =
+        I3Server::message({{QStringLiteral("config"), QStringLiteral("# caf?\nbindsym Mod4+h kill\n")}});
+    reply.at(reply.find('?')) = '\xe9';
+    EXPECT_EQ(server.ask({command, {XKB_KEY_h}}, reply), true);
+}
+
 TEST(I3Shortcuts, AnAnswerThatIsNoneMeansNothingTaken) {
     const I3Server server;
     EXPECT_EQ(server.ask({command, {XKB_KEY_h}}, "i3-ipcgarbage that is not a header at all"), false);

@@ -1,10 +1,10 @@
 #include "platform/linux/shortcutlists/I3Shortcuts.h"
 
+#include "platform/linux/i3/I3Message.h"
 #include "platform/linux/shortcutlists/I3Includes.h"
 #include "platform/linux/system/LocalSocket.h"
 
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonObject>
 #include <QSocketNotifier>
 
@@ -12,8 +12,6 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
-#include <cstdint>
-#include <cstring>
 #include <map>
 #include <set>
 #include <sstream>
@@ -26,24 +24,11 @@
 namespace LinuxPlatform {
 namespace {
 
-/// The message format is that of i3's documentation: these bytes, the payload's length and the type, both in
-/// the machine's byte order, and the payload.
-constexpr std::string_view magic = "i3-ipc";
-constexpr std::size_t headerSize = magic.size() + 2 * sizeof(std::uint32_t);
-constexpr std::uint32_t getConfig = 9;
-constexpr std::size_t largestReply = std::size_t{16} << 20U;
-
-std::string request() {
-    std::string message(magic);
-    const std::array<std::uint32_t, 2> numbers{0, getConfig};
-    message.append(reinterpret_cast<const char*>(numbers.data()), sizeof numbers);
-    return message;
-}
-
 /// One reply as it comes in.
 class Reply : public QObject {
 public:
-    Reply(int descriptor, std::function<void(const std::string& payload)> onEnd, QObject* parent)
+    /// `onEnd` receives the payload; an empty one where no whole message came.
+    Reply(int descriptor, std::function<void(const QByteArray& payload)> onEnd, QObject* parent)
         : QObject(parent),
           descriptor_(descriptor),
           onEnd_(std::move(onEnd)),
@@ -62,28 +47,24 @@ private:
             return;
         }
         if (count > 0) {
-            bytes_.append(block.data(), static_cast<std::size_t>(count));
+            reader_.add(block.data(), static_cast<std::size_t>(count));
         }
-        std::uint32_t length = 0;
-        if (bytes_.size() >= headerSize) {
-            std::memcpy(&length, bytes_.data() + magic.size(), sizeof length);
-        }
-        const bool isComplete = bytes_.size() >= headerSize && bytes_.size() >= headerSize + length;
-        if (isComplete || count <= 0 || bytes_.size() > largestReply) {
+        const auto message = reader_.next();
+        if (message || count <= 0 || reader_.isBroken()) {
             notifier_.setEnabled(false);
             deleteLater();
-            onEnd_(isComplete ? bytes_.substr(headerSize, length) : std::string());
+            onEnd_(message ? message->payload : QByteArray());
         }
     }
 
     int descriptor_;
-    std::function<void(const std::string&)> onEnd_;
+    std::function<void(const QByteArray&)> onEnd_;
     QSocketNotifier notifier_;
-    std::string bytes_;
+    I3MessageReader reader_;
 };
 
-std::vector<std::string> configurationsIn(const std::string& payload) {
-    const auto reply = QJsonDocument::fromJson(QByteArray::fromStdString(payload)).object();
+std::vector<std::string> configurationsIn(const QByteArray& payload) {
+    const auto reply = jsonOf(payload).object();
     std::vector<std::string> texts;
     // Newer ones give every included file, with the variables resolved; the main file is the first of them.
     for (const auto& file : reply.value(QLatin1String("included_configs")).toArray()) {
@@ -214,16 +195,16 @@ void I3Shortcuts::ask(const WantedShortcut& wanted, Answer answer) {
         answer(false);
         return;
     }
-    const auto message = request();
-    if (::send(descriptor, message.data(), message.size(), MSG_NOSIGNAL) !=
-        static_cast<ssize_t>(message.size())) {
+    const auto message = i3Message(I3Request::getConfig, {});
+    if (::send(descriptor, message.constData(), static_cast<std::size_t>(message.size()), MSG_NOSIGNAL) !=
+        message.size()) {
         ::close(descriptor);
         answer(false);
         return;
     }
     new Reply(
         descriptor,
-        [wanted, answer = std::move(answer)](const std::string& payload) {
+        [wanted, answer = std::move(answer)](const QByteArray& payload) {
             const auto configurations = configurationsIn(payload);
             answer(std::ranges::any_of(configurations, [&](const std::string& configuration) {
                 return std::ranges::any_of(
