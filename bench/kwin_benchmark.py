@@ -113,6 +113,19 @@ def coming_back(session, rounds):
     report("KWin: what is brought back is seen for the rule's delay of 200 ms and", statistics.median(late), "ms", 20, most=max(late))
 
 
+def bare_minimising(session, rounds):
+    """How much of it is KWin's own: an X11 program asks it to minimise the window."""
+    seen = []
+    for _ in range(rounds):
+        window, = session.desktop.windows()
+        begin = time.monotonic()
+        window.minimise()
+        seen.append(milliseconds(begin, session.last_seen()))
+        window.raise_from_task_list()
+        wait_until(session.is_seen, "it is seen")
+    report("KWin: what an X11 program minimises is seen for", statistics.median(seen), "ms", most=max(seen))
+
+
 def idling(curtain, kwin):
     before, worked, worked_there = switches(curtain.pid), seconds_at_work(curtain.pid), seconds_at_work(kwin)
     # What is measured is that nothing happens.
@@ -129,6 +142,7 @@ def main():
     with tempfile.TemporaryDirectory() as scratch:
         session = Session(sys.argv[1], Path(scratch))
         session.open_more(1)
+        bare_minimising(session, rounds)
         before = memory(kwin).anonymous
         curtain = session.start_curtain()
         report("KWin: memory of its own with the script", memory(kwin).anonymous - before, "MiB", 2)

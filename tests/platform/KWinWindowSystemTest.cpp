@@ -56,6 +56,15 @@ struct KWinWindowSystemTest : testing::Test {
         });
     }
 
+    /// Time stands still meanwhile, so that nothing is late however busy the computer is.
+    template <class Condition>
+    bool comesAtOnce(const Condition& condition) {
+        return spinUntil([&] {
+            queue.runReady();
+            return condition();
+        });
+    }
+
     void pass(double seconds) {
         const auto end = queue.now() + Platform::MainQueue::Seconds(seconds);
         ASSERT_TRUE(comesTo([&] { return queue.now() >= end; }));
@@ -118,6 +127,96 @@ TEST_F(KWinWindowSystemTest, ARequestToShowIsNeverGivenUp) {
     EXPECT_TRUE(comesTo([&] { return !kwin.carriedOut.empty(); }));
     EXPECT_THAT(kwin.carriedOut, ElementsAre("show " + id));
     EXPECT_EQ(kwin.refusals, 0);
+}
+
+TEST_F(KWinWindowSystemTest, TheWindowsOfAKWinThatTakesItsPlaceCount) {
+    system.hide(window);
+    ASSERT_TRUE(comesTo([&] { return !kwin.carriedOut.empty(); }));
+    kwin.leave();
+    kwin.forget(KWinStandIn::watcher());
+    ASSERT_TRUE(comesTo([&] { return !system.knowsEveryWindow(); }));
+    EXPECT_NE(system.hidingObstacle(), std::nullopt);
+    kwin.windows = {described(otherId)};
+    kwin.claim();
+    ASSERT_TRUE(comesTo([&] { return system.knowsEveryWindow(); }));
+    EXPECT_FALSE(system.exists(window[0]));
+    system.hide(otherWindow);
+    EXPECT_TRUE(comesTo([&] { return kwin.carriedOut.size() == 2; }));
+    EXPECT_EQ(kwin.carriedOut.back(), "hide " + otherId);
+}
+
+TEST_F(KWinWindowSystemTest, AKWinThatRunsNoScriptsCannotHideUntilItDoes) {
+    kwin.runsScripts = false;
+    kwin.forget(KWinStandIn::watcher());
+    pass(3);
+    EXPECT_TRUE(comesTo([&] {
+        return system.hidingObstacle() == Platform::HidingObstacle::waylandSession &&
+               !system.knowsEveryWindow();
+    }));
+    system.show(window);
+    pass(30);
+    EXPECT_THAT(kwin.carriedOut, IsEmpty());
+    kwin.runsScripts = true;
+    EXPECT_TRUE(comesTo([&] { return system.hidingObstacle() == std::nullopt; }));
+    EXPECT_TRUE(comesTo([&] { return !kwin.carriedOut.empty(); }));
+    EXPECT_THAT(kwin.carriedOut, ElementsAre("show " + id));
+}
+
+struct KWinWatcherThatAsksTest : KWinWindowSystemTest {
+    void SetUp() override {
+        kwin.asks = true;
+        KWinWindowSystemTest::SetUp();
+        ASSERT_FALSE(HasFatalFailure());
+        // Time has passed until it was ready: that question may be over. The next watcher's is not.
+        ASSERT_TRUE(comesTo([&] { return isAnswered(); }));
+        kwin.forget(KWinStandIn::watcher());
+        pass(3);
+        system.hidingObstacle();
+        ASSERT_TRUE(
+            comesAtOnce([&] { return kwin.has(KWinStandIn::watcher()) && system.knowsEveryWindow(); }));
+    }
+
+    bool isAnswered() const { return kwin.answered == kwin.questions; }
+};
+
+TEST_F(KWinWatcherThatAsksTest, ItIsToldWhatToDo) {
+    system.hide(window);
+    ASSERT_TRUE(comesAtOnce([&] { return !kwin.carriedOut.empty(); }));
+    EXPECT_THAT(kwin.carriedOut, ElementsAre("hide " + id));
+    EXPECT_EQ(kwin.requestScripts, 0);
+    system.show(window);
+    ASSERT_TRUE(comesTo([&] { return kwin.carriedOut.size() == 2; }));
+    EXPECT_EQ(kwin.carriedOut.back(), "show " + id);
+    EXPECT_EQ(kwin.requestScripts, 1) << "nobody has asked";
+}
+
+TEST_F(KWinWatcherThatAsksTest, WhatComesLateIsCarriedOutByAnotherScript) {
+    ASSERT_TRUE(comesTo([&] { return isAnswered(); }));
+    system.hide(window);
+    ASSERT_TRUE(comesTo([&] { return !kwin.carriedOut.empty(); }));
+    EXPECT_EQ(kwin.requestScripts, 1);
+}
+
+TEST_F(KWinWatcherThatAsksTest, WhatItDoesNotDoIsAskedOnceMore) {
+    kwin.losesAnswers = true;
+    system.hide(window);
+    ASSERT_TRUE(comesAtOnce([&] { return isAnswered(); }));
+    pass(5);
+    EXPECT_TRUE(comesAtOnce([&] { return !kwin.carriedOut.empty(); }));
+    EXPECT_THAT(kwin.carriedOut, ElementsAre("hide " + id));
+    EXPECT_EQ(kwin.requestScripts, 1);
+}
+
+TEST_F(KWinWatcherThatAsksTest, WhatAKWinThatEndsWasToldIsAskedOfTheNext) {
+    kwin.losesAnswers = true;
+    system.hide(window);
+    ASSERT_TRUE(comesAtOnce([&] { return isAnswered(); }));
+    kwin.leave();
+    kwin.losesAnswers = false;
+    kwin.forget(KWinStandIn::watcher());
+    kwin.claim();
+    EXPECT_TRUE(comesAtOnce([&] { return !kwin.carriedOut.empty(); }));
+    EXPECT_THAT(kwin.carriedOut, ElementsAre("hide " + id));
 }
 
 } // namespace

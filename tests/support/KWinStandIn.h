@@ -4,6 +4,7 @@
 
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -33,10 +34,21 @@ public:
     QJsonArray windows;
     /// One that does not is taken for one that has no time.
     bool answers = true;
+    /// One that does not loads no script.
+    bool runsScripts = true;
     /// How many of the next requests it does not load.
     int refusals = 0;
     /// Requests are run when `runHeld` is called.
     bool holdsRequests = false;
+    /// Whether its watcher asks what is to be done, once, after it has reported the windows.
+    bool asks = false;
+    /// What the watcher was told to do is not done, as when it is unloaded at that moment.
+    bool losesAnswers = false;
+    /// Its watcher's questions, and how many of them have been answered, be it with nothing.
+    int questions = 0;
+    int answered = 0;
+    /// Of scripts that carry out requests, however they ended.
+    int requestScripts = 0;
     /// Each as "hide {...} {...}".
     std::vector<std::string> carriedOut;
 
@@ -77,8 +89,9 @@ private:
 
     void load(const QString& name, const QString& path, const QDBusMessage& message) {
         QFile file(path);
+        requestScripts += name == requests() ? 1 : 0;
         const bool isRefused = name == requests() && refusals > 0;
-        if (isRefused || scripts_.contains(name) || !file.open(QIODevice::ReadOnly)) {
+        if (!runsScripts || isRefused || scripts_.contains(name) || !file.open(QIODevice::ReadOnly)) {
             refusals -= isRefused ? 1 : 0;
             bus().send(message.createReply(-1));
             return;
@@ -110,8 +123,33 @@ private:
             report[QStringLiteral("event")] = QStringLiteral("list");
             report[QStringLiteral("windows")] = windows;
         }
-        tell(value(script, "address").toArray(), report);
+        const auto address = value(script, "address").toArray();
+        // Before, so that whoever hears the report has heard the question too.
+        if (asks && report.contains(QStringLiteral("windows"))) {
+            ask(address, report[QStringLiteral("load")]);
+        }
+        tell(address, report);
         bus().send(message.createReply());
+    }
+
+    void ask(const QJsonArray& address, const QJsonValue& load) {
+        ++questions;
+        auto question = call(address, "Next");
+        question.setArguments({QString::number(load.toInteger())});
+        auto* const watcher = new QDBusPendingCallWatcher(bus().asyncCall(question), this);
+        connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, address, load, watcher] {
+            watcher->deleteLater();
+            ++answered;
+            const auto text = watcher->reply().arguments().value(0).toString();
+            const auto work = QJsonDocument::fromJson(text.toUtf8()).object();
+            if (text.isEmpty() || losesAnswers) {
+                return;
+            }
+            note(work[QStringLiteral("requests")].toArray());
+            tell(address, {{QStringLiteral("load"), load},
+                           {QStringLiteral("event"), QStringLiteral("done")},
+                           {QStringLiteral("request"), work[QStringLiteral("number")]}});
+        });
     }
 
     void note(const QJsonArray& asked) {
@@ -125,10 +163,14 @@ private:
     }
 
     void tell(const QJsonArray& address, const QJsonObject& report) {
-        auto message = QDBusMessage::createMethodCall(address[0].toString(), address[1].toString(),
-                                                      address[2].toString(), QStringLiteral("Report"));
+        auto message = call(address, "Report");
         message.setArguments({QString::fromUtf8(QJsonDocument(report).toJson(QJsonDocument::Compact))});
         bus().send(message);
+    }
+
+    static QDBusMessage call(const QJsonArray& address, const char* method) {
+        return QDBusMessage::createMethodCall(address[0].toString(), address[1].toString(),
+                                              address[2].toString(), QLatin1String(method));
     }
 
     /// What a script's text gives a variable.

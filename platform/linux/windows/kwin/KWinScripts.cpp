@@ -1,6 +1,7 @@
 #include "platform/linux/windows/kwin/KWinScripts.h"
 
 #include <QJsonDocument>
+#include <QJsonObject>
 
 namespace LinuxPlatform::KWinScripts {
 namespace {
@@ -31,7 +32,71 @@ function returnToSwitcher(window) {
 }
 )js";
 
+constexpr auto actsText = R"js(
+function setMinimized(window, isMinimized) {
+    if (window.minimized !== isMinimized) {
+        window.minimized = isMinimized;
+    }
+}
+var acts = {
+    hide: function (window) {
+        setMinimized(window, true);
+        takeOutOfSwitcher(window);
+    },
+    show: function (window) {
+        setMinimized(window, false);
+        returnToSwitcher(window);
+    },
+    activate: function (window) {
+        if ("activeWindow" in workspace) {
+            workspace.activeWindow = window;
+        } else {
+            workspace.activeClient = window;
+        }
+    }
+};
+function carryOut(requests, number) {
+    var windows = {};
+    allWindows().forEach(function (window) { windows[String(window.internalId)] = window; });
+    requests.forEach(function (request) {
+        var present = request.ids.map(function (id) { return windows[id]; }).filter(Boolean);
+        present.forEach(acts[request.act]);
+        // Some windows may be minimized only after those that they belong to.
+        if (request.act === "hide") {
+            present.forEach(acts.hide);
+        }
+    });
+    tell({event: "done", request: number});
+}
+)js";
+
 constexpr auto watcherText = R"js(
+// What is to be done because of a report comes as the answer to a question, which is asked again as long as
+// there is something to report.
+var isAsking = false;
+var hasToldSince = false;
+function ask() {
+    isAsking = true;
+    hasToldSince = false;
+    callDBus(address[0], address[1], address[2], "Next", String(load), function (answer) {
+        isAsking = false;
+        if (answer || hasToldSince) {
+            ask();
+        }
+        // More may wait for this to be done.
+        if (answer) {
+            var work = JSON.parse(answer);
+            carryOut(work.requests, work.number);
+        }
+    });
+}
+function tellAndAsk(report) {
+    tell(report);
+    hasToldSince = true;
+    if (!isAsking) {
+        ask();
+    }
+}
 function isOnDesktop(window) {
     if (window.onAllDesktops) {
         return true;
@@ -77,7 +142,7 @@ function follow(window) {
     ["minimizedChanged", "windowClassChanged", "desktopFileNameChanged", "skipTaskbarChanged", "desktopChanged",
      "desktopsChanged", "activitiesChanged"].forEach(function (name) {
         if (window[name]) {
-            window[name].connect(function () { tell({event: "changed", window: described(window)}); });
+            window[name].connect(function () { tellAndAsk({event: "changed", window: described(window)}); });
         }
     });
 }
@@ -87,14 +152,14 @@ function tellWhatIsHere() {
 (workspace.windowAdded || workspace.clientAdded).connect(function (window) {
     if (belongsToAnApp(window)) {
         follow(window);
-        tell({event: "opened", window: described(window)});
+        tellAndAsk({event: "opened", window: described(window)});
     }
 });
 (workspace.windowRemoved || workspace.clientRemoved).connect(function (window) {
     tell({event: "closed", id: idOf(window)});
 });
 (workspace.windowActivated || workspace.clientActivated).connect(function (window) {
-    tell({event: "activated", id: window ? idOf(window) : ""});
+    tellAndAsk({event: "activated", id: window ? idOf(window) : ""});
 });
 workspace.currentDesktopChanged.connect(tellWhatIsHere);
 workspace.currentActivityChanged.connect(tellWhatIsHere);
@@ -102,43 +167,11 @@ var present = allWindows().filter(belongsToAnApp);
 present.forEach(follow);
 present.filter(function (window) { return isNewRun || !window.minimized; }).forEach(returnToSwitcher);
 var active = "activeWindow" in workspace ? workspace.activeWindow : workspace.activeClient;
-tell({event: "list", windows: present.map(described), active: active ? idOf(active) : ""});
+tellAndAsk({event: "list", windows: present.map(described), active: active ? idOf(active) : ""});
 )js";
 
 constexpr auto requestsText = R"js(
-var windows = {};
-allWindows().forEach(function (window) { windows[String(window.internalId)] = window; });
-function setMinimized(window, isMinimized) {
-    if (window.minimized !== isMinimized) {
-        window.minimized = isMinimized;
-    }
-}
-var acts = {
-    hide: function (window) {
-        setMinimized(window, true);
-        takeOutOfSwitcher(window);
-    },
-    show: function (window) {
-        setMinimized(window, false);
-        returnToSwitcher(window);
-    },
-    activate: function (window) {
-        if ("activeWindow" in workspace) {
-            workspace.activeWindow = window;
-        } else {
-            workspace.activeClient = window;
-        }
-    }
-};
-requests.forEach(function (request) {
-    var present = request.ids.map(function (id) { return windows[id]; }).filter(Boolean);
-    present.forEach(acts[request.act]);
-    // Some windows may be minimized only after those that they belong to.
-    if (request.act === "hide") {
-        present.forEach(acts.hide);
-    }
-});
-tell({event: "done", request: number});
+carryOut(requests, number);
 )js";
 
 constexpr auto farewellText = R"js(
@@ -160,14 +193,21 @@ std::string script(const Address& address, std::uint64_t load, const std::string
 
 std::string watcher(const Address& address, std::uint64_t load, bool isNewRun) {
     return script(address, load,
-                  std::string("var isNewRun = ") + (isNewRun ? "true" : "false") + ";\n" + watcherText);
+                  std::string("var isNewRun = ") + (isNewRun ? "true" : "false") + ";\n" + actsText +
+                      watcherText);
 }
 
 std::string requests(const Address& address, std::uint64_t load, std::uint64_t number,
                      const QJsonArray& requests) {
     return script(address, load,
                   "var requests = " + literal(requests) + ";\nvar number = " + std::to_string(number) +
-                      ";\n" + requestsText);
+                      ";\n" + actsText + requestsText);
+}
+
+QByteArray answer(std::uint64_t number, const QJsonArray& requests) {
+    return QJsonDocument(QJsonObject{{QStringLiteral("number"), static_cast<qint64>(number)},
+                                     {QStringLiteral("requests"), requests}})
+        .toJson(QJsonDocument::Compact);
 }
 
 std::string farewell(const Address& address) {

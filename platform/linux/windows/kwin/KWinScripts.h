@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QJsonArray>
 #include <QString>
 
@@ -16,6 +17,8 @@ namespace LinuxPlatform::KWinScripts {
 /// - "activated": "id", or nothing where no window has the focus now,
 /// - "here": "ids", the windows that are on the present desktop and activity,
 /// - "done": "request", the number of requests that have been carried out.
+/// The watcher asks by the method Next, which takes its "load" as a text, after what it reports: its answer,
+/// which may come some seconds later, is one of `answer` or nothing.
 /// A window has its "id" as KWin writes it, "name" and "class", "desktopFile", "pid" (not positive where it
 /// is not known), "client" (of an X11 window, a number for its connection), "stacking" (from the bottom up),
 /// and whether it "isMinimized", "isInTaskList" and "isHere".
@@ -36,6 +39,9 @@ std::string watcher(const Address& address, std::uint64_t load, bool isNewRun);
 /// "show" and "activate", and the "ids" of windows; it is data for the script and cannot become code.
 std::string requests(const Address& address, std::uint64_t load, std::uint64_t number,
                      const QJsonArray& requests);
+
+/// The same for a watcher that has asked, as text.
+QByteArray answer(std::uint64_t number, const QJsonArray& requests);
 
 /// Leaves hidden what is hidden, but as its user could have put it away.
 std::string farewell(const Address& address);

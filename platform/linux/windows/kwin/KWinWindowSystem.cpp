@@ -1,15 +1,12 @@
 #include "platform/linux/windows/kwin/KWinWindowSystem.h"
 
-#include "platform/linux/dbus/Caller.h"
 #include "platform/linux/windows/kwin/KWinScripts.h"
 
-#include <QDBusVirtualObject>
 #include <QJsonDocument>
 #include <QJsonObject>
 
 #include <algorithm>
 #include <array>
-#include <functional>
 #include <optional>
 #include <utility>
 
@@ -17,8 +14,6 @@ namespace LinuxPlatform {
 namespace {
 
 const QString busName = QStringLiteral("org.kde.KWin");
-const QString path = QStringLiteral("/com/curtain/KWinWindows");
-const QString interfaceName = QStringLiteral("com.curtain.KWinWindows");
 const QString watcherName = QStringLiteral("curtain-windows");
 const QString requestsName = QStringLiteral("curtain-requests");
 const QString farewellName = QStringLiteral("curtain-farewell");
@@ -33,48 +28,11 @@ constexpr Platform::MainQueue::Seconds lookInterval{2};
 
 } // namespace
 
-/// What the scripts report to.
-class KWinWindowSystem::Object : public QDBusVirtualObject {
-public:
-    using Receive = std::function<void(const QString& sender, const QByteArray& text)>;
-
-    Object(QDBusConnection bus, Receive receive) : bus_(std::move(bus)), receive_(std::move(receive)) {
-        bus_.registerVirtualObject(path, this, QDBusConnection::SingleNode);
-    }
-    ~Object() override { bus_.unregisterObject(path); }
-    Object(const Object&) = delete;
-    Object& operator=(const Object&) = delete;
-
-    QString introspect(const QString& /*path*/) const override {
-        return QStringLiteral("<interface name=\"%1\"><method name=\"Report\">"
-                              "<arg type=\"s\" name=\"report\" direction=\"in\"/></method></interface>")
-            .arg(interfaceName);
-    }
-
-    bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
-        if (message.interface() != interfaceName || message.member() != QStringLiteral("Report") ||
-            message.signature() != QStringLiteral("s")) {
-            return false;
-        }
-        if (message.isReplyRequired()) {
-            connection.send(message.createReply());
-        }
-        receive_(callerOf(message), message.arguments().constFirst().toString().toUtf8());
-        return true;
-    }
-
-private:
-    QDBusConnection bus_;
-    Receive receive_;
-};
-
 KWinWindowSystem::KWinWindowSystem(const QDBusConnection& bus, Platform::MainQueue& queue,
                                    std::filesystem::path folder)
-    : bus_(bus),
-      queue_(queue),
+    : queue_(queue),
       scripting_(bus, queue, std::move(folder)),
-      object_(std::make_unique<Object>(
-          bus, [this](const QString& sender, const QByteArray& text) { receive(sender, text); })),
+      listener_(bus, queue, [this](const QString& sender, const QByteArray& text) { receive(sender, text); }),
       stateSince_(queue.now()),
       lookedAt_(queue.now()),
       leaving_(queue),
@@ -94,8 +52,7 @@ KWinWindowSystem::~KWinWindowSystem() {
     }
     // Without a farewell the watcher goes on returning to the switchers what its user brings back.
     if (!hasHidden_ ||
-        scripting_.runAndWait(kwin_.owner(), farewellName,
-                              KWinScripts::farewell({bus_.baseService(), path, interfaceName}))) {
+        scripting_.runAndWait(kwin_.owner(), farewellName, KWinScripts::farewell(listener_.address()))) {
         scripting_.unload(kwin_.owner(), watcherName);
     }
     scripting_.unload(kwin_.owner(), requestsName);
@@ -128,6 +85,8 @@ void KWinWindowSystem::setState(State state) {
 void KWinWindowSystem::beginAnew() {
     setState(State::starting);
     loadWatcher();
+    // The watcher that had it is gone.
+    answerIsLost();
 }
 
 void KWinWindowSystem::loadWatcher() {
@@ -138,8 +97,7 @@ void KWinWindowSystem::loadWatcher() {
         return;
     }
     scripting_.run(
-        kwin_.owner(), watcherName,
-        KWinScripts::watcher({bus_.baseService(), path, interfaceName}, load_, isNewRun_),
+        kwin_.owner(), watcherName, KWinScripts::watcher(listener_.address(), load_, isNewRun_),
         [this] { return isListed_; },
         [this, load = load_](bool isRunning) {
             if (load != load_) {
@@ -216,8 +174,7 @@ void KWinWindowSystem::receive(const QString& sender, const QByteArray& text) {
     const auto event = report.value(QLatin1String("event")).toString();
     if (event == QStringLiteral("done")) {
         // Whatever watcher there is by now.
-        isRequestDone_ = isRequestDone_ || report.value(QLatin1String("request")).toInteger() ==
-                                               static_cast<qint64>(lastRequest_);
+        noteDone(report.value(QLatin1String("request")).toInteger());
         return;
     }
     if (report.value(QLatin1String("load")).toInteger() != static_cast<qint64>(load_)) {
@@ -229,6 +186,15 @@ void KWinWindowSystem::receive(const QString& sender, const QByteArray& text) {
         isNewRun_ = false;
         setState(State::ready);
         sendRequests();
+    }
+}
+
+void KWinWindowSystem::noteDone(qint64 request) {
+    if (request == static_cast<qint64>(lastRequest_) && requestedAt_) {
+        isRequestDone_ = true;
+        if (std::exchange(isAnswered_, false)) {
+            requestsEnded(true);
+        }
     }
 }
 
@@ -297,15 +263,34 @@ void KWinWindowSystem::sendRequests() {
     isRequestDone_ = false;
     ++lastRequest_;
     sent_ = requests_.takePortion();
+    // A watcher that has not done it does not get it again.
+    isAnswered_ =
+        !isSecondTry_ && listener_.answer(kwin_.owner(), load_, KWinScripts::answer(lastRequest_, sent_));
+    if (isAnswered_) {
+        queue_.asyncAfter(answerDeadline, lifetime_.weak([this, number = lastRequest_] {
+            if (number == lastRequest_) {
+                answerIsLost();
+            }
+        }));
+        return;
+    }
     scripting_.run(
-        kwin_.owner(), requestsName,
-        KWinScripts::requests({bus_.baseService(), path, interfaceName}, load_, lastRequest_, sent_),
-        [this] { return isRequestDone_; }, [this](bool isRunning) { requestsEnded(isRunning); });
+        kwin_.owner(), requestsName, KWinScripts::requests(listener_.address(), load_, lastRequest_, sent_),
+        [this] { return isRequestDone_; },
+        [this](bool isRunning) {
+            scripting_.unload(kwin_.owner(), requestsName);
+            requestsEnded(isRunning);
+        });
+}
+
+void KWinWindowSystem::answerIsLost() {
+    if (std::exchange(isAnswered_, false)) {
+        requestsEnded(false);
+    }
 }
 
 void KWinWindowSystem::requestsEnded(bool wereCarriedOut) {
     requestedAt_.reset();
-    scripting_.unload(kwin_.owner(), requestsName);
     if (requests_.isEmpty()) {
         leaving_.remove([](WindowId) { return true; });
     }

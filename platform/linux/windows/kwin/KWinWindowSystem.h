@@ -7,6 +7,7 @@
 #include "platform/linux/windows/WindowActivation.h"
 #include "platform/linux/windows/WindowEvents.h"
 #include "platform/linux/windows/WindowSystem.h"
+#include "platform/linux/windows/kwin/KWinListener.h"
 #include "platform/linux/windows/kwin/KWinRequests.h"
 #include "platform/linux/windows/kwin/KWinScripting.h"
 #include "platform/linux/windows/kwin/KWinWindowModel.h"
@@ -17,7 +18,6 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <memory>
 #include <optional>
 #include <span>
 #include <vector>
@@ -25,7 +25,8 @@
 namespace LinuxPlatform {
 
 /// The windows of a session of KWin 5 or 6, its own and those of X11 programs. A script that we give KWin
-/// reports them; what is asked is carried out by another one, which is loaded for that and unloaded again.
+/// reports them, and carries out what is asked soon after a report; anything else is carried out by another
+/// one, which is loaded for that and unloaded again.
 class KWinWindowSystem : public WindowSystem {
 public:
     /// `queue` outlives this object. `folder` is one of the user's own that KWin can read.
@@ -47,7 +48,6 @@ public:
 
 private:
     using Seconds = Platform::MainQueue::Seconds;
-    class Object;
 
     enum class State { starting, ready, failed };
 
@@ -62,19 +62,20 @@ private:
     bool isBusy() const;
 
     void receive(const QString& sender, const QByteArray& text);
+    void noteDone(qint64 request);
     void takeNoteOf(const KWinWindowModel::Changes& changes);
 
     void request(KWinRequests::Act act, std::span<const WindowId> windows);
     void sendRequests();
+    void answerIsLost();
     void requestsEnded(bool wereCarriedOut);
     void tryAgain();
     WindowActivation::Scene lookAtScene() const;
 
-    QDBusConnection bus_;
     Platform::MainQueue& queue_;
     KWinScripting scripting_;
     KWinWindowModel model_;
-    std::unique_ptr<Object> object_;
+    KWinListener listener_;
     State state_ = State::starting;
     Seconds stateSince_;
     Seconds lookedAt_;
@@ -93,6 +94,8 @@ private:
     std::optional<Seconds> requestedAt_;
     std::uint64_t lastRequest_ = 0;
     bool isRequestDone_ = false;
+    /// It went to the watcher that waited for it.
+    bool isAnswered_ = false;
     LeavingWindows leaving_;
     WindowActivation activation_;
     WindowEvents events_;
