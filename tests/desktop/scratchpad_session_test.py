@@ -4,57 +4,19 @@ It looks at the layout as the window manager tells it, and at the screen that th
 --accessibility and --tray sni.
 """
 
-import json
 import os
 import signal
-import socket
-import struct
-import subprocess
 import unittest
 from pathlib import Path
 
 import popover_window
 from desktop_case import MOUSEPAD, Rectangle, SHORTCUT, XTERM, XTERM_COLOUR, stays, wait_until, write_preferences
+from i3_driver import GET_TREE, GET_WORKSPACES, RUN_COMMAND, SCRATCHPAD, ask, class_of, windows
 from session_case import ESCAPE, FOOT, FOOT_COLOUR, HEIGHT, SESSION, WIDTH, X11_WINDOWS_ONLY
 
 IS_SWAY = SESSION == "sway"
-RUN_COMMAND, GET_WORKSPACES, GET_TREE = 0, 1, 4
-SCRATCHPAD = "__i3_scratch"
 # What a person sees of a container.
 SEEN = ("layout", "fullscreen_mode", "sticky")
-
-
-def i3_socket():
-    if IS_SWAY:
-        return os.environ["SWAYSOCK"]
-    return subprocess.run(["i3", "--get-socketpath"], check=True, capture_output=True, text=True).stdout.strip()
-
-
-def ask(kind, payload=""):
-    """One question to the window manager, and its answer."""
-    with socket.socket(socket.AF_UNIX) as connection:
-        connection.connect(i3_socket())
-        connection.sendall(b"i3-ipc" + struct.pack("=II", len(payload.encode()), kind) + payload.encode())
-        with connection.makefile("rb") as answers:
-            length, _ = struct.unpack("=II", answers.read(14)[6:])
-            return json.loads(answers.read(length))
-
-
-def windows(node=None, workspace=None):
-    """Every window: its node and the name of its workspace."""
-    node = node or ask(GET_TREE)
-    if node["type"] == "dockarea":
-        return
-    workspace = node["name"] if node["type"] == "workspace" else workspace
-    children = node["nodes"] + node["floating_nodes"]
-    if node["type"] in {"con", "floating_con"} and (node.get("window") or node.get("pid")) and not children:
-        yield node, workspace
-    for child in children:
-        yield from windows(child, workspace)
-
-
-def class_of(node):
-    return node.get("app_id") or node["window_properties"]["class"]
 
 
 def picture(node=None):
