@@ -289,11 +289,12 @@ void SettingsView::refresh() {
 void SettingsView::reloadEntries() {
     if (showingInstalled_) {
         auto unlisted = unlistedApps();
-        const auto rest = std::ranges::stable_partition(
-            unlisted, [this](const CatalogEntry& app) { return services_.catalog.isGone(app); });
+        const auto rest =
+            std::stable_partition(unlisted.begin(), unlisted.end(),
+                                  [this](const CatalogEntry& app) { return services_.catalog.isGone(app); });
         auto entries = services_.catalog.installedApps();
-        entries.insert(entries.begin(), rest.begin(), rest.end());
-        apps_.setEntries(std::move(entries), {unlisted.begin(), rest.begin()});
+        entries.insert(entries.begin(), rest, unlisted.end());
+        apps_.setEntries(std::move(entries), {unlisted.begin(), rest});
     } else {
         apps_.setEntries(services_.catalog.runningApps());
     }

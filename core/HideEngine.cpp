@@ -9,12 +9,13 @@ HideEngine::HideEngine(AppHiding& hiding) : hiding_(hiding) {}
 
 void HideEngine::activate(std::vector<std::string> targets) {
     const auto thisSwitch = ++switches_;
-    targets_ = targets;
+    targets_ = std::move(targets);
     hiddenByUs_.clear();
     previousHidden_.clear();
     isActive_ = true;
-    for (const auto& target : targets) {
-        // Whoever hides apps may have called in between.
+    // Whoever hides apps may call in between.
+    const auto wanted = targets_;
+    for (const auto& target : wanted) {
         if (switches_ != thisSwitch) {
             return;
         }

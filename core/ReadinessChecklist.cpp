@@ -50,13 +50,13 @@ ReadinessState ReadinessChecklistEngine::build(const ReadinessInput& input) cons
     issues.reserve(std::size_t{appsExposed} + std::size_t{desktopExposed} +
                    std::size_t{notificationsMayAppear});
     if (appsExposed) {
-        issues.push_back({LocKey::privateApps, ReadinessStatus::danger});
+        issues.emplace_back(LocKey::privateApps, ReadinessStatus::danger);
     }
     if (desktopExposed) {
-        issues.push_back({LocKey::desktop, ReadinessStatus::warning});
+        issues.emplace_back(LocKey::desktop, ReadinessStatus::warning);
     }
     if (notificationsMayAppear) {
-        issues.push_back({LocKey::notifications, ReadinessStatus::warning});
+        issues.emplace_back(LocKey::notifications, ReadinessStatus::warning);
     }
 
     const auto [score, risk] = EmbarrassmentScoreEngine().evaluate({

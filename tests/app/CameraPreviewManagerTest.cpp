@@ -441,6 +441,7 @@ TEST_F(CameraPreviewManagerTest, WithoutJpegTheCamerasOwnSettingsAreUsed) {
     startAndRun();
     manager->capture();
     EXPECT_THAT(capture.photoOutput->captures, ElementsAre(Platform::PhotoSettings{}));
+    EXPECT_EQ(finishPhoto(capture.image), 1) << "the receiver keeps itself alive until then";
 }
 
 TEST_F(CameraPreviewManagerTest, WithoutARunningSessionNoPhotoIsTaken) {

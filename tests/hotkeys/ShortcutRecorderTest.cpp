@@ -49,7 +49,7 @@ struct ShortcutRecorderTest : testing::Test {
     TestSupport::RecordingLog log;
     TestSupport::FakeKeyboard keyboard;
     TestSupport::FakeSystemShortcuts system;
-    KeyboardShortcuts::KeyboardShortcuts shortcuts{defaults, service, log};
+    ::KeyboardShortcuts::KeyboardShortcuts shortcuts{defaults, service, log};
     Name name = shortcuts.name("toggle", defaultShortcut);
     int toggles = 0;
     Platform::Subscription listener = shortcuts.onKeyUp(name, [this] { ++toggles; });
@@ -181,7 +181,7 @@ TEST_F(ShortcutRecorderTest, DeletingKeysClear) {
 TEST_F(ShortcutRecorderTest, ClearedStaysClearedAtTheNextLaunch) {
     press(keyDelete);
     recorder.keyUp();
-    KeyboardShortcuts::KeyboardShortcuts nextLaunch(defaults, service, log);
+    ::KeyboardShortcuts::KeyboardShortcuts nextLaunch(defaults, service, log);
     const auto again = nextLaunch.onKeyUp(nextLaunch.name("toggle", defaultShortcut), [] {});
     EXPECT_EQ(defaults.values.at(storeKey), "false");
     EXPECT_THAT(service.registrations, IsEmpty());
