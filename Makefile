@@ -5,14 +5,18 @@ REPEATS ?= 20
 
 RELEASE := build/release
 BENCH := build/bench
+SANITIZED := build/sanitized
 # A display decides whether Curtain starts in the user's session or in a virtual desktop.
 HAS_DISPLAY := $(DISPLAY)$(WAYLAND_DISPLAY)
 
-.PHONY: help run configure-tests test test-long bench lint install package clean program tests
+.PHONY: help run configure-tests test check-sanitized test-long bench lint install \
+	package clean program tests
 
 help:
 	@echo "make run         install what is missing, build, and start Curtain"
 	@echo "make test        install what is missing, build, and run the tests"
+	@echo "make check-sanitized"
+	@echo "                 the unit tests under sanitizers, and clang-tidy over core/ and hotkeys/"
 	@echo "make test-long   the long tests, and the others REPEATS=$(REPEATS) times on a busy machine; takes hours"
 	@echo "make bench       the benchmarks; what they measured is kept in build/bench/figures.json"
 	@echo "make lint        check the format and run clang-tidy"
@@ -50,6 +54,13 @@ endif
 
 test: tests
 	ctest --preset release
+
+check-sanitized:
+	scripts/setup --tests
+	cmake --preset sanitized -DCURTAIN_BUILD_TESTS=ON
+	cmake --build --preset sanitized --parallel $(JOBS) --target CoreTest HotkeysTest AppTest PlantedFault
+	tests/sanitizers/run $(SANITIZED)
+	run-clang-tidy -quiet -j $(JOBS) -p $(SANITIZED) '^$(CURDIR)/(core|hotkeys)/'
 
 test-long: tests
 	scripts/setup --long
