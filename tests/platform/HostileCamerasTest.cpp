@@ -168,6 +168,14 @@ TEST_F(HostileCamerasTest, ASlowCameraIsGivenTheTimeThatItNeeds) {
     EXPECT_TRUE(spinUntil([&] { return !session->interruption(); }, patience));
 }
 
+TEST_F(HostileCamerasTest, ACameraThatMustBePutToRestFirstReturns) {
+    const auto camera = watch("yuyv", {"stuck"});
+    ASSERT_TRUE(comesOn());
+    ASSERT_TRUE(goesDark());
+    EXPECT_TRUE(spinUntil([&] { return preview->picture() != nullptr; }, std::chrono::seconds(40)));
+    EXPECT_GE(linesOf(*camera, "yuyv "), 2) << "it was put to rest";
+}
+
 /// Stands still until it is let go of.
 class FrozenProcess {
 public:

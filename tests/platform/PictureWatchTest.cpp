@@ -45,8 +45,7 @@ TEST_F(PictureWatchTest, ThreeSecondsWithoutAPictureAreTooLong) {
 TEST_F(PictureWatchTest, ASilentCameraIsOpenedEverMoreSeldomAndGivenEverMoreTime) {
     watch.onOpened(now);
     EXPECT_EQ(watch.left(now), 3s);
-    EXPECT_EQ(silentAttempts(6),
-              (std::vector<Attempt>{{500ms, 6s}, {1s, 12s}, {2s, 12s}, {4s, 12s}, {8s, 12s}, {8s, 12s}}));
+    EXPECT_EQ(silentAttempts(4), (std::vector<Attempt>{{500ms, 6s}, {6s, 12s}, {6s, 12s}, {6s, 12s}}));
 }
 
 TEST_F(PictureWatchTest, ACameraMayBeGivenMoreTimeWhileItIsOpen) {

@@ -21,8 +21,9 @@
 ///          broken     delivers noise
 ///          busy=FILE  while there is such a file, refuses to begin
 ///          stops, breaks, damages  a while after each start delivers nothing any more, noise, or frames that
-///          it
-///                     calls damaged itself
+///                     it calls damaged itself
+///          stuck      a while after it was given a format delivers nothing any more until it is given one
+///                     again, which is after it has been put to rest
 ///          shrinking  delivers in memory of its own, and a while after the first start cuts it off
 ///          flapping   offers another size thrice a second
 ///          thousand   announces a thousand sizes that it does not have before those that it has
@@ -233,6 +234,10 @@ public:
         if (!options_.path.empty()) {
             pw_properties_set(properties, PW_KEY_OBJECT_PATH, options_.path.c_str());
         }
+        if (options_.sizes.size() == 1) {
+            // Those who wait for the first picture need not wait for this.
+            makeFrames(options_.formats == "jpeg", options_.sizes.front());
+        }
         stream_ = pw_stream_new_simple(loop, options_.name.c_str(), properties, &events(), this);
         connect();
         pw_main_loop_run(loop_);
@@ -368,6 +373,7 @@ private:
         }
         log(std::string(isJpeg ? "jpeg " : "yuyv ") + std::to_string(size.width) + "x" +
             std::to_string(size.height));
+        isStuck_ = false;
         if (options_.fault == "slow") {
             std::this_thread::sleep_for(slowness);
         }
@@ -452,7 +458,8 @@ private:
             data.chunk->size = static_cast<std::uint32_t>(size);
             data.chunk->stride = options_.fault == "negative" ? -stride_ : stride_;
             data.chunk->flags = isLate && options_.fault == "damages" ? SPA_CHUNK_FLAG_CORRUPTED : 0;
-            if (isLate && options_.fault == "stops") {
+            isStuck_ = isLate && options_.fault == "stuck";
+            if (isStuck_ || (isLate && options_.fault == "stops")) {
                 stopTimer();
             }
             if (isLate && isShrinking()) {
@@ -524,7 +531,7 @@ private:
         log(pw_stream_state_as_string(state));
         timespec first{};
         timespec interval{};
-        if (isStreaming && options_.fault != "silent") {
+        if (isStreaming && options_.fault != "silent" && !isStuck_) {
             first.tv_nsec = 1;
             interval.tv_nsec = 1'000'000'000L / options_.rate;
         }
@@ -575,6 +582,7 @@ private:
     std::size_t framesSinceStart_ = 0;
     std::vector<int> files_;
     bool isCutOff_ = false;
+    bool isStuck_ = false;
     bool hasFailed_ = false;
 };
 

@@ -3,7 +3,7 @@
 #include "platform/linux/system/GrowingPause.h"
 
 #include <chrono>
-#include <optional>
+#include <utility>
 
 namespace LinuxPlatform {
 
@@ -16,6 +16,10 @@ public:
 
     /// For so long, a picture that stands still is taken for one that is still true.
     static constexpr Time longestSilence{3000};
+    /// Session managers put a camera to rest, and close its device, when nobody has used it for five seconds.
+    /// Where that is what it needs, it must be left alone for longer.
+    static constexpr Time shortPause{500};
+    static constexpr Time longPause{6000};
 
     void onOpened(Clock::time_point now) {
         since_ = now;
@@ -25,7 +29,7 @@ public:
         since_ = now;
         hasPicture_ = true;
         firstPicture_.reset();
-        pause_.reset();
+        pause_ = shortPause;
     }
 
     /// How long there may still be silence; nothing or less when it has lasted too long.
@@ -38,14 +42,14 @@ public:
     /// How long to leave the silent camera alone before it is opened again.
     Time pause() {
         giveMoreTime();
-        return pause_.next();
+        return std::exchange(pause_, longPause);
     }
 
 private:
     Clock::time_point since_;
     bool hasPicture_ = false;
     GrowingPause firstPicture_{longestSilence, longestSilence * 4};
-    GrowingPause pause_{Time(500), Time(8000)};
+    Time pause_ = shortPause;
 };
 
 } // namespace LinuxPlatform
