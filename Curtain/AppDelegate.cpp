@@ -485,7 +485,8 @@ Platform::Menu AppDelegate::statusMenu() {
              {text(LocKey::settings), lifetime_.weak([this] { openSettings(); })},
              separator,
              {text(LocKey::quit), lifetime_.weak([this] { menuQuit(); })}},
-            CurtainCore::Localizer::isRightToLeft(lang)};
+            CurtainCore::Localizer::isRightToLeft(lang),
+            "qrc:/Curtain/StatusMenu.qml"};
 }
 
 void AppDelegate::popoverDidClose() {
@@ -841,13 +842,19 @@ void AppDelegate::savePhoto() {
     }
     platform_.application->activate(true);
     const auto name = "Curtain " + platform_.wallClock->localTimestamp(platform_.wallClock->now()) + ".jpg";
+    const auto lang = currentLang();
+    const auto text = [&](auto key) { return std::string(PlatformWording::string(key, lang)); };
     ++openSavePanels_;
     auto tell =
         lifetime_.weak([this, photo = std::weak_ptr(cameraManager_.capturedPhoto())](
                            Platform::WriteOutcome outcome) { tellOfSaving(photo.lock(), newsOf(outcome)); });
     platform_.savePanel->open(
-        {name, platform_.userFolders->pictures(), "image/jpeg",
-         std::string(PlatformWording::string(CurtainCore::LocKey::saveFile, currentLang()))},
+        {name,
+         platform_.userFolders->pictures(),
+         "image/jpeg",
+         text(CurtainCore::LocKey::saveFile),
+         {"qrc:/Curtain/SavePanel.qml", text(CurtainCore::LocKey::cancel), text(PlatformKey::nameInUse),
+          CurtainCore::Localizer::isRightToLeft(lang)}},
         lifetime_.weak([this, data = *data, tell = std::move(tell)](const std::optional<std::string>& path) {
             savePanelDidClose();
             if (path) {

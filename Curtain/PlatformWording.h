@@ -73,6 +73,8 @@ enum class PlatformKey {
     photoNotSavedNoSpace,
     photoNotSavedNotAllowed,
     photoNotTaken,
+    /// Of the name that it was to be saved under.
+    nameInUse,
     /// Why none can be taken.
     noPictureYet,
     /// The shortcut does nothing, for the system has refused it.
@@ -133,7 +135,7 @@ std::string opening(std::string_view name, std::string_view lang);
 
 template <>
 struct CurtainCore::RawValues<Curtain::PlatformKey> {
-    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 59> cases{{
+    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 60> cases{{
         {Curtain::PlatformKey::noHidingOnWayland, "noHidingOnWayland"},
         {Curtain::PlatformKey::noWindowManager, "noWindowManager"},
         {Curtain::PlatformKey::logOutOnce, "logOutOnce"},
@@ -171,6 +173,7 @@ struct CurtainCore::RawValues<Curtain::PlatformKey> {
         {Curtain::PlatformKey::photoNotSavedNoSpace, "photoNotSavedNoSpace"},
         {Curtain::PlatformKey::photoNotSavedNotAllowed, "photoNotSavedNotAllowed"},
         {Curtain::PlatformKey::photoNotTaken, "photoNotTaken"},
+        {Curtain::PlatformKey::nameInUse, "nameInUse"},
         {Curtain::PlatformKey::noPictureYet, "noPictureYet"},
         {Curtain::PlatformKey::shortcutInUse, "shortcutInUse"},
         {Curtain::PlatformKey::noAppFound, "noAppFound"},

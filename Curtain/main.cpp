@@ -15,8 +15,8 @@
 #include "platform/qt/TerminationSignals.h"
 #include "platform/qt/ViewLibrary.h"
 
-#include <QApplication>
 #include <QDBusConnection>
+#include <QGuiApplication>
 #include <QLoggingCategory>
 
 #include <cstdio>
@@ -87,11 +87,11 @@ int main(int argumentCount, char** arguments) {
     QLoggingCategory::setFilterRules(QStringLiteral("qt.accessibility.atspi.warning=false"));
     const QtPlatform::ForeignFileMessages foreign(qEnvironmentVariableIsSet("CURTAIN_DEBUG"));
     std::optional<QtPlatform::PreferredDisplay> display(std::in_place);
-    QApplication application(argumentCount, arguments);
+    QGuiApplication application(argumentCount, arguments);
     display.reset();
-    QApplication::setApplicationName(QStringLiteral("curtain"));
-    QApplication::setApplicationVersion(QStringLiteral(CURTAIN_VERSION));
-    QApplication::setDesktopFileName(QStringLiteral("com.curtain.Curtain"));
+    QGuiApplication::setApplicationName(QStringLiteral("curtain"));
+    QGuiApplication::setApplicationVersion(QStringLiteral(CURTAIN_VERSION));
+    QGuiApplication::setDesktopFileName(QStringLiteral("com.curtain.Curtain"));
 
     if (const auto problem = missingLibrary()) {
         std::fprintf(stderr, "%s\n", problem->c_str());
@@ -123,7 +123,7 @@ int main(int argumentCount, char** arguments) {
 
     auto platform = LinuxPlatform::makeLinuxPlatform(session);
     Curtain::AppDelegate delegate(platform);
-    const auto termination = QtPlatform::onTerminationSignal([] { QApplication::quit(); });
+    const auto termination = QtPlatform::onTerminationSignal([] { QGuiApplication::quit(); });
     delegate.applicationDidFinishLaunching();
     using Request = Curtain::AppDelegate::PrivacyRequest;
     bus.setActions({.open = [&] { delegate.open(); },
@@ -133,5 +133,5 @@ int main(int argumentCount, char** arguments) {
                               {"privacy-on", [&] { delegate.privacyRequested(Request::on); }},
                               {"privacy-off", [&] { delegate.privacyRequested(Request::off); }},
                               {"quit", [&] { delegate.menuQuit(); }}}});
-    return QApplication::exec();
+    return QGuiApplication::exec();
 }

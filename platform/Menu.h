@@ -18,6 +18,9 @@ struct MenuItem {
 struct Menu {
     std::vector<MenuItem> items;
     bool isRightToLeft = false;
+    /// The address of the description of a view that shows it, for panels that draw none themselves. Its
+    /// model has the properties `entries` and `isRightToLeft`.
+    std::string view;
 };
 
 } // namespace Platform

@@ -7,14 +7,25 @@
 
 namespace Platform {
 
+/// What a panel needs that this program has to draw itself.
+struct SavePanelLook {
+    /// The address of the description of its view. Its model has the properties that the view names.
+    std::string view;
+    std::string cancelTitle;
+    /// Said of a name that a file has already.
+    std::string nameInUse;
+    bool isRightToLeft = false;
+};
+
 struct SavePanelOptions {
     std::string proposedName;
     /// Absent for the panel's own choice, which is also taken where the folder does not exist.
     std::optional<std::string> folder;
     /// The only kind of file that can be saved, such as "image/jpeg".
     std::string mimeType;
-    /// What the panel calls itself.
+    /// What the panel is for, in a word or two.
     std::string title;
+    SavePanelLook look;
 };
 
 /// The desktop's dialog for saving a file. Main thread only.

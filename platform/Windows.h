@@ -17,6 +17,8 @@ struct WindowStyle {
     bool isTitleHidden = false;
     /// Dragging where there is no control moves the window.
     bool isMovableByBackground = false;
+    /// Above other windows, as the popover is.
+    bool isKeptAbove = false;
 };
 
 /// A window of this program. Closing it hides it; it can be shown again. Its destruction closes it. Main

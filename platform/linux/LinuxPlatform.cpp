@@ -60,7 +60,6 @@
 #include "platform/qt/ImageRendering.h"
 #include "platform/qt/LazyViews.h"
 #include "platform/qt/OwnLibrary.h"
-#include "platform/qt/PopUpMenu.h"
 #include "platform/qt/PortalWindow.h"
 #include "platform/qt/QtApplication.h"
 #include "platform/qt/QtEventMonitors.h"
@@ -242,13 +241,18 @@ bool isPlausiblePlace(const QPoint& pixel, const SessionEnvironment& environment
     return isNearPointer(pixel, environment).value_or(false) || isInPanel(pixel, screens);
 }
 
-/// `screens` outlive the toolkit.
-TrayToolkit trayToolkit(const SessionEnvironment& environment, const QtPlatform::QtScreens& screens) {
+/// The references outlive the toolkit.
+TrayToolkit trayToolkit(const SessionEnvironment& environment, const QtPlatform::QtScreens& screens,
+                        QtPlatform::ViewLibrary& views) {
     const bool isPointerKnown = environment.kind == SessionKind::x11;
     return {
         .render = QtPlatform::renderImage,
-        .popUpMenu = [menu = std::make_shared<QtPlatform::PopUpMenu>()](
-                         const auto& content, const auto& place) { menu->show(content, place); },
+        .popUpMenu =
+            [&views](const auto& menu, const auto& place) {
+                if (auto* const toolkit = views.toolkit()) {
+                    toolkit->popUpMenu(menu, place);
+                }
+            },
         .pointer = [=] { return isPointerKnown ? QtPlatform::ScreenGeometry::pointer() : std::nullopt; },
         .isPlausible =
             [=, &screens](const QPoint& pixel) { return isPlausiblePlace(pixel, environment, screens); },
@@ -310,9 +314,9 @@ void addShell(Platform::Platform& platform, Session& session) {
         std::make_unique<QtPlatform::LazyPopover>(session.views, session.screens, windowManager);
     platform.windows = std::make_unique<QtPlatform::LazyWindows>(session.views, windowManager);
     platform.pasteboard = std::make_unique<QtPlatform::QtPasteboard>();
-    platform.savePanel = std::make_unique<PortalSavePanel>(QDBusConnection::sessionBus(),
-                                                           QtPlatform::portalNameOfFocusedWindow,
-                                                           std::make_unique<QtPlatform::QtSavePanel>());
+    platform.savePanel = std::make_unique<PortalSavePanel>(
+        QDBusConnection::sessionBus(), QtPlatform::portalNameOfFocusedWindow,
+        std::make_unique<QtPlatform::QtSavePanel>(*platform.windows));
     platform.urlOpener =
         std::make_unique<SettingsLinkOpener>(desktopNames(environment), QtPlatform::startDetached);
 }
@@ -489,8 +493,8 @@ Platform::Platform makeLinuxPlatform(const SessionEnvironment& environment) {
                                          *session->scopedApps, *platform.mainQueue, thisProgram);
     platform.appShield = appShieldOf(*session, *workspace, *platform.mainQueue);
     platform.systemVersion = std::make_unique<InterfaceLevel>(*session->windowSystem);
-    platform.statusBar = std::make_unique<TrayStatusBar>(*platform.mainQueue, *platform.log,
-                                                         trayToolkit(environment, session->screens));
+    platform.statusBar = std::make_unique<TrayStatusBar>(
+        *platform.mainQueue, *platform.log, trayToolkit(environment, session->screens, session->views));
     platform.screenWatcherProbe = std::make_unique<ScreenWatch>(captureRoads(environment, *platform.log));
     platform.userNotificationCenter = std::make_unique<DBusNotificationCenter>(
         QDBusConnection::sessionBus(), *platform.mainQueue, "Curtain", thisProgram);

@@ -4,11 +4,11 @@
 
 namespace QtPlatform {
 
-/// Whether a QApplication that is made shows itself through X. It does, also where the user prefers Wayland
-/// for other programs, unless another platform than these two was chosen by hand.
+/// Whether a QGuiApplication that is made shows itself through X. It does, also where the user prefers
+/// Wayland for other programs, unless another platform than these two was chosen by hand.
 bool showsItselfThroughX();
 
-/// While it lives, a QApplication that is made shows itself as `showsItselfThroughX` says.
+/// While it lives, a QGuiApplication that is made shows itself as `showsItselfThroughX` says.
 class PreferredDisplay {
 public:
     PreferredDisplay();

@@ -1,19 +1,21 @@
 #pragma once
 
 #include "platform/Menu.h"
+#include "platform/qt/ViewEngine.h"
 
 #include <QRect>
 
 #include <memory>
 
-class QMenu;
+class QQuickWindow;
 
 namespace QtPlatform {
 
-/// Shows menus that stand by themselves, one at a time. Needs a QApplication.
+/// Shows menus that stand by themselves, one at a time.
 class PopUpMenu {
 public:
-    PopUpMenu();
+    /// `engine` outlives the menu.
+    explicit PopUpMenu(ViewEngine& engine);
     ~PopUpMenu();
     PopUpMenu(const PopUpMenu&) = delete;
     PopUpMenu& operator=(const PopUpMenu&) = delete;
@@ -23,7 +25,8 @@ public:
     void show(const Platform::Menu& menu, const QRect& place);
 
 private:
-    std::unique_ptr<QMenu> menu_;
+    ViewEngine& engine_;
+    std::unique_ptr<QQuickWindow> window_;
 };
 
 } // namespace QtPlatform

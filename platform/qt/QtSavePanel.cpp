@@ -1,51 +1,58 @@
 #include "platform/qt/QtSavePanel.h"
 
-#include <QDir>
-#include <QFileDialog>
-#include <QMimeDatabase>
-#include <QObject>
+#include "platform/qt/SaveFileModel.h"
 
 #include <utility>
 
 namespace QtPlatform {
+namespace {
 
-QtSavePanel::QtSavePanel() = default;
+constexpr Platform::Size windowSize{480, 400};
 
-QtSavePanel::~QtSavePanel() = default;
+} // namespace
+
+QtSavePanel::QtSavePanel(Platform::Windows& windows) : windows_(windows) {}
+
+QtSavePanel::~QtSavePanel() {
+    // Its end is no answer.
+    completion_ = nullptr;
+    window_.reset();
+}
 
 void QtSavePanel::open(const Platform::SavePanelOptions& options,
                        std::function<void(const std::optional<std::string>& path)> completion) {
     const auto superseded = std::exchange(completion_, std::move(completion));
-    if (dialog_ && dialog_->isVisible()) {
-        dialog_->selectFile(QString::fromStdString(options.proposedName));
-        dialog_->raise();
-        dialog_->activateWindow();
-        if (superseded) {
-            superseded(std::nullopt);
-        }
-        return;
+    if (window_ && window_->isVisible()) {
+        model_->propose(QString::fromStdString(options.proposedName));
+    } else {
+        openWindow(options);
     }
-    dialog_ = std::make_unique<QFileDialog>();
-    // So does the popover, which would cover it otherwise.
-    dialog_->setWindowFlag(Qt::WindowStaysOnTopHint);
-    dialog_->setWindowTitle(QString::fromStdString(options.title));
-    const auto mimeType = QString::fromStdString(options.mimeType);
-    dialog_->setAcceptMode(QFileDialog::AcceptSave);
-    dialog_->setFileMode(QFileDialog::AnyFile);
-    dialog_->setMimeTypeFilters({mimeType});
-    dialog_->setDefaultSuffix(QMimeDatabase().mimeTypeForName(mimeType).preferredSuffix());
-    const auto folder = options.folder ? QString::fromStdString(*options.folder) : QString();
-    dialog_->setDirectory(QDir(folder).exists() && !folder.isEmpty() ? folder : QDir::homePath());
-    dialog_->selectFile(QString::fromStdString(options.proposedName));
-    QObject::connect(dialog_.get(), &QDialog::finished, dialog_.get(), [this](int result) {
-        const auto files = dialog_->selectedFiles();
-        const bool isChosen = result == QDialog::Accepted && !files.isEmpty();
-        const auto answer = std::exchange(completion_, nullptr);
-        answer(isChosen ? std::optional(files.first().toStdString()) : std::nullopt);
+    window_->makeKeyAndOrderFront();
+    if (superseded) {
+        superseded(std::nullopt);
+    }
+    if (!window_->isVisible()) {
+        answer(std::nullopt);
+    }
+}
+
+void QtSavePanel::openWindow(const Platform::SavePanelOptions& options) {
+    model_ = std::make_shared<SaveFileModel>(options, [this](const auto& path) {
+        answer(path);
+        window_->close();
     });
-    dialog_->open();
-    dialog_->raise();
-    dialog_->activateWindow();
+    Platform::WindowStyle style;
+    style.isKeptAbove = true;
+    window_ = windows_.makeWindow({options.look.view, model_}, windowSize, style);
+    window_->setTitle(options.title);
+    window_->setOnWillClose([this] { answer(std::nullopt); });
+    window_->center();
+}
+
+void QtSavePanel::answer(const std::optional<std::string>& path) {
+    if (const auto completion = std::exchange(completion_, nullptr)) {
+        completion(path);
+    }
 }
 
 } // namespace QtPlatform

@@ -1,21 +1,22 @@
 #pragma once
 
 #include "platform/SavePanel.h"
+#include "platform/Windows.h"
 
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 
-class QFileDialog;
-
 namespace QtPlatform {
 
-/// The file dialog of the desktop where the toolkit knows it, inside a sandbox that of the portal; else the
-/// toolkit's own. Needs a QApplication.
+class SaveFileModel;
+
+/// A panel of this program's own, for desktops that have none to offer. It never replaces a file.
 class QtSavePanel : public Platform::SavePanel {
 public:
-    QtSavePanel();
+    /// `windows` outlive the panel.
+    explicit QtSavePanel(Platform::Windows& windows);
     ~QtSavePanel() override;
     QtSavePanel(const QtSavePanel&) = delete;
     QtSavePanel& operator=(const QtSavePanel&) = delete;
@@ -24,7 +25,12 @@ public:
               std::function<void(const std::optional<std::string>& path)> completion) override;
 
 private:
-    std::unique_ptr<QFileDialog> dialog_;
+    void openWindow(const Platform::SavePanelOptions& options);
+    void answer(const std::optional<std::string>& path);
+
+    Platform::Windows& windows_;
+    std::shared_ptr<SaveFileModel> model_;
+    std::unique_ptr<Platform::Window> window_;
     /// Empty once it has been called.
     std::function<void(const std::optional<std::string>& path)> completion_;
 };

@@ -1,3 +1,4 @@
+#include "platform/qt/PopUpMenu.h"
 #include "platform/qt/QtPopover.h"
 #include "platform/qt/QtWindows.h"
 #include "platform/qt/ViewEngine.h"
@@ -28,10 +29,13 @@ public:
         return std::make_unique<QtWindows>(windowEngine_, std::move(windowManager));
     }
 
+    void popUpMenu(const Platform::Menu& menu, const QRect& place) override { menu_.show(menu, place); }
+
 private:
     // One for each appearance, since the colours of an engine are those of all its views.
     ViewEngine popoverEngine_;
     ViewEngine windowEngine_;
+    PopUpMenu menu_{windowEngine_};
 };
 
 } // namespace

@@ -20,6 +20,7 @@ Qt::WindowFlags flagsFor(const Platform::WindowStyle& style) {
     flags.setFlag(Qt::WindowCloseButtonHint, style.isClosable);
     flags.setFlag(Qt::WindowMinimizeButtonHint, style.isMinimizable);
     flags.setFlag(Qt::WindowMaximizeButtonHint, style.isResizable);
+    flags.setFlag(Qt::WindowStaysOnTopHint, style.isKeptAbove);
     return flags;
 }
 

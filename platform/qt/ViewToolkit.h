@@ -1,10 +1,13 @@
 #pragma once
 
+#include "platform/Menu.h"
 #include "platform/Popover.h"
 #include "platform/Windows.h"
 #include "platform/qt/Appearance.h"
 #include "platform/qt/QtScreens.h"
 #include "platform/qt/WindowManagerLink.h"
+
+#include <QRect>
 
 #include <memory>
 
@@ -22,6 +25,9 @@ public:
     virtual std::unique_ptr<Platform::Popover> makePopover(const QtScreens& screens,
                                                            WindowManagerLink windowManager) = 0;
     virtual std::unique_ptr<Platform::Windows> makeWindows(WindowManagerLink windowManager) = 0;
+    /// Opens a menu beside a place, in pixels of the screen; at the pointer when that is null. It takes the
+    /// place of an earlier one.
+    virtual void popUpMenu(const Platform::Menu& menu, const QRect& place) = 0;
 };
 
 /// The library's only entry, whose caller owns the result.

@@ -67,9 +67,9 @@ class AccessibilityCase(DesktopCase):
         self.start_curtain()
         wait_until(self.desktop.tray_icon, "the icon is in the tray")
 
-    def open(self):
+    def open(self, button=1):
         icon = self.desktop.tray_icon().geometry
-        subprocess.run(["xdotool", "mousemove", str(icon.x + 8), str(icon.y + 8), "click", "1"], check=True)
+        subprocess.run(["xdotool", "mousemove", str(icon.x + 8), str(icon.y + 8), "click", str(button)], check=True)
 
     def lines(self):
         """Role and name of everything inside the windows."""
@@ -208,6 +208,29 @@ class AccessibilityTest(AccessibilityCase):
         self.assert_all_is_said()
         self.press_button("Back")
         self.wait_line("graphic: Camera Preview")
+
+    def test_the_panel_for_a_photo_says_everything(self):
+        self.start()
+        self.open()
+        self.wait_line("panel: Camera: Looks good")
+        self.press_button("Take photo")
+        self.press_button("Save")
+        self.wait_line("text: Save")
+        self.assert_all_is_said()
+        subprocess.run(["xdotool", "key", "Escape"], check=True)
+        wait_until(lambda: self.lines() and "text: Save" not in self.lines(), "the panel is closed", seen=lambda: self.lines())
+        self.wait_line("push button: Back")
+
+    def test_the_menu_of_the_icon_is_said_and_chooses(self):
+        self.start()
+        self.open(button=3)
+        for word in ("Open", "Settings", "Quit"):
+            self.wait_line(f"menu item: {word}")
+        self.assert_all_is_said()
+        subprocess.run(["xdotool", "key", "Down"], check=True)
+        self.wait_state("menu item: Open", "focused")
+        self.press("menu item: Quit")
+        self.assertEqual(self.curtain.wait(30), 0)
 
     def test_the_settings_say_everything_and_act(self):
         self.start()

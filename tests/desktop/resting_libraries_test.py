@@ -9,7 +9,7 @@ from pathlib import Path
 from desktop_case import CURTAIN, DesktopCase, wait_until
 
 DOCUMENT = Path(__file__).resolve().parents[2] / "docs/performance.md"
-VIEWS = re.compile(r"curtain-views|libQt6(Quick|Qml|OpenGL|Network)|libkrb5|libgssapi")
+VIEWS = re.compile(r"curtain-views|libQt6(Quick|Qml|OpenGL|Network|Widgets)|libkrb5|libgssapi")
 
 
 class RestingLibrariesTest(DesktopCase):

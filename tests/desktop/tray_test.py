@@ -434,6 +434,23 @@ class TrayTest(unittest.TestCase):
         self.choose_last_of_menu()
         self.assertEqual(self.curtain.wait(timeout=30), 0)
 
+    def test_chooses_from_the_menu_by_the_keyboard_and_leaves_the_focus_alone(self):
+        self.start_trayer()
+        self.start_curtain()
+        focus = output("xdotool", "getwindowfocus")
+        self.click(self.wait_for_icon(), 3)
+        menu = wait_until(menus, "the menu")[0]
+        self.assertEqual(output("xdotool", "getwindowfocus"), focus)
+        x, first, last = menu.x + 4, menu.y + 10, menu.y + menu.height - 10
+        # Keys that are pressed before the menu has been drawn are not its own.
+        wait_until(lambda: pixel(x, first) == pixel(x, last) != pixel(menu.x - 4, first), "the menu is drawn")
+        output("xdotool", "key", "Down")
+        self.assertEqual(pixel(x, first), pixel(x, last))
+        output("xdotool", "key", "Up")
+        wait_until(lambda: pixel(x, first) != pixel(x, last), "the last entry is highlighted")
+        output("xdotool", "key", "Return")
+        self.assertEqual(self.curtain.wait(timeout=30), 0)
+
     def test_takes_clicks_of_a_status_notifier_host(self):
         self.start_host()
         self.start_curtain()

@@ -92,7 +92,8 @@ struct GnomePanelTest : testing::Test {
                  {},
                  {"Open_it", [this] { chosen.emplace_back("open"); }},
                  {"Quit", [this] { chosen.emplace_back("quit"); }}},
-                isRightToLeft};
+                isRightToLeft,
+                {}};
     }
 
     std::vector<std::string> texts(const char* question) const {

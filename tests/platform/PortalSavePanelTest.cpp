@@ -61,7 +61,7 @@ struct PortalSavePanelTest : testing::Test {
     }
 
     void open(const std::string& name, std::vector<Answer>& answers) {
-        panel->open({name, folder.path().string(), "image/jpeg", "Salva…"},
+        panel->open({name, folder.path().string(), "image/jpeg", "Salva…", {}},
                     [&answers](const Answer& path) { answers.push_back(path); });
     }
     bool isAsked(std::size_t times = 1) {
@@ -138,7 +138,7 @@ TEST_F(PortalSavePanelTest, CancellingAnswersWithoutAPath) {
 }
 
 TEST_F(PortalSavePanelTest, AFolderThatIsMissingIsLeftToThePortal) {
-    panel->open({"one.jpg", (folder.path() / "missing").string(), "image/jpeg", "Save"},
+    panel->open({"one.jpg", (folder.path() / "missing").string(), "image/jpeg", "Save", {}},
                 [](const Answer&) {});
     ASSERT_TRUE(isAsked());
     EXPECT_FALSE(portal->options().contains("current_folder"));

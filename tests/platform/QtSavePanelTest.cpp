@@ -1,13 +1,14 @@
 #include "platform/qt/QtSavePanel.h"
 
-#include "tests/support/ProgramArguments.h"
+#include "platform/qt/SaveFileModel.h"
+#include "tests/support/FakeWindows.h"
 #include "tests/support/TemporaryFolder.h"
 
-#include <gmock/gmock.h>
+#include <QDir>
+#include <QString>
+#include <QStringList>
 
-#include <QApplication>
-#include <QFileDialog>
-#include <QLineEdit>
+#include <gmock/gmock.h>
 
 #include <filesystem>
 #include <optional>
@@ -16,95 +17,138 @@
 
 namespace {
 
+using QtPlatform::SaveFileModel;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-/// Lets the toolkit do without a display and keep its files to itself.
-struct OwnFolder : TestSupport::TemporaryFolder {
-    OwnFolder() {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        for (const auto* name : {"HOME", "XDG_RUNTIME_DIR", "XDG_CONFIG_HOME"}) {
-            qputenv(name, path().c_str());
-        }
-    }
-};
-
 struct QtSavePanelTest : testing::Test {
     using Answer = std::optional<std::string>;
 
-    OwnFolder folder;
-    TestSupport::ProgramArguments arguments;
-    QApplication application{arguments.count, arguments.values.data()};
-    QtPlatform::QtSavePanel panel;
+    TestSupport::TemporaryFolder folder;
+    std::vector<std::string> events;
+    TestSupport::FakeWindows windows{events};
+    QtPlatform::QtSavePanel panel{windows};
     std::vector<Answer> first;
     std::vector<Answer> second;
 
-    void open(const std::string& name, std::vector<Answer>& answers) {
-        panel.open({name, folder.path().string(), "image/jpeg", "Save"},
+    void open(const std::string& name, std::vector<Answer>& answers, const Answer& wanted) {
+        panel.open({name,
+                    wanted,
+                    "image/jpeg",
+                    "Guardar",
+                    {"qrc:/view.qml", "Cancelar", "Ya existe un archivo con ese nombre.", false}},
                    [&answers](const Answer& path) { answers.push_back(path); });
     }
-
-    static std::vector<QFileDialog*> dialogs() {
-        std::vector<QFileDialog*> found;
-        for (auto* widget : QApplication::topLevelWidgets()) {
-            if (auto* dialog = qobject_cast<QFileDialog*>(widget); dialog && dialog->isVisible()) {
-                found.push_back(dialog);
-            }
-        }
-        return found;
+    void open(const std::string& name, std::vector<Answer>& answers) {
+        open(name, answers, folder.path().string());
     }
-    static QString proposedName() { return dialogs().front()->findChild<QLineEdit*>()->text(); }
-    static void accept() { static_cast<QDialog*>(dialogs().front())->accept(); }
 
-    Answer inFolder(const std::string& name) const { return (folder.path() / name).string(); }
+    SaveFileModel& model() { return static_cast<SaveFileModel&>(*windows.all.back()->view.model); }
+    void save(const std::string& name) { model().save(QString::fromStdString(name)); }
+    bool isOpen() const { return !windows.all.empty() && windows.all.back()->isVisible(); }
+
+    std::string inFolder(const std::string& name) const { return (folder.path() / name).string(); }
 };
+
+TEST_F(QtSavePanelTest, ShowsTheNameAndTheFolderAboveThePopover) {
+    std::filesystem::create_directory(folder.path() / "trip");
+    open("one.jpg", first);
+    ASSERT_TRUE(isOpen());
+    const auto& window = *windows.all.back();
+    EXPECT_TRUE(window.style.isKeptAbove);
+    EXPECT_EQ(window.title, "Guardar");
+    EXPECT_EQ(window.view.source, "qrc:/view.qml");
+    EXPECT_EQ(model().proposedName(), QStringLiteral("one.jpg"));
+    EXPECT_EQ(model().folder().toStdString(), folder.path());
+    EXPECT_EQ(model().folders(), QStringList({"..", "trip"}));
+    EXPECT_EQ(model().saveTitle(), QStringLiteral("Guardar"));
+    EXPECT_EQ(model().cancelTitle(), QStringLiteral("Cancelar"));
+}
 
 TEST_F(QtSavePanelTest, AnswersWithThePath) {
     open("one.jpg", first);
-    ASSERT_THAT(dialogs(), SizeIs(1));
-    EXPECT_EQ(proposedName(), QStringLiteral("one.jpg"));
     EXPECT_THAT(first, IsEmpty());
-    accept();
-    EXPECT_THAT(first, ElementsAre(inFolder("one.jpg")));
-    EXPECT_THAT(dialogs(), IsEmpty());
+    save("me.jpg");
+    EXPECT_THAT(first, ElementsAre(inFolder("me.jpg")));
+    EXPECT_FALSE(isOpen());
+}
+
+TEST_F(QtSavePanelTest, APathOfItsOwnIsTakenAndTheEndingAdded) {
+    open("one.jpg", first);
+    save(" /elsewhere/me ");
+    EXPECT_THAT(first, ElementsAre("/elsewhere/me.jpg"));
+    open("two.jpg", second);
+    save("me.v2.JPEG");
+    EXPECT_THAT(second, ElementsAre(inFolder("me.v2.JPEG")));
+}
+
+TEST_F(QtSavePanelTest, WhatIsNoNameIsNotTaken) {
+    open("one.jpg", first);
+    save("  ");
+    save("trip/");
+    EXPECT_TRUE(isOpen());
+    EXPECT_THAT(first, IsEmpty());
+}
+
+TEST_F(QtSavePanelTest, NoFileIsReplaced) {
+    TestSupport::writeFile(folder.path() / "me.jpg", "");
+    std::filesystem::create_symlink("nowhere", folder.path() / "link.jpg");
+    open("one.jpg", first);
+    for (const auto* const name : {"me", "link.jpg"}) {
+        save(name);
+        EXPECT_TRUE(isOpen());
+        EXPECT_EQ(model().problem(), QStringLiteral("Ya existe un archivo con ese nombre."));
+        model().forgetProblem();
+        EXPECT_EQ(model().problem(), QString());
+    }
+    EXPECT_THAT(first, IsEmpty());
+}
+
+TEST_F(QtSavePanelTest, FoldersAreEnteredAndLeft) {
+    std::filesystem::create_directories(folder.path() / "trip/night");
+    open("one.jpg", first);
+    model().enter("trip");
+    EXPECT_EQ(model().folder().toStdString(), inFolder("trip"));
+    EXPECT_EQ(model().folders(), QStringList({"..", "night"}));
+    model().enter("gone");
+    EXPECT_EQ(model().folder().toStdString(), inFolder("trip"));
+    model().enter("night");
+    model().enter("..");
+    save("me.jpg");
+    EXPECT_THAT(first, ElementsAre(inFolder("trip/me.jpg")));
 }
 
 TEST_F(QtSavePanelTest, WithoutAFolderThatExistsItOpensInTheHomeFolder) {
-    for (const auto& wanted : {std::optional<std::string>(), Answer((folder.path() / "missing").string())}) {
-        panel.open({"one.jpg", wanted, "image/jpeg", "Save"}, [](const Answer& /*path*/) {});
-        ASSERT_THAT(dialogs(), SizeIs(1));
-        EXPECT_EQ(dialogs().front()->directory().path(), QDir::homePath());
-        dialogs().front()->reject();
+    for (const auto& wanted : {Answer(), Answer(inFolder("missing"))}) {
+        open("one.jpg", first, wanted);
+        EXPECT_EQ(model().folder(), QDir::homePath());
+        model().cancel();
     }
 }
 
-TEST_F(QtSavePanelTest, CancellingAnswersWithoutAPath) {
+TEST_F(QtSavePanelTest, CancellingAndClosingAnswerOnceWithoutAPath) {
     open("one.jpg", first);
-    ASSERT_THAT(dialogs(), SizeIs(1));
-    dialogs().front()->reject();
+    model().cancel();
     EXPECT_THAT(first, ElementsAre(std::nullopt));
-}
-
-TEST_F(QtSavePanelTest, ASecondRequestTakesTheOpenDialogOver) {
-    open("one.jpg", first);
+    EXPECT_FALSE(isOpen());
     open("two.jpg", second);
-    ASSERT_THAT(dialogs(), SizeIs(1));
-    EXPECT_EQ(proposedName(), QStringLiteral("two.jpg"));
-    EXPECT_THAT(first, ElementsAre(std::nullopt)) << "it cannot be answered any more";
-    accept();
+    windows.all.back()->close();
+    EXPECT_THAT(second, ElementsAre(std::nullopt));
     EXPECT_THAT(first, SizeIs(1));
-    EXPECT_THAT(second, ElementsAre(inFolder("two.jpg")));
 }
 
-TEST_F(QtSavePanelTest, TheUsersChoiceOfAFolderOutlivesASecondRequest) {
-    open("one.jpg", first);
-    ASSERT_THAT(dialogs(), SizeIs(1));
+TEST_F(QtSavePanelTest, ASecondRequestTakesTheOpenPanelOver) {
     std::filesystem::create_directory(folder.path() / "trip");
-    dialogs().front()->setDirectory(QString::fromStdString((folder.path() / "trip").string()));
+    open("one.jpg", first);
+    model().enter("trip");
     open("two.jpg", second);
-    accept();
-    EXPECT_THAT(second, ElementsAre(inFolder("trip/two.jpg")));
+    EXPECT_THAT(windows.all, SizeIs(1));
+    EXPECT_EQ(model().proposedName(), QStringLiteral("two.jpg"));
+    EXPECT_THAT(first, ElementsAre(std::nullopt)) << "it cannot be answered any more";
+    save("two.jpg");
+    EXPECT_THAT(first, SizeIs(1));
+    EXPECT_THAT(second, ElementsAre(inFolder("trip/two.jpg"))) << "the user's choice of a folder stays";
 }
 
 } // namespace

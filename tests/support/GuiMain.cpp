@@ -1,10 +1,10 @@
-#include <QApplication>
+#include <QGuiApplication>
 
 #include <gmock/gmock.h>
 
 int main(int argumentCount, char** arguments) {
     testing::InitGoogleMock(&argumentCount, arguments);
-    const QApplication application(argumentCount, arguments);
-    QApplication::setQuitOnLastWindowClosed(false);
+    const QGuiApplication application(argumentCount, arguments);
+    QGuiApplication::setQuitOnLastWindowClosed(false);
     return RUN_ALL_TESTS();
 }

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "platform/Menu.h"
+
+#include <QObject>
+#include <QVariantList>
+
+#include <functional>
+
+namespace QtPlatform {
+
+/// A menu as its view reads it.
+class MenuModel : public QObject {
+    Q_OBJECT
+    /// Of each its `title`, empty for a separator, and whether it `canBeChosen`.
+    Q_PROPERTY(QVariantList entries READ entries CONSTANT)
+    Q_PROPERTY(bool isRightToLeft READ isRightToLeft CONSTANT)
+
+public:
+    /// `close` takes the view from the screen.
+    MenuModel(Platform::Menu menu, std::function<void()> close);
+
+    QVariantList entries() const;
+    bool isRightToLeft() const { return menu_.isRightToLeft; }
+
+    Q_INVOKABLE void close() const { close_(); }
+    /// Closes the menu; what was chosen is done once the view's event has been dealt with.
+    Q_INVOKABLE void choose(int index) const;
+
+private:
+    Platform::Menu menu_;
+    std::function<void()> close_;
+};
+
+} // namespace QtPlatform
