@@ -6,10 +6,13 @@ REPEATS ?= 20
 RELEASE := build/release
 BENCH := build/bench
 SANITIZED := build/sanitized
+FUZZ := build/fuzz
+# How long make fuzz runs each fuzzer.
+MINUTES ?= 1
 # A display decides whether Curtain starts in the user's session or in a virtual desktop.
 HAS_DISPLAY := $(DISPLAY)$(WAYLAND_DISPLAY)
 
-.PHONY: help run configure-tests test check-sanitized test-long bench lint install \
+.PHONY: help run configure-tests test check-sanitized fuzzers fuzz-short fuzz test-long bench lint install \
 	package clean program tests
 
 help:
@@ -17,6 +20,8 @@ help:
 	@echo "make test        install what is missing, build, and run the tests"
 	@echo "make check-sanitized"
 	@echo "                 the unit tests under sanitizers, and clang-tidy over core/ and hotkeys/"
+	@echo "make fuzz        invented input for what reads other programs' data, MINUTES=$(MINUTES) for each reader"
+	@echo "make fuzz-short  the same, a few seconds each"
 	@echo "make test-long   the long tests, and the others REPEATS=$(REPEATS) times on a busy machine; takes hours"
 	@echo "make bench       the benchmarks; what they measured is kept in build/bench/figures.json"
 	@echo "make lint        check the format and run clang-tidy"
@@ -61,6 +66,17 @@ check-sanitized:
 	cmake --build --preset sanitized --parallel $(JOBS) --target CoreTest HotkeysTest AppTest PlantedFault
 	tests/sanitizers/run $(SANITIZED)
 	run-clang-tidy -quiet -j $(JOBS) -p $(SANITIZED) '^$(CURDIR)/(core|hotkeys)/'
+
+fuzzers:
+	scripts/setup --tests
+	cmake --preset fuzz -DCURTAIN_BUILD_TESTS=ON
+	cmake --build --preset fuzz --parallel $(JOBS) --target fuzzers
+
+fuzz-short: fuzzers
+	tests/fuzz/run $(FUZZ)
+
+fuzz: fuzzers
+	tests/fuzz/run $(FUZZ) --minutes $(MINUTES)
 
 test-long: tests
 	scripts/setup --long
