@@ -105,6 +105,8 @@ bench:
 		python3 -B bench/popover_benchmark.py $(BENCH)/stage/bin/curtain
 	scripts/virtual-desktop -- python3 -B bench/settings_benchmark.py $(BENCH)/stage/bin/curtain
 	scripts/virtual-desktop --session kwin -- python3 -B bench/kwin_benchmark.py $(BENCH)/stage/bin/curtain
+	@set -e; for session in sway x11-i3; do \
+		scripts/virtual-desktop --session $$session -- python3 -B bench/scratchpad_benchmark.py $(BENCH)/stage/bin/curtain; done
 	@set -e; for session in x11-openbox x11-xfwm4; do \
 		echo "bench/leak_benchmark.py ($$session)"; \
 		LEAK_METER_PROGRAMS=$(BENCH)/support scripts/virtual-desktop --session $$session -- \
