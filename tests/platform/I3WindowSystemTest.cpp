@@ -293,6 +293,17 @@ TEST_F(I3WindowSystemTest, FullscreenComesBack) {
     expectPicture(before);
 }
 
+TEST_F(I3WindowSystemTest, WhatBecomesFullscreenWhileHiddenComesBackAsItWas) {
+    open("A");
+    open("B");
+    open("C");
+    const auto before = I3Desktop::picture();
+    hide({"A", "B"});
+    I3Desktop::run(with("A", "fullscreen enable") + with("B", "fullscreen enable"));
+    show({"A", "B"});
+    expectPicture(before);
+}
+
 TEST_F(I3WindowSystemTest, WindowsOfOtherWorkspacesGoAndComeBackUnseen) {
     open("A");
     open("B");

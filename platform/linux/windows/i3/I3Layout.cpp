@@ -88,6 +88,12 @@ std::string toWorkspaceOf(const I3Tree& tree, const I3Place& place, std::int64_t
            quoted(tree, place.workspace) + ";";
 }
 
+/// Brings something back from the scratchpad. sway 1.7 dies where that is fullscreen by then, as programs may
+/// ask for at any time.
+std::string outOfScratchpad(const I3Tree& tree, const I3Place& place, std::int64_t id) {
+    return withId(id) + "fullscreen disable;" + toWorkspaceOf(tree, place, id);
+}
+
 /// Gives something that floats the place of a window in it.
 std::string toRect(const I3Tree& tree, std::int64_t id, const I3Place& place, const I3Rect& rect) {
     const auto one = withId(id);
@@ -257,7 +263,7 @@ private:
 
     void goToWorkspace(std::int64_t id, const I3Place& place) {
         id_ = id;
-        commands_ += toWorkspaceOf(tree_, place, id);
+        commands_ += outOfScratchpad(tree_, place, id);
         const bool isNew =
             tree_.workspaceNamed(place.workspace) == nullptr && newWorkspaces_.insert(place.workspace).second;
         const bool hasOutput = std::ranges::find(tree_.outputs(), place.output, [](const auto* output) {
@@ -591,7 +597,7 @@ std::string commandsToReturnAnywhere(const I3Tree& tree, std::span<const I3Retur
             continue;
         }
         const auto one = withId(leaf->node->id);
-        commands += toWorkspaceOf(tree, place, leaf->node->id);
+        commands += outOfScratchpad(tree, place, leaf->node->id);
         if (!place.isOfScratchpad) {
             commands += one + "floating disable;";
         }
