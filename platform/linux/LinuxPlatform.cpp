@@ -44,6 +44,7 @@
 #include "platform/linux/shortcutlists/KdeShortcuts.h"
 #include "platform/linux/shortcutlists/XfconfShortcuts.h"
 #include "platform/linux/soundlibrary/LazySound.h"
+#include "platform/linux/soundlibrary/MissingSound.h"
 #include "platform/linux/system/EnvironmentLocale.h"
 #include "platform/linux/system/FileUserDefaults.h"
 #include "platform/linux/system/PosixFileManager.h"
@@ -356,21 +357,23 @@ LinuxCaptureServices& addCamera(Platform::Platform& platform) {
     return added;
 }
 
-/// Its library is a part of this program, which cannot go on with half of itself.
+/// Where the library cannot be loaded, what else there is goes on protecting its user.
 std::unique_ptr<SoundToolkit> makeSoundToolkit(const QtPlatform::OwnLibrary& library,
-                                               Platform::MainQueue& queue) {
-    auto* const make = library.entry<MakeSoundToolkit>(nameOfMakeSoundToolkit);
-    if (make == nullptr) {
-        qFatal("Curtain: its sound cannot be loaded: %s", dlerror());
+                                               Platform::MainQueue& queue, Platform::Log& log) {
+    if (auto* const make = library.entry<MakeSoundToolkit>(nameOfMakeSoundToolkit)) {
+        return std::unique_ptr<SoundToolkit>(make(queue));
     }
-    return std::unique_ptr<SoundToolkit>(make(queue));
+    const std::string reason = dlerror();
+    log.writeLine("Curtain: its sound cannot be loaded, so no microphone can be checked: " + reason);
+    return std::make_unique<MissingSound>(queue, reason);
 }
 
-/// `queue` outlives it.
-std::unique_ptr<LazySound> lazySound(Platform::MainQueue& queue) {
+/// Both outlive it.
+std::unique_ptr<LazySound> lazySound(Platform::MainQueue& queue, Platform::Log& log) {
     const auto library =
         std::make_shared<QtPlatform::OwnLibrary>(QtPlatform::OwnLibrary::pathOf(soundLibraryFileName));
-    return std::make_unique<LazySound>([library, &queue] { return makeSoundToolkit(*library, queue); });
+    return std::make_unique<LazySound>(
+        [library, &queue, &log] { return makeSoundToolkit(*library, queue, log); });
 }
 
 /// Outlived by the workspace.
@@ -505,7 +508,7 @@ Platform::Platform makeLinuxPlatform(const SessionEnvironment& environment) {
         });
     auto& departures = addDepartures(platform, *session);
     addShell(platform, *session);
-    auto sound = lazySound(*platform.mainQueue);
+    auto sound = lazySound(*platform.mainQueue, *platform.log);
     if (!QDBusConnection::sessionBus().isConnected()) {
         platform.log->writeLine(
             "Curtain: there is no session bus, so the icon shows only in trays of X windows");

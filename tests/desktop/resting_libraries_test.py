@@ -61,6 +61,19 @@ class RestingLibrariesTest(DesktopCase):
         self.click_icon()
         wait_until(lambda: self.desktop.windows_of(self.curtain), "a window is open")
 
+    def test_goes_on_where_its_sound_cannot_be_loaded(self):
+        installation = self.scratch / "installation"
+        shutil.copytree(Path(CURTAIN).parent.parent, installation)
+        library = installation / "lib/curtain/curtain-sound.so"
+        library.write_text("what cannot be loaded")
+        self.start_to_rest(installation / "bin/curtain")
+        self.click_icon()
+        wait_until(lambda: self.desktop.windows_of(self.curtain), "a window is open")
+        complaint = wait_until(lambda: self.curtain.complaints() if self.curtain.complaints().endswith("\n") else "", "it is told")
+        self.assertRegex(complaint, r"^Curtain: its sound cannot be loaded, so no microphone can be checked: .*\n$")
+        self.assertIsNone(self.curtain.poll(), "it goes on")
+        self.expected_complaints = complaint
+
     def test_says_at_the_start_what_of_it_is_missing(self):
         for content, library in (("windows", "curtain-views.so"), ("sounds", "curtain-sound.so")):
             with self.subTest(library):

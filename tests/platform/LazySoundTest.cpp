@@ -1,4 +1,6 @@
 #include "platform/linux/soundlibrary/LazySound.h"
+#include "platform/linux/soundlibrary/MissingSound.h"
+#include "tests/support/HandDrivenQueue.h"
 
 #include <gmock/gmock.h>
 
@@ -78,6 +80,43 @@ TEST_F(LazySoundTest, TheFirstQuestionMakesTheToolkitThatAnswersAll) {
     sound.setSuspended(false);
     EXPECT_THAT(calls, ElementsAre("made", "has input device", "prepare", "observe", "engine", "write /a",
                                    "play /b", "asleep", "awake"));
+}
+
+struct MissingSoundTest : testing::Test {
+    TestSupport::HandDrivenQueue queue;
+    LinuxPlatform::MissingSound sound{queue, "no such library"};
+};
+
+TEST_F(MissingSoundTest, TellsOnceThatThereIsNoMicrophone) {
+    EXPECT_FALSE(sound.hasInputDevice());
+    std::vector<bool> told;
+    const auto observer = sound.observeInputDevice([&](bool isThere) { told.push_back(isThere); });
+    EXPECT_THAT(told, IsEmpty()) << "not before the call is over";
+    queue.runReady();
+    EXPECT_THAT(told, ElementsAre(false));
+}
+
+TEST_F(MissingSoundTest, WhoeverIsGoneIsToldNothing) {
+    bool isTold = false;
+    {
+        const auto observer = sound.observeInputDevice([&](bool /*isThere*/) { isTold = true; });
+    }
+    queue.runReady();
+    EXPECT_FALSE(isTold);
+}
+
+TEST_F(MissingSoundTest, ItsEngineHearsNothingAndSaysWhy) {
+    const auto engine = sound.makeEngine();
+    EXPECT_EQ(engine->inputNode().inputFormat(), Platform::AudioFormat{});
+    const auto problem = engine->start();
+    ASSERT_TRUE(problem);
+    EXPECT_EQ(problem->localizedDescription, "no such library");
+    EXPECT_FALSE(engine->isRunning());
+}
+
+TEST_F(MissingSoundTest, NothingIsRecordedOrPlayed) {
+    EXPECT_TRUE(std::holds_alternative<Platform::AudioError>(sound.openFileForWriting("/a", {})));
+    EXPECT_TRUE(std::holds_alternative<Platform::AudioError>(sound.makePlayer("/b")));
 }
 
 } // namespace
