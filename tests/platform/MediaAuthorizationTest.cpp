@@ -117,6 +117,19 @@ TEST_F(MediaAuthorizationTest, ADialogThatWasClosedMayBeShownAgain) {
     EXPECT_THAT(answers, ElementsAre(false, true));
 }
 
+TEST_F(MediaAuthorizationTest, AnAnswerThatCannotBeReadIsNoYes) {
+    std::size_t times = 0;
+    for (const auto& unreadable :
+         {QVariantList{}, QVariantList{0U}, QVariantList{QStringLiteral("0"), QVariantMap{}}}) {
+        request();
+        ASSERT_TRUE(isAsked(++times));
+        portal->respond(unreadable);
+        ASSERT_TRUE(isAnswered(times));
+        EXPECT_FALSE(answers.back());
+        EXPECT_EQ(status(), AuthorizationStatus::notDetermined);
+    }
+}
+
 TEST_F(MediaAuthorizationTest, TheUserIsAskedOnceHoweverManyWantToKnow) {
     request();
     request();

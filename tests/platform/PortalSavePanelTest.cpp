@@ -8,12 +8,15 @@
 #include "tests/support/TemporaryFolder.h"
 
 #include <QByteArray>
+#include <QCoreApplication>
 #include <QDBusArgument>
+#include <QDBusConnectionInterface>
 #include <QDBusMessage>
 
 #include <gmock/gmock.h>
 
 #include <chrono>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -43,12 +46,13 @@ struct PortalSavePanelTest : testing::Test {
     std::vector<std::string> events;
     FakeSavePanel* toolkits = nullptr;
     std::unique_ptr<PortalSavePanel> panel = panelOn(ours);
+    QString window = QStringLiteral("x11:1e00007");
     std::vector<Answer> first;
     std::vector<Answer> second;
 
     void TearDown() override {
         portal.reset();
-        for (const auto* name : {"ours", "the portal's"}) {
+        for (const auto* name : {"ours", "the portal's", "the next portal's"}) {
             QDBusConnection::disconnectFromBus(QLatin1String(name));
         }
     }
@@ -57,7 +61,18 @@ struct PortalSavePanelTest : testing::Test {
         auto other = std::make_unique<FakeSavePanel>(events);
         toolkits = other.get();
         return std::make_unique<PortalSavePanel>(
-            connection, [] { return QStringLiteral("x11:1e00007"); }, std::move(other));
+            connection, [this] { return window; }, std::move(other));
+    }
+    /// A portal appears, in place of the one that there was.
+    void startNextPortal() {
+        portal.reset();
+        portal = std::make_unique<FakePortal>(bus.connect(QStringLiteral("the next portal's")));
+        readTheBus();
+    }
+    /// Returns when all that the bus has told so far has been received: its answers come in order.
+    void readTheBus() const {
+        EXPECT_TRUE(ours.interface()->isServiceRegistered(QStringLiteral("org.freedesktop.portal.Desktop")));
+        QCoreApplication::processEvents();
     }
 
     void open(const std::string& name, std::vector<Answer>& answers) {
@@ -67,14 +82,24 @@ struct PortalSavePanelTest : testing::Test {
     bool isAsked(std::size_t times = 1) {
         return spinUntil([&] { return portal->questions.size() == times; }, patience);
     }
-    bool isOtherAsked() {
-        return spinUntil([&] { return !toolkits->openings.empty(); }, patience);
+    bool isOtherAsked(std::size_t times = 1) {
+        return spinUntil([&] { return toolkits->openings.size() == times; }, patience);
     }
     static bool isAnswered(const std::vector<Answer>& answers) {
         return spinUntil([&] { return !answers.empty(); }, patience);
     }
-    void choose(const char* address) {
-        portal->answer(0, {{QStringLiteral("uris"), QStringList{QString::fromUtf8(address)}}});
+    static QVariantMap chosen(const std::string& address) {
+        return {{QStringLiteral("uris"), QStringList{QString::fromStdString(address)}}};
+    }
+    void choose(const std::string& address) { portal->answer(0, chosen(address)); }
+    /// What comes of the user's choice of a path.
+    Answer answerTo(const std::filesystem::path& path) {
+        std::vector<Answer> answers;
+        open("one.jpg", answers);
+        EXPECT_TRUE(isAsked(portal->questions.size() + 1));
+        choose("file://" + path.string());
+        EXPECT_TRUE(isAnswered(answers));
+        return answers.empty() ? std::nullopt : answers.front();
     }
 };
 
@@ -124,6 +149,51 @@ TEST_F(PortalSavePanelTest, WhatIsNoFileIsToldByItsAddress) {
     EXPECT_THAT(first, ElementsAre("sftp://example.org/one.jpg"));
 }
 
+TEST_F(PortalSavePanelTest, AnEndingIsAddedWhereTheUserTypedNone) {
+    const auto me = (folder.path() / "me").string();
+    EXPECT_EQ(answerTo(me), me + ".jpg");
+    EXPECT_EQ(answerTo(me + ".v2"), me + ".v2.jpg");
+    EXPECT_EQ(answerTo(me + ".JPEG"), me + ".JPEG");
+}
+
+TEST_F(PortalSavePanelTest, NoEndingIsAddedThatWouldReplaceAFile) {
+    TestSupport::writeFile(folder.path() / "me.jpg", "");
+    std::filesystem::create_symlink("nowhere", folder.path() / "link.jpg");
+    for (const auto* const name : {"me", "link"}) {
+        EXPECT_EQ(answerTo(folder.path() / name), (folder.path() / name).string());
+    }
+}
+
+TEST_F(PortalSavePanelTest, AFileThatIsHandedIntoASandboxKeepsItsName) {
+    qputenv("XDG_RUNTIME_DIR", "/run/user/1000");
+    EXPECT_EQ(answerTo("/run/user/1000/doc/1f3a/me"), "/run/user/1000/doc/1f3a/me");
+    EXPECT_EQ(answerTo("/run/user/1000/me"), "/run/user/1000/me.jpg");
+}
+
+TEST_F(PortalSavePanelTest, TheWindowIsTheOneOfTheRequest) {
+    open("one.jpg", first);
+    window = QString();
+    ASSERT_TRUE(isAsked());
+    EXPECT_EQ(portal->questions.front().arguments().at(0), QStringLiteral("x11:1e00007"));
+}
+
+TEST_F(PortalSavePanelTest, AnAnswerThatCannotBeReadIsNoChoice) {
+    open("one.jpg", first);
+    ASSERT_TRUE(isAsked());
+    portal->respond({0, chosen("file:///home/ada/one.jpg")});
+    ASSERT_TRUE(isAnswered(first));
+    EXPECT_THAT(first, ElementsAre(std::nullopt));
+}
+
+TEST_F(PortalSavePanelTest, ADialogThatWasClosedIsNotFollowedByAnother) {
+    open("one.jpg", first);
+    ASSERT_TRUE(isAsked());
+    portal->answer(2);
+    ASSERT_TRUE(isAnswered(first));
+    EXPECT_THAT(first, ElementsAre(std::nullopt));
+    EXPECT_THAT(toolkits->openings, IsEmpty());
+}
+
 TEST_F(PortalSavePanelTest, CancellingAnswersWithoutAPath) {
     open("one.jpg", first);
     ASSERT_TRUE(isAsked());
@@ -169,12 +239,64 @@ TEST_F(PortalSavePanelTest, ASecondRequestBeforeThePortalWasAskedIsTheOnlyOne) {
     EXPECT_THAT(portal->questions, SizeIs(1));
 }
 
-TEST_F(PortalSavePanelTest, APortalThatDiesWithItsDialogHasNotBeenAnswered) {
+TEST_F(PortalSavePanelTest, WhereThePortalDiesWithItsDialogTheToolkitAsks) {
     open("one.jpg", first);
     ASSERT_TRUE(isAsked());
     portal.reset();
-    ASSERT_TRUE(isAnswered(first));
+    ASSERT_TRUE(isOtherAsked());
+    EXPECT_THAT(first, IsEmpty());
+    toolkits->choose("/home/ada/one.jpg");
+    EXPECT_THAT(first, ElementsAre("/home/ada/one.jpg"));
+}
+
+TEST_F(PortalSavePanelTest, TheToolkitsDialogIsTakenOverThoughAPortalHasCome) {
+    portal.reset();
+    open("one.jpg", first);
+    ASSERT_TRUE(isOtherAsked());
+    startNextPortal();
+    open("two.jpg", second);
+    EXPECT_THAT(toolkits->openings, SizeIs(2));
+    toolkits->supersede();
     EXPECT_THAT(first, ElementsAre(std::nullopt));
+    std::vector<Answer> third;
+    open("three.jpg", third);
+    EXPECT_THAT(toolkits->openings, SizeIs(3));
+    toolkits->supersede();
+    EXPECT_THAT(second, ElementsAre(std::nullopt));
+    toolkits->choose("/home/ada/three.jpg");
+    EXPECT_THAT(third, ElementsAre("/home/ada/three.jpg"));
+    EXPECT_THAT(portal->questions, IsEmpty());
+    open("four.jpg", first);
+    ASSERT_TRUE(isAsked());
+}
+
+TEST_F(PortalSavePanelTest, AQuestionThatThePortalDoesNotTakeUpIsWithdrawn) {
+    readTheBus();
+    portal->mood = FakePortal::Mood::saysNothing;
+    open("one.jpg", first);
+    ASSERT_TRUE(isAsked());
+    ASSERT_TRUE(isOtherAsked());
+    ASSERT_TRUE(spinUntil([&] { return !portal->withdrawn.isEmpty(); }, patience));
+    EXPECT_EQ(portal->withdrawn, QStringList{portal->request()});
+    toolkits->choose("/home/ada/one.jpg");
+    EXPECT_THAT(first, ElementsAre("/home/ada/one.jpg"));
+    open("two.jpg", second);
+    EXPECT_THAT(toolkits->openings, SizeIs(2)) << "it is not waited for again";
+}
+
+TEST_F(PortalSavePanelTest, APortalThatHangsIsNotAskedAgainButItsSuccessorIs) {
+    readTheBus();
+    portal->mood = FakePortal::Mood::hangs;
+    open("one.jpg", first);
+    ASSERT_TRUE(isOtherAsked());
+    toolkits->choose("/home/ada/one.jpg");
+    open("two.jpg", second);
+    EXPECT_THAT(toolkits->openings, SizeIs(2));
+    toolkits->choose("/home/ada/two.jpg");
+    startNextPortal();
+    open("three.jpg", first);
+    ASSERT_TRUE(isAsked());
+    EXPECT_THAT(toolkits->openings, SizeIs(2));
 }
 
 TEST_F(PortalSavePanelTest, WithoutAPortalTheToolkitAsks) {

@@ -8,6 +8,7 @@
 #include <QDBusObjectPath>
 #include <QDBusVariant>
 #include <QStringList>
+#include <QVariantList>
 #include <QVariantMap>
 
 #include <optional>
@@ -19,14 +20,20 @@ namespace TestSupport {
 /// A desktop portal that writes down what it is asked and answers when the test says so.
 class FakePortal : public BusObject {
 public:
-    enum class Mood { asksTheUser, refuses, saysNothing };
+    enum class Mood {
+        asksTheUser,
+        refuses,
+        saysNothing,
+        /// Does not even tell its version.
+        hangs,
+    };
 
     explicit FakePortal(QDBusConnection bus)
         : BusObject(std::move(bus), QStringLiteral("org.freedesktop.portal.Desktop"),
                     QStringLiteral("/org/freedesktop/portal/desktop"), QDBusConnection::SubPath) {}
 
     Mood mood = Mood::asksTheUser;
-    /// Of every interface that is asked for; absent where the portal has none of them.
+    /// Of its dialogs for files, the only interface whose version it tells; absent where it has none.
     std::optional<uint> version = 3;
     std::vector<QDBusMessage> questions;
     /// The paths of requests that whoever made them has closed.
@@ -42,19 +49,21 @@ public:
     QVariantMap options() const { return qdbus_cast<QVariantMap>(questions.back().arguments().back()); }
 
     /// What the user says to the last question: 0 for yes, 1 for no, 2 for the dialog closed.
-    void answer(unsigned response, const QVariantMap& results = {}) {
+    void answer(unsigned response, const QVariantMap& results = {}) { respond({response, results}); }
+    /// Any answer, such as no portal should give.
+    void respond(const QVariantList& arguments) {
         auto signal = QDBusMessage::createTargetedSignal(questions.back().service(), request(),
                                                          QStringLiteral("org.freedesktop.portal.Request"),
                                                          QStringLiteral("Response"));
-        signal << response << results;
+        signal.setArguments(arguments);
         bus().send(signal);
     }
 
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& /*connection*/) override {
         if (message.interface() == QStringLiteral("org.freedesktop.DBus.Properties")) {
-            bus().send(version ? message.createReply(QVariant::fromValue(QDBusVariant(*version)))
-                               : message.createErrorReply(QDBusError::UnknownInterface,
-                                                          QStringLiteral("there is no such interface")));
+            if (mood != Mood::hangs) {
+                bus().send(replyAboutVersion(message));
+            }
             return true;
         }
         if (message.interface() == QStringLiteral("org.freedesktop.portal.Request")) {
@@ -78,9 +87,21 @@ public:
                                                 QStringLiteral("not in here")));
             break;
         case Mood::saysNothing:
+        case Mood::hangs:
             break;
         }
         return true;
+    }
+
+private:
+    QDBusMessage replyAboutVersion(const QDBusMessage& question) const {
+        const bool isKnown =
+            version && question.member() == QStringLiteral("Get") &&
+            question.arguments() ==
+                QVariantList{QStringLiteral("org.freedesktop.portal.FileChooser"), QStringLiteral("version")};
+        return isKnown ? question.createReply(QVariant::fromValue(QDBusVariant(*version)))
+                       : question.createErrorReply(QDBusError::UnknownInterface,
+                                                   QStringLiteral("there is no such interface"));
     }
 };
 

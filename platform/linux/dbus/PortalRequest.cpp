@@ -1,7 +1,7 @@
 #include "platform/linux/dbus/PortalRequest.h"
 
 #include <QDBusArgument>
-#include <QDBusMessage>
+#include <QDBusError>
 #include <QDBusPendingCall>
 #include <QDBusPendingCallWatcher>
 #include <QUuid>
@@ -15,9 +15,18 @@ const QString portal = QStringLiteral("org.freedesktop.portal.Desktop");
 const QString portalPath = QStringLiteral("/org/freedesktop/portal/desktop");
 const QString requestInterface = QStringLiteral("org.freedesktop.portal.Request");
 
-constexpr unsigned yes = 0;
-/// What the portal responds when its dialog ends in another way than by a yes or a no.
-constexpr unsigned noAnswer = 2;
+PortalRequest::Outcome outcomeOf(unsigned response) {
+    constexpr unsigned yes = 0;
+    constexpr unsigned no = 1;
+    switch (response) {
+    case yes:
+        return PortalRequest::Outcome::yes;
+    case no:
+        return PortalRequest::Outcome::no;
+    default:
+        return PortalRequest::Outcome::noAnswer;
+    }
+}
 
 /// Where the portal will answer, so that one can listen before asking.
 QString requestPath(const QDBusConnection& bus, const QString& token) {
@@ -39,17 +48,12 @@ PortalRequest::PortalRequest(const QDBusConnection& bus, Question question, cons
       path_(requestPath(bus, token)),
       answered_(std::move(answered)),
       response_(bus, portal, path_, requestInterface, QStringLiteral("Response"),
-                [this](const QDBusMessage& message) {
-                    const auto arguments = message.arguments();
-                    const auto response = arguments.value(0).toUInt();
-                    answer(response,
-                           response == yes ? qdbus_cast<QVariantMap>(arguments.value(1)) : QVariantMap());
-                }),
+                [this](const QDBusMessage& response) { receive(response); }),
       departure_(portal, bus, QDBusServiceWatcher::WatchForUnregistration) {
     if (!bus.isConnected()) {
         // Such a call would never come to an end.
         QMetaObject::invokeMethod(
-            &context_, [this] { answer(std::nullopt); }, Qt::QueuedConnection);
+            &context_, [this] { answer(Outcome::notAsked); }, Qt::QueuedConnection);
         return;
     }
     auto call = QDBusMessage::createMethodCall(portal, portalPath, question.interface, question.method);
@@ -60,23 +64,35 @@ PortalRequest::PortalRequest(const QDBusConnection& bus, Question question, cons
     QObject::connect(watcher, &QDBusPendingCallWatcher::finished, &context_, [this, watcher] {
         watcher->deleteLater();
         if (watcher->isError()) {
-            answer(std::nullopt);
+            answer(watcher->error().type() == QDBusError::NoReply ? Outcome::silent : Outcome::notAsked);
             return;
         }
-        // Its dialog goes with it.
         QObject::connect(&departure_, &QDBusServiceWatcher::serviceUnregistered, &context_,
-                         [this] { answer(noAnswer); });
+                         [this] { answer(Outcome::departed); });
     });
 }
 
 void PortalRequest::withdraw() {
     answered_ = nullptr;
-    bus_.send(QDBusMessage::createMethodCall(portal, path_, requestInterface, QStringLiteral("Close")));
+    auto close = QDBusMessage::createMethodCall(portal, path_, requestInterface, QStringLiteral("Close"));
+    // A portal that is started for this has nothing to close.
+    close.setAutoStartService(false);
+    bus_.send(close);
 }
 
-void PortalRequest::answer(std::optional<unsigned> response, const QVariantMap& results) {
+void PortalRequest::receive(const QDBusMessage& response) {
+    if (response.signature() != QLatin1String("ua{sv}")) {
+        answer(Outcome::noAnswer);
+        return;
+    }
+    const auto outcome = outcomeOf(response.arguments().at(0).toUInt());
+    answer(outcome,
+           outcome == Outcome::yes ? qdbus_cast<QVariantMap>(response.arguments().at(1)) : QVariantMap());
+}
+
+void PortalRequest::answer(Outcome outcome, const QVariantMap& results) {
     if (const auto answered = std::exchange(answered_, nullptr)) {
-        answered(response, results);
+        answered(outcome, results);
     }
 }
 

@@ -3,6 +3,7 @@
 #include "platform/linux/dbus/DBusSignal.h"
 
 #include <QDBusConnection>
+#include <QDBusMessage>
 #include <QDBusServiceWatcher>
 #include <QObject>
 #include <QString>
@@ -10,7 +11,6 @@
 
 #include <chrono>
 #include <functional>
-#include <optional>
 
 namespace LinuxPlatform {
 
@@ -29,9 +29,21 @@ public:
         QVariantMap options;
     };
 
-    /// The portal's response: 0 for yes, 1 for no, others for no answer; absent when the portal cannot be
-    /// asked. `results` are what the method says that they are, empty unless the response is yes.
-    using Answered = std::function<void(std::optional<unsigned> response, const QVariantMap& results)>;
+    enum class Outcome {
+        yes,
+        no,
+        /// The dialog ended in another way.
+        noAnswer,
+        /// The portal left the bus, and its dialog went with it.
+        departed,
+        /// There is no portal, or it does not ask.
+        notAsked,
+        /// The portal has not said in time that it will ask. It may do so yet, unless `withdraw` is called.
+        silent,
+    };
+
+    /// `results` are what the method says that they are, empty unless the outcome is yes.
+    using Answered = std::function<void(Outcome outcome, const QVariantMap& results)>;
 
     /// `answered` may end the request.
     PortalRequest(const QDBusConnection& bus, Question question, Answered answered);
@@ -41,7 +53,8 @@ public:
 
 private:
     PortalRequest(const QDBusConnection& bus, Question question, const QString& token, Answered answered);
-    void answer(std::optional<unsigned> response, const QVariantMap& results = {});
+    void receive(const QDBusMessage& response);
+    void answer(Outcome outcome, const QVariantMap& results = {});
 
     QDBusConnection bus_;
     QString path_;

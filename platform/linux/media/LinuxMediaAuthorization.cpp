@@ -11,6 +11,27 @@ namespace LinuxPlatform {
 using Platform::AuthorizationStatus;
 using Platform::MediaType;
 
+namespace {
+
+AuthorizationStatus statusAfter(PortalRequest::Outcome outcome) {
+    using Outcome = PortalRequest::Outcome;
+    switch (outcome) {
+    case Outcome::no:
+        return AuthorizationStatus::denied;
+    case Outcome::noAnswer:
+    case Outcome::departed:
+        // The user may be asked again.
+        return AuthorizationStatus::notDetermined;
+    case Outcome::yes:
+    case Outcome::notAsked:
+    case Outcome::silent:
+        break;
+    }
+    return AuthorizationStatus::authorized;
+}
+
+} // namespace
+
 LinuxMediaAuthorization::LinuxMediaAuthorization(QDBusConnection sessionBus, bool isSandboxed,
                                                  std::function<bool()> mayUseCameras)
     : sessionBus_(std::move(sessionBus)),
@@ -46,16 +67,8 @@ void LinuxMediaAuthorization::requestAccess(MediaType type, std::function<void(b
 }
 
 void LinuxMediaAuthorization::ask(MediaType type) {
-    const auto answer = [this, type](std::optional<unsigned> response, const QVariantMap& /*results*/) {
-        constexpr unsigned granted = 0;
-        constexpr unsigned refused = 1;
-        if (!response || *response == granted) {
-            answered(type, AuthorizationStatus::authorized);
-        } else {
-            // Neither yes nor no: the user may be asked again.
-            answered(type,
-                     *response == refused ? AuthorizationStatus::denied : AuthorizationStatus::notDetermined);
-        }
+    const auto answer = [this, type](PortalRequest::Outcome outcome, const QVariantMap& /*results*/) {
+        answered(type, statusAfter(outcome));
     };
     accesses_.at(type).request = std::make_unique<PortalRequest>(
         sessionBus_,

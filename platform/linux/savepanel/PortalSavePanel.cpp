@@ -1,15 +1,15 @@
 #include "platform/linux/savepanel/PortalSavePanel.h"
 
+#include "platform/linux/savepanel/PortalChoice.h"
 #include "platform/linux/savepanel/PortalFileFilter.h"
 
 #include <QByteArray>
+#include <QDBusError>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDBusVariant>
 #include <QMimeDatabase>
-#include <QStringList>
-#include <QUrl>
 
 #include <filesystem>
 #include <system_error>
@@ -18,6 +18,7 @@
 namespace LinuxPlatform {
 namespace {
 
+const QString portalName = QStringLiteral("org.freedesktop.portal.Desktop");
 const QString fileChooser = QStringLiteral("org.freedesktop.portal.FileChooser");
 
 QVariantMap optionsOf(const Platform::SavePanelOptions& options) {
@@ -38,23 +39,14 @@ QVariantMap optionsOf(const Platform::SavePanelOptions& options) {
     return map;
 }
 
-/// Absent when none was chosen.
-std::optional<std::string> chosenFile(const QVariantMap& results) {
-    const auto addresses = results.value(QStringLiteral("uris")).toStringList();
-    if (addresses.isEmpty()) {
-        return std::nullopt;
-    }
-    const QUrl address(addresses.first());
-    return (address.isLocalFile() ? address.toLocalFile() : addresses.first()).toStdString();
-}
-
 } // namespace
 
 PortalSavePanel::PortalSavePanel(QDBusConnection bus, std::function<QString()> window,
                                  std::unique_ptr<Platform::SavePanel> otherwise)
     : bus_(std::move(bus)),
       window_(std::move(window)),
-      otherwise_(std::move(otherwise)) {
+      otherwise_(std::move(otherwise)),
+      portal_(bus_, portalName, [] {}) {
     registerPortalFileFilter();
 }
 
@@ -65,58 +57,75 @@ void PortalSavePanel::open(const Platform::SavePanelOptions& options,
     if (const auto request = std::exchange(request_, nullptr)) {
         request->withdraw();
     }
-    if (bus_.isConnected()) {
-        askForVersion(options);
-    } else {
+    if (othersOpen_ > 0 || isPortalSilent() || !bus_.isConnected()) {
         openOther(options);
+    } else {
+        askForVersion({options, window_(), portal_.owner()});
     }
     if (superseded) {
         superseded(std::nullopt);
     }
 }
 
-void PortalSavePanel::askForVersion(const Platform::SavePanelOptions& options) {
+void PortalSavePanel::askForVersion(const Opening& opening) {
     version_ = std::make_unique<QObject>();
     auto question = QDBusMessage::createMethodCall(
-        QStringLiteral("org.freedesktop.portal.Desktop"), QStringLiteral("/org/freedesktop/portal/desktop"),
+        portalName, QStringLiteral("/org/freedesktop/portal/desktop"),
         QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
     question.setArguments({fileChooser, QStringLiteral("version")});
     auto* const watcher = new QDBusPendingCallWatcher(
         bus_.asyncCall(question, PortalRequest::patience.count()), version_.get());
-    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, version_.get(), [this, watcher, options] {
+    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, version_.get(), [this, watcher, opening] {
         const QDBusPendingReply<QDBusVariant> reply = *watcher;
         const bool isThere = reply.isValid() && reply.value().variant().toUInt() >= 1;
         // It is what is calling.
         version_.release()->deleteLater();
         if (isThere) {
-            ask(options);
-        } else {
-            openOther(options);
+            ask(opening);
+            return;
         }
+        if (reply.error().type() == QDBusError::NoReply) {
+            silentPortal_ = opening.portal;
+        }
+        openOther(opening.options);
     });
 }
 
-void PortalSavePanel::ask(const Platform::SavePanelOptions& options) {
+void PortalSavePanel::ask(const Opening& opening) {
     request_ = std::make_unique<PortalRequest>(
         bus_,
         PortalRequest::Question{fileChooser,
                                 QStringLiteral("SaveFile"),
-                                {window_(), QString::fromStdString(options.title)},
-                                optionsOf(options)},
-        [this, options](std::optional<unsigned> response, const QVariantMap& results) {
+                                {opening.window, QString::fromStdString(opening.options.title)},
+                                optionsOf(opening.options)},
+        [this, opening](PortalRequest::Outcome outcome, const QVariantMap& results) {
             // Kept until here: it is what is calling.
             const auto request = std::move(request_);
-            if (!response) {
-                openOther(options);
+            switch (outcome) {
+            case PortalRequest::Outcome::silent:
+                silentPortal_ = opening.portal;
+                request->withdraw();
+                [[fallthrough]];
+            case PortalRequest::Outcome::departed:
+            case PortalRequest::Outcome::notAsked:
+                openOther(opening.options);
                 return;
+            case PortalRequest::Outcome::yes:
+            case PortalRequest::Outcome::no:
+            case PortalRequest::Outcome::noAnswer:
+                break;
             }
             const auto completion = std::exchange(completion_, nullptr);
-            completion(chosenFile(results));
+            completion(portalChoice(results, opening.options.mimeType));
         });
 }
 
 void PortalSavePanel::openOther(const Platform::SavePanelOptions& options) {
-    otherwise_->open(options, std::exchange(completion_, nullptr));
+    ++othersOpen_;
+    otherwise_->open(options, [this, completion = std::exchange(completion_, nullptr)](const auto& path) {
+        --othersOpen_;
+        completion(path);
+    });
 }
 
 } // namespace LinuxPlatform

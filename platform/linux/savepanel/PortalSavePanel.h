@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/SavePanel.h"
+#include "platform/linux/dbus/BusNameOwner.h"
 #include "platform/linux/dbus/PortalRequest.h"
 
 #include <QDBusConnection>
@@ -15,7 +16,8 @@
 namespace LinuxPlatform {
 
 /// The desktop's own dialog, which its portal opens (org.freedesktop.portal.FileChooser, version 1 and
-/// later); another panel where there is no such portal. Nothing here waits.
+/// later); another panel where there is no such portal, where it leaves with its dialog open, and where it
+/// does not answer: that one is not asked again. Nothing here waits.
 class PortalSavePanel : public Platform::SavePanel {
 public:
     /// `window` names the window that the dialog belongs to, as portals name windows ("x11:" and its
@@ -23,18 +25,32 @@ public:
     PortalSavePanel(QDBusConnection bus, std::function<QString()> window,
                     std::unique_ptr<Platform::SavePanel> otherwise);
 
-    /// What is chosen outside the file system is told by its address, which cannot be written to.
+    /// The window is taken at once. What is chosen outside the file system is told by its address, which
+    /// cannot be written to.
     void open(const Platform::SavePanelOptions& options,
               std::function<void(const std::optional<std::string>& path)> completion) override;
 
 private:
-    void askForVersion(const Platform::SavePanelOptions& options);
-    void ask(const Platform::SavePanelOptions& options);
+    struct Opening {
+        Platform::SavePanelOptions options;
+        QString window;
+        /// The unique bus name of the portal that is asked; empty while it has none.
+        QString portal;
+    };
+
+    bool isPortalSilent() const { return !silentPortal_.isEmpty() && silentPortal_ == portal_.owner(); }
+    void askForVersion(const Opening& opening);
+    void ask(const Opening& opening);
     void openOther(const Platform::SavePanelOptions& options);
 
     QDBusConnection bus_;
     std::function<QString()> window_;
     std::unique_ptr<Platform::SavePanel> otherwise_;
+    /// How many of its completions are to come: more than one while an open one is taken over.
+    int othersOpen_ = 0;
+    BusNameOwner portal_;
+    /// The unique bus name of the last one that did not answer.
+    QString silentPortal_;
     /// Empty while the portal is not asked.
     std::function<void(const std::optional<std::string>& path)> completion_;
     /// Receives the version; one for each request.
