@@ -34,6 +34,8 @@ constexpr MainQueue::Seconds wizardReleaseDelay{0.2};
 constexpr MainQueue::Seconds rehideNoticeInterval{4.0};
 /// A panel that starts with the session is there by then.
 constexpr MainQueue::Seconds panelDeadline{10.0};
+/// A share that goes on has been noticed by then.
+constexpr MainQueue::Seconds shareNoticed{10.0};
 /// A window manager has hidden by then what it is going to hide.
 constexpr int hiddenLooks = 20;
 constexpr MainQueue::Seconds hiddenLookInterval{0.1};
@@ -90,6 +92,7 @@ AppDelegate::AppDelegate(Platform::Platform& platform)
       cameraServices_{*platform.captureServices, *platform.mediaAuthorization, *platform.mainQueue,
                       *platform.workQueues},
       photoWriter_(*platform.fileManager, *platform.workQueues, *platform.mainQueue),
+      journal_(*platform.sessionNote),
       hiding_(*platform.workspace),
       hidingWatch_(*platform.systemVersion, *platform.mainQueue),
       workspaceObserver_(*platform.workspace),
@@ -113,6 +116,7 @@ AppDelegate::AppDelegate(Platform::Platform& platform)
 }
 
 AppDelegate::~AppDelegate() {
+    journal_.clear();
     platform_.popover->setOnDidClose(nullptr);
     platform_.popover->close();
     // It reads objects that end here.
@@ -122,6 +126,7 @@ AppDelegate::~AppDelegate() {
 CurtainCore::HideEngine& AppDelegate::engine() {
     if (!engine_) {
         engine_.emplace(hiding_);
+        engine_->onChange = [this] { keepJournal(); };
     }
     return *engine_;
 }
@@ -163,11 +168,61 @@ void AppDelegate::applicationDidFinishLaunching() {
     shortcutObserver_ = shortcuts_.observeShortcutByNameDidChange([this](const auto&) { updateToolTip(); });
     notifier_.languageProvider = [this] { return currentLang(); };
     setupAutoDetection();
-    quietHold_.end();
     hidingWatch_.onAnswer = [this] { hidingAnswered(); };
     hidingWatch_.isFollowed = [this] { return engine().isActive() || platform_.popover->isShown(); };
     hidingWatch_.begin();
+    resumePrivacyMode();
     greet();
+}
+
+void AppDelegate::resumePrivacyMode() {
+    const auto& earlier = journal_.earlier();
+    if (!earlier || engine().isActive()) {
+        quietHold_.end();
+        return;
+    }
+    platform_.appShield->cover(earlier->privacy.targets);
+    engine().resume(earlier->privacy);
+    setAutoActivated(earlier->wasAutomatic);
+    if (autoActivated_) {
+        platform_.mainQueue->asyncAfter(shareNoticed, lifetime_.weak([this] { undoUnlessShared(); }));
+    }
+    if (!sayIfNothingIsHidden()) {
+        notifier_.notifyResumed();
+    }
+    if (earlier->isQuiet) {
+        beginQuiet();
+    } else {
+        quietHold_.end();
+    }
+    isResumeAwaited_ = areWindowsAwaited_;
+    updateIcon();
+    refreshReadiness();
+}
+
+void AppDelegate::undoUnlessShared() {
+    const bool isOver = screenWatcher_.fn && screenWatcher_.fn() == false;
+    if (isOver) {
+        undoAutomaticActivation();
+    }
+}
+
+void AppDelegate::setAutoActivated(bool isAutomatic) {
+    autoActivated_ = isAutomatic;
+    keepJournal();
+}
+
+void AppDelegate::beginQuiet() {
+    quietHold_.begin();
+    keepJournal();
+}
+
+void AppDelegate::keepJournal() {
+    if (engine().isActive()) {
+        journal_.write({engine().state(), autoActivated_, quietHold_.isOn()});
+    } else {
+        journal_.clear();
+    }
 }
 
 void AppDelegate::greet() {
@@ -273,7 +328,7 @@ void AppDelegate::toggleModeFromHotkey() {
     } else {
         activatePrivacyMode();
     }
-    autoActivated_ = false;
+    setAutoActivated(false);
     updateIcon();
     refreshReadiness();
 }
@@ -345,7 +400,7 @@ void AppDelegate::setupAutoDetection() {
         const CurtainCore::PreferencesStore::Action action(store_);
         if (engine().isActive()) {
             deactivatePrivacyMode();
-            autoActivated_ = false;
+            setAutoActivated(false);
             updateIcon();
             refreshReadiness();
         }
@@ -631,21 +686,21 @@ void AppDelegate::handleDetection(CurtainCore::DetectionConfidence confidence) {
         return;
     }
     const bool hasEffect = activatePrivacyMode();
-    autoActivated_ = true;
+    setAutoActivated(true);
     updateIcon();
     refreshReadiness();
     if (hasEffect) {
         notifier_.notifyActivated();
     }
     if (FixEverything::needsQuiet(store_.load())) {
-        quietHold_.begin();
+        beginQuiet();
     }
 }
 
 void AppDelegate::undoAutomaticActivation() {
     if (autoActivated_ && engine().isActive()) {
         deactivatePrivacyMode();
-        autoActivated_ = false;
+        setAutoActivated(false);
         updateIcon();
         refreshReadiness();
     }
@@ -668,7 +723,7 @@ void AppDelegate::tellIfListWasLost() {
 
 void AppDelegate::deactivatePrivacyMode() {
     returns_.clear();
-    areWindowsAwaited_ = false;
+    areWindowsAwaited_ = isResumeAwaited_ = false;
     platform_.appShield->cover({});
     engine().deactivate();
     notifier_.withdrawPrivacyNotices();
@@ -716,7 +771,11 @@ void AppDelegate::hidingAnswered() {
 void AppDelegate::hideWhatWasAwaited() {
     const bool areThere = hidingWatch_.obstacle() != Platform::HidingObstacle::notKnownYet;
     if (areThere && std::exchange(areWindowsAwaited_, false)) {
-        hideAlso(std::vector(engine().targets()));
+        if (std::exchange(isResumeAwaited_, false)) {
+            engine().hideAgain();
+        } else {
+            hideAlso(std::vector(engine().targets()));
+        }
     }
 }
 
@@ -797,7 +856,7 @@ void AppDelegate::seeToNotifications() {
     if (platform_.doNotDisturb->isOn() != true) {
         notifier_.notifyPrompt();
     }
-    quietHold_.begin();
+    beginQuiet();
 }
 
 void AppDelegate::restore() {
@@ -808,7 +867,7 @@ void AppDelegate::restore() {
     if (engine().isActive()) {
         deactivatePrivacyMode();
     }
-    autoActivated_ = false;
+    setAutoActivated(false);
     updateIcon();
     refreshReadiness();
 }

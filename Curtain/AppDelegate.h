@@ -11,6 +11,7 @@
 #include "Curtain/Notifier.h"
 #include "Curtain/OnboardingWindowController.h"
 #include "Curtain/PhotoWriter.h"
+#include "Curtain/PrivacyJournal.h"
 #include "Curtain/QuietHold.h"
 #include "Curtain/ReadinessCoordinator.h"
 #include "Curtain/ScreenWatcher.h"
@@ -99,6 +100,13 @@ private:
     void noticeRehidden(const std::string& bundleID);
     void handleDetection(CurtainCore::DetectionConfidence confidence);
     void undoAutomaticActivation();
+    /// Where an earlier run did not end in good order.
+    void resumePrivacyMode();
+    /// Of a share that ended while nobody watched, nothing else would tell.
+    void undoUnlessShared();
+    void setAutoActivated(bool isAutomatic);
+    void beginQuiet();
+    void keepJournal();
     /// Returns false where it was said that it has no effect.
     bool activatePrivacyMode();
     void tellIfListWasLost();
@@ -160,6 +168,7 @@ private:
     PhotoWriter photoWriter_;
 
     std::unique_ptr<Platform::StatusItem> statusItem_;
+    PrivacyJournal journal_;
     SystemAppHiding hiding_;
     HidingWatch hidingWatch_;
     /// What was said of privacy mode since it was switched on.
@@ -205,6 +214,8 @@ private:
     /// Privacy mode was switched on before the session had told of its windows: what is seen first then was
     /// there all the time, and did not come back.
     bool areWindowsAwaited_ = false;
+    /// That was so when an earlier run's privacy mode was taken up, whose windows are to be hidden once more.
+    bool isResumeAwaited_ = false;
     Platform::Lifetime lifetime_;
 };
 

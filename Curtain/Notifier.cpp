@@ -51,15 +51,21 @@ void Notifier::becomeDelegate() {
 }
 
 void Notifier::notifyActivated() {
+    notifyOn(text(LocKey::privacyOnBody, languageProvider()));
+}
+
+void Notifier::notifyResumed() {
+    notifyOn(text(PlatformKey::privacyModeResumed, languageProvider()));
+}
+
+void Notifier::notifyOn(const std::string& body) {
     if (!enabled_) {
         return;
     }
     registerCategories();
-    const auto lang = languageProvider();
     activatedNotice_ = uuids_.makeUuid();
     addPrivacyNotice(
-        {activatedNotice_,
-         {text(LocKey::privacyOnTitle, lang), text(LocKey::privacyOnBody, lang), activatedCategory, {}}});
+        {activatedNotice_, {text(LocKey::privacyOnTitle, languageProvider()), body, activatedCategory, {}}});
 }
 
 void Notifier::notifyRehidden(const std::string& appName, const std::string& bundleID) {

@@ -45,6 +45,8 @@ public:
     /// Takes the answers from now on, and registers the kinds of notifications.
     void becomeDelegate();
     void notifyActivated();
+    /// Privacy mode is on since an earlier run, which did not end in good order.
+    void notifyResumed();
     void notifyRehidden(const std::string& appName, const std::string& bundleID);
     void notifyPrompt();
     /// Says in `damage` what became of the settings.
@@ -79,6 +81,7 @@ public:
 private:
     void registerCategories();
     std::vector<Platform::NotificationCategory> categories() const;
+    void notifyOn(const std::string& body);
     void addPrivacyNotice(const Platform::NotificationRequest& request);
     void withdrawPrivacyNotice(const std::string& identifier);
     void reveal(const Platform::NotificationContent& content) const;

@@ -65,6 +65,8 @@ enum class PlatformKey {
     cameraSendsNothing,
     /// Why privacy mode has ended.
     privacyModeEndedBody,
+    /// Why privacy mode is on from the start.
+    privacyModeResumed,
     /// What became of a test photo.
     photoCopied,
     photoNotCopied,
@@ -166,6 +168,7 @@ struct CurtainCore::RawValues<Curtain::PlatformKey> {
         {Curtain::PlatformKey::cameraDoesNotStart, "cameraDoesNotStart"},
         {Curtain::PlatformKey::cameraSendsNothing, "cameraSendsNothing"},
         {Curtain::PlatformKey::privacyModeEndedBody, "privacyModeEndedBody"},
+        {Curtain::PlatformKey::privacyModeResumed, "privacyModeResumed"},
         {Curtain::PlatformKey::photoCopied, "photoCopied"},
         {Curtain::PlatformKey::photoNotCopied, "photoNotCopied"},
         {Curtain::PlatformKey::photoSaved, "photoSaved"},

@@ -30,6 +30,7 @@ QuietHold::~QuietHold() {
 }
 
 void QuietHold::begin() {
+    isOn_ = true;
     countdown_ = {};
     beginning_ = {};
     onSeen_ = nullptr;
@@ -47,6 +48,7 @@ void QuietHold::hold() {
 }
 
 void QuietHold::end() {
+    isOn_ = false;
     beginning_ = {};
     onSeen_ = nullptr;
     secondsLeft_ = secondsUntilGivenBack;

@@ -9,12 +9,11 @@ HideEngine::HideEngine(AppHiding& hiding) : hiding_(hiding) {}
 
 void HideEngine::activate(std::vector<std::string> targets) {
     const auto thisSwitch = ++switches_;
-    targets_ = std::move(targets);
-    hiddenByUs_.clear();
-    previousHidden_.clear();
+    state_ = {std::move(targets), {}, {}};
     isActive_ = true;
+    noteChange();
     // Whoever hides apps may call in between.
-    const auto wanted = targets_;
+    const auto wanted = state_.targets;
     for (const auto& target : wanted) {
         if (switches_ != thisSwitch) {
             return;
@@ -25,12 +24,34 @@ void HideEngine::activate(std::vector<std::string> targets) {
     }
 }
 
+void HideEngine::resume(State earlier) {
+    ++switches_;
+    state_ = std::move(earlier);
+    isActive_ = true;
+    hideAgain();
+}
+
+void HideEngine::hideAgain() {
+    const auto thisSwitch = switches_;
+    const auto wanted = state_.targets;
+    for (const auto& target : wanted) {
+        if (state_.hiddenByUs.contains(target) && hiding_.isRunning(target)) {
+            hide(target);
+        } else {
+            addTarget(target);
+        }
+        if (switches_ != thisSwitch) {
+            return;
+        }
+    }
+}
+
 void HideEngine::deactivate() {
     const auto thisSwitch = ++switches_;
-    for (const auto& bundleID : std::set(hiddenByUs_)) {
-        const auto wasHidden = previousHidden_.find(bundleID);
-        const bool isToBeShown =
-            hiddenByUs_.erase(bundleID) != 0 && wasHidden != previousHidden_.end() && !wasHidden->second;
+    for (const auto& bundleID : std::set(state_.hiddenByUs)) {
+        const auto wasHidden = state_.previousHidden.find(bundleID);
+        const bool isToBeShown = state_.hiddenByUs.erase(bundleID) != 0 &&
+                                 wasHidden != state_.previousHidden.end() && !wasHidden->second;
         if (isToBeShown) {
             hiding_.unhide(bundleID);
         }
@@ -38,10 +59,9 @@ void HideEngine::deactivate() {
             return;
         }
     }
-    hiddenByUs_.clear();
-    previousHidden_.clear();
-    targets_.clear();
+    state_ = {};
     isActive_ = false;
+    noteChange();
 }
 
 bool HideEngine::reapply(const std::string& activatedBundleID) {
@@ -55,6 +75,7 @@ bool HideEngine::reapply(const std::string& activatedBundleID) {
 void HideEngine::reveal(const std::string& bundleID) {
     forget(bundleID);
     hiding_.unhide(bundleID);
+    noteChange();
 }
 
 void HideEngine::addTarget(const std::string& bundleID) {
@@ -63,7 +84,8 @@ void HideEngine::addTarget(const std::string& bundleID) {
     }
     const bool isNew = !isTarget(bundleID);
     if (isNew) {
-        targets_.push_back(bundleID);
+        state_.targets.push_back(bundleID);
+        noteChange();
     }
     // What is known of a target that is hidden already still holds.
     if (isNew || !hiding_.isHidden(bundleID).value_or(true)) {
@@ -72,23 +94,30 @@ void HideEngine::addTarget(const std::string& bundleID) {
 }
 
 void HideEngine::removeTarget(const std::string& bundleID) {
-    const auto wasHidden = previousHidden_.find(bundleID);
-    const bool isUsers = wasHidden != previousHidden_.end() && wasHidden->second;
-    const bool isToBeShown = hiddenByUs_.contains(bundleID) && !isUsers;
+    const auto wasHidden = state_.previousHidden.find(bundleID);
+    const bool isUsers = wasHidden != state_.previousHidden.end() && wasHidden->second;
+    const bool isToBeShown = state_.hiddenByUs.contains(bundleID) && !isUsers;
     forget(bundleID);
     if (isToBeShown) {
         hiding_.unhide(bundleID);
     }
+    noteChange();
 }
 
 bool HideEngine::isTarget(const std::string& bundleID) const {
-    return std::ranges::find(targets_, bundleID) != targets_.end();
+    return std::ranges::find(state_.targets, bundleID) != state_.targets.end();
+}
+
+void HideEngine::noteChange() const {
+    if (onChange) {
+        onChange();
+    }
 }
 
 void HideEngine::forget(const std::string& bundleID) {
-    std::erase(targets_, bundleID);
-    hiddenByUs_.erase(bundleID);
-    previousHidden_.erase(bundleID);
+    std::erase(state_.targets, bundleID);
+    state_.hiddenByUs.erase(bundleID);
+    state_.previousHidden.erase(bundleID);
 }
 
 void HideEngine::hideAndRemember(const std::string& target) {
@@ -96,15 +125,18 @@ void HideEngine::hideAndRemember(const std::string& target) {
         return;
     }
     const bool wasHidden = hiding_.isHidden(target).value_or(false);
-    previousHidden_[target] = wasHidden;
-    if (!wasHidden) {
+    state_.previousHidden[target] = wasHidden;
+    if (wasHidden) {
+        noteChange();
+    } else {
         hide(target);
     }
 }
 
 void HideEngine::hide(const std::string& bundleID) {
     // Noted before, for whoever switches the mode or reveals the app meanwhile.
-    hiddenByUs_.insert(bundleID);
+    state_.hiddenByUs.insert(bundleID);
+    noteChange();
     hiding_.hide(bundleID);
 }
 

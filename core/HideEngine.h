@@ -3,6 +3,7 @@
 #include "core/AppHiding.h"
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <set>
 #include <string>
@@ -15,16 +16,37 @@ namespace CurtainCore {
 /// It may be called while it calls `hiding`; of two switches the one that began last counts.
 class HideEngine {
 public:
+    /// What is known of a switch-on, for another engine to take it up.
+    struct State {
+        std::vector<std::string> targets;
+        std::set<std::string> hiddenByUs;
+        /// Whether each target that ran when it was taken in was hidden already.
+        std::map<std::string, bool> previousHidden;
+
+        bool operator==(const State&) const = default;
+    };
+
     /// `hiding` outlives the engine.
     explicit HideEngine(AppHiding& hiding);
 
+    /// Told of every change of `isActive` and `state`: before an app is hidden, after it has been shown.
+    std::function<void()> onChange;
+
     bool isActive() const { return isActive_; }
     /// The private apps of this switch-on that were not revealed since; none while privacy mode is off.
-    const std::vector<std::string>& targets() const { return targets_; }
+    const std::vector<std::string>& targets() const { return state_.targets; }
+    const State& state() const { return state_; }
 
     /// Switches privacy mode on. What an earlier switch-on hid is forgotten, not shown: for a clean switch
     /// call `deactivate` first.
     void activate(std::vector<std::string> targets);
+
+    /// Takes a switch-on up where another engine left it, and goes on as `hideAgain` does.
+    void resume(State earlier);
+
+    /// Hides once more what it has hidden, and the targets that can be seen: whatever there was to hide may
+    /// not have been known before. Nothing while privacy mode is off.
+    void hideAgain();
 
     /// Switches privacy mode off. Apps that only `reapply` hid stay hidden.
     void deactivate();
@@ -46,6 +68,7 @@ public:
 
 private:
     bool isTarget(const std::string& bundleID) const;
+    void noteChange() const;
     void forget(const std::string& bundleID);
     void hideAndRemember(const std::string& target);
     void hide(const std::string& bundleID);
@@ -54,10 +77,7 @@ private:
     bool isActive_ = false;
     /// Counts the switches on and off.
     std::uint64_t switches_ = 0;
-    std::vector<std::string> targets_;
-    std::set<std::string> hiddenByUs_;
-    /// Whether each target that ran when it was taken in was hidden already.
-    std::map<std::string, bool> previousHidden_;
+    State state_;
 };
 
 } // namespace CurtainCore

@@ -24,6 +24,7 @@
 #include "platform/SavePanel.h"
 #include "platform/ScreenWatcherProbe.h"
 #include "platform/Screens.h"
+#include "platform/SessionNote.h"
 #include "platform/StatusItem.h"
 #include "platform/SystemShortcuts.h"
 #include "platform/SystemVersion.h"
@@ -49,6 +50,8 @@ struct Platform {
     /// What the ports that follow share among themselves.
     std::shared_ptr<void> foundation;
     std::unique_ptr<CurtainCore::UserDefaults> userDefaults;
+    /// What privacy mode is doing.
+    std::unique_ptr<SessionNote> sessionNote;
     std::unique_ptr<Locale> locale;
     std::unique_ptr<Resources> resources;
     std::unique_ptr<FileManager> fileManager;

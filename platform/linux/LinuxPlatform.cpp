@@ -34,6 +34,7 @@
 #include "platform/linux/session/AutostartEntry.h"
 #include "platform/linux/session/EarlierValue.h"
 #include "platform/linux/session/LoginManager.h"
+#include "platform/linux/session/RecordedNote.h"
 #include "platform/linux/session/SessionMark.h"
 #include "platform/linux/settingslinks/SettingsLinkOpener.h"
 #include "platform/linux/shield/NoAppShield.h"
@@ -48,6 +49,7 @@
 #include "platform/linux/system/EnvironmentLocale.h"
 #include "platform/linux/system/FileUserDefaults.h"
 #include "platform/linux/system/PosixFileManager.h"
+#include "platform/linux/system/RuntimeFolder.h"
 #include "platform/linux/system/StandardErrorLog.h"
 #include "platform/linux/system/ThreadWorkQueues.h"
 #include "platform/linux/system/XdgUserFolders.h"
@@ -83,6 +85,7 @@
 #include <dlfcn.h>
 #include <glib.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <utility>
 
@@ -145,6 +148,8 @@ struct Session {
     AppIdentity identity{entries, ProcessTable()};
     std::unique_ptr<X11Connection> x11 = connectionTo(environment);
     std::unique_ptr<CurtainCore::UserDefaults> windowState;
+    /// What is of no use after the session.
+    std::unique_ptr<CurtainCore::UserDefaults> sessionState;
     std::unique_ptr<WindowSystem> windowSystem;
     /// A connection of its own: others select the events of the root window on theirs.
     std::unique_ptr<X11Connection> shellConnection = connectionTo(environment);
@@ -172,6 +177,20 @@ struct Session {
     std::unique_ptr<DBusSignal> shellUse;
     std::unique_ptr<DBusSignal> sessionLock;
 };
+
+/// One user's sessions share the folder, each under its display.
+EarlierValue sessionRecord(const Session& session, const std::string& name) {
+    const auto& socket = session.environment.waylandSocket;
+    auto display = socket.empty() ? session.environment.display : socket.filename().string();
+    std::ranges::replace(display, '/', '_');
+    return {*session.sessionState, "curtain-" + name + "." + display, sessionMark(session.environment)};
+}
+
+HiddenWindowsRecord hiddenWindowsRecord(const Session& session) {
+    return HiddenWindowsRecord(hasLastingWindowIdentifiers(session.environment)
+                                   ? std::optional(sessionRecord(session, "hidden-windows"))
+                                   : std::nullopt);
+}
 
 /// Nothing that is shown at the start needs the login manager or all desktop entries, so they are looked for
 /// once it has been shown.
@@ -464,6 +483,8 @@ Platform::Platform makeLinuxPlatform(const SessionEnvironment& environment) {
     auto session = std::make_shared<Session>(environment, *platform.mainQueue, *platform.log);
     const auto stateFolder = std::filesystem::path(g_get_user_state_dir()) / "curtain";
     session->windowState = std::make_unique<FileUserDefaults>(stateFolder, *platform.log);
+    session->sessionState = std::make_unique<FileUserDefaults>(runtimeFolder(), *platform.log);
+    platform.sessionNote = std::make_unique<RecordedNote>(sessionRecord(*session, "privacy-mode"));
     session->windowSystem = windowsOfSession(
         environment, session->x11.get(), *platform.mainQueue,
         EarlierValue(*session->windowState, "takenWindows", sessionMark(environment)), platform.log.get());
@@ -491,9 +512,9 @@ Platform::Platform makeLinuxPlatform(const SessionEnvironment& environment) {
     platform.loginItem = std::make_unique<AutostartEntry>(
         g_get_user_config_dir(), QCoreApplication::applicationFilePath().toStdString());
     session->scopedApps = std::make_unique<ScopedApps>(session->entries, *platform.mainQueue);
-    auto workspace =
-        std::make_unique<LinuxWorkspace>(*session->windowSystem, session->identity, session->entries,
-                                         *session->scopedApps, *platform.mainQueue, thisProgram);
+    auto workspace = std::make_unique<LinuxWorkspace>(
+        *session->windowSystem, session->identity, session->entries, *session->scopedApps,
+        *platform.mainQueue, thisProgram, hiddenWindowsRecord(*session));
     platform.appShield = appShieldOf(*session, *workspace, *platform.mainQueue);
     platform.systemVersion = std::make_unique<InterfaceLevel>(*session->windowSystem);
     platform.statusBar = std::make_unique<TrayStatusBar>(

@@ -1,5 +1,6 @@
 #include "platform/linux/SessionWindows.h"
 
+#include "platform/linux/system/RuntimeFolder.h"
 #include "platform/linux/windows/ListedWindowSystem.h"
 #include "platform/linux/windows/NoWindowSystem.h"
 #include "platform/linux/windows/StandInWindowSystem.h"
@@ -56,6 +57,11 @@ bool isGnomeShell(const SessionEnvironment& environment) {
            QDBusConnection::sessionBus().isConnected();
 }
 
+bool hasLastingWindowIdentifiers(const SessionEnvironment& environment) {
+    return !environment.isWayland() || !environment.i3Socket.empty() || isScriptedKWin(environment) ||
+           isGnomeShell(environment);
+}
+
 std::unique_ptr<WindowSystem> windowsOfSession(const SessionEnvironment& environment, X11Connection* x11,
                                                Platform::MainQueue& queue,
                                                std::optional<EarlierValue> takenWindows, Platform::Log* log) {
@@ -78,8 +84,7 @@ std::unique_ptr<WindowSystem> windowsOfSession(const SessionEnvironment& environ
             std::move(takenWindows), log);
     }
     if (isScriptedKWin(environment)) {
-        return std::make_unique<KWinWindowSystem>(QDBusConnection::sessionBus(), queue,
-                                                  g_get_user_runtime_dir());
+        return std::make_unique<KWinWindowSystem>(QDBusConnection::sessionBus(), queue, runtimeFolder());
     }
     if (environment.isWayland() && !environment.waylandSocket.empty()) {
         auto others = environment;

@@ -18,6 +18,9 @@ bool isScriptedKWin(const SessionEnvironment& environment);
 /// Whether GNOME Shell has this session's windows and keys, for Curtain's extension to be asked for them.
 bool isGnomeShell(const SessionEnvironment& environment);
 
+/// Whether the windows of this session have the same identifiers in the next run of this program.
+bool hasLastingWindowIdentifiers(const SessionEnvironment& environment);
+
 /// What lists and hides the windows of this session. `x11` may be null, where there is no X server; it and
 /// the queue outlive the result. `takenWindows` is where it is written down what was hidden, for sessions
 /// that do not remember where a window stood. `log`, which outlives the result, is told what the session

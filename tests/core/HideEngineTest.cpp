@@ -7,6 +7,7 @@
 #include <functional>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -435,6 +436,93 @@ TEST_F(ReentrantHideEngineTest, SwitchingOnWhileAnAppIsShownIsTheLastWord) {
     EXPECT_TRUE(engine.isActive());
     EXPECT_FALSE(apps.isVisible("a"));
     EXPECT_FALSE(apps.isVisible("b"));
+}
+
+TEST_F(HideEngineTest, AnotherEngineTakesUpWhereOneWasLeft) {
+    apps.run("a");
+    apps.runHidden("b");
+    apps.run("c");
+    engine.activate({"a", "b"});
+    const auto state = engine.state();
+    HideEngine next(apps);
+    apps.calls.clear();
+    next.resume(state);
+    EXPECT_TRUE(next.isActive());
+    EXPECT_THAT(next.targets(), ElementsAre("a", "b"));
+    EXPECT_EQ(apps.count("hide a"), 1);
+    EXPECT_EQ(apps.count("hide b"), 0);
+    next.deactivate();
+    EXPECT_EQ(apps.count("unhide a"), 1);
+    EXPECT_EQ(apps.count("unhide b"), 0);
+    EXPECT_EQ(apps.count("hide c"), 0);
+}
+
+TEST_F(HideEngineTest, TakingUpHidesWhatHasComeUpSince) {
+    apps.runHidden("users");
+    engine.activate({"later", "users"});
+    const auto state = engine.state();
+    apps.run("later");
+    apps.run("users");
+    HideEngine next(apps);
+    next.resume(state);
+    EXPECT_EQ(apps.count("hide later"), 1);
+    EXPECT_EQ(apps.count("hide users"), 1);
+    next.deactivate();
+    EXPECT_EQ(apps.count("unhide later"), 1);
+    EXPECT_EQ(apps.count("unhide users"), 1);
+}
+
+TEST_F(HideEngineTest, WhoSwitchesOffWhileItTakesUpIsHeeded) {
+    apps.run("a");
+    apps.run("b");
+    engine.activate({"a", "b"});
+    const auto state = engine.state();
+    apps.run("a");
+    apps.run("b");
+    HideEngine next(apps);
+    apps.calls.clear();
+    apps.onHide = [&] { next.deactivate(); };
+    next.resume(state);
+    EXPECT_FALSE(next.isActive());
+    EXPECT_EQ(apps.count("hide b"), 0);
+}
+
+TEST_F(HideEngineTest, NothingIsHiddenAgainWhilePrivacyModeIsOff) {
+    apps.run("a");
+    engine.hideAgain();
+    EXPECT_THAT(apps.calls, IsEmpty());
+}
+
+TEST_F(HideEngineTest, EveryChangeIsToldOfBeforeAnAppIsHiddenAndAfterOneIsShown) {
+    using State = HideEngine::State;
+    apps.run("a");
+    apps.run("b");
+    apps.runHidden("h");
+    std::vector<std::string> steps;
+    State told;
+    engine.onChange = [&] {
+        steps.emplace_back("note");
+        told = engine.state();
+    };
+    apps.onHide = apps.onUnhide = [&] {
+        steps.push_back(apps.calls.back());
+        EXPECT_EQ(steps.back().starts_with("hide"), engine.state() == told);
+    };
+    const auto taken = [&] { return std::exchange(steps, {}); };
+    engine.activate({"a", "h"});
+    EXPECT_THAT(taken(), ElementsAre("note", "note", "hide a", "note"));
+    EXPECT_EQ(told, (State{{"a", "h"}, {"a"}, {{"a", false}, {"h", true}}}));
+    engine.addTarget("b");
+    EXPECT_THAT(taken(), ElementsAre("note", "note", "hide b"));
+    engine.reapply("h");
+    EXPECT_THAT(taken(), ElementsAre("note", "hide h"));
+    engine.reveal("b");
+    EXPECT_THAT(taken(), ElementsAre("unhide b", "note"));
+    engine.removeTarget("h");
+    EXPECT_THAT(taken(), ElementsAre("note"));
+    engine.deactivate();
+    EXPECT_THAT(taken(), ElementsAre("unhide a", "note"));
+    EXPECT_EQ(told, State());
 }
 
 } // namespace

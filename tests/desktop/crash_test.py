@@ -92,11 +92,57 @@ class CrashTest(DesktopCase):
         self.wait_geometry(geometries)
         self.assert_stays_shown(*windows)
 
-    def test_the_next_one_starts_cleanly_and_leaves_hidden_what_it_did_not_hide(self):
+    def journals(self):
+        return sorted(Path(os.environ["XDG_RUNTIME_DIR"]).glob("curtain-*.:*"))
+
+    def test_the_next_one_takes_privacy_mode_up_and_gives_back_what_was_hidden(self):
+        users, xterm = self.open_xterm(), self.open_xterm(x=500)
+        users.minimise()
+        self.hide(xterm)
+        for _ in range(2):
+            self.kill_curtain()
+            self.assertEqual([path.stat().st_mode & 0o777 for path in self.journals()], [0o600, 0o600])
+            self.start_curtain()
+            wait_until(self.desktop.tray_icon, "the tray icon is there")
+            self.assert_stays_hidden(xterm, users)
+            self.assert_hides_again(xterm)
+        later = self.open_xterm(x=200)
+        self.wait_hidden(later)
+        self.toggle()
+        self.wait_shown(xterm, later)
+        self.assert_stays_shown(xterm, later)
+        self.assertTrue(users.is_hidden)
+        self.assertEqual(self.journals(), [])
+
+    def test_what_came_up_while_none_ran_is_hidden_at_the_next_start(self):
         xterm = self.open_xterm()
         self.hide(xterm)
         self.kill_curtain()
-        self.assertFalse(self.desktop.tray_icon())
+        xterm.raise_from_task_list()
+        self.wait_shown(xterm)
+        later = self.open_xterm(x=500)
+        self.start_curtain()
+        self.wait_hidden(xterm, later)
+        self.toggle()
+        self.wait_shown(xterm, later)
+
+    def test_a_journal_of_another_session_or_process_is_not_believed(self):
+        xterm = self.open_xterm()
+        self.hide(xterm)
+        self.kill_curtain()
+        for path in self.journals():
+            path.write_text("another " + path.read_text())
+        self.start_curtain()
+        wait_until(self.desktop.tray_icon, "the tray icon is there")
+        self.toggle()
+        self.toggle()
+        self.assert_stays_hidden(xterm)
+
+    def test_after_quit_the_next_one_leaves_hidden_what_it_did_not_hide(self):
+        xterm = self.open_xterm()
+        self.hide(xterm)
+        self.end_curtain()
+        self.assert_stays_hidden(xterm)
 
         self.start_curtain()
         wait_until(self.desktop.tray_icon, "the tray icon is there")

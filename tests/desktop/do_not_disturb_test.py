@@ -70,8 +70,9 @@ class DoNotDisturbTest(DesktopCase):
         capture.terminate()
         capture.wait()
         self.assertTrue(self.is_quiet())
+        # It takes privacy mode up, and waits ten seconds for the share to show.
         self.start_curtain()
-        wait_until(lambda: not self.is_quiet(), "dunst talks again", PATIENCE)
+        wait_until(lambda: not self.is_quiet(), "dunst talks again", PATIENCE + 10)
 
     def test_what_its_user_turns_is_left_alone(self):
         self.dunst("set-paused", "true")

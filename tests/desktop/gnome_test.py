@@ -224,12 +224,19 @@ class GnomeTest(GnomeShell, DesktopCase):
         self.curtain.wait()
         self.curtain = None
         self.assertTrue(stays(self.shows_only_open, 1))
-        self.start_curtain()
-        wait_until(lambda: self.icon() == "open", "the icon is there")
-        self.assertTrue(stays(self.shows_only_open, 1))
         for name in ("foot", "XTerm"):
             self.do_with(name, "Main.activateWindow(window)")
         wait_until(self.shows_all, "their user has brought them back", seen=self.shows_private)
+
+    def test_the_next_one_takes_up_what_a_killed_one_had_hidden(self):
+        self.start_with_windows()
+        self.hide()
+        self.curtain.kill()
+        self.curtain.wait()
+        self.start_curtain()
+        wait_until(lambda: self.icon() == "close", "the icon is there")
+        self.assertTrue(stays(self.shows_only_open, 1))
+        self.give_back()
 
 
 if __name__ == "__main__":

@@ -46,6 +46,18 @@ class LabwcTest(popover_window.HidingSessionCase):
             self.toggle()
             wait_until(lambda: self.lines_of_screen() == before, "the screen is as it was", seen=self.seen)
 
+    def test_after_a_crash_the_next_one_gives_back_what_was_hidden(self):
+        self.start_with_private_terminals()
+        self.toggle()
+        self.wait_seen("urxvt")
+        self.curtain.kill()
+        self.curtain.wait()
+        self.start_curtain()
+        wait_until(lambda: self.icon() == "close", "privacy mode is on")
+        self.assertTrue(stays(lambda: self.seen() == {"urxvt"}, 1))
+        self.toggle()
+        self.wait_seen("xterm", "foot", "urxvt")
+
     def test_hides_what_is_opened_meanwhile(self):
         self.start_with_private_terminals()
         self.toggle()

@@ -150,14 +150,35 @@ class ScratchpadSessionTest(popover_window.HidingSessionCase):
             self.start_xterm()
         wait_until(lambda: [workspace for _, workspace in windows()] == [SCRATCHPAD], "it is hidden", seen=picture)
 
+    def kill_curtain(self):
+        curtain, self.curtain = self.curtain, None
+        curtain.send_signal(signal.SIGKILL)
+        curtain.wait()
+
+    def test_after_a_crash_the_next_one_gives_back_what_was_hidden(self):
+        self.open_three()
+        before = picture()
+        self.start_curtain(XTERM, FOOT)
+        self.toggle()
+        self.wait_hidden()
+        self.kill_curtain()
+        self.start_curtain()
+        wait_until(lambda: self.icon() == "close", "privacy mode is on")
+        self.assertTrue(stays(lambda: self.workspace_of("XTerm") == SCRATCHPAD))
+        self.do('[class="XTerm"] scratchpad show')
+        self.wait_hidden()
+        self.toggle()
+        wait_until(lambda: self.shows(XTERM_COLOUR) and self.shows(FOOT_COLOUR) == IS_SWAY, "they are back", seen=picture)
+        wait_until(lambda: stays(lambda: not self.is_focused("URxvt")), "another app has the focus", seen=picture)
+        self.do('[class="URxvt"] focus')
+        wait_until(lambda: picture() == before, f"everything is as before: {before}", seen=picture)
+
     def test_what_was_hidden_survives_a_crash(self):
         self.open_three()
         self.start_curtain(XTERM, FOOT)
         self.toggle()
         self.wait_hidden()
-        self.curtain.send_signal(signal.SIGKILL)
-        self.curtain.wait()
-        self.curtain = None
+        self.kill_curtain()
         self.assertEqual(self.workspace_of("XTerm"), SCRATCHPAD)
         # Its user gets at it as at everything in the scratchpad.
         self.do('[class="XTerm"] scratchpad show')

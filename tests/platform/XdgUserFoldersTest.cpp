@@ -9,6 +9,8 @@
 #include <fstream>
 #include <string>
 
+#include <unistd.h>
+
 namespace {
 
 using LinuxPlatform::XdgUserFolders;
@@ -73,8 +75,35 @@ TEST_F(XdgUserFoldersTest, AChangeCountsAtOnce) {
 TEST_F(XdgUserFoldersTest, TemporaryFilesLieInTheRuntimeFolderWhereThereIsOne) {
     const auto runtime = home() + "/run";
     std::filesystem::create_directory(runtime);
+    std::filesystem::permissions(runtime, std::filesystem::perms::owner_all);
     setenv("XDG_RUNTIME_DIR", runtime.c_str(), 1);
     EXPECT_EQ(folders.temporary(), runtime);
+}
+
+TEST_F(XdgUserFoldersTest, ARuntimeFolderThatOthersMayEnterIsNotUsed) {
+    const auto runtime = home() + "/open";
+    std::filesystem::create_directory(runtime);
+    setenv("XDG_RUNTIME_DIR", runtime.c_str(), 1);
+    for (const auto mode : {0701, 0704, 0710, 0720, 0777}) {
+        std::filesystem::permissions(runtime, std::filesystem::perms(mode));
+        EXPECT_EQ(folders.temporary(), home() + "/.cache/curtain") << std::oct << mode;
+    }
+}
+
+TEST_F(XdgUserFoldersTest, NorIsOneOfAnotherUserOrNone) {
+    const auto file = home() + "/file";
+    std::ofstream(file) << "";
+    auto others = std::string("/root");
+    if (geteuid() == 0) {
+        others = home() + "/others";
+        std::filesystem::create_directory(others);
+        std::filesystem::permissions(others, std::filesystem::perms::owner_all);
+        ASSERT_EQ(chown(others.c_str(), 1, 1), 0);
+    }
+    for (const auto& runtime : {others, std::string("relative"), file, home() + "/missing"}) {
+        setenv("XDG_RUNTIME_DIR", runtime.c_str(), 1);
+        EXPECT_EQ(folders.temporary(), home() + "/.cache/curtain") << runtime;
+    }
 }
 
 TEST_F(XdgUserFoldersTest, OtherwiseInAFolderThatNobodyElseMayEnter) {

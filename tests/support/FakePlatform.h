@@ -14,6 +14,7 @@
 #include "tests/support/FakeMediaAuthorization.h"
 #include "tests/support/FakeProcessRunner.h"
 #include "tests/support/FakeScreenWatcherProbe.h"
+#include "tests/support/FakeSessionNote.h"
 #include "tests/support/FakeShell.h"
 #include "tests/support/FakeSystemShortcuts.h"
 #include "tests/support/FakeSystemVersion.h"
@@ -184,6 +185,7 @@ struct FakePlatform {
     FakeWallClock& wallClock = add<FakeWallClock>(platform.wallClock);
     FakeUuidSource& uuids = add<FakeUuidSource>(platform.uuids);
     MemoryUserDefaults& userDefaults = add<MemoryUserDefaults>(platform.userDefaults);
+    FakeSessionNote& sessionNote = add<FakeSessionNote>(platform.sessionNote);
     FakeLocale& locale = add<FakeLocale>(platform.locale);
     FakeResources& resources = add<FakeResources>(platform.resources);
     FakeInstallation& fileManager = add<FakeInstallation>(platform.fileManager);

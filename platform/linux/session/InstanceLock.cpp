@@ -1,10 +1,11 @@
 #include "platform/linux/session/InstanceLock.h"
 
+#include "platform/linux/system/RuntimeFolder.h"
+
 #include <algorithm>
 #include <cerrno>
 
 #include <fcntl.h>
-#include <glib.h>
 #include <sys/file.h>
 #include <unistd.h>
 
@@ -23,7 +24,7 @@ InstanceLock::~InstanceLock() {
 
 std::filesystem::path InstanceLock::fileFor(std::string display) {
     std::ranges::replace(display, '/', '_');
-    return std::filesystem::path(g_get_user_runtime_dir()) / ("curtain" + display + ".lock");
+    return runtimeFolder() / ("curtain" + display + ".lock");
 }
 
 } // namespace LinuxPlatform

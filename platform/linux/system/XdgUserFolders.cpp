@@ -1,14 +1,13 @@
 #include "platform/linux/system/XdgUserFolders.h"
 
+#include "platform/linux/system/RuntimeFolder.h"
+
 #include <glib.h>
-#include <glib/gstdio.h>
 
 #include <filesystem>
 
 namespace LinuxPlatform {
 namespace {
-
-constexpr int privateFolderMode = 0700;
 
 std::optional<std::string> specialFolder(GUserDirectory directory) {
     g_reload_user_special_dirs_cache();
@@ -38,13 +37,7 @@ std::optional<std::string> XdgUserFolders::pictures() {
 }
 
 std::string XdgUserFolders::temporary() {
-    const auto* const runtime = g_getenv("XDG_RUNTIME_DIR");
-    if (runtime != nullptr && g_path_is_absolute(runtime) && g_access(runtime, W_OK) == 0) {
-        return runtime;
-    }
-    const auto folder = (std::filesystem::path(g_get_user_cache_dir()) / "curtain").string();
-    g_mkdir_with_parents(folder.c_str(), privateFolderMode);
-    return folder;
+    return runtimeFolder().string();
 }
 
 } // namespace LinuxPlatform

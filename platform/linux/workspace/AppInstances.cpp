@@ -19,12 +19,13 @@ std::uint64_t processOf(const Window& window) {
 } // namespace
 
 AppInstances::AppInstances(WindowSystem& windowSystem, AppIdentity& identity, DesktopEntries& entries,
-                           ScopedApps& scopedApps, Platform::MainQueue& mainQueue)
+                           ScopedApps& scopedApps, Platform::MainQueue& mainQueue, HiddenWindowsRecord record)
     : windowSystem_(windowSystem),
       identity_(identity),
       entries_(entries),
       scopedApps_(scopedApps),
-      mainQueue_(mainQueue) {}
+      mainQueue_(mainQueue),
+      record_(std::move(record)) {}
 
 const std::vector<AppInstance>& AppInstances::all() {
     lookForWindowless();
@@ -68,7 +69,7 @@ void AppInstances::hide(const AppInstanceKey& key) {
     if (instance == nullptr || instance->windows.empty()) {
         return;
     }
-    const auto hidden = instance->visibleWindows;
+    auto hidden = instance->visibleWindows;
     for (const auto window : hidden) {
         auto& known = known_.at(window);
         known.takenAway = false;
@@ -76,7 +77,13 @@ void AppInstances::hide(const AppInstanceKey& key) {
             known.hurriedUntil = newDeadline();
         }
     }
+    for (const auto window : instance->windows) {
+        if (std::exchange(known_.at(window).isToBeHiddenAnew, false)) {
+            hidden.push_back(window);
+        }
+    }
     noteWhatWasPutAway(*instance);
+    keepRecord();
     groupedGeneration_.reset();
     windowSystem_.hide(hidden);
 }
@@ -109,6 +116,7 @@ void AppInstances::unhide(const AppInstanceKey& key) {
     for (const auto window : instance->windows) {
         auto& known = known_.at(window);
         const bool wasPutAwayBefore = std::exchange(known.wasPutAwayBefore, false);
+        known.isToBeHiddenAnew = false;
         if (const auto taken = std::exchange(known.takenAway, std::nullopt)) {
             if (const bool wasSeenHidden = *taken; !wasSeenHidden) {
                 known.hurriedUntil = newDeadline();
@@ -127,6 +135,7 @@ void AppInstances::unhide(const AppInstanceKey& key) {
     }
     groupedGeneration_.reset();
     windowSystem_.show(shown);
+    keepRecord();
 }
 
 void AppInstances::activate(const AppInstanceKey& key) {
@@ -207,6 +216,7 @@ void AppInstances::regroup() {
         owners_.emplace(window.id, key);
     }
 
+    keepRecord();
     addWindowless();
 
     std::stable_partition(instances_.begin(), instances_.end(),
@@ -237,12 +247,33 @@ void AppInstances::addWindowless() {
 }
 
 AppInstances::KnownWindow& AppInstances::knownWindow(const Window& window) {
-    auto& known = known_[window.id];
-    if (known.birth != window.birth) {
-        known = {};
-        known.birth = window.birth;
+    const auto [position, isNew] = known_.try_emplace(window.id);
+    auto& known = position->second;
+    if (isNew || known.birth != window.birth) {
+        known = firstKnowledgeOf(window);
     }
     return known;
+}
+
+AppInstances::KnownWindow AppInstances::firstKnowledgeOf(const Window& window) {
+    KnownWindow known;
+    known.birth = window.birth;
+    // One that can be seen was brought back meanwhile.
+    if (record_.takeEarlier(window) && window.isHidden) {
+        known.takenAway = true;
+        known.isToBeHiddenAnew = true;
+    }
+    return known;
+}
+
+void AppInstances::keepRecord() {
+    std::vector<Window> taken;
+    for (const auto& [id, known] : known_) {
+        if (known.takenAway) {
+            taken.push_back({.id = id, .birth = known.birth, .hints = known.hints});
+        }
+    }
+    record_.keep(taken);
 }
 
 void AppInstances::identify(KnownWindow& known, const Window& window) {
@@ -263,6 +294,7 @@ void AppInstances::takeNoteOf(KnownWindow& known, const Window& window) const {
     } else if (known.takenAway.value_or(false) && !known.hurriedUntil) {
         // Its user brought it back.
         known.takenAway.reset();
+        known.isToBeHiddenAnew = false;
     }
 }
 

@@ -3,6 +3,7 @@
 #include "platform/MainQueue.h"
 #include "platform/linux/apps/AppIdentity.h"
 #include "platform/linux/windows/WindowSystem.h"
+#include "platform/linux/workspace/HiddenWindowsRecord.h"
 #include "platform/linux/workspace/ScopedApps.h"
 
 #include <cstdint>
@@ -37,9 +38,9 @@ struct AppInstance {
 /// on request. Main thread only.
 class AppInstances {
 public:
-    /// All outlive this object.
+    /// All but the record outlive this object. What an earlier run has hidden counts as hidden by this one.
     AppInstances(WindowSystem& windowSystem, AppIdentity& identity, DesktopEntries& entries,
-                 ScopedApps& scopedApps, Platform::MainQueue& mainQueue);
+                 ScopedApps& scopedApps, Platform::MainQueue& mainQueue, HiddenWindowsRecord record);
 
     /// Those with a visible window first, otherwise in the order of their oldest windows, those without
     /// windows last; valid until the next call.
@@ -70,6 +71,8 @@ private:
 
         /// Hidden on request, and whether it has been seen hidden since: the window manager takes its time.
         std::optional<bool> takenAway;
+        /// That was an earlier run's request, and the window system has not heard of it in this one.
+        bool isToBeHiddenAnew = false;
         /// Its user had put it away before others of its app were hidden on request.
         bool wasPutAwayBefore = false;
         /// Shown on request and not seen yet. Nobody waits longer than until then.
@@ -84,9 +87,11 @@ private:
     void addWindowless();
     void lookForWindowless();
     KnownWindow& knownWindow(const Window& window);
+    KnownWindow firstKnowledgeOf(const Window& window);
     void identify(KnownWindow& known, const Window& window);
     void takeNoteOf(KnownWindow& known, const Window& window) const;
     void noteWhatWasPutAway(const AppInstance& instance);
+    void keepRecord();
     bool hasTakenFrom(const std::string& bundleID) const;
     Seconds newDeadline();
     bool endWhatIsOverdue();
@@ -96,6 +101,7 @@ private:
     DesktopEntries& entries_;
     ScopedApps& scopedApps_;
     Platform::MainQueue& mainQueue_;
+    HiddenWindowsRecord record_;
     std::vector<ScopedApp> scoped_;
     std::uint64_t scopedGeneration_ = 0;
     std::optional<std::uint64_t> groupedGeneration_;

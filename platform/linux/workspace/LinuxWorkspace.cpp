@@ -81,11 +81,12 @@ private:
 
 LinuxWorkspace::LinuxWorkspace(WindowSystem& windowSystem, AppIdentity& identity, DesktopEntries& entries,
                                ScopedApps& scopedApps, Platform::MainQueue& mainQueue,
-                               std::string thisProgram)
+                               std::string thisProgram, HiddenWindowsRecord hiddenWindows)
     : thisProgram_(std::move(thisProgram)),
       windowSystem_(windowSystem),
       entries_(entries),
-      instances_(std::make_shared<AppInstances>(windowSystem, identity, entries, scopedApps, mainQueue)),
+      instances_(std::make_shared<AppInstances>(windowSystem, identity, entries, scopedApps, mainQueue,
+                                                std::move(hiddenWindows))),
       windowEvents_(windowSystem.addEventHandler(
           [this](WindowEvent event, const Window& window) { handleEvent(event, window); })) {}
 

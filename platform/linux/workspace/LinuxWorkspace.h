@@ -16,9 +16,10 @@ namespace LinuxPlatform {
 class LinuxWorkspace : public Platform::Workspace {
 public:
     /// All outlive the workspace; handles it gave out may outlive it. The app with the identifier of
-    /// `thisProgram` is none of the workspace's.
+    /// `thisProgram` is none of the workspace's. `hiddenWindows` is where it is written down what is hidden.
     LinuxWorkspace(WindowSystem& windowSystem, AppIdentity& identity, DesktopEntries& entries,
-                   ScopedApps& scopedApps, Platform::MainQueue& mainQueue, std::string thisProgram = {});
+                   ScopedApps& scopedApps, Platform::MainQueue& mainQueue, std::string thisProgram = {},
+                   HiddenWindowsRecord hiddenWindows = HiddenWindowsRecord());
 
     Platform::RunningApplications runningApplications() override;
     bool knowsEveryWindow() override;

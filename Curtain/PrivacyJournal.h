@@ -1,0 +1,44 @@
+#pragma once
+
+#include "core/HideEngine.h"
+#include "platform/SessionNote.h"
+
+#include <optional>
+#include <string>
+
+namespace Curtain {
+
+/// What privacy mode is doing, written down while it is on, so that a run that ended in the midst of it can
+/// be taken up by the next one. Main thread only.
+class PrivacyJournal {
+public:
+    struct Entry {
+        CurtainCore::HideEngine::State privacy;
+        /// Switched on by detection, not by the user.
+        bool wasAutomatic = false;
+        /// Notices were to be kept from the screen.
+        bool isQuiet = false;
+
+        bool operator==(const Entry&) const = default;
+    };
+
+    /// `note` outlives the journal.
+    explicit PrivacyJournal(Platform::SessionNote& note);
+
+    /// What an earlier run had left when this object was made; absent where it was off or ended in good
+    /// order, and where what was there is not whole or of another version.
+    const std::optional<Entry>& earlier() const { return earlier_; }
+    void write(const Entry& entry);
+    /// Privacy mode is off.
+    void clear();
+
+private:
+    void keep(const std::optional<std::string>& text);
+
+    Platform::SessionNote& note_;
+    std::optional<Entry> earlier_;
+    /// Writing costs more than comparing.
+    std::optional<std::string> kept_;
+};
+
+} // namespace Curtain
