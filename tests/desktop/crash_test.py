@@ -21,7 +21,7 @@ RESTORE = (589, 582)
 RECORD = (613, 431)
 
 
-class CrashTest(DesktopCase):
+class CrashCase(DesktopCase):
     def setUp(self):
         super().setUp()
         write_preferences(self.settings, targetApps=[XTERM], hasOnboarded=True, autoDetectEnabled=False,
@@ -34,64 +34,14 @@ class CrashTest(DesktopCase):
         self.assertEqual(curtain.complaints(), "")
         wait_until(lambda: not self.desktop.tray_icon(), "the tray icon is gone")
 
-    def popover(self):
-        return next((window for window in self.desktop.windows_of(self.curtain)
-                     if window.size == POPOVER and self.display.is_viewable(window.id)), None)
-
-    def open_popover(self):
-        """A second start makes the first one open."""
-        self.assertEqual(self.launch_curtain().wait(30), 0)
-        popover = wait_until(self.popover, "the popover is open")
-        wait_until(lambda: self.colour(popover, SURFACE) == SURFACE_COLOUR, "the popover is drawn",
-                   seen=lambda: self.colour(popover, SURFACE))
-        wait_until(lambda: self.desktop.active_window == popover, "the popover has the keyboard")
-        return popover
-
-    def colour(self, popover, place):
-        area = popover.geometry
-        return area and self.display.colour(area.x + place[0], area.y + place[1])
-
-    def click(self, popover, place):
-        area = popover.geometry
-        subprocess.run(["xdotool", "mousemove", str(area.x + place[0]), str(area.y + place[1]), "click", "1"], check=True)
-
     def hide(self, *windows):
         self.start_curtain()
         wait_until(self.desktop.tray_icon, "the tray icon is there")
         self.toggle()
         self.wait_hidden(*windows)
 
-    def test_a_hidden_app_stays_in_the_task_list_and_comes_back_as_it_was(self):
-        small, large, elsewhere = self.open_xterm(), self.open_xterm(x=500), self.open_xterm(x=200)
-        for state in ("MAXIMIZED_VERT", "MAXIMIZED_HORZ"):
-            large.ask_for_state(state)
-            wait_until(lambda: large.has_state(state), "it is large")
-        elsewhere.send_to_workspace(2)
-        windows = (small, large, elsewhere)
-        wait_until(lambda: stays(lambda seen=[window.geometry for window in windows]:
-                                 [window.geometry for window in windows] == seen), "the windows are at rest")
-        geometries = {window: window.geometry for window in windows}
-        self.hide(*windows)
-        self.kill_curtain()
 
-        self.assert_stays_hidden(*windows)
-        self.assertLessEqual(set(windows), set(self.desktop.windows()))
-        for window in windows:
-            self.assertFalse(window.has_state("SKIP_TASKBAR") or window.has_state("SKIP_PAGER"))
-        for window in (small, large):
-            window.raise_from_task_list()
-            self.wait_shown(window)
-            wait_until(lambda: self.desktop.active_window == window, "it has the keyboard")
-        self.assertTrue(large.has_state("MAXIMIZED_VERT") and large.has_state("MAXIMIZED_HORZ"))
-        self.assertEqual(elsewhere.workspace, 2)
-        self.desktop.workspace = 2
-        self.addCleanup(setattr, self.desktop, "workspace", 0)
-        elsewhere.raise_from_task_list()
-        self.wait_shown(elsewhere)
-        self.assertEqual(elsewhere.workspace, 2)
-        self.wait_geometry(geometries)
-        self.assert_stays_shown(*windows)
-
+class ResumeTest(CrashCase):
     def journals(self):
         return sorted(Path(os.environ["XDG_RUNTIME_DIR"]).glob("curtain-*.:*"))
 
@@ -157,6 +107,60 @@ class CrashTest(DesktopCase):
         self.wait_hidden(xterm)
         self.toggle()
         self.wait_shown(xterm)
+
+
+class CrashTest(CrashCase):
+    def popover(self):
+        return next((window for window in self.desktop.windows_of(self.curtain)
+                     if window.size == POPOVER and self.display.is_viewable(window.id)), None)
+
+    def open_popover(self):
+        """A second start makes the first one open."""
+        self.assertEqual(self.launch_curtain().wait(30), 0)
+        popover = wait_until(self.popover, "the popover is open")
+        wait_until(lambda: self.colour(popover, SURFACE) == SURFACE_COLOUR, "the popover is drawn",
+                   seen=lambda: self.colour(popover, SURFACE))
+        wait_until(lambda: self.desktop.active_window == popover, "the popover has the keyboard")
+        return popover
+
+    def colour(self, popover, place):
+        area = popover.geometry
+        return area and self.display.colour(area.x + place[0], area.y + place[1])
+
+    def click(self, popover, place):
+        area = popover.geometry
+        subprocess.run(["xdotool", "mousemove", str(area.x + place[0]), str(area.y + place[1]), "click", "1"], check=True)
+
+    def test_a_hidden_app_stays_in_the_task_list_and_comes_back_as_it_was(self):
+        small, large, elsewhere = self.open_xterm(), self.open_xterm(x=500), self.open_xterm(x=200)
+        for state in ("MAXIMIZED_VERT", "MAXIMIZED_HORZ"):
+            large.ask_for_state(state)
+            wait_until(lambda: large.has_state(state), "it is large")
+        elsewhere.send_to_workspace(2)
+        windows = (small, large, elsewhere)
+        wait_until(lambda: stays(lambda seen=[window.geometry for window in windows]:
+                                 [window.geometry for window in windows] == seen), "the windows are at rest")
+        geometries = {window: window.geometry for window in windows}
+        self.hide(*windows)
+        self.kill_curtain()
+
+        self.assert_stays_hidden(*windows)
+        self.assertLessEqual(set(windows), set(self.desktop.windows()))
+        for window in windows:
+            self.assertFalse(window.has_state("SKIP_TASKBAR") or window.has_state("SKIP_PAGER"))
+        for window in (small, large):
+            window.raise_from_task_list()
+            self.wait_shown(window)
+            wait_until(lambda: self.desktop.active_window == window, "it has the keyboard")
+        self.assertTrue(large.has_state("MAXIMIZED_VERT") and large.has_state("MAXIMIZED_HORZ"))
+        self.assertEqual(elsewhere.workspace, 2)
+        self.desktop.workspace = 2
+        self.addCleanup(setattr, self.desktop, "workspace", 0)
+        elsewhere.raise_from_task_list()
+        self.wait_shown(elsewhere)
+        self.assertEqual(elsewhere.workspace, 2)
+        self.wait_geometry(geometries)
+        self.assert_stays_shown(*windows)
 
     def test_the_recording_that_was_left_is_gone_at_the_next_start(self):
         recording = Path(os.environ["XDG_RUNTIME_DIR"]) / "curtain-mic-test.caf"

@@ -33,6 +33,8 @@ public:
     /// To be called before windows are hidden, which are not to come back for now.
     void remember(std::span<const WindowId> windows);
     void restore(std::span<const WindowId> windows);
+    /// Whether the window was asked to come back and has not yet.
+    bool isReturning(WindowId window) const { return targets_.contains(window); }
     void forget(std::span<const xcb_window_t> closed);
     /// Gives the focus to a window, on top of those that are back.
     void bringToFront(xcb_window_t window);

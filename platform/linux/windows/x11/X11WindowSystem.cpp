@@ -82,22 +82,39 @@ bool X11WindowSystem::exists(WindowId window) const {
 void X11WindowSystem::hide(std::span<const WindowId> windows) {
     // Whose the focus is may have changed a moment ago.
     takeIn();
+    std::vector<TakenWindow> taken;
+    std::vector<WindowId> visible;
+    for (const auto window : windows) {
+        // The window manager remembers the places itself.
+        taken.push_back({window, {}});
+        // Of what an earlier run has hidden no answer would come, and its return would be taken for one.
+        if (!isAway(window)) {
+            visible.push_back(window);
+        }
+    }
+    taken_.take(taken);
+    takeAway(visible);
+    keepPopupsAway();
+}
+
+bool X11WindowSystem::isAway(WindowId window) const {
+    const auto* const found = model_.find(xcbWindow(window));
+    return found != nullptr && model_.isHidden(*found) && !model_.isExpectedHidden(xcbWindow(window)) &&
+           !restorer_.isReturning(window);
+}
+
+void X11WindowSystem::takeAway(std::span<const WindowId> windows) {
     activation_.forget([this](WindowId window) { return !exists(window); });
     activation_.noteHiding(windows, model_.activeWindow());
     leaving_.add(windows);
     restorer_.remember(windows);
-    std::vector<TakenWindow> taken;
     for (const auto window : windows) {
-        // The window manager remembers the places itself.
-        taken.push_back({window, {}});
         requestIconic(xcbWindow(window));
         model_.expectHidden(xcbWindow(window));
         std::erase(toActivate_, window);
     }
-    taken_.take(taken);
     connection_.flush();
     watchHiding(windows);
-    keepPopupsAway();
 }
 
 void X11WindowSystem::keepPopupsAway() {

@@ -46,6 +46,8 @@ private:
     void keepPopupsAway();
     bool isTaken(const Window& window) const;
     bool isPopupOfHiddenApp(const X11Popup& popup);
+    bool isAway(WindowId window) const;
+    void takeAway(std::span<const WindowId> windows);
     void requestIconic(xcb_window_t window);
     void watchHiding(std::span<const WindowId> windows);
     bool isToBeHidden(WindowId window) const;
