@@ -610,7 +610,11 @@ std::string commandsToReturnAnywhere(const I3Tree& tree, std::span<const I3Retur
 
 std::string commandsToBringUp(const I3Tree& tree, WindowId window) {
     const auto* const leaf = tree.find(window);
-    return leaf != nullptr && leaf->isInScratchpad() ? withId(leaf->node->id) + "scratchpad show;" : "";
+    if (leaf == nullptr || !leaf->isInScratchpad()) {
+        return {};
+    }
+    const auto one = withId(leaf->node->id);
+    return one + "fullscreen disable;" + one + "scratchpad show;";
 }
 
 std::string commandToFocus(const I3Tree& tree, WindowId window) {
