@@ -185,7 +185,8 @@ void AppDelegate::resumePrivacyMode() {
     engine().resume(earlier->privacy);
     setAutoActivated(earlier->wasAutomatic);
     if (autoActivated_) {
-        platform_.mainQueue->asyncAfter(shareNoticed, lifetime_.weak([this] { undoUnlessShared(); }));
+        isShareAwaited_ = true;
+        awaitShare();
     }
     if (!sayIfNothingIsHidden()) {
         notifier_.notifyResumed();
@@ -200,9 +201,21 @@ void AppDelegate::resumePrivacyMode() {
     refreshReadiness();
 }
 
-void AppDelegate::undoUnlessShared() {
-    const bool isOver = screenWatcher_.fn && screenWatcher_.fn() == false;
-    if (isOver) {
+void AppDelegate::awaitShare() {
+    platform_.mainQueue->asyncAfter(shareNoticed, lifetime_.weak([this] { endUnlessShared(); }));
+}
+
+void AppDelegate::endUnlessShared() {
+    if (!isShareAwaited_) {
+        return;
+    }
+    const auto isShared = screenWatcher_.fn ? screenWatcher_.fn() : false;
+    if (!isShared) {
+        awaitShare();
+        return;
+    }
+    isShareAwaited_ = false;
+    if (!*isShared) {
         undoAutomaticActivation();
     }
 }
@@ -675,9 +688,12 @@ void AppDelegate::noticeRehidden(const std::string& bundleID) {
 void AppDelegate::handleDetection(CurtainCore::DetectionConfidence confidence) {
     const CurtainCore::PreferencesStore::Action action(store_);
     if (confidence != CurtainCore::DetectionConfidence::high) {
-        undoAutomaticActivation();
+        if (!isShareAwaited_) {
+            undoAutomaticActivation();
+        }
         return;
     }
+    isShareAwaited_ = false;
     if (engine().isActive()) {
         return;
     }

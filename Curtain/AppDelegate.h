@@ -103,7 +103,8 @@ private:
     /// Where an earlier run did not end in good order.
     void resumePrivacyMode();
     /// Of a share that ended while nobody watched, nothing else would tell.
-    void undoUnlessShared();
+    void awaitShare();
+    void endUnlessShared();
     void setAutoActivated(bool isAutomatic);
     void beginQuiet();
     void keepJournal();
@@ -216,6 +217,9 @@ private:
     bool areWindowsAwaited_ = false;
     /// That was so when an earlier run's privacy mode was taken up, whose windows are to be hidden once more.
     bool isResumeAwaited_ = false;
+    /// An earlier run's automatic privacy mode was taken up, and the share that it is for, if it goes on, has
+    /// not been noticed yet.
+    bool isShareAwaited_ = false;
     Platform::Lifetime lifetime_;
 };
 

@@ -186,9 +186,11 @@ EarlierValue sessionRecord(const Session& session, const std::string& name) {
     return {*session.sessionState, "curtain-" + name + "." + display, sessionMark(session.environment)};
 }
 
+constexpr const char* hiddenWindows = "hidden-windows";
+
 HiddenWindowsRecord hiddenWindowsRecord(const Session& session) {
     return HiddenWindowsRecord(hasLastingWindowIdentifiers(session.environment)
-                                   ? std::optional(sessionRecord(session, "hidden-windows"))
+                                   ? std::optional(sessionRecord(session, hiddenWindows))
                                    : std::nullopt);
 }
 
@@ -484,7 +486,8 @@ Platform::Platform makeLinuxPlatform(const SessionEnvironment& environment) {
     const auto stateFolder = std::filesystem::path(g_get_user_state_dir()) / "curtain";
     session->windowState = std::make_unique<FileUserDefaults>(stateFolder, *platform.log);
     session->sessionState = std::make_unique<FileUserDefaults>(runtimeFolder(), *platform.log);
-    platform.sessionNote = std::make_unique<RecordedNote>(sessionRecord(*session, "privacy-mode"));
+    platform.sessionNote = std::make_unique<RecordedNote>(sessionRecord(*session, "privacy-mode"),
+                                                          sessionRecord(*session, hiddenWindows));
     session->windowSystem = windowsOfSession(
         environment, session->x11.get(), *platform.mainQueue,
         EarlierValue(*session->windowState, "takenWindows", sessionMark(environment)), platform.log.get());

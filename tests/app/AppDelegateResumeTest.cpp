@@ -194,6 +194,41 @@ TEST_F(ResumeTest, WhatAShareSwitchedOnEndsWhereTheShareEndedMeanwhile) {
     EXPECT_EQ(takeCalls().back(), "activate a 2");
 }
 
+TEST_F(ResumeTest, AShareThatIsNotNoticedAtOnceIsNoEnd) {
+    change([](auto& record) { record.autoDetectEnabled = true; });
+    fakes.workspace.run("a");
+    fakes.workspace.run("us.zoom.xos");
+    launch();
+    fakes.screenWatcherProbe.isWatched = true;
+    fakes.mainQueue.advance(longTime);
+    fakes.screenWatcherProbe.isWatched = false;
+    crashAndStart();
+    takeCalls();
+    fakes.mainQueue.advance(4);
+    fakes.screenWatcherProbe.isWatched = true;
+    fakes.mainQueue.advance(longTime);
+    EXPECT_TRUE(looksClosed());
+    EXPECT_THAT(takeCalls(), IsEmpty());
+    fakes.screenWatcherProbe.isWatched = false;
+    fakes.mainQueue.advance(longTime);
+    EXPECT_FALSE(looksClosed());
+}
+
+TEST_F(ResumeTest, AShareOfWhichNothingIsKnownAtFirstEndsWhenItIsKnown) {
+    change([](auto& record) { record.autoDetectEnabled = true; });
+    fakes.workspace.run("a");
+    launch();
+    fakes.screenWatcherProbe.isWatched = true;
+    fakes.mainQueue.advance(longTime);
+    fakes.screenWatcherProbe.isWatched = std::nullopt;
+    crashAndStart();
+    fakes.mainQueue.advance(longTime + 1);
+    EXPECT_TRUE(looksClosed());
+    fakes.screenWatcherProbe.isWatched = false;
+    fakes.mainQueue.advance(longTime);
+    EXPECT_FALSE(looksClosed());
+}
+
 TEST_F(ResumeTest, WhatTheUserSwitchedOnOutlivesAShare) {
     change([](auto& record) { record.autoDetectEnabled = true; });
     fakes.workspace.run("a");

@@ -1,5 +1,6 @@
 #include "platform/linux/workspace/HiddenWindowsRecord.h"
 
+#include "platform/linux/session/RecordedNote.h"
 #include "platform/linux/workspace/LinuxWorkspace.h"
 #include "tests/support/FakeWindowSystem.h"
 #include "tests/support/HandDrivenQueue.h"
@@ -122,6 +123,31 @@ TEST_F(HiddenWindowsRecordTest, WhatCameBackMeanwhileIsItsUsers) {
     windows.at(1).isHidden = true;
     ask(&RunningApplication::unhide);
     EXPECT_THAT(windows.shown, ElementsAre(ElementsAre(2)));
+}
+
+TEST_F(HiddenWindowsRecordTest, WhatCameBackIsItsUsersAfterASecondCrashToo) {
+    windows.open(1, "a", 10);
+    windows.open(2, "a", 10);
+    ask(&RunningApplication::hide);
+    windows.at(1).isHidden = false;
+    crashAndBegin();
+    workspace->runningApplications();
+    windows.at(1).isHidden = true;
+    crashAndBegin();
+    ask(&RunningApplication::unhide);
+    EXPECT_THAT(windows.shown, ElementsAre(ElementsAre(2)));
+}
+
+TEST_F(HiddenWindowsRecordTest, IsForgottenWithTheNoteOfPrivacyMode) {
+    LinuxPlatform::RecordedNote note({disk, "note", "this"}, {disk, "hidden", "this"});
+    note.keep("on");
+    windows.open(1, "a", 10);
+    ask(&RunningApplication::hide);
+    EXPECT_EQ(note.text(), "on");
+    EXPECT_TRUE(disk.values.contains("hidden"));
+    note.keep(std::nullopt);
+    EXPECT_EQ(note.text(), std::nullopt);
+    EXPECT_FALSE(disk.values.contains("hidden"));
 }
 
 TEST_F(HiddenWindowsRecordTest, WhatIsListedLaterIsKnownThen) {

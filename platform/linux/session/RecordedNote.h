@@ -10,15 +10,24 @@ namespace LinuxPlatform {
 /// A note that is kept on disk.
 class RecordedNote : public Platform::SessionNote {
 public:
-    explicit RecordedNote(EarlierValue record) : record_(std::move(record)) {}
+    /// `details` are of no use without the note, and are forgotten with it.
+    RecordedNote(EarlierValue record, EarlierValue details)
+        : record_(std::move(record)),
+          details_(std::move(details)) {}
 
     std::optional<std::string> text() override {
         return record_.isOfThisSession() ? record_.get() : std::nullopt;
     }
-    void keep(const std::optional<std::string>& text) override { record_.replace(text); }
+    void keep(const std::optional<std::string>& text) override {
+        record_.replace(text);
+        if (!text) {
+            details_.forget();
+        }
+    }
 
 private:
     EarlierValue record_;
+    EarlierValue details_;
 };
 
 } // namespace LinuxPlatform

@@ -18,6 +18,7 @@ bool HiddenWindowsRecord::takeEarlier(const Window& window) {
     }
     const bool isSame = found->second == markOf(window);
     earlier_.erase(found);
+    isStale_ = true;
     return isSame;
 }
 
@@ -30,7 +31,8 @@ void HiddenWindowsRecord::keep(const std::vector<Window>& hidden) {
         const auto before = hidden_.find(window.id);
         now.emplace(window.id, before != hidden_.end() ? before->second : markOf(window));
     }
-    if (std::exchange(hidden_, now) != now) {
+    const bool isStale = std::exchange(isStale_, false);
+    if (std::exchange(hidden_, now) != now || isStale) {
         write();
     }
 }

@@ -35,6 +35,8 @@ private:
     /// Marks of processes by window.
     std::map<WindowId, std::string> earlier_;
     std::map<WindowId, std::string> hidden_;
+    /// There is more on disk than is left.
+    bool isStale_ = false;
 };
 
 } // namespace LinuxPlatform
