@@ -7,6 +7,7 @@
 #include "platform/WorkQueue.h"
 
 #include <QObject>
+#include <QVariant>
 
 #include <cstddef>
 #include <cstdint>
@@ -32,9 +33,9 @@ struct CameraChoice {
 /// the main thread.
 class CameraPreviewManager : public QObject {
     Q_OBJECT
-    // What the views of the picture and the photo read.
-    Q_PROPERTY(std::shared_ptr<Platform::CaptureSession> session READ session CONSTANT)
-    Q_PROPERTY(std::shared_ptr<const Platform::Picture> capturedPhoto READ capturedPhoto NOTIFY changed)
+    // What the items of the picture and of the photo take, whose types QML does not know.
+    Q_PROPERTY(QVariant session READ sessionForViews CONSTANT)
+    Q_PROPERTY(QVariant capturedPhoto READ capturedPhotoForViews NOTIFY changed)
 
 public:
     struct Services {
@@ -63,6 +64,8 @@ public:
     const std::optional<std::string>& activeDeviceID() const;
     /// For the preview; the same one for the manager's whole life.
     const std::shared_ptr<Platform::CaptureSession>& session() const;
+    QVariant sessionForViews() const { return QVariant::fromValue(session()); }
+    QVariant capturedPhotoForViews() const { return QVariant::fromValue(capturedPhoto()); }
 
     /// Absent for the default camera.
     void start(const std::optional<std::string>& deviceID);

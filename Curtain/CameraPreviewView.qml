@@ -1,5 +1,6 @@
 import Curtain.Items
 import QtQuick
+import Curtain
 import Curtain.Controls
 
 /// The live picture of a capture session. It fills the view and is cropped, never letterboxed; without one the
@@ -8,7 +9,7 @@ Rectangle {
     id: root
 
     /// The camera manager whose session is shown.
-    property QtObject camera
+    property CameraPreviewManager camera
     property bool mirrored: false
     readonly property bool hasPicture: preview.hasPicture
 

@@ -7,12 +7,12 @@ WizardPage {
 
     readonly property bool isCompatible: vm.isCompatibilityKnown && vm.isCompatible
     function findingOf(isOk: bool): string {
-        return vm.text(isOk ? "looksGood" : "attentionNeeded");
+        return isOk ? vm.texts.looksGood : vm.texts.attentionNeeded;
     }
     readonly property bool isUnsupported: vm.isCompatibilityKnown && !vm.isCompatible
 
     hasButton: isCompatible
-    button.text: vm.text("wizCompatContinue")
+    button.text: vm.texts.wizCompatContinue
     button.onClicked: vm.advance()
     // The answer may come after the button to close the window has had the keyboard.
     onIsCompatibleChanged: {
@@ -44,14 +44,14 @@ WizardPage {
             id: title
             objectName: "title"
             y: 136
-            text: page.vm.text("wizCompatTitle")
+            text: page.vm.texts.wizCompatTitle
         }
         WizardText {
             id: body
             objectName: "body"
             y: title.y + title.height + 4
             inset: 12
-            text: page.vm.text("wizCompatBelong")
+            text: page.vm.texts.wizCompatBelong
         }
         WizardCard {
             objectName: "rows"
@@ -62,19 +62,19 @@ WizardPage {
                 finding: page.findingOf(isOk)
                 isFirst: true
                 isOk: page.isCompatible
-                title: page.vm.text("wizCompatCheckOS")
+                title: page.vm.texts.wizCompatCheckOS
             }
             WizardRow {
                 objectName: "devices"
                 finding: page.findingOf(isOk)
                 isOk: page.vm.hasCameraOrMicrophone
-                title: page.vm.text("wizCompatCheckCamMic")
+                title: page.vm.texts.wizCompatCheckCamMic
             }
             WizardRow {
                 objectName: "apps"
                 finding: page.findingOf(isOk)
                 isOk: page.vm.hasVideoApps
-                title: page.vm.text("wizCompatCheckApps")
+                title: page.vm.texts.wizCompatCheckApps
                 detail: page.vm.videoApps
             }
         }
@@ -111,7 +111,7 @@ WizardPage {
             y: 76
             style: Theme.panelTitle
             // Another session is not what is needed.
-            text: page.vm.canSwitchExtensionOn ? page.vm.hidingObstacle : page.vm.text("wizCompatOSFail")
+            text: page.vm.canSwitchExtensionOn ? page.vm.hidingObstacle : page.vm.texts.wizCompatOSFail
         }
         WizardText {
             id: obstacle
@@ -140,7 +140,7 @@ WizardPage {
         height: 40
         visible: page.isUnsupported && page.vm.canSwitchExtensionOn
         enabled: visible
-        text: page.vm.text("switchOn")
+        text: page.vm.texts.switchOn
         onVisibleChanged: takeKeyboard()
         Component.onCompleted: takeKeyboard()
         onClicked: page.vm.switchExtensionOn()
@@ -161,7 +161,7 @@ WizardPage {
         kind: "quiet"
         visible: page.isUnsupported || page.vm.hidingObstacle !== ""
         enabled: visible
-        text: page.vm.text("close")
+        text: page.vm.texts.close
         onVisibleChanged: takeKeyboard()
         Component.onCompleted: takeKeyboard()
         onClicked: page.vm.close()

@@ -31,7 +31,8 @@ Item {
             width: 22.4
             height: 29.12
             source: "qrc:/curtain/document.svg"
-            sourceSize: Qt.size(width, height)
+            sourceSize.width: width
+            sourceSize.height: height
             opacity: illustration.cleared ? 0 : 1
             visible: opacity > 0
 

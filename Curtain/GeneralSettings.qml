@@ -1,11 +1,12 @@
 import QtQuick
+import Curtain
 import Curtain.Controls
 
 /// The language, what happens on opening and at login, and the global shortcut.
 SettingsPage {
     id: page
 
-    required property QtObject model
+    required property SettingsViewModel model
 
     spacing: 12
 
@@ -43,20 +44,27 @@ SettingsPage {
             y: 1
             width: parent.width - 2
 
-            Repeater {
-                model: ["showScore", "runTestOnOpen", "launchAtLogin"]
-
-                SwitchRow {
-                    required property string modelData
-                    required property int index
-
-                    width: parent.width
-                    isFirst: index === 0
-                    label: page.model.texts[modelData]
-                    switchName: modelData
-                    isOn: page.model.switches[modelData]
-                    onFlipped: on => page.model.setSwitch(modelData, on)
-                }
+            SwitchRow {
+                width: parent.width
+                isFirst: true
+                label: page.model.texts.showScore
+                switchName: "showScore"
+                isOn: page.model.switches.showScore
+                onFlipped: on => page.model.switches.showScore = on
+            }
+            SwitchRow {
+                width: parent.width
+                label: page.model.texts.runTestOnOpen
+                switchName: "runTestOnOpen"
+                isOn: page.model.switches.runTestOnOpen
+                onFlipped: on => page.model.switches.runTestOnOpen = on
+            }
+            SwitchRow {
+                width: parent.width
+                label: page.model.texts.launchAtLogin
+                switchName: "launchAtLogin"
+                isOn: page.model.switches.launchAtLogin
+                onFlipped: on => page.model.switches.launchAtLogin = on
             }
         }
     }
@@ -75,7 +83,6 @@ SettingsPage {
             ShortcutRecorder {
                 objectName: "shortcut"
                 shortcut: page.model.shortcut
-                lang: page.model.lang
                 isMirrored: page.model.isRightToLeft
                 name: page.model.texts.globalShortcut
             }
@@ -102,7 +109,7 @@ SettingsPage {
         }
         ChipButton {
             objectName: "clearRefusedShortcut"
-            text: page.model.shortcut.text("clear_shortcut", page.model.lang)
+            text: page.model.shortcut.clearText
             onClicked: page.model.shortcut.clear()
         }
     }

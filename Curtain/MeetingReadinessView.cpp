@@ -16,6 +16,7 @@
 namespace Curtain {
 namespace {
 
+using CurtainCore::LocKey;
 using CurtainCore::ReadinessState;
 using CurtainCore::ReadinessStatus;
 using CurtainCore::RiskLevel;
@@ -52,8 +53,7 @@ QString riskColour(RiskLevel risk) {
 }
 
 QString keyName(CurtainCore::LocKey key) {
-    const auto name = CurtainCore::rawValue(key);
-    return QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size()));
+    return toQString(CurtainCore::rawValue(key));
 }
 
 QVariantMap shareLine(const QString& key, const QString& text, const QString& tone) {
@@ -70,6 +70,7 @@ MeetingReadinessView::MeetingReadinessView(const Services& services, std::string
                                            MeetingReadinessActions actions)
     : services_(services),
       lang_(std::move(lang)),
+      texts_(lang_),
       actions_(std::move(actions)),
       privateApps_([this](const std::string& bundleID) { return iconSource(bundleID); }),
       editedApps_([this](const std::string& bundleID) { return iconSource(bundleID); }),
@@ -99,12 +100,12 @@ bool MeetingReadinessView::isRightToLeft() const {
 
 QString MeetingReadinessView::capsuleText() const {
     if (std::ranges::any_of(state().issues, isSevere)) {
-        return text(QStringLiteral("sharingExposes"));
+        return text(LocKey::sharingExposes);
     }
     const auto tone = capsuleTone();
-    return text(tone == "orange" ? QStringLiteral("needsAttention")
-                : tone == "gray" ? QStringLiteral("readyForCall")
-                                 : QStringLiteral("youAreReady"));
+    return text(tone == "orange" ? LocKey::needsAttention
+                : tone == "gray" ? LocKey::readyForCall
+                                 : LocKey::youAreReady);
 }
 
 QString MeetingReadinessView::capsuleTone() const {
@@ -142,7 +143,7 @@ QString MeetingReadinessView::hideProblem() const {
     if (!canHideApps()) {
         return hidingObstacle();
     }
-    return hasPrivateApps() ? QString() : text(QStringLiteral("addPrivateAppsHint"));
+    return hasPrivateApps() ? QString() : text(LocKey::addPrivateAppsHint);
 }
 
 bool MeetingReadinessView::canFix() const {
@@ -164,19 +165,19 @@ bool MeetingReadinessView::isRiskOpen() const {
 
 QString MeetingReadinessView::scoreGap() const {
     if (!isScoreIncomplete()) {
-        return isPrivacyModeInVain() ? text(QStringLiteral("privacyModeInVain")) : QString();
+        return isPrivacyModeInVain() ? text(PlatformKey::privacyModeInVain) : QString();
     }
     const bool areSomeCounted = state().privateApps == ReadinessStatus::danger;
-    return text(areSomeCounted ? QStringLiteral("somePrivateAppsNotCounted")
-                               : QStringLiteral("privateAppsNotCounted"));
+    return text(areSomeCounted ? PlatformKey::somePrivateAppsNotCounted : PlatformKey::privateAppsNotCounted);
 }
 
 QString MeetingReadinessView::riskLabel() const {
     if (isRiskOpen()) {
-        return text(QStringLiteral("cannotTell"));
+        return text(PlatformKey::cannotTell);
     }
-    static constexpr std::array keys{"riskLow", "riskMedium", "riskHigh", "riskVeryHigh"};
-    return text(QString::fromLatin1(keys.at(static_cast<std::size_t>(state().risk))));
+    static constexpr std::array keys{LocKey::riskLow, LocKey::riskMedium, LocKey::riskHigh,
+                                     LocKey::riskVeryHigh};
+    return text(keys.at(static_cast<std::size_t>(state().risk)));
 }
 
 QString MeetingReadinessView::riskTone() const {
@@ -186,9 +187,8 @@ QString MeetingReadinessView::riskTone() const {
 QVariantList MeetingReadinessView::issues() const {
     QVariantList all;
     for (const auto& issue : state().issues) {
-        const auto key = keyName(issue.key);
-        all.push_back(
-            shareLine(key, text(key), isSevere(issue) ? QStringLiteral("red") : QStringLiteral("orange")));
+        all.push_back(shareLine(keyName(issue.key), text(issue.key),
+                                isSevere(issue) ? QStringLiteral("red") : QStringLiteral("orange")));
     }
     return all;
 }
@@ -196,18 +196,18 @@ QVariantList MeetingReadinessView::issues() const {
 QVariantList MeetingReadinessView::shareLines() const {
     auto all = issues();
     if (isPrivacyModeInVain()) {
-        const auto inVain = QStringLiteral("privacyModeInVain");
-        all.push_back(shareLine(inVain, text(inVain), QStringLiteral("orange")));
+        all.push_back(shareLine(QStringLiteral("privacyModeInVain"), text(PlatformKey::privacyModeInVain),
+                                QStringLiteral("orange")));
     }
     if (isScoreIncomplete()) {
-        all.push_back(shareLine(QStringLiteral("cannotTell"), text(QStringLiteral("privateAppsUnseen")),
+        all.push_back(shareLine(QStringLiteral("cannotTell"), text(PlatformKey::privateAppsUnseen),
                                 QStringLiteral("gray")));
     }
     if (all.isEmpty() && !canHideApps()) {
         all.push_back(shareLine(QStringLiteral("hidingObstacle"), hidingObstacle(), QStringLiteral("gray")));
     }
     if (all.isEmpty()) {
-        all.push_back(shareLine({}, text(QStringLiteral("youAreReady")), QStringLiteral("green")));
+        all.push_back(shareLine({}, text(LocKey::youAreReady), QStringLiteral("green")));
     }
     return all;
 }
@@ -219,11 +219,11 @@ QString MeetingReadinessView::cameraStatus() const {
 QString MeetingReadinessView::cameraDetail() const {
     switch (state().camera) {
     case ReadinessStatus::ok:
-        return text(QStringLiteral("looksGood"));
+        return text(LocKey::looksGood);
     case ReadinessStatus::unknown:
-        return text(QStringLiteral("notCheckedYet"));
+        return text(LocKey::notCheckedYet);
     default:
-        return text(QStringLiteral("attentionNeeded"));
+        return text(LocKey::attentionNeeded);
     }
 }
 
@@ -234,11 +234,11 @@ QString MeetingReadinessView::notificationsStatus() const {
 QString MeetingReadinessView::notificationsDetail() const {
     switch (state().notifications) {
     case ReadinessStatus::ok:
-        return text(QStringLiteral("notifHandled"));
+        return text(LocKey::notifHandled);
     case ReadinessStatus::unknown:
-        return text(QStringLiteral("notCheckedYet"));
+        return text(LocKey::notCheckedYet);
     default:
-        return text(QStringLiteral("notificationsMayAppear"));
+        return text(LocKey::notificationsMayAppear);
     }
 }
 
@@ -247,7 +247,7 @@ QString MeetingReadinessView::desktopStatus() const {
 }
 
 QString MeetingReadinessView::desktopDetail() const {
-    return state().desktopHidden ? text(QStringLiteral("desktopHidden"))
+    return state().desktopHidden ? text(LocKey::desktopHidden)
                                  : toQString(filesOnDesktop(state().desktopFileCount, lang_));
 }
 
@@ -264,15 +264,15 @@ QString MeetingReadinessView::privateAppsStatus() const {
 QString MeetingReadinessView::privateAppsDetail() const {
     const auto mark = privateAppsMark();
     if (mark == ReadinessStatus::ok) {
-        return text(QStringLiteral("youAreReady"));
+        return text(LocKey::youAreReady);
     }
     if (mark == ReadinessStatus::unknown &&
         (isScoreIncomplete() || !services_.workspace.knowsEveryWindow())) {
-        return text(QStringLiteral("cannotTell"));
+        return text(PlatformKey::cannotTell);
     }
     const auto visible =
         std::ranges::count(privateApps_.rows(), PrivateAppVisibility::visible, &AppListRow::visibility);
-    return QString::number(visible) + ' ' + text(QStringLiteral("privateAppsVisible"));
+    return QString::number(visible) + ' ' + text(LocKey::privateAppsVisible);
 }
 
 ReadinessStatus MeetingReadinessView::microphoneMark() const {
@@ -297,18 +297,18 @@ QString MeetingReadinessView::microphoneStatus() const {
 QString MeetingReadinessView::microphoneDetail() const {
     switch (micStatus_) {
     case MicStatus::working:
-        return text(QStringLiteral("micWorking"));
+        return text(LocKey::micWorking);
     case MicStatus::silent:
-        return text(QStringLiteral("micSaySomething"));
+        return text(LocKey::micSaySomething);
     case MicStatus::noPermission:
-        return text(QStringLiteral("micAccessDenied"));
+        return text(LocKey::micAccessDenied);
     case MicStatus::noInputDevice:
-        return text(QStringLiteral("micNoInput"));
+        return text(LocKey::micNoInput);
     case MicStatus::unavailable:
     case MicStatus::unknown:
         break;
     }
-    return text(QStringLiteral("notCheckedYet"));
+    return text(LocKey::notCheckedYet);
 }
 
 QString MeetingReadinessView::microphoneName() const {
@@ -318,14 +318,14 @@ QString MeetingReadinessView::microphoneName() const {
 QString MeetingReadinessView::echoLabel() const {
     switch (echoPhase_) {
     case EchoPhase::recording:
-        return text(QStringLiteral("recordingTitle"));
+        return text(LocKey::recordingTitle);
     case EchoPhase::playing:
-        return text(QStringLiteral("playingTitle"));
+        return text(LocKey::playingTitle);
     case EchoPhase::idle:
     case EchoPhase::done:
         break;
     }
-    return text(QStringLiteral("recordTitle"));
+    return text(LocKey::recordTitle);
 }
 
 double MeetingReadinessView::microphoneLevel() const {
@@ -356,17 +356,12 @@ bool MeetingReadinessView::canTakePhoto() const {
 }
 
 QString MeetingReadinessView::photoNews() const {
-    static constexpr std::array keys{"",
-                                     "photoCopied",
-                                     "photoNotCopied",
-                                     "photoSaved",
-                                     "photoNotSavedNoSpace",
-                                     "photoNotSavedNotAllowed",
-                                     "photoNotSaved",
-                                     "photoNotTaken"};
-    return photoNews_ == PhotoNews::none
-               ? QString()
-               : text(QString::fromLatin1(keys.at(static_cast<std::size_t>(photoNews_))));
+    static constexpr std::array keys{
+        PlatformKey::photoCopied,          PlatformKey::photoNotCopied,          PlatformKey::photoSaved,
+        PlatformKey::photoNotSavedNoSpace, PlatformKey::photoNotSavedNotAllowed, PlatformKey::photoNotSaved,
+        PlatformKey::photoNotTaken};
+    return photoNews_ == PhotoNews::none ? QString()
+                                         : text(keys.at(static_cast<std::size_t>(photoNews_) - 1));
 }
 
 QString MeetingReadinessView::photoNewsTone() const {
@@ -447,11 +442,7 @@ QString MeetingReadinessView::focusProblem() const {
 }
 
 QString MeetingReadinessView::problemWith(SettingsPage page) const {
-    return missingPage_ == page ? text(QStringLiteral("noSettingsPage")) : QString();
-}
-
-QString MeetingReadinessView::text(const QString& key) const {
-    return viewText(key, lang_);
+    return missingPage_ == page ? text(PlatformKey::noSettingsPage) : QString();
 }
 
 void MeetingReadinessView::rest() {

@@ -6,6 +6,8 @@
 #include "Curtain/CameraPreviewManager.h"
 #include "Curtain/MicrophoneMonitor.h"
 #include "Curtain/ReadinessCoordinator.h"
+#include "Curtain/ViewText.h"
+#include "Curtain/ViewTexts.h"
 #include "core/PreferencesStore.h"
 #include "platform/Locale.h"
 #include "platform/SystemVersion.h"
@@ -46,7 +48,8 @@ class MeetingReadinessView : public QObject {
     Q_OBJECT
     Q_PROPERTY(QString lang READ lang CONSTANT)
     Q_PROPERTY(bool isRightToLeft READ isRightToLeft CONSTANT)
-    Q_PROPERTY(QObject* camera READ camera CONSTANT)
+    Q_PROPERTY(Curtain::ViewTexts* texts READ texts CONSTANT)
+    Q_PROPERTY(Curtain::CameraPreviewManager* camera READ camera CONSTANT)
 
     Q_PROPERTY(QString capsuleText READ capsuleText NOTIFY stateChanged)
     Q_PROPERTY(QString capsuleTone READ capsuleTone NOTIFY stateChanged)
@@ -100,10 +103,10 @@ class MeetingReadinessView : public QObject {
     Q_PROPERTY(bool isMirrored READ isMirrored NOTIFY cameraChanged)
     Q_PROPERTY(bool isReady READ isReady NOTIFY readyChanged)
 
-    Q_PROPERTY(QObject* privateApps READ privateApps CONSTANT)
+    Q_PROPERTY(QAbstractListModel* privateApps READ privateApps CONSTANT)
     Q_PROPERTY(bool hasPrivateApps READ hasPrivateApps NOTIFY appsChanged)
     Q_PROPERTY(QStringList visibilities READ visibilities NOTIFY stateChanged)
-    Q_PROPERTY(QObject* editedApps READ editedApps CONSTANT)
+    Q_PROPERTY(QAbstractListModel* editedApps READ editedApps CONSTANT)
     Q_PROPERTY(bool editingApps READ editingApps WRITE setEditingApps NOTIFY editingAppsChanged)
     Q_PROPERTY(QString appQuery READ appQuery WRITE setAppQuery NOTIFY appQueryChanged)
     /// The row of the edited apps that was searched for, the first of them without a query; -1 where no name
@@ -135,7 +138,8 @@ public:
 
     QString lang() const { return QString::fromStdString(lang_); }
     bool isRightToLeft() const;
-    QObject* camera() const { return &services_.camera; }
+    ViewTexts* texts() { return &texts_; }
+    CameraPreviewManager* camera() const { return &services_.camera; }
 
     QString capsuleText() const;
     QString capsuleTone() const;
@@ -188,12 +192,12 @@ public:
     /// Whether a camera that shows a picture deserves the ready badge.
     bool isReady() const;
 
-    QObject* privateApps() { return &privateApps_; }
+    QAbstractListModel* privateApps() { return &privateApps_; }
     bool hasPrivateApps() const { return !privateApps_.rows().empty(); }
     /// Those that occur among the private apps.
     QStringList visibilities() const;
     /// The private apps, and below them the others that match the query.
-    QObject* editedApps() { return &editedApps_; }
+    QAbstractListModel* editedApps() { return &editedApps_; }
     bool editingApps() const { return editingApps_; }
     void setEditingApps(bool editing);
     const QString& appQuery() const { return appQuery_; }
@@ -205,8 +209,6 @@ public:
     QString cameraSettingsProblem() const;
     QString focusProblem() const;
 
-    /// The text behind a name; aborts when there is none.
-    Q_INVOKABLE QString text(const QString& key) const;
     /// To be called on every opening of the popover.
     Q_INVOKABLE void didOpen();
 
@@ -253,6 +255,10 @@ private:
     enum class SettingsPage { none, camera, focus };
 
     const CurtainCore::ReadinessState& state() const { return services_.coordinator.state(); }
+    template <typename Key>
+    QString text(Key key) const {
+        return viewText(key, lang_);
+    }
     bool isScoreIncomplete() const { return state().privateAppsUnknown > 0; }
     /// Whether the risk would be called low, and apps that were not counted may raise it.
     bool isRiskOpen() const;
@@ -270,6 +276,7 @@ private:
 
     Services services_;
     std::string lang_;
+    ViewTexts texts_;
     MeetingReadinessActions actions_;
     AppListModel privateApps_;
     AppListModel editedApps_;

@@ -1,13 +1,14 @@
 import QtQuick
 import QtQuick.Templates as T
 import QtQuick.Window
+import Curtain
 import Curtain.Controls
 
 /// The popover: the one screen before a call.
 VisualEffectBackground {
     id: root
 
-    required property QtObject model
+    required property MeetingReadinessViewModel model
 
     readonly property bool isShown: Window.window !== null && Window.window.visible
 
@@ -144,7 +145,7 @@ VisualEffectBackground {
         y: parent.height - 56
         kind: root.model.hasIssues ? "primary" : "tonal"
         symbol: "wand.and.stars"
-        text: root.model.text("fixEverything")
+        text: root.model.texts.fixEverything
         enabled: root.model.canFix
         reason: root.model.canHideApps ? "" : root.model.hidingObstacle
         onClicked: root.model.fixEverything()
@@ -159,7 +160,7 @@ VisualEffectBackground {
         kind: "quiet"
         symbol: "arrow.uturn.backward"
         symbolSize: 18
-        text: root.model.text("restore")
+        text: root.model.texts.restore
         onClicked: root.model.restore()
     }
 

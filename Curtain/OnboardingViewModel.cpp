@@ -25,6 +25,7 @@ using Platform::MediaType;
 OnboardingViewModel::OnboardingViewModel(const Services& services, std::string lang, OnboardingStep startAt)
     : services_(services),
       lang_(std::move(lang)),
+      texts_(lang_),
       flow_(startAt),
       hidingWatch_(services.compatibilityProbe.hidingWatch(services.camera.mainQueue)) {
     hidingWatch_.onAnswer = [this] { lookAnew(); };
@@ -38,6 +39,7 @@ OnboardingViewModel::OnboardingViewModel(const Services& services, std::string l
 void OnboardingViewModel::setLang(std::string lang) {
     if (lang != lang_) {
         lang_ = std::move(lang);
+        texts_.setLang(lang_);
         Q_EMIT langChanged();
         Q_EMIT changed();
     }
@@ -179,10 +181,6 @@ double OnboardingViewModel::level() const {
     return static_cast<double>(services_.micMonitor.level());
 }
 
-QObject* OnboardingViewModel::camera() const {
-    return &services_.cameraManager;
-}
-
 bool OnboardingViewModel::hasPreview() const {
     return services_.cameraManager.status() == CameraStatus::available;
 }
@@ -194,10 +192,6 @@ bool OnboardingViewModel::isPreviewMirrored() const {
 QString OnboardingViewModel::desktopSummary() const {
     return toQString(PlatformWording::string(LocKey::wizSummaryDesktop, lang_))
         .replace(QStringLiteral("%@"), QString::number(desktopFileCount_));
-}
-
-QString OnboardingViewModel::text(const QString& key) const {
-    return viewText(key, lang_);
 }
 
 void OnboardingViewModel::advance() {

@@ -5,6 +5,7 @@
 #include "Curtain/DesktopChecker.h"
 #include "Curtain/HidingWatch.h"
 #include "Curtain/MicrophoneMonitor.h"
+#include "Curtain/ViewTexts.h"
 #include "core/Compatibility.h"
 #include "core/OnboardingFlow.h"
 #include "core/ReadinessChecklist.h"
@@ -28,6 +29,7 @@ class OnboardingViewModel : public QObject {
     Q_OBJECT
     Q_PROPERTY(QString lang READ langText NOTIFY langChanged)
     Q_PROPERTY(bool isRightToLeft READ isRightToLeft NOTIFY langChanged)
+    Q_PROPERTY(Curtain::ViewTexts* texts READ texts CONSTANT)
     /// The current page: "welcome", "compatibility", "desktop", "microphone", "camera" or "summary".
     Q_PROPERTY(QString page READ page NOTIFY flowChanged)
     Q_PROPERTY(int stepIndex READ stepIndex NOTIFY flowChanged)
@@ -51,7 +53,7 @@ class OnboardingViewModel : public QObject {
     /// A few words on why the live area of the current page shows nothing; empty where there is something.
     Q_PROPERTY(QString deviceProblem READ deviceProblem NOTIFY changed)
     Q_PROPERTY(double level READ level NOTIFY changed)
-    Q_PROPERTY(QObject* camera READ camera CONSTANT)
+    Q_PROPERTY(Curtain::CameraPreviewManager* camera READ camera CONSTANT)
     Q_PROPERTY(bool hasPreview READ hasPreview NOTIFY changed)
     Q_PROPERTY(bool isPreviewMirrored READ isPreviewMirrored NOTIFY changed)
     /// How many files there are to hide, in words.
@@ -102,6 +104,7 @@ public:
 
     QString langText() const;
     bool isRightToLeft() const;
+    ViewTexts* texts() { return &texts_; }
     QString page() const;
     int stepIndex() const;
     int stepCount() const;
@@ -119,13 +122,11 @@ public:
     QString settingsProblem() const;
     QString deviceProblem() const;
     double level() const;
-    QObject* camera() const;
+    CameraPreviewManager* camera() const { return &services_.cameraManager; }
     bool hasPreview() const;
     bool isPreviewMirrored() const;
     QString desktopSummary() const;
 
-    /// The text of a key, by the key's name.
-    Q_INVOKABLE QString text(const QString& key) const;
     Q_INVOKABLE void advance();
     /// To be called when the compatibility page is shown. Looks at the system the first time, as often as it
     /// does not know yet whether apps can be hidden, and when an extension that is off is switched on.
@@ -158,6 +159,7 @@ private:
 
     Services services_;
     std::string lang_;
+    ViewTexts texts_;
     CurtainCore::OnboardingFlow flow_;
     std::optional<CurtainCore::CompatibilityResult> compatibility_;
     std::optional<Platform::HidingObstacle> hidingObstacle_;

@@ -1,4 +1,5 @@
 import QtQuick
+import Curtain
 import Curtain.Controls
 import Curtain.Items
 
@@ -6,8 +7,7 @@ import Curtain.Items
 FocusScope {
     id: wizard
 
-    /// An OnboardingViewModel.
-    required property QtObject model
+    required property OnboardingViewModel model
 
     /// Whether the last button was used with the keyboard.
     property bool usesKeyboard: false
@@ -45,18 +45,15 @@ FocusScope {
 
         onLoaded: {
             if (wizard.usesKeyboard) {
-                item.showRing();
+                (item as WizardPage).showRing();
             }
         }
     }
     Connections {
         target: wizard.model
 
-        // The page is made anew with all its texts.
         function onLangChanged() {
             Desktop.language = wizard.model.lang;
-            page.active = false;
-            page.active = true;
         }
     }
     Connections {
@@ -83,9 +80,9 @@ FocusScope {
         id: desktop
         PermissionStep {
             vm: wizard.model
-            title: vm.text("wizPermDesktopTitle")
-            body: vm.text("wizPermDesktopBody")
-            validation: vm.text("wizValidDesktop")
+            title: vm.texts.wizPermDesktopTitle
+            body: vm.texts.wizPermDesktopBody
+            validation: vm.texts.wizValidDesktop
             liveArea: DesktopIllustration {
                 cleared: wizard.model.isGranted
             }
@@ -95,14 +92,14 @@ FocusScope {
         id: microphone
         PermissionStep {
             vm: wizard.model
-            title: vm.text("wizPermMicTitle")
-            body: vm.text("wizPermMicBody")
-            validation: vm.text("wizValidMic")
+            title: vm.texts.wizPermMicTitle
+            body: vm.texts.wizPermMicBody
+            validation: vm.texts.wizValidMic
             placeholder: "mic.fill"
             liveArea: AudioLevelBar {
                 level: wizard.model.level
                 Accessible.role: Accessible.ProgressBar
-                Accessible.name: wizard.model.text("microphone")
+                Accessible.name: wizard.model.texts.microphone
                 Accessible.description: Math.round(level * 100) + "%"
 
                 StyledText {
@@ -119,9 +116,9 @@ FocusScope {
         id: camera
         PermissionStep {
             vm: wizard.model
-            title: vm.text("wizPermCamTitle")
-            body: vm.text("wizPermCamBody")
-            validation: vm.text("wizValidCam")
+            title: vm.texts.wizPermCamTitle
+            body: vm.texts.wizPermCamBody
+            validation: vm.texts.wizValidCam
             placeholder: "camera.fill"
             liveArea: Item {
                 CameraPreviewView {
@@ -129,7 +126,7 @@ FocusScope {
                     camera: wizard.model.camera
                     mirrored: wizard.model.isPreviewMirrored
                     Accessible.role: Accessible.Graphic
-                    Accessible.name: wizard.model.text("cameraPreview")
+                    Accessible.name: wizard.model.texts.cameraPreview
                 }
                 Rectangle {
                     objectName: "noPicture"

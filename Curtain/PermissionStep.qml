@@ -17,7 +17,7 @@ WizardPage {
     readonly property bool isLive: placeholder === "" || vm.isGranted
 
     hasMoreControls: vm.isDenied
-    button.text: vm.text(vm.isGranted ? "wizPermContinue" : vm.isDenied ? "wizPermOpenSettings" : "wizPermAllow")
+    button.text: vm.isGranted ? vm.texts.wizPermContinue : vm.isDenied ? vm.texts.wizPermOpenSettings : vm.texts.wizPermAllow
     button.y: vm.isDenied ? 350 : 396
     button.height: vm.isDenied ? 38 : 40
     button.onClicked: {
@@ -69,7 +69,7 @@ WizardPage {
         visible: !page.vm.isGranted
         color: page.vm.isDenied ? Theme.orangeText : Theme.ink2
         text: !page.vm.isDenied ? page.body
-            : page.vm.settingsProblem !== "" ? page.vm.settingsProblem : page.vm.text("wizPermDeniedHint")
+            : page.vm.settingsProblem !== "" ? page.vm.settingsProblem : page.vm.texts.wizPermDeniedHint
     }
     Row {
         objectName: "validation"
@@ -99,7 +99,7 @@ WizardPage {
         height: 40
         visible: page.vm.isDenied
         kind: "quiet"
-        text: page.vm.text("wizPermContinue")
+        text: page.vm.texts.wizPermContinue
         onClicked: {
             page.used(visualFocus);
             page.vm.advance();

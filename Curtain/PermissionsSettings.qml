@@ -1,11 +1,12 @@
 import QtQuick
+import Curtain
 import Curtain.Controls
 
 /// What is checked of the camera, the microphone and the notifications.
 SettingsPage {
     id: page
 
-    required property QtObject model
+    required property SettingsViewModel model
 
     SettingsSection {
         width: parent.width
@@ -19,7 +20,7 @@ SettingsPage {
             label: page.model.texts.showCameraPreview
             switchName: "showCameraPreview"
             isOn: page.model.switches.showCameraPreview
-            onFlipped: on => page.model.setSwitch("showCameraPreview", on)
+            onFlipped: on => page.model.switches.showCameraPreview = on
         }
         SettingsRow {
             width: parent.width
@@ -52,7 +53,7 @@ SettingsPage {
             label: page.model.texts.showMicCheck
             switchName: "showMicCheck"
             isOn: page.model.switches.showMicCheck
-            onFlipped: on => page.model.setSwitch("showMicCheck", on)
+            onFlipped: on => page.model.switches.showMicCheck = on
         }
         SettingsRow {
             width: parent.width
@@ -123,26 +124,28 @@ SettingsPage {
                 wrapMode: Text.Wrap
                 onVisibleChanged: {
                     if (visible) {
-                        Qt.callLater(page.reveal, missing);
+                        Qt.callLater(page.reveal, missing); // qmllint disable
                     }
                 }
                 Accessible.role: Accessible.AlertMessage
                 Accessible.name: text
             }
         }
-        Repeater {
-            model: ["checkNotifications", "notifHandled"]
-
-            SwitchRow {
-                required property string modelData
-
-                width: parent.width
-                leastHeight: 40
-                label: page.model.texts[modelData]
-                switchName: modelData
-                isOn: page.model.switches[modelData]
-                onFlipped: on => page.model.setSwitch(modelData, on)
-            }
+        SwitchRow {
+            width: parent.width
+            leastHeight: 40
+            label: page.model.texts.checkNotifications
+            switchName: "checkNotifications"
+            isOn: page.model.switches.checkNotifications
+            onFlipped: on => page.model.switches.checkNotifications = on
+        }
+        SwitchRow {
+            width: parent.width
+            leastHeight: 40
+            label: page.model.texts.notifHandled
+            switchName: "notifHandled"
+            isOn: page.model.switches.notifHandled
+            onFlipped: on => page.model.switches.notifHandled = on
         }
     }
 }

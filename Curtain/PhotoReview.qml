@@ -1,11 +1,12 @@
 import QtQuick
+import Curtain
 import Curtain.Controls
 
 /// The test photo, and what can be done with it.
 Item {
     id: review
 
-    required property QtObject model
+    required property MeetingReadinessViewModel model
 
     Rectangle {
         id: area
@@ -18,7 +19,7 @@ Item {
             anchors.fill: parent
             camera: review.model.camera
             Accessible.role: Accessible.Graphic
-            Accessible.name: review.model.text("camera")
+            Accessible.name: review.model.texts.camera
         }
         Rectangle {
             id: flash
@@ -54,7 +55,7 @@ Item {
         implicitHeight: 32
         kind: "quiet"
         symbol: "chevron.backward"
-        text: review.model.text("cancel")
+        text: review.model.texts.cancel
         onClicked: review.model.discardPhoto()
     }
     StyledText {
@@ -83,7 +84,7 @@ Item {
             implicitHeight: 32
             kind: "quiet"
             symbol: "doc.on.clipboard"
-            text: review.model.text("copyClip")
+            text: review.model.texts.copyClip
             onClicked: review.model.copyPhoto()
         }
         ActionButton {
@@ -92,7 +93,7 @@ Item {
             implicitHeight: 32
             kind: "tonal"
             symbol: "square.and.arrow.down"
-            text: review.model.text("saveFile")
+            text: review.model.texts.saveFile
             onClicked: review.model.savePhoto()
         }
     }

@@ -1,12 +1,12 @@
 import Curtain.Items
 import QtQuick
-import Curtain.Controls
+import Curtain
 
 /// The camera manager's test photo, scaled to fit.
 Item {
     id: root
 
-    property QtObject camera
+    property CameraPreviewManager camera
 
     Picture {
         anchors.fill: parent

@@ -1,11 +1,12 @@
 import QtQuick
+import Curtain
 import Curtain.Controls
 
 /// Whether sharing is detected, and which apps are private.
 SettingsPage {
     id: page
 
-    required property QtObject model
+    required property SettingsViewModel model
 
     readonly property real listTop: (obstacle.visible ? obstacle.height + 10 : 0) + (switchOn.visible ? switchOn.height + 10 : 0) + options.height + 10 + segments.height + 8 + (unseen.visible ? unseen.height + 8 : 0) + search.height + 8
 
@@ -53,7 +54,7 @@ SettingsPage {
             label: page.model.texts.autoDetect
             switchName: "autoDetect"
             isOn: page.model.switches.autoDetect
-            onFlipped: on => page.model.setSwitch("autoDetect", on)
+            onFlipped: on => page.model.switches.autoDetect = on
         }
         Column {
             id: captions
@@ -180,7 +181,7 @@ SettingsPage {
                 if (index >= 0 && index < count) {
                     currentIndex = index;
                     positionViewAtIndex(index, ListView.Contain);
-                    currentItem.focusByKey();
+                    (currentItem as AppRow).focusByKey();
                 }
             }
 

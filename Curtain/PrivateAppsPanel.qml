@@ -1,12 +1,30 @@
 import QtQuick
 import QtQuick.Templates as T
+import Curtain
 import Curtain.Controls
 
 /// The private apps with their visibility, or while `editingApps` those that are private and those that could be.
 Card {
     id: panel
 
-    required property QtObject model
+    required property MeetingReadinessViewModel model
+    /// Those that occur.
+    readonly property var visibilities: model.visibilities
+
+    function wordFor(visibility: string): string {
+        switch (visibility) {
+        case "visible":
+            return model.texts.visible;
+        case "hidden":
+            return model.texts.hidden;
+        case "notRunning":
+            return model.texts.notRunning;
+        case "notInstalled":
+            return model.texts.notInstalled;
+        default:
+            return model.texts.cannotTell;
+        }
+    }
 
     StyledText {
         anchors.left: parent.left
@@ -14,7 +32,7 @@ Card {
         anchors.right: edit.left
         anchors.rightMargin: 8
         height: 44
-        text: panel.model.text("privateApps")
+        text: panel.model.texts.privateApps
         style: Theme.bodyStrong
         Accessible.role: Accessible.Heading
     }
@@ -26,7 +44,7 @@ Card {
         y: 9
         symbol: "pencil"
         on: panel.model.editingApps
-        tip: panel.model.text("editApps")
+        tip: panel.model.texts.editApps
         onClicked: panel.model.editingApps = !panel.model.editingApps
     }
     Loader {
@@ -61,11 +79,11 @@ Card {
         id: shown
 
         Item {
-            StateMetrics { id: visibleWord; text: panel.model.visibilities.includes("visible") ? panel.model.text("visible") : "" }
-            StateMetrics { id: hiddenWord; text: panel.model.visibilities.includes("hidden") ? panel.model.text("hidden") : "" }
-            StateMetrics { id: cannotTellWord; text: panel.model.visibilities.includes("cannotTell") ? panel.model.text("cannotTell") : "" }
-            StateMetrics { id: notRunningWord; text: panel.model.visibilities.includes("notRunning") ? panel.model.text("notRunning") : "" }
-            StateMetrics { id: notInstalledWord; text: panel.model.visibilities.includes("notInstalled") ? panel.model.text("notInstalled") : "" }
+            StateMetrics { id: visibleWord; text: panel.visibilities.includes("visible") ? panel.model.texts.visible : "" }
+            StateMetrics { id: hiddenWord; text: panel.visibilities.includes("hidden") ? panel.model.texts.hidden : "" }
+            StateMetrics { id: cannotTellWord; text: panel.visibilities.includes("cannotTell") ? panel.model.texts.cannotTell : "" }
+            StateMetrics { id: notRunningWord; text: panel.visibilities.includes("notRunning") ? panel.model.texts.notRunning : "" }
+            StateMetrics { id: notInstalledWord; text: panel.visibilities.includes("notInstalled") ? panel.model.texts.notInstalled : "" }
 
             ListView {
                 id: list
@@ -85,7 +103,7 @@ Card {
                 activeFocusOnTab: canScroll
                 boundsBehavior: Flickable.StopAtBounds
                 Accessible.role: Accessible.List
-                Accessible.name: panel.model.text("privateApps")
+                Accessible.name: panel.model.texts.privateApps
                 Keys.onDownPressed: contentY = Math.min(contentY + 42, originY + contentHeight - height)
                 Keys.onUpPressed: contentY = Math.max(contentY - 42, originY)
                 T.ScrollBar.vertical: ThinScrollBar {}
@@ -100,7 +118,7 @@ Card {
                     width: list.width
                     height: 42
                     Accessible.role: Accessible.ListItem
-                    Accessible.name: name + ": " + panel.model.text(visibility)
+                    Accessible.name: name + ": " + panel.wordFor(visibility)
                     LayoutMirroring.enabled: list.LayoutMirroring.enabled
                     LayoutMirroring.childrenInherit: true
 
@@ -149,7 +167,7 @@ Card {
                                 anchors.right: parent.right
                                 height: parent.height
                                 isSpoken: false
-                                text: panel.model.text(app.visibility)
+                                text: panel.wordFor(app.visibility)
                                 style: Theme.smallMedium
                                 color: Theme.text(state.tone)
                             }
@@ -169,7 +187,7 @@ Card {
                 verticalAlignment: Text.AlignVCenter
                 bottomPadding: 48
                 wrapMode: Text.WordWrap
-                text: panel.model.text("addPrivateAppsHint")
+                text: panel.model.texts.addPrivateAppsHint
                 color: Theme.ink2
             }
             Item {
@@ -185,7 +203,7 @@ Card {
                     implicitHeight: 32
                     kind: "tonal"
                     symbol: "plus"
-                    text: panel.model.text("choosePrivateApps")
+                    text: panel.model.texts.choosePrivateApps
                     onClicked: panel.model.editingApps = true
                 }
             }
@@ -208,7 +226,7 @@ Card {
                 symbol: "eye.slash"
                 enabled: panel.model.canHideMore
                 reason: panel.model.hideProblem
-                text: panel.model.text("hidePrivateApps")
+                text: panel.model.texts.hidePrivateApps
                 onClicked: panel.model.hidePrivateApps()
             }
         }
@@ -226,8 +244,8 @@ Card {
                 anchors.left: parent.left
                 width: 288
                 focus: true
-                placeholderText: panel.model.text("searchApps")
-                clearName: panel.model.text("clearSearch")
+                placeholderText: panel.model.texts.searchApps
+                clearName: panel.model.texts.clearSearch
                 onTextChanged: panel.model.appQuery = text
                 Keys.onDownPressed: choices.forceActiveFocus(Qt.TabFocusReason)
                 Component.onCompleted: forceActiveFocus()
@@ -251,13 +269,13 @@ Card {
                     width: 288
                     height: visible ? 32 : 0
                     visible: panel.model.foundApp < 0 && panel.model.appQuery !== ""
-                    text: panel.model.text("noAppFound")
+                    text: panel.model.texts.noAppFound
                     style: Theme.small
                     color: Theme.ink2
                 }
                 boundsBehavior: Flickable.StopAtBounds
                 Accessible.role: Accessible.List
-                Accessible.name: panel.model.text("editApps")
+                Accessible.name: panel.model.texts.editApps
                 Keys.onDownPressed: step(1)
                 Keys.onUpPressed: step(-1)
                 // A key that is held down counts once.
@@ -287,103 +305,21 @@ Card {
                     currentIndex = Math.max(0, Math.min(count - 1, next));
                 }
                 function actOnCurrent(): void {
-                    if (currentItem) {
-                        currentItem.act();
-                    }
+                    (currentItem as EditedAppRow)?.act();
                 }
                 // What goes may leave the divider in its place. Above it there is always an app.
-                onCurrentItemChanged: Qt.callLater(leaveDivider)
+                onCurrentItemChanged: Qt.callLater(leaveDivider) // qmllint disable
                 function leaveDivider(): void {
                     if (panel.model.isDivider(currentIndex)) {
                         --currentIndex;
                     }
                 }
 
-                delegate: Item {
-                    id: choice
-
-                    required property int index
-                    required property string kind
-                    required property string bundleID
-                    required property string name
-                    required property string icon
-                    readonly property bool isDivider: kind === "divider"
-                    readonly property bool isPrivate: kind === "privateApp"
-                    readonly property bool isCurrent: choices.activeFocus && ListView.isCurrentItem
-
+                delegate: EditedAppRow {
                     width: choices.width
-                    height: isDivider ? 9 : 32
-                    Accessible.role: isDivider ? Accessible.Separator : Accessible.ListItem
-                    Accessible.name: name
-                    Accessible.focused: isCurrent
-                    Accessible.onPressAction: act()
-
-                    function act(): void {
-                        if (!isDivider) {
-                            panel.model.toggleApp(bundleID);
-                        }
-                    }
-
-                    Rectangle {
-                        anchors.left: parent.left
-                        width: 288
-                        height: 1
-                        anchors.verticalCenter: parent.verticalCenter
-                        visible: choice.isDivider
-                        color: Theme.hairline
-                    }
-                    Item {
-                        anchors.left: parent.left
-                        width: 288
-                        height: parent.height
-                        visible: !choice.isDivider
-
-                        Rectangle {
-                            anchors.fill: parent
-                            visible: choice.isCurrent
-                            radius: Theme.fieldRadius
-                            color: "transparent"
-                            border.width: 2
-                            border.color: Theme.accent
-                        }
-                        AppIcon {
-                            id: choiceIcon
-                            anchors.left: parent.left
-                            anchors.leftMargin: choice.isCurrent ? 5 : 0
-                            anchors.verticalCenter: parent.verticalCenter
-                            size: 22
-                            source: choice.icon
-                        }
-                        StyledText {
-                            anchors.left: choiceIcon.right
-                            anchors.leftMargin: 10
-                            anchors.right: toggle.left
-                            anchors.rightMargin: 8
-                            height: parent.height
-                            isSpoken: false
-                            text: choice.name
-                            style: Theme.bodyMedium
-                            mayElide: true
-                        }
-                        IconButton {
-                            id: toggle
-                            objectName: (choice.isPrivate ? "remove " : "add ") + choice.bundleID
-                            anchors.right: parent.right
-                            anchors.rightMargin: -6
-                            anchors.verticalCenter: parent.verticalCenter
-                            // The list has the keyboard; its current row acts.
-                            focusPolicy: Qt.NoFocus
-                            symbol: choice.isPrivate ? "minus.circle.fill" : "plus"
-                            symbolSize: choice.isPrivate ? 19 : 18
-                            ink: choice.isPrivate ? Theme.gray : Theme.accent
-                            inkHover: choice.isPrivate ? Theme.red : Theme.accentHover
-                            tip: panel.model.text(choice.isPrivate ? "remove" : "add")
-                            Accessible.name: tip + ": " + choice.name
-                            onClicked: choice.act()
-                            // Its second click would be for the app that is there by then, and is none where this is heard.
-                            onDoubleClicked: {}
-                        }
-                    }
+                    texts: panel.model.texts
+                    isCurrent: choices.activeFocus && ListView.isCurrentItem
+                    onToggled: panel.model.toggleApp(bundleID)
                 }
             }
             ActionButton {
@@ -393,7 +329,7 @@ Card {
                 width: 288
                 implicitHeight: 36
                 kind: "tonal"
-                text: panel.model.text("saveFile")
+                text: panel.model.texts.saveFile
                 onClicked: panel.model.editingApps = false
             }
         }

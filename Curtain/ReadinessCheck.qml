@@ -1,11 +1,12 @@
 import QtQuick
+import Curtain
 import Curtain.Controls
 
 /// The five checks.
 Card {
     id: section
 
-    required property QtObject model
+    required property MeetingReadinessViewModel model
 
     readonly property real chipWidth: Math.max(108, cameraRow.leastChipWidth, microphoneRow.leastChipWidth,
         notificationsRow.leastChipWidth, desktopRow.leastChipWidth, privateAppsRow.leastChipWidth)
@@ -17,7 +18,7 @@ Card {
         anchors.leftMargin: 17
         y: 9
         height: 18
-        text: section.model.text("readinessCheck")
+        text: section.model.texts.readinessCheck
         style: Theme.bodyStrong
         Accessible.role: Accessible.Heading
     }
@@ -32,14 +33,14 @@ Card {
             width: parent.width
             chipWidth: section.chipWidth
             icon: "video"
-            label: section.model.text("camera")
+            label: section.model.texts.camera
             status: section.model.cameraStatus
             readonly property bool hasNews: section.model.photoNews !== "" && !section.model.hasPhoto
             detail: hasNews ? section.model.photoNews : section.model.cameraDetail
             newsTone: hasNews ? section.model.photoNewsTone : ""
-            action: section.model.text("takePhoto")
+            action: section.model.texts.takePhoto
             canAct: section.model.canTakePhoto
-            reason: canAct ? "" : section.model.text("noPictureYet")
+            reason: canAct ? "" : section.model.texts.noPictureYet
             onActed: section.model.takePhoto()
         }
         CheckRow {
@@ -49,7 +50,7 @@ Card {
             chipWidth: section.chipWidth
             reserved: 90 + 14
             icon: "mic"
-            label: section.model.text("microphone")
+            label: section.model.texts.microphone
             status: section.model.microphoneStatus
             detail: section.model.microphoneDetail
             tip: section.model.microphoneName
@@ -62,7 +63,7 @@ Card {
                 anchors.rightMargin: section.chipWidth + 14
                 anchors.verticalCenter: parent.verticalCenter
                 value: section.model.microphoneLevel
-                name: section.model.text("microphone")
+                name: section.model.texts.microphone
             }
         }
         CheckRow {
@@ -71,10 +72,10 @@ Card {
             width: parent.width
             chipWidth: section.chipWidth
             icon: "bell"
-            label: section.model.text("notifications")
+            label: section.model.texts.notifications
             status: section.model.notificationsStatus
             detail: section.model.focusProblem !== "" ? section.model.focusProblem : section.model.notificationsDetail
-            action: section.model.text("openFocus")
+            action: section.model.texts.openFocus
             remedies: true
             onActed: section.model.openFocus()
         }
@@ -84,10 +85,10 @@ Card {
             width: parent.width
             chipWidth: section.chipWidth
             icon: "folder"
-            label: section.model.text("desktop")
+            label: section.model.texts.desktop
             status: section.model.desktopStatus
             detail: section.model.desktopDetail
-            action: section.model.text(section.model.isDesktopHidden ? "showDesktop" : "hideDesktop")
+            action: section.model.isDesktopHidden ? section.model.texts.showDesktop : section.model.texts.hideDesktop
             remedies: true
             onActed: section.model.toggleDesktop()
         }
@@ -97,10 +98,10 @@ Card {
             width: parent.width
             chipWidth: section.chipWidth
             icon: "lock"
-            label: section.model.text("privateApps")
+            label: section.model.texts.privateApps
             status: section.model.privateAppsStatus
             detail: section.model.privateAppsDetail
-            action: section.model.text(section.model.isPrivacyModeOn ? "restore" : "hideApps")
+            action: section.model.isPrivacyModeOn ? section.model.texts.restore : section.model.texts.hideApps
             remedies: true
             canAct: section.model.isPrivacyModeOn || section.model.canHideMore
             reason: canAct ? "" : section.model.hideProblem

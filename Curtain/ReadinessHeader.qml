@@ -1,11 +1,12 @@
 import QtQuick
+import Curtain
 import Curtain.Controls
 
 /// Logo, title, the state in a few words, and the menu.
 Item {
     id: header
 
-    required property QtObject model
+    required property MeetingReadinessViewModel model
     property bool isMirroredLayout: false
 
     signal testShareMode
@@ -17,7 +18,8 @@ Item {
         anchors.verticalCenter: parent.verticalCenter
         width: 36
         height: 36
-        sourceSize: Qt.size(36, 36)
+        sourceSize.width: 36
+        sourceSize.height: 36
         source: "qrc:/curtain/app-icon.svg"
         Accessible.ignored: true
     }
@@ -45,8 +47,8 @@ Item {
         anchors.leftMargin: header.model.isPrivacyModeOn ? 19 : 0
         y: 20
         height: 16
-        text: header.model.text(header.model.isPrivacyModeInVain ? "privacyModeInVain"
-            : header.model.isPrivacyModeOn ? "privacyOnTitle" : "tagline")
+        text: header.model.isPrivacyModeInVain ? header.model.texts.privacyModeInVain
+            : header.model.isPrivacyModeOn ? header.model.texts.privacyOnTitle : header.model.texts.tagline
         style: header.model.isPrivacyModeOn ? Theme.smallMedium : Theme.small
         color: header.model.isPrivacyModeInVain ? Theme.orangeText
             : header.model.isPrivacyModeOn ? Theme.accent : Theme.ink2
@@ -68,7 +70,7 @@ Item {
         implicitWidth: 32
         symbol: "ellipsis"
         symbolSize: 20
-        tip: header.model.text("moreOptions")
+        tip: header.model.texts.moreOptions
         Accessible.role: Accessible.ButtonMenu
         onClicked: menu.openBelow(menuButton, 4)
 
@@ -80,18 +82,18 @@ Item {
 
             PopupMenuItem {
                 objectName: "menuTestShareMode"
-                text: header.model.text("testShareMode")
+                text: header.model.texts.testShareMode
                 onTriggered: header.testShareMode()
             }
             PopupMenuItem {
                 objectName: "menuSettings"
-                text: header.model.text("settings")
+                text: header.model.texts.settings
                 onTriggered: header.model.openSettings()
             }
             PopupMenuDivider {}
             PopupMenuItem {
                 objectName: "menuQuit"
-                text: header.model.text("quit")
+                text: header.model.texts.quit
                 onTriggered: header.model.quit()
             }
         }

@@ -1,11 +1,12 @@
 import QtQuick
 import Curtain.Controls
+import Curtain.Items
 
 /// Where to save a file: its name, and the folder with those beside it.
 FocusScope {
     id: view
 
-    required property QtObject model
+    required property SaveFileModel model
 
     implicitWidth: 480
     implicitHeight: 400
@@ -29,7 +30,7 @@ FocusScope {
         }
     }
     Shortcut {
-        sequences: ["Escape", StandardKey.Close]
+        sequences: view.model.cancelKeys
         onActivated: view.model.cancel()
     }
 

@@ -23,16 +23,6 @@ using CurtainCore::LocKey;
 using CurtainCore::MicrophoneTestMode;
 using CurtainCore::Preferences;
 
-constexpr std::array<std::pair<LocKey, bool Preferences::*>, 7> plainSwitches{{
-    {LocKey::showScore, &Preferences::showEmbarrassmentScore},
-    {LocKey::runTestOnOpen, &Preferences::runTestShareModeOnOpen},
-    {LocKey::autoDetect, &Preferences::autoDetectEnabled},
-    {LocKey::showCameraPreview, &Preferences::showCameraPreview},
-    {LocKey::showMicCheck, &Preferences::showMicrophoneCheck},
-    {LocKey::checkNotifications, &Preferences::checkNotifications},
-    {LocKey::notifHandled, &Preferences::notificationsMarkedHandled},
-}};
-
 /// Each language's own name, in the order of the enumeration, which begins with the system's.
 constexpr std::array<const char*, 8> nativeNames{"English", "Español",   "中文",     "हिन्दी",
                                                  "العربية", "Português", "Français", "Русский"};
@@ -45,8 +35,13 @@ constexpr std::array<std::pair<LocKey, MicrophoneTestMode>, 2> modes{{
 constexpr std::array<const char*, 2> nextTabSequences{"Ctrl+Tab", "Ctrl+PgDown"};
 constexpr std::array<const char*, 2> previousTabSequences{"Ctrl+Shift+Tab", "Ctrl+PgUp"};
 
-QStringList listOf(const std::array<const char*, 2>& sequences) {
-    return {sequences.begin(), sequences.end()};
+QVariantList listOf(const std::array<const char*, 2>& sequences) {
+    return {QString::fromLatin1(sequences[0]), QString::fromLatin1(sequences[1])};
+}
+
+QList<QKeySequence> closeSequences() {
+    // The platform names these, and there is one only with an application that has windows.
+    return qGuiApp ? QKeySequence::keyBindings(QKeySequence::Close) : QList<QKeySequence>();
 }
 
 KeyboardShortcuts::MenuItem menuItem(const QKeySequence& sequence) {
@@ -79,9 +74,7 @@ KeyboardShortcuts::MenuItem menuItem(const QKeySequence& sequence) {
 /// Everything that SettingsView.qml acts on with a modifier.
 std::vector<KeyboardShortcuts::MenuItem> windowShortcuts() {
     std::vector<KeyboardShortcuts::MenuItem> items;
-    // The platform names these, and there is one only with an application that has windows.
-    const auto closing = qGuiApp ? QKeySequence::keyBindings(QKeySequence::Close) : QList<QKeySequence>();
-    for (const auto& sequence : closing) {
+    for (const auto& sequence : closeSequences()) {
         items.push_back(menuItem(sequence));
     }
     for (const auto& sequences : {nextTabSequences, previousTabSequences}) {
@@ -97,6 +90,8 @@ std::vector<KeyboardShortcuts::MenuItem> windowShortcuts() {
 SettingsView::SettingsView(const Services& services)
     : services_(services),
       lang_(services.model.lang()),
+      texts_(lang_),
+      switches_(services.model),
       apps_(services.model, services.catalog, services.locale.preferredLanguageCode()),
       shortcut_(
           {services.shortcuts, services.keyboard, services.systemShortcuts},
@@ -104,6 +99,7 @@ SettingsView::SettingsView(const Services& services)
           services.hotKeyService.canTakeKeyboard()),
       panelObserver_(services.statusItem.addPanelObserver([this] { Q_EMIT hasTrayChanged(); })) {
     connect(&services_.model, &SettingsModel::prefsChanged, this, &SettingsView::modelChanged);
+    connect(this, &SettingsView::langChanged, &shortcut_, &ShortcutField::langChanged);
     cameras_ = CameraPreviewManager::availableCameras(services_.capture);
     reloadEntries();
 }
@@ -113,12 +109,20 @@ QString SettingsView::settingsLoss() const {
     return damage ? QString::fromStdString(settingsLossText(*damage, lang_)) : QString();
 }
 
-QStringList SettingsView::nextTabKeys() const {
+QVariantList SettingsView::nextTabKeys() const {
     return listOf(nextTabSequences);
 }
 
-QStringList SettingsView::previousTabKeys() const {
+QVariantList SettingsView::previousTabKeys() const {
     return listOf(previousTabSequences);
+}
+
+QVariantList SettingsView::closeKeys() const {
+    QVariantList keys;
+    for (const auto& sequence : closeSequences()) {
+        keys.push_back(sequence.toString(QKeySequence::PortableText));
+    }
+    return keys;
 }
 
 void SettingsView::willShow() {
@@ -140,32 +144,6 @@ QString SettingsView::lang() const {
 
 bool SettingsView::isRightToLeft() const {
     return CurtainCore::Localizer::isRightToLeft(lang_);
-}
-
-QVariantMap SettingsView::texts() const {
-    return viewTexts(lang_);
-}
-
-QVariantMap SettingsView::switches() const {
-    const auto& prefs = services_.model.prefs();
-    QVariantMap switches{{toQString(CurtainCore::rawValue(LocKey::launchAtLogin)), prefs.launchAtLogin}};
-    for (const auto& [key, field] : plainSwitches) {
-        switches.insert(toQString(CurtainCore::rawValue(key)), prefs.*field);
-    }
-    return switches;
-}
-
-void SettingsView::setSwitch(const QString& key, bool on) {
-    const auto wanted = CurtainCore::fromRawValue<LocKey>(key.toStdString());
-    if (wanted == LocKey::launchAtLogin) {
-        services_.model.setLaunchAtLogin(on);
-        return;
-    }
-    for (const auto& [candidate, field] : plainSwitches) {
-        if (candidate == wanted) {
-            services_.model.set(field, on);
-        }
-    }
 }
 
 QStringList SettingsView::languages() const {
@@ -314,6 +292,7 @@ std::vector<CatalogEntry> SettingsView::unlistedApps() const {
 void SettingsView::modelChanged() {
     if (auto lang = services_.model.lang(); lang != lang_) {
         lang_ = std::move(lang);
+        texts_.setLang(lang_);
         Q_EMIT langChanged();
         Q_EMIT sessionChanged();
     }

@@ -5,7 +5,9 @@
 #include "Curtain/CameraPreviewManager.h"
 #include "Curtain/ScreenWatcher.h"
 #include "Curtain/SettingsModel.h"
+#include "Curtain/SettingsSwitches.h"
 #include "Curtain/ShortcutField.h"
+#include "Curtain/ViewTexts.h"
 #include "hotkeys/KeyboardShortcuts.h"
 #include "platform/CaptureServices.h"
 #include "platform/HotKeyService.h"
@@ -19,7 +21,7 @@
 
 #include <QObject>
 #include <QStringList>
-#include <QVariantMap>
+#include <QVariantList>
 
 #include <optional>
 #include <string>
@@ -32,10 +34,8 @@ class SettingsView : public QObject {
     Q_OBJECT
     Q_PROPERTY(QString lang READ lang NOTIFY langChanged)
     Q_PROPERTY(bool isRightToLeft READ isRightToLeft NOTIFY langChanged)
-    /// By the names of their keys.
-    Q_PROPERTY(QVariantMap texts READ texts NOTIFY langChanged)
-    /// What is switched on, by the names of the keys of the switches' labels.
-    Q_PROPERTY(QVariantMap switches READ switches NOTIFY prefsChanged)
+    Q_PROPERTY(Curtain::ViewTexts* texts READ texts CONSTANT)
+    Q_PROPERTY(Curtain::SettingsSwitches* switches READ switches CONSTANT)
     Q_PROPERTY(QStringList languages READ languages NOTIFY langChanged)
     Q_PROPERTY(int languageIndex READ languageIndex WRITE setLanguageIndex NOTIFY prefsChanged)
     Q_PROPERTY(QStringList cameras READ cameras NOTIFY camerasChanged)
@@ -55,9 +55,10 @@ class SettingsView : public QObject {
     Q_PROPERTY(bool canSwitchExtensionOn READ canSwitchExtensionOn NOTIFY sessionChanged)
     /// Whether the list of running apps has all that have a window.
     Q_PROPERTY(bool knowsRunningApps READ knowsRunningApps NOTIFY sessionChanged)
-    /// The key combinations that go to the tab after, and to the one before.
-    Q_PROPERTY(QStringList nextTabKeys READ nextTabKeys CONSTANT)
-    Q_PROPERTY(QStringList previousTabKeys READ previousTabKeys CONSTANT)
+    /// The key combinations that go to the tab after, and to the one before, and that close the window.
+    Q_PROPERTY(QVariantList nextTabKeys READ nextTabKeys CONSTANT)
+    Q_PROPERTY(QVariantList previousTabKeys READ previousTabKeys CONSTANT)
+    Q_PROPERTY(QVariantList closeKeys READ closeKeys CONSTANT)
     /// What became of settings that could not be loaded; empty when all was well.
     Q_PROPERTY(QString settingsLoss READ settingsLoss NOTIFY prefsChanged)
     /// Whether the desktop shows the status item.
@@ -94,8 +95,8 @@ public:
 
     QString lang() const;
     bool isRightToLeft() const;
-    QVariantMap texts() const;
-    QVariantMap switches() const;
+    ViewTexts* texts() { return &texts_; }
+    SettingsSwitches* switches() { return &switches_; }
     QStringList languages() const;
     int languageIndex() const;
     void setLanguageIndex(int index);
@@ -116,14 +117,14 @@ public:
     bool canSwitchExtensionOn() const { return answers_.obstacle == Platform::HidingObstacle::extensionOff; }
     bool knowsRunningApps() const { return answers_.isEveryWindowKnown; }
     QString settingsLoss() const;
-    QStringList nextTabKeys() const;
-    QStringList previousTabKeys() const;
+    QVariantList nextTabKeys() const;
+    QVariantList previousTabKeys() const;
+    QVariantList closeKeys() const;
     bool hasTray() const { return services_.statusItem.hasPanel(); }
     bool hasShareDetection() const { return services_.screenWatcher.fn != nullptr; }
     bool isShareDetectionBlind() const { return answers_.isShareDetectionBlind; }
     bool lacksFocusSettings() const { return lacksFocusSettings_; }
 
-    Q_INVOKABLE void setSwitch(const QString& key, bool on);
     Q_INVOKABLE void toggleApp(int row) { apps_.toggle(row); }
     Q_INVOKABLE void openFocusSettings();
     Q_INVOKABLE void switchExtensionOn();
@@ -161,6 +162,8 @@ private:
 
     Services services_;
     std::string lang_;
+    ViewTexts texts_;
+    SettingsSwitches switches_;
     std::vector<CameraChoice> cameras_;
     bool showingInstalled_ = false;
     bool lacksFocusSettings_ = false;

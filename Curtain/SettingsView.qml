@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Window
+import Curtain
 import Curtain.Controls
 import Curtain.Items
 
@@ -7,7 +8,7 @@ import Curtain.Items
 FocusScope {
     id: view
 
-    required property QtObject model
+    required property SettingsViewModel model
     property int currentTab: 0
 
     implicitWidth: 440
@@ -18,7 +19,7 @@ FocusScope {
     Keys.onEscapePressed: Window.window.close()
 
     Shortcut {
-        sequences: [StandardKey.Close]
+        sequences: view.model.closeKeys
         onActivated: view.Window.window.close()
     }
     Shortcut {

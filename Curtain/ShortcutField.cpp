@@ -1,7 +1,5 @@
 #include "Curtain/ShortcutField.h"
 
-#include "hotkeys/ShortcutTexts.h"
-
 #include <QKeyEvent>
 #include <QWindow>
 
@@ -123,11 +121,6 @@ void ShortcutField::dismissAlert() {
         alert_.reset();
         Q_EMIT alertChanged();
     }
-}
-
-QString ShortcutField::text(const QString& key, const QString& lang) const {
-    const auto found = KeyboardShortcuts::ShortcutTexts::string(key.toStdString(), lang.toStdString());
-    return QString::fromUtf8(found.data(), static_cast<qsizetype>(found.size()));
 }
 
 bool ShortcutField::eventFilter(QObject* /*watched*/, QEvent* event) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "hotkeys/ShortcutRecorder.h"
+#include "hotkeys/ShortcutTexts.h"
 
 #include <QObject>
 #include <QPointer>
@@ -31,6 +32,12 @@ class ShortcutField : public QObject {
     Q_PROPERTY(QString alertMessage READ alertMessage NOTIFY alertChanged)
     Q_PROPERTY(QString alertExplanation READ alertExplanation NOTIFY alertChanged)
     Q_PROPERTY(bool canForceUse READ canForceUse NOTIFY alertChanged)
+    /// What the field says while it waits and while it records, and the words of its buttons.
+    Q_PROPERTY(QString recordText READ recordText NOTIFY langChanged)
+    Q_PROPERTY(QString pressText READ pressText NOTIFY langChanged)
+    Q_PROPERTY(QString clearText READ clearText NOTIFY langChanged)
+    Q_PROPERTY(QString forceUseText READ forceUseText NOTIFY langChanged)
+    Q_PROPERTY(QString okText READ okText NOTIFY langChanged)
 
 public:
     /// What the services refer to outlives the field. `lang` answers with the code of the texts' language.
@@ -47,6 +54,11 @@ public:
     QString alertCombination() const;
     QString alertMessage() const;
     QString alertExplanation() const;
+    QString recordText() const { return localized(KeyboardShortcuts::ShortcutTexts::recordShortcut); }
+    QString pressText() const { return localized(KeyboardShortcuts::ShortcutTexts::pressShortcut); }
+    QString clearText() const { return localized(KeyboardShortcuts::ShortcutTexts::clearShortcut); }
+    QString forceUseText() const { return localized(KeyboardShortcuts::ShortcutTexts::forceUse); }
+    QString okText() const { return localized(KeyboardShortcuts::ShortcutTexts::ok); }
     bool canForceUse() const { return alert_ && alert_->canForceUse; }
 
     /// The field of this window got the focus. All keys go to it until the end, those that others have taken
@@ -57,14 +69,14 @@ public:
     Q_INVOKABLE void useDefault() { recorder_.useDefault(); }
     Q_INVOKABLE void forceUse();
     Q_INVOKABLE void dismissAlert();
-    /// A text by its key.
-    Q_INVOKABLE QString text(const QString& key, const QString& lang) const;
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 Q_SIGNALS:
     void changed();
     void alertChanged();
+    /// The texts are in another language now.
+    void langChanged();
 
 private:
     QString localized(std::string_view key) const;

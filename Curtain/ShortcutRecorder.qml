@@ -1,22 +1,18 @@
 import QtQuick
 import QtQuick.Window
 import QtQuick.Templates as T
+import Curtain
 import Curtain.Controls
 
 /// A field that records a key combination while it has the focus, and says why one cannot be had.
 FocusScope {
     id: recorder
 
-    required property QtObject shortcut
-    required property string lang
+    required property ShortcutField shortcut
     required property bool isMirrored
     property string name
 
     readonly property bool isEmpty: shortcut.combination === ""
-
-    function word(key: string): string {
-        return shortcut.text(key, lang);
-    }
 
     implicitWidth: Math.min(230, Math.max(170, words.implicitWidth + 19 + (clear.visible ? 26 : 0)))
     implicitHeight: 30
@@ -73,8 +69,8 @@ FocusScope {
             anchors.right: clear.visible ? clear.left : parent.right
             anchors.rightMargin: clear.visible ? 2 : 9
             anchors.verticalCenter: parent.verticalCenter
-            text: recorder.shortcut.isRecording ? recorder.word("press_shortcut")
-                : recorder.isEmpty ? recorder.word("record_shortcut") : recorder.shortcut.combination
+            text: recorder.shortcut.isRecording ? recorder.shortcut.pressText
+                : recorder.isEmpty ? recorder.shortcut.recordText : recorder.shortcut.combination
             style: recorder.isEmpty || recorder.shortcut.isRecording ? Theme.body : Theme.bodyMedium
             color: recorder.isEmpty || recorder.shortcut.isRecording ? Theme.ink3 : Theme.ink
             fontSizeMode: Text.HorizontalFit
@@ -92,7 +88,7 @@ FocusScope {
             symbolSize: 15
             ink: Theme.gray
             inkHover: Theme.ink2
-            tip: recorder.word("clear_shortcut")
+            tip: recorder.shortcut.clearText
             onClicked: {
                 recorder.shortcut.clear();
                 afterwards.forceActiveFocus();
@@ -184,7 +180,7 @@ FocusScope {
                     visible: recorder.shortcut.canForceUse
                     implicitHeight: 32
                     kind: "quiet"
-                    text: recorder.word("force_use_shortcut")
+                    text: recorder.shortcut.forceUseText
                     onClicked: recorder.shortcut.forceUse()
                 }
                 ActionButton {
@@ -192,7 +188,7 @@ FocusScope {
                     objectName: "alertOk"
                     implicitHeight: 32
                     width: Math.max(88, implicitWidth)
-                    text: recorder.word("ok")
+                    text: recorder.shortcut.okText
                     onClicked: {
                         alert.close();
                         field.forceActiveFocus();

@@ -1,11 +1,12 @@
 import QtQuick
 import Curtain.Controls
+import Curtain.Items
 
 /// The menu of the icon, where the panel draws none. Fills its window.
 FocusScope {
     id: view
 
-    required property QtObject model
+    required property MenuModel model
     property real widest: 160
 
     readonly property real inset: 4

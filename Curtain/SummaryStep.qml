@@ -5,7 +5,7 @@ import Curtain.Controls
 WizardPage {
     id: page
 
-    button.text: vm.text("wizSummaryStart")
+    button.text: vm.texts.wizSummaryStart
     button.onClicked: vm.finish()
 
     Symbol {
@@ -20,7 +20,7 @@ WizardPage {
         id: title
         objectName: "title"
         y: 140
-        text: page.vm.text("wizSummaryTitle")
+        text: page.vm.texts.wizSummaryTitle
     }
     WizardCard {
         objectName: "rows"
@@ -33,11 +33,11 @@ WizardPage {
         }
         WizardRow {
             objectName: "microphone"
-            title: page.vm.text("wizSummaryMic")
+            title: page.vm.texts.wizSummaryMic
         }
         WizardRow {
             objectName: "camera"
-            title: page.vm.text("wizSummaryCam")
+            title: page.vm.texts.wizSummaryCam
         }
     }
 }

@@ -1,12 +1,16 @@
 import QtQuick
 import QtQuick.Templates as T
+import Curtain
 import Curtain.Controls
 
 /// What the other side would see if the screen were shared now.
 T.Dialog {
     id: panel
 
-    required property QtObject model
+    required property MeetingReadinessViewModel model
+    /// Each with its `key`, `text` and `tone`.
+    readonly property var issues: model.issues
+    readonly property var lines: model.shareLines
     property bool isMirrored: false
     /// Whether it fades when it closes.
     property bool fadesOut: true
@@ -14,7 +18,7 @@ T.Dialog {
     signal fixEverything
     signal done
 
-    title: model.text("ifYouSharedNow")
+    title: model.texts.ifYouSharedNow
     modal: true
     focus: true
     width: 440
@@ -37,7 +41,7 @@ T.Dialog {
             width: panel.parent ? panel.parent.width : 0
             height: panel.parent ? panel.parent.height : 0
             color: Theme.scrim
-            radius: panel.parent && panel.parent.isRounded ? Theme.popoverRadius : 0
+            radius: (panel.parent as VisualEffectBackground)?.isRounded ? Theme.popoverRadius : 0
         }
     }
     enter: Transition {
@@ -101,7 +105,7 @@ T.Dialog {
                 Accessible.ignored: true
 
                 function has(key: string): bool {
-                    return panel.model.issues.some(issue => issue.key === key);
+                    return panel.issues.some(issue => issue.key === key);
                 }
 
                 Image {
@@ -114,29 +118,33 @@ T.Dialog {
                 Image {
                     objectName: "shareFiles"
                     anchors.fill: parent
-                    sourceSize: Qt.size(390, 150)
+                    sourceSize.width: 390
+                    sourceSize.height: 150
                     visible: picture.has("desktop")
                     source: "qrc:/curtain/share-files.svg"
                 }
                 Image {
                     objectName: "shareUnknown"
                     anchors.fill: parent
-                    sourceSize: Qt.size(390, 150)
-                    visible: panel.model.shareLines.some(line => line.key === "cannotTell")
+                    sourceSize.width: 390
+                    sourceSize.height: 150
+                    visible: panel.lines.some(line => line.key === "cannotTell")
                         && !picture.has("privateApps")
                     source: "qrc:/curtain/share-unknown.svg"
                 }
                 Image {
                     objectName: "shareWindows"
                     anchors.fill: parent
-                    sourceSize: Qt.size(390, 150)
+                    sourceSize.width: 390
+                    sourceSize.height: 150
                     visible: picture.has("privateApps")
                     source: "qrc:/curtain/share-windows.svg"
                 }
                 Image {
                     objectName: "shareNotice"
                     anchors.fill: parent
-                    sourceSize: Qt.size(390, 150)
+                    sourceSize.width: 390
+                    sourceSize.height: 150
                     visible: picture.has("notifications")
                     source: "qrc:/curtain/share-notice.svg"
                 }
@@ -153,7 +161,7 @@ T.Dialog {
                 width: parent.width
 
                 Repeater {
-                    model: panel.model.shareLines
+                    model: panel.lines
 
                     Item {
                         id: line
@@ -210,7 +218,7 @@ T.Dialog {
                     anchors.rightMargin: 12
                     height: gap.visible ? 18 : parent.height
                     wrapMode: Text.WordWrap
-                    text: panel.model.text("embarrassmentScore")
+                    text: panel.model.texts.embarrassmentScore
                     style: Theme.bodyMedium
                     color: Theme.ink2
                 }
@@ -247,7 +255,7 @@ T.Dialog {
                 width: parent.width
                 kind: panel.model.hasIssues ? "primary" : "tonal"
                 symbol: "wand.and.stars"
-                text: panel.model.text("fixEverything")
+                text: panel.model.texts.fixEverything
                 enabled: panel.model.canFix
                 reason: panel.model.canHideApps ? "" : panel.model.hidingObstacle
                 onClicked: panel.fixEverything()
@@ -261,7 +269,7 @@ T.Dialog {
                 implicitWidth: 32
                 symbol: "xmark"
                 symbolSize: 18
-                tip: panel.model.text("cancel")
+                tip: panel.model.texts.cancel
                 onClicked: panel.close()
             }
         }

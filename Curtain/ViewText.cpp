@@ -1,33 +1,12 @@
 #include "Curtain/ViewText.h"
 
-#include "Curtain/PlatformWording.h"
-
 #include <QUrl>
-
-#include <optional>
 
 namespace Curtain {
 namespace {
 
 /// More than any place for a name has room for.
 constexpr qsizetype longestName = 200;
-
-template <typename Key>
-std::optional<QString> textFor(std::string_view name, std::string_view lang) {
-    for (const auto& [key, keyName] : CurtainCore::RawValues<Key>::cases) {
-        if (keyName == name) {
-            return toQString(PlatformWording::string(key, lang));
-        }
-    }
-    return std::nullopt;
-}
-
-template <typename Key>
-void insertTexts(QVariantMap& texts, std::string_view lang) {
-    for (const auto& [key, name] : CurtainCore::RawValues<Key>::cases) {
-        texts.insert(toQString(name), toQString(PlatformWording::string(key, lang)));
-    }
-}
 
 bool isKept(QChar character) {
     const auto category = character.category();
@@ -50,37 +29,26 @@ QString oneShortLine(std::string_view name) {
 
 } // namespace
 
-QString viewText(const QString& key, std::string_view lang) {
-    const auto name = key.toStdString();
-    if (auto text = textFor<CurtainCore::LocKey>(name, lang)) {
-        return *text;
-    }
-    if (auto text = textFor<PlatformKey>(name, lang)) {
-        return *text;
-    }
-    qFatal("there is no text %s", name.c_str());
+QString viewText(CurtainCore::LocKey key, std::string_view lang) {
+    return toQString(PlatformWording::string(key, lang));
 }
 
-QVariantMap viewTexts(std::string_view lang) {
-    QVariantMap texts;
-    insertTexts<CurtainCore::LocKey>(texts, lang);
-    insertTexts<PlatformKey>(texts, lang);
-    return texts;
+QString viewText(PlatformKey key, std::string_view lang) {
+    return toQString(PlatformWording::string(key, lang));
 }
 
 QString interruptionText(std::optional<Platform::CaptureInterruption> interruption, std::string_view lang) {
     using Platform::CaptureInterruption;
-    const auto text = [&](PlatformKey key) { return toQString(PlatformWording::string(key, lang)); };
     if (interruption) {
         switch (*interruption) {
         case CaptureInterruption::deviceNotAvailable:
-            return text(PlatformKey::cameraGone);
+            return viewText(PlatformKey::cameraGone, lang);
         case CaptureInterruption::deviceInUse:
-            return text(PlatformKey::cameraInUse);
+            return viewText(PlatformKey::cameraInUse, lang);
         case CaptureInterruption::deviceFailed:
-            return text(PlatformKey::cameraDoesNotStart);
+            return viewText(PlatformKey::cameraDoesNotStart, lang);
         case CaptureInterruption::noPictures:
-            return text(PlatformKey::cameraSendsNothing);
+            return viewText(PlatformKey::cameraSendsNothing, lang);
         }
     }
     return {};

@@ -1,22 +1,20 @@
 #pragma once
 
+#include "Curtain/PlatformWording.h"
+#include "core/LocKey.h"
 #include "platform/CaptureServices.h"
 #include "platform/Image.h"
 
 #include <QString>
-#include <QVariantMap>
 
 #include <optional>
 #include <string_view>
 
 namespace Curtain {
 
-/// The text behind a name that a QML file uses: that of a `LocKey` or a `PlatformKey`. Aborts on any other
-/// name.
-QString viewText(const QString& key, std::string_view lang);
-
-/// All of these texts, by their names.
-QVariantMap viewTexts(std::string_view lang);
+/// A text as views show it.
+QString viewText(CurtainCore::LocKey key, std::string_view lang);
+QString viewText(PlatformKey key, std::string_view lang);
 
 /// Why a camera shows nothing; empty for no reason.
 QString interruptionText(std::optional<Platform::CaptureInterruption> interruption, std::string_view lang);

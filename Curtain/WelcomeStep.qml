@@ -5,7 +5,7 @@ import Curtain.Controls
 WizardPage {
     id: page
 
-    button.text: vm.text("wizWelcomeCTA")
+    button.text: vm.texts.wizWelcomeCTA
     button.y: 370
     button.onClicked: vm.advance()
 
@@ -14,7 +14,8 @@ WizardPage {
         anchors.horizontalCenter: parent.horizontalCenter
         y: 74
         source: Theme.isDark ? "qrc:/curtain/logo-dark.svg" : "qrc:/curtain/logo.svg"
-        sourceSize: Qt.size(200, 52)
+        sourceSize.width: 200
+        sourceSize.height: 52
         Accessible.role: Accessible.Graphic
         Accessible.name: "Curtain"
     }
@@ -23,18 +24,18 @@ WizardPage {
         objectName: "title"
         y: 160
         style: Theme.display
-        text: page.vm.text("wizWelcomeTitle")
+        text: page.vm.texts.wizWelcomeTitle
     }
     WizardText {
         objectName: "body"
         y: title.y + title.height + 10
         inset: 12
-        text: page.vm.text("wizWelcomeBody")
+        text: page.vm.texts.wizWelcomeBody
     }
     WizardText {
         objectName: "note"
         y: 418
         style: Theme.small
-        text: page.vm.text("wizWelcomeMicro")
+        text: page.vm.texts.wizWelcomeMicro
     }
 }

@@ -23,7 +23,8 @@ Item {
         id: picture
         anchors.fill: parent
         fillMode: Image.PreserveAspectFit
-        sourceSize: Qt.size(icon.size, icon.size)
+        sourceSize.width: icon.size
+        sourceSize.height: icon.size
         source: icon.source
         asynchronous: true
     }

@@ -22,7 +22,8 @@ Item {
             y: isBottom ? frame.height - height : 0
             width: frame.radius
             height: frame.radius
-            sourceSize: Qt.size(frame.radius, frame.radius)
+            sourceSize.width: frame.radius
+            sourceSize.height: frame.radius
             source: "image://symbol/corner.fill/" + String(frame.behind).substring(1)
             mirror: isRight
             mirrorVertically: isBottom

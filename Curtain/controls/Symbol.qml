@@ -20,7 +20,8 @@ Item {
         anchors.centerIn: parent
         width: symbol.pixels / Screen.devicePixelRatio
         height: width
-        sourceSize: Qt.size(symbol.size, symbol.size)
+        sourceSize.width: symbol.size
+        sourceSize.height: symbol.size
         source: symbol.name === "" ? "" : "image://symbol/" + symbol.name + "/" + String(symbol.color).substring(1)
         mirror: symbol.isFlipped
     }

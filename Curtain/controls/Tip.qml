@@ -9,7 +9,7 @@ T.ToolTip {
 
     x: !parent ? 0
         : !isSentence || implicitWidth < parent.width ? Math.round((parent.width - implicitWidth) / 2)
-        : parent.mirrored ? 0 : parent.width - implicitWidth
+        : (parent as T.Control)?.mirrored ? 0 : parent.width - implicitWidth
     y: !parent ? 0 : isSentence ? -implicitHeight - 6 : parent.height + 6
     implicitWidth: implicitContentWidth + leftPadding + rightPadding
     implicitHeight: implicitContentHeight + topPadding + bottomPadding

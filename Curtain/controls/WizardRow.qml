@@ -15,7 +15,7 @@ Item {
     implicitWidth: parent.width
     implicitHeight: Math.max(detail === "" ? 46 : 56, words.implicitHeight + 20)
     Accessible.role: Accessible.ListItem
-    Accessible.name: [title, detail].filter(part => part !== "").join(", ") + (finding === "" ? "" : ": " + finding)
+    Accessible.name: title + (detail === "" ? "" : ", " + detail) + (finding === "" ? "" : ": " + finding)
 
     Rectangle {
         visible: !row.isFirst

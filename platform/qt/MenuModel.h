@@ -4,6 +4,7 @@
 
 #include <QObject>
 #include <QVariantList>
+#include <qqmlregistration.h>
 
 #include <functional>
 
@@ -12,6 +13,8 @@ namespace QtPlatform {
 /// A menu as its view reads it.
 class MenuModel : public QObject {
     Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("The pop-up menu makes it")
     /// Of each its `title`, empty for a separator, and whether it `canBeChosen`.
     Q_PROPERTY(QVariantList entries READ entries CONSTANT)
     Q_PROPERTY(bool isRightToLeft READ isRightToLeft CONSTANT)

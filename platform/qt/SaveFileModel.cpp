@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QKeySequence>
 #include <QMimeDatabase>
 
 #include <utility>
@@ -42,6 +43,14 @@ QStringList SaveFileModel::folders() const {
         names.prepend(QStringLiteral(".."));
     }
     return names;
+}
+
+QVariantList SaveFileModel::cancelKeys() {
+    QVariantList keys{QStringLiteral("Escape")};
+    for (const auto& sequence : QKeySequence::keyBindings(QKeySequence::Close)) {
+        keys << sequence.toString(QKeySequence::PortableText);
+    }
+    return keys;
 }
 
 void SaveFileModel::enter(const QString& name) {

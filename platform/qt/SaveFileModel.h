@@ -5,6 +5,7 @@
 #include <QObject>
 #include <QString>
 #include <QStringList>
+#include <QVariantList>
 
 #include <functional>
 #include <optional>
@@ -24,6 +25,8 @@ class SaveFileModel : public QObject {
     Q_PROPERTY(QStringList folders READ folders NOTIFY folderChanged)
     /// Why the last name cannot be taken; empty for no reason.
     Q_PROPERTY(QString problem READ problem NOTIFY problemChanged)
+    /// What does the same as `cancel`, as text: Escape, and what closes windows on this desktop.
+    Q_PROPERTY(QVariantList cancelKeys READ cancelKeys CONSTANT)
 
 public:
     using Done = std::function<void(const std::optional<std::string>& path)>;
@@ -39,6 +42,7 @@ public:
     QString folder() const { return folder_; }
     QStringList folders() const;
     QString problem() const { return problem_; }
+    static QVariantList cancelKeys();
 
     /// One of `folders`.
     Q_INVOKABLE void enter(const QString& name);

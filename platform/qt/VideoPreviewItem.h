@@ -11,7 +11,8 @@ namespace QtPlatform {
 
 /// The live picture of a capture session. It fills the item and is cropped; while there is none, the item is
 /// transparent. An item that cannot be seen asks for no pictures.
-class VideoPreviewItem : public PictureItem {
+// The description of types for QML wants the whole name.
+class VideoPreviewItem : public QtPlatform::PictureItem {
     Q_OBJECT
     QML_NAMED_ELEMENT(VideoPreview)
     /// A std::shared_ptr<Platform::CaptureSession>; anything else is no session.

@@ -950,7 +950,7 @@ TEST_F(PopoverTest, SettingsThatAreOpenStayAsTheyAre) {
     delegate->openSettings();
     EXPECT_EQ(settings.query(), "zo");
     EXPECT_EQ(settings.cameras().size(), 3);
-    EXPECT_FALSE(settings.switches()["showScore"].toBool());
+    EXPECT_FALSE(settings.switches()->showScore());
     window.close();
     delegate->openSettings();
     EXPECT_EQ(settings.query(), "");

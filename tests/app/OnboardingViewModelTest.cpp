@@ -720,12 +720,17 @@ TEST_F(OnboardingViewModelTest, FinishingMayReplaceTheAction) {
 
 TEST_F(OnboardingViewModelTest, TextsAreThisPlatformsInTheModelsLanguage) {
     for (const auto* const lang : {"en", "ar", "ru"}) {
-        const auto translated = makeModel(lang);
+        const auto translated = makeModel("en");
+        translated->setLang(lang);
+        auto shown = 0;
         for (const auto key : CurtainCore::allCases<CurtainCore::LocKey>()) {
             const auto name = std::string(CurtainCore::rawValue(key));
-            EXPECT_EQ(translated->text(QString::fromStdString(name)).toStdString(),
-                      Curtain::PlatformWording::string(key, lang));
+            if (const auto text = translated->texts()->property(name.c_str()); text.isValid()) {
+                EXPECT_EQ(text.toString().toStdString(), Curtain::PlatformWording::string(key, lang));
+                ++shown;
+            }
         }
+        EXPECT_GT(shown, 50);
     }
 }
 

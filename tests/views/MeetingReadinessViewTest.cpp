@@ -453,13 +453,19 @@ TEST_F(ReadinessView, NamesFromOutsideAreOneShortLine) {
     EXPECT_EQ(shownName("\xFF\xFE", "id"), QString::fromUtf8("\uFFFD\uFFFD"));
 }
 
-using ReadinessViewDeath = ReadinessView;
-
-TEST_F(ReadinessViewDeath, ATextThatDoesNotExistIsAMistake) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    EXPECT_DEATH(Curtain::viewText("noSuchText", "en"), "there is no text noSuchText");
-    EXPECT_EQ(Curtain::viewText("noSettingsPage", "en"),
+TEST(ViewTexts, FollowTheLanguageByTheNamesOfTheirKeys) {
+    Curtain::ViewTexts texts("en");
+    EXPECT_EQ(texts.property("noSettingsPage").toString(),
               "No matching settings page was found. Look in your desktop's menus or panel.");
+    EXPECT_EQ(texts.property("restore").toString(), "Restore");
+    auto changes = 0;
+    QObject::connect(&texts, &Curtain::ViewTexts::changed, &texts, [&] { ++changes; });
+    texts.setLang("en");
+    EXPECT_EQ(changes, 0);
+    texts.setLang("fr");
+    EXPECT_EQ(changes, 1);
+    EXPECT_EQ(texts.property("quit").toString(), "Quitter");
+    EXPECT_FALSE(texts.property("noSuchText").isValid());
 }
 
 TEST_F(ReadinessView, SaysNowhereThatAllIsWellWherePrivateAppsCannotBeSeen) {

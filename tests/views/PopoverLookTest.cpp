@@ -178,7 +178,7 @@ TEST_F(PopoverLook, APrivateAppIsNoLongerInstalled) {
             world.coordinator.refresh();
         },
         [](auto& shown, auto& world) {
-            EXPECT_THAT(shown.texts(), testing::Contains(world.view->text("notInstalled")));
+            EXPECT_THAT(shown.texts(), testing::Contains(world.view->texts()->notInstalled()));
         });
 }
 

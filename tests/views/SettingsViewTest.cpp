@@ -378,7 +378,7 @@ TEST_F(SettingsViewTest, SwitchesAreSavedAtOnce) {
     EXPECT_FALSE(prefs.showCameraPreview);
     EXPECT_FALSE(prefs.showMicrophoneCheck);
     EXPECT_TRUE(prefs.checkNotifications);
-    content->setSwitch("checkNotifications", false);
+    content->switches()->setCheckNotifications(false);
     EXPECT_FALSE(store.load().checkNotifications);
     EXPECT_FALSE(store.load().notificationsMarkedHandled);
 }

@@ -1,10 +1,12 @@
 import QtQuick
+import Curtain
+import Curtain.Controls
 
 /// How much a shared screen would expose.
 Card {
     id: row
 
-    required property QtObject model
+    required property MeetingReadinessViewModel model
     property int shownScore: model.score
     property bool isReady: false
 
@@ -40,7 +42,7 @@ Card {
         anchors.rightMargin: 16
         y: gap.visible ? 8 : 16
         height: 16
-        text: row.model.text("screenShareRisk")
+        text: row.model.texts.screenShareRisk
         style: Theme.smallMedium
         color: Theme.ink2
     }

@@ -1,4 +1,6 @@
 import QtQuick
+import Curtain
+import Curtain.Controls
 
 /// What all pages of the wizard share: the button that leads on, which has the keyboard. A double click on it counts
 /// once, so that it does not act on the next page or state as well, unseen.
@@ -7,8 +9,7 @@ FocusScope {
 
     focus: true
 
-    /// An OnboardingViewModel.
-    required property QtObject vm
+    required property OnboardingViewModel vm
     property alias button: goOn
     property bool hasButton: true
     /// Whether the keyboard can go from the button to another control.
