@@ -553,6 +553,7 @@ Platform::Menu AppDelegate::statusMenu() {
              {text(LocKey::settings), lifetime_.weak([this] { openSettings(); })},
              separator,
              {text(LocKey::quit), lifetime_.weak([this] { menuQuit(); })}},
+            lang,
             CurtainCore::Localizer::isRightToLeft(lang),
             "qrc:/Curtain/StatusMenu.qml"};
 }
@@ -928,7 +929,7 @@ void AppDelegate::savePhoto() {
          platform_.userFolders->pictures(),
          "image/jpeg",
          text(CurtainCore::LocKey::saveFile),
-         {"qrc:/Curtain/SavePanel.qml", text(CurtainCore::LocKey::cancel), text(PlatformKey::nameInUse),
+         {"qrc:/Curtain/SavePanel.qml", text(CurtainCore::LocKey::cancel), text(PlatformKey::nameInUse), lang,
           CurtainCore::Localizer::isRightToLeft(lang)}},
         lifetime_.weak([this, data = *data, tell = std::move(tell)](const std::optional<std::string>& path) {
             savePanelDidClose();

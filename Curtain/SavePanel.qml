@@ -75,6 +75,8 @@ FocusScope {
             delegate: PopupMenuItem {
                 required property string modelData
 
+                // The list is one stop of the Tab key as a whole.
+                focusPolicy: Qt.NoFocus
                 width: folders.width
                 text: modelData
                 mayElide: true

@@ -17,9 +17,11 @@ struct MenuItem {
 
 struct Menu {
     std::vector<MenuItem> items;
+    /// Of its titles, such as "hi".
+    std::string lang;
     bool isRightToLeft = false;
     /// The address of the description of a view that shows it, for panels that draw none themselves. Its
-    /// model has the properties `entries` and `isRightToLeft`.
+    /// model has the properties `entries`, `lang` and `isRightToLeft`.
     std::string view;
 };
 

@@ -14,6 +14,8 @@ struct SavePanelLook {
     std::string cancelTitle;
     /// Said of a name that a file has already.
     std::string nameInUse;
+    /// Of all texts, such as "hi".
+    std::string lang;
     bool isRightToLeft = false;
 };
 

@@ -26,7 +26,7 @@ SUBSTRUCTURE_NOTIFY, SUBSTRUCTURE_REDIRECT = 0x80000, 0x100000
 EVENT_MASK_ATTRIBUTE = 1 << 11
 ANY_PROPERTY_TYPE = 0
 Z_PIXMAP = 2
-GRAB_ASYNC = 1
+GRAB_ASYNC, GRAB_SUCCESS, CURRENT_TIME = 1, 0, 0
 REPLACE, PIXMAP, GC_FOREGROUND = 0, 20, 4
 VIEWABLE = 2
 ICONIC_STATE = 3
@@ -186,19 +186,23 @@ class Display:
         xcb.xcb_flush(self._connection)
 
     def watch_requests(self):
-        """From now on has_request() sees what clients ask of the window manager."""
+        """From now on events() has what happens to the windows at the top, and has_request() sees what clients ask for."""
         mask = ctypes.c_uint32(SUBSTRUCTURE_NOTIFY)
         xcb.xcb_change_window_attributes(self._connection, self.root, EVENT_MASK_ATTRIBUTE, ctypes.byref(mask))
         xcb.xcb_flush(self._connection)
 
     def has_request(self, window, message):
         """Whether there is such a request among those that arrived since the last call."""
-        is_there = False
+        requests = [event for event in self.events() if event[0] & 0x7F == CLIENT_MESSAGE]
+        return any(struct.unpack_from("II", event, 4) == (window, self.atom(message)) for event in requests)
+
+    def events(self):
+        """What has arrived since the last call, 32 bytes each."""
+        arrived = []
         while event := xcb.xcb_poll_for_event(self._connection):
-            kind, _, _, target, name = struct.unpack("BBHII", ctypes.string_at(event, 12))
+            arrived.append(ctypes.string_at(event, 32))
             libc.free(ctypes.c_void_p(event))
-            is_there |= kind & 0x7F == CLIENT_MESSAGE and (target, name) == (window, self.atom(message))
-        return is_there
+        return arrived
 
     def press(self, *keys):
         for key in keys:
@@ -238,6 +242,22 @@ class Display:
         xcb.xcb_ungrab_server(self._connection)
         xcb.xcb_flush(self._connection)
         return not is_free
+
+    def is_keyboard_taken(self):
+        """Whether another client has all keys."""
+        xcb.xcb_grab_server(self._connection)
+        is_free = self.grab_keyboard()
+        if is_free:
+            xcb.xcb_ungrab_keyboard(self._connection, CURRENT_TIME)
+        xcb.xcb_ungrab_server(self._connection)
+        xcb.xcb_flush(self._connection)
+        return not is_free
+
+    def grab_keyboard(self):
+        """Takes all keys for this client; False if another one has them."""
+        reply = self._ask("xcb_grab_keyboard", ctypes.c_uint8(0), self.root, CURRENT_TIME, ctypes.c_uint8(GRAB_ASYNC),
+                          ctypes.c_uint8(GRAB_ASYNC))
+        return reply[1] == GRAB_SUCCESS
 
     def _fake(self, kind, key):
         xtest.xcb_test_fake_input(self._connection, ctypes.c_uint8(kind), ctypes.c_uint8(key), 0, 0, ctypes.c_int16(0),

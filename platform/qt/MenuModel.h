@@ -17,6 +17,7 @@ class MenuModel : public QObject {
     QML_UNCREATABLE("The pop-up menu makes it")
     /// Of each its `title`, empty for a separator, and whether it `canBeChosen`.
     Q_PROPERTY(QVariantList entries READ entries CONSTANT)
+    Q_PROPERTY(QString lang READ lang CONSTANT)
     Q_PROPERTY(bool isRightToLeft READ isRightToLeft CONSTANT)
 
 public:
@@ -24,6 +25,7 @@ public:
     MenuModel(Platform::Menu menu, std::function<void()> close);
 
     QVariantList entries() const;
+    QString lang() const { return QString::fromStdString(menu_.lang); }
     bool isRightToLeft() const { return menu_.isRightToLeft; }
 
     Q_INVOKABLE void close() const { close_(); }

@@ -4,18 +4,29 @@
 #include "platform/qt/ScreenGeometry.h"
 
 #include <QCursor>
+#include <QDeadlineTimer>
 #include <QFocusEvent>
 #include <QGuiApplication>
-#include <QMouseEvent>
+#include <QPointerEvent>
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QScreen>
+#include <QTimer>
+#include <QtMath>
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 namespace QtPlatform {
 namespace {
+
+using namespace std::chrono_literals;
+
+/// For as long as this the mouse or the keyboard may be another program's when the menu opens: a panel may
+/// hold them until the button is let go.
+constexpr auto patience = 1s;
+constexpr auto retryInterval = 20ms;
 
 /// Where a menu of that size opens, within the screen, in points.
 QPoint position(const QRect& place, const QSize& menu, bool isRightToLeft) {
@@ -49,37 +60,73 @@ public:
         setFlags(Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
                  Qt::X11BypassWindowManagerHint);
         setTitle(QStringLiteral("Curtain"));
-        const QSizeF size(item_->implicitWidth(), item_->implicitHeight());
-        resize(size.toSize());
+        const QSize size(qCeil(item_->implicitWidth()), qCeil(item_->implicitHeight()));
+        resize(size);
         item_->setParentItem(contentItem());
         item_->setSize(size);
         item_->setFocus(true);
+        retry_.setInterval(retryInterval);
+        retry_.callOnTimeout(this, [this] { grabOrClose(); });
     }
 
 protected:
     void exposeEvent(QExposeEvent* event) override {
+        // Whoever sees the menu can use it, so the first picture comes after this.
+        if (isExposed() && !std::exchange(hasBeenExposed_, true)) {
+            end_.setRemainingTime(patience);
+            retry_.start();
+            grabOrClose();
+        }
         QQuickWindow::exposeEvent(event);
-        if (isExposed() && !std::exchange(isGrabbing_, true)) {
-            setMouseGrabEnabled(true);
-            setKeyboardGrabEnabled(true);
+    }
+
+    void hideEvent(QHideEvent* event) override {
+        retry_.stop();
+        QQuickWindow::hideEvent(event);
+    }
+
+    bool event(QEvent* event) override {
+        if (isPressElsewhere(*event)) {
+            close();
+            return true;
+        }
+        return QQuickWindow::event(event);
+    }
+
+private:
+    void grabOrClose() {
+        // This answers yes even where the server refuses, so it is asked all the time.
+        setMouseGrabEnabled(true);
+        if (!hasKeyboard_ && setKeyboardGrabEnabled(true)) {
+            hasKeyboard_ = true;
             // The server tells nobody of a focus, since there is none.
             QFocusEvent focus(QEvent::FocusIn, Qt::PopupFocusReason);
             QCoreApplication::sendEvent(this, &focus);
         }
-    }
-
-    void mousePressEvent(QMouseEvent* event) override {
-        if (QRectF(QPointF(), size()).contains(event->position())) {
-            QQuickWindow::mousePressEvent(event);
-        } else {
-            close();
+        if (end_.hasExpired()) {
+            retry_.stop();
+            if (!hasKeyboard_) {
+                // The server takes the mouse back when the window goes.
+                close();
+            }
         }
     }
 
-private:
+    bool isPressElsewhere(const QEvent& event) const {
+        if (event.type() != QEvent::MouseButtonPress && event.type() != QEvent::TouchBegin &&
+            event.type() != QEvent::TabletPress) {
+            return false;
+        }
+        const auto place = static_cast<const QPointerEvent&>(event).points().front().position();
+        return !QRectF(QPointF(), size()).contains(place);
+    }
+
     Platform::View view_;
     std::unique_ptr<QQuickItem> item_;
-    bool isGrabbing_ = false;
+    bool hasBeenExposed_ = false;
+    bool hasKeyboard_ = false;
+    QTimer retry_;
+    QDeadlineTimer end_;
 };
 
 } // namespace

@@ -18,6 +18,7 @@ class SaveFileModel : public QObject {
     Q_OBJECT
     Q_PROPERTY(QString saveTitle READ saveTitle CONSTANT)
     Q_PROPERTY(QString cancelTitle READ cancelTitle CONSTANT)
+    Q_PROPERTY(QString lang READ lang CONSTANT)
     Q_PROPERTY(bool isRightToLeft READ isRightToLeft CONSTANT)
     Q_PROPERTY(QString proposedName READ proposedName NOTIFY proposedNameChanged)
     Q_PROPERTY(QString folder READ folder NOTIFY folderChanged)
@@ -36,6 +37,7 @@ public:
 
     QString saveTitle() const;
     QString cancelTitle() const;
+    QString lang() const { return QString::fromStdString(options_.look.lang); }
     bool isRightToLeft() const { return options_.look.isRightToLeft; }
     QString proposedName() const { return proposedName_; }
     void propose(const QString& name);

@@ -468,6 +468,7 @@ TEST_F(StatusMenuTest, SpeaksTheLanguageOfTheSystem) {
     launch();
     fakes.statusBar.click(rightClick);
     EXPECT_EQ(titles().at(5), "Quitter");
+    EXPECT_EQ(fakes.statusBar.menus.at(0).lang, "fr");
     EXPECT_FALSE(fakes.statusBar.menus.at(0).isRightToLeft);
 }
 

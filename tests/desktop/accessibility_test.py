@@ -227,6 +227,7 @@ class AccessibilityTest(AccessibilityCase):
         for word in ("Open", "Settings", "Quit"):
             self.wait_line(f"menu item: {word}")
         self.assert_all_is_said()
+        wait_until(self.display.is_keyboard_taken, "the menu has the keyboard")
         subprocess.run(["xdotool", "key", "Down"], check=True)
         self.wait_state("menu item: Open", "focused")
         self.press("menu item: Quit")

@@ -9,6 +9,7 @@ import os
 import re
 import shutil
 import signal
+import struct
 import subprocess
 import sys
 import tempfile
@@ -16,6 +17,9 @@ import time
 import unittest
 from pathlib import Path
 from typing import NamedTuple
+
+sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "scripts"))
+from desktop_driver import Display  # noqa pylint: disable=wrong-import-position
 
 SUPPORT = Path(__file__).resolve().parents[1] / "support"
 CURTAIN = None  # the program; main() fills it in
@@ -26,6 +30,8 @@ DARK = ["--transparent", "true", "--tint", "0x202020", "--alpha", "0"]
 TOGGLE = "ctrl+alt+super+h"
 # What a click on the icon opens on a first start.
 WIZARD = (420, 460)
+# Numbers of events of the X server.
+UNMAP_NOTIFY, MAP_NOTIFY = 18, 19
 NO_BUS = "Curtain: there is no session bus, so the icon shows only in trays of X windows\n"
 
 # Rows and columns of the status images, in units of 18: the first is ink only when the curtain is closed, the other always.
@@ -152,6 +158,8 @@ class TrayTest(unittest.TestCase):
 
     def setUp(self):
         self.curtain = None
+        self.display = Display()
+        self.addCleanup(self.display.close)
         # The menu of the one before may have been open at the pointer.
         output("xdotool", "mousemove", "640", "600")
 
@@ -228,12 +236,17 @@ class TrayTest(unittest.TestCase):
         x, y = window.center()
         output("xdotool", "mousemove", str(x), str(y), "click", str(button))
 
+    def wait_for_menu(self):
+        """A click or key that comes before the menu has the keyboard is not its own."""
+        wait_until(lambda: menus() and self.display.is_keyboard_taken(), "the menu with the keyboard", seen=menus)
+        return menus()[0]
+
     def close_menu(self):
         output("xdotool", "key", "Escape")
         wait_until(lambda: not menus(), "the menu's end")
 
     def choose_last_of_menu(self):
-        menu = wait_until(menus, "the menu")[0]
+        menu = self.wait_for_menu()
         x, y = menu.x + menu.width // 2, menu.y + menu.height - 10
         moves = itertools.count()
 
@@ -381,13 +394,13 @@ class TrayTest(unittest.TestCase):
         self.start_curtain()
         icon = self.wait_for_icon()
         self.click(icon, 3)
-        menu = wait_until(menus, "the menu")[0]
+        menu = self.wait_for_menu()
         self.assertEqual(menu.y, icon.y + icon.height)
         self.close_menu()
         output("xdotool", "keydown", "ctrl")
         self.click(icon, 1)
         output("xdotool", "keyup", "ctrl")
-        wait_until(menus, "the menu")
+        self.wait_for_menu()
         self.close_menu()
 
     def test_opens_no_menu_on_other_clicks(self):
@@ -423,9 +436,29 @@ class TrayTest(unittest.TestCase):
         self.start_trayer()
         self.start_curtain()
         self.click(self.wait_for_icon(), 3)
-        wait_until(menus, "the menu")
+        self.wait_for_menu()
         output("xdotool", "mousemove", "600", "500", "click", "1")
         wait_until(lambda: not menus(), "the menu's end")
+
+    def test_closes_the_menu_again_where_another_program_keeps_the_keyboard(self):
+        self.start_host()
+        self.start_curtain()
+        item = self.wait_for_item()
+        self.assertTrue(self.display.grab_keyboard())
+        self.display.watch_requests()
+        self.host("Send", item, "ContextMenu", "300", "200")
+        shown = set()
+
+        # A look at the screen now and then could miss it.
+        def has_come_and_gone():
+            for kind, window, is_menu in (struct.unpack_from("B7xI?", event) for event in self.display.events()):
+                if kind == MAP_NOTIFY and is_menu:
+                    shown.add(window)
+                elif kind == UNMAP_NOTIFY and window in shown:
+                    return True
+            return False
+
+        wait_until(has_come_and_gone, "the menu has come and gone", seen=lambda: shown)
 
     def test_quits_from_the_menu(self):
         self.start_trayer()
@@ -439,15 +472,18 @@ class TrayTest(unittest.TestCase):
         self.start_curtain()
         focus = output("xdotool", "getwindowfocus")
         self.click(self.wait_for_icon(), 3)
-        menu = wait_until(menus, "the menu")[0]
+        menu = self.wait_for_menu()
         self.assertEqual(output("xdotool", "getwindowfocus"), focus)
-        x, first, last = menu.x + 4, menu.y + 10, menu.y + menu.height - 10
-        # Keys that are pressed before the menu has been drawn are not its own.
-        wait_until(lambda: pixel(x, first) == pixel(x, last) != pixel(menu.x - 4, first), "the menu is drawn")
-        output("xdotool", "key", "Down")
-        self.assertEqual(pixel(x, first), pixel(x, last))
-        output("xdotool", "key", "Up")
-        wait_until(lambda: pixel(x, first) != pixel(x, last), "the last entry is highlighted")
+        # Heights: the edge's 4, then rows of 32 and lines of 11.
+        title, entries = menu.y + 20, {"Open": menu.y + 63, "Settings": menu.y + 95, "Quit": menu.y + 138}
+
+        def highlighted():
+            ground, *colours = (pixel(menu.x + 8, y) for y in (title, *entries.values()))
+            return [name for name, colour in zip(entries, colours) if colour != ground]
+
+        for key, entry in (("Down", "Open"), ("Down", "Settings"), ("Up", "Open"), ("Up", "Quit")):
+            output("xdotool", "key", key)
+            wait_until(lambda: highlighted() == [entry], entry, seen=highlighted)  # pylint: disable=cell-var-from-loop
         output("xdotool", "key", "Return")
         self.assertEqual(self.curtain.wait(timeout=30), 0)
 
@@ -461,7 +497,7 @@ class TrayTest(unittest.TestCase):
         self.assertEqual(menus(), [])
         output("xdotool", "mousemove", "310", "190")
         self.host("Send", item, "ContextMenu", "300", "200")
-        menu = wait_until(menus, "the menu")[0]
+        menu = self.wait_for_menu()
         self.assertEqual((menu.x, menu.y), (300, 201))
         self.close_menu()
         output("xdotool", "keydown", "ctrl")
@@ -478,7 +514,7 @@ class TrayTest(unittest.TestCase):
             with self.subTest(told):
                 output("xdotool", "mousemove", "400", "300")
                 self.host("Send", item, "ContextMenu", *told)
-                menu = wait_until(menus, "the menu")[0]
+                menu = self.wait_for_menu()
                 self.assertEqual((menu.x, menu.y), (400, 300))
                 self.close_menu()
 

@@ -92,6 +92,7 @@ struct GnomePanelTest : testing::Test {
                  {},
                  {"Open_it", [this] { chosen.emplace_back("open"); }},
                  {"Quit", [this] { chosen.emplace_back("quit"); }}},
+                "en",
                 isRightToLeft,
                 {}};
     }

@@ -37,7 +37,7 @@ struct QtSavePanelTest : testing::Test {
                     wanted,
                     "image/jpeg",
                     "Guardar",
-                    {"qrc:/view.qml", "Cancelar", "Ya existe un archivo con ese nombre.", false}},
+                    {"qrc:/view.qml", "Cancelar", "Ya existe un archivo con ese nombre.", "es", false}},
                    [&answers](const Answer& path) { answers.push_back(path); });
     }
     void open(const std::string& name, std::vector<Answer>& answers) {
@@ -64,6 +64,7 @@ TEST_F(QtSavePanelTest, ShowsTheNameAndTheFolderAboveThePopover) {
     EXPECT_EQ(model().folders(), QStringList({"..", "trip"}));
     EXPECT_EQ(model().saveTitle(), QStringLiteral("Guardar"));
     EXPECT_EQ(model().cancelTitle(), QStringLiteral("Cancelar"));
+    EXPECT_EQ(model().property("lang"), QStringLiteral("es"));
 }
 
 TEST_F(QtSavePanelTest, AnswersWithThePath) {

@@ -108,7 +108,7 @@ struct StatusNotifierItemTest : testing::Test {
     }
 
     Platform::Menu menu() const {
-        return {{{"Open", [] {}}, {}, {"Quit", [] {}}}, isRightToLeft, {}};
+        return {{{"Open", [] {}}, {}, {"Quit", [] {}}}, "en", isRightToLeft, {}};
     }
 
     void click(const char* method, int x, int y) {
