@@ -30,7 +30,7 @@ FocusScope {
         let current = by > 0 ? -1 : 0;
         for (let index = 0; index < list.count; ++index) {
             const entry = list.itemAt(index);
-            if (entry.canBeChosen) { // qmllint disable missing-property
+            if (entry.canBeChosen) { // qmllint disable
                 current = entry.isCurrent ? entries.length : current;
                 entries.push(entry);
             }
