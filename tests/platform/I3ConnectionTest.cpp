@@ -304,7 +304,7 @@ TEST_F(RefusingI3Test, WhatCannotBePutBackIsBroughtUpAndTheRefusalIsLogged) {
     ASSERT_TRUE(serveUntil([&] { return commands.size() == 2; }));
     EXPECT_THAT(commands[0],
                 testing::HasSubstr("move --no-auto-back-and-forth container to workspace \"1\""));
-    EXPECT_EQ(commands[1], "[con_id=3] scratchpad show;");
+    EXPECT_EQ(commands[1], "[con_id=3] fullscreen disable;[con_id=3] scratchpad show;");
     EXPECT_FALSE(state.contains("taken"));
     EXPECT_THAT(log.lines, ElementsAre("Curtain: a window could not be put back to its place: No such mark"));
 }
