@@ -12,6 +12,7 @@
 #include <string_view>
 #include <system_error>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -162,10 +163,16 @@ TEST_F(HostileCamerasTest, PlanesInThreeBuffersAreOnePicture) {
 }
 
 TEST_F(HostileCamerasTest, ASlowCameraIsGivenTheTimeThatItNeeds) {
-    const auto camera = watch("yuyv", {"slow"});
-    EXPECT_TRUE(spinUntil([&] { return session->interruption().has_value(); }, patience)) << "it is said";
+    const auto fifo = folder.path() / "ready";
+    ASSERT_EQ(mkfifo(fifo.c_str(), S_IRUSR | S_IWUSR), 0);
+    std::fstream ready(fifo);
+    const auto camera = watch("yuyv", {"ready=" + fifo.string()});
+    ASSERT_TRUE(spinUntil([&] { return session->interruption().has_value(); }, patience)) << "it is said";
+    // Another link would want another one.
+    ready.put('!').flush();
     EXPECT_TRUE(comesOn()) << camera->log();
     EXPECT_TRUE(spinUntil([&] { return !session->interruption(); }, patience));
+    EXPECT_EQ(linesOf(*camera, "yuyv "), 1);
 }
 
 TEST_F(HostileCamerasTest, ACameraThatMustBePutToRestFirstReturns) {

@@ -14,7 +14,7 @@
 ///          transform=N  calls its pictures mirrored and turned as N of spa_meta_videotransform_value, though
 ///                     they are not
 ///          picture=FILE  a JPEG file that it shows instead, as it is; for the format jpeg
-///          slow       takes four seconds for a format before it can begin
+///          ready=FIFO is ready for a format only when it has read a byte there, one for each
 ///          silent     never delivers a frame
 ///          truncated  ends each frame half way
 ///          smaller, larger  delivers another size than announced
@@ -51,10 +51,11 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <thread>
 #include <utility>
 #include <vector>
 
+#include <fcntl.h>
+#include <poll.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -71,7 +72,8 @@ constexpr int frames = 8;
 constexpr int enormous = 4096;
 constexpr int manySizes = 1000;
 constexpr std::size_t framesBeforeChange = 20;
-constexpr std::chrono::seconds slowness{4};
+/// Whoever is to let it go on has gone by then.
+constexpr std::chrono::milliseconds longestWait{30'000};
 constexpr std::size_t sharedSize = 4U << 20U;
 constexpr int squareSide = 100;
 
@@ -95,6 +97,7 @@ struct Options {
     bool isFull709 = false;
     std::uint32_t transform = 0;
     std::string busyFile;
+    std::string readyFifo;
     std::string fault;
 };
 
@@ -374,15 +377,26 @@ private:
         log(std::string(isJpeg ? "jpeg " : "yuyv ") + std::to_string(size.width) + "x" +
             std::to_string(size.height));
         isStuck_ = false;
-        if (options_.fault == "slow") {
-            std::this_thread::sleep_for(slowness);
-        }
+        waitUntilReady();
         makeFrames(isJpeg, size);
         largest_ = static_cast<std::size_t>(size.width * size.height) * 2;
         for (const auto& frame : frames_) {
             largest_ = std::max(largest_, frame.size());
         }
         describeBuffers();
+    }
+
+    void waitUntilReady() const {
+        if (options_.readyFifo.empty()) {
+            return;
+        }
+        const int fifo = open(options_.readyFifo.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+        pollfd wanted{fifo, POLLIN, 0};
+        char byte = 0;
+        if (poll(&wanted, 1, static_cast<int>(longestWait.count())) != 1 || read(fifo, &byte, 1) != 1) {
+            log("nobody let it begin");
+        }
+        close(fifo);
     }
 
     void describeBuffers() {
@@ -612,6 +626,8 @@ Options parse(int argumentCount, char** arguments) {
             options.rate = std::atoi(arguments[index] + 5);
         } else if (option.starts_with("busy=")) {
             options.busyFile = option.substr(5);
+        } else if (option.starts_with("ready=")) {
+            options.readyFifo = option.substr(6);
         } else if (option == "full709") {
             options.isFull709 = true;
         } else if (option.starts_with("transform=")) {
