@@ -17,6 +17,7 @@ namespace fs = std::filesystem;
 
 using LinuxPlatform::DesktopEntries;
 using LinuxPlatform::DesktopEntryBundles;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::IsNull;
@@ -225,6 +226,39 @@ TEST_F(DesktopEntriesTest, ALoopOfLinksIsLeftAlone) {
     touch(system);
     EXPECT_THAT(ids(), ElementsAre("app", "kde-foo"));
     EXPECT_EQ(entries.withProgram("app")->id, "app");
+}
+
+TEST_F(DesktopEntriesTest, FoldersThatLinkToEachOtherInEveryWayHoldNobodyUp) {
+    installPlain(user / "app.desktop");
+    const auto folderOf = [&](int number) { return system / ("folder" + std::to_string(number)); };
+    constexpr int count = 12;
+    for (int number = 0; number < count; ++number) {
+        installPlain(folderOf(number) / "foo.desktop");
+    }
+    for (int from = 0; from < count; ++from) {
+        for (int to = 0; to < count; ++to) {
+            fs::create_directory_symlink(folderOf(to), folderOf(from) / ("link" + std::to_string(to)));
+        }
+    }
+    touch(system);
+    EXPECT_THAT(ids(), Contains("app"));
+    EXPECT_TRUE(entries.mayHold("org.example.Unread"));
+}
+
+TEST_F(DesktopEntriesTest, NoFolderIsReadBelowASensibleDepth) {
+    auto folder = system;
+    for (int depth = 0; depth < 40; ++depth) {
+        folder /= "d";
+    }
+    installPlain(folder / "foo.desktop");
+    installPlain(system / "d/app.desktop");
+    EXPECT_THAT(ids(), ElementsAre("d-app"));
+}
+
+TEST_F(DesktopEntriesTest, AFileOfNoEntrysSizeIsNotRead) {
+    installPlain(system / "app.desktop");
+    install(system / "huge.desktop", "Name=huge\nExec=app\nComment=" + std::string(2 << 20, 'x') + "\n");
+    EXPECT_THAT(ids(), ElementsAre("app"));
 }
 
 TEST_F(DesktopEntriesTest, ALinkToAFolderElsewhereIsASubfolder) {

@@ -21,6 +21,11 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::string_view suffix = ".desktop";
+/// Entries are a few thousand bytes, Wine's menus a few folders deep. Anybody's folder may hold more.
+constexpr std::uintmax_t largestFile = std::uintmax_t{1} << 20U;
+constexpr std::size_t deepestFolder = 16;
+constexpr std::size_t mostFolders = 500;
+constexpr std::size_t mostFiles = 20000;
 
 using OwnedText = std::unique_ptr<char, decltype(&g_free)>;
 
@@ -101,7 +106,7 @@ bool isListedUnderSettings(GDesktopAppInfo* info) {
 std::optional<DesktopEntry> readEntry(const fs::path& path, std::string id) {
     // Opening a named pipe would wait for its writer.
     std::error_code error;
-    if (!fs::is_regular_file(path, error)) {
+    if (!fs::is_regular_file(path, error) || fs::file_size(path, error) > largestFile) {
         return std::nullopt;
     }
     const std::unique_ptr<GDesktopAppInfo, decltype(&g_object_unref)> info(
@@ -271,12 +276,19 @@ void DesktopEntries::read() {
     std::set<std::string> seen;
     // The folders that are being read, links resolved: one that comes again in itself is a loop.
     std::vector<fs::path> ancestors;
+    std::size_t folderCount = 0;
     const auto readFolder = [&](const auto& self, const fs::path& folder, const std::string& prefix) -> void {
         std::error_code error;
         const auto resolved = fs::weakly_canonical(folder, error);
         if (std::ranges::find(ancestors, resolved) != ancestors.end()) {
             return;
         }
+        // Links that cross each other are more ways than can be gone.
+        if (ancestors.size() == deepestFolder || folderCount == mostFolders) {
+            hasUnreadFolder_ = true;
+            return;
+        }
+        ++folderCount;
         ancestors.push_back(resolved);
         if (!changes_.add(folder)) {
             unwatchedFolders_.push_back(folder);
@@ -285,6 +297,10 @@ void DesktopEntries::read() {
         const auto contents = sortedContents(folder, error);
         hasUnreadFolder_ = hasUnreadFolder_ || (error && !isMissing(error));
         for (const auto& path : contents) {
+            if (seen.size() == mostFiles) {
+                hasUnreadFolder_ = true;
+                break;
+            }
             const auto name = path.filename().string();
             if (name.ends_with(suffix)) {
                 // The settings could not be written with an identifier that is not Unicode.
