@@ -1,6 +1,7 @@
 #include "platform/qt/ImageRendering.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QIcon>
 #include <QPainter>
 #include <QSvgRenderer>
@@ -8,14 +9,26 @@
 namespace QtPlatform {
 namespace {
 
+/// No icon is as large, and anybody may name a file for one.
+constexpr qint64 largestFile = 8LL << 20;
+
 bool isFile(const QString& source) {
     return source.startsWith('/') || source.startsWith(':');
+}
+
+/// A pipe or a device would be waited for, or never end.
+bool isReadable(const QString& source) {
+    const QFileInfo file(source);
+    return file.isFile() && file.size() <= largestFile;
 }
 
 } // namespace
 
 QImage renderImage(const Platform::Image& image, const QColor& templateColor, int size) {
     const auto source = QString::fromStdString(image.source);
+    if (isFile(source) && !isReadable(source)) {
+        return {};
+    }
     if (!isFile(source) || !image.isTemplate) {
         const auto icon = isFile(source) ? QIcon(source) : QIcon::fromTheme(source);
         return icon.pixmap(QSize(size, size), 1.0).toImage();

@@ -17,6 +17,8 @@
 #include <string>
 #include <vector>
 
+#include <sys/stat.h>
+
 namespace {
 
 using Platform::Image;
@@ -111,6 +113,23 @@ struct ImageRenderingTest : testing::Test {
         return colors;
     }
 };
+
+TEST_F(ImageRenderingTest, WhatIsNoFileOrTooLargeForAnIconIsNotRead) {
+    const std::string drawing = "<svg xmlns='http://www.w3.org/2000/svg' width='8' height='8'>"
+                                "<rect width='8' height='8' fill='#112233'/></svg>";
+    for (const bool isTemplate : {false, true}) {
+        const auto isDrawn = [&](const std::string& path) {
+            return !renderImage({path, 0, 0, isTemplate, {}}, Qt::black, 22).isNull();
+        };
+        EXPECT_TRUE(isDrawn(write("drawing.svg", drawing)));
+        EXPECT_FALSE(isDrawn(write("huge.svg", drawing + std::string(9 << 20, ' '))));
+        // Nobody ever writes to it, so that whoever opens it waits.
+        const auto pipe = (folder.path() / "pipe.svg").string();
+        ASSERT_TRUE(isTemplate || mkfifo(pipe.c_str(), 0600) == 0);
+        EXPECT_FALSE(isDrawn(pipe));
+        EXPECT_FALSE(isDrawn("/dev/zero"));
+    }
+}
 
 TEST_F(ImageRenderingTest, ATemplateIsDrawnInTheGivenColor) {
     for (const auto& image : builtInImages()) {
