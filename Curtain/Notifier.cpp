@@ -1,6 +1,7 @@
 #include "Curtain/Notifier.h"
 
 #include "Curtain/SettingsLoss.h"
+#include "Curtain/ViewText.h"
 
 #include <utility>
 
@@ -76,7 +77,8 @@ void Notifier::notifyRehidden(const std::string& appName, const std::string& bun
     const auto lang = languageProvider();
     addPrivacyNotice({rehiddenIdentifier(bundleID),
                       {text(LocKey::rehiddenTitle, lang),
-                       PlatformWording::opening(appName, lang) + " " + text(LocKey::rehiddenReason, lang),
+                       PlatformWording::opening(shownName(appName, bundleID).toStdString(), lang) + " " +
+                           text(LocKey::rehiddenReason, lang),
                        rehiddenCategory,
                        {{bundleKey, bundleID}}}});
 }

@@ -136,6 +136,17 @@ TEST_F(NotifierTest, NoticeOfAnAppThatIsShownGoesAlone) {
     EXPECT_THAT(center.calls, IsEmpty());
 }
 
+TEST_F(NotifierTest, ANameFromOutsideIsOneShortLineThatTurnsNoText) {
+    notifier->notifyRehidden("Ma\u202Eil\n\u2066\a<b>", "org.mail");
+    notifier->notifyRehidden(std::string(100000, 'x'), "org.long");
+    notifier->notifyRehidden("\u200F\u202E", "org.blank");
+    ASSERT_EQ(center.delivered.size(), 3U);
+    const std::string rest = " stays hidden because Curtain privacy mode is active.";
+    EXPECT_EQ(center.delivered[0].content.body, "Mail <b>" + rest);
+    EXPECT_EQ(center.delivered[1].content.body, std::string(200, 'x') + rest);
+    EXPECT_EQ(center.delivered[2].content.body, "org.blank" + rest);
+}
+
 TEST_F(NotifierTest, SecondRehideOfAnAppReplacesTheFirst) {
     notifier->notifyRehidden("Mail", "org.mail");
     notifier->notifyRehidden("News", "org.news");
