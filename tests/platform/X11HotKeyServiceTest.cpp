@@ -107,6 +107,28 @@ struct X11HotKeyServiceTest : testing::Test {
 const auto pressedAndReleased =
     ElementsAre(std::pair(HotKeyEvent::pressed, 1U), std::pair(HotKeyEvent::released, 1U));
 
+TEST_F(X11HotKeyServiceTest, AKeyThatAnotherProgramMakesUpIsNotHeeded) {
+    ASSERT_EQ(service->registerHotKey(toggle, toggleID), 0);
+    auto* const xcb = connection->get();
+    const auto window = xcb_generate_id(xcb);
+    xcb_create_window(xcb, XCB_COPY_FROM_PARENT, window, connection->root(), 0, 0, 1, 1, 0,
+                      XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
+    connection->serverTime();
+    X11TestClient other;
+    for (const auto type : {XCB_KEY_PRESS, XCB_KEY_RELEASE}) {
+        xcb_key_press_event_t event{};
+        event.response_type = static_cast<std::uint8_t>(type);
+        event.detail = hKey;
+        event.event = window;
+        event.state = XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1 | XCB_MOD_MASK_4;
+        xcb_send_event(other.get(), 0, window, XCB_EVENT_MASK_NO_EVENT,
+                       reinterpret_cast<const char*>(&event));
+    }
+    other.sync();
+    settle();
+    EXPECT_THAT(events, IsEmpty());
+}
+
 TEST_F(X11HotKeyServiceTest, PressAndReleaseAreTold) {
     ASSERT_EQ(service->registerHotKey(toggle, toggleID), 0);
     typist.pressModifiers();

@@ -87,7 +87,12 @@ void X11HotKeyService::watchActiveWindow() {
 }
 
 void X11HotKeyService::handleEvent(const xcb_generic_event_t& event) {
-    const auto type = static_cast<std::uint8_t>(event.response_type & 0x7FU);
+    constexpr std::uint8_t sentMark = 0x80;
+    const auto type = event.response_type;
+    if ((type & sentMark) != 0) {
+        // Another program's, that looks as if the user had struck a key.
+        return;
+    }
     if (type == XCB_KEY_PRESS) {
         keyPressed(reinterpret_cast<const xcb_key_press_event_t&>(event));
     } else if (type == XCB_KEY_RELEASE) {
