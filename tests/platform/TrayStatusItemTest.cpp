@@ -28,6 +28,7 @@ using testing::IsEmpty;
 using TestSupport::spinUntil;
 using TestSupport::X11TestClient;
 
+constexpr std::chrono::seconds patience{30};
 /// As a pixel of a true-colour screen has it.
 constexpr std::uint32_t darkGray = 0x303030;
 constexpr std::uint32_t lightGray = 0xD0D0D0;
@@ -117,6 +118,18 @@ public:
         const std::array values{side, side};
         xcb_configure_window(client_.get(), icon, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
                              values.data());
+        client_.sync();
+    }
+
+    /// Tells the icon of a size that it does not have, and has it draw itself anew.
+    void pretendSize(xcb_window_t icon, std::uint16_t side) {
+        xcb_configure_notify_event_t change{};
+        change.response_type = XCB_CONFIGURE_NOTIFY;
+        change.event = change.window = icon;
+        change.width = change.height = side;
+        xcb_send_event(client_.get(), 0, icon, XCB_EVENT_MASK_STRUCTURE_NOTIFY,
+                       reinterpret_cast<const char*>(&change));
+        xcb_clear_area(client_.get(), 1, icon, 0, 0, 0, 0);
         client_.sync();
     }
 
@@ -324,6 +337,16 @@ TEST_F(TrayStatusItemTest, growsWithThePanel) {
     EXPECT_TRUE(spinUntil([&] { return renderedSize_ == 16; }));
     tray.resize(icon, 48);
     EXPECT_TRUE(spinUntil([&] { return renderedSize_ == 32; }));
+}
+
+TEST_F(TrayStatusItemTest, isNotDrawnAsLargeAsNoPanelIs) {
+    FakeTray tray(true);
+    const auto icon = embedIn(tray, lightGray | opaque);
+    ASSERT_TRUE(spinUntil([&] { return renderedSize_ != 0; }, patience));
+    renderedSize_ = 0;
+    tray.pretendSize(icon, 8000);
+    EXPECT_TRUE(spinUntil([&] { return renderedSize_ != 0; }, patience));
+    EXPECT_LE(renderedSize_, 1024);
 }
 
 TEST_F(TrayStatusItemTest, middleButtonDoesTheSecondAction) {

@@ -23,6 +23,8 @@ constexpr std::uint32_t embedMapped = 1;
 constexpr std::uint8_t alphaDepth = 32;
 /// What trays give an icon that asks for nothing.
 constexpr double preferredSize = 22;
+/// No panel is as thick, and a wrong size must not cost memory.
+constexpr QSize largestSize(1024, 1024);
 
 std::optional<QImage::Format> format(std::uint8_t depth) {
     switch (depth) {
@@ -200,7 +202,7 @@ void XembedIcon::handle(const xcb_generic_event_t& event) {
         const auto& change = reinterpret_cast<const xcb_configure_notify_event_t&>(event);
         if (change.window == window_) {
             // An exposure follows when there is something to draw anew.
-            size_ = QSize(change.width, change.height);
+            size_ = QSize(change.width, change.height).boundedTo(largestSize);
         }
         break;
     }
