@@ -9,6 +9,7 @@
 #include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
 #include <QDBusVariant>
 #include <QVariantList>
@@ -17,6 +18,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
@@ -36,6 +38,28 @@ const auto watcherName = QStringLiteral("org.kde.StatusNotifierWatcher");
 const auto menuPath = QStringLiteral("/Menu");
 const auto menuInterface = QStringLiteral("com.canonical.dbusmenu");
 const auto propertiesInterface = QStringLiteral("org.freedesktop.DBus.Properties");
+
+/// What a panel says of an item of the menu.
+struct MenuEvent {
+    int identifier = 0;
+    QString name;
+};
+
+QDBusArgument& operator<<(QDBusArgument& argument, const MenuEvent& event) {
+    argument.beginStructure();
+    argument << event.identifier << event.name << QDBusVariant(0) << 0U;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument& operator>>(const QDBusArgument& argument, MenuEvent& event) {
+    QDBusVariant data;
+    unsigned int time = 0;
+    argument.beginStructure();
+    argument >> event.identifier >> event.name >> data >> time;
+    argument.endStructure();
+    return argument;
+}
 
 /// A panel on a bus connection of its own.
 class FakePanel : public TestSupport::BusObject {
@@ -94,6 +118,7 @@ struct StatusNotifierItemTest : testing::Test {
                          .isPlausible = [this](const QPoint& place) { return place != implausible; },
                          .textColor = Qt::blue}};
     std::vector<std::uint64_t> clicks;
+    std::vector<std::string> chosen;
 
     void SetUp() override {
         item.setAction(bothButtons, [this](const auto& event) {
@@ -107,8 +132,11 @@ struct StatusNotifierItemTest : testing::Test {
         ASSERT_TRUE(spinUntil([&] { return !panel.item.isEmpty(); }, patience));
     }
 
-    Platform::Menu menu() const {
-        return {{{"Open", [] {}}, {}, {"Quit", [] {}}}, "en", isRightToLeft, {}};
+    Platform::Menu menu() {
+        const auto choice = [this](const char* title) {
+            return Platform::MenuItem{title, [this, title] { chosen.emplace_back(title); }};
+        };
+        return {{choice("Open"), {}, choice("Quit")}, "en", isRightToLeft, {}};
     }
 
     void click(const char* method, int x, int y) {
@@ -133,6 +161,29 @@ TEST_F(StatusNotifierItemTest, ReadingTheMenuIsNoClickAndOpeningItIs) {
     EXPECT_EQ(askMenu("AboutToShow", {0}).value(0), false);
     EXPECT_THAT(clicks, ElementsAre(Platform::EventType::rightMouseUp));
     EXPECT_THAT(opened, IsEmpty());
+}
+
+TEST_F(StatusNotifierItemTest, TheMenuAnswersAboutItsOwnItemsOnly) {
+    askMenu("GetLayout", {0, -1, QStringList()});
+    constexpr int least = std::numeric_limits<int>::min();
+    const auto howMany = [&](const QList<int>& identifiers) {
+        const auto answer = askMenu("GetGroupProperties", {QVariant::fromValue(identifiers), QStringList()});
+        return qdbus_cast<QVariantList>(qvariant_cast<QDBusArgument>(answer.value(0))).size();
+    };
+    EXPECT_EQ(howMany({}), 4) << "the menu itself and its three items";
+    EXPECT_EQ(howMany({0, 0, 0, least, 1000}), 1);
+    EXPECT_EQ(howMany(QList<int>(10000, 0)), 1);
+    askMenu("Event", {least, QStringLiteral("clicked"), QVariant::fromValue(QDBusVariant(0)), 0U});
+}
+
+TEST_F(StatusNotifierItemTest, OneChoiceClosesTheMenu) {
+    qDBusRegisterMetaType<MenuEvent>();
+    qDBusRegisterMetaType<QList<MenuEvent>>();
+    askMenu("GetLayout", {0, -1, QStringList()});
+    const auto clicked = QStringLiteral("clicked");
+    const QList<MenuEvent> events{{1, QStringLiteral("hovered")}, {3, clicked}, {1, clicked}, {3, clicked}};
+    askMenu("EventGroup", {QVariant::fromValue(events)});
+    EXPECT_THAT(chosen, ElementsAre("Quit"));
 }
 
 TEST_F(StatusNotifierItemTest, TextDirectionIsKnownBeforeTheLayoutAndItsChangeIsAnnounced) {

@@ -6,6 +6,9 @@
 #include <QDBusVariant>
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
 #include <utility>
 
 namespace LinuxPlatform {
@@ -200,9 +203,16 @@ std::optional<QVariantList> DBusMenu::answer(const QString& method, const QVaria
                             QVariant::fromValue(layout(arguments[0].toInt(), arguments[1].toInt()))};
     }
     if (method == QStringLiteral("GetGroupProperties") && arguments.size() == 2) {
+        const auto asked = qdbus_cast<QList<int>>(arguments[0]);
         QList<DBusMenuProperties> items;
-        for (const int identifier : qdbus_cast<QList<int>>(arguments[0])) {
-            items.append({identifier, itemProperties(identifier)});
+        const auto addIfAsked = [&](int identifier) {
+            if (asked.isEmpty() || asked.contains(identifier)) {
+                items.append({identifier, itemProperties(identifier)});
+            }
+        };
+        addIfAsked(rootIdentifier);
+        for (std::size_t index = 0; menu_ && index < menu_->items.size(); ++index) {
+            addIfAsked(firstIdentifier_ + static_cast<int>(index));
         }
         return QVariantList{QVariant::fromValue(items)};
     }
@@ -262,10 +272,11 @@ void DBusMenu::runClicked(const QString& method, const QVariantList& arguments) 
     if (method == QStringLiteral("Event") && arguments[1].toString() == clicked) {
         click(arguments[0].toInt());
     } else if (method == QStringLiteral("EventGroup")) {
-        for (const auto& event : qdbus_cast<QList<DBusMenuEvent>>(arguments[0])) {
-            if (event.name == clicked) {
-                click(event.identifier);
-            }
+        const auto events = qdbus_cast<QList<DBusMenuEvent>>(arguments[0]);
+        // A menu closes with the first click.
+        const auto first = std::ranges::find(events, clicked, &DBusMenuEvent::name);
+        if (first != events.end()) {
+            click(first->identifier);
         }
     }
 }
@@ -309,8 +320,8 @@ QVariantMap DBusMenu::itemProperties(int identifier) const {
 }
 
 const Platform::MenuItem* DBusMenu::item(int identifier) const {
-    const int index = identifier - firstIdentifier_;
-    const bool isThere = menu_ && index >= 0 && index < static_cast<int>(menu_->items.size());
+    const auto index = std::int64_t{identifier} - firstIdentifier_;
+    const bool isThere = menu_ && index >= 0 && index < std::ssize(menu_->items);
     return isThere ? &menu_->items[static_cast<std::size_t>(index)] : nullptr;
 }
 
