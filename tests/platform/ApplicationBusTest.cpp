@@ -152,6 +152,31 @@ TEST_F(ApplicationBusTest, OneThatIsJustEndingIsReplaced) {
     ownConnection.unregisterObject(path);
 }
 
+TEST_F(ApplicationBusTest, MoreCallsThanAPersonMakesAreRefusedForAWhile) {
+    LinuxPlatform::CallRate::Clock::time_point now;
+    bus = std::make_unique<ApplicationBus>(ownConnection, name,
+                                           LinuxPlatform::CallRate([&] { return now; }));
+    ASSERT_EQ(bus->claim(), ApplicationBus::Claim::first);
+    bus->setActions(actions());
+    for (int call = 0; call < 30; ++call) {
+        EXPECT_EQ(activateAction(QStringLiteral("quit")).type(), QDBusMessage::ReplyMessage) << call;
+    }
+    const auto isRefused = [&] {
+        return activateAction(QStringLiteral("quit")).errorName() ==
+               QStringLiteral("org.freedesktop.DBus.Error.LimitsExceeded");
+    };
+    EXPECT_TRUE(isRefused());
+    now += std::chrono::milliseconds(150);
+    EXPECT_FALSE(isRefused());
+    EXPECT_TRUE(isRefused());
+    EXPECT_EQ(done.size(), 31U);
+    now += std::chrono::hours(1);
+    for (int call = 0; call < 30; ++call) {
+        EXPECT_FALSE(isRefused()) << call;
+    }
+    EXPECT_TRUE(isRefused());
+}
+
 TEST_F(ApplicationBusTest, TheNameIsFreeOnceTheFirstOneHasGone) {
     ASSERT_EQ(bus->claim(), ApplicationBus::Claim::first);
     bus.reset();

@@ -30,6 +30,8 @@ QString pathOf(QString name) {
 /// Answers the calls.
 class ApplicationBus::Object : public QDBusVirtualObject {
 public:
+    explicit Object(CallRate rate) : rate_(std::move(rate)) {}
+
     QString introspect(const QString& /*path*/) const override {
         return QStringLiteral(
             "<interface name=\"org.freedesktop.Application\">"
@@ -57,6 +59,11 @@ public:
         if (!actions_ && early_.size() == mostEarlyCalls) {
             connection.send(message.createErrorReply(
                 QDBusError::LimitsExceeded, QStringLiteral("too many calls before the start is over")));
+            return true;
+        }
+        if (!rate_.take()) {
+            connection.send(message.createErrorReply(QDBusError::LimitsExceeded,
+                                                     QStringLiteral("too many calls in a short time")));
             return true;
         }
         // The caller is not kept waiting by what the call does.
@@ -93,14 +100,15 @@ private:
         }
     }
 
+    CallRate rate_;
     std::optional<Actions> actions_;
     std::vector<std::optional<std::string>> early_;
 };
 
-ApplicationBus::ApplicationBus(QDBusConnection bus, QString name)
+ApplicationBus::ApplicationBus(QDBusConnection bus, QString name, CallRate rate)
     : bus_(std::move(bus)),
       name_(std::move(name)),
-      object_(std::make_unique<Object>()) {}
+      object_(std::make_unique<Object>(std::move(rate))) {}
 
 ApplicationBus::~ApplicationBus() {
     if (bus_.isConnected()) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/linux/session/CallRate.h"
+
 #include <QDBusConnection>
 #include <QString>
 
@@ -33,14 +35,15 @@ public:
     };
 
     /// `name` is the program's bus name, such as "com.curtain.Curtain".
-    ApplicationBus(QDBusConnection bus, QString name);
+    ApplicationBus(QDBusConnection bus, QString name, CallRate rate = CallRate());
     ~ApplicationBus();
     ApplicationBus(const ApplicationBus&) = delete;
     ApplicationBus& operator=(const ApplicationBus&) = delete;
 
     /// Asks a running instance to open, or else becomes it. Waits for the answer, with a deadline.
     Claim claim();
-    /// What calls do from now on. Calls that came before are done now, in their order.
+    /// What calls do from now on. Calls that came before are done now, in their order. More calls than a
+    /// person makes are refused.
     void setActions(Actions actions);
 
 private:
