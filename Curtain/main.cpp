@@ -4,6 +4,7 @@
 #include "platform/linux/LinuxPlatform.h"
 #include "platform/linux/session/ApplicationBus.h"
 #include "platform/linux/session/InstanceLock.h"
+#include "platform/linux/session/NameOwner.h"
 #include "platform/linux/session/SessionBusCheck.h"
 #include "platform/linux/session/SessionProbe.h"
 #include "platform/linux/soundlibrary/SoundToolkit.h"
@@ -19,12 +20,15 @@
 #include <QGuiApplication>
 #include <QLoggingCategory>
 
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
+
+#include <unistd.h>
 
 namespace {
 
@@ -100,22 +104,36 @@ int main(int argumentCount, char** arguments) {
     QtPlatform::stayOutOfSavedSessions(application);
 
     std::optional<LinuxPlatform::InstanceLock> lock;
-    LinuxPlatform::ApplicationBus bus(QDBusConnection::sessionBus(), QGuiApplication::desktopFileName());
-    switch (bus.claim()) {
-    case LinuxPlatform::ApplicationBus::Claim::otherOpened:
+    LinuxPlatform::ApplicationBus bus(
+        QDBusConnection::sessionBus(), QGuiApplication::desktopFileName(), [&](std::uint32_t process) {
+            return LinuxPlatform::judgeNameOwner(LinuxPlatform::ProcessTable(), process,
+                                                 static_cast<std::uint32_t>(getpid()), session);
+        });
+    const auto claim = bus.claim();
+    using Claim = LinuxPlatform::ApplicationBus::Claim;
+    if (claim == Claim::stranger || claim == Claim::otherSession) {
+        std::fprintf(
+            stderr,
+            "Curtain: %s has its name on the session bus, so menus and scripts do not reach this one\n",
+            claim == Claim::stranger ? "another program" : "one in another session of yours");
+    }
+    switch (claim) {
+    case Claim::otherOpened:
         return EXIT_SUCCESS;
-    case LinuxPlatform::ApplicationBus::Claim::otherSilent:
+    case Claim::otherSilent:
         std::fputs("Curtain: it runs already in this session, but does not answer\n", stderr);
         return EXIT_FAILURE;
-    case LinuxPlatform::ApplicationBus::Claim::first:
+    case Claim::first:
         break;
-    case LinuxPlatform::ApplicationBus::Claim::noBus:
+    case Claim::stranger:
+    case Claim::otherSession:
+    case Claim::noBus:
         lock.emplace(LinuxPlatform::InstanceLock::fileFor(session.display));
         if (lock->isTaken()) {
-            std::fputs(
-                "Curtain: it runs already on this display, and without a session bus it cannot be asked "
-                "to open\n",
-                stderr);
+            std::fprintf(
+                stderr,
+                "Curtain: it runs already on this display, and without %s it cannot be asked to open\n",
+                claim == Claim::noBus ? "a session bus" : "its name on the session bus");
             return EXIT_FAILURE;
         }
         break;

@@ -9,6 +9,7 @@ from desktop_case import SECONDS_TO_END, SHORTCUT_MASK, XTERM, DesktopCase, Disp
 
 NOT_SAVED = "Curtain: the settings cannot be saved in {} (Not a directory); changes last until Curtain ends\n"
 NO_BUS = "Curtain: there is no session bus, so the icon shows only in trays of X windows\n"
+NAME_TAKEN = "Curtain: another program has its name on the session bus, so menus and scripts do not reach this one\n"
 # In the toolkit's words.
 SERVER_GONE = "The X11 connection broke (error 1). Did the X11 server die?\n"
 
@@ -68,6 +69,21 @@ class StartTest(DesktopCase):
                 wait_until(self.desktop.tray_icon, "the tray icon is there")
                 self.end_curtain()
                 self.desktop.end_programs()
+
+    def hold_name(self):
+        """A program that has Curtain's name on the bus."""
+        code = ("from gi.repository import Gio, GLib; "
+                "Gio.bus_own_name(Gio.BusType.SESSION, 'com.curtain.Curtain', 0, None, None, None); GLib.MainLoop().run()")
+        holder = self.desktop.start("/usr/bin/python3", "-c", code)
+        wait_until(self.is_on_bus, "the name is taken", seen=holder.complaints)
+        return holder
+
+    def test_works_beside_another_program_that_has_its_name(self):
+        self.hold_name()
+        self.expected_complaints = NAME_TAKEN
+        self.assert_works(XTERM)
+        self.assert_refuses(NAME_TAKEN + "Curtain: it runs already on this display, and without its name on the session bus "
+                            "it cannot be asked to open")
 
     def test_starts_once_without_a_session_bus(self):
         run = self.scratch / "run"

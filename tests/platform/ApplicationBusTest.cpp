@@ -14,10 +14,14 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
+
+#include <unistd.h>
 
 namespace {
 
@@ -27,13 +31,19 @@ using testing::IsEmpty;
 using TestSupport::spinUntil;
 
 const auto name = QStringLiteral("com.curtain.Test");
+constexpr std::chrono::seconds patience{30};
+
+LinuxPlatform::NameOwner isThisSessions(std::uint32_t /*process*/) {
+    return LinuxPlatform::NameOwner::thisSessions;
+}
 
 struct ApplicationBusTest : testing::Test {
     QDBusConnection ownConnection =
         QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("own"));
     QDBusConnection caller =
         QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("caller"));
-    std::unique_ptr<ApplicationBus> bus = std::make_unique<ApplicationBus>(ownConnection, name);
+    std::unique_ptr<ApplicationBus> bus =
+        std::make_unique<ApplicationBus>(ownConnection, name, isThisSessions);
     std::vector<std::string> done;
 
     ~ApplicationBusTest() override {
@@ -110,7 +120,7 @@ TEST_F(ApplicationBusTest, TheSecondOneMakesTheFirstOneOpen) {
     auto claim = ApplicationBus::Claim::noBus;
     bool isDone = false;
     std::thread second([&] {
-        ApplicationBus other(caller, name);
+        ApplicationBus other(caller, name, isThisSessions);
         claim = other.claim();
         isDone = true;
     });
@@ -142,7 +152,7 @@ TEST_F(ApplicationBusTest, OneThatIsJustEndingIsReplaced) {
     auto claim = ApplicationBus::Claim::noBus;
     std::atomic<bool> isDone = false;
     std::thread second([&] {
-        ApplicationBus other(caller, name);
+        ApplicationBus other(caller, name, isThisSessions);
         claim = other.claim();
         isDone = true;
     });
@@ -152,9 +162,45 @@ TEST_F(ApplicationBusTest, OneThatIsJustEndingIsReplaced) {
     ownConnection.unregisterObject(path);
 }
 
+TEST_F(ApplicationBusTest, AnotherProgramAndAnotherSessionAreTakenForWhatTheyAreAndNotAsked) {
+    using LinuxPlatform::NameOwner;
+    ASSERT_EQ(bus->claim(), ApplicationBus::Claim::first);
+    bus->setActions(actions());
+    std::vector<std::uint32_t> judged;
+    for (const auto& [owner, expected] :
+         {std::pair(NameOwner::stranger, ApplicationBus::Claim::stranger),
+          std::pair(NameOwner::anotherSessions, ApplicationBus::Claim::otherSession)}) {
+        ApplicationBus other(caller, name, [&, owner = owner](std::uint32_t process) {
+            judged.push_back(process);
+            return owner;
+        });
+        EXPECT_EQ(other.claim(), expected);
+    }
+    const auto self = static_cast<std::uint32_t>(getpid());
+    EXPECT_THAT(judged, ElementsAre(self, self));
+    // What was asked would have come before this.
+    activateAction(QStringLiteral("quit"));
+    EXPECT_THAT(done, ElementsAre("quit"));
+}
+
+TEST_F(ApplicationBusTest, OneBesideAnotherProgramHasTheNameOnceThatHasGone) {
+    auto stranger = QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("stranger"));
+    ASSERT_TRUE(stranger.registerService(name));
+    bus = std::make_unique<ApplicationBus>(ownConnection, name,
+                                           [](auto) { return LinuxPlatform::NameOwner::stranger; });
+    ASSERT_EQ(bus->claim(), ApplicationBus::Claim::stranger);
+    bus->setActions(actions());
+    QDBusConnection::disconnectFromBus(QStringLiteral("stranger"));
+    stranger = QDBusConnection(QString());
+    EXPECT_TRUE(
+        spinUntil([&] { return activateAction(QStringLiteral("quit")).type() == QDBusMessage::ReplyMessage; },
+                  patience));
+    EXPECT_THAT(done, ElementsAre("quit"));
+}
+
 TEST_F(ApplicationBusTest, MoreCallsThanAPersonMakesAreRefusedForAWhile) {
     LinuxPlatform::CallRate::Clock::time_point now;
-    bus = std::make_unique<ApplicationBus>(ownConnection, name,
+    bus = std::make_unique<ApplicationBus>(ownConnection, name, isThisSessions,
                                            LinuxPlatform::CallRate([&] { return now; }));
     ASSERT_EQ(bus->claim(), ApplicationBus::Claim::first);
     bus->setActions(actions());
@@ -180,12 +226,12 @@ TEST_F(ApplicationBusTest, MoreCallsThanAPersonMakesAreRefusedForAWhile) {
 TEST_F(ApplicationBusTest, TheNameIsFreeOnceTheFirstOneHasGone) {
     ASSERT_EQ(bus->claim(), ApplicationBus::Claim::first);
     bus.reset();
-    ApplicationBus next(caller, name);
+    ApplicationBus next(caller, name, isThisSessions);
     EXPECT_EQ(next.claim(), ApplicationBus::Claim::first);
 }
 
 TEST_F(ApplicationBusTest, WithoutABusThereIsNothingToAgreeOn) {
-    ApplicationBus lonely(QDBusConnection(QStringLiteral("none")), name);
+    ApplicationBus lonely(QDBusConnection(QStringLiteral("none")), name, isThisSessions);
     EXPECT_EQ(lonely.claim(), ApplicationBus::Claim::noBus);
 }
 

@@ -3,6 +3,7 @@
 #include <QDBusConnectionInterface>
 #include <QDBusError>
 #include <QDBusMessage>
+#include <QDBusReply>
 #include <QDBusVirtualObject>
 #include <QVariantMap>
 
@@ -105,9 +106,10 @@ private:
     std::vector<std::optional<std::string>> early_;
 };
 
-ApplicationBus::ApplicationBus(QDBusConnection bus, QString name, CallRate rate)
+ApplicationBus::ApplicationBus(QDBusConnection bus, QString name, Judge judge, CallRate rate)
     : bus_(std::move(bus)),
       name_(std::move(name)),
+      judge_(std::move(judge)),
       object_(std::make_unique<Object>(std::move(rate))) {}
 
 ApplicationBus::~ApplicationBus() {
@@ -126,6 +128,14 @@ ApplicationBus::Claim ApplicationBus::claim() {
     if (bus_.registerService(name_)) {
         return Claim::first;
     }
+    // Without a number it has ended meanwhile, or is of another computer.
+    const QDBusReply<uint> owner = bus_.interface()->servicePid(name_);
+    const auto verdict = owner.isValid() ? judge_(owner.value()) : NameOwner::thisSessions;
+    if (verdict != NameOwner::thisSessions) {
+        return waitForName()                    ? Claim::first
+               : verdict == NameOwner::stranger ? Claim::stranger
+                                                : Claim::otherSession;
+    }
     auto call = QDBusMessage::createMethodCall(name_, pathOf(name_), applicationInterface,
                                                QStringLiteral("Activate"));
     call.setArguments({QVariantMap()});
@@ -136,6 +146,13 @@ ApplicationBus::Claim ApplicationBus::claim() {
     }
     // One that was about to end is gone now.
     return bus_.registerService(name_) ? Claim::first : Claim::otherSilent;
+}
+
+/// Returns whether it has become free meanwhile.
+bool ApplicationBus::waitForName() {
+    using Interface = QDBusConnectionInterface;
+    const auto reply = bus_.interface()->registerService(name_, Interface::QueueService);
+    return reply.isValid() && reply.value() == Interface::ServiceRegistered;
 }
 
 void ApplicationBus::setActions(Actions actions) {
