@@ -20,6 +20,7 @@
 #include <QGuiApplication>
 #include <QLoggingCategory>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -28,6 +29,7 @@
 #include <string_view>
 #include <utility>
 
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace {
@@ -35,6 +37,16 @@ namespace {
 void printLine(const std::string& line) {
     std::printf("%s\n", line.c_str());
     std::fflush(stdout);
+}
+
+/// A dump of the memory would hold the camera's pictures and the voice. With a limit of 0 the kernel still
+/// hands one to a program that collects them.
+void leaveNoDump() {
+    rlimit limit{};
+    if (getrlimit(RLIMIT_CORE, &limit) == 0) {
+        limit.rlim_cur = std::min<rlim_t>(1, limit.rlim_max);
+        setrlimit(RLIMIT_CORE, &limit);
+    }
 }
 
 /// What a command line other than the bare name asks for; the process's status.
@@ -80,6 +92,7 @@ int main(int argumentCount, char** arguments) {
     if (argumentCount > 1) {
         return answerOption(argumentCount, arguments);
     }
+    leaveNoDump();
     LinuxPlatform::leaveSilentSessionBus();
     const auto session = LinuxPlatform::probeSession(LinuxPlatform::sourcesOfThisSession());
     if (const auto problem = LinuxPlatform::missingXServer(session);

@@ -1,9 +1,12 @@
 """Checks that Curtain starts, lives and ends well where something around it is missing, broken or going away."""
 
+import re
+import resource
 import signal
 import socket
 import time
 import unittest
+from pathlib import Path
 
 from desktop_case import SECONDS_TO_END, SHORTCUT_MASK, XTERM, DesktopCase, Display, Key, wait_until
 
@@ -69,6 +72,13 @@ class StartTest(DesktopCase):
                 wait_until(self.desktop.tray_icon, "the tray icon is there")
                 self.end_curtain()
                 self.desktop.end_programs()
+
+    def test_leaves_no_dump_of_its_memory(self):
+        self.start_curtain()
+        limits = Path(f"/proc/{self.curtain.pid}/limits").read_text()
+        soft = re.search(r"^Max core file size +(\w+)", limits, re.MULTILINE)[1]
+        # With 0 it would still go to a program that collects dumps.
+        self.assertIn(soft, {"1", "0"} if resource.getrlimit(resource.RLIMIT_CORE)[1] == 0 else {"1"})
 
     def hold_name(self):
         """A program that has Curtain's name on the bus."""
