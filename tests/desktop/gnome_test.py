@@ -227,6 +227,10 @@ class GnomeTest(GnomeShell, DesktopCase):
         for name in ("foot", "XTerm"):
             self.do_with(name, "Main.activateWindow(window)")
         wait_until(self.shows_all, "their user has brought them back", seen=self.shows_private)
+        # Else the start of another test would take the privacy mode up.
+        self.start_curtain()
+        wait_until(self.shows_only_open, "the next start hides them", seen=self.shows_private)
+        self.give_back()
 
     def test_the_next_one_takes_up_what_a_killed_one_had_hidden(self):
         self.start_with_windows()
