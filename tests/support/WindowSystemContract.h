@@ -72,6 +72,18 @@ struct WindowSystemContract : testing::Test {
         EXPECT_TRUE(waitUntil([&] { return !isHidden(window); }));
     }
 
+    void goAtOnceAndComeBack(std::size_t count) {
+        std::vector<WindowId> windows;
+        while (windows.size() < count) {
+            windows.push_back(world.open("many"));
+        }
+        ASSERT_TRUE(waitUntil([&] { return system().windows().size() == count; }));
+        system().hide(windows);
+        EXPECT_TRUE(waitUntil([&] { return areAllHidden(true); }));
+        system().show(windows);
+        EXPECT_TRUE(waitUntil([&] { return areAllHidden(false); }));
+    }
+
     std::ptrdiff_t countOf(WindowEvent event, WindowId window) {
         return std::ranges::count(events, std::pair(event, window));
     }
@@ -207,17 +219,12 @@ TYPED_TEST_P(WindowSystemContract, RequestsAboutWindowsThatAreGoneAreHarmless) {
     EXPECT_THAT(this->listed(), testing::ElementsAre(other));
 }
 
+TYPED_TEST_P(WindowSystemContract, FiftyWindowsGoAtOnceAndComeBack) {
+    this->goAtOnceAndComeBack(50);
+}
+
 TYPED_TEST_P(WindowSystemContract, FiveHundredWindowsGoAtOnceAndComeBack) {
-    constexpr std::size_t count = 500;
-    std::vector<LinuxPlatform::WindowId> windows;
-    while (windows.size() < count) {
-        windows.push_back(this->world.open("many"));
-    }
-    ASSERT_TRUE(this->waitUntil([&] { return this->system().windows().size() == count; }));
-    this->system().hide(windows);
-    EXPECT_TRUE(this->waitUntil([&] { return this->areAllHidden(true); }));
-    this->system().show(windows);
-    EXPECT_TRUE(this->waitUntil([&] { return this->areAllHidden(false); }));
+    this->goAtOnceAndComeBack(500);
 }
 
 REGISTER_TYPED_TEST_SUITE_P(WindowSystemContract, CanHideAndKnowsEveryWindow,
@@ -226,7 +233,7 @@ REGISTER_TYPED_TEST_SUITE_P(WindowSystemContract, CanHideAndKnowsEveryWindow,
                             HiddenWindowStaysInTheListAndOthersStayInView,
                             HidingAndShowingTwiceIsAsGoodAsOnce, WindowThatIsHiddenAndShownAtOnceIsShown,
                             WindowThatItsUserBringsBackIsAnnounced,
-                            RequestsAboutWindowsThatAreGoneAreHarmless,
+                            RequestsAboutWindowsThatAreGoneAreHarmless, FiftyWindowsGoAtOnceAndComeBack,
                             FiveHundredWindowsGoAtOnceAndComeBack);
 
 } // namespace TestSupport
