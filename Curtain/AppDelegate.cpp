@@ -366,6 +366,7 @@ void AppDelegate::installReadinessProviders() {
     QObject::connect(&cameraManager_, &CameraPreviewManager::findingChanged, &cameraManager_,
                      [this] { refreshReadiness(); });
     coordinator().isPrivacyModeActive = [this] { return engine().isActive(); };
+    coordinator().isPrivacyModeAutomatic = [this] { return autoActivated_; };
     coordinator().isDoNotDisturbOn = [this] { return platform_.doNotDisturb->isOn(); };
     quietChanges_ = platform_.doNotDisturb->addObserver(lifetime_.weak([this] { coordinator().refresh(); }));
     coordinator().cameraReadinessProvider = [this]() -> ProviderReadiness {
@@ -409,15 +410,7 @@ void AppDelegate::setupAutoDetection() {
     } else {
         platform_.log->writeLine("Curtain: notificaciones desactivadas (sin bundle)");
     }
-    notifier_.onUndo = [this] {
-        const CurtainCore::PreferencesStore::Action action(store_);
-        if (engine().isActive()) {
-            deactivatePrivacyMode();
-            setAutoActivated(false);
-            updateIcon();
-            refreshReadiness();
-        }
-    };
+    notifier_.onUndo = [this] { undo(); };
     notifier_.onReveal = [this](const std::string& bundleID) {
         const CurtainCore::PreferencesStore::Action action(store_);
         returns_.erase(bundleID);
@@ -607,6 +600,7 @@ Platform::View AppDelegate::makeReadinessView() {
         .onFixEverything = lifetime_.weak([this] { fixEverything(); }),
         .onHidePrivateApps = lifetime_.weak([this] { hidePrivateApps(); }),
         .onRestore = lifetime_.weak([this] { restore(); }),
+        .onUndo = lifetime_.weak([this] { undo(); }),
         .onToggleDesktop = lifetime_.weak([this] { toggleDesktop(); }),
         .onSelectCamera = lifetime_.weak([this](const std::string& cameraID) { selectCamera(cameraID); }),
         .onTakePhoto = lifetime_.weak([this] { cameraManager_.capture(); }),
@@ -715,11 +709,8 @@ void AppDelegate::handleDetection(CurtainCore::DetectionConfidence confidence) {
 }
 
 void AppDelegate::undoAutomaticActivation() {
-    if (autoActivated_ && engine().isActive()) {
-        deactivatePrivacyMode();
-        setAutoActivated(false);
-        updateIcon();
-        refreshReadiness();
+    if (autoActivated_) {
+        undo();
     }
 }
 
@@ -889,6 +880,16 @@ void AppDelegate::restore() {
     refreshReadiness();
 }
 
+void AppDelegate::undo() {
+    const CurtainCore::PreferencesStore::Action action(store_);
+    if (engine().isActive()) {
+        deactivatePrivacyMode();
+        setAutoActivated(false);
+        updateIcon();
+        refreshReadiness();
+    }
+}
+
 void AppDelegate::toggleDesktop() {
     desktopController_.setIconsHidden(!desktopController_.iconsHidden());
     coordinator().refresh();
@@ -1032,6 +1033,9 @@ void AppDelegate::updateToolTip() {
         if (const auto shortcut = hotkeys_.shortcut();
             shortcut && platform_.hotKeyService->reach() == Platform::HotKeyReach::everywhere) {
             text.append(" (").append(shortcut->description(*platform_.keyboard)).append(")");
+        }
+        if (engine().isActive() && autoActivated_) {
+            add(PlatformWording::string(CurtainCore::LocKey::privacyOnBody, lang));
         }
     }
     statusItem_->setToolTip(text);

@@ -132,6 +132,7 @@ private:
     /// Keeps them from the screen, or asks the user to where the desktop does not say whether it does.
     void seeToNotifications();
     void restore();
+    void undo();
     void toggleDesktop();
     void selectCamera(const std::string& cameraID);
     void copyPhoto();

@@ -125,6 +125,10 @@ QString MeetingReadinessView::capsuleTone() const {
                                                                   : QStringLiteral("green");
 }
 
+bool MeetingReadinessView::isPrivacyModeAutomatic() const {
+    return isPrivacyModeOn() && services_.coordinator.isPrivacyModeAutomatic();
+}
+
 bool MeetingReadinessView::isPrivacyModeInVain() const {
     return isPrivacyModeOn() && !canHideApps();
 }

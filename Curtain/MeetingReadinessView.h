@@ -30,6 +30,8 @@ struct MeetingReadinessActions {
     std::function<void()> onFixEverything;
     std::function<void()> onHidePrivateApps;
     std::function<void()> onRestore;
+    /// Ends privacy mode, as the notice of a share does.
+    std::function<void()> onUndo;
     std::function<void()> onToggleDesktop;
     std::function<void(const std::string& cameraID)> onSelectCamera;
     std::function<void()> onTakePhoto;
@@ -54,6 +56,8 @@ class MeetingReadinessView : public QObject {
     Q_PROPERTY(QString capsuleText READ capsuleText NOTIFY stateChanged)
     Q_PROPERTY(QString capsuleTone READ capsuleTone NOTIFY stateChanged)
     Q_PROPERTY(bool isPrivacyModeOn READ isPrivacyModeOn NOTIFY stateChanged)
+    /// Whether a share that was noticed has switched it on.
+    Q_PROPERTY(bool isPrivacyModeAutomatic READ isPrivacyModeAutomatic NOTIFY stateChanged)
     /// Whether it hides nothing, since nothing can be hidden here.
     Q_PROPERTY(bool isPrivacyModeInVain READ isPrivacyModeInVain NOTIFY stateChanged)
     /// One sentence on why apps cannot be hidden, empty where they can.
@@ -144,6 +148,7 @@ public:
     QString capsuleText() const;
     QString capsuleTone() const;
     bool isPrivacyModeOn() const { return state().privacyModeActive; }
+    bool isPrivacyModeAutomatic() const;
     bool isPrivacyModeInVain() const;
     QString hidingObstacle() const;
     bool canHideApps() const;
@@ -215,6 +220,7 @@ public:
     Q_INVOKABLE void fixEverything() { actions_.onFixEverything(); }
     Q_INVOKABLE void hidePrivateApps() { actions_.onHidePrivateApps(); }
     Q_INVOKABLE void restore() { actions_.onRestore(); }
+    Q_INVOKABLE void undo() { actions_.onUndo(); }
     Q_INVOKABLE void toggleDesktop() { actions_.onToggleDesktop(); }
     Q_INVOKABLE void selectCamera(const QString& id) { actions_.onSelectCamera(id.toStdString()); }
     Q_INVOKABLE void takePhoto();

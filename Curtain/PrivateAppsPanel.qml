@@ -96,7 +96,7 @@ Card {
                 objectName: "privateAppsList"
                 anchors.left: parent.left
                 width: 303
-                height: obstacle.visible ? Math.floor((obstacle.y - 8) / 42) * 42 : 178
+                height: foot.height > 0 ? Math.floor((foot.y - 8) / 42) * 42 : 178
                 model: panel.model.privateApps
                 clip: canScroll
                 interactive: canScroll
@@ -207,16 +207,39 @@ Card {
                     onClicked: panel.model.editingApps = true
                 }
             }
-            WarningCaption {
-                id: obstacle
-                objectName: "hidingObstacle"
+            // A positioner would move its items a frame later.
+            Item {
+                id: foot
                 anchors.left: parent.left
-                y: 178 - height
+                // A button does not stand close to another.
+                y: (automatic.visible ? 174 : 178) - height
                 width: 288
-                visible: text !== ""
-                text: panel.model.hidingObstacle
+                height: (obstacle.visible ? obstacle.height : 0) + (automatic.visible ? automatic.height : 0)
+                    + (obstacle.visible && automatic.visible ? 8 : 0)
+
+                WarningCaption {
+                    id: obstacle
+                    objectName: "hidingObstacle"
+                    anchors.left: parent.left
+                    width: parent.width
+                    visible: text !== ""
+                    text: panel.model.hidingObstacle
+                }
+                AutomaticNote {
+                    id: automatic
+                    anchors.left: parent.left
+                    anchors.bottom: parent.bottom
+                    width: parent.width
+                    model: panel.model
+                    onUndone: isByKey => {
+                        if (isByKey) {
+                            hide.forceActiveFocus(Qt.TabFocusReason);
+                        }
+                    }
+                }
             }
             ActionButton {
+                id: hide
                 objectName: "hidePrivateApps"
                 anchors.left: parent.left
                 y: 184

@@ -10,6 +10,7 @@ ReadinessCoordinator::ReadinessCoordinator(CurtainCore::PreferencesStore& store,
                                            Platform::Workspace& workspace, const DesktopController& desktop,
                                            const DesktopChecker& desktopChecker)
     : isPrivacyModeActive([] { return false; }),
+      isPrivacyModeAutomatic([] { return false; }),
       isDoNotDisturbOn([] { return std::nullopt; }),
       cameraReadinessProvider([] { return ProviderReadiness{}; }),
       micReadinessProvider([] { return ProviderReadiness{}; }),

@@ -31,6 +31,8 @@ public:
                          const DesktopController& desktop, const DesktopChecker& desktopChecker);
 
     std::function<bool()> isPrivacyModeActive;
+    /// Whether a share that was noticed has switched it on.
+    std::function<bool()> isPrivacyModeAutomatic;
     /// Whether the desktop shows no notices now; absent where it does not say.
     std::function<std::optional<bool>()> isDoNotDisturbOn;
     std::function<ProviderReadiness()> cameraReadinessProvider;

@@ -51,6 +51,7 @@ namespace Curtain {
     TEXT(openFocus)                                                                                          \
     TEXT(openFocusSettings)                                                                                  \
     TEXT(openSystemSettings)                                                                                 \
+    TEXT(privacyOnBody)                                                                                      \
     TEXT(privacyOnTitle)                                                                                     \
     TEXT(privateApps)                                                                                        \
     TEXT(quit)                                                                                               \
@@ -73,6 +74,7 @@ namespace Curtain {
     TEXT(tagline)                                                                                            \
     TEXT(takePhoto)                                                                                          \
     TEXT(testShareMode)                                                                                      \
+    TEXT(undo)                                                                                               \
     TEXT(visible)                                                                                            \
     TEXT(wizCompatBelong)                                                                                    \
     TEXT(wizCompatCheckApps)                                                                                 \

@@ -122,6 +122,17 @@ TEST_F(DetectionTest, TheShortcutTakesOverFromDetection) {
     EXPECT_TRUE(isPrivate());
 }
 
+TEST_F(DetectionTest, ToolTipSaysWhatTheNoticeHasSaid) {
+    launch();
+    watch(true);
+    EXPECT_EQ(fakes.statusBar.toolTip,
+              "Curtain — Privacy mode on (Ctrl+Alt+Super+H) — Detected possible screen sharing.");
+    fakes.userNotificationCenter.answer(fakes.userNotificationCenter.added.at(0), "CURTAIN_UNDO");
+    EXPECT_EQ(fakes.statusBar.toolTip, "Curtain — Privacy mode off (Ctrl+Alt+Super+H)");
+    pressShortcut();
+    EXPECT_EQ(fakes.statusBar.toolTip, "Curtain — Privacy mode on (Ctrl+Alt+Super+H)");
+}
+
 TEST_F(DetectionTest, UndoSwitchesItOffOnce) {
     launch();
     watch(true);

@@ -657,6 +657,34 @@ TEST_F(PopoverTest, UndoTakesOverFromDetection) {
     EXPECT_TRUE(isPrivate());
 }
 
+TEST_F(PopoverTest, SaysWhetherDetectionHasSwitchedPrivacyModeOn) {
+    open();
+    pressShortcut();
+    EXPECT_FALSE(view().isPrivacyModeAutomatic());
+    pressShortcut();
+    watch(true);
+    EXPECT_TRUE(view().isPrivacyModeAutomatic());
+    watch(false);
+    EXPECT_FALSE(view().isPrivacyModeAutomatic());
+}
+
+TEST_F(PopoverTest, UndoesWhatDetectionHasDoneAsItsNoticeDoes) {
+    makePrivate({"a"});
+    open();
+    watch(true);
+    takeCalls();
+    view().undo();
+    EXPECT_THAT(takeCalls(), ElementsAre("unhide a", "activate a 2"));
+    EXPECT_FALSE(isPrivate());
+    EXPECT_FALSE(view().isPrivacyModeAutomatic());
+    EXPECT_THAT(fakes.userNotificationCenter.delivered, IsEmpty());
+    view().undo();
+    EXPECT_THAT(takeCalls(), IsEmpty());
+    view().hidePrivateApps();
+    watch(false);
+    EXPECT_TRUE(isPrivate());
+}
+
 TEST_F(PopoverTest, HidingAndFixingLeaveItToDetection) {
     open();
     watch(true);
@@ -716,6 +744,9 @@ TEST_F(PopoverTest, EveryChangeOfTheModeRefreshesTwiceAndTheDesktopButtonOnce) {
     EXPECT_EQ(refreshesAfter([&] { watch(true); }), 2 + looksOfAWatch);
     const auto notice = fakes.userNotificationCenter.added.back();
     EXPECT_EQ(refreshesAfter([&] { fakes.userNotificationCenter.answer(notice, "CURTAIN_UNDO"); }), 2);
+    EXPECT_EQ(refreshesAfter([&] { watch(false); }), looksOfAWatch);
+    EXPECT_EQ(refreshesAfter([&] { watch(true); }), 2 + looksOfAWatch);
+    EXPECT_EQ(refreshesAfter([&] { view().undo(); }), 2);
 }
 
 TEST_F(PopoverTest, ChoosingACameraStoresAndStartsIt) {

@@ -157,6 +157,12 @@ INSTANTIATE_TEST_SUITE_P(
                              center.answer(center.added.at(0), "CURTAIN_UNDO");
                          },
                          true},
+                    Exit{"UndoInThePopover",
+                         [](auto& test) {
+                             test.click();
+                             test.view().undo();
+                         },
+                         true},
                     Exit{"AProgram",
                          [](auto& test) {
                              test.delegate->privacyRequested(Curtain::AppDelegate::PrivacyRequest::off);

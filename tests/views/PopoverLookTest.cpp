@@ -213,6 +213,65 @@ TEST_F(PopoverLook, EveryObstacle) {
     }
 }
 
+/// Has privacy mode on since a share was noticed.
+void switchOnBySharing(ReadinessWorld& world) {
+    world.isPrivacyModeActive = true;
+    world.isPrivacyModeAutomatic = true;
+    world.coordinator.refresh();
+}
+
+/// It says what the notice has said, between the list and the button and close to neither.
+void expectNoteAboveItsButton(ShownView& shown, ReadinessWorld& world) {
+    EXPECT_THAT(shown.texts(),
+                testing::IsSupersetOf({world.view->texts()->privacyOnBody(), world.view->texts()->undo()}));
+    const auto note = shown.place("automaticNote");
+    EXPECT_TRUE(note.contains(shown.place("undo")));
+    EXPECT_GE(note.top(), shown.place("privateAppsList").bottom() + 8);
+    EXPECT_LE(note.bottom() + 8, shown.place("hidePrivateApps").top());
+}
+
+TEST_F(PopoverLook, AShareWasNoticed) {
+    inEveryLanguage(
+        "automatic",
+        [](auto& world) {
+            world.makeRisky();
+            world.workspace.quitAll();
+            for (const auto* const app : {"org.app.Messages", "org.app.Mail", "org.app.Safe"}) {
+                world.workspace.run(app).hidden = true;
+            }
+            switchOnBySharing(world);
+        },
+        expectNoteAboveItsButton);
+}
+
+TEST_F(PopoverLook, AShareWasNoticedInVain) {
+    inEveryLanguage(
+        "automatic-in-vain",
+        [](auto& world) {
+            world.makeRisky();
+            switchOnBySharing(world);
+            hideNothing(world, true);
+        },
+        [](auto& shown, auto& world) {
+            expectNoteAboveItsButton(shown, world);
+            EXPECT_GE(shown.place("automaticNote").top(), shown.place("hidingObstacle").bottom() + 8);
+        });
+}
+
+TEST_F(PopoverLook, AShareWasNoticedWithoutPrivateApps) {
+    inEveryLanguage(
+        "automatic-no-apps",
+        [](auto& world) {
+            world.makeRisky();
+            world.setPrivateApps({});
+            switchOnBySharing(world);
+        },
+        [](auto& shown, auto& world) {
+            expectNoteAboveItsButton(shown, world);
+            EXPECT_GE(shown.place("automaticNote").top(), shown.place("choosePrivateApps").bottom() + 8);
+        });
+}
+
 TEST_F(PopoverLook, NoPrivateAppsWhereNothingCanBeHidden) {
     inEveryLanguage("no-apps-no-hiding", [](auto& world) {
         world.makeClear();

@@ -196,6 +196,38 @@ TEST_F(Popover, HideWorksWhileAPrivateAppIsVisibleAndSaysWhatIsMissing) {
     EXPECT_FALSE(shown->find("hidePrivateApps")->isEnabled());
 }
 
+TEST_F(Popover, WhatAShareHasSwitchedOnCanBeUndone) {
+    world.makeRisky();
+    show();
+    EXPECT_EQ(shown->find("undo"), nullptr);
+    world.isPrivacyModeActive = true;
+    world.coordinator.refresh();
+    EXPECT_EQ(shown->find("undo"), nullptr) << "its user has switched it on";
+    world.isPrivacyModeAutomatic = true;
+    world.coordinator.refresh();
+    shown->settle();
+    EXPECT_THAT(shown->texts(), Contains(QString("Detected possible screen sharing.")));
+    shown->click("undo");
+    EXPECT_THAT(world.actions, ElementsAre("undo"));
+    EXPECT_EQ(shown->find("undo"), nullptr);
+    EXPECT_THAT(shown->texts(), Not(Contains(QString("Detected possible screen sharing."))));
+    EXPECT_EQ(shown->place("privateAppsList").height(), 178) << "the list has its room again";
+}
+
+TEST_F(Popover, UndoingByKeyboardLeavesItWithTheNextButton) {
+    world.makeRisky();
+    world.isPrivacyModeActive = world.isPrivacyModeAutomatic = true;
+    world.coordinator.refresh();
+    show();
+    shown->find("undo")->forceActiveFocus(Qt::TabFocusReason);
+    auto* const spoken = QAccessible::queryAccessibleInterface(shown->find("undo"));
+    EXPECT_EQ(spoken->text(QAccessible::Name), "Undo");
+    EXPECT_EQ(spoken->text(QAccessible::Description), "Detected possible screen sharing.");
+    shown->press(Qt::Key_Space);
+    EXPECT_THAT(world.actions, ElementsAre("undo"));
+    EXPECT_EQ(focused(), "hidePrivateApps");
+}
+
 TEST_F(Popover, MediumAndHighRiskLookAlike) {
     show();
     const auto colours = [&] {

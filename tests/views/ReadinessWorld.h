@@ -84,12 +84,14 @@ struct ReadinessWorld {
     /// The actions that the view asked for, in order.
     std::vector<std::string> actions;
     bool isPrivacyModeActive = false;
+    bool isPrivacyModeAutomatic = false;
     Curtain::ProviderReadiness cameraReadiness;
     Curtain::ProviderReadiness micReadiness;
     std::shared_ptr<Curtain::MeetingReadinessView> view;
 
     ReadinessWorld() {
         coordinator.isPrivacyModeActive = [this] { return isPrivacyModeActive; };
+        coordinator.isPrivacyModeAutomatic = [this] { return isPrivacyModeAutomatic; };
         coordinator.cameraReadinessProvider = [this] { return cameraReadiness; };
         coordinator.micReadinessProvider = [this] { return micReadiness; };
         capture.cameras = {{"front", "Integrated Camera"}, {"desk", "Desk View Camera"}};
@@ -101,6 +103,11 @@ struct ReadinessWorld {
         callbacks.onFixEverything = note("fixEverything");
         callbacks.onHidePrivateApps = note("hidePrivateApps");
         callbacks.onRestore = note("restore");
+        callbacks.onUndo = [this] {
+            actions.emplace_back("undo");
+            isPrivacyModeActive = isPrivacyModeAutomatic = false;
+            coordinator.refresh();
+        };
         callbacks.onToggleDesktop = note("toggleDesktop");
         callbacks.onSelectCamera = [this](const std::string& id) { actions.push_back("selectCamera " + id); };
         callbacks.onTakePhoto = note("takePhoto");
