@@ -1,5 +1,6 @@
 #include "platform/linux/session/ApplicationBus.h"
 
+#include "tests/support/BusQuestion.h"
 #include "tests/support/EventLoop.h"
 
 #include <QDBusConnection>
@@ -63,9 +64,7 @@ struct ApplicationBusTest : testing::Test {
         auto message = QDBusMessage::createMethodCall(name, QStringLiteral("/com/curtain/Test"),
                                                       QStringLiteral("org.freedesktop.Application"), method);
         message.setArguments(arguments);
-        const auto pending = caller.asyncCall(message);
-        EXPECT_TRUE(spinUntil([&] { return pending.isFinished(); }));
-        return pending.reply();
+        return TestSupport::askOverBus(caller, message);
     }
 
     QDBusMessage activateAction(const QString& action) {

@@ -1,6 +1,7 @@
 #include "platform/linux/hotkeys/gnome/GnomeHotKeyService.h"
 
 #include "platform/qt/QtMainQueue.h"
+#include "tests/support/BusQuestion.h"
 #include "tests/support/FakeHotKeyService.h"
 #include "tests/support/GnomeShellStandIn.h"
 #include "tests/support/HotKeyServiceContract.h"
@@ -11,6 +12,7 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -27,6 +29,7 @@ using Platform::HotKeyReach;
 
 const auto curtainName = QStringLiteral("com.curtain.Curtain");
 constexpr unsigned control = 4;
+constexpr std::chrono::seconds patience{30};
 
 /// A keyboard on which every key but one has a number.
 std::optional<std::uint32_t> scanCodeOf(std::int64_t keyCode) {
@@ -56,7 +59,8 @@ struct GnomeHotKeyWorld {
         auto standIn = std::make_unique<FakeHotKeyService>();
         x11 = standIn.get();
         x11->heard = HotKeyReach::inX11WindowsOnly;
-        keys = std::make_unique<GnomeHotKeyService>(bus, queue, log, scanCodeOf, std::move(standIn));
+        keys =
+            std::make_unique<GnomeHotKeyService>(bus, queue, log, scanCodeOf, std::move(standIn), patience);
     }
 
     bool comesTo(HotKeyReach reach) {
@@ -73,10 +77,9 @@ struct GnomeHotKeyWorld {
     }
     /// What the shell has sent is here when it answers on the same connection; then the queue tells of it.
     void settle() {
-        const QDBusPendingCallWatcher answer(bus.asyncCall(QDBusMessage::createMethodCall(
-            QStringLiteral("org.gnome.Shell"), QStringLiteral("/org/gnome/Shell"),
-            QStringLiteral("com.curtain.Test.Shell"), QStringLiteral("GrabbedKeys"))));
-        EXPECT_TRUE(spinUntil([&] { return answer.isFinished(); }));
+        askOverBus(bus, QDBusMessage::createMethodCall(
+                            QStringLiteral("org.gnome.Shell"), QStringLiteral("/org/gnome/Shell"),
+                            QStringLiteral("com.curtain.Test.Shell"), QStringLiteral("GrabbedKeys")));
         bool isDone = false;
         queue.async([&] { isDone = true; });
         EXPECT_TRUE(spinUntil([&] { return isDone; }));
@@ -188,9 +191,8 @@ TEST_F(GnomeHotKeyTest, NobodyElseGrabsOrTellsOfKeys) {
         QStringLiteral("com.curtain.Curtain.GnomeShell"), QStringLiteral("/com/curtain/Curtain/GnomeShell"),
         QStringLiteral("com.curtain.Curtain.GnomeShell"), QStringLiteral("GrabKey"));
     request.setArguments({50U, control});
-    const QDBusPendingCallWatcher answer(stranger.asyncCall(request));
-    ASSERT_TRUE(spinUntil([&] { return answer.isFinished(); }));
-    EXPECT_EQ(answer.error().name(), QStringLiteral("org.freedesktop.DBus.Error.AccessDenied"));
+    EXPECT_EQ(askOverBus(stranger, request).errorName(),
+              QStringLiteral("org.freedesktop.DBus.Error.AccessDenied"));
     EXPECT_EQ(world.grabbed(), 1U);
     auto told =
         QDBusMessage::createSignal(QStringLiteral("/com/curtain/Curtain/GnomeShell"),

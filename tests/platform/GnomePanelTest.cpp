@@ -3,6 +3,7 @@
 #include "platform/linux/dbus/DBusSignal.h"
 #include "platform/linux/tray/StatusNotifierHosts.h"
 #include "tests/support/BusObject.h"
+#include "tests/support/BusQuestion.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/GnomeShellStandIn.h"
 #include "tests/support/HandDrivenQueue.h"
@@ -10,7 +11,6 @@
 
 #include <QDBusConnection>
 #include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
 #include <QDBusVariant>
 #include <QStringList>
 
@@ -183,9 +183,8 @@ TEST_F(GnomePanelTest, NobodyElseGetsAButton) {
     auto request = QDBusMessage::createMethodCall(extensionName, watcherPath, watcherName,
                                                   QStringLiteral("RegisterStatusNotifierItem"));
     request.setArguments({other.baseService()});
-    const QDBusPendingCallWatcher answer(other.asyncCall(request));
-    ASSERT_TRUE(spinUntil([&] { return answer.isFinished(); }));
-    EXPECT_EQ(answer.error().name(), QStringLiteral("org.freedesktop.DBus.Error.AccessDenied"));
+    EXPECT_EQ(askOverBus(other, request).errorName(),
+              QStringLiteral("org.freedesktop.DBus.Error.AccessDenied"));
     EXPECT_THAT(texts("Button"), ElementsAre("open", "", "Curtain"));
 }
 

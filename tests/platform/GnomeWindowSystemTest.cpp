@@ -2,6 +2,7 @@
 
 #include "platform/linux/windows/StandInWindowSystem.h"
 #include "platform/qt/QtMainQueue.h"
+#include "tests/support/BusQuestion.h"
 #include "tests/support/FakeWindowSystem.h"
 #include "tests/support/GnomeShellStandIn.h"
 #include "tests/support/HandDrivenQueue.h"
@@ -9,7 +10,6 @@
 #include "tests/support/WindowSystemContract.h"
 
 #include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
 
 #include <array>
 #include <chrono>
@@ -144,9 +144,7 @@ struct GnomeWindowSystemTest : testing::Test {
         auto request = QDBusMessage::createMethodCall(extensionName, extensionPath, extensionName,
                                                       QStringLiteral("Hide"));
         request.setArguments({QVariant::fromValue(QList<qulonglong>{window})});
-        const QDBusPendingCallWatcher answer(from.asyncCall(request));
-        EXPECT_TRUE(spinUntil([&] { return answer.isFinished(); }));
-        return answer.isError() ? answer.error().name() : QString();
+        return askOverBus(from, request).errorName();
     }
 };
 

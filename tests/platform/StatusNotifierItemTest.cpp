@@ -2,6 +2,7 @@
 
 #include "platform/linux/dbus/DBusSignal.h"
 #include "tests/support/BusObject.h"
+#include "tests/support/BusQuestion.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/HandDrivenQueue.h"
 #include "tests/support/RecordingLog.h"
@@ -10,7 +11,6 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusMetaType>
-#include <QDBusPendingCallWatcher>
 #include <QDBusVariant>
 #include <QVariantList>
 
@@ -82,10 +82,9 @@ public:
                       const QVariantList& arguments) {
         auto question = QDBusMessage::createMethodCall(item, path, interface, method);
         question.setArguments(arguments);
-        const QDBusPendingCallWatcher answer(bus().asyncCall(question));
-        EXPECT_TRUE(spinUntil([&] { return answer.isFinished(); }, patience));
-        EXPECT_FALSE(answer.isError()) << answer.error().message().toStdString();
-        return answer.reply().arguments();
+        const auto answer = TestSupport::askOverBus(bus(), question, patience);
+        EXPECT_EQ(answer.type(), QDBusMessage::ReplyMessage) << answer.errorMessage().toStdString();
+        return answer.arguments();
     }
 
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& bus) override {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/linux/windows/WindowId.h"
+#include "tests/support/BusQuestion.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/PrivateBus.h"
@@ -8,7 +9,6 @@
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
 #include <QDBusReply>
 #include <QString>
 #include <QVariantList>
@@ -66,11 +66,10 @@ public:
                                                       QStringLiteral("com.curtain.Test.Shell"), method);
         request.setArguments(arguments);
         // Curtain's side goes on meanwhile.
-        const QDBusPendingCallWatcher answer(user_->asyncCall(request));
-        EXPECT_TRUE(spinUntil([&] { return answer.isFinished(); })) << method.toStdString();
-        EXPECT_FALSE(answer.isError())
-            << method.toStdString() << ": " << answer.error().message().toStdString();
-        return answer.reply().arguments().value(0);
+        const auto answer = askOverBus(*user_, request);
+        EXPECT_EQ(answer.type(), QDBusMessage::ReplyMessage)
+            << method.toStdString() << ": " << answer.errorMessage().toStdString();
+        return answer.arguments().value(0);
     }
 
     QVariant call(const QString& method, LinuxPlatform::WindowId window) const {
