@@ -337,7 +337,7 @@ void addShell(Platform::Platform& platform, Session& session) {
     platform.windows = std::make_unique<QtPlatform::LazyWindows>(session.views, windowManager);
     platform.pasteboard = std::make_unique<QtPlatform::QtPasteboard>();
     platform.savePanel = std::make_unique<PortalSavePanel>(
-        QDBusConnection::sessionBus(), QtPlatform::portalNameOfFocusedWindow,
+        QDBusConnection::sessionBus(), *platform.mainQueue, QtPlatform::portalNameOfFocusedWindow,
         std::make_unique<QtPlatform::QtSavePanel>(*platform.windows));
     platform.urlOpener =
         std::make_unique<SettingsLinkOpener>(desktopNames(environment), QtPlatform::startDetached);
@@ -370,8 +370,8 @@ LinuxCaptureServices& addCamera(Platform::Platform& platform) {
     auto& added = *cameras;
     platform.captureServices = std::move(cameras);
     // The daemon may hand out cameras whose devices are closed to the user.
-    platform.mediaAuthorization =
-        std::make_unique<LinuxMediaAuthorization>(bus, isSandboxed, [&capture = *platform.captureServices] {
+    platform.mediaAuthorization = std::make_unique<LinuxMediaAuthorization>(
+        bus, *platform.mainQueue, isSandboxed, [&capture = *platform.captureServices] {
             KernelVideoDeviceCalls calls;
             return mayUseCameras(calls) || !capture.devices().empty();
         });

@@ -1,9 +1,6 @@
 #include "platform/linux/dbus/PortalRequest.h"
 
 #include <QDBusArgument>
-#include <QDBusError>
-#include <QDBusPendingCall>
-#include <QDBusPendingCallWatcher>
 #include <QUuid>
 
 #include <utility>
@@ -37,13 +34,14 @@ QString requestPath(const QDBusConnection& bus, const QString& token) {
 
 } // namespace
 
-PortalRequest::PortalRequest(const QDBusConnection& bus, Question question, Answered answered)
-    : PortalRequest(bus, std::move(question),
+PortalRequest::PortalRequest(const QDBusConnection& bus, Platform::MainQueue& queue, Question question,
+                             Answered answered)
+    : PortalRequest(bus, queue, std::move(question),
                     QStringLiteral("curtain_") + QUuid::createUuid().toString(QUuid::Id128),
                     std::move(answered)) {}
 
-PortalRequest::PortalRequest(const QDBusConnection& bus, Question question, const QString& token,
-                             Answered answered)
+PortalRequest::PortalRequest(const QDBusConnection& bus, Platform::MainQueue& queue, Question question,
+                             const QString& token, Answered answered)
     : bus_(bus),
       path_(requestPath(bus, token)),
       answered_(std::move(answered)),
@@ -60,16 +58,17 @@ PortalRequest::PortalRequest(const QDBusConnection& bus, Question question, cons
     question.options.insert(QStringLiteral("handle_token"), token);
     call.setArguments(question.arguments);
     call << question.options;
-    auto* const watcher = new QDBusPendingCallWatcher(bus.asyncCall(call, patience.count()), &context_);
-    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, &context_, [this, watcher] {
-        watcher->deleteLater();
-        if (watcher->isError()) {
-            answer(watcher->error().type() == QDBusError::NoReply ? Outcome::silent : Outcome::notAsked);
-            return;
-        }
-        QObject::connect(&departure_, &QDBusServiceWatcher::serviceUnregistered, &context_,
-                         [this] { answer(Outcome::departed); });
-    });
+    call_.emplace(bus, queue, call, patience,
+                  [this](const std::optional<QDBusMessage>& reply) { receiveReply(reply); });
+}
+
+void PortalRequest::receiveReply(const std::optional<QDBusMessage>& reply) {
+    if (!reply || reply->type() == QDBusMessage::ErrorMessage) {
+        answer(reply ? Outcome::notAsked : Outcome::silent);
+        return;
+    }
+    QObject::connect(&departure_, &QDBusServiceWatcher::serviceUnregistered, &context_,
+                     [this] { answer(Outcome::departed); });
 }
 
 void PortalRequest::withdraw() {

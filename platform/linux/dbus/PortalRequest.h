@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/MainQueue.h"
+#include "platform/linux/dbus/BoundedCall.h"
 #include "platform/linux/dbus/DBusSignal.h"
 
 #include <QDBusConnection>
@@ -11,6 +13,7 @@
 
 #include <chrono>
 #include <functional>
+#include <optional>
 
 namespace LinuxPlatform {
 
@@ -45,14 +48,17 @@ public:
     /// `results` are what the method says that they are, empty unless the outcome is yes.
     using Answered = std::function<void(Outcome outcome, const QVariantMap& results)>;
 
-    /// `answered` may end the request.
-    PortalRequest(const QDBusConnection& bus, Question question, Answered answered);
+    /// `answered` may end the request. `queue` outlives it.
+    PortalRequest(const QDBusConnection& bus, Platform::MainQueue& queue, Question question,
+                  Answered answered);
 
     /// Takes the question from the screen. Nobody is told any more.
     void withdraw();
 
 private:
-    PortalRequest(const QDBusConnection& bus, Question question, const QString& token, Answered answered);
+    PortalRequest(const QDBusConnection& bus, Platform::MainQueue& queue, Question question,
+                  const QString& token, Answered answered);
+    void receiveReply(const std::optional<QDBusMessage>& reply);
     void receive(const QDBusMessage& response);
     void answer(Outcome outcome, const QVariantMap& results = {});
 
@@ -61,8 +67,9 @@ private:
     Answered answered_;
     DBusSignal response_;
     QDBusServiceWatcher departure_;
-    /// Receives the method's reply.
     QObject context_;
+    /// Empty where there is no bus.
+    std::optional<BoundedCall> call_;
 };
 
 } // namespace LinuxPlatform

@@ -32,9 +32,10 @@ AuthorizationStatus statusAfter(PortalRequest::Outcome outcome) {
 
 } // namespace
 
-LinuxMediaAuthorization::LinuxMediaAuthorization(QDBusConnection sessionBus, bool isSandboxed,
-                                                 std::function<bool()> mayUseCameras)
+LinuxMediaAuthorization::LinuxMediaAuthorization(QDBusConnection sessionBus, Platform::MainQueue& queue,
+                                                 bool isSandboxed, std::function<bool()> mayUseCameras)
     : sessionBus_(std::move(sessionBus)),
+      queue_(queue),
       mayUseCameras_(std::move(mayUseCameras)) {
     // No portal asks about microphones: a sandbox has the sound server's socket, or has not.
     accesses_[MediaType::audio].status = AuthorizationStatus::authorized;
@@ -71,7 +72,7 @@ void LinuxMediaAuthorization::ask(MediaType type) {
         answered(type, statusAfter(outcome));
     };
     accesses_.at(type).request = std::make_unique<PortalRequest>(
-        sessionBus_,
+        sessionBus_, queue_,
         PortalRequest::Question{
             QStringLiteral("org.freedesktop.portal.Camera"), QStringLiteral("AccessCamera"), {}, {}},
         answer);

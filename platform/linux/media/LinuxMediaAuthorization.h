@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/MainQueue.h"
 #include "platform/MediaAuthorization.h"
 #include "platform/linux/dbus/PortalRequest.h"
 
@@ -18,8 +19,9 @@ namespace LinuxPlatform {
 /// the question to programs inside of it.
 class LinuxMediaAuthorization : public Platform::MediaAuthorization {
 public:
-    /// `mayUseCameras` says whether the user may open cameras; without it, he may. It is asked each time.
-    LinuxMediaAuthorization(QDBusConnection sessionBus, bool isSandboxed,
+    /// `queue` outlives this object. `mayUseCameras` says whether the user may open cameras; without it, he
+    /// may. It is asked each time.
+    LinuxMediaAuthorization(QDBusConnection sessionBus, Platform::MainQueue& queue, bool isSandboxed,
                             std::function<bool()> mayUseCameras = nullptr);
 
     static bool isThisProcessSandboxed();
@@ -39,6 +41,7 @@ private:
     void answered(Platform::MediaType type, Platform::AuthorizationStatus status);
 
     QDBusConnection sessionBus_;
+    Platform::MainQueue& queue_;
     std::function<bool()> mayUseCameras_;
     std::map<Platform::MediaType, Access> accesses_;
 };

@@ -4,10 +4,7 @@
 #include "platform/linux/savepanel/PortalFileFilter.h"
 
 #include <QByteArray>
-#include <QDBusError>
 #include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
 #include <QDBusVariant>
 #include <QMimeDatabase>
 
@@ -39,11 +36,18 @@ QVariantMap optionsOf(const Platform::SavePanelOptions& options) {
     return map;
 }
 
+/// 0 where it tells none.
+unsigned versionIn(const QDBusMessage& answer) {
+    return answer.arguments().value(0).value<QDBusVariant>().variant().toUInt();
+}
+
 } // namespace
 
-PortalSavePanel::PortalSavePanel(QDBusConnection bus, std::function<QString()> window,
+PortalSavePanel::PortalSavePanel(QDBusConnection bus, Platform::MainQueue& queue,
+                                 std::function<QString()> window,
                                  std::unique_ptr<Platform::SavePanel> otherwise)
     : bus_(std::move(bus)),
+      queue_(queue),
       window_(std::move(window)),
       otherwise_(std::move(otherwise)),
       portal_(bus_, portalName, [] {}) {
@@ -68,32 +72,28 @@ void PortalSavePanel::open(const Platform::SavePanelOptions& options,
 }
 
 void PortalSavePanel::askForVersion(const Opening& opening) {
-    version_ = std::make_unique<QObject>();
     auto question = QDBusMessage::createMethodCall(
         portalName, QStringLiteral("/org/freedesktop/portal/desktop"),
         QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
     question.setArguments({fileChooser, QStringLiteral("version")});
-    auto* const watcher = new QDBusPendingCallWatcher(
-        bus_.asyncCall(question, PortalRequest::patience.count()), version_.get());
-    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, version_.get(), [this, watcher, opening] {
-        const QDBusPendingReply<QDBusVariant> reply = *watcher;
-        const bool isThere = reply.isValid() && reply.value().variant().toUInt() >= 1;
-        // It is what is calling.
-        version_.release()->deleteLater();
-        if (isThere) {
-            ask(opening);
-            return;
-        }
-        if (reply.error().type() == QDBusError::NoReply) {
-            silentPortal_ = opening.portal;
-        }
-        openOther(opening.options);
-    });
+    version_ = std::make_unique<BoundedCall>(bus_, queue_, question, PortalRequest::patience,
+                                             [this, opening](const std::optional<QDBusMessage>& answer) {
+                                                 // Kept until here: it is what is calling.
+                                                 const auto call = std::move(version_);
+                                                 if (answer && versionIn(*answer) >= 1) {
+                                                     ask(opening);
+                                                     return;
+                                                 }
+                                                 if (!answer) {
+                                                     silentPortal_ = opening.portal;
+                                                 }
+                                                 openOther(opening.options);
+                                             });
 }
 
 void PortalSavePanel::ask(const Opening& opening) {
     request_ = std::make_unique<PortalRequest>(
-        bus_,
+        bus_, queue_,
         PortalRequest::Question{fileChooser,
                                 QStringLiteral("SaveFile"),
                                 {opening.window, QString::fromStdString(opening.options.title)},

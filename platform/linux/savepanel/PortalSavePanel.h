@@ -1,11 +1,12 @@
 #pragma once
 
+#include "platform/MainQueue.h"
 #include "platform/SavePanel.h"
+#include "platform/linux/dbus/BoundedCall.h"
 #include "platform/linux/dbus/BusNameOwner.h"
 #include "platform/linux/dbus/PortalRequest.h"
 
 #include <QDBusConnection>
-#include <QObject>
 #include <QString>
 
 #include <functional>
@@ -21,8 +22,8 @@ namespace LinuxPlatform {
 class PortalSavePanel : public Platform::SavePanel {
 public:
     /// `window` names the window that the dialog belongs to, as portals name windows ("x11:" and its
-    /// hexadecimal number); empty for none.
-    PortalSavePanel(QDBusConnection bus, std::function<QString()> window,
+    /// hexadecimal number); empty for none. `queue` outlives this object.
+    PortalSavePanel(QDBusConnection bus, Platform::MainQueue& queue, std::function<QString()> window,
                     std::unique_ptr<Platform::SavePanel> otherwise);
 
     /// The window is taken at once. What is chosen outside the file system is told by its address, which
@@ -44,6 +45,7 @@ private:
     void openOther(const Platform::SavePanelOptions& options);
 
     QDBusConnection bus_;
+    Platform::MainQueue& queue_;
     std::function<QString()> window_;
     std::unique_ptr<Platform::SavePanel> otherwise_;
     /// How many of its completions are to come: more than one while an open one is taken over.
@@ -53,8 +55,8 @@ private:
     QString silentPortal_;
     /// Empty while the portal is not asked.
     std::function<void(const std::optional<std::string>& path)> completion_;
-    /// Receives the version; one for each request.
-    std::unique_ptr<QObject> version_;
+    /// Asks for the version; one for each request.
+    std::unique_ptr<BoundedCall> version_;
     std::unique_ptr<PortalRequest> request_;
 };
 
