@@ -116,6 +116,8 @@ int main(int argumentCount, char** arguments) {
     }
     QtPlatform::stayOutOfSavedSessions(application);
 
+    // Whoever finds it on the bus may end it.
+    const auto termination = QtPlatform::onTerminationSignal([] { QGuiApplication::quit(); });
     std::optional<LinuxPlatform::InstanceLock> lock;
     LinuxPlatform::ApplicationBus bus(
         QDBusConnection::sessionBus(), QGuiApplication::desktopFileName(), [&](std::uint32_t process) {
@@ -154,7 +156,6 @@ int main(int argumentCount, char** arguments) {
 
     auto platform = LinuxPlatform::makeLinuxPlatform(session);
     Curtain::AppDelegate delegate(platform);
-    const auto termination = QtPlatform::onTerminationSignal([] { QGuiApplication::quit(); });
     delegate.applicationDidFinishLaunching();
     using Request = Curtain::AppDelegate::PrivacyRequest;
     bus.setActions({.open = [&] { delegate.open(); },

@@ -179,6 +179,11 @@ class StartTest(DesktopCase):
 
 
 class EndTest(DesktopCase):
+    def test_ends_in_good_order_as_soon_as_it_is_on_the_bus(self):
+        self.curtain = self.launch_curtain()
+        wait_until(self.is_on_bus, "Curtain is on the bus")
+        self.end_curtain()
+
     def test_ends_on_signals(self):
         for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
             with self.subTest(number.name):
