@@ -50,7 +50,7 @@ class SettingsTest(DesktopCase):
         x, y, width, height = wait_until(lambda: icon.geometry, "the icon has a place")
         others = self.desktop.windows()
         self.run_xdotool("mousemove", x + width // 2, y + height // 2, "click", 3)
-        wait_until(self.has_menu, "the menu is up")
+        wait_until(lambda: self.has_menu() and self.display.is_keyboard_taken(), "the menu has the keyboard")
         # Open, then Settings.
         self.run_xdotool("key", "Down", "Down", "Return")
         window, = wait_until(lambda: [window for window in self.desktop.windows() if window not in others],
