@@ -15,6 +15,7 @@
 #include <gmock/gmock.h>
 
 #include <array>
+#include <chrono>
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
@@ -35,6 +36,7 @@ constexpr xcb_keycode_t altKey = 64;
 constexpr xcb_keycode_t superKey = 133;
 constexpr xcb_keycode_t hKey = 43;
 constexpr xcb_keycode_t jKey = 44;
+constexpr std::chrono::seconds patience{30};
 
 /// Types on the keyboard of the screen that KWin's window stands on.
 class ScreenTypist {
@@ -65,9 +67,10 @@ struct KGlobalAccelWorld {
     QtPlatform::QtMainQueue mainQueue;
     std::unique_ptr<LinuxPlatform::X11Connection> connection = LinuxPlatform::X11Connection::open();
     LinuxPlatform::XkbKeyboard keyboard{connection.get(), "KDE"};
-    KGlobalAccelHotKeyService keys{QDBusConnection::sessionBus(), mainQueue,
+    KGlobalAccelHotKeyService keys{QDBusConnection::sessionBus(),
+                                   mainQueue,
                                    [this](std::int64_t code) { return keyboard.symbols(code); },
-                                   KGlobalAccelHotKeyService::Patience()};
+                                   {.grant = patience, .other = patience}};
     ScreenTypist typist;
     int markers = 0;
     Platform::Subscription subscription = keys.installEventHandler([this](HotKeyEvent event, HotKeyID id) {

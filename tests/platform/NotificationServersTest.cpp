@@ -1,5 +1,6 @@
 #include "platform/linux/notifications/DBusNotificationCenter.h"
 
+#include "tests/support/BusQuestion.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/HandDrivenQueue.h"
@@ -7,7 +8,6 @@
 
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
 #include <QProcess>
 #include <QString>
 #include <QStringList>
@@ -216,10 +216,8 @@ protected:
         const auto question = QDBusMessage::createMethodCall(
             QStringLiteral("org.freedesktop.Notifications"), QStringLiteral("/org/freedesktop/Notifications"),
             QStringLiteral("org.freedesktop.Notifications"), QStringLiteral("GetServerInformation"));
-        QDBusPendingCallWatcher answer(QDBusConnection::sessionBus().asyncCall(question));
-        bool isAnswered = false;
-        QObject::connect(&answer, &QDBusPendingCallWatcher::finished, [&] { isAnswered = true; });
-        return spinUntil([&] { return isAnswered; }, patience);
+        return TestSupport::askOverBus(QDBusConnection::sessionBus(), question, patience).type() ==
+               QDBusMessage::ReplyMessage;
     }
 };
 

@@ -51,9 +51,8 @@ struct WindowSystemContract : testing::Test {
         return found && found->isHidden;
     }
 
-    bool areAllHidden(bool isHidden) {
-        return std::ranges::all_of(system().windows(),
-                                   [&](const Window& window) { return window.isHidden == isHidden; });
+    std::size_t countHidden() {
+        return static_cast<std::size_t>(std::ranges::count(system().windows(), true, &Window::isHidden));
     }
 
     WindowId open(const std::string& name) {
@@ -79,9 +78,9 @@ struct WindowSystemContract : testing::Test {
         }
         ASSERT_TRUE(waitUntil([&] { return system().windows().size() == count; }));
         system().hide(windows);
-        EXPECT_TRUE(waitUntil([&] { return areAllHidden(true); }));
+        EXPECT_TRUE(waitUntil([&] { return countHidden() == count; })) << countHidden() << " are";
         system().show(windows);
-        EXPECT_TRUE(waitUntil([&] { return areAllHidden(false); }));
+        EXPECT_TRUE(waitUntil([&] { return countHidden() == 0; })) << countHidden() << " are hidden yet";
     }
 
     std::ptrdiff_t countOf(WindowEvent event, WindowId window) {
