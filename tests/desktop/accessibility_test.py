@@ -137,6 +137,26 @@ class AccessibilityTest(AccessibilityCase):
         self.wait_shown(terminal)
         self.wait_line("panel: Private apps: 1 visible")
 
+    def test_a_share_is_said_and_undone_where_its_notice_cannot_be_seen(self):
+        def dunst(*words):
+            return subprocess.run(["dunstctl", *words], check=True, text=True, capture_output=True).stdout.strip()
+
+        self.addCleanup(dunst, "set-paused", "false")
+        self.start(autoDetectEnabled=True, notificationsMarkedHandled=False)
+        terminal = self.open_xterm(x=60, y=500)
+        capture = self.start_capture()
+        self.wait_hidden(terminal)
+        wait_until(lambda: dunst("is-paused") == "true", "dunst is quiet", seen=capture.complaints)
+        wait_until(lambda: dunst("count", "displayed") == "0", "dunst shows nothing")
+        self.open()
+        note = "label: Detected possible screen sharing."
+        self.wait_line(note)
+        self.assertEqual(self.find("push button: Undo").description, note.removeprefix("label: "))
+        self.press_button("Undo")
+        self.wait_shown(terminal)
+        wait_until(lambda: note not in self.lines(), "nothing is said of a share any more")
+        self.assertIn("label: Share your screen, not your secrets", self.lines())
+
     def test_the_voice_is_said(self):
         self.start()
         tone = self.scratch / "tone.wav"
