@@ -21,12 +21,25 @@ std::filesystem::path waylandSocket() {
     return std::filesystem::path(std::getenv("XDG_RUNTIME_DIR")) / std::getenv("WAYLAND_DISPLAY");
 }
 
-/// Compositors know only of what has been drawn.
+std::uint32_t widthOf(const X11TestClient& client, xcb_window_t window) {
+    const LinuxPlatform::XcbPointer<xcb_get_geometry_reply_t> place(
+        xcb_get_geometry_reply(client.get(), xcb_get_geometry(client.get(), window), nullptr));
+    return place ? place->width : 0;
+}
+
+/// Compositors know only of what has been drawn. labwc forgets a window whose first picture reaches it before
+/// the X server's message whose picture that is; what a mapped window asks for, it reads after that message.
 xcb_window_t openDrawn(X11TestClient& client, const std::string& name) {
     const auto window = client.create(name, name);
+    client.map(window);
+    EXPECT_TRUE(spinUntil([&] { return client.isViewable(window); }, std::chrono::minutes(1))) << name;
+    const std::uint32_t width = widthOf(client, window) + 1;
+    xcb_configure_window(client.get(), window, XCB_CONFIG_WINDOW_WIDTH, &width);
+    EXPECT_TRUE(spinUntil([&] { return widthOf(client, window) == width; }, std::chrono::minutes(1))) << name;
     constexpr std::uint32_t white = 0xFFFFFF;
     xcb_change_window_attributes(client.get(), window, XCB_CW_BACK_PIXEL, &white);
-    client.map(window);
+    xcb_clear_area(client.get(), 0, window, 0, 0, 0, 0);
+    client.sync();
     return window;
 }
 
