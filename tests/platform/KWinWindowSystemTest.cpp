@@ -162,6 +162,17 @@ TEST_F(KWinWindowSystemTest, AKWinThatRunsNoScriptsCannotHideUntilItDoes) {
     EXPECT_THAT(kwin.carriedOut, ElementsAre("show " + id));
 }
 
+TEST_F(KWinWindowSystemTest, TheWatcherRunsItselfThoughAnotherScriptHasItsPlace) {
+    kwin.countsScripts = true;
+    kwin.add(QStringLiteral("other"), 1);
+    kwin.forget(KWinStandIn::watcher());
+    kwin.lister.clear();
+    pass(3);
+    system.hidingObstacle();
+    ASSERT_TRUE(comesTo([&] { return !kwin.lister.isEmpty(); }));
+    EXPECT_EQ(kwin.lister, KWinStandIn::watcher());
+}
+
 struct KWinWatcherThatAsksTest : KWinWindowSystemTest {
     void SetUp() override {
         kwin.asks = true;

@@ -11,8 +11,10 @@
 #include <QJsonObject>
 #include <QRegularExpression>
 #include <QString>
+#include <QTimer>
 
 #include <algorithm>
+#include <chrono>
 #include <map>
 #include <string>
 #include <utility>
@@ -40,6 +42,11 @@ public:
     int refusals = 0;
     /// Requests are run when `runHeld` is called.
     bool holdsRequests = false;
+    /// Gives a script for its number how many there are. One that is unloaded counts until it has been
+    /// answered.
+    bool countsScripts = false;
+    /// The script that was the last to list the windows.
+    QString lister;
     /// Whether its watcher asks what is to be done, once, after it has reported the windows.
     bool asks = false;
     /// What the watcher was told to do is not done, as when it is unloaded at that moment.
@@ -54,6 +61,8 @@ public:
 
     /// As somebody does who unloads a script.
     void forget(const QString& script) { scripts_.erase(script); }
+    /// Of somebody else's, which does nothing.
+    void add(const QString& script, int number) { scripts_[script] = {number, {}, true}; }
     bool has(const QString& script) const { return scripts_.contains(script); }
     bool holdsSome() const { return !held_.empty(); }
     void runHeld() {
@@ -70,7 +79,7 @@ public:
         } else if (message.member() == QStringLiteral("loadScript")) {
             load(message.arguments().value(1).toString(), name, message);
         } else if (message.member() == QStringLiteral("unloadScript")) {
-            bus().send(message.createReply(scripts_.erase(name) > 0));
+            unload(name, message);
         } else if (message.member() == QStringLiteral("isScriptLoaded")) {
             bus().send(message.createReply(scripts_.contains(name)));
         } else if (message.member() == QStringLiteral("run")) {
@@ -85,6 +94,8 @@ private:
     struct Script {
         int number = 0;
         QString text;
+        /// Where the bus has an object of that number already, another gets none.
+        bool hasObject = false;
     };
 
     void load(const QString& name, const QString& path, const QDBusMessage& message) {
@@ -96,19 +107,46 @@ private:
             bus().send(message.createReply(-1));
             return;
         }
-        scripts_[name] = {lastNumber_++, QString::fromUtf8(file.readAll())};
-        bus().send(message.createReply(scripts_[name].number));
+        const auto count = static_cast<int>(scripts_.size() + leaving_.size());
+        const auto number = countsScripts ? count : lastNumber_++;
+        const auto hasIt = [number](const auto& script) {
+            return script.second.number == number && script.second.hasObject;
+        };
+        const bool isTaken = std::ranges::any_of(scripts_, hasIt) || std::ranges::any_of(leaving_, hasIt);
+        scripts_[name] = {number, QString::fromUtf8(file.readAll()), !isTaken};
+        bus().send(message.createReply(number));
+    }
+
+    void unload(const QString& name, const QDBusMessage& message) {
+        const auto script = scripts_.extract(name);
+        const auto reply = message.createReply(!script.empty());
+        if (!countsScripts) {
+            bus().send(reply);
+            return;
+        }
+        if (!script.empty()) {
+            leaving_.insert_or_assign(name, script.mapped());
+        }
+        // What is sent without waiting for the answer comes before.
+        QTimer::singleShot(std::chrono::milliseconds(20), this, [this, name, reply] {
+            leaving_.erase(name);
+            bus().send(reply);
+        });
     }
 
     void runAt(const QDBusMessage& message) {
         const auto found = std::ranges::find_if(scripts_, [&](const auto& script) {
-            return message.path() == QStringLiteral("/Scripting/Script%1").arg(script.second.number);
+            return script.second.hasObject &&
+                   message.path() == QStringLiteral("/Scripting/Script%1").arg(script.second.number);
         });
         if (found == scripts_.end()) {
             bus().send(message.createErrorReply(QDBusError::UnknownObject, message.path()));
+        } else if (found->second.text.isEmpty()) {
+            bus().send(message.createReply());
         } else if (holdsRequests && found->first == requests()) {
             held_.emplace_back(found->second, message);
         } else {
+            lister = found->first == requests() ? lister : found->first;
             run(found->second, message);
         }
     }
@@ -183,6 +221,7 @@ private:
 
     int lastNumber_ = 0;
     std::map<QString, Script> scripts_;
+    std::map<QString, Script> leaving_;
     std::vector<std::pair<Script, QDBusMessage>> held_;
 };
 

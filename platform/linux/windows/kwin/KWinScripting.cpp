@@ -82,14 +82,20 @@ void KWinScripting::run(const QString& owner, const QString& name, const std::st
 }
 
 void KWinScripting::load(const std::shared_ptr<Start>& start) {
-    // A script that is unloaded keeps its object until KWin has answered, so nothing is loaded before.
+    // A script that is unloaded keeps its place and its object until KWin has answered. Loaded before, a
+    // placeholder would get the place beyond, and be run instead of the script.
     call(start->owner, QStringLiteral("unloadScript"), {start->name},
          [this, start](const QDBusMessage& reply) {
-             if (isReply(reply)) {
-                 loadFile(start);
-             } else {
+             if (!isReply(reply)) {
                  finish(start, false);
+                 return;
              }
+             if (start->placeholders > 0) {
+                 call(start->owner, QStringLiteral("loadScript"),
+                      {start->file.fileName(), placeholder(start->name, start->placeholders)},
+                      [](const QDBusMessage&) {});
+             }
+             loadFile(start);
          });
 }
 
@@ -142,10 +148,7 @@ void KWinScripting::tryNextPlace(const std::shared_ptr<Start>& start) {
         finish(start, false);
         return;
     }
-    unload(start->owner, start->name);
-    call(start->owner, QStringLiteral("loadScript"),
-         {start->file.fileName(), placeholder(start->name, ++start->placeholders)},
-         [](const QDBusMessage&) {});
+    ++start->placeholders;
     load(start);
 }
 
