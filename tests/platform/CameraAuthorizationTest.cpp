@@ -4,6 +4,7 @@
 
 #include "tests/platform/CameraWorld.h"
 #include "tests/support/FakeVideoDevices.h"
+#include "tests/support/HandDrivenQueue.h"
 
 #include <QDBusConnectionInterface>
 #include <QDBusInterface>
@@ -30,7 +31,9 @@ const QString portalName = QStringLiteral("org.freedesktop.portal.Desktop");
 struct CameraAuthorizationTest : testing::Test {
     TestSupport::TemporaryFolder folder;
     QDBusConnection bus = QDBusConnection::sessionBus();
-    LinuxMediaAuthorization sandboxed{bus, true};
+    /// Its time stands still: no answer comes too late.
+    TestSupport::HandDrivenQueue queue;
+    LinuxMediaAuthorization sandboxed{bus, queue, true};
     std::optional<ChildProcess> portal;
 
     void startPortal(const char* response) {
@@ -61,7 +64,7 @@ struct CameraAuthorizationTest : testing::Test {
 
 TEST_F(CameraAuthorizationTest, OutsideASandboxTheRightsOfTheDevicesDecide) {
     bool mayUse = true;
-    LinuxMediaAuthorization authorization(bus, false, [&] { return mayUse; });
+    LinuxMediaAuthorization authorization(bus, queue, false, [&] { return mayUse; });
     EXPECT_EQ(authorization.status(MediaType::video), AuthorizationStatus::authorized);
     mayUse = false;
     EXPECT_EQ(authorization.status(MediaType::video), AuthorizationStatus::denied);

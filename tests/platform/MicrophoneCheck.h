@@ -29,7 +29,7 @@ struct MicrophoneCheck : testing::Test {
     QtPlatform::QtMainQueue mainQueue;
     LinuxPlatform::ThreadWorkQueues workQueues;
     LinuxPlatform::PulseAudioServices audio{mainQueue};
-    LinuxPlatform::LinuxMediaAuthorization authorization{QDBusConnection::sessionBus(), false};
+    LinuxPlatform::LinuxMediaAuthorization authorization{QDBusConnection::sessionBus(), mainQueue, false};
     LinuxPlatform::PosixFileManager files;
     FakeUserFolders folders;
     RecordingLog log;
