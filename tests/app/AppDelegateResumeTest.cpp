@@ -21,6 +21,15 @@ struct ResumeTest : TestSupport::AppDelegateFixture {
         change([](auto& record) { record.hasOnboarded = true; });
     }
 
+    /// Privacy mode is on because the screen is shared.
+    void launchInAShare() {
+        change([](auto& record) { record.autoDetectEnabled = true; });
+        fakes.workspace.run("a");
+        launch();
+        fakes.screenWatcherProbe.isWatched = true;
+        fakes.mainQueue.advance(longTime);
+    }
+
     /// The program ends without a chance to do anything, and is started again.
     void crashAndStart() {
         const auto note = fakes.sessionNote.kept;
@@ -35,6 +44,7 @@ struct ResumeTest : TestSupport::AppDelegateFixture {
 
     void start() {
         takeCalls();
+        fakes.appShield.covered.clear();
         fakes.userNotificationCenter.delivered.clear();
         delegate = std::make_unique<Curtain::AppDelegate>(fakes.platform);
         launch();
@@ -163,11 +173,7 @@ TEST_F(ResumeTest, ADamagedNoteIsIgnored) {
 }
 
 TEST_F(ResumeTest, WhatAShareSwitchedOnEndsWithTheShare) {
-    change([](auto& record) { record.autoDetectEnabled = true; });
-    fakes.workspace.run("a");
-    launch();
-    fakes.screenWatcherProbe.isWatched = true;
-    fakes.mainQueue.advance(longTime);
+    launchInAShare();
     crashAndStart();
     EXPECT_TRUE(looksClosed());
     fakes.mainQueue.advance(longTime);
@@ -177,11 +183,7 @@ TEST_F(ResumeTest, WhatAShareSwitchedOnEndsWithTheShare) {
 }
 
 TEST_F(ResumeTest, WhatAShareSwitchedOnEndsWhereTheShareEndedMeanwhile) {
-    change([](auto& record) { record.autoDetectEnabled = true; });
-    fakes.workspace.run("a");
-    launch();
-    fakes.screenWatcherProbe.isWatched = true;
-    fakes.mainQueue.advance(longTime);
+    launchInAShare();
     for (const auto isWatched : {std::optional<bool>(), std::optional(false)}) {
         fakes.screenWatcherProbe.isWatched = isWatched;
         crashAndStart();
@@ -195,12 +197,8 @@ TEST_F(ResumeTest, WhatAShareSwitchedOnEndsWhereTheShareEndedMeanwhile) {
 }
 
 TEST_F(ResumeTest, AShareThatIsNotNoticedAtOnceIsNoEnd) {
-    change([](auto& record) { record.autoDetectEnabled = true; });
-    fakes.workspace.run("a");
     fakes.workspace.run("us.zoom.xos");
-    launch();
-    fakes.screenWatcherProbe.isWatched = true;
-    fakes.mainQueue.advance(longTime);
+    launchInAShare();
     fakes.screenWatcherProbe.isWatched = false;
     crashAndStart();
     takeCalls();
@@ -215,11 +213,7 @@ TEST_F(ResumeTest, AShareThatIsNotNoticedAtOnceIsNoEnd) {
 }
 
 TEST_F(ResumeTest, AShareOfWhichNothingIsKnownAtFirstEndsWhenItIsKnown) {
-    change([](auto& record) { record.autoDetectEnabled = true; });
-    fakes.workspace.run("a");
-    launch();
-    fakes.screenWatcherProbe.isWatched = true;
-    fakes.mainQueue.advance(longTime);
+    launchInAShare();
     fakes.screenWatcherProbe.isWatched = std::nullopt;
     crashAndStart();
     fakes.mainQueue.advance(longTime + 1);

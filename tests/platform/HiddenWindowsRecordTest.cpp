@@ -51,6 +51,17 @@ struct HiddenWindowsRecordTest : testing::Test {
         begin(session);
     }
 
+    /// It was hidden and came back; once that has been seen after the crash, its user puts it away.
+    void crashAfterTheFirstOfTwoCameBack() {
+        windows.open(1, "a", 10);
+        windows.open(2, "a", 10);
+        ask(&RunningApplication::hide);
+        windows.at(1).isHidden = false;
+        crashAndBegin();
+        workspace->runningApplications();
+        windows.at(1).isHidden = true;
+    }
+
     void ask(void (RunningApplication::*request)()) {
         for (const auto& instance : workspace->runningApplicationsWithBundleIdentifier("a")) {
             (*instance.*request)();
@@ -114,25 +125,13 @@ TEST_F(HiddenWindowsRecordTest, ItIsNotWrittenWhereNothingHasChanged) {
 }
 
 TEST_F(HiddenWindowsRecordTest, WhatCameBackMeanwhileIsItsUsers) {
-    windows.open(1, "a", 10);
-    windows.open(2, "a", 10);
-    ask(&RunningApplication::hide);
-    windows.at(1).isHidden = false;
-    crashAndBegin();
-    workspace->runningApplications();
-    windows.at(1).isHidden = true;
+    crashAfterTheFirstOfTwoCameBack();
     ask(&RunningApplication::unhide);
     EXPECT_THAT(windows.shown, ElementsAre(ElementsAre(2)));
 }
 
 TEST_F(HiddenWindowsRecordTest, WhatCameBackIsItsUsersAfterASecondCrashToo) {
-    windows.open(1, "a", 10);
-    windows.open(2, "a", 10);
-    ask(&RunningApplication::hide);
-    windows.at(1).isHidden = false;
-    crashAndBegin();
-    workspace->runningApplications();
-    windows.at(1).isHidden = true;
+    crashAfterTheFirstOfTwoCameBack();
     crashAndBegin();
     ask(&RunningApplication::unhide);
     EXPECT_THAT(windows.shown, ElementsAre(ElementsAre(2)));
