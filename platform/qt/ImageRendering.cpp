@@ -1,19 +1,36 @@
 #include "platform/qt/ImageRendering.h"
 
+#include <QBuffer>
+#include <QByteArray>
 #include <QFile>
 #include <QFileInfo>
 #include <QIcon>
+#include <QImageReader>
 #include <QPainter>
 #include <QSvgRenderer>
+
+#include <utility>
 
 namespace QtPlatform {
 namespace {
 
 /// No icon is as large, and anybody may name a file for one.
 constexpr qint64 largestFile = 8LL << 20;
+/// The same, and a small file may hold a picture that takes gigabytes.
+constexpr qint64 mostPixels = 16LL << 20;
 
 bool isFile(const QString& source) {
     return source.startsWith('/') || source.startsWith(':');
+}
+
+/// As much of that square as its shape fills.
+QSize within(const QSize& square, const QSize& shape) {
+    return shape.scaled(square, Qt::KeepAspectRatio).expandedTo(QSize(1, 1));
+}
+
+bool isDrawing(const QString& source) {
+    return source.endsWith(QLatin1String(".svg"), Qt::CaseInsensitive) ||
+           source.endsWith(QLatin1String(".svgz"), Qt::CaseInsensitive);
 }
 
 /// A pipe or a device would be waited for, or never end.
@@ -22,30 +39,52 @@ bool isReadable(const QString& source) {
     return file.isFile() && file.size() <= largestFile;
 }
 
+QImage drawn(QSvgRenderer& drawing, const QSize& size) {
+    QImage picture(size, QImage::Format_ARGB32_Premultiplied);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    drawing.render(&painter);
+    return picture;
+}
+
+/// Not larger than it is.
+QImage photograph(QByteArray bytes, const QSize& largest) {
+    QBuffer buffer(&bytes);
+    QImageReader reader(&buffer);
+    const auto size = reader.size();
+    if (!size.isValid() || qint64{size.width()} * size.height() > mostPixels) {
+        return {};
+    }
+    if (size.width() > largest.width() || size.height() > largest.height()) {
+        reader.setScaledSize(within(largest, size));
+    }
+    return reader.read();
+}
+
 } // namespace
 
 QImage renderImage(const Platform::Image& image, const QColor& templateColor, int size) {
     const auto source = QString::fromStdString(image.source);
-    if (isFile(source) && !isReadable(source)) {
-        return {};
-    }
-    if (!isFile(source) || !image.isTemplate) {
-        const auto icon = isFile(source) ? QIcon(source) : QIcon::fromTheme(source);
-        return icon.pixmap(QSize(size, size), 1.0).toImage();
+    const QSize square(size, size);
+    if (!isFile(source)) {
+        return QIcon::fromTheme(source).pixmap(square, 1.0).toImage();
     }
     QFile file(source);
-    if (!file.open(QIODevice::ReadOnly)) {
+    if (!isReadable(source) || !file.open(QIODevice::ReadOnly)) {
         return {};
     }
-    QSvgRenderer renderer(file.readAll().replace("currentColor", templateColor.name().toLatin1()));
-    if (!renderer.isValid()) {
+    auto bytes = file.read(largestFile);
+    if (!image.isTemplate && !isDrawing(source)) {
+        return photograph(std::move(bytes), square);
+    }
+    if (image.isTemplate) {
+        bytes.replace("currentColor", templateColor.name().toLatin1());
+    }
+    QSvgRenderer drawing(bytes);
+    if (!drawing.isValid()) {
         return {};
     }
-    QImage picture(size, size, QImage::Format_ARGB32_Premultiplied);
-    picture.fill(Qt::transparent);
-    QPainter painter(&picture);
-    renderer.render(&painter);
-    return picture;
+    return drawn(drawing, image.isTemplate ? square : within(square, drawing.defaultSize()));
 }
 
 } // namespace QtPlatform

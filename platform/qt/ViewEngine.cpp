@@ -1,6 +1,7 @@
 #include "platform/qt/ViewEngine.h"
 
 #include "platform/qt/DesktopSingleton.h"
+#include "platform/qt/ImageRendering.h"
 #include "platform/qt/ViewImages.h"
 
 #include <QQmlComponent>
@@ -24,7 +25,7 @@ QQmlEngine& ViewEngine::engine() {
     if (!engine_) {
         engine_ = std::make_unique<QQmlEngine>();
         engine_->addImageProvider(QStringLiteral("symbol"), new SymbolImages);
-        engine_->addImageProvider(QStringLiteral("icon"), new IconImages);
+        engine_->addImageProvider(QStringLiteral("icon"), new IconImages(&renderImage));
         // Where the modules of the views are.
         engine_->addImportPath(QStringLiteral("qrc:/"));
         DesktopSingleton::serve(*engine_, style_);

@@ -8,6 +8,7 @@
 #include <QUrl>
 
 #include <algorithm>
+#include <memory>
 #include <utility>
 
 namespace QtPlatform {
@@ -22,24 +23,27 @@ int sideOf(const QSize& requestedSize) {
     return side > 0 ? std::min(side, largestSize) : defaultSize;
 }
 
-/// Lives on the main thread, where icon themes may be asked.
+/// Draws on the thread that runs it.
 class IconJob : public QObject {
     Q_OBJECT
 
 public:
-    IconJob(QString source, int side) : source_(std::move(source)), side_(side) {}
+    IconJob(IconImages::Render render, QString source, int side)
+        : render_(std::move(render)),
+          source_(std::move(source)),
+          side_(side) {}
 
     void run() {
         Platform::Image image;
         image.source = source_.toStdString();
-        Q_EMIT done(renderImage(image, Qt::black, side_));
-        deleteLater();
+        Q_EMIT done(render_(image, Qt::black, side_));
     }
 
 Q_SIGNALS:
     void done(const QImage& image);
 
 private:
+    IconImages::Render render_;
     QString source_;
     int side_;
 };
@@ -48,12 +52,7 @@ class IconResponse : public QQuickImageResponse {
     Q_OBJECT
 
 public:
-    IconResponse(const QString& source, int side) {
-        auto* const job = new IconJob(source, side);
-        job->moveToThread(QCoreApplication::instance()->thread());
-        connect(job, &IconJob::done, this, &IconResponse::receive);
-        QMetaObject::invokeMethod(job, &IconJob::run, Qt::QueuedConnection);
-    }
+    explicit IconResponse(const IconJob& job) { connect(&job, &IconJob::done, this, &IconResponse::receive); }
 
     QQuickTextureFactory* textureFactory() const override {
         return QQuickTextureFactory::textureFactoryForImage(image_);
@@ -94,8 +93,22 @@ QImage SymbolImages::requestImage(const QString& id, QSize* size, const QSize& r
     return image;
 }
 
+IconImages::IconImages(Render render) : render_(std::move(render)) {}
+
 QQuickImageResponse* IconImages::requestImageResponse(const QString& id, const QSize& requestedSize) {
-    return new IconResponse(QUrl::fromPercentEncoding(id.toUtf8()), sideOf(requestedSize));
+    const auto source = QUrl::fromPercentEncoding(id.toUtf8());
+    const std::shared_ptr<IconJob> job(new IconJob(render_, source, sideOf(requestedSize)),
+                                       [](IconJob* over) { over->deleteLater(); });
+    auto* const response = new IconResponse(*job);
+    job->moveToThread(QCoreApplication::instance()->thread());
+    if (source.startsWith('/')) {
+        thread_.async([job] { job->run(); });
+    } else {
+        // Only there may icon themes be asked.
+        QMetaObject::invokeMethod(
+            job.get(), [job] { job->run(); }, Qt::QueuedConnection);
+    }
+    return response;
 }
 
 } // namespace QtPlatform

@@ -1,7 +1,14 @@
 #pragma once
 
+#include "platform/Image.h"
+#include "platform/qt/DrawingThread.h"
+
+#include <QColor>
+#include <QImage>
 #include <QQuickAsyncImageProvider>
 #include <QQuickImageProvider>
+
+#include <functional>
 
 namespace QtPlatform {
 
@@ -15,11 +22,22 @@ public:
 };
 
 /// Pictures of the program and icons of the desktop's theme: "image://icon/SOURCE", where SOURCE is that of a
-/// `Platform::Image`, percent-encoded. They are drawn on the main thread, one an event, so that a list of
-/// apps never keeps its window waiting. A single clear pixel when there is no such picture.
+/// `Platform::Image`, percent-encoded. Files are read and drawn on a thread of their own, since anybody may
+/// have put them there; the others on the main thread, one an event, so that a list of apps never keeps its
+/// window waiting. A single clear pixel when there is no such picture. To be made and ended on the main
+/// thread.
 class IconImages : public QQuickAsyncImageProvider {
 public:
+    using Render = std::function<QImage(const Platform::Image& image, const QColor& templateColor, int size)>;
+
+    /// `render` is called on both threads, and may outlive this object.
+    explicit IconImages(Render render);
+
     QQuickImageResponse* requestImageResponse(const QString& id, const QSize& requestedSize) override;
+
+private:
+    Render render_;
+    DrawingThread thread_;
 };
 
 } // namespace QtPlatform

@@ -131,6 +131,25 @@ TEST_F(ImageRenderingTest, WhatIsNoFileOrTooLargeForAnIconIsNotRead) {
     }
 }
 
+TEST_F(ImageRenderingTest, ASmallFileOfAHugePictureIsNotUnpacked) {
+    const auto path = folder.path() / "huge.png";
+    QImage huge(8192, 8192, QImage::Format_Mono);
+    huge.fill(0);
+    ASSERT_TRUE(huge.save(QString::fromStdString(path.string())));
+    EXPECT_TRUE(renderImage({path.string(), 0, 0, false, {}}, Qt::black, 22).isNull());
+    ASSERT_TRUE(huge.copy(0, 0, 64, 32).save(QString::fromStdString(path.string())));
+    EXPECT_EQ(renderImage({path.string(), 0, 0, false, {}}, Qt::black, 22).size(), QSize(22, 11));
+    EXPECT_EQ(renderImage({path.string(), 0, 0, false, {}}, Qt::black, 128).size(), QSize(64, 32));
+}
+
+TEST_F(ImageRenderingTest, ADrawingKeepsItsShape) {
+    const auto path = write("wide.svg", "<svg xmlns='http://www.w3.org/2000/svg' width='8' height='4'>"
+                                        "<rect width='8' height='4' fill='#112233'/></svg>");
+    EXPECT_EQ(renderImage({path, 0, 0, false, {}}, Qt::black, 22).size(), QSize(22, 11));
+    const auto line = write("line.svg", "<svg xmlns='http://www.w3.org/2000/svg' width='9000' height='1'/>");
+    EXPECT_EQ(renderImage({line, 0, 0, false, {}}, Qt::black, 22).size(), QSize(22, 1));
+}
+
 TEST_F(ImageRenderingTest, ATemplateIsDrawnInTheGivenColor) {
     for (const auto& image : builtInImages()) {
         for (const auto& color : {QColor(0x12, 0x34, 0x56), QColor(Qt::white), QColor(Qt::black)}) {
