@@ -11,13 +11,11 @@ import whole_desktop_test
 from desktop_case import URXVT_COLOUR, XTERM_COLOUR, Rectangle, stays, wait_until
 from desktop_driver import private_app
 from kwin_scripts import KWinScripts, gdbus, owner_of_shortcut
-from screen_reader import ScreenReader
 
 WIDTH, HEIGHT = whole_desktop_test.WIDTH, whole_desktop_test.HEIGHT
 # It is not higher, nor is the gap below it.
 PANEL = 60
-# With its name below.
-HIGHEST_ICON = 200
+LOWEST_NOTICE = 100
 # From the lower and the right edge of a notice to its last button.
 NOTICE_EDGE, BUTTON_EDGE = 24, 40
 KONSOLE = private_app("org.kde.konsole", "Konsole")
@@ -107,12 +105,7 @@ class PlasmaWaylandTest(KWinScripts, whole_desktop_test.WholeDesktopTest):
         self.choose_activity(first)
         wait_until(lambda: self.shows(XTERM_COLOUR), "it is in the first activity")
 
-    # The desktop's icons
-
-    @staticmethod
-    def part(pixels, area):
-        starts = [(y * WIDTH + area.x) * 4 for y in range(area.y, area.y + area.height)]
-        return [pixels[start:start + area.width * 4] for start in starts]
+    # Notices
 
     def change_since(self, before):
         """Where the screen that stands still again looks otherwise, but for the panel, which has a clock."""
@@ -122,43 +115,6 @@ class PlasmaWaylandTest(KWinScripts, whole_desktop_test.WholeDesktopTest):
     def has_wallpaper(self):
         line, = self.part(self.pixels(), Rectangle(0, HEIGHT // 2, WIDTH, 1))
         return line != line[:4] * WIDTH
-
-    def put_icon_on_desktop(self):
-        """Returns where it is seen, and that part of the screen without it and with it."""
-        folder = Path(os.environ["HOME"]) / "Desktop"
-        folder.mkdir(exist_ok=True)
-        file = folder / "plans.txt"
-        wait_until(self.has_wallpaper, "the desktop is drawn")
-        before = self.still_screen()
-        self.addCleanup(file.unlink)
-        file.write_text("")
-
-        def place():
-            area = self.change_since(before)
-            return area and area.height < HIGHEST_ICON and area
-        area = wait_until(place, "an icon comes to the desktop", seen=lambda: self.change_since(before))
-        return area, self.part(before, area), self.part(self.pixels(), area)
-
-    def press_in_popover(self, button):
-        self.act("open")
-        reader = ScreenReader()
-        self.addCleanup(reader.close)
-
-        def found():
-            return next((element for element in reader.elements() if str(element) == f"push button: {button}"), None)
-        wait_until(found, button, seen=lambda: list(map(str, reader.elements()))).act()
-        self.screen.strike(whole_desktop_test.ESCAPE)
-        self.wait_closed("Escape")
-
-    def test_the_icons_on_the_desktop_go_and_come_back(self):
-        gdbus("org.a11y.Bus", "/org/a11y/bus", "org.freedesktop.DBus.Properties.Set", "org.a11y.Status", "IsEnabled", "<true>")
-        icon, without, with_it = self.put_icon_on_desktop()
-        self.start_curtain()
-        for button, expected in (("Hide desktop", without), ("Show desktop", with_it)):
-            self.press_in_popover(button)
-            wait_until(lambda expected=expected: self.part(self.pixels(), icon) == expected, f"{button} does", seen=lambda: icon)
-
-    # Notices
 
     def test_a_notice_in_plasmas_own_server_reveals_what_it_tells_of(self):
         xterm = self.open_xterm(x=60, y=60)
@@ -172,7 +128,7 @@ class PlasmaWaylandTest(KWinScripts, whole_desktop_test.WholeDesktopTest):
 
         def notice():
             area = self.change_since(before)
-            return area and area.x > WIDTH // 2 and area.height > HIGHEST_ICON // 2 and area
+            return area and area.x > WIDTH // 2 and area.height > LOWEST_NOTICE and area
         x, y, width, height = wait_until(notice, "a notice is shown", seen=lambda: self.change_since(before))
         self.click(x + width - BUTTON_EDGE, y + height - NOTICE_EDGE)
         wait_until(lambda: self.shows(XTERM_COLOUR), "its button reveals the app", seen=self.desktop.describe)

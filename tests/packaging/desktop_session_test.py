@@ -41,7 +41,7 @@ class WholeDesktop(NamedTuple):
 
 
 def x11_desktop(name, *programs):
-    return WholeDesktop([*programs, *ICONS, "mousepad"], f"x11-{name}-desktop")
+    return WholeDesktop([*programs, *ICONS, "at-spi2-core", "mousepad"], f"x11-{name}-desktop")
 
 
 PANEL = ("--tray", "none", "--accessibility")
@@ -59,7 +59,9 @@ DESKTOPS = {
                           (Run("labwc_test.py", ("--tray", "sni", "--accessibility")),)),
     "lxde": x11_desktop("lxde", "lxde-core", "lxde-session", "lxpanel", "notification-daemon", "openbox", "pcmanfm"),
     "lxqt": x11_desktop("lxqt", "lxqt-globalkeys", "lxqt-notificationd", "lxqt-panel", "lxqt-policykit", "lxqt-qtplugin", "lxqt-runner",
-                        "lxqt-session", "lxqt-themes", "openbox", "pcmanfm-qt"),
+                        "lxqt-session", "lxqt-themes", "openbox", "pcmanfm-qt")._replace(
+                            # Else PCManFM-Qt 2.1 hangs in about one start of three.
+                            more_programs={"trixie": ["gvfs"]}),
     "mate": x11_desktop("mate", "caja", "marco", "mate-desktop", "mate-menus", "mate-notification-daemon", "mate-panel",
                         "mate-session-manager", "mate-settings-daemon", "xapp-sn-watcher"),
     "plasma": x11_desktop("plasma", "breeze", "kde-cli-tools", "kwin-x11", "plasma-desktop", "plasma-workspace"),
