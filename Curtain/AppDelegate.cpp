@@ -44,6 +44,9 @@ constexpr double statusImageSize = 18;
 constexpr std::uint64_t statusItemEvents = 1U << EventType::leftMouseUp | 1U << EventType::rightMouseUp;
 constexpr std::uint64_t outsideClickEvents = 1U << EventType::leftMouseDown | 1U << EventType::rightMouseDown;
 constexpr std::uint64_t keyEvents = 1U << EventType::keyDown;
+/// Those that only a present user brings about.
+constexpr std::uint64_t presenceEvents =
+    1U << EventType::keyDown | 1U << EventType::mouseMoved | 1U << EventType::leftMouseDown;
 
 constexpr double popoverWidth = 700;
 constexpr double popoverMaximumHeight = 618;
@@ -474,6 +477,10 @@ void AppDelegate::togglePopover() {
 }
 
 void AppDelegate::startChecks() {
+    if (lock_) {
+        // Whatever asks for it, nobody is there to see it.
+        return;
+    }
     const auto preferences = store_.load();
     if (preferences.showCameraPreview) {
         cameraManager_.start(preferences.selectedCameraID);
@@ -499,14 +506,32 @@ void AppDelegate::userDeparted() {
 }
 
 void AppDelegate::sessionLockChanged(bool isLocked) {
-    if (!onboardingWC_) {
+    if (isLocked) {
+        lock_.emplace();
+        awaitReturn();
+        if (onboardingWC_) {
+            onboardingWC_->viewModel()->sessionDidLock();
+        }
         return;
     }
-    if (isLocked) {
-        onboardingWC_->viewModel()->sessionDidLock();
-    } else {
+    const bool wasLocked = lock_.has_value();
+    lock_.reset();
+    returnMonitor_ = {};
+    if (onboardingWC_) {
         onboardingWC_->viewModel()->sessionDidUnlock();
     }
+    if (wasLocked && platform_.popover->isShown() && openSavePanels_ == 0) {
+        startChecks();
+    }
+}
+
+/// Not every locker tells of its end, and behind one the program's windows get no input.
+void AppDelegate::awaitReturn() {
+    returnMonitor_ = platform_.eventMonitors->addLocalMonitor(presenceEvents, [this](const auto& /*event*/) {
+        // It cannot go while it is told.
+        platform_.mainQueue->async(lock_->weak([this] { sessionLockChanged(false); }));
+        return false;
+    });
 }
 
 void AppDelegate::savePanelDidClose() {
@@ -900,7 +925,9 @@ void AppDelegate::selectCamera(const std::string& cameraID) {
     auto preferences = store_.load();
     preferences.selectedCameraID = cameraID;
     store_.save(preferences);
-    cameraManager_.start(cameraID);
+    if (!lock_) {
+        cameraManager_.start(cameraID);
+    }
 }
 
 void AppDelegate::copyPhoto() {
@@ -972,6 +999,9 @@ void AppDelegate::showOnboardingWizard(CurtainCore::OnboardingStep startAt) {
             *platform_.urlOpener};
         auto viewModel = std::make_shared<OnboardingViewModel>(services, currentLang(), startAt);
         viewModel->onFinish = lifetime_.weak([this] { finishOnboarding(); });
+        if (lock_) {
+            viewModel->sessionDidLock();
+        }
         onboardingWC_ = std::make_unique<OnboardingWindowController>(
             *platform_.windows, *platform_.application, std::move(viewModel));
     }

@@ -87,6 +87,7 @@ private:
     void startChecks();
     void userDeparted();
     void sessionLockChanged(bool isLocked);
+    void awaitReturn();
     void savePanelDidClose();
     void popoverDidClose();
     bool isInMenuBar(const Platform::Point& location) const;
@@ -199,6 +200,9 @@ private:
     Platform::Subscription clickMonitor_;
     Platform::Subscription departureObserver_;
     Platform::Subscription lockObserver_;
+    /// While the session is locked, when nothing live starts.
+    std::optional<Platform::Lifetime> lock_;
+    Platform::Subscription returnMonitor_;
     int openSavePanels_ = 0;
     /// Whether camera and microphone are off until the dialog for saving has been answered.
     bool checksRest_ = false;

@@ -47,7 +47,6 @@ void OnboardingViewModel::setLang(std::string lang) {
 
 void OnboardingViewModel::windowDidShow() {
     isClosed_ = false;
-    isLocked_ = false;
     if (canSwitchExtensionOn()) {
         compatibility_.reset();
     }
@@ -239,7 +238,6 @@ void OnboardingViewModel::requestCurrentPermission() {
     if (!kind) {
         return;
     }
-    isLocked_ = false;
     switch (*kind) {
     case PermissionKind::desktop:
         services_.desktopChecker.requestAccess(lifetime_.weak([this] { desktopAnswered(); }));

@@ -97,8 +97,7 @@ public:
     /// To be called when the window closes: camera and microphone stop, and no answer that comes later starts
     /// them.
     void windowWillClose();
-    /// Camera and microphone stop, and start again with the end of the lock, or with whoever uses the window:
-    /// not every locker tells of its end.
+    /// Camera and microphone stop, and start again with the end of the lock.
     void sessionDidLock();
     void sessionDidUnlock();
 

@@ -13,6 +13,7 @@ inline constexpr std::uint64_t leftMouseDown = 1;
 inline constexpr std::uint64_t leftMouseUp = 2;
 inline constexpr std::uint64_t rightMouseDown = 3;
 inline constexpr std::uint64_t rightMouseUp = 4;
+inline constexpr std::uint64_t mouseMoved = 5;
 inline constexpr std::uint64_t keyDown = 10;
 /// Of any button but the first two.
 inline constexpr std::uint64_t otherMouseUp = 26;

@@ -21,7 +21,7 @@ namespace EventType = Platform::EventType;
 
 constexpr Platform::MainQueue::Seconds longestMomentWithout{0.1};
 
-Event toEvent(const QKeyEvent& event) {
+Event keyEvent(const QKeyEvent& event) {
     Event result;
     result.type = EventType::keyDown;
     if (event.modifiers().testFlag(Qt::ControlModifier)) {
@@ -34,8 +34,8 @@ Event toEvent(const QKeyEvent& event) {
 }
 
 /// An open menu keeps the keyboard to itself, like those of the desktop: Escape is for the menu alone.
-bool isForMenu(QObject& receiver) {
-    const auto* const window = qobject_cast<QWindow*>(&receiver);
+bool isForMenu(const QObject& receiver) {
+    const auto* const window = qobject_cast<const QWindow*>(&receiver);
     auto* item = window == nullptr ? nullptr : window->focusObject();
     while (item != nullptr) {
         const auto* const interface = QAccessible::queryAccessibleInterface(item);
@@ -56,20 +56,43 @@ bool isForDialog(const QObject& receiver) {
            !window->flags().testFlag(Qt::FramelessWindowHint);
 }
 
+std::optional<Event> toEvent(const QObject& receiver, const QEvent& event) {
+    switch (event.type()) {
+    case QEvent::KeyPress:
+        return isForMenu(receiver) || isForDialog(receiver)
+                   ? std::nullopt
+                   : std::optional(keyEvent(static_cast<const QKeyEvent&>(event)));
+    case QEvent::MouseMove:
+        return Event{EventType::mouseMoved};
+    case QEvent::MouseButtonPress:
+    case QEvent::TouchBegin:
+        return Event{EventType::leftMouseDown};
+    default:
+        return std::nullopt;
+    }
+}
+
+bool isIn(std::uint64_t mask, const Event& event) {
+    return (mask >> event.type & 1U) != 0;
+}
+
 /// Sees what the application's windows receive, before they do.
-class KeyFilter : public QObject {
+class InputFilter : public QObject {
 public:
-    explicit KeyFilter(std::function<bool(const Event&)> callback) : callback_(std::move(callback)) {
+    InputFilter(std::uint64_t mask, std::function<bool(const Event&)> callback)
+        : mask_(mask),
+          callback_(std::move(callback)) {
         QCoreApplication::instance()->installEventFilter(this);
     }
 
     bool eventFilter(QObject* receiver, QEvent* event) override {
         // Only the window: the same event visits its items later.
-        return event->type() == QEvent::KeyPress && receiver->isWindowType() && !isForMenu(*receiver) &&
-               !isForDialog(*receiver) && callback_(toEvent(static_cast<const QKeyEvent&>(*event)));
+        const auto input = receiver->isWindowType() ? toEvent(*receiver, *event) : std::nullopt;
+        return input && isIn(mask_, *input) && callback_(*input);
     }
 
 private:
+    std::uint64_t mask_;
     std::function<bool(const Event&)> callback_;
 };
 
@@ -130,7 +153,7 @@ QtEventMonitors::~QtEventMonitors() = default;
 Platform::Subscription QtEventMonitors::addGlobalMonitor(std::uint64_t eventMask,
                                                          std::function<void(const Event&)> callback) {
     return globalMonitors_.add([eventMask, callback = std::move(callback)](const Event& event) {
-        if ((eventMask >> event.type & 1U) != 0) {
+        if (isIn(eventMask, event)) {
             callback(event);
         }
     });
@@ -138,11 +161,8 @@ Platform::Subscription QtEventMonitors::addGlobalMonitor(std::uint64_t eventMask
 
 Platform::Subscription QtEventMonitors::addLocalMonitor(std::uint64_t eventMask,
                                                         std::function<bool(const Event&)> callback) {
-    if ((eventMask >> EventType::keyDown & 1U) == 0) {
-        return {};
-    }
-    return Platform::Subscription(
-        [filter = std::make_shared<KeyFilter>(std::move(callback))]() mutable { filter.reset(); });
+    return Platform::Subscription([filter = std::make_shared<InputFilter>(
+                                       eventMask, std::move(callback))]() mutable { filter.reset(); });
 }
 
 } // namespace QtPlatform

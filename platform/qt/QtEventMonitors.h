@@ -9,8 +9,8 @@
 
 namespace QtPlatform {
 
-/// The keys of this program; and in place of clicks on other programs, which not every desktop tells, the
-/// loss of the keyboard to another program. Needs a QGuiApplication.
+/// Keys, touches and the pointer over this program's windows; and in place of clicks on other programs, which
+/// not every desktop tells, the loss of the keyboard to another program. Needs a QGuiApplication.
 class QtEventMonitors : public Platform::EventMonitors {
 public:
     /// `queue` outlives this object.

@@ -406,6 +406,70 @@ TEST_F(PopoverTest, TheChecksRestWhileTheUserIsAwayFromAnOpenSavePanelAndThePhot
     EXPECT_TRUE(isMicrophoneOn());
 }
 
+TEST_F(PopoverTest, NothingLiveStartsWhileTheSessionIsLocked) {
+    open();
+    fakes.departures.lock();
+    ASSERT_FALSE(fakes.popover.isShown());
+    delegate->open();
+    fakes.workQueues.runAll();
+    EXPECT_TRUE(fakes.popover.isShown());
+    EXPECT_FALSE(isCameraOn());
+    EXPECT_FALSE(isMicrophoneOn());
+    view().selectCamera("front");
+    fakes.workQueues.runAll();
+    EXPECT_FALSE(isCameraOn());
+    fakes.departures.unlock();
+    fakes.workQueues.runAll();
+    EXPECT_TRUE(isCameraOn());
+    EXPECT_TRUE(isMicrophoneOn());
+}
+
+TEST_F(PopoverTest, WhoeverIsSeenToUseItHasUnlockedTheSession) {
+    open();
+    fakes.departures.lock();
+    delegate->open();
+    fakes.eventMonitors.movePointer();
+    fakes.departures.lock();
+    delegate->open();
+    fakes.mainQueue.runReady();
+    fakes.workQueues.runAll();
+    EXPECT_FALSE(isCameraOn()) << "it was used before that lock";
+    fakes.eventMonitors.movePointer();
+    fakes.mainQueue.runReady();
+    fakes.workQueues.runAll();
+    EXPECT_TRUE(isCameraOn());
+    EXPECT_TRUE(isMicrophoneOn());
+    EXPECT_EQ(fakes.eventMonitors.localMask(), 1U << EventType::keyDown);
+    fakes.departures.lock();
+    EXPECT_FALSE(fakes.popover.isShown());
+    fakes.workQueues.runAll();
+    EXPECT_FALSE(isCameraOn());
+}
+
+TEST_F(PopoverTest, ALockThatIsOverStartsNothingInAClosedPopover) {
+    open();
+    fakes.departures.lock();
+    fakes.departures.unlock();
+    fakes.workQueues.runAll();
+    EXPECT_FALSE(isCameraOn());
+    EXPECT_FALSE(isMicrophoneOn());
+}
+
+TEST_F(PopoverTest, ASavePanelThatIsAnsweredBehindALockStartsNothing) {
+    open();
+    takePhoto();
+    view().savePhoto();
+    fakes.departures.lock();
+    fakes.savePanel.choose(std::nullopt);
+    fakes.workQueues.runAll();
+    EXPECT_FALSE(isCameraOn());
+    EXPECT_FALSE(isMicrophoneOn());
+    fakes.departures.unlock();
+    fakes.workQueues.runAll();
+    EXPECT_TRUE(isCameraOn());
+    EXPECT_TRUE(isMicrophoneOn());
+}
+
 TEST_F(PopoverTest, TheChecksOfAPopoverThatWasClosedBesideASavePanelStayOff) {
     open();
     takePhoto();
@@ -1028,7 +1092,7 @@ TEST_F(PopoverTest, AControllerThatIsGoneIsNotCalled) {
     const auto content = fakes.popover.content;
     delegate.reset();
     EXPECT_EQ(fakes.eventMonitors.globalMask, std::nullopt);
-    EXPECT_EQ(fakes.eventMonitors.localMask, std::nullopt);
+    EXPECT_EQ(fakes.eventMonitors.localMask(), std::nullopt);
     fakes.popover.close();
     fakes.mainQueue.advance(5.0);
 }
@@ -1212,6 +1276,23 @@ TEST_F(WizardTest, ItsCameraRestsBehindALockedSessionAndComesBack) {
     EXPECT_FALSE(fakes.captureServices.session->isRunning());
     EXPECT_TRUE(fakes.windows.all.at(0)->isVisible());
     fakes.departures.unlock();
+    fakes.workQueues.runAll();
+    EXPECT_TRUE(fakes.captureServices.session->isRunning());
+}
+
+TEST_F(WizardTest, OneThatOpensBehindALockShowsNothingLiveUntilItIsUsed) {
+    fakes.captureServices.cameras = {{"front", "Front"}};
+    launch();
+    fakes.departures.lock();
+    delegate->open();
+    while (model().page() != "camera") {
+        model().advance();
+    }
+    model().requestCurrentPermission();
+    fakes.workQueues.runAll();
+    EXPECT_FALSE(fakes.captureServices.session->isRunning());
+    fakes.eventMonitors.movePointer();
+    fakes.mainQueue.runReady();
     fakes.workQueues.runAll();
     EXPECT_TRUE(fakes.captureServices.session->isRunning());
 }

@@ -66,7 +66,7 @@ TEST_F(AppDelegateTest, LaunchMakesAnAccessoryWithAnOpenCurtainInThePanel) {
                             "global monitor", "local monitor", "workspace observer", "workspace observer",
                             "hot key", "notification delegate"));
     EXPECT_EQ(fakes.eventMonitors.globalMask, 10U);
-    EXPECT_EQ(fakes.eventMonitors.localMask, 1024U);
+    EXPECT_EQ(fakes.eventMonitors.localMask(), 1024U);
     EXPECT_EQ(fakes.statusBar.items, 1);
     EXPECT_THAT(fakes.statusBar.images, ElementsAre(openImage));
     EXPECT_THAT(fakes.workspace.observed, ElementsAre(WorkspaceNotification::didActivateApplication,

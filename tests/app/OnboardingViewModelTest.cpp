@@ -601,14 +601,14 @@ TEST_F(OnboardingViewModelTest, AnAnswerBehindALockStartsNothingUntilItsEnd) {
     EXPECT_TRUE(isCameraOn());
 }
 
-TEST_F(OnboardingViewModelTest, WhoeverUsesTheWindowHasUnlockedTheSession) {
+TEST_F(OnboardingViewModelTest, AWindowThatOpensBehindALockShowsNothingLiveUntilItsEnd) {
     startAt(PermissionKind::microphone);
-    model->sessionDidLock();
     model->requestCurrentPermission();
-    EXPECT_TRUE(isMicrophoneOn());
-    model->sessionDidLock();
     model->windowWillClose();
+    model->sessionDidLock();
     model->windowDidShow();
+    EXPECT_FALSE(isMicrophoneOn());
+    model->sessionDidUnlock();
     EXPECT_TRUE(isMicrophoneOn());
 }
 

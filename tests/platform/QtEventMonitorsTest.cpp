@@ -8,6 +8,9 @@
 #include <QTest>
 #include <QWindow>
 
+#include <cstdint>
+#include <vector>
+
 namespace {
 
 using Platform::Event;
@@ -94,6 +97,26 @@ TEST_F(QtEventMonitorsTest, KeysOfADialogAreForTheDialogAlone) {
     EXPECT_EQ(keys, 0);
     QTest::keyClick(&window_, Qt::Key_Escape);
     EXPECT_EQ(keys, 1);
+}
+
+TEST_F(QtEventMonitorsTest, ThePointerAndTouchesAreSeenByWhoeverAskedForThem) {
+    std::vector<std::uint64_t> seen;
+    const auto record = [&](const Event& event) {
+        seen.push_back(event.type);
+        return false;
+    };
+    const auto all = monitors_.addLocalMonitor(
+        1U << EventType::mouseMoved | 1U << EventType::leftMouseDown | 1U << EventType::keyDown, record);
+    const auto keys = monitors_.addLocalMonitor(1U << EventType::keyDown, [](const auto& /*event*/) {
+        ADD_FAILURE() << "no key was pressed";
+        return false;
+    });
+    show(window_);
+    QTest::mouseMove(&window_, QPoint(3, 4));
+    QTest::mouseClick(&window_, Qt::LeftButton);
+    QCoreApplication::processEvents();
+    EXPECT_THAT(seen, testing::Contains(EventType::mouseMoved));
+    EXPECT_THAT(seen, testing::Contains(EventType::leftMouseDown));
 }
 
 TEST_F(QtEventMonitorsTest, KeyboardThatComesBackAtOnceWasNotLost) {

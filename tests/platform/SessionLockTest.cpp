@@ -9,8 +9,11 @@
 #include <QCoreApplication>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
+#include <QDBusVariant>
 #include <QStringList>
 #include <QVariantMap>
+
+#include <chrono>
 
 namespace {
 
@@ -23,13 +26,19 @@ const QString loginSession = QStringLiteral("org.freedesktop.login1.Session");
 class Sessions : public TestSupport::BusObject {
 public:
     explicit Sessions(const QDBusConnection& bus)
-        : BusObject(bus, QStringLiteral("org.freedesktop.login1"),
-                    QStringLiteral("/org/freedesktop/login1")) {}
+        : BusObject(bus, QStringLiteral("org.freedesktop.login1"), QStringLiteral("/org/freedesktop/login1"),
+                    QDBusConnection::SubPath) {}
 
     bool wasAsked = false;
     bool knowsSession = true;
+    bool isLocked = false;
 
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& bus) override {
+        if (message.member() == QStringLiteral("Get")) {
+            EXPECT_EQ(message.path(), ownSession);
+            EXPECT_EQ(message.arguments(), (QVariantList{loginSession, QStringLiteral("LockedHint")}));
+            return bus.send(message.createReply(QVariant::fromValue(QDBusVariant(isLocked))));
+        }
         EXPECT_EQ(message.member(), QStringLiteral("GetSession"));
         EXPECT_EQ(message.arguments(), QVariantList{QStringLiteral("auto")});
         wasAsked = true;
@@ -50,6 +59,22 @@ public:
         signal << loginSession << QVariantMap{{QLatin1String(property), value}} << QStringList();
         bus().send(signal);
     }
+};
+
+/// A screen saver that says whether it locks the session.
+class ScreenSaver : public TestSupport::BusObject {
+public:
+    ScreenSaver(const QDBusConnection& bus, const char* desktop, bool isActive)
+        : BusObject(bus, QStringLiteral("org.%1.ScreenSaver").arg(QLatin1String(desktop)),
+                    QStringLiteral("/org/%1/ScreenSaver").arg(QLatin1String(desktop))),
+          isActive_(isActive) {}
+
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection& bus) override {
+        return message.member() == QStringLiteral("GetActive") && bus.send(message.createReply(isActive_));
+    }
+
+private:
+    bool isActive_;
 };
 
 struct SessionLockTest : testing::Test {
@@ -121,6 +146,32 @@ TEST_F(SessionLockTest, HearsTheLoginManagerOfItsOwnSession) {
     sessions.change("LockedHint", true);
     deliver();
     EXPECT_EQ(locks, 2);
+}
+
+TEST_F(SessionLockTest, ALockFromBeforeIsNoticedAndItsEndToo) {
+    for (const auto* const name : {"freedesktop", "gnome", "cinnamon", "mate", "xfce"}) {
+        for (const bool isActive : {true, false}) {
+            const ScreenSaver saver(desktop, name, isActive);
+            int told = 0;
+            const LinuxPlatform::SessionLock late(client, [&](bool isLocked) { told += isLocked ? 1 : 100; });
+            // The question, and the answer.
+            deliver();
+            deliver();
+            EXPECT_EQ(told, isActive ? 1 : 0) << name;
+            tell(QStringLiteral("org.%1.ScreenSaver").arg(QLatin1String(name)), QStringLiteral("/"), false);
+            EXPECT_EQ(told, isActive ? 101 : 100) << name;
+        }
+    }
+}
+
+TEST_F(SessionLockTest, TheLoginManagerIsAskedWhetherTheSessionIsLocked) {
+    Sessions sessions(desktop);
+    sessions.isLocked = true;
+    lock.hearLoginManager(client);
+    EXPECT_TRUE(spinUntil([&] { return locks == 1; }, std::chrono::seconds(30)));
+    sessions.change("LockedHint", false);
+    deliver();
+    EXPECT_EQ(unlocks, 1);
 }
 
 TEST_F(SessionLockTest, IsUnlockedOnceNoLockerLocksIt) {

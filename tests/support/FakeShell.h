@@ -9,6 +9,9 @@
 #include "platform/Screens.h"
 #include "platform/Subscribers.h"
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -81,7 +84,15 @@ public:
     explicit FakeEventMonitors(std::vector<std::string>& events) : events_(events) {}
 
     std::optional<std::uint64_t> globalMask;
-    std::optional<std::uint64_t> localMask;
+
+    /// Of all local monitors together.
+    std::optional<std::uint64_t> localMask() const {
+        std::optional<std::uint64_t> mask;
+        for (const auto& [number, monitor] : locals_) {
+            mask = mask.value_or(0) | monitor.mask;
+        }
+        return mask;
+    }
 
     /// A click that goes to another program.
     void clickElsewhere(std::uint64_t type) {
@@ -92,9 +103,9 @@ public:
 
     /// Returns whether the key was swallowed.
     bool pressKey(std::optional<std::int64_t> keyCode) {
-        return localMask && (*localMask >> Platform::EventType::keyDown & 1U) != 0 &&
-               local_({Platform::EventType::keyDown, 0, keyCode});
+        return tellLocals({Platform::EventType::keyDown, 0, keyCode});
     }
+    void movePointer() { tellLocals({Platform::EventType::mouseMoved, 0, std::nullopt}); }
 
     Platform::Subscription addGlobalMonitor(std::uint64_t eventMask,
                                             std::function<void(const Platform::Event&)> callback) override {
@@ -106,15 +117,32 @@ public:
     Platform::Subscription addLocalMonitor(std::uint64_t eventMask,
                                            std::function<bool(const Platform::Event&)> callback) override {
         events_.emplace_back("local monitor");
-        localMask = eventMask;
-        local_ = std::move(callback);
-        return Platform::Subscription([this] { localMask.reset(); });
+        const auto number = ++lastLocal_;
+        locals_[number] = {eventMask, std::move(callback)};
+        return Platform::Subscription([this, number] { locals_.erase(number); });
     }
 
 private:
+    struct LocalMonitor {
+        std::uint64_t mask = 0;
+        std::function<bool(const Platform::Event&)> callback;
+    };
+
+    /// As the toolkit does: the last one comes first, and none may go while it is told.
+    bool tellLocals(const Platform::Event& event) {
+        const auto before = locals_;
+        const bool isSwallowed = std::any_of(before.rbegin(), before.rend(), [&](const auto& entry) {
+            const auto& monitor = entry.second;
+            return (monitor.mask >> event.type & 1U) != 0 && monitor.callback(event);
+        });
+        EXPECT_EQ(locals_.size(), before.size());
+        return isSwallowed;
+    }
+
     std::vector<std::string>& events_;
     std::function<void(const Platform::Event&)> global_;
-    std::function<bool(const Platform::Event&)> local_;
+    std::map<int, LocalMonitor> locals_;
+    int lastLocal_ = 0;
 };
 
 class FakeDepartures : public Platform::Departures {

@@ -7,6 +7,7 @@
 #include <QDBusObjectPath>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QDBusVariant>
 #include <QVariantMap>
 
 #include <optional>
@@ -14,6 +15,15 @@
 
 namespace LinuxPlatform {
 namespace {
+
+bool isTrue(const QDBusMessage& answer) {
+    auto value = answer.arguments().value(0);
+    if (value.metaType() == QMetaType::fromType<QDBusVariant>()) {
+        value = value.value<QDBusVariant>().variant();
+    }
+    return answer.type() == QDBusMessage::ReplyMessage && value.metaType() == QMetaType::fromType<bool>() &&
+           value.toBool();
+}
 
 /// Empty where the change is not about that.
 std::optional<bool> saysLocked(const QDBusMessage& change) {
@@ -35,6 +45,10 @@ SessionLock::SessionLock(const QDBusConnection& sessionBus, std::function<void(b
         signals_.emplace_back(
             sessionBus, saver, QString(), saver, QStringLiteral("ActiveChanged"),
             [this, saver](const QDBusMessage& change) { hear(saver, change.arguments().value(0).toBool()); });
+        ask(sessionBus, saver,
+            QDBusMessage::createMethodCall(saver,
+                                           QStringLiteral("/org/%1/ScreenSaver").arg(QLatin1String(desktop)),
+                                           saver, QStringLiteral("GetActive")));
     }
 }
 
@@ -67,6 +81,22 @@ void SessionLock::hearLoginSession(const QDBusConnection& systemBus, const QStri
                                   hear(loginSessionInterface, *isLocked);
                               }
                           });
+    auto question = QDBusMessage::createMethodCall(
+        loginService, session, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
+    question << loginSessionInterface << QStringLiteral("LockedHint");
+    ask(systemBus, loginSessionInterface, std::move(question));
+}
+
+/// Whether it had locked the session before anybody listened.
+void SessionLock::ask(const QDBusConnection& bus, const QString& locker, QDBusMessage question) {
+    question.setAutoStartService(false);
+    auto* const watcher = new QDBusPendingCallWatcher(bus.asyncCall(question), &context_);
+    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, &context_, [this, watcher, locker] {
+        watcher->deleteLater();
+        if (isTrue(watcher->reply())) {
+            hear(locker, true);
+        }
+    });
 }
 
 void SessionLock::hear(const QString& locker, bool isLocked) {

@@ -3,6 +3,7 @@
 #include "platform/linux/dbus/DBusSignal.h"
 
 #include <QDBusConnection>
+#include <QDBusMessage>
 #include <QObject>
 #include <QSet>
 #include <QString>
@@ -18,7 +19,8 @@ namespace LinuxPlatform {
 /// org.freedesktop.login1.Session (Lock, Unlock, LockedHint).
 class SessionLock {
 public:
-    /// `didChange` is called once or more often for each lock, and once no locker says that it still locks.
+    /// `didChange` is called once or more often for each lock, one from before included, and once no locker
+    /// says that it still locks.
     SessionLock(const QDBusConnection& sessionBus, std::function<void(bool isLocked)> didChange);
 
     /// From when it has said which session this is.
@@ -27,6 +29,7 @@ public:
 private:
     void hearLoginSession(const QDBusConnection& systemBus, const QString& session);
 
+    void ask(const QDBusConnection& bus, const QString& locker, QDBusMessage question);
     void hear(const QString& locker, bool isLocked);
 
     std::function<void(bool isLocked)> didChange_;
