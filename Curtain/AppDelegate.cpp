@@ -36,6 +36,10 @@ constexpr MainQueue::Seconds rehideNoticeInterval{4.0};
 constexpr MainQueue::Seconds panelDeadline{10.0};
 /// A share that goes on has been noticed by then.
 constexpr MainQueue::Seconds shareNoticed{10.0};
+/// Whatever taking privacy mode up brings about has happened by then.
+constexpr MainQueue::Seconds resumeSettled{10.0};
+/// Once as many starts have ended over it, the next one is to go well without it.
+constexpr int mostFailedStarts = 2;
 /// A window manager has hidden by then what it is going to hide.
 constexpr int hiddenLooks = 20;
 constexpr MainQueue::Seconds hiddenLookInterval{0.1};
@@ -184,6 +188,13 @@ void AppDelegate::resumePrivacyMode() {
         quietHold_.end();
         return;
     }
+    if (journal_.failedStarts() >= mostFailedStarts) {
+        quietHold_.end();
+        quietHold_.whenSeen([this] { notifier_.notifyNotResumed(); });
+        return;
+    }
+    journal_.willTakeUp();
+    platform_.mainQueue->asyncAfter(resumeSettled, lifetime_.weak([this] { didResume(); }));
     platform_.appShield->cover(earlier->privacy.targets);
     engine().resume(earlier->privacy);
     setAutoActivated(earlier->wasAutomatic);
@@ -202,6 +213,11 @@ void AppDelegate::resumePrivacyMode() {
     isResumeAwaited_ = areWindowsAwaited_;
     updateIcon();
     refreshReadiness();
+}
+
+void AppDelegate::didResume() {
+    journal_.didTakeUp();
+    keepJournal();
 }
 
 void AppDelegate::awaitShare() {

@@ -103,6 +103,7 @@ private:
     void undoAutomaticActivation();
     /// Where an earlier run did not end in good order.
     void resumePrivacyMode();
+    void didResume();
     /// Of a share that ended while nobody watched, nothing else would tell.
     void awaitShare();
     void endUnlessShared();

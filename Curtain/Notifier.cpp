@@ -127,16 +127,21 @@ void Notifier::withdrawPrivacyModeInVain() {
 }
 
 void Notifier::notifyPrivacyModeEnded() {
+    notifyOff(PlatformKey::privacyModeEndedBody);
+}
+
+void Notifier::notifyNotResumed() {
+    notifyOff(PlatformKey::privacyModeNotResumed);
+}
+
+void Notifier::notifyOff(PlatformKey reason) {
     if (!enabled_) {
         return;
     }
     const auto lang = languageProvider();
     hasToldOfEnd_ = true;
-    center_.add({endedIdentifier,
-                 {text(PlatformKey::privacyModeEndedTitle, lang),
-                  text(PlatformKey::privacyModeEndedBody, lang),
-                  {},
-                  {}}});
+    center_.add(
+        {endedIdentifier, {text(PlatformKey::privacyModeEndedTitle, lang), text(reason, lang), {}, {}}});
 }
 
 void Notifier::withdrawPrivacyModeEnded() {

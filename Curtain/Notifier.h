@@ -59,6 +59,8 @@ public:
     void withdrawPrivacyModeInVain();
     /// Another program has switched privacy mode off.
     void notifyPrivacyModeEnded();
+    /// Privacy mode is off, though an earlier run left it on: others ended while they took it up.
+    void notifyNotResumed();
     void withdrawPrivacyModeEnded();
     /// Where Curtain is to be found: in the panel, or nowhere but in this notice. Takes the place of an
     /// earlier one. `shortcut` is the combination that switches privacy mode, empty for none.
@@ -82,6 +84,7 @@ private:
     void registerCategories();
     std::vector<Platform::NotificationCategory> categories() const;
     void notifyOn(const std::string& body);
+    void notifyOff(PlatformKey reason);
     void addPrivacyNotice(const Platform::NotificationRequest& request);
     void withdrawPrivacyNotice(const std::string& identifier);
     void reveal(const Platform::NotificationContent& content) const;

@@ -67,6 +67,8 @@ enum class PlatformKey {
     privacyModeEndedBody,
     /// Why privacy mode is on from the start.
     privacyModeResumed,
+    /// Why it is off, though an earlier run left it on.
+    privacyModeNotResumed,
     /// What became of a test photo.
     photoCopied,
     photoNotCopied,
@@ -137,7 +139,7 @@ std::string opening(std::string_view name, std::string_view lang);
 
 template <>
 struct CurtainCore::RawValues<Curtain::PlatformKey> {
-    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 61> cases{{
+    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 62> cases{{
         {Curtain::PlatformKey::noHidingOnWayland, "noHidingOnWayland"},
         {Curtain::PlatformKey::noWindowManager, "noWindowManager"},
         {Curtain::PlatformKey::logOutOnce, "logOutOnce"},
@@ -169,6 +171,7 @@ struct CurtainCore::RawValues<Curtain::PlatformKey> {
         {Curtain::PlatformKey::cameraSendsNothing, "cameraSendsNothing"},
         {Curtain::PlatformKey::privacyModeEndedBody, "privacyModeEndedBody"},
         {Curtain::PlatformKey::privacyModeResumed, "privacyModeResumed"},
+        {Curtain::PlatformKey::privacyModeNotResumed, "privacyModeNotResumed"},
         {Curtain::PlatformKey::photoCopied, "photoCopied"},
         {Curtain::PlatformKey::photoNotCopied, "photoNotCopied"},
         {Curtain::PlatformKey::photoSaved, "photoSaved"},

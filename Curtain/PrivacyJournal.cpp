@@ -21,21 +21,38 @@ PrivacyJournal::Entry entryIn(const Json& document) {
     return entry;
 }
 
-std::optional<PrivacyJournal::Entry> entryIn(const std::optional<std::string>& text) {
+struct Record {
+    std::optional<PrivacyJournal::Entry> entry;
+    int startsUnderWay = 0;
+};
+
+Record recordIn(const std::optional<std::string>& text) {
     if (!text) {
-        return std::nullopt;
+        return {};
     }
     try {
         const auto document = Json::parse(*text);
-        return document.at("version") == version ? std::optional(entryIn(document)) : std::nullopt;
+        if (document.at("version") != version) {
+            return {};
+        }
+        return {entryIn(document), document.value("startsUnderWay", 0)};
     } catch (const std::exception&) {
-        return std::nullopt;
+        return {};
     }
 }
 
 } // namespace
 
-PrivacyJournal::PrivacyJournal(Platform::SessionNote& note) : note_(note), earlier_(entryIn(note.text())) {}
+PrivacyJournal::PrivacyJournal(Platform::SessionNote& note) : note_(note) {
+    const auto record = recordIn(note.text());
+    earlier_ = record.entry;
+    failedStarts_ = record.startsUnderWay;
+}
+
+void PrivacyJournal::willTakeUp() {
+    startsUnderWay_ = failedStarts_ + 1;
+    write(*earlier_);
+}
 
 void PrivacyJournal::write(const Entry& entry) {
     const Json document{
@@ -45,11 +62,13 @@ void PrivacyJournal::write(const Entry& entry) {
         {"previousHidden", entry.privacy.previousHidden},
         {"wasAutomatic", entry.wasAutomatic},
         {"isQuiet", entry.isQuiet},
+        {"startsUnderWay", startsUnderWay_},
     };
     keep(document.dump(2, ' ', false, Json::error_handler_t::replace));
 }
 
 void PrivacyJournal::clear() {
+    startsUnderWay_ = 0;
     keep(std::nullopt);
 }
 

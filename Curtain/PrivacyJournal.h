@@ -28,6 +28,11 @@ public:
     /// What an earlier run had left when this object was made; absent where it was off or ended in good
     /// order, and where what was there is not whole or of another version.
     const std::optional<Entry>& earlier() const { return earlier_; }
+    /// How many starts in a row took that up and ended before `didTakeUp`.
+    int failedStarts() const { return failedStarts_; }
+    /// To be called, where there is something, before it is taken up, and once that is over and done with.
+    void willTakeUp();
+    void didTakeUp() { startsUnderWay_ = 0; }
     void write(const Entry& entry);
     /// Privacy mode is off.
     void clear();
@@ -37,6 +42,9 @@ private:
 
     Platform::SessionNote& note_;
     std::optional<Entry> earlier_;
+    int failedStarts_ = 0;
+    /// This one among them, as long as it takes something up.
+    int startsUnderWay_ = 0;
     /// Writing costs more than comparing.
     std::optional<std::string> kept_;
 };

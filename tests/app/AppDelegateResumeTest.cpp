@@ -140,6 +140,41 @@ TEST_F(ResumeTest, ASecondCrashLosesNothing) {
     EXPECT_THAT(takeCalls(), ElementsAre("unhide a", "activate a 2"));
 }
 
+TEST_F(ResumeTest, WhatEndsEveryStartIsNotTakenUpAThirdTime) {
+    fakes.workspace.run("a");
+    launch();
+    pressShortcut();
+    crashAndStart();
+    crashAndStart();
+    EXPECT_TRUE(looksClosed());
+    for (int start = 0; start < 2; ++start) {
+        crashAndStart();
+        EXPECT_FALSE(looksClosed());
+        EXPECT_THAT(takeCalls(), IsEmpty());
+        EXPECT_THAT(fakes.appShield.covered, IsEmpty());
+        ASSERT_THAT(fakes.userNotificationCenter.delivered, SizeIs(1));
+        const auto& notice = fakes.userNotificationCenter.delivered.front().content;
+        EXPECT_EQ(notice.title, "Privacy mode off");
+        EXPECT_EQ(notice.body,
+                  Curtain::PlatformWording::string(Curtain::PlatformKey::privacyModeNotResumed, "en"));
+    }
+    pressShortcut();
+    EXPECT_THAT(fakes.userNotificationCenter.delivered, IsEmpty());
+    crashAndStart();
+    EXPECT_TRUE(looksClosed());
+}
+
+TEST_F(ResumeTest, AStartThatGotPastItCountsForNothing) {
+    fakes.workspace.run("a");
+    launch();
+    pressShortcut();
+    for (int crash = 0; crash < 4; ++crash) {
+        crashAndStart();
+        EXPECT_TRUE(looksClosed()) << crash;
+        fakes.mainQueue.advance(longTime + 1);
+    }
+}
+
 TEST_F(ResumeTest, QuitRestoresNothingAndIsNotTakenUp) {
     auto& app = fakes.workspace.run("a");
     launch();

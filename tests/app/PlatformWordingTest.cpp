@@ -235,17 +235,18 @@ TEST(PlatformWording, TheEnglishTextsOfItsOwn) {
             "The camera is not plugged in any more.", "Another program is using the camera.",
             "The camera doesn't start. Another program may be using it.",
             "The camera sends no picture. Curtain keeps trying.", "Another program asked for it.",
-            "Curtain ended unexpectedly, and goes on where it was.", "The photo is on the clipboard.",
-            "The photo could not be copied.", "The photo is saved.", "The photo could not be saved.",
-            "Not saved: the disk is full.", "Not saved: you may not write there.",
-            "The camera took no photo.", "There is a file of this name already.",
-            "The camera shows no picture.", "In use by another program.", "No app has this name.",
-            "No app is open.", "A click on its icon checks everything before a call.",
-            "This shortcut hides your private apps.", "Mirror picture", "More options", "Clear search",
-            "Your settings could not be read", "No app was hidden", "Close", "Switch on", "Can't tell",
-            "Not installed", "Private apps not counted", "Some private apps not counted",
-            "Privacy mode has no effect", "Privacy mode off", "Choose private apps",
-            "Curtain is in your panel", "Curtain is running"));
+            "Curtain ended unexpectedly, and goes on where it was.",
+            "Curtain ended twice while it switched it on again. What was hidden stays hidden.",
+            "The photo is on the clipboard.", "The photo could not be copied.", "The photo is saved.",
+            "The photo could not be saved.", "Not saved: the disk is full.",
+            "Not saved: you may not write there.", "The camera took no photo.",
+            "There is a file of this name already.", "The camera shows no picture.",
+            "In use by another program.", "No app has this name.", "No app is open.",
+            "A click on its icon checks everything before a call.", "This shortcut hides your private apps.",
+            "Mirror picture", "More options", "Clear search", "Your settings could not be read",
+            "No app was hidden", "Close", "Switch on", "Can't tell", "Not installed",
+            "Private apps not counted", "Some private apps not counted", "Privacy mode has no effect",
+            "Privacy mode off", "Choose private apps", "Curtain is in your panel", "Curtain is running"));
 }
 
 TEST(PlatformWording, AnUnknownLanguageReadsEnglish) {

@@ -29,6 +29,32 @@ TEST_F(PrivacyJournalTest, TheNextRunReadsWhatWasWritten) {
     }
 }
 
+TEST_F(PrivacyJournalTest, CountsTheStartsThatDidNotGetPastTakingItUp) {
+    PrivacyJournal(note).write(full);
+    for (int failures = 0; failures < 3; ++failures) {
+        PrivacyJournal journal(note);
+        EXPECT_EQ(journal.failedStarts(), failures);
+        journal.willTakeUp();
+        EXPECT_THAT(asTheNextRunReads(), Optional(full));
+        journal.write(full);
+    }
+    PrivacyJournal journal(note);
+    journal.willTakeUp();
+    journal.didTakeUp();
+    journal.write(full);
+    EXPECT_EQ(PrivacyJournal(note).failedStarts(), 0);
+}
+
+TEST_F(PrivacyJournalTest, WhatIsSwitchedOffAndOnAgainHasNotFailed) {
+    PrivacyJournal(note).write(full);
+    PrivacyJournal journal(note);
+    journal.willTakeUp();
+    journal.clear();
+    EXPECT_EQ(PrivacyJournal(note).failedStarts(), 0);
+    journal.write(full);
+    EXPECT_EQ(PrivacyJournal(note).failedStarts(), 0);
+}
+
 TEST_F(PrivacyJournalTest, NothingIsThereAtFirstAndOnceItIsCleared) {
     EXPECT_EQ(asTheNextRunReads(), std::nullopt);
     PrivacyJournal journal(note);
@@ -75,7 +101,8 @@ TEST_F(PrivacyJournalTest, WhatHasAnotherShapeOrVersionIsNotBelieved) {
          {withOther("\"version\": 1", "\"version\": 2"), withOther("\"version\": 1", "\"version\": \"1\""),
           withOther("\"targets\"", "\"others\""), withOther("\"a\": false", "\"a\": 0"),
           withOther("\"wasAutomatic\": true", "\"wasAutomatic\": {}"), withOther("\"isQuiet\"", "\"quiet\""),
-          std::string("[]"), std::string("null"), std::string("1")}) {
+          withOther("\"startsUnderWay\": 0", "\"startsUnderWay\": null"), std::string("[]"),
+          std::string("null"), std::string("1")}) {
         note.kept = text;
         EXPECT_EQ(asTheNextRunReads(), std::nullopt) << text;
     }

@@ -76,6 +76,19 @@ class ResumeTest(CrashCase):
         self.toggle()
         self.wait_shown(xterm, later)
 
+    def test_privacy_mode_that_no_start_got_past_is_left_alone(self):
+        xterm = self.open_xterm()
+        self.hide(xterm)
+        self.kill_curtain()
+        for path in self.journals():
+            path.write_text(re.sub(r"(startsUnderWay\W+)0", r"\g<1>2", path.read_text()))
+        self.start_curtain()
+        wait_until(self.desktop.tray_icon, "the tray icon is there")
+        self.assert_stays_hidden(xterm)
+        xterm.raise_from_task_list()
+        self.wait_shown(xterm)
+        self.assert_stays_shown(xterm)
+
     def test_a_journal_of_another_session_or_process_is_not_believed(self):
         xterm = self.open_xterm()
         self.hide(xterm)
