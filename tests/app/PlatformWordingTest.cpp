@@ -236,7 +236,7 @@ TEST(PlatformWording, TheEnglishTextsOfItsOwn) {
             "The camera doesn't start. Another program may be using it.",
             "The camera sends no picture. Curtain keeps trying.", "Another program asked for it.",
             "Curtain ended unexpectedly, and goes on where it was.",
-            "Curtain ended twice while it switched it on again. What was hidden stays hidden.",
+            "Curtain ended twice while switching it on again. What was hidden stays hidden.",
             "The photo is on the clipboard.", "The photo could not be copied.", "The photo is saved.",
             "The photo could not be saved.", "Not saved: the disk is full.",
             "Not saved: you may not write there.", "The camera took no photo.",
