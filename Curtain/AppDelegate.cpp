@@ -40,6 +40,8 @@ constexpr MainQueue::Seconds shareNoticed{10.0};
 constexpr MainQueue::Seconds resumeSettled{10.0};
 /// Once as many starts have ended over it, the next one is to go well without it.
 constexpr int mostFailedStarts = 2;
+/// A locker that was asked to lock covers the screen by then. Until then the pointer may be under way yet.
+constexpr MainQueue::Seconds lockerAppears{5.0};
 /// A window manager has hidden by then what it is going to hide.
 constexpr int hiddenLooks = 20;
 constexpr MainQueue::Seconds hiddenLookInterval{0.1};
@@ -194,7 +196,6 @@ void AppDelegate::resumePrivacyMode() {
         return;
     }
     journal_.willTakeUp();
-    platform_.mainQueue->asyncAfter(resumeSettled, lifetime_.weak([this] { didResume(); }));
     platform_.appShield->cover(earlier->privacy.targets);
     engine().resume(earlier->privacy);
     setAutoActivated(earlier->wasAutomatic);
@@ -213,11 +214,6 @@ void AppDelegate::resumePrivacyMode() {
     isResumeAwaited_ = areWindowsAwaited_;
     updateIcon();
     refreshReadiness();
-}
-
-void AppDelegate::didResume() {
-    journal_.didTakeUp();
-    keepJournal();
 }
 
 void AppDelegate::awaitShare() {
@@ -251,6 +247,12 @@ void AppDelegate::beginQuiet() {
 
 void AppDelegate::keepJournal() {
     if (engine().isActive()) {
+        if (journal_.isOnTrial() && !std::exchange(isTrialTimed_, true)) {
+            platform_.mainQueue->asyncAfter(resumeSettled, lifetime_.weak([this] {
+                journal_.didTakeUp();
+                keepJournal();
+            }));
+        }
         journal_.write({engine().state(), autoActivated_, quietHold_.isOn()});
     } else {
         journal_.clear();
@@ -524,7 +526,8 @@ void AppDelegate::userDeparted() {
 void AppDelegate::sessionLockChanged(bool isLocked) {
     if (isLocked) {
         lock_.emplace();
-        awaitReturn();
+        returnMonitor_ = {};
+        platform_.mainQueue->asyncAfter(lockerAppears, lock_->weak([this] { awaitReturn(); }));
         if (onboardingWC_) {
             onboardingWC_->viewModel()->sessionDidLock();
         }

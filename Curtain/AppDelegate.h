@@ -103,7 +103,6 @@ private:
     void undoAutomaticActivation();
     /// Where an earlier run did not end in good order.
     void resumePrivacyMode();
-    void didResume();
     /// Of a share that ended while nobody watched, nothing else would tell.
     void awaitShare();
     void endUnlessShared();
@@ -204,6 +203,8 @@ private:
     /// While the session is locked, when nothing live starts.
     std::optional<Platform::Lifetime> lock_;
     Platform::Subscription returnMonitor_;
+    /// Whether it is known when the journal's trial is over.
+    bool isTrialTimed_ = false;
     int openSavePanels_ = 0;
     /// Whether camera and microphone are off until the dialog for saving has been answered.
     bool checksRest_ = false;

@@ -47,10 +47,11 @@ PrivacyJournal::PrivacyJournal(Platform::SessionNote& note) : note_(note) {
     const auto record = recordIn(note.text());
     earlier_ = record.entry;
     failedStarts_ = record.startsUnderWay;
+    startsUnderWay_ = failedStarts_;
 }
 
 void PrivacyJournal::willTakeUp() {
-    startsUnderWay_ = failedStarts_ + 1;
+    ++startsUnderWay_;
     write(*earlier_);
 }
 

@@ -30,8 +30,11 @@ public:
     const std::optional<Entry>& earlier() const { return earlier_; }
     /// How many starts in a row took that up and ended before `didTakeUp`.
     int failedStarts() const { return failedStarts_; }
-    /// To be called, where there is something, before it is taken up, and once that is over and done with.
+    /// To be called, where there is something, before it is taken up.
     void willTakeUp();
+    /// Whether hiding may be what ended the starts before: in a start that leaves it off as well.
+    bool isOnTrial() const { return startsUnderWay_ > 0; }
+    /// To be called once that is over and done with.
     void didTakeUp() { startsUnderWay_ = 0; }
     void write(const Entry& entry);
     /// Privacy mode is off.

@@ -406,6 +406,9 @@ TEST_F(PopoverTest, TheChecksRestWhileTheUserIsAwayFromAnOpenSavePanelAndThePhot
     EXPECT_TRUE(isMicrophoneOn());
 }
 
+/// A locker covers the screen by then.
+constexpr double lockerAppears = 5;
+
 TEST_F(PopoverTest, NothingLiveStartsWhileTheSessionIsLocked) {
     open();
     fakes.departures.lock();
@@ -428,12 +431,14 @@ TEST_F(PopoverTest, WhoeverIsSeenToUseItHasUnlockedTheSession) {
     open();
     fakes.departures.lock();
     delegate->open();
+    fakes.mainQueue.advance(lockerAppears);
     fakes.eventMonitors.movePointer();
     fakes.departures.lock();
     delegate->open();
     fakes.mainQueue.runReady();
     fakes.workQueues.runAll();
     EXPECT_FALSE(isCameraOn()) << "it was used before that lock";
+    fakes.mainQueue.advance(lockerAppears);
     fakes.eventMonitors.movePointer();
     fakes.mainQueue.runReady();
     fakes.workQueues.runAll();
@@ -444,6 +449,17 @@ TEST_F(PopoverTest, WhoeverIsSeenToUseItHasUnlockedTheSession) {
     EXPECT_FALSE(fakes.popover.isShown());
     fakes.workQueues.runAll();
     EXPECT_FALSE(isCameraOn());
+}
+
+TEST_F(PopoverTest, APointerThatMovesBeforeTheLockerIsThereUnlocksNothing) {
+    open();
+    fakes.departures.lock();
+    delegate->open();
+    fakes.eventMonitors.movePointer();
+    fakes.mainQueue.advance(lockerAppears);
+    fakes.workQueues.runAll();
+    EXPECT_FALSE(isCameraOn());
+    EXPECT_FALSE(isMicrophoneOn());
 }
 
 TEST_F(PopoverTest, ALockThatIsOverStartsNothingInAClosedPopover) {
@@ -1289,6 +1305,7 @@ TEST_F(WizardTest, OneThatOpensBehindALockShowsNothingLiveUntilItIsUsed) {
         model().advance();
     }
     model().requestCurrentPermission();
+    fakes.mainQueue.advance(lockerAppears);
     fakes.workQueues.runAll();
     EXPECT_FALSE(fakes.captureServices.session->isRunning());
     fakes.eventMonitors.movePointer();

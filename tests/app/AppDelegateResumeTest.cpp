@@ -161,6 +161,10 @@ TEST_F(ResumeTest, WhatEndsEveryStartIsNotTakenUpAThirdTime) {
     pressShortcut();
     EXPECT_THAT(fakes.userNotificationCenter.delivered, IsEmpty());
     crashAndStart();
+    EXPECT_FALSE(looksClosed()) << "nor is what was switched on a moment before the end";
+    pressShortcut();
+    fakes.mainQueue.advance(longTime + 1);
+    crashAndStart();
     EXPECT_TRUE(looksClosed());
 }
 
