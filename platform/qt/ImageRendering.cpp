@@ -9,7 +9,6 @@
 #include <QPainter>
 #include <QSvgRenderer>
 
-#include <utility>
 
 namespace QtPlatform {
 namespace {
@@ -37,6 +36,12 @@ bool isDrawing(const QString& source) {
 bool isReadable(const QString& source) {
     const QFileInfo file(source);
     return file.isFile() && file.size() <= largestFile;
+}
+
+/// Empty where it cannot be read.
+QByteArray contentsOf(const QString& source) {
+    QFile file(source);
+    return file.open(QIODevice::ReadOnly) ? file.read(largestFile) : QByteArray();
 }
 
 QImage drawn(QSvgRenderer& drawing, const QSize& size) {
@@ -69,18 +74,21 @@ QImage renderImage(const Platform::Image& image, const QColor& templateColor, in
     if (!isFile(source)) {
         return QIcon::fromTheme(source).pixmap(square, 1.0).toImage();
     }
-    QFile file(source);
-    if (!isReadable(source) || !file.open(QIODevice::ReadOnly)) {
+    if (!isReadable(source)) {
         return {};
     }
-    auto bytes = file.read(largestFile);
     if (!image.isTemplate && !isDrawing(source)) {
-        return photograph(std::move(bytes), square);
+        return photograph(contentsOf(source), square);
     }
+    QSvgRenderer drawing;
+    // One that moves would want a timer, which only threads with an event loop have.
+    drawing.setFramesPerSecond(0);
     if (image.isTemplate) {
-        bytes.replace("currentColor", templateColor.name().toLatin1());
+        drawing.load(contentsOf(source).replace("currentColor", templateColor.name().toLatin1()));
+    } else {
+        // What it says about the file names it.
+        drawing.load(source);
     }
-    QSvgRenderer drawing(bytes);
     if (!drawing.isValid()) {
         return {};
     }
