@@ -9,7 +9,6 @@
 #include <QPainter>
 #include <QSvgRenderer>
 
-
 namespace QtPlatform {
 namespace {
 
