@@ -104,6 +104,25 @@ TEST_F(DesktopShellsTest, PcmanfmQtThatHidesLateIsSwitchedOnAgain) {
     EXPECT_THAT(state.values, IsEmpty());
 }
 
+TEST_F(DesktopShellsTest, PcmanfmQtThatHasEndedSinceItWasLookedForIsStarted) {
+    int starts = 0;
+    LinuxPlatform::PcmanfmQtDesktop lxqt{bus, {state, "pcmanfm-qt", session}, [&](const auto&) {
+                                             ++starts;
+                                             return true;
+                                         }};
+    start("org.pcmanfm.PCManFM", {"lxqt"});
+    lxqt.hide(scene());
+    const auto before = scene();
+    EXPECT_TRUE(lxqt.show(before));
+    EXPECT_EQ(starts, 0);
+    lxqt.hide(before);
+    shell.reset();
+    ASSERT_TRUE(spinUntil([&] { return !scene().hasName(shellName); }, patience));
+    EXPECT_TRUE(lxqt.show(before));
+    EXPECT_EQ(starts, 1);
+    EXPECT_THAT(state.values, IsEmpty());
+}
+
 struct PlasmaDesktopTest : DesktopShellsTest {
     void startPlasma(const std::vector<std::string>& desktops) {
         std::vector<std::string> arguments{"plasma"};

@@ -54,7 +54,11 @@ void PcmanfmQtDesktop::hide(const DesktopScene&) {
 }
 
 bool PcmanfmQtDesktop::show(const DesktopScene& scene) {
-    const bool isShown = scene.hasName(busName) ? switchDesktop(true) == true : startDesktop();
+    bool isShown = scene.hasName(busName) && switchDesktop(true) == true;
+    // Without a desktop and windows it ends, which it may have done since it was looked for.
+    if (!isShown && !bus_.process(service())) {
+        isShown = startDesktop();
+    }
     if (isShown) {
         earlier_.forget();
     }
