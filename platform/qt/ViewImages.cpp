@@ -8,6 +8,7 @@
 #include <QUrl>
 
 #include <algorithm>
+#include <chrono>
 #include <memory>
 #include <utility>
 
@@ -17,6 +18,7 @@ namespace {
 constexpr int defaultSize = 24;
 /// No view shows an icon larger than this; a wrong size must not cost memory.
 constexpr int largestSize = 1024;
+constexpr std::chrono::milliseconds longestEnd{500};
 
 int sideOf(const QSize& requestedSize) {
     const auto side = std::max(requestedSize.width(), requestedSize.height());
@@ -93,7 +95,17 @@ QImage SymbolImages::requestImage(const QString& id, QSize* size, const QSize& r
     return image;
 }
 
-IconImages::IconImages(Render render) : render_(std::move(render)) {}
+IconImages::IconImages(Render render) : render_(std::move(render)) {
+    thread_->setMaxThreadCount(1);
+}
+
+IconImages::~IconImages() {
+    thread_->clear();
+    if (!thread_->waitForDone(static_cast<int>(longestEnd.count()))) {
+        // It goes on alone with a file that may never be read.
+        static_cast<void>(thread_.release());
+    }
+}
 
 QQuickImageResponse* IconImages::requestImageResponse(const QString& id, const QSize& requestedSize) {
     const auto source = QUrl::fromPercentEncoding(id.toUtf8());
@@ -102,7 +114,7 @@ QQuickImageResponse* IconImages::requestImageResponse(const QString& id, const Q
     auto* const response = new IconResponse(*job);
     job->moveToThread(QCoreApplication::instance()->thread());
     if (source.startsWith('/')) {
-        thread_.async([job] { job->run(); });
+        thread_->start([job] { job->run(); });
     } else {
         // Only there may icon themes be asked.
         QMetaObject::invokeMethod(

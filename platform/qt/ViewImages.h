@@ -1,14 +1,15 @@
 #pragma once
 
 #include "platform/Image.h"
-#include "platform/qt/DrawingThread.h"
 
 #include <QColor>
 #include <QImage>
 #include <QQuickAsyncImageProvider>
 #include <QQuickImageProvider>
+#include <QThreadPool>
 
 #include <functional>
+#include <memory>
 
 namespace QtPlatform {
 
@@ -25,19 +26,23 @@ public:
 /// `Platform::Image`, percent-encoded. Files are read and drawn on a thread of their own, since anybody may
 /// have put them there; the others on the main thread, one an event, so that a list of apps never keeps its
 /// window waiting. A single clear pixel when there is no such picture. To be made and ended on the main
-/// thread.
+/// thread; the end waits for a file that is being read, but not for long.
 class IconImages : public QQuickAsyncImageProvider {
 public:
     using Render = std::function<QImage(const Platform::Image& image, const QColor& templateColor, int size)>;
 
     /// `render` is called on both threads, and may outlive this object.
     explicit IconImages(Render render);
+    ~IconImages() override;
+    IconImages(const IconImages&) = delete;
+    IconImages& operator=(const IconImages&) = delete;
 
     QQuickImageResponse* requestImageResponse(const QString& id, const QSize& requestedSize) override;
 
 private:
     Render render_;
-    DrawingThread thread_;
+    /// Of one thread.
+    std::unique_ptr<QThreadPool> thread_ = std::make_unique<QThreadPool>();
 };
 
 } // namespace QtPlatform
