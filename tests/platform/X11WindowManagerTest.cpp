@@ -28,7 +28,9 @@ using LinuxPlatform::WindowId;
 using LinuxPlatform::X11Connection;
 using LinuxPlatform::X11WindowSystem;
 using PlatformTests::PrivacyMode;
+using testing::Contains;
 using testing::IsEmpty;
+using testing::Not;
 using TestSupport::ChildProcess;
 using TestSupport::ScriptedWindowManager;
 using TestSupport::spinUntil;
@@ -456,6 +458,21 @@ TEST_F(X11WindowManagerTest, ManagerThatIgnoresHidingIsFoundOut) {
     // It was busy after all.
     manager.setStates(window, {hiddenState});
     EXPECT_EQ(manual.system.hidingObstacle(), std::nullopt);
+}
+
+TEST_F(X11WindowManagerTest, TakingAWindowInIsNoAnswerToTheRequestToHideIt) {
+    ScriptedWindowManager manager;
+    const auto window = client.open("a", "A");
+    manager.list({window});
+    ManualSystem manual;
+    ASSERT_TRUE(manual.lists(window));
+    manual.system.hide(std::array{WindowId{window}});
+    manager.setManagerState(window, ScriptedWindowManager::normal);
+    // And so it refuses.
+    manager.setManagerState(window, ScriptedWindowManager::normal);
+    manual.advance(5.1);
+    EXPECT_EQ(manual.system.hidingObstacle(), ignoresHiding);
+    EXPECT_THAT(manual.events, Not(Contains(std::pair(WindowEvent::activated, WindowId{window}))));
 }
 
 TEST_F(X11WindowManagerTest, ManagerThatPausesDoesNotIgnoreHiding) {

@@ -330,7 +330,8 @@ void X11WindowModel::windowPropertyChanged(xcb_window_t window, xcb_atom_t prope
     }
     auto& entry = found->second;
     const bool isManagerStateKnown = entry.window.managerState.has_value();
-    entry.managerStateWrites += property == atom(wmState) ? 1 : 0;
+    // The first is that it takes the window in, which it may have listed before.
+    entry.managerStateWrites += property == atom(wmState) && isManagerStateKnown ? 1 : 0;
     if (property == atom(wmState) && isManagerStateKnown && !entry.isHiddenMarkInDoubt &&
         !entry.window.isHiddenMarkStale && !entry.isExpectedHidden) {
         // Every hiding and showing changes it, and nobody asks.
