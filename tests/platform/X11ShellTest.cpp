@@ -141,7 +141,9 @@ TEST_F(X11ShellTest, ThePopoverHangsBelowItsItemWithTheKeyboardAndWithoutATaskLi
     // A compositor lets the shadow lie around it, as far as the panel.
     const QMargins shadow = windowManager.isComposited() ? QMargins(40, 6, 40, 48) : QMargins();
     const QRect place(362, 46, 300, 200);
-    EXPECT_TRUE(spinUntil([&] { return window->geometry().marginsRemoved(shadow) == place; }));
+    EXPECT_TRUE(spinUntil([&] { return window->geometry().marginsRemoved(shadow) == place; }))
+        << "it is at " << window->x() << ", " << window->y() << ", " << window->width() << " by "
+        << window->height();
     const auto states = client.numbers(identifier, "_NET_WM_STATE");
     EXPECT_THAT(states, Contains(client.atom("_NET_WM_STATE_SKIP_TASKBAR")));
     EXPECT_THAT(states, Contains(client.atom("_NET_WM_STATE_ABOVE")));
@@ -217,7 +219,7 @@ TEST_F(X11ShellTest, ClicksAreSeenWhereverTheyGoButOnOwnWindows) {
     click(1);
     click(3);
     click(2);
-    ASSERT_TRUE(spinUntil([&] { return seen.size() >= 2; }));
+    ASSERT_TRUE(spinUntil([&] { return seen.size() >= 2; })) << testing::PrintToString(seen);
     EXPECT_THAT(seen, ElementsAre(Platform::EventType::leftMouseDown, Platform::EventType::rightMouseDown));
 
     seen.clear();
