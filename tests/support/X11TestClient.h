@@ -31,7 +31,8 @@ public:
     xcb_atom_t atom(std::string_view name) const {
         const LinuxPlatform::XcbPointer<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(
             get(), xcb_intern_atom(get(), 0, static_cast<std::uint16_t>(name.size()), name.data()), nullptr));
-        return reply->atom;
+        // There is none where the server is gone.
+        return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
     }
 
     /// A window that is not shown yet; its place is its user's, so that no window manager looks for another.

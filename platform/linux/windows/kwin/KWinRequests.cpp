@@ -8,9 +8,11 @@
 namespace LinuxPlatform {
 namespace {
 
-/// While KWin does what it is asked it reads nothing. Its X server, which sends a picture of each window that
-/// is shown, ends when it can send no more, and all X11 programs with it.
 constexpr qsizetype windowsAtOnce = 16;
+/// KWin reads nothing while it does what it is asked, and may read one picture of a window from its X server before
+/// it is asked for more. The X server, which sends a picture of each window that is shown, ends when it can send
+/// no more, and all X11 programs with it.
+constexpr qsizetype shownAtOnce = 1;
 
 const QString actKey = QStringLiteral("act");
 const QString idsKey = QStringLiteral("ids");
@@ -49,6 +51,8 @@ QJsonArray KWinRequests::takePortion() {
     while (!waiting_.isEmpty() && left > 0) {
         auto request = waiting_.takeAt(0).toObject();
         auto windows = request.value(idsKey).toArray();
+        const bool isShow = request.value(actKey).toString() == nameOf(Act::show);
+        left = isShow ? std::min(left, shownAtOnce) : left;
         if (windows.size() > left) {
             portion.append(QJsonObject{{actKey, request.value(actKey)}, {idsKey, cutOff(windows, left)}});
             request[idsKey] = windows;
