@@ -205,22 +205,18 @@ class Display:
         return arrived
 
     def press(self, *keys):
-        for key in keys:
-            self._fake(KEY_PRESS, key)
+        self._fake(*((KEY_PRESS, key) for key in keys))
 
     def release(self, *keys):
-        for key in keys:
-            self._fake(KEY_RELEASE, key)
+        self._fake(*((KEY_RELEASE, key) for key in keys))
 
     def strike(self, *keys):
-        """Presses the keys in order and lets them go in the reverse order."""
-        self.press(*keys)
-        self.release(*reversed(keys))
+        """Presses the keys in order and lets them go in the reverse order, all at once: nobody sees a key held for long."""
+        self._fake(*((KEY_PRESS, key) for key in keys), *((KEY_RELEASE, key) for key in reversed(keys)))
 
     def click(self, button=1):
         """Where the pointer is."""
-        self._fake(BUTTON_PRESS, button)
-        self._fake(BUTTON_RELEASE, button)
+        self._fake((BUTTON_PRESS, button), (BUTTON_RELEASE, button))
 
     def grab_key(self, key, modifiers):
         """Takes the combination for this client; False if another one has it."""
@@ -259,9 +255,10 @@ class Display:
                           ctypes.c_uint8(GRAB_ASYNC))
         return reply[1] == GRAB_SUCCESS
 
-    def _fake(self, kind, key):
-        xtest.xcb_test_fake_input(self._connection, ctypes.c_uint8(kind), ctypes.c_uint8(key), 0, 0, ctypes.c_int16(0),
-                                  ctypes.c_int16(0), ctypes.c_uint8(0))
+    def _fake(self, *events):
+        for kind, key in events:
+            xtest.xcb_test_fake_input(self._connection, ctypes.c_uint8(kind), ctypes.c_uint8(key), 0, 0, ctypes.c_int16(0),
+                                      ctypes.c_int16(0), ctypes.c_uint8(0))
         xcb.xcb_flush(self._connection)
 
     def _ask(self, request, *arguments):
