@@ -271,6 +271,11 @@ class VirtualDesktopTest(unittest.TestCase):
         self.assertEqual(self.run_in("sh", "-c", "exit 7"), (7, "", ""))
         self.assertEqual(self.run_in("sh", "-c", "kill -KILL $$"), (128 + signal.SIGKILL, "", ""))
 
+    def test_its_programs_do_not_ignore_what_the_caller_ignores(self):
+        before = signal.signal(signal.SIGINT, signal.SIG_IGN)
+        self.addCleanup(signal.signal, signal.SIGINT, before)
+        self.assertEqual(self.run_in("sh", "-c", "kill -INT $$"), (128 + signal.SIGINT, "", ""))
+
     def test_says_that_a_command_cannot_be_run(self):
         self.assertEqual(self.run_in("no-such-command"),
                          (127, "", "virtual-desktop: no-such-command: No such file or directory\n"))
