@@ -91,7 +91,7 @@ class VirtualDesktopTest(unittest.TestCase):
 
     def run_in(self, *command, **keywords):
         world = self.start(*command, **keywords)
-        output, complaints = world.communicate(timeout=60)
+        output, complaints = world.communicate(timeout=120)
         return world.returncode, output, complaints
 
     def ask(self, command, **keywords):
@@ -148,8 +148,10 @@ class VirtualDesktopTest(unittest.TestCase):
                 with self.subTest(session):
                     windows = self.ask("""
                         xterm -fa Monospace -title listed &
-                        window=$(xdotool search --sync --onlyvisible --name '^listed$')
-                        printf '0x%x\\n' "$window"
+                        window=$(printf 0x%x "$(xdotool search --sync --onlyvisible --name '^listed$')")
+                        echo "$window"
+                        # It may be seen before it is listed.
+                        """ + patiently('xprop -root _NET_CLIENT_LIST | grep -qw "$window"') + """
                         xprop -root _NET_CLIENT_LIST
                         # It would complain if its world ended first.
                         kill $!; wait $! || true""", options=["--session", session]).splitlines()
@@ -353,8 +355,9 @@ class VirtualDesktopTest(unittest.TestCase):
 
     def test_is_gone_when_a_part_never_becomes_ready(self):
         changes = self.put_in_place_of("dunst", "exec sleep 1000")
-        self.assert_failed_at_dunst(self.run_in("true", options=["--deadline", "5"], **changes),
-                                    "was not ready within 5 s")
+        # The other parts have as long.
+        self.assert_failed_at_dunst(self.run_in("true", options=["--deadline", "15"], **changes),
+                                    "was not ready within 15 s")
 
     def test_keeps_a_folder_that_was_named(self):
         folder = self.scratch / "kept"
