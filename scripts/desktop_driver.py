@@ -457,6 +457,17 @@ class Desktop:
         icons = [icon for panel in panels for icon in below(panel.id) if window_class in icon.window_class]
         return next((icon for icon in icons if self.display.is_viewable(icon.id)), None)
 
+    def place_of_tray_icon(self):
+        """On the screen, once it is there to stay: the tray gives a new icon its place after it has shown it."""
+        def place_at_rest():
+            place = self._place_of_tray_icon()
+            return place if place and stays(lambda: self._place_of_tray_icon() == place, 0.2) else None
+        return wait_until(place_at_rest, "the icon has its place in the tray", seen=self._place_of_tray_icon)
+
+    def _place_of_tray_icon(self):
+        icon = self.tray_icon()
+        return icon and icon.geometry
+
 
 def write_preferences(settings_folder, **values):
     folder = Path(settings_folder) / "curtain"

@@ -36,7 +36,7 @@ class CameraTest(PopoverCase):
 
     def test_the_popover_lets_the_camera_go(self):
         self.start()
-        for close in (lambda: self.press_key("Escape"), lambda: self.click_at(200, 700), self.click_icon):
+        for close in (lambda: self.press_key("Escape"), lambda: self.click_at(200, 700), self.click_tray_icon):
             self.assertTrue(self.camera.is_let_go_in_time(self.open_with_picture, close))
             self.wait_closed()
 

@@ -1,7 +1,6 @@
 """Starts Curtain as a new user does: in an empty home, with nothing that says where settings and data lie."""
 
 import stat
-import subprocess
 import unittest
 
 from desktop_case import DesktopCase, wait_until
@@ -26,17 +25,14 @@ class ColdStartTest(DesktopCase):
                      if window.size == WIZARD), None)
 
     def open_wizard(self):
-        icon = wait_until(self.desktop.tray_icon, "the icon is in the tray").geometry
-        subprocess.run(["xdotool", "mousemove", str(icon.x + icon.width // 2), str(icon.y + icon.height // 2), "click", "1"],
-                       check=True)
+        self.click_tray_icon()
         return wait_until(self.wizard, "the wizard is open")
 
     def test_greets_a_new_user_and_leaves_only_its_settings(self):
         self.start_curtain(**self.new_user)
         wait_until(self.desktop.tray_icon, "the icon is in the tray")
         self.assertEqual(self.desktop.windows_of(self.curtain), [])
-        wait_until(lambda: self.files() == {SHORTCUT_FILE}, f"there is the shortcut alone, not {self.files()}",
-                   seen=lambda: self.files())
+        wait_until(lambda: self.files() == {SHORTCUT_FILE}, "there is the shortcut alone", seen=self.files)
         modes = {name: stat.S_IMODE((self.home / name).stat().st_mode) for name in (SHORTCUT_FILE, ".config/curtain")}
         self.assertEqual(modes, {SHORTCUT_FILE: 0o600, ".config/curtain": 0o700})
         self.open_wizard()

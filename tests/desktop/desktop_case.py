@@ -112,6 +112,11 @@ class DesktopCase(unittest.TestCase):
     def toggle(self):
         self.display.strike(*SHORTCUT)
 
+    def click_tray_icon(self, button=1):
+        place = self.desktop.place_of_tray_icon()
+        subprocess.run(["xdotool", "mousemove", str(place.x + place.width // 2), str(place.y + place.height // 2), "click",
+                        str(button)], check=True)
+
     def assert_hides_again(self, window):
         """While privacy mode is on, a private app is brought to the front, and away it goes."""
         self.display.watch_requests()

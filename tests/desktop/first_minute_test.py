@@ -55,7 +55,7 @@ class FirstMinuteTest(AccessibilityCase):
         self.clicks += 1
 
     def click_icon(self):
-        icon = wait_until(self.desktop.tray_icon, "the icon is in the tray").geometry
+        icon = self.desktop.place_of_tray_icon()
         self.click_at(icon.x + icon.width // 2, icon.y + icon.height // 2)
 
     def click(self, line):
@@ -126,7 +126,7 @@ class FirstMinuteTest(AccessibilityCase):
 
     def wait_private(self, *apps):
         def private():
-            return sorted(app["bundleID"] for app in self.stored()["targetApps"])
+            return sorted(app["bundleID"] for app in self.stored().get("targetApps", ()))
         wait_until(lambda: private() == sorted(app["bundleID"] for app in apps), "the apps are private", seen=private)
 
     # Its roads

@@ -2,7 +2,6 @@
 
 import re
 import shutil
-import subprocess
 import unittest
 from pathlib import Path
 
@@ -21,11 +20,6 @@ class RestingLibrariesTest(DesktopCase):
     def views(self):
         return {name for name in self.libraries() if VIEWS.match(name)}
 
-    def click_icon(self):
-        icon = wait_until(self.desktop.tray_icon, "the icon is in the tray").geometry
-        subprocess.run(["xdotool", "mousemove", str(icon.x + icon.width // 2), str(icon.y + icon.height // 2), "click", "1"],
-                       check=True)
-
     def start_to_rest(self, program=CURTAIN):
         self.curtain = self.desktop.start(str(program), environment={"XDG_CONFIG_HOME": str(self.settings)})
         self.wait_until_ready(self.curtain)
@@ -34,7 +28,7 @@ class RestingLibrariesTest(DesktopCase):
     def test_maps_views_when_the_first_is_opened(self):
         self.start_to_rest()
         self.assertEqual(self.views(), set())
-        self.click_icon()
+        self.click_tray_icon()
         wait_until(lambda: self.desktop.windows_of(self.curtain), "a window is open")
         self.assertLess({"curtain-views", "libQt6Quick", "libQt6Qml"}, self.views())
 
@@ -42,7 +36,7 @@ class RestingLibrariesTest(DesktopCase):
         self.start_to_rest()
         sound = {"curtain-sound", "libpulse", "libsndfile"}
         self.assertEqual(self.libraries() & sound, set())
-        self.click_icon()
+        self.click_tray_icon()
         wait_until(lambda: sound <= self.libraries(), "sound is there", seen=self.libraries)
 
     def test_every_library_at_rest_is_accounted_for(self):
@@ -58,7 +52,7 @@ class RestingLibrariesTest(DesktopCase):
         library = installation / "lib/curtain/curtain-views.so"
         library.unlink()
         library.write_text("another version")
-        self.click_icon()
+        self.click_tray_icon()
         wait_until(lambda: self.desktop.windows_of(self.curtain), "a window is open")
 
     def test_goes_on_where_its_sound_cannot_be_loaded(self):
@@ -67,7 +61,7 @@ class RestingLibrariesTest(DesktopCase):
         library = installation / "lib/curtain/curtain-sound.so"
         library.write_text("what cannot be loaded")
         self.start_to_rest(installation / "bin/curtain")
-        self.click_icon()
+        self.click_tray_icon()
         wait_until(lambda: self.desktop.windows_of(self.curtain), "a window is open")
         complaint = wait_until(lambda: self.curtain.complaints() if self.curtain.complaints().endswith("\n") else "", "it is told")
         self.assertRegex(complaint, r"^Curtain: its sound cannot be loaded, so no microphone can be checked: .*\n$")

@@ -46,10 +46,8 @@ class SettingsTest(DesktopCase):
         return self.open_settings()
 
     def open_settings(self):
-        icon = wait_until(self.desktop.tray_icon, "the icon is there")
-        x, y, width, height = wait_until(lambda: icon.geometry, "the icon has a place")
         others = self.desktop.windows()
-        self.run_xdotool("mousemove", x + width // 2, y + height // 2, "click", 3)
+        self.click_tray_icon(button=3)
         wait_until(lambda: self.has_menu() and self.display.is_keyboard_taken(), "the menu has the keyboard")
         # Open, then Settings.
         self.run_xdotool("key", "Down", "Down", "Return")
@@ -171,8 +169,12 @@ class SettingsTest(DesktopCase):
         x, y, _, _ = window.geometry
         labels = Rectangle(x + 20, y + 15, 400, 30)
         before = self.display.pixels(labels)
+        french = language_row(7)
+        row = Rectangle(french[0] - 60, french[1] - 16, 120, 32)
+        closed = window.pixels(row)
         self.click(window, LANGUAGE)
-        self.click(window, language_row(7))
+        wait_until(lambda: window.pixels(row) not in (closed, None), "the list of languages is open")
+        self.click(window, french)
         self.wait_preference("language", "fr")
         wait_until(lambda: self.display.pixels(labels) != before, "the labels are others")
 

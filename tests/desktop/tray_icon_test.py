@@ -17,7 +17,7 @@ class TrayTest(DesktopCase):
             seen = self.icon_pixels()
             colours = {seen[at:at + 3] for at in range(0, len(seen), 4)} if seen else set()
             # The tray may still be giving a new icon its place and size.
-            return len(colours) > 1 and is_right(seen) and stays(lambda: self.icon_pixels() == seen, 0.1) and seen
+            return len(colours) > 1 and is_right(seen) and stays(lambda: self.icon_pixels() == seen) and seen
         return wait_until(pixels, what)
 
     def test_shows_whether_privacy_mode_is_on(self):

@@ -41,12 +41,8 @@ class WizardTest(DesktopCase):
     def click_at(self, x, y):
         subprocess.run(["xdotool", "mousemove", str(x), str(y), "click", "1"], check=True)
 
-    def click_icon(self):
-        icon = wait_until(self.desktop.tray_icon, "the icon is in the tray").geometry
-        self.click_at(icon.x + icon.width // 2, icon.y + icon.height // 2)
-
     def open_wizard(self):
-        self.click_icon()
+        self.click_tray_icon()
         window = wait_until(self.wizard, "the wizard is open")
         wait_until(lambda: self.page(window), "the wizard shows a page")
         return window
@@ -69,8 +65,7 @@ class WizardTest(DesktopCase):
         return brightness(self.colour_at(window, FILE)) > 750
 
     def wait_page(self, window, page):
-        wait_until(lambda: self.page(window) == page, f"the page is {page}, not {self.page(window)}",
-                   seen=lambda: self.page(window))
+        wait_until(lambda: self.page(window) == page, f"the page is {page}", seen=lambda: self.page(window))
 
     def wait_for_keyboard(self, window):
         wait_until(lambda: self.desktop.active_window == window, "the wizard has the keyboard")
@@ -101,7 +96,7 @@ class WizardTest(DesktopCase):
         self.display.strike(SPACE)
 
         self.wait_page(window, "desktop")
-        self.assertTrue(self.shows_file(window))
+        wait_until(lambda: self.shows_file(window), "the files are in the picture")
         self.display.strike(RETURN)
         wait_until(lambda: not self.shows_file(window), "the files are gone from the picture")
         self.click(window, BUTTON)
@@ -110,7 +105,8 @@ class WizardTest(DesktopCase):
         return window
 
     def allow_the_microphone(self, window):
-        self.assertGreater(brightness(self.colour_at(window, PANEL_EDGE)), 600)
+        wait_until(lambda: brightness(self.colour_at(window, PANEL_EDGE)) > 600, "no level is shown",
+                   seen=lambda: self.colour_at(window, PANEL_EDGE))
         self.click(window, BUTTON)
         wait_until(lambda: brightness(self.colour_at(window, PANEL_EDGE)) < 200, "the level is shown",
                    seen=lambda: brightness(self.colour_at(window, PANEL_EDGE)))
@@ -143,7 +139,7 @@ class WizardTest(DesktopCase):
         wait_until(lambda: not self.wizard(), "the wizard is gone")
         wait_until(self.has_onboarded, "the wizard is done")
 
-        self.click_icon()
+        self.click_tray_icon()
         wait_until(self.popover_is_open, "the popover is open")
         self.assertIsNone(self.wizard())
 
@@ -171,7 +167,7 @@ class WizardTest(DesktopCase):
 
         window = self.open_wizard()
         self.wait_page(window, "desktop")
-        self.assertFalse(self.shows_file(window))
+        wait_until(lambda: not self.shows_file(window), "the files are not in the picture")
         self.assertIsNone(self.curtain.poll())
 
     def test_is_moved_by_its_background_and_not_by_its_buttons(self):
@@ -208,7 +204,7 @@ class WizardTest(DesktopCase):
         terminal = self.open_xterm(x=420, y=150)
         terminal.raise_from_task_list()
         wait_until(lambda: self.desktop.active_window == terminal, "the terminal is in front")
-        self.click_icon()
+        self.click_tray_icon()
         self.wait_for_keyboard(window)
         wait_until(lambda: self.page(window) == "welcome", "the wizard can be seen", seen=lambda: self.page(window))
         self.assertEqual(len(self.desktop.windows_of(self.curtain)), 1)
