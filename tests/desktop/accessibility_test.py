@@ -65,11 +65,9 @@ class AccessibilityCase(DesktopCase):
         write_preferences(self.settings, **({"targetApps": [XTERM], "hasOnboarded": True, "autoDetectEnabled": False,
                                              "notificationsMarkedHandled": True} | preferences))
         self.start_curtain()
-        wait_until(self.desktop.tray_icon, "the icon is in the tray")
 
     def open(self, button=1):
-        icon = self.desktop.tray_icon().geometry
-        subprocess.run(["xdotool", "mousemove", str(icon.x + 8), str(icon.y + 8), "click", str(button)], check=True)
+        self.click_tray_icon(button)
 
     def lines(self):
         """Role and name of everything inside the windows."""
@@ -82,10 +80,14 @@ class AccessibilityCase(DesktopCase):
         return wait_until(lambda: next((element for element in self.reader.elements() if str(element) == line), None), line)
 
     def press(self, line, action="Press"):
-        self.find(line).act(action)
+        wait_until(lambda: self.reader.act(line, action), line, seen=self.lines)
 
     def press_button(self, name):
         self.press(f"push button: {name}")
+
+    def wait_description(self, line, description):
+        wait_until(lambda: self.find(line).description == description, f"{line} is described as {description}",
+                   seen=lambda: self.find(line).description)
 
     def has(self, line, state):
         return any(str(element) == line and state in element.states for element in self.reader.elements())
@@ -95,7 +97,8 @@ class AccessibilityCase(DesktopCase):
                    seen=lambda: self.has(line, state))
 
     def stored(self):
-        return json.loads((self.settings / "curtain" / "curtain.preferences.v1").read_text())
+        path = self.settings / "curtain" / "curtain.preferences.v1"
+        return json.loads(path.read_text()) if path.exists() else {}
 
     def assert_all_is_said(self):
         elements = wait_until(self.reader.elements, "something is shown")
@@ -151,11 +154,11 @@ class AccessibilityTest(AccessibilityCase):
         self.open()
         note = "label: Detected possible screen sharing."
         self.wait_line(note)
-        self.assertEqual(self.find("push button: Undo").description, note.removeprefix("label: "))
+        self.wait_description("push button: Undo", note.removeprefix("label: "))
         self.press_button("Undo")
         self.wait_shown(terminal)
-        wait_until(lambda: note not in self.lines(), "nothing is said of a share any more")
-        self.assertIn("label: Share your screen, not your secrets", self.lines())
+        wait_until(lambda: note not in self.lines(), "nothing is said of a share any more", seen=self.lines)
+        self.wait_line("label: Share your screen, not your secrets")
 
     def test_the_voice_is_said(self):
         self.start()
@@ -164,7 +167,7 @@ class AccessibilityTest(AccessibilityCase):
                         "-f", "wav", str(tone)], check=True)
         self.open()
         self.wait_line("panel: Microphone: Say something…")
-        self.assertEqual(self.find("progress bar: Microphone").description, "0%")
+        self.wait_description("progress bar: Microphone", "0%")
         self.desktop.start("paplay", "--device=microphone_feed", str(tone))
         self.wait_line("panel: Microphone: Working")
         wait_until(lambda: self.find("progress bar: Microphone").description != "0%", "the level is said",
@@ -216,7 +219,8 @@ class AccessibilityTest(AccessibilityCase):
         self.wait_line("label: Embarrassment Score: 30/100")
         self.assert_all_is_said()
         self.press_button("Back")
-        wait_until(lambda: self.lines() and not any("dialog" in line for line in self.lines()), "the panel is closed")
+        wait_until(lambda: (lines := self.lines()) and not any("dialog" in line for line in lines), "the panel is closed",
+                   seen=self.lines)
 
     def test_a_photo_is_taken_and_discarded(self):
         self.start()
@@ -261,7 +265,7 @@ class AccessibilityTest(AccessibilityCase):
         self.wait_line("hotkey field: Global shortcut:")
         self.wait_state("push button: General", "selected")
         self.assert_all_is_said()
-        self.assertEqual(self.find("combo box: Language").description, "System")
+        self.wait_description("combo box: Language", "System")
         self.press("check box: Run Test Share Mode on open", "Toggle")
         wait_until(lambda: self.stored().get("runTestShareModeOnOpen"), "the switch is stored")
         self.press("combo box: Language")
@@ -283,7 +287,7 @@ class AccessibilityTest(AccessibilityCase):
             elements = self.assert_all_is_said()
             self.assertEqual(sum(element.role == "heading" for element in elements), 1)
             self.press_button(button)
-        wait_until(lambda: self.stored()["hasOnboarded"], "the wizard is done")
+        wait_until(lambda: self.stored().get("hasOnboarded"), "the wizard is done")
 
 
 class UnpluggingTest(AccessibilityCase):

@@ -13,7 +13,8 @@ from desktop_driver import Rectangle
 ACCESSIBLE, ACTION = "org.a11y.atspi.Accessible", "org.a11y.atspi.Action"
 COMPONENT, OF_THE_SCREEN = "org.a11y.atspi.Component", 0
 REGISTRY = ("org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root")
-MILLISECONDS = 5000
+# For a machine that stalls; where nobody is there to answer, the bus says so at once.
+MILLISECONDS = 30000
 SECONDS_TO_SETTLE = 30
 
 # The bits of a state, as the bus numbers them.
@@ -23,8 +24,16 @@ STATES = {4: "checked", 12: "focused", 23: "selected", 25: "showing"}
 EARLIER_ROLES = {"button menu": "push button", "page tab": "push button"}
 
 
+# What is said of an element that is not there any more, so that it has done nothing.
+UNKNOWN = {f"org.freedesktop.DBus.Error.Unknown{kind}" for kind in ("Object", "Interface", "Method")}
+
+
 class Gone(Exception):
     """The element has left the screen while it was asked."""
+
+
+class Unanswered(Gone):
+    """It may have done what it was asked to do."""
 
 
 class Element(NamedTuple):
@@ -73,7 +82,8 @@ class ScreenReader:
             return self._bus.call_sync(name, path, interface, method, arguments, None, Gio.DBusCallFlags.NONE, MILLISECONDS,
                                        None).unpack()[0]
         except GLib.Error as error:
-            raise Gone(error.message) from None
+            is_unknown = Gio.DBusError.get_remote_error(error) in UNKNOWN
+            raise (Gone if is_unknown else Unanswered)(error.message) from None
 
     def elements(self, program="curtain"):
         """What the program shows, in reading order, read again while it changes."""
@@ -84,6 +94,20 @@ class ScreenReader:
             except Gone:
                 if time.monotonic() > deadline:
                     raise
+
+    def act(self, line, action="Press"):
+        """Whether there was an element that says so, to do it."""
+        for element in self.elements():
+            if str(element) == line:
+                try:
+                    element.act(action)
+                except Unanswered:
+                    raise
+                except Gone:
+                    # The view has been made anew meanwhile.
+                    return False
+                return True
+        return False
 
     def _elements(self, program):
         found = []

@@ -86,8 +86,7 @@ class SessionCase(DesktopCase):
         wait_until(lambda: set(lines) <= set(self.lines()), f"{lines} are said", seen=self.lines)
 
     def press(self, line):
-        wait_until(lambda: next((element for element in self.reader.elements() if str(element) == line), None), line,
-                   seen=self.lines).act()
+        wait_until(lambda: self.reader.act(line), line, seen=self.lines)
 
     def wait_closed(self):
         wait_until(lambda: not self.lines(), "no window of Curtain is open", seen=self.lines)
