@@ -4,6 +4,7 @@ import contextlib
 import os
 import signal
 import subprocess
+import time
 import unittest
 
 from desktop_case import XTERM, XTERM_COLOUR, DesktopCase, chromium, stays, wait_until, write_preferences
@@ -12,6 +13,7 @@ from page_server import PageServer
 NOTIFICATION_DAEMON = "/usr/lib/notification-daemon/notification-daemon"
 SERVICE = "org.freedesktop.Notifications"
 TWO_POLLS = 6
+SECONDS_BETWEEN_NOTICES = 4
 # For a machine that is busy; how many polls it takes is checked elsewhere.
 PATIENCE = 20
 BUTTON_FROM_CORNER = (81, 38)
@@ -166,15 +168,19 @@ class AutoDetectionTest(DesktopCase):
         self.toggle()
         self.wait_hidden(self.xterm)
         notices = self.watch_notices()
+        start = time.monotonic()
         self.xterm.raise_from_task_list()
         wait_until(self.notice, "there is a notice", PATIENCE)
         self.wait_hidden(self.xterm)
-        # Within four seconds there is no second one.
         self.display.watch_requests()
         self.xterm.raise_from_task_list()
         wait_until(lambda: self.display.has_request(self.xterm.id, "WM_CHANGE_STATE"), "Curtain asks to hide the window")
         self.wait_hidden(self.xterm)
-        self.assertTrue(stays(lambda: notices() == 1, 1))
+
+        def are_few():
+            # The second return is worth one only on a machine so busy that it comes that late.
+            return notices() <= 1 + (time.monotonic() - start) // SECONDS_BETWEEN_NOTICES
+        self.assertTrue(stays(are_few, 1), f"{notices()} notices in {time.monotonic() - start:.1f} seconds")
         self.click_button()
         self.wait_shown(self.xterm)
         self.assert_stays_shown(self.xterm)

@@ -44,12 +44,12 @@ class DoNotDisturbTest(DesktopCase):
         self.start_curtain()
         capture = self.capture()
         self.message()
-        self.assertTrue(stays(lambda: self.shown() == 0, 1))
+        self.assertTrue(stays(lambda: self.shown() == 0, 1), "the message was shown")
         capture.terminate()
         wait_until(lambda: not self.is_quiet(), "dunst talks again", PATIENCE)
         wait_until(lambda: self.shown() == 1, "the message is shown", PATIENCE)
 
-    def test_a_second_share_begins_without_what_the_first_held(self):
+    def test_a_second_share_does_not_show_what_the_first_held(self):
         self.start_curtain()
         xterm = self.open_xterm()
         first = self.capture()
@@ -58,10 +58,14 @@ class DoNotDisturbTest(DesktopCase):
         first.terminate()
         first.wait()
         self.wait_shown(xterm)
-        self.capture()
-        self.assertEqual(self.shown(), 0)
+        self.start_capture()
         self.wait_hidden(xterm)
-        self.assertTrue(stays(lambda: self.is_quiet() and self.shown() == 0, 6))
+
+        # On a busy machine it may begin so late that dunst has talked in between.
+        def keeps_it_away():
+            return self.is_quiet() and self.shown() == 0
+        wait_until(keeps_it_away, "dunst keeps the message away", PATIENCE, seen=lambda: (self.is_quiet(), self.shown()))
+        self.assertTrue(stays(keeps_it_away, 6), "the message was shown")
 
     def test_the_next_start_gives_back_what_a_killed_one_held(self):
         self.start_curtain()
