@@ -72,9 +72,10 @@ class LeakMeter:
     def pictures_missed(self):
         return sum(frame.missed for frame in self.frames)
 
-    def rate(self):
-        """Pictures a second."""
-        return (len(self.frames) - 1) / (self.frames[-1].time - self.frames[0].time)
+    def rate(self, count=0):
+        """Pictures a second, of the latest ones, so many, or of all."""
+        latest = self.frames[-count:]
+        return (len(latest) - 1) / (latest[-1].time - latest[0].time)
 
 
 class PaintedProgram:

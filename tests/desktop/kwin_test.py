@@ -325,7 +325,7 @@ class KWinTest(KWinScripts, DesktopCase):
         self.screen.strike(*SHORTCUT)
         self.wait_seen("xterm", "editor")
         self.end_curtain()
-        self.assertNotIn("'curtain'", owner_of_shortcut())
+        wait_until(lambda: "'curtain'" not in owner_of_shortcut(), "the shortcut is free", seen=owner_of_shortcut)
 
     def test_no_script_is_left_at_the_end(self):
         self.start_curtain_for(XTERM)

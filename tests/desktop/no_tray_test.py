@@ -35,7 +35,7 @@ class NoTrayTest(DesktopCase):
     def test_comes_back_after_the_tray_was_restarted(self):
         tray = self.start_tray()
         tray.terminate()
-        tray.wait(5)
+        tray.wait(30)
         self.assert_toggles()
         self.start_tray()
         self.assert_toggles()

@@ -71,6 +71,13 @@ class RestartCase(DesktopCase):
 
 
 class WindowManagerTest(RestartCase):
+    def end_curtain(self):
+        # It looks for a window manager some time after its start; on a busy machine that may be while there is none.
+        if self.curtain.complaints() == NO_WINDOW_MANAGER:
+            self.expected_complaints = NO_WINDOW_MANAGER
+        super().end_curtain()
+        self.expected_complaints = ""
+
     def go_private(self, window_manager):
         self.first = self.start_window_manager(window_manager)
         self.public = self.open_mousepad()
@@ -159,9 +166,9 @@ class PartsTest(RestartCase):
         self.wait_shown(self.xterm)
 
     def test_a_tray_that_is_killed(self):
-        wait_until(self.desktop.tray_icon, "the icon is in the tray")
+        opened = wait_until(self.still_picture_of_icon, "the icon is at rest in the tray")
         self.go_private()
-        closed = wait_until(self.still_picture_of_icon, "the icon is at rest")
+        closed = wait_until(lambda: (picture := self.still_picture_of_icon()) != opened and picture, "the icon is at rest, closed")
         self.services[0].kill()
         self.services[0].wait()
         self.assert_hides_again(self.xterm)

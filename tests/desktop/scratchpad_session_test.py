@@ -81,10 +81,10 @@ class ScratchpadSessionTest(popover_window.HidingSessionCase):
         self.do('[class="XTerm"] resize grow right 90 px')
 
     def wait_hidden(self):
+        workspaces = {"XTerm": SCRATCHPAD, "foot": SCRATCHPAD if IS_SWAY else None, "URxvt": "1"}
         wait_until(lambda: not self.shows(XTERM_COLOUR) and not self.shows(FOOT_COLOUR) and
-                   self.workspace_of("XTerm") == SCRATCHPAD, "the private apps are hidden", seen=picture)
-        self.assertEqual(self.workspace_of("foot"), SCRATCHPAD if IS_SWAY else None)
-        self.assertEqual(self.workspace_of("URxvt"), "1")
+                   all(self.workspace_of(name) == workspace for name, workspace in workspaces.items()),
+                   "the private apps are hidden", seen=picture)
 
     def test_hides_exactly_the_private_apps_and_gives_them_back(self):
         self.open_three()

@@ -174,8 +174,11 @@ class StartTest(DesktopCase):
 
     def test_starts_for_the_first_time(self):
         self.start_curtain()
-        names = {path.name for path in (self.settings / "curtain").iterdir()}
-        self.assertEqual(names, {"KeyboardShortcuts_togglePrivacy"})
+
+        def names():
+            return {path.name for path in (self.settings / "curtain").glob("*")}
+        # It waits for its shortcut before it has written it.
+        wait_until(lambda: names() == {"KeyboardShortcuts_togglePrivacy"}, "the shortcut is stored, and nothing else", seen=names)
 
 
 class EndTest(DesktopCase):
@@ -202,7 +205,7 @@ class EndTest(DesktopCase):
         curtain = self.launch_curtain(DISPLAY=f":{number}")
         wait_until(lambda: display.is_key_taken(Key.H, SHORTCUT_MASK), "Curtain waits for its shortcut")
         server.kill()
-        self.assertEqual(curtain.wait(5), 1)
+        self.assertEqual(curtain.wait(SECONDS_TO_END), 1)
         self.assertEqual(curtain.complaints(), SERVER_GONE)
 
 
