@@ -18,6 +18,7 @@ DESKTOPS = {"kwin": "KDE"}
 # It keeps its list of windows to itself.
 SESSIONS_WITHOUT_LIST = ("x11-bare", "weston")
 PARTS = {"dbus-daemon", "Xvfb", "openbox", "trayer", "dunst"}
+X_SOCKETS = "/tmp/.X11-unix/"
 MEDIA_PARTS = {"pipewire", "wireplumber", "pipewire-pulse"}
 
 # Prints what the kernel tells of every process that the world consists of; one may end meanwhile.
@@ -303,6 +304,21 @@ class VirtualDesktopTest(unittest.TestCase):
         self.assertEqual([entry for entry in second_processes if not is_running(*entry[:2])], [])
         second.communicate("\n", timeout=60)
         self.assert_gone(first_processes + second_processes)
+
+    def test_locks_its_display_as_long_as_it_is_there(self):
+        holder, script, lock = self.ask("""
+            lock="$(dirname "$X_SOCKETS")/.X${DISPLAY#:}-lock"
+            cat "$lock"
+            echo $PPID
+            echo "$lock" """, X_SOCKETS=X_SOCKETS).split()
+        self.assertEqual(holder, script)
+        self.assertFalse(os.path.exists(lock), lock)
+
+    def test_keeps_its_socket_when_a_compositor_starts(self):
+        output = self.ask("""
+            "$SCRIPT" --session kwin -- true
+            test -S "${X_SOCKETS}X${DISPLAY#:}" && echo there""", SCRIPT=str(SCRIPT), X_SOCKETS=X_SOCKETS)
+        self.assertEqual(output, "there\n")
 
     def test_is_gone_after_the_command(self):
         for session, window_manager in WINDOW_MANAGERS.items():
