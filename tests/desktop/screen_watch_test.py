@@ -70,6 +70,14 @@ class ScreenWatchCase(DesktopCase):
         answers = self.answers()[before:]
         return answers.index(answer) + 1 if answer in answers else limit + 1
 
+    def ffmpeg(self, *options, size=SIZE, rate=15):
+        return self.start("ffmpeg", "-nostdin", "-loglevel", "error", "-progress", "pipe:1", "-f", "x11grab", "-framerate",
+                          str(rate), "-video_size", size, *options, "-i", os.environ["DISPLAY"], "-f", "null", "-")
+
+    @staticmethod
+    def ffmpeg_frames(program):
+        return max((int(number) for number in re.findall(r"frame=(\d+)", program.output())), default=0)
+
 
 class CaptureTest(ScreenWatchCase):
     """Each test starts a capture, proves that it captures, sees it found, ends it, and sees that found too."""
@@ -99,14 +107,6 @@ class CaptureTest(ScreenWatchCase):
             self.assertIsNone(program.poll(), program.complaints())
             return captures()
         self.check(name, is_capturing, end)
-
-    def ffmpeg(self, *options, size=SIZE, rate=15):
-        return self.start("ffmpeg", "-nostdin", "-loglevel", "error", "-progress", "pipe:1", "-f", "x11grab", "-framerate",
-                          str(rate), "-video_size", size, *options, "-i", os.environ["DISPLAY"], "-f", "null", "-")
-
-    @staticmethod
-    def ffmpeg_frames(program):
-        return max((int(number) for number in re.findall(r"frame=(\d+)", program.output())), default=0)
 
     def test_ffmpeg(self):
         program = self.ffmpeg()
@@ -328,8 +328,9 @@ class InnocentTest(ScreenWatchCase):
             self.assertTrue(proof(), name)
             table.append(f"innocent  {name:32} never found in {QUIET_POLLS} polls")
         # They do not hide one that does.
-        capture = self.start("ffmpeg", "-nostdin", "-loglevel", "error", "-f", "x11grab", "-framerate", "15", "-video_size",
-                             SIZE, "-i", os.environ["DISPLAY"], "-f", "null", "-")
+        capture = self.ffmpeg()
+        wait_until(lambda: self.ffmpeg_frames(capture) > 1, "ffmpeg captures the screen", SECONDS_TO_START,
+                   seen=capture.complaints)
         self.assertLessEqual(self.polls_until("watched", POLLS_UNTIL_WATCHED + 1), POLLS_UNTIL_WATCHED + 1)
         self.assertIsNone(capture.poll(), capture.complaints())
 
