@@ -9,9 +9,9 @@ namespace LinuxPlatform {
 namespace {
 
 constexpr qsizetype windowsAtOnce = 16;
-/// KWin reads nothing while it does what it is asked, and may read one picture of a window from its X server before
-/// it is asked for more. The X server, which sends a picture of each window that is shown, ends when it can send
-/// no more, and all X11 programs with it.
+/// KWin reads nothing while it does what it is asked, and may read one picture of a window from its X server
+/// before it is asked for more. The X server, which sends a picture of each window that is shown, ends when
+/// it can send no more, and all X11 programs with it.
 constexpr qsizetype shownAtOnce = 1;
 
 const QString actKey = QStringLiteral("act");
