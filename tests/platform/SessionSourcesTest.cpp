@@ -2,26 +2,45 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <cstdlib>
+#include <ostream>
 #include <string>
 
 #include <sys/stat.h>
+
+namespace LinuxPlatform {
+
+void PrintTo(const SessionEnvironment& session, std::ostream* stream) {
+    *stream << "kind " << static_cast<int>(session.kind) << ", manager "
+            << session.windowManager.value_or("none") << ", display '" << session.display << "', silent '"
+            << session.silentDisplay << "', " << session.waylandSocket << ", " << session.i3Socket << ", "
+            << testing::PrintToString(session.desktops);
+}
+
+} // namespace LinuxPlatform
 
 namespace {
 
 using LinuxPlatform::probeSession;
 using LinuxPlatform::SessionEnvironment;
 using LinuxPlatform::SessionKind;
-using LinuxPlatform::sourcesOfThisSession;
 
 std::string variable(const char* name) {
     const auto* const value = std::getenv(name);
     return value != nullptr ? value : "";
 }
 
+/// However long the machine stalls, whoever is there answers.
+LinuxPlatform::SessionSources patientSources() {
+    using std::chrono::seconds;
+    return LinuxPlatform::sourcesOfThisSession(
+        {.xServer = seconds(60), .socket = seconds(60), .bus = seconds(60)});
+}
+
 /// The sources as they are, but for a variable.
 LinuxPlatform::SessionSources sourcesWith(const std::string& name, const std::string& value) {
-    auto sources = sourcesOfThisSession();
+    auto sources = patientSources();
     sources.variable = [ask = sources.variable, name, value](const std::string& other) {
         return other == name ? value : ask(other);
     };
@@ -52,7 +71,7 @@ bool isSocket(const std::filesystem::path& path) {
 
 struct SessionSourcesTest : testing::Test {
     Expectation expected = expectation();
-    SessionEnvironment session = probeSession(sourcesOfThisSession());
+    SessionEnvironment session = probeSession(patientSources());
 
     bool isWayland() const { return expected.kind == SessionKind::waylandWithX; }
 };
@@ -67,7 +86,7 @@ TEST_F(SessionSourcesTest, ThisSessionIsKnown) {
 }
 
 TEST_F(SessionSourcesTest, WithoutVariablesTheServerStillSaysWhatItIs) {
-    auto sources = sourcesOfThisSession();
+    auto sources = patientSources();
     sources.variable = [](const std::string& name) { return name == "DISPLAY" ? variable("DISPLAY") : ""; };
     const auto found = probeSession(sources);
     EXPECT_EQ(found.kind, expected.kind);

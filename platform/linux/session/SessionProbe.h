@@ -2,6 +2,7 @@
 
 #include "platform/linux/session/SessionEnvironment.h"
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -53,7 +54,15 @@ struct SessionSources {
 /// where no variable names that compositor, and a variable that names nobody who answers counts for nothing.
 SessionEnvironment probeSession(const SessionSources& sources);
 
+/// How long those who are asked may take.
+struct SessionPatience {
+    /// A compositor starts its X server when it is asked for the first time.
+    std::chrono::milliseconds xServer{5000};
+    std::chrono::milliseconds socket{2000};
+    std::chrono::milliseconds bus{1000};
+};
+
 /// The servers and variables of this process.
-SessionSources sourcesOfThisSession();
+SessionSources sourcesOfThisSession(const SessionPatience& patience = {});
 
 } // namespace LinuxPlatform

@@ -20,10 +20,7 @@
 namespace LinuxPlatform {
 namespace {
 
-/// A compositor starts its X server when it is asked for the first time.
-constexpr std::chrono::seconds xServerPatience{5};
-constexpr std::chrono::seconds socketPatience{2};
-constexpr std::chrono::seconds busPatience{1};
+using Patience = std::chrono::milliseconds;
 
 std::string variable(const std::string& name) {
     const auto* const value = std::getenv(name.c_str());
@@ -37,20 +34,20 @@ std::string bytesOf(const std::array<std::uint32_t, count>& numbers) {
 
 /// Asks the display for a sign that it has come so far, which every compositor gives.
 /// Source: https://wayland.freedesktop.org/docs/html/ch04.html, wl_display.sync.
-std::optional<CompositorAnswer> askCompositor(const std::filesystem::path& socket) {
+std::optional<CompositorAnswer> askCompositor(const std::filesystem::path& socket, Patience patience) {
     constexpr std::uint32_t display = 1;
     constexpr std::uint32_t sync = 0;
     constexpr std::uint32_t callback = 2;
     constexpr std::uint32_t size = 3 * sizeof(std::uint32_t);
     const auto answer = askSocket(
         socket, bytesOf(std::array{display, size << 16U | sync, callback}),
-        [](std::string_view bytes) { return bytes.size() >= 2 * sizeof(std::uint32_t); }, socketPatience);
+        [](std::string_view bytes) { return bytes.size() >= 2 * sizeof(std::uint32_t); }, patience);
     return answer ? std::optional(CompositorAnswer{answer->process}) : std::nullopt;
 }
 
 /// Asks for the version. The message format is that of i3's documentation: these bytes, the payload's length
 /// and the type, both in the machine's byte order, and the payload.
-std::optional<I3Answer> askI3(const std::filesystem::path& socket) {
+std::optional<I3Answer> askI3(const std::filesystem::path& socket, Patience patience) {
     static constexpr std::string_view magic = "i3-ipc";
     static constexpr std::size_t headerSize = magic.size() + 2 * sizeof(std::uint32_t);
     constexpr std::uint32_t getVersion = 7;
@@ -61,9 +58,8 @@ std::optional<I3Answer> askI3(const std::filesystem::path& socket) {
         }
         return bytes.size() >= headerSize && bytes.size() - headerSize >= length;
     };
-    const auto answer =
-        askSocket(socket, std::string(magic) + bytesOf(std::array{std::uint32_t{0}, getVersion}), isComplete,
-                  socketPatience);
+    const auto answer = askSocket(
+        socket, std::string(magic) + bytesOf(std::array{std::uint32_t{0}, getVersion}), isComplete, patience);
     if (!answer || !answer->bytes.starts_with(magic)) {
         return std::nullopt;
     }
@@ -86,11 +82,11 @@ struct UnrefVariant {
 };
 
 /// Absent when nobody has the name.
-std::optional<std::uint32_t> ownerOf(GDBusConnection* bus, const std::string& name) {
+std::optional<std::uint32_t> ownerOf(GDBusConnection* bus, const std::string& name, Patience patience) {
     const std::unique_ptr<GVariant, UnrefVariant> reply(g_dbus_connection_call_sync(
         bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
         "GetConnectionUnixProcessID", g_variant_new("(s)", name.c_str()), G_VARIANT_TYPE("(u)"),
-        G_DBUS_CALL_FLAGS_NO_AUTO_START, std::chrono::milliseconds(busPatience).count(), nullptr, nullptr));
+        G_DBUS_CALL_FLAGS_NO_AUTO_START, static_cast<gint>(patience.count()), nullptr, nullptr));
     guint32 process = 0;
     if (reply) {
         g_variant_get(reply.get(), "(u)", &process);
@@ -99,7 +95,7 @@ std::optional<std::uint32_t> ownerOf(GDBusConnection* bus, const std::string& na
 }
 
 /// On a connection of its own: nothing of the toolkit may be used yet.
-std::map<std::string, std::uint32_t> askBus(const std::vector<std::string>& names) {
+std::map<std::string, std::uint32_t> askBus(const std::vector<std::string>& names, Patience patience) {
     std::map<std::string, std::uint32_t> owners;
     constexpr auto flags = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
                                                              G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
@@ -109,7 +105,7 @@ std::map<std::string, std::uint32_t> askBus(const std::vector<std::string>& name
         return owners;
     }
     for (const auto& name : names) {
-        if (const auto owner = ownerOf(bus.get(), name)) {
+        if (const auto owner = ownerOf(bus.get(), name, patience)) {
             owners.emplace(name, *owner);
         }
     }
@@ -125,21 +121,23 @@ std::string programName(std::uint32_t process) {
 
 } // namespace
 
-SessionSources sourcesOfThisSession() {
+SessionSources sourcesOfThisSession(const SessionPatience& patience) {
     return {
         .variable = variable,
         .askXServer =
-            [](const std::string& display) {
-                return answerWithin<std::optional<XServerAnswer>>(xServerPatience,
+            [patience = patience.xServer](const std::string& display) {
+                return answerWithin<std::optional<XServerAnswer>>(patience,
                                                                   [display] { return askXServer(display); })
                     .value_or(std::nullopt);
             },
-        .askCompositor = askCompositor,
-        .askI3 = askI3,
+        .askCompositor = [patience = patience.socket](
+                             const std::filesystem::path& socket) { return askCompositor(socket, patience); },
+        .askI3 = [patience = patience.socket](
+                     const std::filesystem::path& socket) { return askI3(socket, patience); },
         .busOwners =
-            [](const std::vector<std::string>& names) {
-                return answerWithin<std::map<std::string, std::uint32_t>>(busPatience,
-                                                                          [names] { return askBus(names); })
+            [patience = patience.bus](const std::vector<std::string>& names) {
+                return answerWithin<std::map<std::string, std::uint32_t>>(
+                           patience, [names, patience] { return askBus(names, patience); })
                     .value_or(std::map<std::string, std::uint32_t>());
             },
         .programName = programName,
