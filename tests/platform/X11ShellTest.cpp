@@ -7,11 +7,14 @@
 #include "platform/qt/QtWindows.h"
 #include "platform/qt/ScreenGeometry.h"
 #include "platform/qt/ViewEngine.h"
+#include "tests/platform/EmptyDesktop.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/HandDrivenQueue.h"
 #include "tests/support/X11TestClient.h"
 
 #include <QGuiApplication>
+#include <QQuickItem>
+#include <QQuickWindow>
 #include <QScreen>
 #include <QWindow>
 
@@ -59,6 +62,7 @@ private:
 };
 
 struct X11ShellTest : testing::Test {
+    PlatformTests::EmptyDesktop emptyDesktop;
     X11TestClient client;
     std::unique_ptr<X11Connection> connection = X11Connection::open();
     LinuxPlatform::X11WindowManagerClient windowManager{*connection};

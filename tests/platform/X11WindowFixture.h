@@ -2,6 +2,7 @@
 
 #include "platform/linux/windows/x11/X11WindowSystem.h"
 #include "platform/qt/QtMainQueue.h"
+#include "tests/platform/EmptyDesktop.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/X11TestClient.h"
 
@@ -28,17 +29,6 @@ using TestSupport::X11TestClient;
 
 inline constexpr std::uint32_t add = 1;
 inline constexpr std::uint32_t pager = 2;
-
-/// Before anything else is made: a new connection gets the window identifiers of the one before, so the
-/// window manager has to have seen that its windows are gone.
-struct EmptyDesktop {
-    EmptyDesktop() {
-        const X11TestClient client;
-        // It may have had hundreds.
-        EXPECT_TRUE(spinUntil([&] { return client.numbers(client.root(), "_NET_CLIENT_LIST").empty(); },
-                              std::chrono::minutes(1)));
-    }
-};
 
 /// What the window system sees of the windows that a client opens.
 struct X11WindowWorld {
