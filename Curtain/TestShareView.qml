@@ -21,6 +21,9 @@ T.Dialog {
     title: model.texts.ifYouSharedNow
     modal: true
     focus: true
+    // What lies over all else does not follow its parent in this.
+    scale: parent ? parent.scale : 1
+    transformOrigin: T.Popup.TopLeft
     width: 440
     height: Math.min(content.implicitHeight + topPadding + bottomPadding, parent ? parent.height - 16 : 600)
     x: parent ? Math.round((parent.width - width) / 2) : 0

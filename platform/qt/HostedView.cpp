@@ -26,15 +26,19 @@ void HostedView::setContent(Platform::View content) {
     content_ = std::move(content);
 }
 
-void HostedView::setGeometry(const Platform::Rect& geometry) {
-    geometry_ = geometry;
+void HostedView::setGeometry(const Platform::Point& corner, const Platform::Size& size, double scale) {
+    corner_ = corner;
+    size_ = size;
+    scale_ = scale;
     place();
 }
 
 void HostedView::place() {
     if (item_) {
-        item_->setPosition({geometry_.x, geometry_.y});
-        item_->setSize({geometry_.width, geometry_.height});
+        item_->setPosition({corner_.x, corner_.y});
+        item_->setSize({size_.width, size_.height});
+        item_->setTransformOrigin(QQuickItem::TopLeft);
+        item_->setScale(scale_);
     }
 }
 

@@ -22,15 +22,18 @@ public:
 
     /// A view of the same source as before stays and only gets the other model; one without a source is none.
     void setContent(Platform::View content);
-    /// In points of the window.
-    void setGeometry(const Platform::Rect& geometry);
+    /// The corner is in points of the window. Of its own points, which are as large as those of the window at
+    /// the scale 1, the view has `size`.
+    void setGeometry(const Platform::Point& corner, const Platform::Size& size, double scale);
 
 private:
     void place();
 
     ViewEngine& engine_;
     QQuickWindow& window_;
-    Platform::Rect geometry_;
+    Platform::Point corner_;
+    Platform::Size size_;
+    double scale_ = 1;
     Platform::View content_;
     std::unique_ptr<QQuickItem> item_;
 };

@@ -1,5 +1,7 @@
 #include "platform/qt/PopoverPlacement.h"
 
+#include "platform/qt/ScreenGeometry.h"
+
 #include <algorithm>
 
 namespace QtPlatform::PopoverPlacement {
@@ -41,6 +43,10 @@ QPointF topLeft(const std::optional<QRectF>& item, const QSizeF& popover, const 
     const double below = std::max(item->bottom(), visibleFrame.top()) + gap;
     const double above = std::min(item->top(), visibleFrame.bottom()) - popover.height() - gap;
     return {across(center.x()), along(isBelow ? below : above)};
+}
+
+double scale(const QSizeF& popover, const QRectF& visibleFrame) {
+    return ScreenGeometry::fittingScale(popover, visibleFrame.size() - QSizeF(2 * edgeDistance, 0));
 }
 
 } // namespace QtPlatform::PopoverPlacement

@@ -14,4 +14,7 @@ namespace QtPlatform::PopoverPlacement {
 QPointF topLeft(const std::optional<QRectF>& item, const QSizeF& popover, const QRectF& screen,
                 const QRectF& visibleFrame, bool isRightToLeft);
 
+/// How large a popover is drawn: 1, or less where the visible frame is too small for it.
+double scale(const QSizeF& popover, const QRectF& visibleFrame);
+
 } // namespace QtPlatform::PopoverPlacement

@@ -16,8 +16,6 @@ namespace {
 
 /// How far the shadow reaches beyond the content, as its picture is drawn.
 constexpr QMargins shadowMargins(40, 32, 40, 48);
-/// As high as a panel may be of which nothing is known, and which would cover the popover.
-constexpr double unknownPanel = 36;
 constexpr const char* shadowSource = "qrc:/Curtain/Items/PopoverShadow.qml";
 
 } // namespace
@@ -81,8 +79,15 @@ void QtPopover::setContentSize(const Platform::Size& size) {
 void QtPopover::show(Platform::StatusItem& relativeTo) {
     makeWindow();
     const bool isTranslucent = !windowManager_.isComposited || windowManager_.isComposited();
-    const QSize size(static_cast<int>(contentSize_.width), static_cast<int>(contentSize_.height));
-    const QRect content(position(relativeTo), size);
+    const auto anchor = anchorAt(relativeTo);
+    const auto frame = freePart(*anchor.screen);
+    const QSizeF wanted(contentSize_.width, contentSize_.height);
+    const double scale = PopoverPlacement::scale(wanted, frame);
+    const QSize size = (wanted * scale).toSize();
+    const QRect content(PopoverPlacement::topLeft(anchor.item, size, anchor.screen->geometry(), frame,
+                                                  QGuiApplication::isRightToLeft())
+                            .toPoint(),
+                        size);
     const auto margins = isTranslucent ? marginsAround(content) : QMargins();
     if (windowManager_.isCompositor && !window_->isVisible()) {
         // Some move a window that is shown again away from its place.
@@ -93,8 +98,8 @@ void QtPopover::show(Platform::StatusItem& relativeTo) {
     shadow_->setVisible(isTranslucent);
     shadow_->setPosition(QPointF(margins.left() - shadowMargins.left(), margins.top() - shadowMargins.top()));
     shadow_->setSize(size.grownBy(shadowMargins));
-    view_->setGeometry({static_cast<double>(margins.left()), static_cast<double>(margins.top()),
-                        contentSize_.width, contentSize_.height});
+    view_->setGeometry({static_cast<double>(margins.left()), static_cast<double>(margins.top())},
+                       contentSize_, scale);
     window_->create();
     if (windowManager_.markAsPopover) {
         windowManager_.markAsPopover(window_->winId());
@@ -164,28 +169,23 @@ void QtPopover::makeWindow() {
     view_ = std::make_unique<HostedView>(engine_, *window_);
 }
 
-QPoint QtPopover::position(const Platform::StatusItem& item) const {
-    const auto frame = item.frame();
-    auto* screen = ScreenGeometry::userScreen(windowManager_.isPointerKnown);
-    std::optional<QRectF> place;
-    if (frame) {
+QtPopover::Anchor QtPopover::anchorAt(const Platform::StatusItem& item) const {
+    if (const auto frame = item.frame()) {
         const QRect pixels(static_cast<int>(frame->x), static_cast<int>(frame->y),
                            static_cast<int>(frame->width), static_cast<int>(frame->height));
-        if (auto* const itemsScreen = ScreenGeometry::screenAt(pixels.topLeft())) {
-            screen = itemsScreen;
-            place = ScreenGeometry::inPoints(pixels, *screen);
+        if (const auto* const screen = ScreenGeometry::screenAt(pixels.topLeft())) {
+            return {screen, ScreenGeometry::inPoints(pixels, *screen)};
         }
     }
-    return PopoverPlacement::topLeft(place, {contentSize_.width, contentSize_.height}, screen->geometry(),
-                                     freePart(*screen), QGuiApplication::isRightToLeft())
-        .toPoint();
+    return {ScreenGeometry::userScreen(windowManager_.isPointerKnown), std::nullopt};
 }
 
 QRectF QtPopover::freePart(const QScreen& screen) const {
     const auto frame = screens_.visibleFrame(screen);
     const bool areUnknown =
         windowManager_.isCompositor && !windowManager_.panels && frame == QRectF(screen.geometry());
-    return areUnknown ? frame.adjusted(0, unknownPanel, 0, -unknownPanel) : frame;
+    return areUnknown ? frame.adjusted(0, ScreenGeometry::unknownPanel, 0, -ScreenGeometry::unknownPanel)
+                      : frame;
 }
 
 } // namespace QtPlatform

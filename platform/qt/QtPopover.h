@@ -11,6 +11,7 @@
 #include <QRect>
 
 #include <memory>
+#include <optional>
 
 class QQuickItem;
 class QScreen;
@@ -41,8 +42,12 @@ private:
     void activate();
     /// How far the window reaches beyond its content, for the shadow.
     QMargins marginsAround(const QRect& content) const;
-    /// Where the content goes, in points of the screens.
-    QPoint position(const Platform::StatusItem& item) const;
+    /// Where the item is, in points of the screens; absent when nobody knows.
+    struct Anchor {
+        const QScreen* screen;
+        std::optional<QRectF> item;
+    };
+    Anchor anchorAt(const Platform::StatusItem& item) const;
     /// What panels leave of a screen, as far as can be told.
     QRectF freePart(const QScreen& screen) const;
 

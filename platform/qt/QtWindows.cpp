@@ -15,6 +15,17 @@
 namespace QtPlatform {
 namespace {
 
+/// As high as one may be.
+constexpr double titleBar = 40;
+
+double scaleOn(const QScreen* screen, const Platform::Size& size, bool arePanelsKnown) {
+    if (screen == nullptr) {
+        return 1;
+    }
+    const QSizeF taken(0, titleBar + (arePanelsKnown ? 0 : ScreenGeometry::unknownPanel));
+    return ScreenGeometry::fittingScale({size.width, size.height}, QSizeF(screen->availableSize()) - taken);
+}
+
 Qt::WindowFlags flagsFor(const Platform::WindowStyle& style) {
     auto flags = Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint;
     flags.setFlag(Qt::WindowCloseButtonHint, style.isClosable);
@@ -58,7 +69,9 @@ public:
         : windowManager_(std::move(windowManager)),
           window_(style.isMovableByBackground),
           view_(engine, window_) {
-        const QSize fixed(static_cast<int>(size.width), static_cast<int>(size.height));
+        const double scale = scaleOn(ScreenGeometry::userScreen(windowManager_.isPointerKnown), size,
+                                     !windowManager_.isCompositor);
+        const QSize fixed = (QSizeF(size.width, size.height) * scale).toSize();
         window_.setFlags(flagsFor(style));
         window_.setIcon(QIcon(QStringLiteral(":/curtain/app-icon.svg")));
         window_.resize(fixed);
@@ -66,7 +79,7 @@ public:
             window_.setMinimumSize(fixed);
             window_.setMaximumSize(fixed);
         }
-        view_.setGeometry({0, 0, size.width, size.height});
+        view_.setGeometry({0, 0}, size, scale);
         view_.setContent(std::move(content));
     }
     ~QtWindow() override { window_.close(); }

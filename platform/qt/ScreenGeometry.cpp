@@ -29,6 +29,10 @@ QPoint inPixels(const QPoint& point, const QScreen& screen) {
     return corner + (point - corner) * screen.devicePixelRatio();
 }
 
+double fittingScale(const QSizeF& wanted, const QSizeF& room) {
+    return std::min({1.0, room.width() / wanted.width(), room.height() / wanted.height()});
+}
+
 std::optional<QPoint> pointer() {
     const auto position = QCursor::pos();
     const auto* const screen = QGuiApplication::screenAt(position);

@@ -4,6 +4,7 @@
 
 namespace {
 
+using QtPlatform::PopoverPlacement::scale;
 using QtPlatform::PopoverPlacement::topLeft;
 
 const QRectF screen(0, 0, 1440, 900);
@@ -51,6 +52,13 @@ TEST(PopoverPlacement, OneThatIsTooLargeBeginsAtTheTopLeft) {
     const QRectF small(0, 0, 640, 480);
     EXPECT_EQ(topLeft(QRectF(600, 0, 24, 24), popover, small, QRectF(0, 24, 640, 456), false),
               QPointF(8, 24));
+}
+
+TEST(PopoverPlacement, IsDrawnSmallerWhereTheScreenIsTooNarrow) {
+    EXPECT_EQ(scale(popover, belowTopPanel), 1);
+    EXPECT_EQ(scale(popover, QRectF(0, 0, 716, 618)), 1);
+    EXPECT_DOUBLE_EQ(scale({700, 372}, QRectF(0, 20, 640, 380)), 624.0 / 700);
+    EXPECT_DOUBLE_EQ(scale(popover, QRectF(0, 20, 1440, 309)), 0.5);
 }
 
 } // namespace

@@ -162,6 +162,32 @@ TEST_F(X11ShellTest, ThePopoverHangsBelowItsItemWithTheKeyboardAndWithoutATaskLi
     client.destroy(panel);
 }
 
+TEST_F(X11ShellTest, WhatIsTooLargeForTheScreenIsDrawnSmaller) {
+    const auto screen = QGuiApplication::primaryScreen()->geometry();
+    const Platform::Size twice{2.0 * screen.width(), static_cast<double>(screen.height())};
+    QtPlatform::QtPopover popover(engine, screens, link);
+    popover.setContent({plainView, std::make_shared<QObject>()});
+    popover.setContentSize(twice);
+    ItemAt item(std::nullopt);
+    popover.show(item);
+    auto* const shown = qobject_cast<QQuickWindow*>(shownWindow());
+    ASSERT_NE(shown, nullptr);
+    EXPECT_TRUE(screen.contains(shown->geometry()));
+    const auto* const view = shown->contentItem()->childItems().last();
+    EXPECT_EQ(view->size(), QSizeF(twice.width, twice.height));
+    const auto drawn = view->mapRectToScene(QRectF(QPointF(), view->size()));
+    EXPECT_TRUE(QRectF(QPointF(), shown->size()).adjusted(-1, -1, 1, 1).contains(drawn));
+    EXPECT_GT(drawn.width(), screen.width() - 20);
+    popover.close();
+
+    QtPlatform::QtWindows windows(engine, link);
+    auto window = windows.makeWindow({plainView, std::make_shared<QObject>()}, twice, {});
+    window->makeKeyAndOrderFront();
+    auto* const framed = shownWindow();
+    ASSERT_NE(framed, nullptr);
+    EXPECT_EQ(framed->size(), QSize(screen.width(), screen.height() / 2));
+}
+
 TEST_F(X11ShellTest, EveryClosingOfThePopoverIsToldOnce) {
     QtPlatform::QtPopover popover(engine, screens, link);
     int closings = 0;
