@@ -300,7 +300,8 @@ private:
                 const auto& bound = *static_cast<Bound*>(data);
                 auto& node = bound.registry->graph_.nodes[bound.id];
                 node.isRunning = info->state == PW_NODE_STATE_RUNNING;
-                if (info->props != nullptr) {
+                // Those that have not changed are left out, which makes the list empty.
+                if ((info->change_mask & PW_NODE_CHANGE_MASK_PROPS) != 0) {
                     node.role = text(info->props, PW_KEY_MEDIA_ROLE);
                     node.isDevice = isDevice(info->props);
                 }
@@ -319,7 +320,7 @@ private:
             result.version = PW_VERSION_CLIENT_EVENTS;
             result.info = [](void* data, const pw_client_info* info) {
                 const auto& bound = *static_cast<Bound*>(data);
-                if (info->props != nullptr) {
+                if ((info->change_mask & PW_CLIENT_CHANGE_MASK_PROPS) != 0) {
                     bound.registry->graph_.clients[bound.id] = {
                         text(info->props, PW_KEY_APP_NAME), text(info->props, PW_KEY_APP_PROCESS_BINARY),
                         text(info->props, PW_KEY_ACCESS),
