@@ -76,11 +76,21 @@ struct WindowSystemContract : testing::Test {
         while (windows.size() < count) {
             windows.push_back(world.open("many"));
         }
-        ASSERT_TRUE(waitUntil([&] { return system().windows().size() == count; }));
+        ASSERT_EQ(countOnceItIs(count, [this] { return system().windows().size(); }), count);
         system().hide(windows);
-        EXPECT_TRUE(waitUntil([&] { return countHidden() == count; })) << countHidden() << " are";
+        EXPECT_EQ(countOnceItIs(count, [this] { return countHidden(); }), count);
         system().show(windows);
-        EXPECT_TRUE(waitUntil([&] { return countHidden() == 0; })) << countHidden() << " are hidden yet";
+        EXPECT_EQ(countOnceItIs(0, [this] { return countHidden(); }), 0U);
+    }
+
+    /// However long so many windows take: the last count where it stands still before.
+    template <class Count>
+    std::size_t countOnceItIs(std::size_t expected, const Count& count) {
+        auto last = count();
+        while (last != expected && waitUntil([&] { return count() != last; })) {
+            last = count();
+        }
+        return last;
     }
 
     std::ptrdiff_t countOf(WindowEvent event, WindowId window) {
