@@ -3,6 +3,7 @@
 #include "tests/support/EventLoop.h"
 #include "tests/support/HandDrivenQueue.h"
 #include "tests/support/RecordingLog.h"
+#include "tests/support/WindowManagerQuestion.h"
 #include "tests/support/X11TestClient.h"
 
 #include <xcb/composite.h>
@@ -180,21 +181,9 @@ private:
     xcb_window_t panel_ = XCB_WINDOW_NONE;
 };
 
-/// Before anything else is made: a tray that ends gives its icons back to the desktop, where the window
-/// manager takes them in. The next connection gets the identifiers of the last one, so whatever the window
-/// manager still does with the old icon it would do to the new one.
+/// A tray that ends gives its icons back to the desktop, where the window manager takes them in.
 struct SettledWindowManager {
-    SettledWindowManager() {
-        X11TestClient client;
-        // Nor must the question be about a window that has the identifier of an icon.
-        for (int identifier = 0; identifier < 1000; ++identifier) {
-            xcb_generate_id(client.get());
-        }
-        const auto window = client.create("question", "Question");
-        // It answers one after the other.
-        client.ask(window, "_NET_REQUEST_FRAME_EXTENTS", {});
-        EXPECT_TRUE(spinUntil([&] { return !client.numbers(window, "_NET_FRAME_EXTENTS").empty(); }));
-    }
+    SettledWindowManager() { TestSupport::waitForManager(); }
 };
 
 class TrayStatusItemTest : public testing::Test {

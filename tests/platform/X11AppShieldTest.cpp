@@ -40,6 +40,8 @@ struct X11AppShieldTest : testing::Test {
     xcb_window_t openListed(X11TestClient& owner, std::string_view app) {
         const auto window = owner.open("window", app);
         EXPECT_TRUE(spinUntil([&] { return owner.isListed(window); }));
+        // Now it has its frame.
+        TestSupport::waitForManager(owner);
         return window;
     }
 
@@ -181,7 +183,7 @@ TEST_F(X11AppShieldTest, LeavesNothingBehindWhenItIsSwitchedOffOrGone) {
         shield->cover({});
         EXPECT_TRUE(getsUncovered(window));
         EXPECT_TRUE(getsUncovered(frameOf(window)));
-        EXPECT_EQ(tree(window)->children_len, 0);
+        EXPECT_TRUE(spinUntil([&] { return tree(window)->children_len == 0; }));
     }
     shield->cover({"Private"});
     ASSERT_TRUE(getsCovered(window));
@@ -248,6 +250,7 @@ TEST_F(X11AppShieldTest, OutlivesProgramsThatFlickerAndDieUnderTheirCovers) {
         program.reset();
         EXPECT_TRUE(spinUntil([&] { return !client.mapState(theirs); }));
     }
+    TestSupport::waitForManager(client);
     waitUntilAllIsJudged();
     EXPECT_TRUE(isCovered(window));
 }

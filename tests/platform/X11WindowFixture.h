@@ -4,6 +4,7 @@
 #include "platform/qt/QtMainQueue.h"
 #include "tests/platform/EmptyDesktop.h"
 #include "tests/support/EventLoop.h"
+#include "tests/support/WindowManagerQuestion.h"
 #include "tests/support/X11TestClient.h"
 
 #include <gmock/gmock.h>
@@ -72,8 +73,10 @@ struct X11WindowWorld {
         return window;
     }
 
+    /// And until it has its frame, its place and its states.
     void waitUntilListed(xcb_window_t window) {
         EXPECT_TRUE(spinUntil([&] { return find(window).has_value(); }));
+        TestSupport::waitForManager(client);
     }
 
     /// Managers write that a window is hidden before they take it away, and what its app asks for in between

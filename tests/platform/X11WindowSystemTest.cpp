@@ -106,7 +106,7 @@ TEST_F(X11WindowSystemTest, FullscreenMaximisedAndStickyWindowsComeBackAsTheyWer
         setState(window, state);
         hide(window);
         show(window);
-        EXPECT_TRUE(hasState(window, state)) << state;
+        EXPECT_TRUE(spinUntil([&] { return hasState(window, state); })) << state;
     }
     const auto sticky = openListed("a", "A");
     client.ask(sticky, "_NET_WM_DESKTOP", {0xFFFFFFFF, pager});
