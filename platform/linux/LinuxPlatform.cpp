@@ -424,7 +424,8 @@ std::unique_ptr<SwayHotKeyService> swayHotKeyServiceOf(Session& session, const P
         session.environment.i3Socket, *platform.mainQueue, *platform.log,
         SwayHotKeyService::Keys{[&keyboard](std::int64_t keyCode) { return keyboard.scanCodeOf(keyCode); },
                                 [&keyboard](std::int64_t keyCode) { return keyboard.symbols(keyCode); }},
-        EarlierValue(*session.windowState, "boundShortcuts", sessionMark(session.environment)));
+        EarlierValue(*session.windowState, "boundShortcuts", sessionMark(session.environment)),
+        SwayHotKeyService::Patience());
 }
 
 std::unique_ptr<Platform::HotKeyService> x11HotKeyServiceOf(Session& session,

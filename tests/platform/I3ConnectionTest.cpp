@@ -666,7 +666,7 @@ TEST_F(AwaitedSwayTest, IsWaitedFor) {
     answer();
     SwayHotKeyService service(server.path(), queue, log, keys,
                               LinuxPlatform::EarlierValue(state, "bound", "session"),
-                              std::chrono::seconds(30));
+                              {.start = std::chrono::seconds(30)});
     EXPECT_EQ(service.reach(), Platform::HotKeyReach::everywhere);
     EXPECT_EQ(service.registerHotKey({4, Platform::HotKeyModifier::control}, {1, 1}), Platform::hotKeyExists);
 }
@@ -676,7 +676,7 @@ TEST_F(AwaitedSwayTest, WhatAnEarlierRunBoundIsRememberedUntilItCanBeTakenAway) 
     {
         const SwayHotKeyService service(server.path(), queue, log, keys,
                                         LinuxPlatform::EarlierValue(state, "bound", "session"),
-                                        std::chrono::milliseconds(0));
+                                        {.start = std::chrono::milliseconds(0)});
         EXPECT_EQ(service.reach(), Platform::HotKeyReach::nowhere);
     }
     EXPECT_EQ(state.string("bound"), "session\nCtrl+43");

@@ -20,6 +20,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -52,6 +53,9 @@ constexpr xcb_keycode_t numLockKey = 77;
 constexpr xcb_keycode_t hKey = 43;
 constexpr xcb_keycode_t jKey = 44;
 
+/// However long the machine stalls, sway answers.
+constexpr std::chrono::seconds patience{30};
+
 constexpr std::int64_t virtualH = 4;
 constexpr HotKeyCombination controlH{virtualH, Platform::HotKeyModifier::control};
 constexpr HotKeyCombination controlJ{38, Platform::HotKeyModifier::control};
@@ -66,7 +70,7 @@ public:
                            note(event, QJsonDocument::fromJson(payload).object());
                        }}) {
         connection_.open();
-        connection_.finish(std::chrono::seconds(5));
+        connection_.finish(patience);
     }
 
     std::vector<std::string> commands;
@@ -107,7 +111,8 @@ public:
                                                                      : keyboard_.scanCodeOf(keyCode);
                                     },
                                     [this](std::int64_t keyCode) { return keyboard_.symbols(keyCode); }},
-            LinuxPlatform::EarlierValue(state, "bound", "session"));
+            LinuxPlatform::EarlierValue(state, "bound", "session"),
+            SwayHotKeyService::Patience{.start = patience, .bind = patience, .end = patience});
         EXPECT_TRUE(spinUntil([this] { return service_->reach() == Platform::HotKeyReach::everywhere; }));
         markers_ = service_->installEventHandler([this](HotKeyEvent event, Platform::HotKeyID id) {
             isMarkerHeard_ = isMarkerHeard_ || (event == HotKeyEvent::released && id == markerID);
@@ -326,7 +331,8 @@ TEST(SilentSwayTest, NothingIsHeard) {
     QtPlatform::QtMainQueue queue;
     RecordingLog log;
     MemoryUserDefaults state;
-    SwayHotKeyService service("/nowhere", queue, log, {}, LinuxPlatform::EarlierValue(state, "bound", "s"));
+    SwayHotKeyService service("/nowhere", queue, log, {}, LinuxPlatform::EarlierValue(state, "bound", "s"),
+                              {});
     EXPECT_EQ(service.reach(), Platform::HotKeyReach::nowhere);
 }
 

@@ -59,7 +59,7 @@ KGlobalAccelHotKeyService::~KGlobalAccelHotKeyService() {
     }
 }
 
-bool KGlobalAccelHotKeyService::isThere(const QDBusConnection& bus) {
+bool KGlobalAccelHotKeyService::isThere(const QDBusConnection& bus, std::chrono::milliseconds patience) {
     if (!bus.isConnected()) {
         return false;
     }
@@ -67,8 +67,8 @@ bool KGlobalAccelHotKeyService::isThere(const QDBusConnection& bus) {
         QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
         QStringLiteral("org.freedesktop.DBus"), QStringLiteral("NameHasOwner"));
     question.setArguments({service});
-    const auto patience = static_cast<int>(Patience().other.count());
-    return bus.call(question, QDBus::Block, patience).arguments().value(0).toBool();
+    const auto answer = bus.call(question, QDBus::Block, static_cast<int>(patience.count()));
+    return answer.arguments().value(0).toBool();
 }
 
 Platform::HotKeyStatus

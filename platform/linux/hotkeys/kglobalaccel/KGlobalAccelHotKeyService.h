@@ -43,8 +43,9 @@ public:
     KGlobalAccelHotKeyService(const KGlobalAccelHotKeyService&) = delete;
     KGlobalAccelHotKeyService& operator=(const KGlobalAccelHotKeyService&) = delete;
 
-    /// Whether somebody offers the service.
-    static bool isThere(const QDBusConnection& bus);
+    /// Whether somebody offers the service, as the bus says.
+    static bool isThere(const QDBusConnection& bus,
+                        std::chrono::milliseconds patience = std::chrono::milliseconds(500));
 
     Platform::HotKeyReach reach() const override { return Platform::HotKeyReach::everywhere; }
     bool canTakeKeyboard() const override { return false; }

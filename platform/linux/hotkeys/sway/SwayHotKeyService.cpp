@@ -13,8 +13,6 @@ namespace {
 
 namespace Modifier = Platform::HotKeyModifier;
 
-constexpr std::chrono::milliseconds bindPatience{200};
-constexpr std::chrono::milliseconds endPatience{500};
 /// What a binding does: nothing, under a name by which it is known.
 constexpr std::string_view commandStart = "nop com.curtain.Curtain ";
 
@@ -46,17 +44,17 @@ QJsonObject objectIn(const QByteArray& json) {
 } // namespace
 
 SwayHotKeyService::SwayHotKeyService(const std::filesystem::path& socket, Platform::MainQueue& queue,
-                                     Platform::Log& log, Keys keys, EarlierValue record,
-                                     std::chrono::milliseconds patience)
+                                     Platform::Log& log, Keys keys, EarlierValue record, Patience patience)
     : queue_(queue),
       log_(log),
+      patience_(patience),
       keys_(std::move(keys)),
       record_(std::move(record)),
       connection_(socket, queue, {"binding", "workspace"},
                   {[this] { readConfiguration(); }, nullptr,
                    [this](I3Event event, const QByteArray& payload) { handleEvent(event, payload); }}) {
     connection_.open();
-    connection_.finish(patience);
+    connection_.finish(patience_.start);
 }
 
 SwayHotKeyService::~SwayHotKeyService() {
@@ -65,7 +63,7 @@ SwayHotKeyService::~SwayHotKeyService() {
             unbind(hotKey.text);
         }
     }
-    connection_.finish(endPatience);
+    connection_.finish(patience_.end);
     if (connection_.isConnected() && usersBindings_) {
         record_.forget();
     }
@@ -90,7 +88,7 @@ Platform::HotKeyStatus SwayHotKeyService::registerHotKey(const Platform::HotKeyC
     if (isNew) {
         writeDown();
         bind(*text);
-        connection_.finish(bindPatience);
+        connection_.finish(patience_.bind);
     }
     if (isBound(*text)) {
         return 0;

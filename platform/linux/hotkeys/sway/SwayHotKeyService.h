@@ -33,11 +33,17 @@ public:
         std::function<std::vector<xkb_keysym_t>(std::int64_t keyCode)> symbols;
     };
 
+    /// How long sway's answers are waited for.
+    struct Patience {
+        std::chrono::milliseconds start{3000};
+        std::chrono::milliseconds bind{200};
+        std::chrono::milliseconds end{500};
+    };
+
     /// `queue` and `log` outlive this object. `record` is where it is written down what is bound, so that the
-    /// next run takes away what this one could not. Waits for sway's answer, at most for `patience`.
+    /// next run takes away what this one could not. Waits for sway's answer.
     SwayHotKeyService(const std::filesystem::path& socket, Platform::MainQueue& queue, Platform::Log& log,
-                      Keys keys, EarlierValue record,
-                      std::chrono::milliseconds patience = std::chrono::seconds(3));
+                      Keys keys, EarlierValue record, Patience patience);
     ~SwayHotKeyService() override;
 
     Platform::HotKeyReach reach() const override;
@@ -73,6 +79,7 @@ private:
 
     Platform::MainQueue& queue_;
     Platform::Log& log_;
+    Patience patience_;
     Keys keys_;
     EarlierValue record_;
     std::filesystem::path configurationFile_;
