@@ -428,6 +428,7 @@ TEST_F(I3WindowSystemTest, WindowsComeBackToTheirWorkspacesWithoutALookAtTheLayo
     for (const auto* const name : {"A", "Floating", "B"}) {
         open(name);
     }
+    waitUntilDrawn("Floating");
     I3Desktop::run(with("Floating", "floating enable, resize set 300 px 200 px"));
     waitUntilDrawn("Floating");
     const auto tree = I3Desktop::tree();
