@@ -1,4 +1,5 @@
 #include "tests/platform/MicrophoneCheck.h"
+#include "tests/support/RunningTime.h"
 #include "tests/support/SoundMixer.h"
 #include "tests/support/StaleSoundConnection.h"
 
@@ -16,18 +17,9 @@ namespace {
 
 using Curtain::EchoPhase;
 using Curtain::MicStatus;
+using TestSupport::runningTimeOf;
 using TestSupport::SoundWorld;
 using TestSupport::tone;
-
-using Clock = std::chrono::steady_clock;
-
-/// How long something kept its caller waiting.
-template <class Action>
-Clock::duration durationOf(const Action& action) {
-    const auto start = Clock::now();
-    action();
-    return Clock::now() - start;
-}
 
 /// Far less than the patience with a sound server.
 constexpr std::chrono::milliseconds atOnce{700};
@@ -149,8 +141,8 @@ TEST_F(SoundServerFaultsTest, AfterAStopTheServerThatCameBackServesTheNextStart)
 
 TEST_F(SoundServerFaultsTest, AFrozenServerCostsAStatusAndNoHang) {
     SoundWorld::freeze();
-    EXPECT_LT(durationOf([&] { EXPECT_FALSE(audio.hasInputDevice()); }), atOnce);
-    EXPECT_LT(durationOf([&] { monitor->start(); }), atOnce);
+    EXPECT_LT(runningTimeOf([&] { EXPECT_FALSE(audio.hasInputDevice()); }), atOnce);
+    EXPECT_LT(runningTimeOf([&] { monitor->start(); }), atOnce);
     EXPECT_TRUE(becomes(MicStatus::noInputDevice));
     SoundWorld::thaw();
     sound.feed(tone(440, 0.5, 60));
@@ -162,7 +154,7 @@ TEST_F(SoundServerFaultsTest, AServerThatDoesNotAnswerDoesNotHoldUpTheEnd) {
     const MuteSoundServer server(folder.path() / "socket");
     monitor->start();
     ASSERT_TRUE(eventually([&] { return server.isCalled(); }));
-    EXPECT_LT(durationOf([&] { monitor.reset(); }), atOnce);
+    EXPECT_LT(runningTimeOf([&] { monitor.reset(); }), atOnce);
 }
 
 TEST_F(SoundServerFaultsTest, AServerThatFreezesWhileMeteringDoesNotHoldUpTheStop) {
@@ -170,8 +162,8 @@ TEST_F(SoundServerFaultsTest, AServerThatFreezesWhileMeteringDoesNotHoldUpTheSto
     monitor->start();
     ASSERT_TRUE(levelBecomes(1, 1));
     SoundWorld::freeze();
-    EXPECT_LT(durationOf([&] { monitor->stop(); }), atOnce);
-    EXPECT_LT(durationOf([&] { monitor.reset(); }), atOnce);
+    EXPECT_LT(runningTimeOf([&] { monitor->stop(); }), atOnce);
+    EXPECT_LT(runningTimeOf([&] { monitor.reset(); }), atOnce);
     SoundWorld::thaw();
     EXPECT_TRUE(eventually([] { return !SoundWorld::hasOurRecording(); }));
 }
@@ -254,12 +246,14 @@ TEST_F(StaleConnectionTest, TheMeterFollowsTheDefaultMicrophoneAllTheSame) {
 }
 
 TEST_F(StaleConnectionTest, AnotherDefaultMicrophoneDoesNotCutOffThePlayback) {
+    using Clock = std::chrono::steady_clock;
+    const auto begin = Clock::now();
     monitor->startEcho();
     ASSERT_TRUE(becomes(EchoPhase::playing));
-    const auto begin = Clock::now();
     SoundWorld::makeDefault("other");
     EXPECT_TRUE(becomes(EchoPhase::done));
-    EXPECT_GT(Clock::now() - begin, std::chrono::milliseconds(2800));
+    // Three seconds of recording, and as many of playback.
+    EXPECT_GT(Clock::now() - begin, std::chrono::milliseconds(5800));
 }
 
 TEST_F(SoundServerFaultsTest, TenRestartsOfTheServerLeaveOneMeter) {
@@ -271,7 +265,7 @@ TEST_F(SoundServerFaultsTest, TenRestartsOfTheServerLeaveOneMeter) {
     sound.feed(tone(440, 0.5, 60));
     EXPECT_TRUE(levelBecomes(1, 1));
     EXPECT_EQ(SoundWorld::ourRecordings(), 1);
-    EXPECT_LT(durationOf([&] { monitor.reset(); }), std::chrono::seconds(1));
+    EXPECT_LT(runningTimeOf([&] { monitor.reset(); }), std::chrono::seconds(1));
 }
 
 TEST_F(SoundServerFaultsTest, AServerThatFreezesInTheMiddleOfAnEchoEndsIt) {
