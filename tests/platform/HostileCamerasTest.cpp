@@ -1,4 +1,5 @@
 #include "tests/platform/PipeWireCameraCheck.h"
+#include "tests/support/RunningTime.h"
 
 #include <gmock/gmock.h>
 
@@ -17,7 +18,7 @@
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
+using TestSupport::runningTimeOf;
 using TestSupport::showsBars;
 using TestSupport::spinUntil;
 using TestSupport::VirtualCamera;
@@ -59,9 +60,7 @@ struct HostileCamerasTest : TestSupport::PipeWireCameraCheck {
     }
 
     void TearDown() override {
-        const auto begin = Clock::now();
-        session->stopRunning();
-        EXPECT_LT(Clock::now() - begin, std::chrono::seconds(1));
+        EXPECT_LT(runningTimeOf([&] { session->stopRunning(); }), std::chrono::seconds(1));
         if (!mayLeaveEvents) {
             EXPECT_TRUE(spinUntil([&] { return entries("/proc/self/fd") <= filesBefore; }, patience))
                 << filesBefore << " open files before, now " << openFiles();
@@ -114,9 +113,7 @@ TEST_F(HostileCamerasTest, ACameraThatGoesBetweenTheQuestionAndTheLinkStaysDark)
         choose("cam");
         look();
         camera->unplug();
-        const auto begin = Clock::now();
-        session->startRunning();
-        EXPECT_LT(Clock::now() - begin, std::chrono::seconds(1));
+        EXPECT_LT(runningTimeOf([&] { session->startRunning(); }), std::chrono::seconds(1));
         ASSERT_TRUE(spinUntil([&] { return services.devices().empty(); }, patience));
         EXPECT_EQ(preview->picture(), nullptr);
         session->stopRunning();
@@ -206,11 +203,12 @@ TEST_F(HostileCamerasTest, AFrozenDaemonLeavesDarknessAndHoldsUpNobody) {
         EXPECT_TRUE(goesDark());
         EXPECT_EQ(session->interruption(), Platform::CaptureInterruption::noPictures);
         for (int turn = 0; turn < 3; ++turn) {
-            const auto begin = Clock::now();
-            session->stopRunning();
-            services.devices();
-            session->startRunning();
-            EXPECT_LT(Clock::now() - begin, std::chrono::seconds(1)) << turn;
+            const auto restart = [&] {
+                session->stopRunning();
+                services.devices();
+                session->startRunning();
+            };
+            EXPECT_LT(runningTimeOf(restart), std::chrono::seconds(1)) << turn;
         }
     }
     camera->signal(SIGCONT);

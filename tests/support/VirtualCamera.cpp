@@ -28,7 +28,7 @@
 ///          flapping   offers another size thrice a second
 ///          thousand   announces a thousand sizes that it does not have before those that it has
 ///          negative   says that its rows go backwards
-///          changing   after a while delivers nothing any more but another format, of 640x480 pixels
+///          changing   once it gets SIGUSR1 delivers nothing any more but another format, of 640x480 pixels
 
 #include <pipewire/pipewire.h>
 #include <spa/param/buffers.h>
@@ -71,7 +71,7 @@ constexpr int frames = 8;
 /// A single frame of this size fills enough memory.
 constexpr int enormous = 4096;
 constexpr int manySizes = 1000;
-constexpr std::size_t framesBeforeChange = 20;
+constexpr std::size_t framesBeforeFault = 20;
 /// Whoever is to let it go on has gone by then.
 constexpr std::chrono::milliseconds longestWait{30'000};
 constexpr std::size_t sharedSize = 4U << 20U;
@@ -214,6 +214,10 @@ public:
             pw_loop_add_signal(
                 loop, signal, [](void* self, int) { pw_main_loop_quit(static_cast<Camera*>(self)->loop_); },
                 this);
+        }
+        if (options_.fault == "changing") {
+            pw_loop_add_signal(
+                loop, SIGUSR1, [](void* self, int) { static_cast<Camera*>(self)->change(); }, this);
         }
         timer_ = pw_loop_add_timer(
             loop,
@@ -464,7 +468,7 @@ private:
         data.chunk->offset = 0;
         data.chunk->size = 0;
         if (data.data && !frames_.empty()) {
-            const bool isLate = ++framesSinceStart_ > framesBeforeChange;
+            const bool isLate = ++framesSinceStart_ > framesBeforeFault;
             const auto& frame =
                 isLate && options_.fault == "breaks" ? noise_ : frames_[count_++ % frames_.size()];
             const auto size = std::min<std::size_t>(frame.size(), data.maxsize);
@@ -481,9 +485,6 @@ private:
             }
         }
         pw_stream_queue_buffer(stream_, buffer);
-        if (options_.fault == "changing" && count_ == framesBeforeChange) {
-            change();
-        }
     }
 
     /// Each in a buffer of its own.
