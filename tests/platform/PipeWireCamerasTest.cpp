@@ -197,7 +197,11 @@ TEST_F(PipeWireCamerasTest, JpegIsPreferredAndDecodedAsSmallAsItMayBe) {
 TEST_F(PipeWireCamerasTest, PhotoIsTheCamerasOwnJpeg) {
     const auto camera = plugIn("jpeg", "Camera", "both");
     choose("jpeg");
+    look();
     session->startRunning();
+    // A busy machine may be late with the first picture, and a photo is not waited for that long.
+    ASSERT_TRUE(comesOn());
+    preview.reset();
     const auto receiver = std::make_shared<RecordingPhotoReceiver>();
     output->capturePhoto({Platform::PhotoCodec::jpeg}, receiver);
     ASSERT_TRUE(spinUntil([&] { return receiver->photo().has_value(); }, patience));
@@ -269,7 +273,8 @@ TEST_F(PipeWireCamerasTest, PhotoOfACameraThatIsUnpluggedEndsWithout) {
     ASSERT_TRUE(spinUntil([&] { return camera->isStreaming(); }, patience));
     const auto receiver = std::make_shared<RecordingPhotoReceiver>();
     output->capturePhoto({}, receiver);
-    EXPECT_EQ(receiver->calls(), 0);
+    // One that has delivered nothing for too long is not waited for.
+    EXPECT_TRUE(receiver->calls() == 0 || session->interruption());
     camera->unplug();
     ASSERT_TRUE(spinUntil([&] { return receiver->calls() == 1; }, patience));
     EXPECT_EQ(receiver->photo()->fileDataRepresentation, std::nullopt);
@@ -448,7 +453,7 @@ TEST_F(PipeWireCamerasTest, ACameraThatStopsInMidStreamIsDarkSaysSoAndIsOpenedAg
         look();
         session->startRunning();
         ASSERT_TRUE(comesOn()) << fault;
-        EXPECT_EQ(session->interruption(), std::nullopt) << fault;
+        EXPECT_TRUE(spinUntil([&] { return !session->interruption(); }, patience)) << fault;
         EXPECT_TRUE(goesDark()) << fault;
         EXPECT_EQ(session->interruption(), CaptureInterruption::noPictures) << fault;
         EXPECT_TRUE(comesOn()) << fault;
