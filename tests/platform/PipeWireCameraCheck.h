@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <vector>
@@ -40,16 +41,23 @@ struct PipeWireCameraCheck : testing::Test {
     std::unique_ptr<VirtualCamera> plugIn(const std::string& name, const std::string& description,
                                           const std::string& formats,
                                           const std::vector<std::string>& options = {}) {
-        const auto count = [&] {
-            const auto devices = services.devices();
-            return std::ranges::count_if(devices, [&](const Platform::CaptureDevice& device) {
-                return device.uniqueID.starts_with(name);
-            });
-        };
-        const auto before = count();
+        const auto before = listed(name);
         auto camera = std::make_unique<VirtualCamera>(folder, name, description, formats, options);
-        EXPECT_TRUE(spinUntil([&] { return count() > before; }, patience));
+        EXPECT_TRUE(spinUntil([&] { return listed(name) > before; }, patience)) << name;
         return camera;
+    }
+
+    /// Those whose names begin so.
+    std::ptrdiff_t listed(const std::string& name) {
+        const auto devices = services.devices();
+        return std::ranges::count_if(devices, [&](const Platform::CaptureDevice& device) {
+            return device.uniqueID.starts_with(name);
+        });
+    }
+
+    /// After it has been unplugged. Before, another one of its name cannot be told from it.
+    bool isGone(const std::string& name) {
+        return spinUntil([&] { return listed(name) == 0; }, patience);
     }
 
     void choose(const std::string& id) {

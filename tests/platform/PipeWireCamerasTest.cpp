@@ -276,6 +276,7 @@ TEST_F(PipeWireCamerasTest, PhotoOfACameraThatIsUnpluggedEndsWithout) {
     // One that has delivered nothing for too long is not waited for.
     EXPECT_TRUE(receiver->calls() == 0 || session->interruption());
     camera->unplug();
+    ASSERT_TRUE(isGone("mute"));
     ASSERT_TRUE(spinUntil([&] { return receiver->calls() == 1; }, patience));
     EXPECT_EQ(receiver->photo()->fileDataRepresentation, std::nullopt);
     output->capturePhoto({}, receiver);
@@ -312,6 +313,7 @@ TEST_F(PipeWireCamerasTest, UnpluggingDarkensAndPluggingInAgainResumes) {
     camera->unplug();
     EXPECT_TRUE(goesDark());
     EXPECT_TRUE(session->isRunning());
+    ASSERT_TRUE(isGone("cam"));
     EXPECT_FALSE(other->isStreaming()) << "the other camera is not taken in its place";
     camera = plugIn("cam", "Camera", "both");
     EXPECT_TRUE(comesOn());
