@@ -2,10 +2,10 @@
 
 #include "platform/linux/windows/i3/I3WindowSystem.h"
 #include "platform/linux/windows/x11/X11WindowSystem.h"
-#include "platform/qt/QtMainQueue.h"
 #include "tests/platform/I3Desktop.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/MemoryUserDefaults.h"
+#include "tests/support/StillClockQueue.h"
 #include "tests/support/X11TestClient.h"
 
 #include <gmock/gmock.h>
@@ -83,7 +83,7 @@ public:
     TestSupport::X11TestClient client;
     /// By what the window system calls them.
     std::map<LinuxPlatform::WindowId, xcb_window_t> windows;
-    QtPlatform::QtMainQueue queue;
+    TestSupport::StillClockQueue queue;
     TestSupport::MemoryUserDefaults state;
     std::unique_ptr<LinuxPlatform::X11Connection> connection = LinuxPlatform::X11Connection::open();
     std::unique_ptr<LinuxPlatform::I3WindowSystem> system;

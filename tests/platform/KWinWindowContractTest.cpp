@@ -1,5 +1,6 @@
 #include "platform/linux/windows/kwin/KWinWindowSystem.h"
 #include "tests/platform/X11WindowFixture.h"
+#include "tests/support/StillClockQueue.h"
 #include "tests/support/WindowFocusContract.h"
 #include "tests/support/WindowSystemContract.h"
 
@@ -75,7 +76,8 @@ private:
     }
 
     PlatformTests::X11WindowWorld x11_;
-    LinuxPlatform::KWinWindowSystem system_{QDBusConnection::sessionBus(), x11_.mainQueue,
+    StillClockQueue queue_;
+    LinuxPlatform::KWinWindowSystem system_{QDBusConnection::sessionBus(), queue_,
                                             std::getenv("XDG_RUNTIME_DIR")};
     std::map<LinuxPlatform::WindowId, xcb_window_t> xcb_;
 };

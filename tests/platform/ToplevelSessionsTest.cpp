@@ -1,6 +1,7 @@
 #include "platform/linux/SessionWindows.h"
 #include "platform/linux/windows/toplevels/ToplevelWindowSystem.h"
 #include "tests/platform/X11WindowFixture.h"
+#include "tests/support/StillClockQueue.h"
 #include "tests/support/WindowSystemContract.h"
 
 #include <array>
@@ -73,7 +74,8 @@ public:
 
 private:
     PlatformTests::X11WindowWorld x11_;
-    LinuxPlatform::ToplevelWindowSystem system_{waylandSocket(), x11_.mainQueue,
+    StillClockQueue queue_;
+    LinuxPlatform::ToplevelWindowSystem system_{waylandSocket(), queue_,
                                                 LinuxPlatform::ToplevelWindowSystem::Minimising::known};
     std::map<WindowId, xcb_window_t> xcb_;
 };
