@@ -332,6 +332,7 @@ TEST_F(I3WindowSystemTest, TheUsersOwnScratchpadIsLeftAlone) {
     open("A");
     open("B");
     open("C");
+    waitUntilDrawn("B");
     I3Desktop::run(with("B", "move scratchpad") + with("C", "focus"));
     ASSERT_TRUE(spinUntil([&] { return isHidden("B"); }));
     goAndComeBack({"A"});
@@ -339,6 +340,7 @@ TEST_F(I3WindowSystemTest, TheUsersOwnScratchpadIsLeftAlone) {
     // One that was called up from there goes back there when its user wants it to.
     I3Desktop::run(with("B", "scratchpad show"));
     ASSERT_TRUE(spinUntil([&] { return !isHidden("B"); }));
+    waitUntilDrawn("B");
     goAndComeBack({"B"});
     I3Desktop::run(with("B", "scratchpad show"));
     EXPECT_TRUE(spinUntil([&] { return isHidden("B"); })) << I3Desktop::picture();
