@@ -51,17 +51,20 @@ class RestartCase(DesktopCase):
 
     def wait_managed(self):
         """Until a window that is opened is looked after."""
+        # Some end with an error when a window ends while they start.
+        wait_until(lambda: self.display.selection_owner("WM_S0"), "there is a window manager")
+
         def is_managed():
             # One that is opened while a window manager takes over may be overlooked for good.
             probe = self.start_urxvt()
             with contextlib.suppress(TimedOut):
-                wait_until(lambda: self.is_listed(probe), "the window is looked after", 2)
+                wait_until(lambda: self.is_listed(probe), "the window is looked after", 5)
             is_listed = self.is_listed(probe)
             probe.terminate()
             probe.wait()
             wait_until(lambda: not self.is_listed(probe), "the probe is gone")
             return is_listed
-        wait_until(is_managed, "windows are looked after", 30)
+        wait_until(is_managed, "windows are looked after", 60)
 
     def is_listed(self, program):
         # While openbox starts, it leaves an event lying until there is another one.
