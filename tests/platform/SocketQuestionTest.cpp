@@ -1,11 +1,14 @@
 #include "platform/linux/session/SocketQuestion.h"
 
 #include "platform/linux/session/BoundedQuestion.h"
+#include "platform/linux/system/Patience.h"
+#include "tests/support/ForkedChild.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 
 #include <array>
+#include <csignal>
 #include <cstring>
 #include <semaphore>
 #include <thread>
@@ -18,7 +21,9 @@ namespace {
 
 using LinuxPlatform::answerWithin;
 using LinuxPlatform::askSocket;
+using LinuxPlatform::Patience;
 using std::chrono::milliseconds;
+using TestSupport::ForkedChild;
 
 constexpr std::chrono::seconds enough{20};
 constexpr milliseconds short_{50};
@@ -98,6 +103,13 @@ TEST(SocketQuestionTest, AnAnswerThatBreaksOffIsNone) {
     EXPECT_FALSE(askSocket(listener.path(), "who?", isFive, enough));
 }
 
+TEST(PatienceTest, WhatComesAtOnceTakesNothingOfIt) {
+    Patience waiting(enough);
+    for (int part = 0; part < 1000; ++part) {
+        ASSERT_TRUE(waiting.nextLook()) << part;
+    }
+}
+
 TEST(BoundedQuestionTest, AnswersOrGivesUp) {
     EXPECT_EQ(answerWithin<int>(enough, [] { return 7; }), 7);
     const auto hold = std::make_shared<std::binary_semaphore>(0);
@@ -110,6 +122,29 @@ TEST(BoundedQuestionTest, AnswersOrGivesUp) {
     EXPECT_FALSE(answerWithin<int>(short_, question));
     hold->release();
     EXPECT_TRUE(done->try_acquire_for(enough)) << "the question goes on alone";
+}
+
+TEST(BoundedQuestionTest, AMachineThatStandsStillIsNoSilence) {
+    std::array<int, 2> asked{};
+    ASSERT_EQ(pipe(asked.data()), 0);
+    ForkedChild child([&] {
+        const auto answer = answerWithin<int>(milliseconds(1500), [&] {
+            EXPECT_EQ(write(asked[1], "?", 1), 1);
+            for (int step = 0; step < 10; ++step) {
+                std::this_thread::sleep_for(milliseconds(10));
+            }
+            return 7;
+        });
+        EXPECT_EQ(answer, 7);
+    });
+    char question = 0;
+    ASSERT_EQ(read(asked[0], &question, 1), 1);
+    child.kill(SIGSTOP);
+    std::this_thread::sleep_for(std::chrono::seconds(2));
+    child.kill(SIGCONT);
+    EXPECT_EQ(child.wait(), 0);
+    close(asked[0]);
+    close(asked[1]);
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/linux/system/Patience.h"
+
 #include <chrono>
 #include <functional>
 #include <future>
@@ -16,10 +18,13 @@ std::optional<Answer> answerWithin(std::chrono::milliseconds patience, std::func
     std::packaged_task<Answer()> task(std::move(question));
     auto answer = task.get_future();
     std::thread(std::move(task)).detach();
-    if (answer.wait_for(patience) != std::future_status::ready) {
-        return std::nullopt;
+    Patience waiting(patience);
+    while (const auto look = waiting.nextLook()) {
+        if (answer.wait_for(*look) == std::future_status::ready) {
+            return answer.get();
+        }
     }
-    return answer.get();
+    return std::nullopt;
 }
 
 } // namespace LinuxPlatform

@@ -1,6 +1,7 @@
 #include "platform/linux/session/SessionBusCheck.h"
 
 #include "platform/linux/system/Descriptor.h"
+#include "platform/linux/system/Patience.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -105,7 +106,13 @@ bool isBusSilent(std::string_view address, std::chrono::milliseconds patience) {
         return false;
     }
     pollfd answer{bus.get(), POLLIN, 0};
-    return poll(&answer, 1, static_cast<int>(patience.count())) == 0;
+    Patience waiting(patience);
+    while (const auto look = waiting.nextLook()) {
+        if (poll(&answer, 1, static_cast<int>(look->count())) != 0) {
+            return false;
+        }
+    }
+    return true;
 }
 
 void leaveSilentSessionBus() {

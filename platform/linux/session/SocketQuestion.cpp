@@ -1,8 +1,8 @@
 #include "platform/linux/session/SocketQuestion.h"
 
 #include "platform/linux/system/LocalSocket.h"
+#include "platform/linux/system/Patience.h"
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 
@@ -12,8 +12,6 @@
 
 namespace LinuxPlatform {
 namespace {
-
-using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t longestAnswer = std::size_t{1} << 20U;
 
@@ -36,9 +34,9 @@ public:
     }
 
     /// Absent at the end, be it that of the patience or that of the connection.
-    std::optional<std::string> receive(Clock::time_point deadline) {
+    std::optional<std::string> receive(Patience& patience) {
         std::array<char, 4096> block{};
-        while (isReadable(deadline)) {
+        while (isReadable(patience)) {
             const auto count = ::recv(descriptor_, block.data(), block.size(), 0);
             if (count > 0) {
                 return std::string(block.data(), static_cast<std::size_t>(count));
@@ -59,15 +57,15 @@ public:
     }
 
 private:
-    bool isReadable(Clock::time_point deadline) const {
-        for (;;) {
-            const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
+    bool isReadable(Patience& patience) const {
+        while (const auto look = patience.nextLook()) {
             pollfd question{descriptor_, POLLIN, 0};
-            const auto count = ::poll(&question, 1, static_cast<int>(std::max<std::int64_t>(left, 0)));
-            if (count >= 0 || errno != EINTR) {
+            const auto count = ::poll(&question, 1, static_cast<int>(look->count()));
+            if (count > 0 || (count < 0 && errno != EINTR)) {
                 return count > 0;
             }
         }
+        return false;
     }
 
     int descriptor_;
@@ -78,14 +76,14 @@ private:
 std::optional<SocketAnswer> askSocket(const std::filesystem::path& socket, std::string_view request,
                                       const std::function<bool(std::string_view)>& isComplete,
                                       std::chrono::milliseconds patience) {
-    const auto deadline = Clock::now() + patience;
+    Patience waiting(patience);
     Socket server(socket);
     if (!server.isConnected() || !server.send(request)) {
         return std::nullopt;
     }
     SocketAnswer answer{{}, server.process()};
     while (!isComplete(answer.bytes)) {
-        const auto more = server.receive(deadline);
+        const auto more = server.receive(waiting);
         if (!more || answer.bytes.size() > longestAnswer) {
             return std::nullopt;
         }
