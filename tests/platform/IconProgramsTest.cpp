@@ -33,6 +33,7 @@
 #include <memory>
 #include <optional>
 #include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -140,6 +141,21 @@ struct IconProgramsTest : testing::Test {
         return {std::filesystem::directory_iterator(stateFolder.path()), {}};
     }
 
+    /// What the application goes by, for whoever reads of a failure.
+    std::string whatIsThere() {
+        std::ostringstream text;
+        for (const auto& window : windows.list()) {
+            text << "window of " << window.className << ", process " << window.process.value_or(0) << '\n';
+        }
+        for (const auto& file : keptFiles()) {
+            text << file.filename() << " holds " << readFile(file) << '\n';
+        }
+        for (const auto& line : log.lines) {
+            text << line << '\n';
+        }
+        return text.str();
+    }
+
     /// What every desktop has to do, whatever its ways; `setting` reads what the user had chosen.
     template <class Setting>
     void hideAndShow(const Setting& setting) {
@@ -158,8 +174,8 @@ struct IconProgramsTest : testing::Test {
         EXPECT_TRUE(iconsHidden());
 
         setIconsHidden(false);
-        EXPECT_FALSE(iconsHidden());
-        EXPECT_TRUE(showsAgain(before));
+        EXPECT_FALSE(iconsHidden()) << whatIsThere();
+        EXPECT_TRUE(showsAgain(before)) << whatIsThere();
         EXPECT_FALSE(iconsHidden());
         EXPECT_EQ(setting(), settingBefore);
         EXPECT_THAT(keptFiles(), IsEmpty());
