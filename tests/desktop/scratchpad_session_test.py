@@ -71,7 +71,7 @@ class ScratchpadSessionTest(popover_window.HidingSessionCase):
     def open_three(self):
         """A terminal that is private, one of Wayland that is private too where there is Wayland, and one that is not."""
         self.start_xterm()
-        wait_until(lambda: self.shows(XTERM_COLOUR), "the private terminal is on the screen")
+        wait_until(lambda: self.shows(XTERM_COLOUR), "the private terminal is on the screen", seen=picture)
         self.wait_focused("XTerm")
         if IS_SWAY:
             self.start_foot(FOOT_COLOUR)
