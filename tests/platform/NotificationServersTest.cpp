@@ -19,7 +19,6 @@
 #include <functional>
 #include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace {
@@ -91,32 +90,14 @@ protected:
         return spinUntil([&] { return windows().size() == count; }, patience);
     }
 
-    static QString geometry(const QString& window) {
-        return output({QStringLiteral("xdotool"), QStringLiteral("getwindowgeometry"),
-                       QStringLiteral("--shell"), window});
-    }
-
-    /// Whether the only notice comes to stand still: it flies in, and takes no clicks meanwhile.
-    static bool hasLanded() {
-        const auto window = windows().value(0);
-        auto last = geometry(window);
-        int equalOnes = 0;
-        return spinUntil(
-            [&] {
-                auto next = geometry(window);
-                equalOnes = next == last ? equalOnes + 1 : 0;
-                last = std::move(next);
-                return equalOnes >= 5;
-            },
-            patience);
-    }
-
     /// Clicks into the only notice, that far from its lower right corner.
     static void click(int fromRight, int fromBottom) {
         const auto window = windows().value(0);
         int width = 0;
         int height = 0;
-        for (const auto& line : geometry(window).split(QLatin1Char('\n'))) {
+        for (const auto& line : output({QStringLiteral("xdotool"), QStringLiteral("getwindowgeometry"),
+                                        QStringLiteral("--shell"), window})
+                                    .split(QLatin1Char('\n'))) {
             if (line.startsWith(QLatin1String("WIDTH="))) {
                 width = line.mid(6).toInt();
             } else if (line.startsWith(QLatin1String("HEIGHT="))) {
@@ -128,14 +109,14 @@ protected:
                 QStringLiteral("click"), QStringLiteral("1")});
     }
 
-    /// Clicks there until there are so many answers: a notice that stands still may yet take no clicks.
+    /// Clicks there until there are so many answers: a notice takes no clicks while it flies in.
     bool isAnsweredWhenClicked(int fromRight, int fromBottom, std::size_t answers) {
-        return hasLanded() && spinUntil(
-                                  [&] {
-                                      click(fromRight, fromBottom);
-                                      return spinUntil([&] { return answers_.size() >= answers; }, 1s);
-                                  },
-                                  patience);
+        return spinUntil(
+            [&] {
+                click(fromRight, fromBottom);
+                return spinUntil([&] { return answers_.size() >= answers; }, 1s);
+            },
+            patience);
     }
 
     /// Clicks one notice after the other, since this server shows one at a time.
