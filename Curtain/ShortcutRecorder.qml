@@ -108,6 +108,8 @@ FocusScope {
         y: Math.round((parent.height - height) / 2)
         width: 340
         height: contentItem.implicitHeight + 2 * padding
+        // The window may be narrower where it is drawn smaller.
+        scale: Math.min(1, (parent.width - 16) / width)
         padding: 20
         modal: true
         focus: true

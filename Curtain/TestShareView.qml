@@ -39,10 +39,13 @@ T.Dialog {
     // The window is larger than what it shows, since its shadow lies around it.
     T.Overlay.modal: Item {
         Rectangle {
+            objectName: "testShareScrim"
             x: panel.parent ? panel.parent.x : 0
             y: panel.parent ? panel.parent.y : 0
             width: panel.parent ? panel.parent.width : 0
             height: panel.parent ? panel.parent.height : 0
+            scale: panel.scale
+            transformOrigin: Item.TopLeft
             color: Theme.scrim
             radius: (panel.parent as VisualEffectBackground)?.isRounded ? Theme.popoverRadius : 0
         }

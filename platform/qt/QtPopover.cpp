@@ -80,7 +80,7 @@ void QtPopover::show(Platform::StatusItem& relativeTo) {
     makeWindow();
     const bool isTranslucent = !windowManager_.isComposited || windowManager_.isComposited();
     const auto anchor = anchorAt(relativeTo);
-    const auto frame = freePart(*anchor.screen);
+    const auto frame = screens_.freePart(*anchor.screen);
     const QSizeF wanted(contentSize_.width, contentSize_.height);
     const double scale = PopoverPlacement::scale(wanted, frame);
     const QSize size = (wanted * scale).toSize();
@@ -136,7 +136,7 @@ QMargins QtPopover::marginsAround(const QRect& content) const {
         return shadowMargins;
     }
     // Window managers push windows off the panels.
-    const auto frame = freePart(*screen).toRect();
+    const auto frame = screens_.freePart(*screen).toRect();
     const auto room = [](int wanted, int available) { return std::clamp(available, 0, wanted); };
     return {room(shadowMargins.left(), content.left() - frame.left()),
             room(shadowMargins.top(), content.top() - frame.top()),
@@ -178,14 +178,6 @@ QtPopover::Anchor QtPopover::anchorAt(const Platform::StatusItem& item) const {
         }
     }
     return {ScreenGeometry::userScreen(windowManager_.isPointerKnown), std::nullopt};
-}
-
-QRectF QtPopover::freePart(const QScreen& screen) const {
-    const auto frame = screens_.visibleFrame(screen);
-    const bool areUnknown =
-        windowManager_.isCompositor && !windowManager_.panels && frame == QRectF(screen.geometry());
-    return areUnknown ? frame.adjusted(0, ScreenGeometry::unknownPanel, 0, -ScreenGeometry::unknownPanel)
-                      : frame;
 }
 
 } // namespace QtPlatform

@@ -48,8 +48,6 @@ private:
         std::optional<QRectF> item;
     };
     Anchor anchorAt(const Platform::StatusItem& item) const;
-    /// What panels leave of a screen, as far as can be told.
-    QRectF freePart(const QScreen& screen) const;
 
     ViewEngine& engine_;
     const QtScreens& screens_;

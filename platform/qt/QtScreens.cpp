@@ -11,6 +11,9 @@
 namespace QtPlatform {
 namespace {
 
+/// As high as a panel may be of which nothing is known, and which would cover what lies under it.
+constexpr double unknownPanel = 36;
+
 Platform::Rect toRect(const QRectF& rect) {
     return {rect.x(), rect.y(), rect.width(), rect.height()};
 }
@@ -76,6 +79,13 @@ QRectF QtScreens::visibleFrame(const QScreen& screen) const {
         frame = without(frame, ScreenGeometry::inPoints(panel, screen));
     }
     return frame;
+}
+
+QRectF QtScreens::freePart(const QScreen& screen) const {
+    const auto frame = visibleFrame(screen);
+    const bool arePanelsUnknown =
+        windowManager_.isCompositor && !windowManager_.panels && frame == QRectF(screen.geometry());
+    return arePanelsUnknown ? frame.adjusted(0, unknownPanel, 0, -unknownPanel) : frame;
 }
 
 Platform::Screen QtScreens::describe(const QScreen& screen) const {

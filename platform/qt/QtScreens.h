@@ -19,6 +19,8 @@ public:
 
     /// The part of the screen that no panel keeps for itself, in points.
     QRectF visibleFrame(const QScreen& screen) const;
+    /// The same, without the edges where panels may be of which nothing is known.
+    QRectF freePart(const QScreen& screen) const;
 
 private:
     Platform::Screen describe(const QScreen& screen) const;

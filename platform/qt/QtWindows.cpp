@@ -1,6 +1,7 @@
 #include "platform/qt/QtWindows.h"
 
 #include "platform/qt/HostedView.h"
+#include "platform/qt/QtScreens.h"
 #include "platform/qt/ScreenGeometry.h"
 
 #include <QGuiApplication>
@@ -17,14 +18,6 @@ namespace {
 
 /// As high as one may be.
 constexpr double titleBar = 40;
-
-double scaleOn(const QScreen* screen, const Platform::Size& size, bool arePanelsKnown) {
-    if (screen == nullptr) {
-        return 1;
-    }
-    const QSizeF taken(0, titleBar + (arePanelsKnown ? 0 : ScreenGeometry::unknownPanel));
-    return ScreenGeometry::fittingScale({size.width, size.height}, QSizeF(screen->availableSize()) - taken);
-}
 
 Qt::WindowFlags flagsFor(const Platform::WindowStyle& style) {
     auto flags = Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint;
@@ -68,18 +61,12 @@ public:
              const Platform::Size& size, const Platform::WindowStyle& style)
         : windowManager_(std::move(windowManager)),
           window_(style.isMovableByBackground),
+          size_(size),
+          isResizable_(style.isResizable),
           view_(engine, window_) {
-        const double scale = scaleOn(ScreenGeometry::userScreen(windowManager_.isPointerKnown), size,
-                                     !windowManager_.isCompositor);
-        const QSize fixed = (QSizeF(size.width, size.height) * scale).toSize();
         window_.setFlags(flagsFor(style));
         window_.setIcon(QIcon(QStringLiteral(":/curtain/app-icon.svg")));
-        window_.resize(fixed);
-        if (!style.isResizable) {
-            window_.setMinimumSize(fixed);
-            window_.setMaximumSize(fixed);
-        }
-        view_.setGeometry({0, 0}, size, scale);
+        fitToScreen();
         view_.setContent(std::move(content));
     }
     ~QtWindow() override { window_.close(); }
@@ -91,6 +78,7 @@ public:
     void setTitle(const std::string& title) override { window_.setTitle(QString::fromStdString(title)); }
 
     void center() override {
+        fitToScreen();
         const auto* const screen = ScreenGeometry::userScreen(windowManager_.isPointerKnown);
         if (screen == nullptr) {
             return;
@@ -101,6 +89,7 @@ public:
     }
 
     void makeKeyAndOrderFront() override {
+        fitToScreen();
         window_.show();
         window_.raise();
         window_.requestActivate();
@@ -120,8 +109,30 @@ public:
     }
 
 private:
+    /// The screen may be another one each time the window opens.
+    void fitToScreen() {
+        if (window_.isVisible()) {
+            return;
+        }
+        const auto* const screen = ScreenGeometry::userScreen(windowManager_.isPointerKnown);
+        const QSizeF room =
+            screen != nullptr ? screens_.freePart(*screen).size() - QSizeF(0, titleBar) : QSizeF();
+        const QSizeF wanted(size_.width, size_.height);
+        const double scale = ScreenGeometry::fittingScale(wanted, room);
+        const QSize fixed = (wanted * scale).toSize();
+        if (!isResizable_) {
+            window_.setMinimumSize(fixed);
+            window_.setMaximumSize(fixed);
+        }
+        window_.resize(fixed);
+        view_.setGeometry({0, 0}, size_, scale);
+    }
+
     WindowManagerLink windowManager_;
+    QtScreens screens_{windowManager_};
     FramedWindow window_;
+    Platform::Size size_;
+    bool isResizable_;
     HostedView view_;
 };
 

@@ -30,7 +30,11 @@ QPoint inPixels(const QPoint& point, const QScreen& screen) {
 }
 
 double fittingScale(const QSizeF& wanted, const QSizeF& room) {
-    return std::min({1.0, room.width() / wanted.width(), room.height() / wanted.height()});
+    constexpr double smallest = 0.5;
+    return room.isEmpty()
+               ? 1
+               : std::clamp(std::min(room.width() / wanted.width(), room.height() / wanted.height()),
+                            smallest, 1.0);
 }
 
 std::optional<QPoint> pointer() {

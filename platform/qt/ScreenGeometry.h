@@ -13,14 +13,12 @@ class QScreen;
 /// points. The corner of a screen is where its pixels begin.
 namespace QtPlatform::ScreenGeometry {
 
-/// As high as a panel may be of which nothing is known, and which would cover what lies under it.
-inline constexpr double unknownPanel = 36;
-
 /// Null when no screen shows that pixel.
 QScreen* screenAt(const QPoint& pixel);
 QRectF inPoints(const QRect& pixels, const QScreen& screen);
 QPoint inPixels(const QPoint& point, const QScreen& screen);
-/// 1, or less where something has to be drawn smaller to fit into the room there is.
+/// 1, or less where something has to be drawn smaller to fit into the room there is; never too small to be
+/// read. Where no room is known there is enough.
 double fittingScale(const QSizeF& wanted, const QSizeF& room);
 /// The pixel under the pointer; absent when no screen shows it. To be asked only where a program learns where
 /// the pointer is also outside its windows.

@@ -58,7 +58,9 @@ TEST(PopoverPlacement, IsDrawnSmallerWhereTheScreenIsTooNarrow) {
     EXPECT_EQ(scale(popover, belowTopPanel), 1);
     EXPECT_EQ(scale(popover, QRectF(0, 0, 716, 618)), 1);
     EXPECT_DOUBLE_EQ(scale({700, 372}, QRectF(0, 20, 640, 380)), 624.0 / 700);
-    EXPECT_DOUBLE_EQ(scale(popover, QRectF(0, 20, 1440, 309)), 0.5);
+    EXPECT_DOUBLE_EQ(scale({700, 400}, QRectF(0, 20, 1440, 300)), 0.75);
+    EXPECT_EQ(scale(popover, QRectF(0, 0, 100, 100)), 0.5) << "smaller it could not be read";
+    EXPECT_EQ(scale(popover, QRectF()), 1) << "nothing is known of the screen";
 }
 
 } // namespace

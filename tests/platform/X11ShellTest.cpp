@@ -164,28 +164,35 @@ TEST_F(X11ShellTest, ThePopoverHangsBelowItsItemWithTheKeyboardAndWithoutATaskLi
 
 TEST_F(X11ShellTest, WhatIsTooLargeForTheScreenIsDrawnSmaller) {
     const auto screen = QGuiApplication::primaryScreen()->geometry();
-    const Platform::Size twice{2.0 * screen.width(), static_cast<double>(screen.height())};
+    const Platform::Size tooLarge{1.5 * screen.width(), static_cast<double>(screen.height())};
     QtPlatform::QtPopover popover(engine, screens, link);
     popover.setContent({plainView, std::make_shared<QObject>()});
-    popover.setContentSize(twice);
+    popover.setContentSize(tooLarge);
     ItemAt item(std::nullopt);
     popover.show(item);
     auto* const shown = qobject_cast<QQuickWindow*>(shownWindow());
     ASSERT_NE(shown, nullptr);
     EXPECT_TRUE(screen.contains(shown->geometry()));
     const auto* const view = shown->contentItem()->childItems().last();
-    EXPECT_EQ(view->size(), QSizeF(twice.width, twice.height));
+    EXPECT_EQ(view->size(), QSizeF(tooLarge.width, tooLarge.height));
     const auto drawn = view->mapRectToScene(QRectF(QPointF(), view->size()));
     EXPECT_TRUE(QRectF(QPointF(), shown->size()).adjusted(-1, -1, 1, 1).contains(drawn));
     EXPECT_GT(drawn.width(), screen.width() - 20);
     popover.close();
 
     QtPlatform::QtWindows windows(engine, link);
-    auto window = windows.makeWindow({plainView, std::make_shared<QObject>()}, twice, {});
+    const Platform::Size asHigh{400, static_cast<double>(screen.height())};
+    auto window = windows.makeWindow({plainView, std::make_shared<QObject>()}, asHigh, {});
     window->makeKeyAndOrderFront();
     auto* const framed = shownWindow();
     ASSERT_NE(framed, nullptr);
-    EXPECT_EQ(framed->size(), QSize(screen.width(), screen.height() / 2));
+    EXPECT_EQ(framed->height(), screen.height() - 40) << "a title bar has room";
+    window->close();
+    const auto panel = openPanel(60);
+    window->makeKeyAndOrderFront();
+    EXPECT_EQ(framed->height(), screen.height() - 100);
+    window->close();
+    client.destroy(panel);
 }
 
 TEST_F(X11ShellTest, EveryClosingOfThePopoverIsToldOnce) {

@@ -354,6 +354,26 @@ TEST_F(Popover, TheCameraMenuMarksAndSwitches) {
     EXPECT_EQ(shown->find("camera desk"), nullptr);
 }
 
+TEST_F(Popover, ThePanelAndItsScrimAreAsSmallAsTheViewIsDrawn) {
+    const auto onScreen = [](const QQuickItem& item) { return item.mapRectToScene(item.boundingRect()); };
+    world.makeRisky();
+    world.change([](auto& preferences) { preferences.runTestShareModeOnOpen = true; });
+    show();
+    const auto before = onScreen(*shown->find("testShareFix"));
+    auto& view = shown->root();
+    view.setTransformOrigin(QQuickItem::TopLeft);
+    view.setScale(0.5);
+    world.view->setShowingTestShare(false);
+    shown->settle();
+    world.view->setShowingTestShare(true);
+    shown->settle();
+    EXPECT_EQ(onScreen(*shown->find("testShareScrim")), onScreen(view));
+    const auto after = onScreen(*shown->find("testShareFix"));
+    EXPECT_NEAR(after.left(), before.left() / 2, 1);
+    EXPECT_NEAR(after.bottom(), before.bottom() / 2, 1);
+    EXPECT_NEAR(after.width(), before.width() / 2, 1);
+}
+
 TEST_F(Popover, ThePanelSaysWhatWouldBeSeen) {
     world.makeRisky();
     world.change([](auto& preferences) { preferences.runTestShareModeOnOpen = true; });
