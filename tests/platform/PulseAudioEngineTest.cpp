@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
+#include <chrono>
 #include <cmath>
 #include <mutex>
 #include <thread>
@@ -19,7 +20,8 @@ using TestSupport::waitUntil;
 struct PulseAudioEngineTest : testing::Test {
     SoundWorld sound;
     QtPlatform::QtMainQueue mainQueue;
-    LinuxPlatform::PulseAudioServices audio{mainQueue};
+    // For a machine that stalls.
+    LinuxPlatform::PulseAudioServices audio{mainQueue, std::chrono::seconds(20)};
     std::shared_ptr<Platform::AudioEngine> engine = audio.makeEngine();
 
     std::mutex mutex;
@@ -38,14 +40,6 @@ struct PulseAudioEngineTest : testing::Test {
             });
     }
 
-    /// A busy server may take longer than is waited for.
-    bool starts() {
-        return waitUntil([this] { return !engine->start(); });
-    }
-    bool hasFormat(const Platform::AudioFormat& format) {
-        return waitUntil([&] { return engine->inputNode().inputFormat() == format; });
-    }
-
     std::size_t count() {
         const std::scoped_lock lock(mutex);
         return samples.size();
@@ -53,23 +47,23 @@ struct PulseAudioEngineTest : testing::Test {
 };
 
 TEST_F(PulseAudioEngineTest, ReportsTheDevicesOwnFormat) {
-    EXPECT_TRUE(hasFormat({1, 48000}));
+    EXPECT_EQ(engine->inputNode().inputFormat(), (Platform::AudioFormat{1, 48000}));
     sound.addMicrophone("other", 44100);
     SoundWorld::makeDefault("other");
     // PipeWire 0.3.65 may not tell a connection that records nothing, so ask over a new one.
     engine.reset();
     engine = audio.makeEngine();
-    EXPECT_TRUE(hasFormat({2, 44100}));
+    EXPECT_EQ(engine->inputNode().inputFormat(), (Platform::AudioFormat{2, 44100}));
 }
 
 TEST_F(PulseAudioEngineTest, HearsNothingBeforeItIsStarted) {
     installTap();
     EXPECT_FALSE(engine->isRunning());
     EXPECT_FALSE(SoundWorld::hasOurRecording());
-    EXPECT_TRUE(starts());
+    EXPECT_FALSE(engine->start());
     EXPECT_TRUE(engine->isRunning());
     EXPECT_TRUE(SoundWorld::hasOurRecording());
-    EXPECT_TRUE(starts());
+    EXPECT_FALSE(engine->start());
     EXPECT_TRUE(waitUntil([&] { return count() > 0; }));
     engine->stop();
     EXPECT_TRUE(waitUntil([&] { return !engine->isRunning(); }));
@@ -79,7 +73,7 @@ TEST_F(PulseAudioEngineTest, HearsNothingBeforeItIsStarted) {
 TEST_F(PulseAudioEngineTest, DeliversWholeBuffersOnOneThreadOfItsOwnWithoutLoss) {
     sound.feed(tone(440, 0.5, 60));
     installTap();
-    ASSERT_TRUE(starts());
+    ASSERT_FALSE(engine->start());
     // In a tone each sample follows from the two before it. A computer that is too busy loses sound in the
     // virtual devices, so a stretch of a second without a flaw is waited for.
     const auto follows = [this](std::size_t index) {
@@ -104,7 +98,7 @@ TEST_F(PulseAudioEngineTest, DeliversWholeBuffersOnOneThreadOfItsOwnWithoutLoss)
 
 TEST_F(PulseAudioEngineTest, NothingComesOnceTheTapIsRemoved) {
     installTap();
-    ASSERT_TRUE(starts());
+    ASSERT_FALSE(engine->start());
     ASSERT_TRUE(waitUntil([&] { return count() > 0; }));
     engine->inputNode().removeTap();
     const auto before = count();
@@ -120,7 +114,7 @@ TEST_F(PulseAudioEngineTest, TellsExactlyWhenTheDeviceOrItsFormatChanges) {
     std::atomic<int> changes = 0;
     const auto observer = engine->addConfigurationChangeObserver([&] { ++changes; });
     installTap();
-    ASSERT_TRUE(starts());
+    ASSERT_FALSE(engine->start());
     TestSupport::outputOf("pactl set-source-volume microphone 50%");
     TestSupport::outputOf("pactl set-source-mute microphone 1");
     sound.addMicrophone("other", 44100);
@@ -128,11 +122,11 @@ TEST_F(PulseAudioEngineTest, TellsExactlyWhenTheDeviceOrItsFormatChanges) {
     SoundWorld::makeDefault("other");
     EXPECT_TRUE(waitUntil([&] { return changes == 1; }));
     EXPECT_TRUE(waitUntil([&] { return !engine->isRunning(); }));
-    EXPECT_TRUE(starts());
+    EXPECT_FALSE(engine->start());
     SoundWorld::makeDefault("microphone");
     EXPECT_TRUE(waitUntil([&] { return changes == 2; }));
     EXPECT_TRUE(waitUntil([&] { return !engine->isRunning(); }));
-    EXPECT_TRUE(starts());
+    EXPECT_FALSE(engine->start());
     SoundWorld::unplug();
     EXPECT_TRUE(waitUntil([&] { return changes >= 3; }));
     EXPECT_TRUE(waitUntil([&] { return !engine->isRunning(); }));
@@ -161,7 +155,8 @@ TEST_F(PulseAudioEngineTest, DoesNotStartWithoutAMicrophone) {
 TEST_F(PulseAudioEngineTest, StartsAndStopsManyTimes) {
     for (int round = 0; round < 20; ++round) {
         installTap();
-        ASSERT_TRUE(starts()) << "in round " << round;
+        const auto error = engine->start();
+        ASSERT_FALSE(error) << error->localizedDescription << " in round " << round;
         engine->inputNode().removeTap();
         engine->stop();
         engine = audio.makeEngine();

@@ -54,9 +54,9 @@ pa_channel_map channelsFor(const InputDevice& device, std::uint8_t count) {
 
 /// What a question on the loop's thread was answered, or nothing when that took too long.
 template <class Answer>
-std::optional<Answer> within(std::future<Answer> answer) {
-    // The server's patience ends first, where that is what is waited for.
-    if (answer.wait_for(2 * SoundServer::patience) != std::future_status::ready) {
+std::optional<Answer> answerOf(const SoundServer& server, std::future<Answer> answer) {
+    // Its own patience ends first, where that is what is waited for.
+    if (answer.wait_for(2 * server.patience()) != std::future_status::ready) {
         return std::nullopt;
     }
     return answer.get();
@@ -413,7 +413,7 @@ std::optional<Platform::AudioError> PulseAudioEngine::start() {
     server_->loop().post([recording = recording_, promise] {
         recording->open([promise](const Outcome& error) { promise->set_value(error); });
     });
-    const auto answer = within(std::move(outcome));
+    const auto answer = answerOf(*server_, std::move(outcome));
     if (!answer) {
         stop();
         return Platform::AudioError{"the sound server does not answer"};
@@ -439,7 +439,7 @@ Platform::AudioFormat PulseAudioEngine::inputFormat() {
     server_->loop().post([recording = recording_, promise] {
         recording->askFormat([promise](const Platform::AudioFormat& answer) { promise->set_value(answer); });
     });
-    return within(std::move(format)).value_or(Platform::AudioFormat{});
+    return answerOf(*server_, std::move(format)).value_or(Platform::AudioFormat{});
 }
 
 std::string PulseAudioEngine::deviceName() {

@@ -17,7 +17,9 @@ constexpr std::chrono::milliseconds moment{300};
 
 } // namespace
 
-PulseAudioServices::PulseAudioServices(Platform::MainQueue& mainQueue) : mainQueue_(mainQueue) {}
+PulseAudioServices::PulseAudioServices(Platform::MainQueue& mainQueue, std::chrono::milliseconds patience)
+    : mainQueue_(mainQueue),
+      patience_(patience) {}
 
 PulseAudioServices::~PulseAudioServices() = default;
 
@@ -90,7 +92,7 @@ void PulseAudioServices::setSuspended(bool isSuspended) {
 std::shared_ptr<SoundServer> PulseAudioServices::server() {
     auto existing = shared_.lock();
     if (!existing) {
-        existing = std::make_shared<SoundServer>();
+        existing = std::make_shared<SoundServer>(patience_);
         shared_ = existing;
     }
     return existing;

@@ -2,6 +2,7 @@
 
 #include "platform/linux/soundlibrary/SoundToolkit.h"
 
+#include <chrono>
 #include <functional>
 #include <memory>
 
@@ -13,8 +14,9 @@ class SoundServer;
 /// somebody records or plays, or has prepared a question.
 class PulseAudioServices : public SoundToolkit {
 public:
-    /// `mainQueue` outlives this object.
-    explicit PulseAudioServices(Platform::MainQueue& mainQueue);
+    /// `mainQueue` outlives this object. `patience` is how long the server may take to answer.
+    explicit PulseAudioServices(Platform::MainQueue& mainQueue,
+                                std::chrono::milliseconds patience = std::chrono::seconds(2));
     ~PulseAudioServices() override;
     PulseAudioServices(const PulseAudioServices&) = delete;
     PulseAudioServices& operator=(const PulseAudioServices&) = delete;
@@ -33,6 +35,7 @@ private:
     std::shared_ptr<SoundServer> server();
 
     Platform::MainQueue& mainQueue_;
+    std::chrono::milliseconds patience_;
     std::weak_ptr<SoundServer> shared_;
 };
 

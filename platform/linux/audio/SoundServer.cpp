@@ -33,7 +33,9 @@ void release(pa_context* context) {
 
 } // namespace
 
-SoundServer::SoundServer() : context_(nullptr, &release) {
+SoundServer::SoundServer(std::chrono::milliseconds patience)
+    : patience_(patience),
+      context_(nullptr, &release) {
     loop_.post([this] { connect(); });
 }
 
@@ -108,7 +110,7 @@ void SoundServer::connect() {
     followed_.reset();
     retry_ = {};
     context_ = makeContext();
-    deadline_ = loop_.after(patience, [this] { learn({}); });
+    deadline_ = loop_.after(patience_, [this] { learn({}); });
     if (!context_) {
         lost();
         return;

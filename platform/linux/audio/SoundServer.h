@@ -25,16 +25,15 @@ namespace LinuxPlatform {
 /// back; otherwise at the next question.
 class SoundServer {
 public:
-    /// How long a server may take to answer.
-    static constexpr std::chrono::milliseconds patience{2000};
-
-    SoundServer();
+    /// `patience` is how long a server may take to answer.
+    explicit SoundServer(std::chrono::milliseconds patience);
     /// Not on the loop's thread.
     ~SoundServer();
     SoundServer(const SoundServer&) = delete;
     SoundServer& operator=(const SoundServer&) = delete;
 
     PulseLoop& loop() { return loop_; }
+    std::chrono::milliseconds patience() const { return patience_; }
 
     // The loop's thread only:
 
@@ -90,6 +89,7 @@ private:
     void refreshed(bool isComplete);
     void learn(const Knowledge& knowledge);
 
+    const std::chrono::milliseconds patience_;
     PulseLoop loop_;
     Context context_;
     bool isReady_ = false;
