@@ -197,6 +197,13 @@ class EndTest(DesktopCase):
                 wait_until(lambda: not self.desktop.tray_icon(), "the tray icon is gone")
                 self.end_curtain()
 
+    def test_ends_at_once(self):
+        self.start_curtain()
+        wait_until(self.desktop.tray_icon, "the tray icon is there")
+        start = time.monotonic()
+        self.end_curtain()
+        self.assertLess(time.monotonic() - start, 2)
+
     def test_ends_with_its_display(self):
         server = self.desktop.start("Xvfb", "-displayfd", "1", "-nolisten", "tcp", "-noreset")
         number = wait_until(lambda: server.output().strip(), "a display of its own")
