@@ -16,6 +16,7 @@ sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "scripts"))
 from desktop_driver import (CHROMIUM, MOUSEPAD, SHORTCUT, SHORTCUT_MASK, SHORTCUT_MODIFIERS, XTERM, Desktop, Display,  # noqa
                             Key, Program, Rectangle, TimedOut, Window, chromium, stays, wait_until,
                             write_preferences)
+from display_lock import DisplayLock  # noqa
 
 CURTAIN = os.environ["CURTAIN"]
 SECONDS_TO_END = 15
@@ -132,6 +133,19 @@ class DesktopCase(unittest.TestCase):
         self.assert_stays_hidden(window)
 
     # Other people's programs
+
+    def start_x_server(self, *options):
+        """One beside that of the session; returns it and its display."""
+        lock = DisplayLock()
+        server = self.desktop.start("Xvfb", lock.display, "-displayfd", "1", "-nolisten", "tcp", *options)
+
+        def end():
+            server.kill()
+            server.wait()
+            lock.release()
+        self.addCleanup(end)
+        wait_until(lambda: server.output().strip(), "another X server is up", 60, server.complaints)
+        return server, lock.display
 
     def pid_of_part(self, *names):
         """The process of a part with one of these names, of this virtual desktop, whose script is the parent of this process."""

@@ -356,9 +356,7 @@ class InnocentTest(ScreenWatchCase):
 
 class WithoutRecordTest(DesktopCase):
     def test_server_without_the_extension_leaves_nothing_known(self):
-        server = self.desktop.start("Xvfb", "-displayfd", "1", "-screen", "0", "640x480x24", "-nolisten", "tcp",
-                                    "-extension", "RECORD")
-        display = ":" + wait_until(lambda: server.output().strip(), "the server is up", SECONDS_TO_START)
+        _, display = self.start_x_server("-screen", "0", "640x480x24", "-extension", "RECORD")
         watch = self.desktop.start(SCREEN_WATCH, environment={"DISPLAY": display})
         capture = self.desktop.start("ffmpeg", "-nostdin", "-loglevel", "error", "-f", "x11grab", "-video_size", "640x480",
                                      "-i", display, "-f", "null", "-")

@@ -140,14 +140,13 @@ class EndAtWorkTest(SessionCase):
                 self.end_curtain()
 
     def test_ends_with_its_display_with_camera_and_microphone_at_work(self):
-        server = self.desktop.start("Xvfb", "-displayfd", "1", "-nolisten", "tcp", "-noreset")
-        number = wait_until(lambda: server.output().strip(), "a display of its own")
-        display = Display(f":{number}")
+        server, name = self.start_x_server("-noreset")
+        display = Display(name)
         self.addCleanup(display.close)
         self.write_settings()
-        curtain = self.launch_curtain(DISPLAY=f":{number}")
+        curtain = self.launch_curtain(DISPLAY=name)
         wait_until(lambda: display.is_key_taken(Key.H, SHORTCUT_MASK), "Curtain waits for its shortcut")
-        self.open_popover(DISPLAY=f":{number}")
+        self.open_popover(DISPLAY=name)
         server.kill()
         self.assertEqual(curtain.wait(SECONDS_TO_END), 1)
         # Later releases of the toolkit, which ends the program, complain of its threads.

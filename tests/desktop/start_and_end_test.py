@@ -205,11 +205,10 @@ class EndTest(DesktopCase):
         self.assertLess(time.monotonic() - start, 2)
 
     def test_ends_with_its_display(self):
-        server = self.desktop.start("Xvfb", "-displayfd", "1", "-nolisten", "tcp", "-noreset")
-        number = wait_until(lambda: server.output().strip(), "a display of its own")
-        display = Display(f":{number}")
+        server, name = self.start_x_server("-noreset")
+        display = Display(name)
         self.addCleanup(display.close)
-        curtain = self.launch_curtain(DISPLAY=f":{number}")
+        curtain = self.launch_curtain(DISPLAY=name)
         wait_until(lambda: display.is_key_taken(Key.H, SHORTCUT_MASK), "Curtain waits for its shortcut")
         server.kill()
         self.assertEqual(curtain.wait(SECONDS_TO_END), 1)

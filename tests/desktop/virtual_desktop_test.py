@@ -9,6 +9,10 @@ import time
 import unittest
 from pathlib import Path
 
+sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "scripts"))
+# pylint: disable=wrong-import-position
+from display_lock import LOCKS, SOCKETS, DisplayLock  # noqa
+
 SCRIPT = Path(__file__).resolve().parents[2] / "scripts/virtual-desktop"
 WINDOW_MANAGERS = {"x11-openbox": "openbox", "x11-xfwm4": "xfwm4", "x11-i3": "i3", "x11-bare": None, "sway": "sway",
                    "weston": "weston", "kwin": "kwin_wayland"}
@@ -18,7 +22,6 @@ DESKTOPS = {"kwin": "KDE"}
 # It keeps its list of windows to itself.
 SESSIONS_WITHOUT_LIST = ("x11-bare", "weston")
 PARTS = {"dbus-daemon", "Xvfb", "openbox", "trayer", "dunst"}
-X_SOCKETS = "/tmp/.X11-unix/"
 MEDIA_PARTS = {"pipewire", "wireplumber", "pipewire-pulse"}
 
 # Prints what the kernel tells of every process that the world consists of; one may end meanwhile.
@@ -73,6 +76,11 @@ def is_running(pid, start_time):
     except OSError:
         return False
     return fields[19] == start_time and fields[0] != "Z"
+
+
+def display_of(processes):
+    pid = next(pid for pid, _, name in processes if name == "openbox")
+    return Path(f"/proc/{pid}/environ").read_text().split("DISPLAY=")[1].split("\0")[0]
 
 
 class VirtualDesktopTest(unittest.TestCase):
@@ -296,10 +304,7 @@ class VirtualDesktopTest(unittest.TestCase):
     def test_runs_beside_another(self):
         first, first_processes = self.start_and_list(self.scratch / "first")
         second, second_processes = self.start_and_list(self.scratch / "second")
-        displays = [Path(f"/proc/{pid}/environ").read_text().split("DISPLAY=")[1].split("\0")[0]
-                    for processes in (first_processes, second_processes)
-                    for pid, _, name in processes if name == "openbox"]
-        self.assertEqual(len(set(displays)), 2, displays)
+        self.assertNotEqual(display_of(first_processes), display_of(second_processes))
         first.communicate("\n", timeout=60)
         self.assertEqual([entry for entry in second_processes if not is_running(*entry[:2])], [])
         second.communicate("\n", timeout=60)
@@ -310,14 +315,27 @@ class VirtualDesktopTest(unittest.TestCase):
             lock="$(dirname "$X_SOCKETS")/.X${DISPLAY#:}-lock"
             cat "$lock"
             echo $PPID
-            echo "$lock" """, X_SOCKETS=X_SOCKETS).split()
+            echo "$lock" """, X_SOCKETS=f"{SOCKETS}/").split()
         self.assertEqual(holder, script)
         self.assertFalse(os.path.exists(lock), lock)
+
+    def test_its_display_is_free_after_it_was_killed(self):
+        world, processes = self.start_and_list(self.scratch / "list")
+        display = display_of(processes)
+        world.kill()
+        world.communicate(timeout=60)
+        self.wait_ended(processes)
+        # Every display up to that one is taken here or by others then.
+        taken = []
+        while not taken or int(taken[-1].display[1:]) < int(display[1:]):
+            taken.append(DisplayLock())
+            self.addCleanup(taken[-1].release)
+        self.assertNotEqual((LOCKS / f".X{display[1:]}-lock").read_text().split(), [str(world.pid)])
 
     def test_keeps_its_socket_when_a_compositor_starts(self):
         output = self.ask("""
             "$SCRIPT" --session kwin -- true
-            test -S "${X_SOCKETS}X${DISPLAY#:}" && echo there""", SCRIPT=str(SCRIPT), X_SOCKETS=X_SOCKETS)
+            test -S "${X_SOCKETS}X${DISPLAY#:}" && echo there""", SCRIPT=str(SCRIPT), X_SOCKETS=f"{SOCKETS}/")
         self.assertEqual(output, "there\n")
 
     def test_is_gone_after_the_command(self):
@@ -349,6 +367,9 @@ class VirtualDesktopTest(unittest.TestCase):
         world, processes = self.start_and_list(self.scratch / "list")
         world.kill()
         world.communicate(timeout=60)
+        self.wait_ended(processes)
+
+    def wait_ended(self, processes):
         wait_until(lambda: not any(is_running(*entry[:2]) for entry in processes), "they have ended",
                    seen=lambda: [entry for entry in processes if is_running(*entry[:2])])
 
