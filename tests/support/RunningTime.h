@@ -1,7 +1,9 @@
 #pragma once
 
-#include <atomic>
+#include <algorithm>
 #include <chrono>
+#include <condition_variable>
+#include <mutex>
 #include <stop_token>
 #include <thread>
 
@@ -11,18 +13,24 @@ namespace TestSupport {
 /// stalls for seconds, and with it whatever is measured on it, adds next to nothing.
 template <class Action>
 std::chrono::milliseconds runningTimeOf(const Action& action) {
-    constexpr std::chrono::milliseconds step(5);
-    std::atomic<int> steps = 0;
+    using Clock = std::chrono::steady_clock;
+    // Far more than a busy machine takes to wake a thread up, which is not counted.
+    constexpr std::chrono::milliseconds step(50);
+    Clock::duration sum{0};
     {
         const std::jthread clock([&](const std::stop_token& end) {
+            std::mutex mutex;
+            std::unique_lock lock(mutex);
+            std::condition_variable_any over;
             while (!end.stop_requested()) {
-                std::this_thread::sleep_for(step);
-                ++steps;
+                const auto begin = Clock::now();
+                over.wait_for(lock, end, step, [] { return false; });
+                sum += std::min<Clock::duration>(Clock::now() - begin, step);
             }
         });
         action();
     }
-    return steps.load() * step;
+    return std::chrono::duration_cast<std::chrono::milliseconds>(sum);
 }
 
 } // namespace TestSupport
