@@ -137,6 +137,8 @@ TEST(BoundedQuestionTest, AMachineThatStandsStillIsNoSilence) {
         });
         EXPECT_EQ(answer, 7);
     });
+    // Otherwise a child that ends early would not end the question.
+    close(asked[1]);
     char question = 0;
     ASSERT_EQ(read(asked[0], &question, 1), 1);
     child.kill(SIGSTOP);
@@ -144,7 +146,6 @@ TEST(BoundedQuestionTest, AMachineThatStandsStillIsNoSilence) {
     child.kill(SIGCONT);
     EXPECT_EQ(child.wait(), 0);
     close(asked[0]);
-    close(asked[1]);
 }
 
 } // namespace
