@@ -475,6 +475,24 @@ TEST_F(X11WindowManagerTest, TakingAWindowInIsNoAnswerToTheRequestToHideIt) {
     EXPECT_THAT(manual.events, Not(Contains(std::pair(WindowEvent::activated, WindowId{window}))));
 }
 
+TEST_F(X11WindowManagerTest, WindowThatIsTakenInAndHiddenAndIsBackBeforeAnybodyLooksIsAnnounced) {
+    ScriptedWindowManager manager;
+    const auto window = client.open("a", "A");
+    manager.list({window});
+    ManualSystem manual;
+    ASSERT_TRUE(manual.lists(window));
+    manual.system.hide(std::array{WindowId{window}});
+    const std::pair back(WindowEvent::activated, WindowId{window});
+    manual.advance(0);
+    ASSERT_THAT(manual.events, Not(Contains(back)));
+    for (const auto state :
+         {ScriptedWindowManager::normal, ScriptedWindowManager::iconic, ScriptedWindowManager::normal}) {
+        manager.setManagerState(window, state);
+    }
+    manual.advance(0);
+    EXPECT_THAT(manual.events, Contains(back));
+}
+
 TEST_F(X11WindowManagerTest, ManagerThatPausesDoesNotIgnoreHiding) {
     ScriptedWindowManager manager;
     const auto window = openUnder(manager, ScriptedWindowManager::normal);

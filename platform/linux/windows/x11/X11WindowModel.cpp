@@ -216,7 +216,8 @@ void X11WindowModel::expectHidden(xcb_window_t window) {
         entry->second.isExpectedHidden = true;
         entry->second.wasUnmapped = false;
         entry->second.wasMapped = false;
-        entry->second.managerStateWrites = 0;
+        // The first is that the window manager takes the window in, which it may have listed before.
+        entry->second.managerStateWrites = entry->second.window.managerState ? 0 : -1;
     }
 }
 
@@ -329,10 +330,9 @@ void X11WindowModel::windowPropertyChanged(xcb_window_t window, xcb_atom_t prope
         return;
     }
     auto& entry = found->second;
-    const bool isManagerStateKnown = entry.window.managerState.has_value();
-    // The first is that it takes the window in, which it may have listed before.
-    entry.managerStateWrites += property == atom(wmState) && isManagerStateKnown ? 1 : 0;
-    if (property == atom(wmState) && isManagerStateKnown && !entry.isHiddenMarkInDoubt &&
+    const bool isManagerState = property == atom(wmState);
+    entry.managerStateWrites += isManagerState ? 1 : 0;
+    if (isManagerState && entry.window.managerState && !entry.isHiddenMarkInDoubt &&
         !entry.window.isHiddenMarkStale && !entry.isExpectedHidden) {
         // Every hiding and showing changes it, and nobody asks.
         return;
