@@ -20,7 +20,7 @@
 namespace LinuxPlatform {
 namespace {
 
-using Patience = std::chrono::milliseconds;
+using Milliseconds = std::chrono::milliseconds;
 
 std::string variable(const std::string& name) {
     const auto* const value = std::getenv(name.c_str());
@@ -34,7 +34,7 @@ std::string bytesOf(const std::array<std::uint32_t, count>& numbers) {
 
 /// Asks the display for a sign that it has come so far, which every compositor gives.
 /// Source: https://wayland.freedesktop.org/docs/html/ch04.html, wl_display.sync.
-std::optional<CompositorAnswer> askCompositor(const std::filesystem::path& socket, Patience patience) {
+std::optional<CompositorAnswer> askCompositor(const std::filesystem::path& socket, Milliseconds patience) {
     constexpr std::uint32_t display = 1;
     constexpr std::uint32_t sync = 0;
     constexpr std::uint32_t callback = 2;
@@ -47,7 +47,7 @@ std::optional<CompositorAnswer> askCompositor(const std::filesystem::path& socke
 
 /// Asks for the version. The message format is that of i3's documentation: these bytes, the payload's length
 /// and the type, both in the machine's byte order, and the payload.
-std::optional<I3Answer> askI3(const std::filesystem::path& socket, Patience patience) {
+std::optional<I3Answer> askI3(const std::filesystem::path& socket, Milliseconds patience) {
     static constexpr std::string_view magic = "i3-ipc";
     static constexpr std::size_t headerSize = magic.size() + 2 * sizeof(std::uint32_t);
     constexpr std::uint32_t getVersion = 7;
@@ -82,11 +82,13 @@ struct UnrefVariant {
 };
 
 /// Absent when nobody has the name.
-std::optional<std::uint32_t> ownerOf(GDBusConnection* bus, const std::string& name, Patience patience) {
+std::optional<std::uint32_t> ownerOf(GDBusConnection* bus, const std::string& name) {
+    // It would count while the whole machine stands still; `answerWithin` has one for all questions.
+    constexpr gint withoutDeadline = G_MAXINT;
     const std::unique_ptr<GVariant, UnrefVariant> reply(g_dbus_connection_call_sync(
         bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
         "GetConnectionUnixProcessID", g_variant_new("(s)", name.c_str()), G_VARIANT_TYPE("(u)"),
-        G_DBUS_CALL_FLAGS_NO_AUTO_START, static_cast<gint>(patience.count()), nullptr, nullptr));
+        G_DBUS_CALL_FLAGS_NO_AUTO_START, withoutDeadline, nullptr, nullptr));
     guint32 process = 0;
     if (reply) {
         g_variant_get(reply.get(), "(u)", &process);
@@ -95,7 +97,7 @@ std::optional<std::uint32_t> ownerOf(GDBusConnection* bus, const std::string& na
 }
 
 /// On a connection of its own: nothing of the toolkit may be used yet.
-std::map<std::string, std::uint32_t> askBus(const std::vector<std::string>& names, Patience patience) {
+std::map<std::string, std::uint32_t> askBus(const std::vector<std::string>& names) {
     std::map<std::string, std::uint32_t> owners;
     constexpr auto flags = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
                                                              G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
@@ -105,7 +107,7 @@ std::map<std::string, std::uint32_t> askBus(const std::vector<std::string>& name
         return owners;
     }
     for (const auto& name : names) {
-        if (const auto owner = ownerOf(bus.get(), name, patience)) {
+        if (const auto owner = ownerOf(bus.get(), name)) {
             owners.emplace(name, *owner);
         }
     }
@@ -136,8 +138,8 @@ SessionSources sourcesOfThisSession(const SessionPatience& patience) {
                      const std::filesystem::path& socket) { return askI3(socket, patience); },
         .busOwners =
             [patience = patience.bus](const std::vector<std::string>& names) {
-                return answerWithin<std::map<std::string, std::uint32_t>>(
-                           patience, [names, patience] { return askBus(names, patience); })
+                return answerWithin<std::map<std::string, std::uint32_t>>(patience,
+                                                                          [names] { return askBus(names); })
                     .value_or(std::map<std::string, std::uint32_t>());
             },
         .programName = programName,
