@@ -120,7 +120,10 @@ TYPED_TEST_P(WindowSystemContract, CanHideAndKnowsEveryWindow) {
 TYPED_TEST_P(WindowSystemContract, WindowIsListedWithItsAppAndProcess) {
     const auto window = this->open("first");
     // What the X server knows of it may come later.
-    this->waitUntil([&] { return this->find(window)->hints.process == this->world.process(); });
+    EXPECT_TRUE(this->waitUntil([&] {
+        const auto found = this->find(window);
+        return found && found->hints.process == this->world.process();
+    }));
     const auto found = this->find(window);
     ASSERT_TRUE(found);
     EXPECT_EQ(found->hints.className, "first");
