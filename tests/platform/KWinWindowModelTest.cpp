@@ -5,7 +5,6 @@
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QString>
-#include <QStringList>
 
 #include <gmock/gmock.h>
 
@@ -88,57 +87,9 @@ TEST(KWinWindowModel, NamesOfWindowsAreDataWhateverTheySay) {
     EXPECT_EQ(model.find(firstId)->hints.className, hostile.toStdString());
     KWinRequests requests;
     requests.add(KWinRequests::Act::hide, {model.nameOf(firstId)});
-    const auto script = KWinScripts::requests({}, 1, 1, requests.takePortion());
+    const auto script = KWinScripts::requests({}, 1, 1, KWinRequests::forScript(requests.takePortion()));
     EXPECT_THAT(script, testing::Not(HasSubstr("evil")));
     EXPECT_THAT(script, HasSubstr(first.toStdString()));
-}
-
-QStringList numbered(int count) {
-    QStringList names;
-    for (int number = 0; number < count; ++number) {
-        names.append(QString::number(number));
-    }
-    return names;
-}
-
-QJsonArray idsIn(const QJsonValue& request) {
-    return request[QStringLiteral("ids")].toArray();
-}
-
-TEST(KWinRequests, KeepTheirOrderInPortions) {
-    const auto many = numbered(20);
-    KWinRequests requests;
-    requests.add(KWinRequests::Act::hide, many);
-    requests.add(KWinRequests::Act::activate, {});
-    requests.add(KWinRequests::Act::activate, {many.last()});
-    const auto portion = requests.takePortion();
-    ASSERT_EQ(portion.size(), 1);
-    EXPECT_EQ(idsIn(portion[0]), QJsonArray::fromStringList(many.first(16)));
-    requests.putBack(portion);
-    EXPECT_EQ(requests.takePortion(), portion);
-    const auto rest = requests.takePortion();
-    ASSERT_EQ(rest.size(), 2);
-    EXPECT_EQ(idsIn(rest[0]), QJsonArray::fromStringList(many.sliced(16)));
-    EXPECT_EQ(rest[1].toObject()[QStringLiteral("act")], QStringLiteral("activate"));
-    EXPECT_TRUE(requests.isEmpty());
-}
-
-/// KWin's X server ends when KWin does not get round to reading what each window that is shown makes it send.
-TEST(KWinRequests, ShowOneWindowInAPortion) {
-    const auto many = numbered(3);
-    KWinRequests requests;
-    requests.add(KWinRequests::Act::hide, many);
-    requests.add(KWinRequests::Act::show, many);
-    requests.add(KWinRequests::Act::activate, {many.last()});
-    const auto portion = requests.takePortion();
-    ASSERT_EQ(portion.size(), 2);
-    EXPECT_EQ(idsIn(portion[0]), QJsonArray::fromStringList(many));
-    EXPECT_EQ(idsIn(portion[1]), QJsonArray{many[0]});
-    EXPECT_EQ(idsIn(requests.takePortion()[0]), QJsonArray{many[1]});
-    EXPECT_EQ(idsIn(requests.takePortion()[0]), QJsonArray{many[2]});
-    EXPECT_FALSE(requests.isEmpty());
-    EXPECT_EQ(requests.takePortion()[0][QStringLiteral("act")], QStringLiteral("activate"));
-    EXPECT_TRUE(requests.isEmpty());
 }
 
 } // namespace

@@ -109,6 +109,40 @@ TEST_F(KWinWindowSystemTest, ARequestIsDoneOnceThoughTheWindowsAreReportedAnewMe
     EXPECT_THAT(kwin.carriedOut, ElementsAre("hide " + id, "show " + id));
 }
 
+TEST_F(KWinWindowSystemTest, WhatWaitsToBeShownStaysHiddenWhenItIsHiddenAgain) {
+    const std::array both{window[0], otherWindow[0]};
+    system.hide(both);
+    ASSERT_TRUE(comesTo([&] { return kwin.carriedOut.size() == 1; }));
+    kwin.holdsRequests = true;
+    system.show(both);
+    ASSERT_TRUE(comesTo([&] { return kwin.holdsSome(); }));
+    EXPECT_TRUE(system.isShowAwaited(window[0])) << "KWin has not answered";
+    EXPECT_TRUE(system.isShowAwaited(otherWindow[0]));
+    system.hide(both);
+    EXPECT_FALSE(system.isShowAwaited(otherWindow[0]));
+    kwin.runHeld();
+    EXPECT_TRUE(comesTo([&] { return kwin.carriedOut.size() == 3; }));
+    pass(30);
+    const auto hiding = "hide " + id + ' ' + otherId;
+    EXPECT_THAT(kwin.carriedOut, ElementsAre(hiding, "show " + id, hiding));
+    EXPECT_FALSE(system.isShowAwaited(window[0]));
+}
+
+TEST_F(KWinWindowSystemTest, WhatWasNotShownIsNotAskedAgainWhenItIsHiddenMeanwhile) {
+    system.hide(window);
+    ASSERT_TRUE(comesTo([&] { return kwin.carriedOut.size() == 1; }));
+    kwin.answers = false;
+    system.show(window);
+    ASSERT_TRUE(comesTo([&] { return !system.knowsEveryWindow(); }));
+    EXPECT_TRUE(system.isShowAwaited(window[0]));
+    system.hide(window);
+    EXPECT_FALSE(system.isShowAwaited(window[0]));
+    kwin.answers = true;
+    EXPECT_TRUE(comesTo([&] { return kwin.carriedOut.size() == 2; }));
+    pass(30);
+    EXPECT_THAT(kwin.carriedOut, ElementsAre("hide " + id, "hide " + id));
+}
+
 TEST_F(KWinWindowSystemTest, EveryRequestToHideGetsASecondTry) {
     kwin.refusals = 2;
     system.hide(window);

@@ -445,6 +445,37 @@ TEST_F(LinuxWorkspaceTest, WindowThatDoesNotComeBackCountsAsHiddenAfterAWhile) {
     EXPECT_TRUE(app->isHidden());
 }
 
+TEST_F(LinuxWorkspaceTest, WindowWhoseTurnToBeShownHasNotComeIsHiddenAgainHoweverLate) {
+    windows.open(1, "a", 10);
+    const auto app = only("a");
+    app->hide();
+    windows.takesEffect = false;
+    windows.toBeShown = {1};
+    app->unhide();
+    mainQueue.advance(30);
+    EXPECT_FALSE(app->isHidden());
+    app->hide();
+    EXPECT_THAT(windows.hidden, ElementsAre(ElementsAre(1), ElementsAre(1)));
+    windows.toBeShown.clear();
+    EXPECT_TRUE(app->isHidden());
+}
+
+TEST_F(LinuxWorkspaceTest, WindowThatDoesNotComeBackWhenItsTurnHasComeCountsAsHiddenAfterAWhile) {
+    windows.open(1, "a", 10);
+    const auto app = only("a");
+    app->hide();
+    windows.takesEffect = false;
+    windows.toBeShown = {1};
+    app->unhide();
+    mainQueue.advance(30);
+    EXPECT_FALSE(app->isHidden());
+    windows.toBeShown.clear();
+    mainQueue.advance(4.9);
+    EXPECT_FALSE(app->isHidden());
+    mainQueue.advance(0.2);
+    EXPECT_TRUE(app->isHidden());
+}
+
 TEST_F(LinuxWorkspaceTest, WhatItsUserBringsBackLongAfterHastyRequestsIsForgotten) {
     windows.open(1, "a", 10);
     windows.open(2, "a", 10).isHidden = true;

@@ -23,6 +23,8 @@ public:
     bool everyWindowIsKnown = true;
     /// Exist, but no window manager has them in its list.
     std::vector<WindowId> unmanaged;
+    /// Were asked to be shown, and the session has not been told so yet.
+    std::vector<WindowId> toBeShown;
     std::vector<std::vector<WindowId>> hidden;
     std::vector<std::vector<WindowId>> shown;
     std::vector<std::vector<WindowId>> activated;
@@ -70,6 +72,10 @@ public:
     void show(std::span<const WindowId> windows) override {
         shown.emplace_back(windows.begin(), windows.end());
         setHidden(windows, false);
+    }
+
+    bool isShowAwaited(WindowId window) const override {
+        return std::ranges::find(toBeShown, window) != toBeShown.end();
     }
 
     void activate(std::span<const WindowId> windows) override {

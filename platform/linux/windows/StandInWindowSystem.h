@@ -31,6 +31,7 @@ public:
     bool exists(WindowId window) const override {
         return (windows_->knowsEveryWindow() ? windows_ : standIn_)->exists(window);
     }
+    bool isShowAwaited(WindowId window) const override { return windows_->isShowAwaited(window); }
     void hide(std::span<const WindowId> windows) override { current().hide(windows); }
     void show(std::span<const WindowId> windows) override { current().show(windows); }
     void activate(std::span<const WindowId> windows) override { current().activate(windows); }

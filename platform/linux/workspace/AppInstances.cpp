@@ -175,6 +175,10 @@ bool AppInstances::endWhatIsOverdue() {
     }
     nextDeadline_.reset();
     for (auto& [id, known] : known_) {
+        // It comes into view whenever its turn has come, unless it is hidden again before.
+        if (known.awaitedUntil && windowSystem_.isShowAwaited(id)) {
+            known.awaitedUntil = now + answerDeadline;
+        }
         for (auto* const deadline : {&known.awaitedUntil, &known.hurriedUntil}) {
             if (*deadline && now >= **deadline) {
                 deadline->reset();

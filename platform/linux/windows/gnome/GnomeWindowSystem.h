@@ -35,6 +35,7 @@ public:
     bool exists(WindowId window) const override { return known_.contains(window); }
     void hide(std::span<const WindowId> windows) override;
     void show(std::span<const WindowId> windows) override;
+    bool isShowAwaited(WindowId /*window*/) const override { return false; }
     void activate(std::span<const WindowId> windows) override { activation_.request(windows); }
     Platform::Subscription addEventHandler(EventHandler handler) override;
 

@@ -229,6 +229,11 @@ void KWinWindowSystem::show(std::span<const WindowId> windows) {
     request(KWinRequests::Act::show, windows);
 }
 
+bool KWinWindowSystem::isShowAwaited(WindowId window) const {
+    const auto name = model_.nameOf(window);
+    return requests_.shows(name) || KWinRequests::shows(sent_, name);
+}
+
 void KWinWindowSystem::activate(std::span<const WindowId> windows) {
     activation_.request(windows);
 }
@@ -263,9 +268,10 @@ void KWinWindowSystem::sendRequests() {
     isRequestDone_ = false;
     ++lastRequest_;
     sent_ = requests_.takePortion();
+    const auto work = KWinRequests::forScript(sent_);
     // A watcher that has not done it does not get it again.
     isAnswered_ =
-        !isSecondTry_ && listener_.answer(kwin_.owner(), load_, KWinScripts::answer(lastRequest_, sent_));
+        !isSecondTry_ && listener_.answer(kwin_.owner(), load_, KWinScripts::answer(lastRequest_, work));
     if (isAnswered_) {
         queue_.asyncAfter(answerDeadline, lifetime_.weak([this, number = lastRequest_] {
             if (number == lastRequest_) {
@@ -275,7 +281,7 @@ void KWinWindowSystem::sendRequests() {
         return;
     }
     scripting_.run(
-        kwin_.owner(), requestsName, KWinScripts::requests(listener_.address(), load_, lastRequest_, sent_),
+        kwin_.owner(), requestsName, KWinScripts::requests(listener_.address(), load_, lastRequest_, work),
         [this] { return isRequestDone_; },
         [this](bool isRunning) {
             scripting_.unload(kwin_.owner(), requestsName);
@@ -294,20 +300,21 @@ void KWinWindowSystem::requestsEnded(bool wereCarriedOut) {
     if (requests_.isEmpty()) {
         leaving_.remove([](WindowId) { return true; });
     }
+    const auto sent = std::exchange(sent_, {});
     if (wereCarriedOut) {
         isSecondTry_ = false;
         sendRequests();
     } else {
-        tryAgain();
+        tryAgain(sent);
     }
 }
 
-void KWinWindowSystem::tryAgain() {
+void KWinWindowSystem::tryAgain(const KWinRequests::Portion& sent) {
     // KWin has ended or somebody has unloaded the script. Once more is enough to find out; but a window that
     // is never shown is lost to its user.
     isSecondTry_ = !isSecondTry_;
-    if (isSecondTry_ || KWinRequests::hasShow(sent_)) {
-        requests_.putBack(std::move(sent_));
+    if (isSecondTry_ || KWinRequests::hasShow(sent)) {
+        requests_.putBack(sent);
     }
     if (state_ != State::ready) {
         keepTrying();

@@ -13,7 +13,6 @@
 #include "platform/linux/windows/kwin/KWinWindowModel.h"
 
 #include <QDBusConnection>
-#include <QJsonArray>
 #include <QString>
 
 #include <cstdint>
@@ -43,6 +42,7 @@ public:
     bool exists(WindowId window) const override;
     void hide(std::span<const WindowId> windows) override;
     void show(std::span<const WindowId> windows) override;
+    bool isShowAwaited(WindowId window) const override;
     void activate(std::span<const WindowId> windows) override;
     Platform::Subscription addEventHandler(EventHandler handler) override;
 
@@ -69,7 +69,7 @@ private:
     void sendRequests();
     void answerIsLost();
     void requestsEnded(bool wereCarriedOut);
-    void tryAgain();
+    void tryAgain(const KWinRequests::Portion& sent);
     WindowActivation::Scene lookAtScene() const;
 
     Platform::MainQueue& queue_;
@@ -87,7 +87,8 @@ private:
     bool isNewRun_ = true;
     bool hasHidden_ = false;
     KWinRequests requests_;
-    QJsonArray sent_;
+    /// What is being carried out.
+    KWinRequests::Portion sent_;
     bool isSecondTry_ = false;
     bool isSendingScheduled_ = false;
     /// Since when requests are being carried out.
