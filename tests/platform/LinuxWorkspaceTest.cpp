@@ -42,6 +42,16 @@ struct LinuxWorkspaceTest : testing::Test {
         return instances.at(0);
     }
 
+    /// It has one window, with the identifier 1.
+    std::shared_ptr<RunningApplication> appThatIsAskedInVainToComeBack() {
+        windows.open(1, "a", 10);
+        auto app = only("a");
+        app->hide();
+        windows.takesEffect = false;
+        app->unhide();
+        return app;
+    }
+
     /// Two windows of an app, the second of which its user had put away before.
     void hideOneOfTwo(std::uint32_t secondProcess) {
         windows.open(1, "a", 10);
@@ -423,22 +433,14 @@ TEST_F(LinuxWorkspaceTest, WindowIdentifierThatIsUsedAgainBeforeAnybodyAsksIsAno
 }
 
 TEST_F(LinuxWorkspaceTest, WindowThatWasOnItsWayBackIsNotTakenForTheNextOneWithItsIdentifier) {
-    windows.open(1, "a", 10);
-    const auto app = only("a");
-    app->hide();
-    windows.takesEffect = false;
-    app->unhide();
+    const auto app = appThatIsAskedInVainToComeBack();
     windows.close(1);
     windows.open(1, "a", 10).isHidden = true;
     EXPECT_TRUE(app->isHidden());
 }
 
 TEST_F(LinuxWorkspaceTest, WindowThatDoesNotComeBackCountsAsHiddenAfterAWhile) {
-    windows.open(1, "a", 10);
-    const auto app = only("a");
-    app->hide();
-    windows.takesEffect = false;
-    app->unhide();
+    const auto app = appThatIsAskedInVainToComeBack();
     mainQueue.advance(4.9);
     EXPECT_FALSE(app->isHidden());
     mainQueue.advance(0.2);
@@ -446,12 +448,8 @@ TEST_F(LinuxWorkspaceTest, WindowThatDoesNotComeBackCountsAsHiddenAfterAWhile) {
 }
 
 TEST_F(LinuxWorkspaceTest, WindowWhoseTurnToBeShownHasNotComeIsHiddenAgainHoweverLate) {
-    windows.open(1, "a", 10);
-    const auto app = only("a");
-    app->hide();
-    windows.takesEffect = false;
     windows.toBeShown = {1};
-    app->unhide();
+    const auto app = appThatIsAskedInVainToComeBack();
     mainQueue.advance(30);
     EXPECT_FALSE(app->isHidden());
     app->hide();
@@ -461,12 +459,8 @@ TEST_F(LinuxWorkspaceTest, WindowWhoseTurnToBeShownHasNotComeIsHiddenAgainHoweve
 }
 
 TEST_F(LinuxWorkspaceTest, WindowThatDoesNotComeBackWhenItsTurnHasComeCountsAsHiddenAfterAWhile) {
-    windows.open(1, "a", 10);
-    const auto app = only("a");
-    app->hide();
-    windows.takesEffect = false;
     windows.toBeShown = {1};
-    app->unhide();
+    const auto app = appThatIsAskedInVainToComeBack();
     mainQueue.advance(30);
     EXPECT_FALSE(app->isHidden());
     windows.toBeShown.clear();
@@ -529,11 +523,7 @@ TEST_F(LinuxWorkspaceTest, ActivationLeavesAloneWhatItsUserPutAway) {
 }
 
 TEST_F(LinuxWorkspaceTest, ActivationCountsOnWindowsThatAreOnTheirWayBack) {
-    windows.open(1, "a", 10);
-    const auto app = only("a");
-    app->hide();
-    windows.takesEffect = false;
-    app->unhide();
+    const auto app = appThatIsAskedInVainToComeBack();
     app->activate(Platform::ActivationOptions::ignoringOtherApps);
     EXPECT_THAT(windows.activated, ElementsAre(ElementsAre(1)));
 }

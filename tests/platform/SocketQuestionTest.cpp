@@ -2,13 +2,11 @@
 
 #include "platform/linux/session/BoundedQuestion.h"
 #include "platform/linux/system/Patience.h"
-#include "tests/support/ForkedChild.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 
 #include <array>
-#include <csignal>
 #include <cstring>
 #include <semaphore>
 #include <thread>
@@ -23,7 +21,6 @@ using LinuxPlatform::answerWithin;
 using LinuxPlatform::askSocket;
 using LinuxPlatform::Patience;
 using std::chrono::milliseconds;
-using TestSupport::ForkedChild;
 
 constexpr std::chrono::seconds enough{20};
 constexpr milliseconds short_{50};
@@ -110,8 +107,28 @@ TEST(PatienceTest, WhatComesAtOnceTakesNothingOfIt) {
     }
 }
 
+TEST(PatienceTest, AStandstillTakesNoMoreOfItThanTheLookItFallsInto) {
+    Patience::Clock::time_point now;
+    Patience waiting(milliseconds(100), [&] { return now; });
+    for (int look = 0; look < 2; ++look) {
+        EXPECT_EQ(waiting.nextLook(), milliseconds(50)) << look;
+        now += std::chrono::hours(1);
+    }
+    EXPECT_EQ(waiting.nextLook(), std::nullopt);
+}
+
+TEST(PatienceTest, WhoSaysALittleNowAndThenUsesItUp) {
+    Patience::Clock::time_point now;
+    Patience waiting(milliseconds(100), [&] { return now; });
+    for (const auto look : {50, 50, 40, 10}) {
+        EXPECT_EQ(waiting.nextLook(), milliseconds(look));
+        now += milliseconds(30);
+    }
+    EXPECT_EQ(waiting.nextLook(), std::nullopt);
+}
+
 TEST(BoundedQuestionTest, AnswersOrGivesUp) {
-    EXPECT_EQ(answerWithin<int>(enough, [] { return 7; }), 7);
+    EXPECT_EQ(answerWithin<int>(Patience(enough), [] { return 7; }), 7);
     const auto hold = std::make_shared<std::binary_semaphore>(0);
     const auto done = std::make_shared<std::binary_semaphore>(0);
     const auto question = [=] {
@@ -119,33 +136,27 @@ TEST(BoundedQuestionTest, AnswersOrGivesUp) {
         done->release();
         return 7;
     };
-    EXPECT_FALSE(answerWithin<int>(short_, question));
+    EXPECT_FALSE(answerWithin<int>(Patience(short_), question));
     hold->release();
     EXPECT_TRUE(done->try_acquire_for(enough)) << "the question goes on alone";
 }
 
 TEST(BoundedQuestionTest, AMachineThatStandsStillIsNoSilence) {
-    std::array<int, 2> asked{};
-    ASSERT_EQ(pipe(asked.data()), 0);
-    ForkedChild child([&] {
-        const auto answer = answerWithin<int>(milliseconds(1500), [&] {
-            EXPECT_EQ(write(asked[1], "?", 1), 1);
-            for (int step = 0; step < 10; ++step) {
-                std::this_thread::sleep_for(milliseconds(10));
-            }
-            return 7;
-        });
-        EXPECT_EQ(answer, 7);
+    const auto hold = std::make_shared<std::binary_semaphore>(0);
+    int looks = 0;
+    Patience::Clock::time_point now;
+    // Every look falls into a standstill of an hour.
+    const Patience waiting(enough, [&] {
+        if (++looks == 5) {
+            hold->release();
+        }
+        return now += std::chrono::hours(1);
     });
-    // Otherwise a child that ends early would not end the question.
-    close(asked[1]);
-    char question = 0;
-    ASSERT_EQ(read(asked[0], &question, 1), 1);
-    child.kill(SIGSTOP);
-    std::this_thread::sleep_for(std::chrono::seconds(2));
-    child.kill(SIGCONT);
-    EXPECT_EQ(child.wait(), 0);
-    close(asked[0]);
+    const auto answer = answerWithin<int>(waiting, [=] {
+        hold->acquire();
+        return 7;
+    });
+    EXPECT_EQ(answer, 7);
 }
 
 } // namespace

@@ -79,11 +79,23 @@ struct X11WindowManagerTest : PlatformTests::X11WindowFixture {
             });
         }
 
+        void hideOnceListed(xcb_window_t window) {
+            ASSERT_TRUE(lists(window));
+            system.hide(std::array{WindowId{window}});
+        }
+
         void advance(double seconds) {
             static_cast<void>(system.windows());
             queue.advance(seconds);
         }
     };
+
+    /// A window that its manager lists, but has not written the state of.
+    xcb_window_t openListedOnly(ScriptedWindowManager& manager) {
+        const auto window = client.open("a", "A");
+        manager.list({window});
+        return window;
+    }
 
     /// Asks so often in vain to hide a window, then to show and to activate it, and counts the requests to
     /// activate it that came within so many seconds.
@@ -462,11 +474,9 @@ TEST_F(X11WindowManagerTest, ManagerThatIgnoresHidingIsFoundOut) {
 
 TEST_F(X11WindowManagerTest, TakingAWindowInIsNoAnswerToTheRequestToHideIt) {
     ScriptedWindowManager manager;
-    const auto window = client.open("a", "A");
-    manager.list({window});
+    const auto window = openListedOnly(manager);
     ManualSystem manual;
-    ASSERT_TRUE(manual.lists(window));
-    manual.system.hide(std::array{WindowId{window}});
+    manual.hideOnceListed(window);
     manager.setManagerState(window, ScriptedWindowManager::normal);
     // And so it refuses.
     manager.setManagerState(window, ScriptedWindowManager::normal);
@@ -477,11 +487,9 @@ TEST_F(X11WindowManagerTest, TakingAWindowInIsNoAnswerToTheRequestToHideIt) {
 
 TEST_F(X11WindowManagerTest, WindowThatIsTakenInAndHiddenAndIsBackBeforeAnybodyLooksIsAnnounced) {
     ScriptedWindowManager manager;
-    const auto window = client.open("a", "A");
-    manager.list({window});
+    const auto window = openListedOnly(manager);
     ManualSystem manual;
-    ASSERT_TRUE(manual.lists(window));
-    manual.system.hide(std::array{WindowId{window}});
+    manual.hideOnceListed(window);
     const std::pair back(WindowEvent::activated, WindowId{window});
     manual.advance(0);
     ASSERT_THAT(manual.events, Not(Contains(back)));

@@ -42,7 +42,7 @@ void GSettingsQuietRoad::write(const std::string& state,
                                std::function<void(std::optional<bool> isDone)> onDone) {
     const bool isDone = state.starts_with(notChosen) ? key_.reset() : key_.write(state);
     // A process that ends before it is out takes it along.
-    const auto isOut = answerWithin<bool>(patience, [] {
+    const auto isOut = answerWithin<bool>(Patience(patience), [] {
         g_settings_sync();
         return true;
     });

@@ -2,7 +2,6 @@
 
 #include "platform/linux/system/Patience.h"
 
-#include <chrono>
 #include <functional>
 #include <future>
 #include <optional>
@@ -14,12 +13,11 @@ namespace LinuxPlatform {
 /// Asks through a library that waits for its answer without a deadline; absent when there was none in time.
 /// The question then goes on alone on its thread, so it holds whatever it needs.
 template <class Answer>
-std::optional<Answer> answerWithin(std::chrono::milliseconds patience, std::function<Answer()> question) {
+std::optional<Answer> answerWithin(Patience patience, std::function<Answer()> question) {
     std::packaged_task<Answer()> task(std::move(question));
     auto answer = task.get_future();
     std::thread(std::move(task)).detach();
-    Patience waiting(patience);
-    while (const auto look = waiting.nextLook()) {
+    while (const auto look = patience.nextLook()) {
         if (answer.wait_for(*look) == std::future_status::ready) {
             return answer.get();
         }

@@ -128,7 +128,7 @@ SessionSources sourcesOfThisSession(const SessionPatience& patience) {
         .variable = variable,
         .askXServer =
             [patience = patience.xServer](const std::string& display) {
-                return answerWithin<std::optional<XServerAnswer>>(patience,
+                return answerWithin<std::optional<XServerAnswer>>(Patience(patience),
                                                                   [display] { return askXServer(display); })
                     .value_or(std::nullopt);
             },
@@ -138,7 +138,7 @@ SessionSources sourcesOfThisSession(const SessionPatience& patience) {
                      const std::filesystem::path& socket) { return askI3(socket, patience); },
         .busOwners =
             [patience = patience.bus](const std::vector<std::string>& names) {
-                return answerWithin<std::map<std::string, std::uint32_t>>(patience,
+                return answerWithin<std::map<std::string, std::uint32_t>>(Patience(patience),
                                                                           [names] { return askBus(names); })
                     .value_or(std::map<std::string, std::uint32_t>());
             },

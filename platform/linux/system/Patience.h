@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <functional>
 #include <optional>
 #include <utility>
 
@@ -11,12 +12,17 @@ namespace LinuxPlatform {
 /// nobody can answer, so a look that took longer than it was to take counts no more than that.
 class Patience {
 public:
-    explicit Patience(std::chrono::milliseconds whole) : left_(whole) {}
+    using Clock = std::chrono::steady_clock;
+
+    explicit Patience(std::chrono::milliseconds whole, std::function<Clock::time_point()> now = Clock::now)
+        : now_(std::move(now)),
+          left_(whole),
+          lookedAt_(now_()) {}
 
     /// How long to wait from now on until asking again; absent when the patience has ended.
     std::optional<std::chrono::milliseconds> nextLook() {
         constexpr Clock::duration longest = std::chrono::milliseconds(50);
-        const auto now = Clock::now();
+        const auto now = now_();
         left_ -= std::min<Clock::duration>(now - std::exchange(lookedAt_, now), look_);
         if (left_ <= Clock::duration::zero()) {
             return std::nullopt;
@@ -26,10 +32,9 @@ public:
     }
 
 private:
-    using Clock = std::chrono::steady_clock;
-
+    std::function<Clock::time_point()> now_;
     Clock::duration left_;
-    Clock::time_point lookedAt_ = Clock::now();
+    Clock::time_point lookedAt_;
     std::chrono::milliseconds look_{0};
 };
 
