@@ -1,4 +1,5 @@
-"""Takes the pictures of the popover in docs/screenshots, from the installed program with a live camera and microphone.
+"""Takes the pictures of the popover and those in the dark in docs/screenshots, from the installed program with a live camera and
+microphone.
 
 usage: popover_screenshots.py FOLDER     in scripts/virtual-desktop with --accessibility, --media and a screen of 1800x1440
 
@@ -18,6 +19,9 @@ from screen_reader import ScreenReader
 
 SCALE = 2
 SIZE = (700 * SCALE, 618 * SCALE)
+SETTINGS = (440 * SCALE, 430 * SCALE)
+WIZARD = (420 * SCALE, 460 * SCALE)
+SETTINGS_PORTAL = Path(__file__).resolve().parents[1] / "support/settings-portal"
 # For the shadow.
 MARGIN = 28 * SCALE
 WALLPAPER = "#93a7bc"
@@ -63,11 +67,15 @@ class Photographer:
                                                      f"--user-data-dir={self.scratch / 'chromium'}", "about:blank"))
         chromium.minimise()
 
-    def open(self, **preferences):
+    def start_curtain(self, **preferences):
+        """Returns where its icon is."""
         write_preferences(self.settings, **({"targetApps": PRIVATE_APPS, "hasOnboarded": True, "autoDetectEnabled": False,
                                              "selectedCameraID": None} | preferences))
         self.curtain = self.start(CURTAIN, XDG_CONFIG_HOME=str(self.settings), QT_SCALE_FACTOR=str(SCALE))
-        icon = wait_until(self.desktop.tray_icon, "the icon is in the tray").geometry
+        return wait_until(self.desktop.tray_icon, "the icon is in the tray").geometry
+
+    def open(self, **preferences):
+        icon = self.start_curtain(**preferences)
         subprocess.run(["xdotool", "mousemove", str(icon.x + 8), str(icon.y + 8), "click", "1"], check=True)
         wait_until(lambda: any(element.role == "graphic" for element in self.reader.elements()), "the camera is seen")
         wait_until(lambda: any(element.role == "progress bar" and element.description != "0%" for element in self.reader.elements()),
@@ -91,13 +99,34 @@ class Photographer:
         self.desktop.display.paint_wallpaper(WALLPAPER)
         return False
 
+    def wait_at_rest(self, is_it):
+        """Returns the place of the window whose size is right."""
+        area = wait_until(lambda: next((window for window in self.desktop.windows_of(self.curtain) if is_it(window.size or (0, 0))), None),
+                          "the window is open").geometry
+        wait_until(lambda: stays(lambda seen=self.desktop.display.pixels(area): self.desktop.display.pixels(area) == seen),
+                   "the window is at rest", 30)
+        return area
+
+    def darken(self):
+        """What the desktop says of itself from now on."""
+        self.start(SETTINGS_PORTAL)
+        say = ["gdbus", "call", "--session", "--dest", "org.freedesktop.portal.Desktop", "--object-path", "/org/freedesktop/portal/desktop",
+               "--method", "org.freedesktop.portal.Settings.Set", "1"]
+        wait_until(lambda: subprocess.run(say, capture_output=True, check=False).returncode == 0, "the desktop is dark")
+
+    def take_window(self, action, size, name, **preferences):
+        """Of the window of that size, which the action opens."""
+        self.start_curtain(**preferences)
+        subprocess.run(["gdbus", "call", "--session", "--dest", "com.curtain.Curtain", "--object-path", "/com/curtain/Curtain",
+                        "--method", "org.freedesktop.Application.ActivateAction", action, "[]", "{}"], check=True, stdout=subprocess.DEVNULL)
+        area = self.wait_at_rest(lambda found: found == size)
+        subprocess.run(["import", "-window", "root", "-crop", f"{size[0]}x{size[1]}+{area.x}+{area.y}", "+repage", "-strip",
+                        str(self.folder / f"{name}.png")], check=True)
+        self.close()
+
     def take(self, name):
         wait_until(lambda: stays(self.has_wallpaper), "the wallpaper is shown")
-        window = wait_until(lambda: next((window for window in self.desktop.windows_of(self.curtain) if
-                                          (window.size or (0, 0))[0] >= SIZE[0]), None), "the popover is open")
-        area = window.geometry
-        wait_until(lambda: stays(lambda seen=self.desktop.display.pixels(area): self.desktop.display.pixels(area) == seen),
-                   "the popover is at rest", 30)
+        area = self.wait_at_rest(lambda found: found[0] >= SIZE[0])
         picture = self.scratch / "screen.png"
         subprocess.run(["import", "-window", "root", str(picture)], check=True)
         left = area.x + area.width - SIZE[0] - 2 * MARGIN
@@ -131,6 +160,9 @@ def main():
             wait_until(lambda: any(element.name == "Show desktop" for element in photographer.reader.elements()), "the icons are gone")
             photographer.take("popover-ready")
             photographer.close()
+            photographer.darken()
+            photographer.take_window("settings", SETTINGS, "settings-general-dark")
+            photographer.take_window("open", WIZARD, "wizard-welcome-dark", hasOnboarded=False)
         finally:
             photographer.desktop.end_programs()
 
