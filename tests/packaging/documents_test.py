@@ -137,6 +137,27 @@ class DocumentsTest(DesktopCase):
         told = [line.partition(":")[0] + ":" for line in self.curtain_option(["curtain", "--diagnose"]).splitlines()]
         self.assertEqual([name for name in named if name not in told], [])
 
+    def test_the_man_page_names_what_curtain_writes(self):
+        names = ("XDG_CONFIG_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME", "XDG_RUNTIME_DIR")
+        folders = {name: self.scratch / name.lower() for name in names}
+        for folder in folders.values():
+            folder.mkdir(mode=0o700)
+        self.settings = folders["XDG_CONFIG_HOME"]
+        xterm = self.open_xterm()
+        self.start_curtain(XTERM, **{name: str(folder) for name, folder in folders.items()})
+        self.toggle()
+        self.wait_hidden(xterm)
+        # Libraries have files of their own there.
+        written = {f"${name}/{path.relative_to(folder)}" for name, folder in folders.items() for path in folder.rglob("*")
+                   if path.is_file() and "curtain" in str(path.relative_to(folder))}
+        self.toggle()
+        self.wait_shown(xterm)
+        self.end_curtain()
+        self.assertTrue(any(name.startswith("$XDG_RUNTIME_DIR/") for name in written), written)
+        page = (self.prefix / "share/man/man1/curtain.1").read_text()
+        named = re.findall(r"^\.I (\$\S+)$", page, re.MULTILINE)
+        self.assertEqual({name for name in written if not any(name.startswith(known.rstrip("*")) for known in named)}, set())
+
     def test_every_link_leads_somewhere(self):
         for document in DOCUMENTS:
             for target in re.findall(r"\]\(([^)\s]+)\)", document.read_text()):
