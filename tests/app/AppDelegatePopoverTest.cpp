@@ -37,7 +37,9 @@ struct UnshownPopoverTest : TestSupport::AppDelegateFixture {
     void SetUp() override {
         change([](auto& record) { record.hasOnboarded = true; });
         fakes.captureServices.cameras = {{"front", "Front"}};
+        delegate.reset();
         fakes.platform.popover = std::make_unique<UnshownPopover>();
+        delegate = std::make_unique<Curtain::AppDelegate>(fakes.platform);
         launch();
     }
 };
