@@ -32,7 +32,7 @@ help:
 # The program can be built without the tests' packages; once configured with the tests, the tree stays so.
 program:
 	@test -f $(RELEASE)/build.ninja || cmake --preset release -DCURTAIN_BUILD_TESTS=OFF
-	cmake --build --preset release --parallel $(JOBS) --target curtain
+	cmake --build --preset release --parallel $(JOBS) --target curtain $(TOUR)
 
 configure-tests:
 	scripts/setup --tests
@@ -50,11 +50,12 @@ run:
 	exec build/stage/bin/curtain
 else
 # The tour brings a microphone and cameras of its own.
-run: configure-tests
-	cmake --build --preset release --parallel $(JOBS) --target curtain VirtualCamera
+run:
+	@echo "There is no display here, so Curtain takes a tour in a virtual desktop, of which pictures are left in build/tour."
+	scripts/setup --tour
+	@$(MAKE) --no-print-directory program TOUR=VirtualCamera
 	cmake --install $(RELEASE) --prefix build/stage >/dev/null
-	exec scripts/virtual-desktop --media -- \
-		scripts/tour build/stage/bin/curtain $(RELEASE)/tests/platform/VirtualCamera
+	exec scripts/virtual-desktop --media -- scripts/tour build/stage/bin/curtain $(RELEASE)/support/VirtualCamera
 endif
 
 test: tests
@@ -101,7 +102,7 @@ bench:
 	scripts/virtual-desktop --media -- python3 -B bench/tray_benchmark.py $(BENCH)/stage/bin/curtain \
 		$(BENCH)/bench/peers/BareTrayIcon
 	CURTAIN=$(BENCH)/stage/bin/curtain scripts/virtual-desktop -- python3 -B tests/desktop/toggles_test.py 10000
-	scripts/virtual-desktop --media --camera $(BENCH)/bench/support/VirtualCamera -- \
+	scripts/virtual-desktop --media --camera $(BENCH)/support/VirtualCamera -- \
 		python3 -B bench/popover_benchmark.py $(BENCH)/stage/bin/curtain
 	scripts/virtual-desktop -- python3 -B bench/settings_benchmark.py $(BENCH)/stage/bin/curtain
 	scripts/virtual-desktop --session kwin -- python3 -B bench/kwin_benchmark.py $(BENCH)/stage/bin/curtain
