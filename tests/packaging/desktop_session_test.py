@@ -7,13 +7,11 @@ machine uses for its own release and is gone afterwards. LOG is a file for all t
 """
 
 import os
-import shlex
-import subprocess
 import sys
 from pathlib import Path
 from typing import NamedTuple
 
-from other_release_test import INSIDE, LINES_OF_A_FAILURE, TREE, copy_tree, run_there, sources_of
+from fresh_system import INSIDE, TREE, copy_tree, make_system, run_there
 
 # What the virtual desktop needs around it, and programs that the tests look at. The rest comes with the package.
 PROGRAMS = ["dbus", "libglib2.0-bin", "libxcb-xtest0", "procps", "python3", "python3-gi", "rxvt-unicode", "xdotool", "xterm",
@@ -72,20 +70,12 @@ DESKTOPS = {
 }
 
 
-def make_system(desktop, release, log, packages):
+def make_desktop(desktop, release, log, packages):
     """Returns the status of the tests, which run in the system while it is there."""
     package = max(packages.glob("*.deb"), key=os.path.getmtime)
-    log.parent.mkdir(parents=True, exist_ok=True)
-    hook = shlex.join([sys.executable, "-B", str(Path(__file__).resolve()), INSIDE, desktop, str(package.resolve())]) + ' "$1"'
     programs = [*PROGRAMS, *DESKTOPS[desktop].programs, *DESKTOPS[desktop].more_programs.get(release, [])]
-    with open(log, "wb") as output:
-        status = subprocess.run(
-            ["mmdebstrap", "--variant=apt", "--include=" + ",".join(programs), "--aptopt=APT::Install-Recommends \"false\"",
-             "--format=null", f"--customize-hook={hook}", release, "-", *sources_of(release)], stdout=output, stderr=output,
-            check=False).returncode
-    lines = log.read_text(errors="replace").splitlines()
-    print(*(lines[-LINES_OF_A_FAILURE:] if status else [line for line in lines if line.startswith(("Ran ", "test_"))]), sep="\n")
-    return status
+    return make_system(release, log, [desktop, package.resolve()], programs, "^(Ran |test_)",
+                       ["--aptopt=APT::Install-Recommends \"false\""])
 
 
 def use_system(desktop, package, root):
@@ -101,4 +91,4 @@ if __name__ == "__main__":
     if sys.argv[1] == INSIDE:
         use_system(DESKTOPS[sys.argv[2]], Path(sys.argv[3]), Path(sys.argv[4]))
     else:
-        sys.exit(make_system(sys.argv[1], sys.argv[2], Path(sys.argv[3]), Path(sys.argv[4])))
+        sys.exit(make_desktop(sys.argv[1], sys.argv[2], Path(sys.argv[3]), Path(sys.argv[4])))
