@@ -24,6 +24,7 @@ NOT_RUN = {
     r"scripts/setup\b": "may install packages; the tests Setup and Debian13 run it",
     r"scripts/virtual-desktop\b": "this test runs in one",
     r"scripts/debian-package\b": "takes long; the test BuildPackage runs it",
+    r"scripts/rpm-package\b": "takes long; the test RpmPackage runs it",
     r"cmake --install BUILD ": "names a folder of the reader's; the test Install does it",
     r"scripts/repeat-tests\b": "takes hours",
 }
