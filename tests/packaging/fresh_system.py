@@ -78,7 +78,7 @@ def make_system(release, log, arguments, packages, told, options=()):
     log.parent.mkdir(parents=True, exist_ok=True)
     hook = shlex.join([sys.executable, "-B", os.path.abspath(sys.argv[0]), INSIDE, *map(str, arguments)]) + ' "$1"'
     with open(log, "wb") as output:
-        status = subprocess.run(["mmdebstrap", "--variant=apt", "--include=" + ",".join(packages), "--format=null", *options,
+        status = subprocess.run(["mmdebstrap", "--variant=apt", "--include=" + ",".join([*packages, "mount"]), "--format=null", *options,
                                  f"--customize-hook={hook}", release, "-", *sources], stdout=output, stderr=output,
                                 check=False).returncode
     lines = log.read_text(errors="replace").splitlines()
