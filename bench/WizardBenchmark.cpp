@@ -21,7 +21,8 @@ constexpr auto viewAddress = "qrc:/Curtain/OnboardingWizardView.qml";
 struct ShownWizard : TestSupport::OnboardingWorld {
     std::shared_ptr<Curtain::OnboardingViewModel> model = makeModel();
     QtPlatform::ViewEngine engine;
-    QtPlatform::QtWindows windows{engine, {}};
+    QtPlatform::QtScreens screens{{}};
+    QtPlatform::QtWindows windows{engine, screens, {}};
     std::unique_ptr<Platform::Window> window = windows.makeWindow({viewAddress, model}, {420, 460}, {});
 
     void show() {

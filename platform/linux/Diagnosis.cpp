@@ -105,7 +105,8 @@ std::string windowsOf(const SessionEnvironment& environment, X11Connection* x11,
 }
 
 std::string shortcutOf(const SessionEnvironment& environment) {
-    if (isScriptedKWin(environment) && KGlobalAccelHotKeyService::isThere(QDBusConnection::sessionBus())) {
+    if (isScriptedKWin(environment) &&
+        KGlobalAccelHotKeyService::isThere(QDBusConnection::sessionBus(), {})) {
         return "asked of KDE's global accelerators, which have it heard everywhere";
     }
     if (isGnomeShell(environment)) {

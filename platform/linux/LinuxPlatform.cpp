@@ -334,7 +334,8 @@ void addShell(Platform::Platform& platform, Session& session) {
     }
     platform.popover =
         std::make_unique<QtPlatform::LazyPopover>(session.views, session.screens, windowManager);
-    platform.windows = std::make_unique<QtPlatform::LazyWindows>(session.views, windowManager);
+    platform.windows =
+        std::make_unique<QtPlatform::LazyWindows>(session.views, session.screens, windowManager);
     platform.pasteboard = std::make_unique<QtPlatform::QtPasteboard>();
     platform.savePanel = std::make_unique<PortalSavePanel>(
         QDBusConnection::sessionBus(), *platform.mainQueue, QtPlatform::portalNameOfFocusedWindow,
@@ -442,7 +443,7 @@ std::unique_ptr<Platform::HotKeyService> x11HotKeyServiceOf(Session& session,
 std::unique_ptr<Platform::HotKeyService> hotKeyServiceOf(Session& session, const Platform::Platform& platform,
                                                          XkbKeyboard& keyboard) {
     const auto bus = QDBusConnection::sessionBus();
-    if (isScriptedKWin(session.environment) && KGlobalAccelHotKeyService::isThere(bus)) {
+    if (isScriptedKWin(session.environment) && KGlobalAccelHotKeyService::isThere(bus, {})) {
         return std::make_unique<KGlobalAccelHotKeyService>(
             bus, *platform.mainQueue, [&keyboard](std::int64_t keyCode) { return keyboard.symbols(keyCode); },
             KGlobalAccelHotKeyService::Patience());

@@ -85,7 +85,7 @@ QImage renderImage(const Platform::Image& image, const QColor& templateColor, in
     if (image.isTemplate) {
         drawing.load(contentsOf(source).replace("currentColor", templateColor.name().toLatin1()));
     } else {
-        // What it says about the file names it.
+        // What it says about the file names it. A file that grows meanwhile is read whole.
         drawing.load(source);
     }
     if (!drawing.isValid()) {

@@ -70,8 +70,9 @@ Platform::Popover* LazyPopover::loaded() {
     return popover_.get();
 }
 
-LazyWindows::LazyWindows(ViewLibrary& library, WindowManagerLink windowManager)
+LazyWindows::LazyWindows(ViewLibrary& library, const QtScreens& screens, WindowManagerLink windowManager)
     : library_(library),
+      screens_(screens),
       windowManager_(std::move(windowManager)) {}
 
 std::unique_ptr<Platform::Window> LazyWindows::makeWindow(Platform::View content,
@@ -82,7 +83,7 @@ std::unique_ptr<Platform::Window> LazyWindows::makeWindow(Platform::View content
         return std::make_unique<NoWindow>();
     }
     if (!windows_) {
-        windows_ = toolkit->makeWindows(windowManager_);
+        windows_ = toolkit->makeWindows(screens_, windowManager_);
     }
     return windows_->makeWindow(std::move(content), contentSize, style);
 }

@@ -39,14 +39,15 @@ private:
 /// visible.
 class LazyWindows : public Platform::Windows {
 public:
-    /// `library` outlives the windows.
-    LazyWindows(ViewLibrary& library, WindowManagerLink windowManager);
+    /// Both references outlive the windows.
+    LazyWindows(ViewLibrary& library, const QtScreens& screens, WindowManagerLink windowManager);
 
     std::unique_ptr<Platform::Window> makeWindow(Platform::View content, const Platform::Size& contentSize,
                                                  const Platform::WindowStyle& style) override;
 
 private:
     ViewLibrary& library_;
+    const QtScreens& screens_;
     WindowManagerLink windowManager_;
     std::unique_ptr<Platform::Windows> windows_;
 };

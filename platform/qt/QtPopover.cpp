@@ -18,6 +18,16 @@ namespace {
 constexpr QMargins shadowMargins(40, 32, 40, 48);
 constexpr const char* shadowSource = "qrc:/Curtain/Items/PopoverShadow.qml";
 
+/// How far the window reaches beyond its content, for the shadow: window managers push windows off the
+/// panels.
+QMargins marginsAround(const QRect& content, const QRect& frame) {
+    const auto room = [](int wanted, int available) { return std::clamp(available, 0, wanted); };
+    return {room(shadowMargins.left(), content.left() - frame.left()),
+            room(shadowMargins.top(), content.top() - frame.top()),
+            room(shadowMargins.right(), frame.right() - content.right()),
+            room(shadowMargins.bottom(), frame.bottom() - content.bottom())};
+}
+
 } // namespace
 
 /// Tells when it is hidden, whoever hides it.
@@ -88,7 +98,7 @@ void QtPopover::show(Platform::StatusItem& relativeTo) {
                                                   QGuiApplication::isRightToLeft())
                             .toPoint(),
                         size);
-    const auto margins = isTranslucent ? marginsAround(content) : QMargins();
+    const auto margins = isTranslucent ? marginsAround(content, frame.toRect()) : QMargins();
     if (windowManager_.isCompositor && !window_->isVisible()) {
         // Some move a window that is shown again away from its place.
         window_->destroy();
@@ -128,20 +138,6 @@ void QtPopover::activate() {
     if (windowManager_.activate) {
         windowManager_.activate(window_->winId());
     }
-}
-
-QMargins QtPopover::marginsAround(const QRect& content) const {
-    const auto* const screen = QGuiApplication::screenAt(content.center());
-    if (screen == nullptr) {
-        return shadowMargins;
-    }
-    // Window managers push windows off the panels.
-    const auto frame = screens_.freePart(*screen).toRect();
-    const auto room = [](int wanted, int available) { return std::clamp(available, 0, wanted); };
-    return {room(shadowMargins.left(), content.left() - frame.left()),
-            room(shadowMargins.top(), content.top() - frame.top()),
-            room(shadowMargins.right(), frame.right() - content.right()),
-            room(shadowMargins.bottom(), frame.bottom() - content.bottom())};
 }
 
 void QtPopover::close() {

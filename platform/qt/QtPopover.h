@@ -40,8 +40,6 @@ private:
 
     void makeWindow();
     void activate();
-    /// How far the window reaches beyond its content, for the shadow.
-    QMargins marginsAround(const QRect& content) const;
     /// Where the item is, in points of the screens; absent when nobody knows.
     struct Anchor {
         const QScreen* screen;

@@ -25,8 +25,9 @@ public:
         return std::make_unique<QtPopover>(popoverEngine_, screens, std::move(windowManager));
     }
 
-    std::unique_ptr<Platform::Windows> makeWindows(WindowManagerLink windowManager) override {
-        return std::make_unique<QtWindows>(windowEngine_, std::move(windowManager));
+    std::unique_ptr<Platform::Windows> makeWindows(const QtScreens& screens,
+                                                   WindowManagerLink windowManager) override {
+        return std::make_unique<QtWindows>(windowEngine_, screens, std::move(windowManager));
     }
 
     void popUpMenu(const Platform::Menu& menu, const QRect& place) override { menu_.show(menu, place); }

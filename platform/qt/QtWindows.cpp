@@ -57,16 +57,17 @@ private:
 
 class QtWindow : public Platform::Window {
 public:
-    QtWindow(ViewEngine& engine, WindowManagerLink windowManager, Platform::View content,
-             const Platform::Size& size, const Platform::WindowStyle& style)
-        : windowManager_(std::move(windowManager)),
+    QtWindow(ViewEngine& engine, const QtScreens& screens, WindowManagerLink windowManager,
+             Platform::View content, const Platform::Size& size, const Platform::WindowStyle& style)
+        : screens_(screens),
+          windowManager_(std::move(windowManager)),
           window_(style.isMovableByBackground),
           size_(size),
           isResizable_(style.isResizable),
           view_(engine, window_) {
         window_.setFlags(flagsFor(style));
         window_.setIcon(QIcon(QStringLiteral(":/curtain/app-icon.svg")));
-        fitToScreen();
+        view_.setGeometry({0, 0}, size_, 1);
         view_.setContent(std::move(content));
     }
     ~QtWindow() override { window_.close(); }
@@ -128,8 +129,8 @@ private:
         view_.setGeometry({0, 0}, size_, scale);
     }
 
+    const QtScreens& screens_;
     WindowManagerLink windowManager_;
-    QtScreens screens_{windowManager_};
     FramedWindow window_;
     Platform::Size size_;
     bool isResizable_;
@@ -138,14 +139,16 @@ private:
 
 } // namespace
 
-QtWindows::QtWindows(ViewEngine& engine, WindowManagerLink windowManager)
+QtWindows::QtWindows(ViewEngine& engine, const QtScreens& screens, WindowManagerLink windowManager)
     : engine_(engine),
+      screens_(screens),
       windowManager_(std::move(windowManager)) {}
 
 std::unique_ptr<Platform::Window> QtWindows::makeWindow(Platform::View content,
                                                         const Platform::Size& contentSize,
                                                         const Platform::WindowStyle& style) {
-    return std::make_unique<QtWindow>(engine_, windowManager_, std::move(content), contentSize, style);
+    return std::make_unique<QtWindow>(engine_, screens_, windowManager_, std::move(content), contentSize,
+                                      style);
 }
 
 } // namespace QtPlatform

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Windows.h"
+#include "platform/qt/QtScreens.h"
 #include "platform/qt/ViewEngine.h"
 #include "platform/qt/WindowManagerLink.h"
 
@@ -9,14 +10,15 @@ namespace QtPlatform {
 /// Windows of fixed size with the frame of the window manager. A hidden title stays in the task list.
 class QtWindows : public Platform::Windows {
 public:
-    /// `engine` outlives the windows.
-    QtWindows(ViewEngine& engine, WindowManagerLink windowManager);
+    /// `engine` and `screens` outlive the windows.
+    QtWindows(ViewEngine& engine, const QtScreens& screens, WindowManagerLink windowManager);
 
     std::unique_ptr<Platform::Window> makeWindow(Platform::View content, const Platform::Size& contentSize,
                                                  const Platform::WindowStyle& style) override;
 
 private:
     ViewEngine& engine_;
+    const QtScreens& screens_;
     WindowManagerLink windowManager_;
 };
 

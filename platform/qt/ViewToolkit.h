@@ -21,10 +21,11 @@ public:
 
     /// Applies to what is shown and to what will be. The popover stays light.
     virtual void setAppearance(const Appearance& appearance) = 0;
-    /// `screens` outlives the popover.
+    /// `screens` outlives the popover and the windows.
     virtual std::unique_ptr<Platform::Popover> makePopover(const QtScreens& screens,
                                                            WindowManagerLink windowManager) = 0;
-    virtual std::unique_ptr<Platform::Windows> makeWindows(WindowManagerLink windowManager) = 0;
+    virtual std::unique_ptr<Platform::Windows> makeWindows(const QtScreens& screens,
+                                                           WindowManagerLink windowManager) = 0;
     /// Opens a menu beside a place, in pixels of the screen; at the pointer when that is null. It takes the
     /// place of an earlier one.
     virtual void popUpMenu(const Platform::Menu& menu, const QRect& place) = 0;

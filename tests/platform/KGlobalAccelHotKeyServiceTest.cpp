@@ -124,8 +124,8 @@ struct KGlobalAccelTest : testing::Test {
 };
 
 TEST_F(KGlobalAccelTest, IsThere) {
-    EXPECT_TRUE(KGlobalAccelHotKeyService::isThere(QDBusConnection::sessionBus(), patience));
-    EXPECT_FALSE(KGlobalAccelHotKeyService::isThere(QDBusConnection(QStringLiteral("none"))));
+    EXPECT_TRUE(KGlobalAccelHotKeyService::isThere(QDBusConnection::sessionBus(), {patience, patience}));
+    EXPECT_FALSE(KGlobalAccelHotKeyService::isThere(QDBusConnection(QStringLiteral("none")), {}));
     EXPECT_EQ(world.keys.reach(), Platform::HotKeyReach::everywhere);
 }
 

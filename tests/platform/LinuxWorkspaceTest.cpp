@@ -188,6 +188,8 @@ TEST(StandInWindowSystemTest, ListsOtherWindowsUntilTheSessionsOwnCanBeReached) 
     windows.obstacle.reset();
     windows.open(1, "b", 11);
     windows.open(2, "c", 12);
+    windows.toBeShown = {2};
+    EXPECT_TRUE(system.isShowAwaited(2));
     EXPECT_NE(system.generation(), before);
     EXPECT_EQ(system.hidingObstacle(), std::nullopt);
     EXPECT_TRUE(system.knowsEveryWindow());

@@ -60,7 +60,8 @@ bool holdsForAFreshStack(const Condition& condition) {
 
 /// A socket of the virtual desktop's daemon.
 int connectToDaemon() {
-    return TestSupport::connectTo(std::filesystem::path(std::getenv("XDG_RUNTIME_DIR")) / "pipewire-0");
+    return LinuxPlatform::connectToSocket(std::filesystem::path(std::getenv("XDG_RUNTIME_DIR")) /
+                                          "pipewire-0");
 }
 
 using PipeWireCamerasTest = TestSupport::PipeWireCameraCheck;

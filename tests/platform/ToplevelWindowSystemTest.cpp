@@ -372,6 +372,21 @@ TEST_F(ToplevelWindowSystemTest, OnlyWhatIsAskedLastOfAWindowReachesABusyComposi
     EXPECT_THAT(compositor.asked(), ElementsAre("minimise 1", "restore 1", "minimise 2"));
 }
 
+TEST_F(ToplevelWindowSystemTest, AWindowIsAwaitedUntilTheCompositorHasTakenThatItIsToBeShown) {
+    start();
+    const std::array windows{open("first"), open("second")};
+    compositor.freeze();
+    system->hide(std::array{windows[0]});
+    system->show(windows);
+    EXPECT_TRUE(system->isShowAwaited(windows[0])) << "waits behind what was sent";
+    EXPECT_TRUE(system->isShowAwaited(windows[1]));
+    system->hide(std::array{windows[1]});
+    EXPECT_FALSE(system->isShowAwaited(windows[1]));
+    compositor.thaw();
+    EXPECT_TRUE(comesTo([&] { return isHidden(windows[1]); }));
+    EXPECT_TRUE(comesTo([&] { return !system->isShowAwaited(windows[0]); }));
+}
+
 TEST_F(ToplevelWindowSystemTest, WhatIsAskedAtTheVeryEndHappens) {
     start();
     std::vector<WindowId> windows;

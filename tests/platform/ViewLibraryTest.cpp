@@ -35,13 +35,13 @@ TEST_F(ViewLibraryTest, WhatIsNoLibraryIsToldOnceAndShowsNothing) {
     TestSupport::writeFile(path, "no library");
     ViewLibrary library(path, log);
     EXPECT_THAT(log.lines, IsEmpty());
-    QtPlatform::LazyWindows windows(library, {});
+    const QtPlatform::QtScreens screens({});
+    QtPlatform::LazyWindows windows(library, screens, {});
     const auto window = windows.makeWindow({"qrc:/view.qml", nullptr}, {}, {});
     window->makeKeyAndOrderFront();
     EXPECT_FALSE(window->isVisible());
     EXPECT_THAT(log.lines, ElementsAre(HasSubstr("its windows cannot be shown")));
 
-    const QtPlatform::QtScreens screens({});
     QtPlatform::LazyPopover popover(library, screens, {});
     popover.setContent({"qrc:/view.qml", nullptr});
     EXPECT_FALSE(popover.isShown());

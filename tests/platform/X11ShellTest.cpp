@@ -180,7 +180,7 @@ TEST_F(X11ShellTest, WhatIsTooLargeForTheScreenIsDrawnSmaller) {
     EXPECT_GT(drawn.width(), screen.width() - 20);
     popover.close();
 
-    QtPlatform::QtWindows windows(engine, link);
+    QtPlatform::QtWindows windows(engine, screens, link);
     const Platform::Size asHigh{400, static_cast<double>(screen.height())};
     auto window = windows.makeWindow({plainView, std::make_shared<QObject>()}, asHigh, {});
     window->makeKeyAndOrderFront();
@@ -326,7 +326,7 @@ TEST_F(X11ShellTest, ThePanelsWindowThatHasTheKeyboardIsThePanelsUnlessItIsTheDe
 TEST_F(X11ShellTest, WindowsHaveAFixedSizeAndComeToTheFrontWithTheKeyboard) {
     const auto other = client.open("other", "Other");
     ASSERT_TRUE(spinUntil([&] { return client.activeWindow() == other; }));
-    QtPlatform::QtWindows windows(engine, link);
+    QtPlatform::QtWindows windows(engine, screens, link);
     auto window = windows.makeWindow({plainView, std::make_shared<QObject>()}, {420, 460}, {});
     EXPECT_FALSE(window->isVisible());
     window->setTitle("Curtain — Settings");

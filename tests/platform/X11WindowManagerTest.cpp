@@ -275,6 +275,24 @@ TEST_F(X11WindowManagerTest, ManagerThatAnswersInTurnIsAskedForMoreOnlyWhenItHas
     EXPECT_THAT(requests(manual).activate, testing::SizeIs(1));
 }
 
+TEST_F(X11WindowManagerTest, WindowIsAwaitedWhileABusyManagerOwesItUnlessItIsHiddenAgain) {
+    ScriptedWindowManager manager;
+    manager.support({"_NET_CLIENT_LIST", "_NET_REQUEST_FRAME_EXTENTS"});
+    const auto window = openUnder(manager, ScriptedWindowManager::iconic, {hiddenState});
+    listenAsManager();
+    ManualSystem manual;
+    ASSERT_TRUE(manual.lists(window));
+    const std::array ids{WindowId{window}};
+    EXPECT_FALSE(manual.system.isShowAwaited(window));
+    manual.system.show(ids);
+    manual.advance(20);
+    EXPECT_TRUE(manual.system.isShowAwaited(window));
+    manual.system.hide(ids);
+    EXPECT_FALSE(manual.system.isShowAwaited(window));
+    manual.advance(60);
+    EXPECT_THAT(requests(manual).map, IsEmpty());
+}
+
 TEST_F(X11WindowManagerTest, OwnWindowsAreActivatedWithTheTimeOfTheServer) {
     listenAsManager();
     ManualSystem manual;

@@ -171,7 +171,7 @@ void I3Connection::finish(std::chrono::milliseconds patience) {
                  .wantsToWrite = [this] { return !unwritten_.isEmpty(); },
                  .write = [this] { write(); },
                  .read = [this] { read(); }},
-                patience);
+                Patience(patience));
 }
 
 void I3Connection::lose() {

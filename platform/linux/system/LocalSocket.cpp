@@ -29,15 +29,15 @@ int connectToSocket(const std::filesystem::path& path) {
     return descriptor;
 }
 
-void serveSocket(const SocketWork& work, std::chrono::milliseconds patience) {
-    using Clock = std::chrono::steady_clock;
-    const auto deadline = Clock::now() + patience;
+void serveSocket(const SocketWork& work, Patience patience) {
     for (int socket = work.socket(); socket >= 0; socket = work.socket()) {
+        const auto look = patience.nextLook();
+        if (!look) {
+            return;
+        }
         const short wanted = work.wantsToWrite() ? POLLIN | POLLOUT : POLLIN;
         pollfd question{socket, wanted, 0};
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
-        const auto count = ::poll(&question, 1, std::max(0, static_cast<int>(left.count())));
-        if (count == 0 || (count < 0 && errno != EINTR)) {
+        if (::poll(&question, 1, static_cast<int>(look->count())) < 0 && errno != EINTR) {
             return;
         }
         if ((question.revents & POLLOUT) != 0) {

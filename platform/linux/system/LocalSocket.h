@@ -1,6 +1,7 @@
 #pragma once
 
-#include <chrono>
+#include "platform/linux/system/Patience.h"
+
 #include <filesystem>
 #include <functional>
 
@@ -20,6 +21,6 @@ struct SocketWork {
 };
 
 /// Waits for the other side and does the work, at most for `patience`: where no event loop runs.
-void serveSocket(const SocketWork& work, std::chrono::milliseconds patience);
+void serveSocket(const SocketWork& work, Patience patience);
 
 } // namespace LinuxPlatform

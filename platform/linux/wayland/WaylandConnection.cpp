@@ -96,7 +96,7 @@ void WaylandConnection::finish(std::chrono::milliseconds patience) {
          .wantsToWrite = [this] { return writable_->isEnabled(); },
          .write = [this] { write(); },
          .read = [this] { read(); }},
-        patience);
+        Patience(patience));
 }
 
 void WaylandConnection::lose() {

@@ -61,7 +61,8 @@ public:
     virtual void hide(std::span<const WindowId> windows) = 0;
     /// Brings hidden windows back as they were, without a change of focus or workspace.
     virtual void show(std::span<const WindowId> windows) = 0;
-    /// Whether a request to show it still waits for its turn; false where all are passed on at once.
+    /// Whether it was asked to be shown and that has not been carried out yet, as far as is known; false
+    /// where all requests are passed on at once.
     virtual bool isShowAwaited(WindowId window) const = 0;
     /// Brings one of these windows to the front, unless they are all on other workspaces: the one that had
     /// the focus when it was hidden, or else the topmost. Calls in one turn of the main queue count as one.

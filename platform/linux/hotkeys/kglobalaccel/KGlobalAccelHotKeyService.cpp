@@ -59,7 +59,7 @@ KGlobalAccelHotKeyService::~KGlobalAccelHotKeyService() {
     }
 }
 
-bool KGlobalAccelHotKeyService::isThere(const QDBusConnection& bus, std::chrono::milliseconds patience) {
+bool KGlobalAccelHotKeyService::isThere(const QDBusConnection& bus, Patience patience) {
     if (!bus.isConnected()) {
         return false;
     }
@@ -67,7 +67,7 @@ bool KGlobalAccelHotKeyService::isThere(const QDBusConnection& bus, std::chrono:
         QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
         QStringLiteral("org.freedesktop.DBus"), QStringLiteral("NameHasOwner"));
     question.setArguments({service});
-    const auto answer = bus.call(question, QDBus::Block, static_cast<int>(patience.count()));
+    const auto answer = bus.call(question, QDBus::Block, static_cast<int>(patience.other.count()));
     return answer.arguments().value(0).toBool();
 }
 

@@ -44,8 +44,7 @@ public:
     KGlobalAccelHotKeyService& operator=(const KGlobalAccelHotKeyService&) = delete;
 
     /// Whether somebody offers the service, as the bus says.
-    static bool isThere(const QDBusConnection& bus,
-                        std::chrono::milliseconds patience = std::chrono::milliseconds(500));
+    static bool isThere(const QDBusConnection& bus, Patience patience);
 
     Platform::HotKeyReach reach() const override { return Platform::HotKeyReach::everywhere; }
     bool canTakeKeyboard() const override { return false; }

@@ -305,10 +305,7 @@ void I3WindowSystem::noteScratchpad() {
 }
 
 void I3WindowSystem::noteWhatIsBack() {
-    taken_.forget([this](WindowId window) {
-        return !isHidden(window) &&
-               std::ranges::find(returned_, window, &I3Return::window) != returned_.end();
-    });
+    taken_.forget([this](WindowId window) { return !isHidden(window) && isReturning(window); });
     for (const auto& taken : taken_.all()) {
         if (isHidden(taken.id) || toTake_.contains(taken.id)) {
             broughtUp_.erase(taken.id);
@@ -595,8 +592,7 @@ WindowActivation::Scene I3WindowSystem::lookAtScene() const {
     std::ranges::reverse(scene.stackingOrder);
     scene.isHere = [this](WindowId window) {
         const auto* const leaf = tree_->find(window);
-        const bool isComing = toGiveBack_.contains(window) || isReturning(window);
-        const auto place = isComing ? placeOf(window) : std::nullopt;
+        const auto place = isShowAwaited(window) ? placeOf(window) : std::nullopt;
         const auto* const workspace = place             ? tree_->workspaceNamed(place->workspace)
                                       : leaf != nullptr ? leaf->workspace
                                                         : nullptr;

@@ -45,7 +45,9 @@ public:
     bool exists(WindowId window) const override;
     void hide(std::span<const WindowId> windows) override;
     void show(std::span<const WindowId> windows) override;
-    bool isShowAwaited(WindowId window) const override { return toGiveBack_.contains(window); }
+    bool isShowAwaited(WindowId window) const override {
+        return toGiveBack_.contains(window) || isReturning(window);
+    }
     void activate(std::span<const WindowId> windows) override;
     Platform::Subscription addEventHandler(EventHandler handler) override;
 

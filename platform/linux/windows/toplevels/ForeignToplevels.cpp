@@ -148,7 +148,7 @@ void ForeignToplevels::remove(const Handle& handle) {
 
 void ForeignToplevels::forget() {
     waiting_.clear();
-    minimising_.clear();
+    sent_.clear();
     askedAt_.reset();
     isListed_ = false;
     handles_.clear();
@@ -168,11 +168,15 @@ void ForeignToplevels::ask(Act act, std::span<const WindowId> windows) {
     send();
 }
 
-bool ForeignToplevels::isToBeMinimised(WindowId window) const {
+std::optional<ForeignToplevels::Act> ForeignToplevels::lastAsked(WindowId window) const {
     const auto last = std::find_if(waiting_.rbegin(), waiting_.rend(), [&](const auto& request) {
         return request.second == window && request.first != Act::activate;
     });
-    return last != waiting_.rend() ? last->first == Act::minimise : minimising_.contains(window);
+    if (last != waiting_.rend()) {
+        return last->first;
+    }
+    const auto sent = sent_.find(window);
+    return sent != sent_.end() ? std::optional(sent->second) : std::nullopt;
 }
 
 void ForeignToplevels::send() {
@@ -184,26 +188,20 @@ void ForeignToplevels::send() {
         waiting_.pop_front();
         if (const auto handle = handles_.find(window); handle != handles_.end()) {
             carryOut(act, *handle->second);
-            note(act, window);
+            if (act != Act::activate) {
+                sent_[window] = act;
+            }
         }
     }
     askedAt_ = queue_.now();
     connection_.sync([this] {
         askedAt_.reset();
-        minimising_.clear();
+        sent_.clear();
         send();
         if (!askedAt_) {
             handlers_.onTaken();
         }
     });
-}
-
-void ForeignToplevels::note(Act act, WindowId window) {
-    if (act == Act::minimise) {
-        minimising_.insert(window);
-    } else if (act == Act::restore) {
-        minimising_.erase(window);
-    }
 }
 
 void ForeignToplevels::carryOut(Act act, const Handle& handle) {

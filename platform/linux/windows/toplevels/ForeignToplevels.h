@@ -71,7 +71,8 @@ public:
     /// replace each other, and who is to be minimised is not activated before.
     void ask(Act act, std::span<const WindowId> windows);
     /// Whether that is the last that the compositor was asked of the window, and it has not taken it yet.
-    bool isToBeMinimised(WindowId window) const;
+    bool isToBeMinimised(WindowId window) const { return lastAsked(window) == Act::minimise; }
+    bool isToBeRestored(WindowId window) const { return lastAsked(window) == Act::restore; }
     /// Since when the compositor owes an answer.
     std::optional<Platform::MainQueue::Seconds> askedAt() const { return askedAt_; }
 
@@ -93,7 +94,8 @@ private:
     void remove(const Handle& handle);
     void forget();
     void send();
-    void note(Act act, WindowId window);
+    /// Activation aside.
+    std::optional<Act> lastAsked(WindowId window) const;
     void carryOut(Act act, const Handle& handle);
 
     Platform::MainQueue& queue_;
@@ -108,8 +110,8 @@ private:
     Offer offer_ = Offer::notKnown;
     bool isListed_ = false;
     std::deque<std::pair<Act, WindowId>> waiting_;
-    /// Asked for and not taken yet.
-    std::set<WindowId> minimising_;
+    /// Sent, activation aside, and not taken yet.
+    std::map<WindowId, Act> sent_;
     std::optional<Platform::MainQueue::Seconds> askedAt_;
 };
 

@@ -42,7 +42,7 @@ public:
     bool exists(WindowId window) const override { return model_.find(window) != nullptr; }
     void hide(std::span<const WindowId> windows) override;
     void show(std::span<const WindowId> windows) override;
-    bool isShowAwaited(WindowId /*window*/) const override { return false; }
+    bool isShowAwaited(WindowId window) const override { return toplevels_.isToBeRestored(window); }
     void activate(std::span<const WindowId> windows) override;
     Platform::Subscription addEventHandler(EventHandler handler) override {
         return events_.addHandler(std::move(handler));

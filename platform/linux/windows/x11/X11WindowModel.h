@@ -180,8 +180,8 @@ private:
         /// The window was mapped after the window manager last wrote its state, or before the first reading.
         bool isHiddenMarkInDoubt = false;
         bool isExpectedHidden = false;
-        /// Since then it was unmapped and mapped again, and so often its WM_STATE was written. A window that
-        /// has just come back may be mapped late.
+        /// Since then it was unmapped and mapped again, and so often its WM_STATE was written, but for the
+        /// write that takes it in. A window that has just come back may be mapped late.
         bool wasUnmapped = false;
         /// Its window manager takes hidden windows off the screen itself.
         bool isUnmappedToHide = false;

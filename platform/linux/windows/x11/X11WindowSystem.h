@@ -34,7 +34,7 @@ public:
     bool exists(WindowId window) const override;
     void hide(std::span<const WindowId> windows) override;
     void show(std::span<const WindowId> windows) override;
-    bool isShowAwaited(WindowId /*window*/) const override { return false; }
+    bool isShowAwaited(WindowId window) const override { return restorer_.isReturning(window); }
     void activate(std::span<const WindowId> windows) override;
     Platform::Subscription addEventHandler(EventHandler handler) override;
 
