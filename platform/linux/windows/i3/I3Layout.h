@@ -1,21 +1,14 @@
 #pragma once
 
-#include "platform/linux/windows/i3/I3Place.h"
+#include "platform/linux/windows/i3/I3Returning.h"
 #include "platform/linux/windows/i3/I3Tree.h"
 
 #include <optional>
 #include <set>
 #include <span>
 #include <string>
-#include <vector>
 
 namespace LinuxPlatform {
-
-/// A window to put back and where it stood.
-struct I3Return {
-    WindowId window = 0;
-    I3Place place;
-};
 
 // What is to be done to the layout, in the command language of i3 and sway. Every text is one message, which
 // ends with the focus and the visible workspaces as they were; empty where there is nothing to do.
@@ -27,11 +20,6 @@ std::string commandsToTake(const I3Tree& tree, std::span<const WindowId> windows
 /// `commandsToFinish` do. `toFocus` gets the focus afterwards, be it one of them or not.
 std::string commandsToReturn(const I3Tree& tree, std::span<const I3Return> returns,
                              std::optional<WindowId> toFocus);
-/// i3 does not lay out what nobody sees.
-bool areSizesKnown(const I3Tree& tree, const I3Leaf& leaf);
-/// Gives windows that are back, and what is beside them, the sizes that they had. A size depends on others:
-/// it may take one message for each level of the layout. Those whose sizes are not known are left alone.
-std::string commandsToAdjust(const I3Tree& tree, std::span<const I3Return> returns);
 /// What needs the sizes to be right.
 std::string commandsToFinish(const I3Tree& tree, std::span<const I3Return> returns);
 /// Brings windows back to their workspaces, to where there is room. Does no harm to one that is there

@@ -116,6 +116,20 @@ const I3Node* lastFocused(const I3Node& node) {
     return found != node.nodes.end() ? &*found : nullptr;
 }
 
+void addByFocus(const I3Node& node, std::vector<WindowId>& windows) {
+    if (node.isWindow) {
+        windows.push_back(node.window);
+    }
+    for (const auto id : node.focusOrder) {
+        for (const auto* const children : {&node.nodes, &node.floatingNodes}) {
+            const auto child = std::ranges::find(*children, id, &I3Node::id);
+            if (child != children->end()) {
+                addByFocus(*child, windows);
+            }
+        }
+    }
+}
+
 } // namespace
 
 bool I3Leaf::isInScratchpad() const {
@@ -183,6 +197,18 @@ void I3Tree::visit(const I3Node& node, I3Leaf place) {
             visit(child, place);
         }
     }
+}
+
+std::vector<WindowId> I3Tree::windowsByFocus() const {
+    std::vector<WindowId> windows;
+    addByFocus(root_, windows);
+    // sway leaves hidden ones out.
+    for (const auto& leaf : leaves_) {
+        if (std::ranges::find(windows, leaf.node->window) == windows.end()) {
+            windows.push_back(leaf.node->window);
+        }
+    }
+    return windows;
 }
 
 const I3Leaf* I3Tree::find(WindowId window) const {

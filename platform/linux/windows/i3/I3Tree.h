@@ -88,6 +88,8 @@ public:
     bool isOfSway() const { return isOfSway_; }
     /// Every window, in the layout's order.
     const std::vector<I3Leaf>& leaves() const { return leaves_; }
+    /// Every window, the last focused first.
+    std::vector<WindowId> windowsByFocus() const;
     const I3Leaf* find(WindowId window) const;
     const I3Leaf* focused() const;
     /// Null while nothing has the focus.

@@ -1,13 +1,11 @@
 #include "platform/linux/windows/i3/I3WindowSystem.h"
 
-#include <QJsonObject>
+#include "platform/linux/windows/i3/I3Sizes.h"
 
 #include <algorithm>
 #include <array>
 #include <chrono>
 #include <iterator>
-#include <string_view>
-#include <unordered_map>
 #include <utility>
 
 namespace LinuxPlatform {
@@ -31,28 +29,6 @@ constexpr std::size_t mostAtOnce = 50;
 /// Where something always moves, it is never at rest.
 constexpr std::size_t mostLooksInVain = 3;
 
-/// Whether the layout may be another one after this. Titles, urgency and marks change often.
-bool changesLayout(const QByteArray& payload) {
-    static constexpr std::array<std::string_view, 3> others{"title", "urgent", "mark"};
-    const auto change = jsonOf(payload).object().value(QLatin1String("change")).toString().toStdString();
-    return std::ranges::find(others, change) == others.end();
-}
-
-/// The last focused first.
-void addByFocus(const I3Node& node, std::vector<WindowId>& windows) {
-    if (node.isWindow) {
-        windows.push_back(node.window);
-    }
-    for (const auto id : node.focusOrder) {
-        for (const auto* const children : {&node.nodes, &node.floatingNodes}) {
-            const auto child = std::ranges::find(*children, id, &I3Node::id);
-            if (child != children->end()) {
-                addByFocus(*child, windows);
-            }
-        }
-    }
-}
-
 } // namespace
 
 I3WindowSystem::I3WindowSystem(const std::filesystem::path& socket, Platform::MainQueue& queue,
@@ -62,96 +38,48 @@ I3WindowSystem::I3WindowSystem(const std::filesystem::path& socket, Platform::Ma
       x11_(std::move(x11)),
       whenSilent_(whenSilent),
       log_(log),
-      silentSince_(queue.now()),
-      connection_(socket, queue, {"window", "workspace"},
-                  {[this] { look(); },
-                   [this] {
-                       noteSilence();
-                       isTreeAwaited_ = false;
-                       isTreeStale_ = false;
-                       isLookDue_ = false;
-                   },
-                   [this](I3Event event, const QByteArray& payload) { handleEvent(event, payload); }}),
+      watch_(socket, queue, [this](std::unique_ptr<const I3Tree> tree) { takeIn(std::move(tree)); }),
+      list_(x11_.get()),
       taken_(std::move(record)),
       leaving_(queue),
       activation_(
           queue, [this] { return lookAtScene(); }, [this](WindowId window) { bringToFront(window); }),
-      events_(queue, leaving_, [this](WindowId window) { return find(window); }) {
+      events_(queue, leaving_, [this](WindowId window) { return list_.find(window); }) {
     if (x11_) {
         x11Events_ = x11_->addEventHandler(
             [this](WindowEvent event, const Window& /*window*/) { handleX11Event(event); });
     }
-    connection_.open();
-    connection_.finish(startPatience);
+    watch_.open(startPatience);
 }
 
 I3WindowSystem::~I3WindowSystem() {
     // What was asked for at the very end is to happen all the same.
     if (!toTake_.empty() || !toGiveBack_.empty() || !returned_.empty()) {
-        connection_.finish(endPatience);
+        watch_.finish(endPatience);
     }
-    if (!toGiveBack_.empty() && isKnown()) {
+    if (!toGiveBack_.empty() && watch_.isKnown()) {
         giveBackTheRest();
-        connection_.finish(endPatience);
+        watch_.finish(endPatience);
     }
 }
 
 std::optional<Platform::HidingObstacle> I3WindowSystem::hidingObstacle() {
-    if (isKnown()) {
+    if (watch_.isKnown()) {
         return std::nullopt;
     }
-    return queue_.now() - silentSince_ < silenceDeadline ? Platform::HidingObstacle::notKnownYet
-                                                         : whenSilent_;
+    return watch_.silence() < silenceDeadline ? Platform::HidingObstacle::notKnownYet : whenSilent_;
 }
 
 bool I3WindowSystem::knowsEveryWindow() {
-    return isKnown();
+    return watch_.isKnown();
 }
 
 std::uint64_t I3WindowSystem::generation() {
-    return treeGeneration_ + (x11_ ? x11_->generation() : 0);
+    return list_.generation();
 }
 
 const std::vector<Window>& I3WindowSystem::windows() {
-    if (builtGeneration_ == generation()) {
-        return windows_;
-    }
-    std::unordered_map<WindowId, const Window*> x11Windows;
-    if (x11_) {
-        for (const auto& window : x11_->windows()) {
-            x11Windows.emplace(window.id, &window);
-        }
-    }
-    builtGeneration_ = generation();
-    windows_.clear();
-    for (const auto& leaf : tree_ ? tree_->leaves() : std::vector<I3Leaf>()) {
-        const auto known = x11Windows.find(leaf.node->x11Window.value_or(0));
-        windows_.push_back(describe(*leaf.node, known != x11Windows.end() ? known->second : nullptr));
-    }
-    std::ranges::sort(windows_, {}, &Window::birth);
-    return windows_;
-}
-
-Window I3WindowSystem::describe(const I3Node& node, const Window* x11) const {
-    Window window;
-    if (x11 != nullptr) {
-        window = *x11;
-    } else if (node.x11Window) {
-        window.hints.instanceName = node.instanceName;
-        window.hints.className = node.className;
-    } else {
-        // Programs take the name of their desktop entry or what it names as their class.
-        window.hints.applicationId = node.applicationId;
-        window.hints.className = node.applicationId;
-    }
-    if (!window.hints.process) {
-        window.hints.process = node.process;
-    }
-    window.id = node.window;
-    window.client = x11 != nullptr ? x11->client : node.process.value_or(node.window);
-    window.birth = births_.at(node.window);
-    window.isHidden = isHidden(node.window);
-    return window;
+    return list_.windows();
 }
 
 bool I3WindowSystem::exists(WindowId window) const {
@@ -167,89 +95,26 @@ Platform::Subscription I3WindowSystem::addEventHandler(EventHandler handler) {
     return events_.addHandler(std::move(handler));
 }
 
-// What is
-
-void I3WindowSystem::handleEvent(I3Event event, const QByteArray& payload) {
-    if ((event == I3Event::workspace || event == I3Event::window) && changesLayout(payload)) {
-        lookAgain();
-    }
-}
-
 void I3WindowSystem::handleX11Event(WindowEvent event) {
     if (event == WindowEvent::opened && tree_) {
         noteOpened();
     }
 }
 
-void I3WindowSystem::look() {
-    if (!connection_.isConnected()) {
-        return;
-    }
-    if (isTreeAwaited_) {
-        // Several large ones on their way would be too much for sway.
-        isLookDue_ = true;
-        return;
-    }
-    isTreeAwaited_ = true;
-    isTreeStale_ = false;
-    connection_.ask(I3Request::getTree, {}, [this](const QByteArray& reply) {
-        isTreeAwaited_ = false;
-        if (std::exchange(isLookDue_, false)) {
-            look();
-        } else {
-            takeIn(reply);
-        }
-    });
-}
-
-void I3WindowSystem::lookAgain() {
-    if (isTreeAwaited_) {
-        isTreeStale_ = true;
-    } else {
-        look();
-    }
-}
-
-void I3WindowSystem::noteSilence() {
-    if (std::exchange(hasAnswered_, false)) {
-        silentSince_ = queue_.now();
-    }
-}
-
-void I3WindowSystem::takeIn(const QByteArray& reply) {
-    auto tree = I3Tree::parse(reply);
-    if (!tree) {
-        noteSilence();
-        lookWhereStale();
-        return;
-    }
-    hasAnswered_ = true;
+void I3WindowSystem::takeIn(std::unique_ptr<const I3Tree> tree) {
     const auto before = std::exchange(tree_, std::move(tree));
-    ++treeGeneration_;
-    for (const auto& leaf : tree_->leaves()) {
-        if (births_.emplace(leaf.node->window, lastBirth_ + 1).second) {
-            ++lastBirth_;
-        }
-    }
-    std::erase_if(births_, [this](const auto& birth) { return !exists(birth.first); });
+    list_.setTree(*tree_);
     if (before == nullptr) {
         forgetWhatIsNotLeftBehind();
     }
     noteScratchpad();
     noteChanges(before.get());
     noteWhatIsBack();
-    if (isTreeStale_ && looksInVain_ < mostLooksInVain) {
+    if (watch_.isStale() && looksInVain_ < mostLooksInVain) {
         ++looksInVain_;
     } else {
         looksInVain_ = 0;
         carryOut();
-    }
-    lookWhereStale();
-}
-
-void I3WindowSystem::lookWhereStale() {
-    if (isTreeStale_) {
-        look();
     }
 }
 
@@ -331,14 +196,6 @@ void I3WindowSystem::forgetWhatIsNotLeftBehind() {
     });
 }
 
-std::optional<Window> I3WindowSystem::find(WindowId window) {
-    const auto& all = windows();
-    const auto found = std::ranges::find(all, window, &Window::id);
-    return found != all.end() ? std::optional(*found) : std::nullopt;
-}
-
-// What is asked for
-
 void I3WindowSystem::hide(std::span<const WindowId> windows) {
     leaving_.add(windows);
     for (const auto window : windows) {
@@ -349,7 +206,7 @@ void I3WindowSystem::hide(std::span<const WindowId> windows) {
         toFocus_.reset();
     }
     std::erase_if(returned_, [this](const I3Return& returned) { return toTake_.contains(returned.window); });
-    look();
+    watch_.look();
 }
 
 void I3WindowSystem::show(std::span<const WindowId> windows) {
@@ -357,7 +214,7 @@ void I3WindowSystem::show(std::span<const WindowId> windows) {
         toTake_.erase(window);
         toGiveBack_.insert(window);
     }
-    look();
+    watch_.look();
 }
 
 void I3WindowSystem::activate(std::span<const WindowId> windows) {
@@ -401,7 +258,7 @@ void I3WindowSystem::take() {
     toTake_ = {windows.begin() + std::ssize(first), windows.end()};
     command(commandsToTake(*tree_, first, {windows.begin(), windows.end()}));
     if (!toGiveBack_.empty()) {
-        look();
+        watch_.look();
     }
 }
 
@@ -434,7 +291,7 @@ void I3WindowSystem::giveBack() {
     adjustmentsLeft_ = mostAdjustments;
     command(commands);
     if (commands.empty() && (toFocus_ || !toGiveBack_.empty())) {
-        look();
+        watch_.look();
     }
 }
 
@@ -499,7 +356,7 @@ void I3WindowSystem::settleReturned() {
                          [this](const I3Return& returned) { return !isSizeKnown(returned.window); });
     returned_.clear();
     if (toFocus_) {
-        look();
+        watch_.look();
     }
 }
 
@@ -550,9 +407,7 @@ bool I3WindowSystem::isSizeKnown(WindowId window) const {
 
 void I3WindowSystem::command(const std::string& commands) {
     if (!commands.empty()) {
-        connection_.ask(I3Request::runCommand, QByteArray::fromStdString(commands),
-                        [this](const QByteArray& reply) { noteRefusals(reply); });
-        look();
+        watch_.command(commands, [this](const QByteArray& reply) { noteRefusals(reply); });
     }
 }
 
@@ -573,7 +428,7 @@ std::optional<I3Place> I3WindowSystem::placeOf(WindowId window) const {
 }
 
 std::optional<std::uint32_t> I3WindowSystem::processOf(WindowId window) {
-    const auto found = find(window);
+    const auto found = list_.find(window);
     return found ? found->hints.process : std::nullopt;
 }
 
@@ -582,13 +437,7 @@ WindowActivation::Scene I3WindowSystem::lookAtScene() const {
     if (!tree_) {
         return scene;
     }
-    addByFocus(tree_->root(), scene.stackingOrder);
-    // sway leaves hidden ones out.
-    for (const auto& leaf : tree_->leaves()) {
-        if (std::ranges::find(scene.stackingOrder, leaf.node->window) == scene.stackingOrder.end()) {
-            scene.stackingOrder.push_back(leaf.node->window);
-        }
-    }
+    scene.stackingOrder = tree_->windowsByFocus();
     std::ranges::reverse(scene.stackingOrder);
     scene.isHere = [this](WindowId window) {
         const auto* const leaf = tree_->find(window);
@@ -603,7 +452,7 @@ WindowActivation::Scene I3WindowSystem::lookAtScene() const {
 
 void I3WindowSystem::bringToFront(WindowId window) {
     toFocus_ = window;
-    lookAgain();
+    watch_.lookAgain();
 }
 
 } // namespace LinuxPlatform

@@ -3,7 +3,6 @@
 #include "platform/Lifetime.h"
 #include "platform/Log.h"
 #include "platform/MainQueue.h"
-#include "platform/linux/i3/I3Connection.h"
 #include "platform/linux/windows/LeavingWindows.h"
 #include "platform/linux/windows/TakenWindows.h"
 #include "platform/linux/windows/WindowActivation.h"
@@ -11,6 +10,8 @@
 #include "platform/linux/windows/WindowSystem.h"
 #include "platform/linux/windows/i3/I3Layout.h"
 #include "platform/linux/windows/i3/I3Tree.h"
+#include "platform/linux/windows/i3/I3TreeWatch.h"
+#include "platform/linux/windows/i3/I3WindowList.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -19,7 +20,6 @@
 #include <memory>
 #include <optional>
 #include <set>
-#include <unordered_map>
 #include <vector>
 
 namespace LinuxPlatform {
@@ -54,20 +54,13 @@ public:
 private:
     using Seconds = Platform::MainQueue::Seconds;
 
-    bool isKnown() const { return connection_.isConnected() && hasAnswered_; }
-    void handleEvent(I3Event event, const QByteArray& payload);
     void handleX11Event(WindowEvent event);
-    void look();
-    void lookAgain();
-    void lookWhereStale();
-    void noteSilence();
-    void takeIn(const QByteArray& reply);
+    void takeIn(std::unique_ptr<const I3Tree> tree);
     void noteChanges(const I3Tree* before);
     void noteOpened();
     void noteScratchpad();
     void noteWhatIsBack();
     void forgetWhatIsNotLeftBehind();
-    std::optional<Window> find(WindowId window);
     bool isHidden(WindowId window) const;
 
     void carryOut();
@@ -90,31 +83,16 @@ private:
     WindowActivation::Scene lookAtScene() const;
     void bringToFront(WindowId window);
 
-    Window describe(const I3Node& node, const Window* x11) const;
-
     Platform::MainQueue& queue_;
     std::unique_ptr<WindowSystem> x11_;
     Platform::HidingObstacle whenSilent_;
     Platform::Log* log_;
-    Seconds silentSince_;
-    /// On this connection.
-    bool hasAnswered_ = false;
-    I3Connection connection_;
+    I3TreeWatch watch_;
     /// As it was last told; null before.
     std::unique_ptr<const I3Tree> tree_;
-    bool isTreeAwaited_ = false;
-    /// Something happened since the layout was asked for.
-    bool isTreeStale_ = false;
-    /// Something was asked for since, and the layout that is on its way does not know of it.
-    bool isLookDue_ = false;
     /// In a row, while something waits for the layout to be known.
     std::size_t looksInVain_ = 0;
-    std::uint64_t treeGeneration_ = 1;
-    std::uint64_t builtGeneration_ = 0;
-    /// In which order the windows were seen first.
-    std::unordered_map<WindowId, std::uint64_t> births_;
-    std::uint64_t lastBirth_ = 0;
-    std::vector<Window> windows_;
+    I3WindowList list_;
     /// What each window said of its app when that was announced.
     std::map<WindowId, WindowHints> described_;
     TakenWindows taken_;
