@@ -43,6 +43,8 @@ Item {
     StyledText {
         id: tagline
         objectName: "tagline"
+        // The slogan can be done without where a language leaves no room for it.
+        visible: header.model.isPrivacyModeOn || implicitWidth <= header.width - 44 - 12 - capsule.width - 10 - menuButton.width
         anchors.left: title.left
         anchors.leftMargin: header.model.isPrivacyModeOn ? 19 : 0
         y: 20
@@ -54,6 +56,7 @@ Item {
             : header.model.isPrivacyModeOn ? Theme.accent : Theme.ink2
     }
     Capsule {
+        id: capsule
         objectName: "capsule"
         anchors.right: menuButton.left
         anchors.rightMargin: 10

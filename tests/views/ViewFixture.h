@@ -29,9 +29,13 @@ namespace TestSupport {
 /// The warnings of Qt and QML since the last time they were taken.
 std::vector<std::string> takeWarnings();
 
-/// The languages of the interface.
+/// The languages of the interface; with PSEUDO_LANGUAGE those whose texts PseudoLanguage.cpp gives.
 inline const std::vector<std::string>& languages() {
+#ifdef PSEUDO_LANGUAGE
+    static const std::vector<std::string> all{"en", "ar"};
+#else
     static const std::vector<std::string> all{"en", "es", "zh", "hi", "ar", "pt", "fr", "ru"};
+#endif
     return all;
 }
 
