@@ -2,6 +2,7 @@
 
 import os
 import signal
+import socket
 import subprocess
 import sys
 import tempfile
@@ -331,6 +332,17 @@ class VirtualDesktopTest(unittest.TestCase):
             taken.append(DisplayLock())
             self.addCleanup(taken[-1].release)
         self.assertNotEqual((LOCKS / f".X{display[1:]}-lock").read_text().split(), [str(world.pid)])
+
+    def test_takes_no_display_that_a_machine_beside_it_serves(self):
+        """One that shares the network and not the files."""
+        mine = DisplayLock()
+        with socket.socket(socket.AF_UNIX) as server:
+            server.bind(f"\0{SOCKETS}/X{mine.display[1:]}")
+            server.listen()
+            mine.release()
+            taken = DisplayLock()
+            self.addCleanup(taken.release)
+            self.assertNotEqual(taken.display, mine.display)
 
     def test_keeps_its_socket_when_a_compositor_starts(self):
         output = self.ask("""
