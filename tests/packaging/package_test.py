@@ -105,6 +105,18 @@ class PackageTest(unittest.TestCase):
     def test_depends_on_the_plugin_that_draws_the_icons(self):
         self.assert_depends_on(["*/qt6/plugins/imageformats/libqsvg.so", "*/qt6/plugins/iconengines/libqsvgicon.so"])
 
+    def test_the_source_package_asks_for_every_library_that_the_build_looks_for(self):
+        control = (SOURCE / "debian/control").read_text()
+        asked = packages(re.search(r"^Build-Depends:\n((?: .*\n)+)", control, re.MULTILINE)[1].strip().rstrip(","))
+        scripts = [SOURCE / "CMakeLists.txt", *(SOURCE / "platform").rglob("CMakeLists.txt"), *(SOURCE / "tests").rglob("CMakeLists.txt"),
+                   *(SOURCE / "tests").rglob("*.cmake")]
+        modules = {module for script in scripts for found in
+                   re.findall(r"pkg_check_modules\(\w+ REQUIRED IMPORTED_TARGET ([^)]+)\)", script.read_text()) for module in found.split()}
+        self.assertGreater(len(modules), 15)
+        for module in modules:
+            owners = {line.partition(":")[0] for line in output("dpkg-query", "--search", f"*/pkgconfig/{module}.pc").splitlines()}
+            self.assertTrue(owners & asked, (module, owners))
+
     def assert_depends_on(self, patterns):
         """On a package with each of the files, as this machine has them."""
         patterns = list(patterns)
