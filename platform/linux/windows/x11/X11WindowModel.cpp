@@ -1,151 +1,53 @@
 #include "platform/linux/windows/x11/X11WindowModel.h"
 
-#include "platform/linux/windows/x11/X11WindowText.h"
+#include "platform/linux/windows/x11/X11Frames.h"
+#include "platform/linux/windows/x11/X11WindowAtoms.h"
 #include "platform/linux/x11/X11ClientProcess.h"
 #include "platform/linux/x11/X11Property.h"
 
 #include <algorithm>
 #include <array>
 #include <set>
-#include <span>
-#include <string_view>
 #include <tuple>
 #include <utility>
-#include <variant>
 
 namespace LinuxPlatform {
 namespace {
 
 constexpr std::uint32_t longestList = 1U << 16U;
 constexpr std::uint32_t iconicState = 3;
-/// In the first of the Motif hints: the second is set.
-constexpr std::uint32_t motifHasFunctions = 1U << 0U;
 /// In the second: all functions but the named ones.
 constexpr std::uint32_t motifAllBut = 1U << 0U;
 constexpr std::uint32_t motifMinimize = 1U << 3U;
-
-/// In the order of `X11WindowModel::Atom`.
-constexpr std::array<std::string_view, X11WindowModel::atomCount> atomNames{
-    "_NET_CLIENT_LIST",
-    "_NET_ACTIVE_WINDOW",
-    "_NET_CURRENT_DESKTOP",
-    "_NET_SUPPORTING_WM_CHECK",
-    "_NET_SUPPORTED",
-    "WM_STATE",
-    "_NET_WM_STATE",
-    "_NET_WM_STATE_HIDDEN",
-    "_NET_WM_STATE_FOCUSED",
-    "_NET_WM_STATE_SHADED",
-    "_NET_WM_STATE_SKIP_TASKBAR",
-    "_NET_WM_PID",
-    "_NET_WM_WINDOW_TYPE",
-    "_NET_WM_WINDOW_TYPE_DESKTOP",
-    "_NET_WM_WINDOW_TYPE_DOCK",
-    "_NET_WM_WINDOW_TYPE_MENU",
-    "_NET_WM_WINDOW_TYPE_TOOLBAR",
-    "_NET_WM_WINDOW_TYPE_SPLASH",
-    "_NET_WM_WINDOW_TYPE_UTILITY",
-    "_NET_WM_ALLOWED_ACTIONS",
-    "_NET_WM_ACTION_MINIMIZE",
-    "_MOTIF_WM_HINTS",
-    "_NET_WM_DESKTOP",
-    "_KDE_NET_WM_DESKTOP_FILE",
-    "_GTK_APPLICATION_ID",
-    "WM_CHANGE_STATE",
-    "_NET_WM_STATE_STICKY",
-    "_NET_WM_STATE_ABOVE",
-    "_NET_WM_STATE_BELOW",
-    "_NET_RESTACK_WINDOW",
-    "_NET_REQUEST_FRAME_EXTENTS",
-};
-
-std::optional<std::uint32_t> numberIn(const xcb_get_property_reply_t& reply) {
-    const auto numbers = numbersIn(&reply);
-    return numbers.empty() ? std::nullopt : std::optional(numbers.front());
-}
 
 std::vector<std::uint32_t> listIn(const xcb_get_property_reply_t& reply) {
     const auto numbers = numbersIn(&reply);
     return {numbers.begin(), numbers.end()};
 }
 
-void readMotifHints(X11Window& window, const xcb_get_property_reply_t& reply) {
-    const auto hints = listIn(reply);
-    const bool hasFunctions = hints.size() > 1 && (hints[0] & motifHasFunctions) != 0;
-    window.wantedFunctions = hasFunctions ? std::optional(hints[1]) : std::nullopt;
-}
-
-void readAllowedActions(X11Window& window, const xcb_get_property_reply_t& reply) {
-    window.allowedActions = reply.type != XCB_ATOM_NONE ? std::optional(listIn(reply)) : std::nullopt;
+/// And after the extension that tells of processes, in the same round trip.
+std::vector<xcb_atom_t> askAtoms(X11Connection& connection) {
+    xcb_prefetch_extension_data(connection.get(), &xcb_res_id);
+    return connection.atoms(x11WindowAtomNames);
 }
 
 } // namespace
 
-struct X11WindowModel::Property {
-    /// One of our atoms, or one that every server has.
-    std::variant<Atom, xcb_atom_t> name;
-    /// In units of four bytes: what is longer is cut.
-    std::uint32_t longestValue;
-    /// Takes an absent property as an empty one.
-    void (*read)(X11Window& window, const xcb_get_property_reply_t& reply);
-
-    xcb_atom_t atomIn(const X11WindowModel& model) const {
-        const auto* const own = std::get_if<Atom>(&name);
-        return own != nullptr ? model.atom(*own) : std::get<xcb_atom_t>(name);
-    }
-};
-
-const std::vector<X11WindowModel::Property>& X11WindowModel::properties() {
-    using Reply = xcb_get_property_reply_t;
-    static const std::vector<Property> list{
-        {xcb_atom_t{XCB_ATOM_WM_CLASS}, 256,
-         [](X11Window& window, const Reply& reply) { readClassInto(window, &reply); }},
-        {xcb_atom_t{XCB_ATOM_WM_CLIENT_MACHINE}, 64,
-         [](X11Window& window, const Reply& reply) { window.clientMachine = textIn(bytesIn(&reply)); }},
-        {netWmState, 64, [](X11Window& window, const Reply& reply) { window.state = listIn(reply); }},
-        {wmState, 1, [](X11Window& window, const Reply& reply) { window.managerState = numberIn(reply); }},
-        {netWmPid, 1,
-         [](X11Window& window, const Reply& reply) { window.declaredProcess = numberIn(reply); }},
-        {netWmWindowType, 64, [](X11Window& window, const Reply& reply) { window.type = listIn(reply); }},
-        {netWmDesktop, 1, [](X11Window& window, const Reply& reply) { window.desktop = numberIn(reply); }},
-        {kdeNetWmDesktopFile, 256,
-         [](X11Window& window, const Reply& reply) { window.desktopFile = textIn(bytesIn(&reply)); }},
-        {gtkApplicationId, 256,
-         [](X11Window& window, const Reply& reply) { window.applicationId = textIn(bytesIn(&reply)); }},
-        {xcb_atom_t{XCB_ATOM_WM_TRANSIENT_FOR}, 1,
-         [](X11Window& window, const Reply& reply) {
-             window.isTransient = numberIn(reply).value_or(0) != 0;
-         }},
-        {motifWmHints, 5, readMotifHints},
-        {netWmAllowedActions, 64, readAllowedActions},
-    };
-    return list;
-}
-
 /// The replies about one window that are on their way.
 class X11WindowModel::Reading {
 public:
-    Reading(X11WindowModel& model, xcb_window_t window, const Entry& entry)
-        : model_(model),
-          window_(window),
-          isNew_(entry.isNew) {
+    Reading(X11WindowModel& model, xcb_window_t window, const Entry& entry) : model_(model), window_(window) {
         auto* const connection = model.connection_.get();
-        if (isNew_) {
+        if (entry.isNew) {
             const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
             xcb_change_window_attributes(connection, window, XCB_CW_EVENT_MASK, &mask);
         }
-        for (std::size_t index = 0; index < properties().size(); ++index) {
-            if (isNew_ || (entry.staleProperties >> index & 1U) != 0) {
-                const auto& property = properties()[index];
-                requests_.emplace_back(index,
-                                       xcb_get_property(connection, 0, window, property.atomIn(model),
-                                                        XCB_GET_PROPERTY_TYPE_ANY, 0, property.longestValue));
-            }
-        }
-        if (isNew_ || entry.isViewableStale || entry.isFrameStale) {
+        requests_ =
+            model.properties_.ask(window, entry.isNew ? X11WindowProperties::all : entry.staleProperties);
+        if (entry.isNew || entry.isViewableStale || entry.isFrameStale) {
             attributesRequest_ = xcb_get_window_attributes(connection, window);
         }
-        if (isNew_ && model.hasProcessQuery_) {
+        if (entry.isNew && model.hasProcessQuery_) {
             processRequest_ = askClientProcess(model.connection_, window);
         }
     }
@@ -155,13 +57,7 @@ public:
     /// False when the window is gone.
     bool finish(Entry& entry) {
         auto& window = entry.window;
-        bool isThere = false;
-        for (const auto& [index, cookie] : requests_) {
-            if (const auto reply = model_.connection_.reply<xcb_get_property_reply>(cookie)) {
-                isThere = true;
-                properties()[index].read(window, *reply);
-            }
-        }
+        bool isThere = model_.properties_.receive(requests_, window);
         if (attributesRequest_) {
             const auto reply = model_.connection_.reply<xcb_get_window_attributes_reply>(*attributesRequest_);
             isThere = isThere || reply;
@@ -176,17 +72,16 @@ public:
 private:
     X11WindowModel& model_;
     xcb_window_t window_;
-    bool isNew_;
-    std::vector<std::pair<std::size_t, xcb_get_property_cookie_t>> requests_;
+    std::vector<X11WindowProperties::Request> requests_;
     std::optional<xcb_get_window_attributes_cookie_t> attributesRequest_;
     std::optional<xcb_res_query_client_ids_cookie_t> processRequest_;
 };
 
 X11WindowModel::X11WindowModel(X11Connection& connection, std::function<void()> onChanged)
     : connection_(connection),
-      onChanged_(std::move(onChanged)) {
-    xcb_prefetch_extension_data(connection.get(), &xcb_res_id);
-    atoms_ = connection.atoms(atomNames);
+      onChanged_(std::move(onChanged)),
+      atoms_(askAtoms(connection)),
+      properties_(connection, atoms_) {
     // Servers whose extension is too old for the question answer it with an error.
     const auto* const resourceExtension = xcb_get_extension_data(connection.get(), &xcb_res_id);
     hasProcessQuery_ = resourceExtension != nullptr && resourceExtension->present != 0;
@@ -233,44 +128,7 @@ bool X11WindowModel::isExpectedHidden(xcb_window_t window) const {
 }
 
 std::vector<xcb_window_t> X11WindowModel::stackingOrder() {
-    const auto rootRequest = xcb_query_tree(connection_.get(), connection_.root());
-    const auto frames = framesOf(clientList_);
-    const auto root = connection_.reply<xcb_query_tree_reply>(rootRequest);
-    if (!root) {
-        return {};
-    }
-    const std::span tops(xcb_query_tree_children(root.get()),
-                         static_cast<std::size_t>(xcb_query_tree_children_length(root.get())));
-    std::vector<xcb_window_t> order;
-    for (const auto top : tops) {
-        if (const auto frame = frames.find(top); frame != frames.end()) {
-            order.push_back(frame->second);
-        }
-    }
-    return order;
-}
-
-std::map<xcb_window_t, xcb_window_t> X11WindowModel::framesOf(const std::vector<xcb_window_t>& windows) {
-    std::map<xcb_window_t, xcb_window_t> frames;
-    std::map<xcb_window_t, xcb_window_t> inside;
-    for (const auto window : windows) {
-        inside.emplace(window, window);
-    }
-    while (!inside.empty()) {
-        std::vector<std::pair<std::pair<xcb_window_t, xcb_window_t>, xcb_query_tree_cookie_t>> requests;
-        for (const auto& one : inside) {
-            requests.emplace_back(one, xcb_query_tree(connection_.get(), one.first));
-        }
-        inside.clear();
-        for (const auto& [one, request] : requests) {
-            const auto tree = connection_.reply<xcb_query_tree_reply>(request);
-            const bool isOutermost = tree && tree->parent == tree->root;
-            if (tree) {
-                (isOutermost ? frames : inside).emplace(isOutermost ? one.first : tree->parent, one.second);
-            }
-        }
-    }
-    return frames;
+    return stackingOrderOf(connection_, clientList_);
 }
 
 std::optional<std::uint32_t> X11WindowModel::currentDesktop() {
@@ -325,7 +183,7 @@ void X11WindowModel::sessionPropertyChanged(const xcb_property_notify_event_t& n
 
 void X11WindowModel::windowPropertyChanged(xcb_window_t window, xcb_atom_t property) {
     const auto found = entries_.find(window);
-    const auto bit = bitOf(property);
+    const auto bit = properties_.setOf(property);
     if (found == entries_.end() || bit == 0) {
         return;
     }
@@ -342,12 +200,6 @@ void X11WindowModel::windowPropertyChanged(xcb_window_t window, xcb_atom_t prope
     windowsChanged();
 }
 
-std::uint32_t X11WindowModel::bitOf(xcb_atom_t property) const {
-    const auto found =
-        std::ranges::find(properties(), property, [this](const Property& one) { return one.atomIn(*this); });
-    return found == properties().end() ? 0 : 1U << static_cast<unsigned>(found - properties().begin());
-}
-
 void X11WindowModel::windowMapped(xcb_window_t window) {
     const auto found = entries_.find(window);
     if (found == entries_.end()) {
@@ -357,13 +209,13 @@ void X11WindowModel::windowMapped(xcb_window_t window) {
     auto& entry = found->second;
     if (entry.isExpectedHidden && entry.wasUnmapped) {
         entry.wasMapped = true;
-        entry.staleProperties |= bitOf(atom(netWmState));
+        entry.staleProperties |= properties_.setOf(atom(netWmState));
         windowsChanged();
     }
-    if (isMarkedHidden(entry.window) || (entry.staleProperties & bitOf(atom(netWmState))) != 0) {
+    if (isMarkedHidden(entry.window) || (entry.staleProperties & properties_.setOf(atom(netWmState))) != 0) {
         entry.isHiddenMarkInDoubt = true;
         entry.isViewableStale = true;
-        entry.staleProperties |= bitOf(atom(wmState));
+        entry.staleProperties |= properties_.setOf(atom(wmState));
         windowsChanged();
     }
 }
@@ -610,7 +462,7 @@ bool X11WindowModel::isRolledUp(Entry& entry) {
     if (!isMarkedHidden(entry.window) || !hasState(entry.window, netWmStateShaded)) {
         return false;
     }
-    entry.frame = outermostWindow(entry.window.id);
+    entry.frame = outermostWindow(connection_, entry.window.id);
     const std::uint32_t mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
     if (entry.frame != entry.window.id) {
         xcb_change_window_attributes(connection_.get(), entry.frame, XCB_CW_EVENT_MASK, &mask);
@@ -618,17 +470,6 @@ bool X11WindowModel::isRolledUp(Entry& entry) {
     const auto attributes = connection_.reply<xcb_get_window_attributes_reply>(
         xcb_get_window_attributes(connection_.get(), entry.frame));
     return attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
-}
-
-xcb_window_t X11WindowModel::outermostWindow(xcb_window_t window) {
-    while (const auto tree =
-               connection_.reply<xcb_query_tree_reply>(xcb_query_tree(connection_.get(), window))) {
-        if (tree->parent == tree->root || tree->parent == XCB_WINDOW_NONE) {
-            break;
-        }
-        window = tree->parent;
-    }
-    return window;
 }
 
 bool X11WindowModel::isHiddenMarkStale(const Entry& entry) const {

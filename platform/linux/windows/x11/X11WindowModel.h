@@ -1,5 +1,8 @@
 #pragma once
 
+#include "platform/linux/windows/x11/X11Window.h"
+#include "platform/linux/windows/x11/X11WindowAtoms.h"
+#include "platform/linux/windows/x11/X11WindowProperties.h"
 #include "platform/linux/x11/X11Connection.h"
 
 #include <cstdint>
@@ -10,43 +13,6 @@
 #include <vector>
 
 namespace LinuxPlatform {
-
-/// As the number of a workspace: all of them.
-inline constexpr std::uint32_t onAllDesktops = 0xFFFFFFFF;
-
-/// What the X server holds about one client window.
-struct X11Window {
-    xcb_window_t id = XCB_WINDOW_NONE;
-    /// Tells windows apart that have the same identifier one after another.
-    std::uint64_t birth = 0;
-    /// In the window manager's list at this moment.
-    bool isManaged = false;
-    std::string instanceName;
-    std::string className;
-    std::string desktopFile;
-    std::string applicationId;
-    std::string clientMachine;
-    /// As the window itself says; on another machine it means nothing here.
-    std::optional<std::uint32_t> declaredProcess;
-    /// As the server knows it: the process at the other end of the window's connection.
-    std::optional<std::uint32_t> connectedProcess;
-    std::vector<xcb_atom_t> state;
-    std::vector<xcb_atom_t> type;
-    std::optional<std::uint32_t> desktop;
-    /// Belongs to another window or to all of its group.
-    bool isTransient = false;
-    /// What its program asks about the functions of its frame, as a Motif window manager has it; absent where
-    /// it asks nothing.
-    std::optional<std::uint32_t> wantedFunctions;
-    /// What the window manager says may be done with it; absent where it says nothing.
-    std::optional<std::vector<xcb_atom_t>> allowedActions;
-    /// WM_STATE: absent until a window manager has taken the window in.
-    std::optional<std::uint32_t> managerState;
-    /// The window was shown without its mark as hidden being taken off.
-    bool isHiddenMarkStale = false;
-    /// Its title bar can be seen and nothing else. Some window managers mark such windows as hidden.
-    bool isRolledUp = false;
-};
 
 /// A live picture of the client windows: read once, then kept true by the server's events. Every reading is
 /// batched: the number of round trips does not depend on the number of windows. Main thread only.
@@ -64,46 +30,14 @@ public:
         std::vector<xcb_window_t> closed;
     };
 
-    enum Atom : std::size_t {
-        netClientList,
-        netActiveWindow,
-        netCurrentDesktop,
-        netSupportingWmCheck,
-        netSupported,
-        wmState,
-        netWmState,
-        netWmStateHidden,
-        netWmStateFocused,
-        netWmStateShaded,
-        netWmStateSkipTaskbar,
-        netWmPid,
-        netWmWindowType,
-        netWmWindowTypeDesktop,
-        netWmWindowTypeDock,
-        netWmWindowTypeMenu,
-        netWmWindowTypeToolbar,
-        netWmWindowTypeSplash,
-        netWmWindowTypeUtility,
-        netWmAllowedActions,
-        netWmActionMinimize,
-        motifWmHints,
-        netWmDesktop,
-        kdeNetWmDesktopFile,
-        gtkApplicationId,
-        wmChangeState,
-        netWmStateSticky,
-        netWmStateAbove,
-        netWmStateBelow,
-        netRestackWindow,
-        netRequestFrameExtents,
-        atomCount
-    };
+    using Atom = X11WindowAtom;
+    using enum X11WindowAtom;
 
     /// `connection` outlives the model. `onChanged` is called when events have arrived that `update` would
     /// take in; it is called from the event loop and may call back.
     X11WindowModel(X11Connection& connection, std::function<void()> onChanged);
 
-    xcb_atom_t atom(Atom name) const { return atoms_[name]; }
+    xcb_atom_t atom(Atom name) const { return atoms_[static_cast<std::size_t>(name)]; }
 
     /// Takes in whatever the server has sent. The first call reads everything and reports no changes.
     Changes update();
@@ -166,13 +100,11 @@ public:
     std::optional<std::uint32_t> currentDesktop();
 
 private:
-    struct Property;
     class Reading;
 
     struct Entry {
         X11Window window;
-        /// Bit n stands for property n.
-        std::uint32_t staleProperties = 0;
+        X11WindowProperties::Set staleProperties = 0;
         bool isNew = true;
         bool isViewableStale = false;
         /// Nothing between it and the screen is unmapped. Known only while the mark as hidden is in doubt.
@@ -194,10 +126,6 @@ private:
         bool isStale() const { return isNew || isViewableStale || isFrameStale || staleProperties != 0; }
     };
 
-    static const std::vector<Property>& properties();
-
-    /// In `Entry::staleProperties`; 0 for a property that is not read.
-    std::uint32_t bitOf(xcb_atom_t property) const;
     void handleEvent(const xcb_generic_event_t& event);
     void sessionPropertyChanged(const xcb_property_notify_event_t& notification);
     void windowPropertyChanged(xcb_window_t window, xcb_atom_t property);
@@ -216,9 +144,6 @@ private:
     bool isOnlyTheFocusDifferent(const X11Window& before, const X11Window& now) const;
     bool isBackUnseen(const Entry& entry, const X11Window& before) const;
     bool isRolledUp(Entry& entry);
-    xcb_window_t outermostWindow(xcb_window_t window);
-    /// What the window manager put around each of them, as keys.
-    std::map<xcb_window_t, xcb_window_t> framesOf(const std::vector<xcb_window_t>& windows);
     Entry* entryWithFrame(xcb_window_t frame);
     void frameChanged(xcb_window_t window);
 
@@ -228,6 +153,7 @@ private:
     X11Connection& connection_;
     std::function<void()> onChanged_;
     std::vector<xcb_atom_t> atoms_;
+    X11WindowProperties properties_;
     bool hasProcessQuery_ = false;
     bool isFirstUpdate_ = true;
     bool isManagerStale_ = true;
