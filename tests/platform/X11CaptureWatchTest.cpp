@@ -428,6 +428,7 @@ TEST_F(X11CaptureWatchTest, IdleDesktopCostsNothing) {
         EXPECT_EQ(watch_->isScreenCaptured(), false);
     }
     EXPECT_EQ(watch_->roundTrips(), roundTrips) << "a poll asks the server nothing";
+    EXPECT_FALSE(watch_->isAboutToWakeUp()) << "a poll is the only wake-up";
 }
 
 TEST_F(X11CaptureWatchTest, CaptureCostsOneRoundTripAPollAndNoWakeUp) {

@@ -26,6 +26,7 @@ public:
     std::uint64_t roundTrips() const { return readers_ ? readers_->roundTrips() : 0; }
     /// How often it woke up by itself.
     std::uint64_t wakeUps() const { return readers_ ? readers_->wakeUps() : 0; }
+    bool isAboutToWakeUp() const { return readers_ && readers_->isAboutToWakeUp(); }
 
 private:
     X11CaptureWatch(Platform::Log& log, Reopening::Now now);

@@ -123,10 +123,14 @@ std::vector<Requests> X11ScreenReaders::wideRequests() const {
 }
 
 std::optional<bool> X11ScreenReaders::isCapture() {
-    drain();
+    const bool wasCaptured = isCaptured_;
+    const bool hasNews = drain() > 0;
     lookIntoOtherCopies();
     const bool isCaptured = judgeReaders();
-    rest();
+    // The end of a rest would wake this process up once for each question.
+    if (hasNews || isCaptured || wasCaptured) {
+        rest();
+    }
     if (isCaptured) {
         return true;
     }
@@ -146,8 +150,10 @@ void X11ScreenReaders::drainUnasked() {
     }
 }
 
-void X11ScreenReaders::drain() {
-    isBehind_ = stream_->drain(*this, mostBytesATurn_) >= mostBytesATurn_;
+std::size_t X11ScreenReaders::drain() {
+    const auto size = stream_->drain(*this, mostBytesATurn_);
+    isBehind_ = size >= mostBytesATurn_;
+    return size;
 }
 
 void X11ScreenReaders::rest() {

@@ -54,6 +54,8 @@ public:
     std::uint64_t roundTrips() const { return control_->roundTrips(); }
     /// How often it woke up by itself.
     std::uint64_t wakeUps() const { return wakeUps_; }
+    /// Whether it is about to wake up, be there news or not.
+    bool isAboutToWakeUp() const { return pause_.isActive(); }
 
 private:
     struct Client {
@@ -94,7 +96,8 @@ private:
     void widen(X11ClientId client);
     void narrow(X11ClientId client);
 
-    void drain();
+    /// Returns how many bytes there were.
+    std::size_t drain();
     void drainUnasked();
     void rest();
     void goOn();
