@@ -42,7 +42,7 @@ std::optional<std::string> OwnLibrary::problemWith(const std::string& path, cons
 
 void* OwnLibrary::symbol(const char* name) const {
     const auto path = "/proc/self/fd/" + std::to_string(file_);
-    void* const library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    void* const library = dlopen(path.c_str(), RTLD_LAZY | RTLD_LOCAL);
     return library == nullptr ? nullptr : dlsym(library, name);
 }
 
