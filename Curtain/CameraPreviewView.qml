@@ -19,9 +19,6 @@ Rectangle {
         id: preview
         anchors.fill: parent
         session: root.camera ? root.camera.session : undefined
-        transform: Scale {
-            origin.x: root.width / 2
-            xScale: root.mirrored ? -1 : 1
-        }
+        mirrored: root.mirrored
     }
 }

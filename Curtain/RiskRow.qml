@@ -9,10 +9,12 @@ Card {
     required property MeetingReadinessViewModel model
     property int shownScore: model.score
     property bool isReady: false
+    // A border that is given its colour again is painted again, though it is the same.
+    readonly property string tone: model.riskTone
 
     implicitHeight: 84
-    color: Theme.riskCard(model.riskTone)
-    border.color: Theme.riskEdge(model.riskTone)
+    color: Theme.riskCard(tone)
+    border.color: Theme.riskEdge(tone)
     Accessible.role: Accessible.Grouping
     Accessible.name: caption.text + ": " + model.score + " / 100, " + model.riskLabel
         + (gap.visible ? ", " + gap.text : "")
@@ -31,7 +33,7 @@ Card {
         anchors.verticalCenter: parent.verticalCenter
         name: "shield.lefthalf.filled"
         size: 26
-        color: Theme.solid(row.model.riskTone)
+        color: Theme.solid(row.tone)
     }
     StyledText {
         id: caption
@@ -86,8 +88,8 @@ Card {
         y: score.y + 4
         implicitHeight: 28
         inset: word.advanceWidth + 26 + 12 < row.width - 34 - 26 - 14 - score.width ? 13 : 9
-        tone: row.model.riskTone
-        color: Theme.riskTint(row.model.riskTone)
+        tone: row.tone
+        color: Theme.riskTint(row.tone)
         text: row.model.riskLabel
         style: Theme.bodyStrong
     }

@@ -1,8 +1,11 @@
 #include "platform/qt/PictureItem.h"
 
+#include "platform/qt/PictureFit.h"
+
 #include <QImage>
 #include <QQuickWindow>
 #include <QSGImageNode>
+#include <QSGRendererInterface>
 #include <QSGTexture>
 
 #include <utility>
@@ -43,8 +46,7 @@ void PictureItem::setPicture(std::shared_ptr<const Platform::Picture> picture) {
         return;
     }
     picture_ = std::move(picture);
-    isTextureOutdated_ = true;
-    update();
+    prepareAnew();
     Q_EMIT pictureChanged();
 }
 
@@ -58,16 +60,48 @@ void PictureItem::setPictureVariant(const QVariant& picture) {
 
 void PictureItem::setFillMode(FillMode mode) {
     if (std::exchange(fillMode_, mode) != mode) {
-        update();
+        prepareAnew();
         Q_EMIT fillModeChanged();
+    }
+}
+
+void PictureItem::setMirrored(bool isMirrored) {
+    if (std::exchange(isMirrored_, isMirrored) != isMirrored) {
+        prepareAnew();
+        Q_EMIT mirroredChanged();
     }
 }
 
 void PictureItem::geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) {
     QQuickItem::geometryChange(newGeometry, oldGeometry);
     if (newGeometry.size() != oldGeometry.size()) {
-        update();
+        prepareAnew();
     }
+}
+
+void PictureItem::itemChange(ItemChange change, const ItemChangeData& data) {
+    QQuickItem::itemChange(change, data);
+    if (change == ItemDevicePixelRatioHasChanged) {
+        prepareAnew();
+    }
+}
+
+void PictureItem::prepareAnew() {
+    isTextureOutdated_ = true;
+    update();
+}
+
+PictureItem::Extract PictureItem::extract() const {
+    const QRectF whole(0, 0, picture_->width, picture_->height);
+    if (fillMode_ == AspectFill) {
+        return {inscribed(size(), whole), boundingRect()};
+    }
+    return {whole, inscribed(whole.size(), boundingRect())};
+}
+
+QSize PictureItem::pixelsOf(const QRectF& place) const {
+    const auto pixels = mapRectToScene(place).size() * window()->effectiveDevicePixelRatio();
+    return pixels.toSize().expandedTo(QSize(1, 1));
 }
 
 QSGNode* PictureItem::updatePaintNode(QSGNode* oldNode, UpdatePaintNodeData*) {
@@ -76,8 +110,13 @@ QSGNode* PictureItem::updatePaintNode(QSGNode* oldNode, UpdatePaintNodeData*) {
         delete node;
         return nullptr;
     }
+    const auto [part, place] = extract();
+    const bool isDrawnByProcessor =
+        window()->rendererInterface()->graphicsApi() == QSGRendererInterface::Software;
     if (!node || std::exchange(isTextureOutdated_, false)) {
-        auto* texture = window()->createTextureFromImage(image(picture_), QQuickWindow::TextureIsOpaque);
+        auto* texture = window()->createTextureFromImage(
+            isDrawnByProcessor ? fitted(*picture_, part, pixelsOf(place), isMirrored_) : image(picture_),
+            QQuickWindow::TextureIsOpaque);
         if (!texture) {
             delete node;
             return nullptr;
@@ -85,18 +124,21 @@ QSGNode* PictureItem::updatePaintNode(QSGNode* oldNode, UpdatePaintNodeData*) {
         if (!node) {
             node = window()->createImageNode();
             node->setOwnsTexture(true);
-            node->setFiltering(QSGTexture::Linear);
         }
         node->setTexture(texture);
         isTextureOutdated_ = false;
     }
-    const QRectF whole(0, 0, picture_->width, picture_->height);
-    if (fillMode_ == AspectFill) {
-        node->setSourceRect(inscribed(size(), whole));
-        node->setRect(boundingRect());
+    node->setRect(place);
+    if (isDrawnByProcessor) {
+        node->setFiltering(QSGTexture::Nearest);
+        node->setSourceRect(QRectF({}, node->texture()->textureSize()));
     } else {
-        node->setSourceRect(whole);
-        node->setRect(inscribed(whole.size(), boundingRect()));
+        node->setFiltering(QSGTexture::Linear);
+        node->setSourceRect(part);
+        node->setTextureCoordinatesTransform(isMirrored_ ? QSGImageNode::MirrorHorizontally
+                                                         : QSGImageNode::NoTransform);
+        // It takes only its material for changed by that.
+        node->markDirty(QSGNode::DirtyGeometry);
     }
     return node;
 }

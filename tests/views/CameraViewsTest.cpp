@@ -1,4 +1,5 @@
 #include "Curtain/CameraPreviewManager.h"
+#include "platform/qt/PictureFit.h"
 #include "platform/qt/ViewEngine.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/FakeCaptureServices.h"
@@ -14,6 +15,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <memory>
@@ -170,6 +172,17 @@ TEST_F(CameraViewsTest, MirroredPreviewIsFlippedAndBackAgain) {
     EXPECT_EQ(pixel(20, 45), red);
 }
 
+TEST_F(CameraViewsTest, NoOtherThreadIsWokenToPaintAPicture) {
+    showPreview(332, 186);
+    view.rootObject()->setProperty("mirrored", true);
+    for (int picture = 0; picture < 3; ++picture) {
+        const int before = paints;
+        capture.session->show(bars(320 + picture, 180));
+        EXPECT_TRUE(spinUntil([&] { return paints > before; }));
+    }
+    EXPECT_EQ(TestSupport::paintingHelpers(), 0);
+}
+
 TEST_F(CameraViewsTest, PreviewAsksForAsManyPixelsAsItHas) {
     showPreview(160, 90);
     EXPECT_THAT(capture.session->previewSize(), Pair(160, 90));
@@ -243,6 +256,38 @@ TEST_F(CameraViewsTest, PhotoThatIsClearedVanishes) {
     EXPECT_EQ(pixel(50, 50), red);
     manager.clearCapturedPhoto();
     EXPECT_NE(pixel(50, 50), red);
+}
+
+TEST(PictureFitTest, APictureOfTheRightSizeStaysAsItIs) {
+    const auto image = QtPlatform::fitted(*bars(8, 2), {0, 0, 8, 2}, {8, 2}, false);
+    const auto mirrored = QtPlatform::fitted(*bars(8, 2), {0, 0, 8, 2}, {8, 2}, true);
+    constexpr std::array colors{red, red, green, green, blue, blue, gray, gray};
+    for (int x = 0; x < 8; ++x) {
+        EXPECT_EQ(image.pixel(x, 1), colors[static_cast<std::size_t>(x)]) << x;
+        EXPECT_EQ(mirrored.pixel(7 - x, 0), colors[static_cast<std::size_t>(x)]) << x;
+    }
+}
+
+TEST(PictureFitTest, NeighboursAreMixedByHowNearTheyAre) {
+    // Red and green.
+    const auto larger = QtPlatform::fitted(*bars(4, 1), {0, 0, 2, 1}, {4, 3}, false);
+    for (int y = 0; y < 3; ++y) {
+        EXPECT_EQ(larger.pixel(0, y), red);
+        EXPECT_EQ(larger.pixel(1, y), qRgb(191, 63, 0));
+        EXPECT_EQ(larger.pixel(2, y), qRgb(63, 191, 0));
+        EXPECT_EQ(larger.pixel(3, y), qRgb(0, 191, 63)) << "blue is next to it";
+    }
+    EXPECT_EQ(QtPlatform::fitted(*bars(4, 1), {0, 0, 2, 1}, {1, 1}, false).pixel(0, 0), qRgb(127, 127, 0));
+}
+
+TEST(PictureFitTest, OnlyThePartIsShown) {
+    auto picture = *bars(4, 4);
+    std::fill_n(picture.pixels.begin() + 2 * 16, 16, std::byte{0xFF});
+    const auto image = QtPlatform::fitted(picture, {2, 1, 2, 3}, {2, 3}, false);
+    EXPECT_EQ(image.pixel(0, 0), blue);
+    EXPECT_EQ(image.pixel(1, 0), gray);
+    EXPECT_EQ(image.pixel(0, 1), 0xFFFFFFFF);
+    EXPECT_EQ(image.pixel(0, 2), blue);
 }
 
 } // namespace

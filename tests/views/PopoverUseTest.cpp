@@ -900,6 +900,16 @@ TEST_F(Popover, ARefreshIsOneFrame) {
     EXPECT_EQ(frames, 1);
 }
 
+TEST_F(Popover, NewsThatChangeNothingAreNotPainted) {
+    world.makeRisky();
+    show();
+    int frames = 0;
+    QObject::connect(&shown->window(), &QQuickWindow::afterRendering, [&] { ++frames; });
+    world.coordinator.refresh();
+    shown->settle();
+    EXPECT_EQ(frames, 0);
+}
+
 TEST_F(Popover, NothingMovesWhereMotionIsReduced) {
     world.makeRisky();
     show();

@@ -1,9 +1,14 @@
 #pragma once
 
+#include "tests/support/TemporaryFolder.h"
+
 #include <QQuickWindow>
 #include <QTest>
 
+#include <algorithm>
 #include <atomic>
+#include <cstddef>
+#include <filesystem>
 #include <memory>
 
 namespace TestSupport {
@@ -27,6 +32,13 @@ inline bool comeToRest(QQuickWindow& window) {
     }
     QObject::disconnect(connection);
     return rests;
+}
+
+/// How many threads the toolkit has for a share of what another one has to paint.
+inline std::ptrdiff_t paintingHelpers() {
+    return std::ranges::count_if(
+        std::filesystem::directory_iterator("/proc/self/task"),
+        [](const auto& task) { return readFile(task.path() / "comm") == "Thread (pooled)\n"; });
 }
 
 } // namespace TestSupport
