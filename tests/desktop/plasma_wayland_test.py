@@ -34,6 +34,8 @@ class PlasmaWaylandTest(KWinScripts, whole_desktop_test.WholeDesktopTest):
 
     def setUp(self):
         super().setUp()
+        # Until it is, a click there reaches nobody.
+        wait_until(self.has_wallpaper, "the desktop is drawn", 60)
         red, green, blue = bytes.fromhex(KONSOLE_COLOUR[1:])
         folder = Path(os.environ["XDG_DATA_HOME"]) / "konsole"
         folder.mkdir(parents=True, exist_ok=True)
@@ -119,7 +121,6 @@ class PlasmaWaylandTest(KWinScripts, whole_desktop_test.WholeDesktopTest):
     def test_a_notice_in_plasmas_own_server_reveals_what_it_tells_of(self):
         xterm = self.open_xterm(x=60, y=60)
         pressed = self.desktop.start("dbus-monitor", "--session", "member='ActionInvoked'")
-        wait_until(self.has_wallpaper, "the desktop is drawn")
         self.start_curtain()
         self.act("privacy-on")
         wait_until(lambda: not self.shows_private(), "the private window is hidden", seen=self.desktop.describe)
