@@ -1,5 +1,6 @@
 #include "platform/linux/LinuxPlatform.h"
 
+#include "platform/linux/SessionKeys.h"
 #include "platform/linux/SessionWindows.h"
 #include "platform/linux/appearance/DesktopColorScheme.h"
 #include "platform/linux/appearance/HighContrast.h"
@@ -15,12 +16,6 @@
 #include "platform/linux/departures/SessionDepartures.h"
 #include "platform/linux/desktopicons/LinuxDesktopIcons.h"
 #include "platform/linux/donotdisturb/DesktopDoNotDisturb.h"
-#include "platform/linux/hotkeys/NoHotKeyService.h"
-#include "platform/linux/hotkeys/X11HotKeyService.h"
-#include "platform/linux/hotkeys/gnome/GnomeHotKeyService.h"
-#include "platform/linux/hotkeys/kglobalaccel/KGlobalAccelHotKeyService.h"
-#include "platform/linux/hotkeys/sway/SwayHotKeyService.h"
-#include "platform/linux/keyboard/XkbKeyboard.h"
 #include "platform/linux/media/LinuxMediaAuthorization.h"
 #include "platform/linux/notifications/DBusNotificationCenter.h"
 #include "platform/linux/ownwindows/NoMenuBar.h"
@@ -32,6 +27,7 @@
 #include "platform/linux/screenwatch/CaptureRoads.h"
 #include "platform/linux/screenwatch/ScreenWatch.h"
 #include "platform/linux/session/AutostartEntry.h"
+#include "platform/linux/session/DesktopNames.h"
 #include "platform/linux/session/EarlierValue.h"
 #include "platform/linux/session/LoginManager.h"
 #include "platform/linux/session/RecordedNote.h"
@@ -39,11 +35,6 @@
 #include "platform/linux/settingslinks/SettingsLinkOpener.h"
 #include "platform/linux/shield/NoAppShield.h"
 #include "platform/linux/shield/X11AppShield.h"
-#include "platform/linux/shortcutlists/DesktopShortcuts.h"
-#include "platform/linux/shortcutlists/GSettingsShortcuts.h"
-#include "platform/linux/shortcutlists/I3Shortcuts.h"
-#include "platform/linux/shortcutlists/KdeShortcuts.h"
-#include "platform/linux/shortcutlists/XfconfShortcuts.h"
 #include "platform/linux/soundlibrary/LazySound.h"
 #include "platform/linux/soundlibrary/MissingSound.h"
 #include "platform/linux/system/EnvironmentLocale.h"
@@ -283,15 +274,6 @@ TrayToolkit trayToolkit(const SessionEnvironment& environment, const QtPlatform:
     };
 }
 
-/// The desktop's names as the variable that they come from has them.
-std::string desktopNames(const SessionEnvironment& environment) {
-    std::string names;
-    for (const auto& name : environment.desktops) {
-        names += (names.empty() ? "" : ":") + name;
-    }
-    return names;
-}
-
 SessionDepartures& addDepartures(Platform::Platform& platform, Session& session) {
     const auto bus = QDBusConnection::sessionBus();
     auto departures = std::make_unique<SessionDepartures>(bus);
@@ -342,20 +324,6 @@ void addShell(Platform::Platform& platform, Session& session) {
         std::make_unique<QtPlatform::QtSavePanel>(*platform.windows));
     platform.urlOpener =
         std::make_unique<SettingsLinkOpener>(desktopNames(environment), QtPlatform::startDetached);
-}
-
-/// A list that is not this session's costs a question that fails at once.
-std::vector<std::unique_ptr<ShortcutList>> shortcutLists(const SessionEnvironment& environment) {
-    std::vector<std::unique_ptr<ShortcutList>> lists;
-    const auto bus = QDBusConnection::sessionBus();
-    if (bus.isConnected()) {
-        lists.push_back(std::make_unique<XfconfShortcuts>(bus));
-        lists.push_back(std::make_unique<KdeShortcuts>(bus));
-    }
-    lists.push_back(
-        std::make_unique<GSettingsShortcuts>(GSettingsShortcuts::schemasOf(desktopNames(environment))));
-    lists.push_back(std::make_unique<I3Shortcuts>(environment.i3Socket.string()));
-    return lists;
 }
 
 LinuxCaptureServices& addCamera(Platform::Platform& platform) {
@@ -419,50 +387,6 @@ std::unique_ptr<Platform::AppShield> appShieldOf(Session& session, LinuxWorkspac
         queue);
 }
 
-std::unique_ptr<SwayHotKeyService> swayHotKeyServiceOf(Session& session, const Platform::Platform& platform,
-                                                       XkbKeyboard& keyboard) {
-    return std::make_unique<SwayHotKeyService>(
-        session.environment.i3Socket, *platform.mainQueue, *platform.log,
-        SwayHotKeyService::Keys{[&keyboard](std::int64_t keyCode) { return keyboard.scanCodeOf(keyCode); },
-                                [&keyboard](std::int64_t keyCode) { return keyboard.symbols(keyCode); }},
-        EarlierValue(*session.windowState, "boundShortcuts", sessionMark(session.environment)),
-        SwayHotKeyService::Patience());
-}
-
-std::unique_ptr<Platform::HotKeyService> x11HotKeyServiceOf(Session& session,
-                                                            const Platform::Platform& platform) {
-    if (!session.x11) {
-        return std::make_unique<NoHotKeyService>();
-    }
-    // The server grants every combination, but hears of keys only what its compositor hands on.
-    const auto reach = session.environment.isWayland() ? Platform::HotKeyReach::inX11WindowsOnly
-                                                       : Platform::HotKeyReach::everywhere;
-    return std::make_unique<X11HotKeyService>(*session.x11, *platform.mainQueue, *platform.log, reach);
-}
-
-std::unique_ptr<Platform::HotKeyService> hotKeyServiceOf(Session& session, const Platform::Platform& platform,
-                                                         XkbKeyboard& keyboard) {
-    const auto bus = QDBusConnection::sessionBus();
-    if (isScriptedKWin(session.environment) && KGlobalAccelHotKeyService::isThere(bus, {})) {
-        return std::make_unique<KGlobalAccelHotKeyService>(
-            bus, *platform.mainQueue, [&keyboard](std::int64_t keyCode) { return keyboard.symbols(keyCode); },
-            KGlobalAccelHotKeyService::Patience());
-    }
-    if (session.environment.isWayland() && !session.environment.i3Socket.empty()) {
-        auto service = swayHotKeyServiceOf(session, platform, keyboard);
-        if (service->reach() == Platform::HotKeyReach::everywhere) {
-            return service;
-        }
-    }
-    if (isGnomeShell(session.environment)) {
-        return std::make_unique<GnomeHotKeyService>(
-            bus, *platform.mainQueue, *platform.log,
-            [&keyboard](std::int64_t keyCode) { return keyboard.scanCodeOf(keyCode); },
-            x11HotKeyServiceOf(session, platform));
-    }
-    return x11HotKeyServiceOf(session, platform);
-}
-
 } // namespace
 
 std::optional<std::string> missingXServer(const SessionEnvironment& environment) {
@@ -493,14 +417,12 @@ Platform::Platform makeLinuxPlatform(const SessionEnvironment& environment) {
     session->windowSystem = windowsOfSession(
         environment, session->x11.get(), *platform.mainQueue,
         EarlierValue(*session->windowState, "takenWindows", sessionMark(environment)), platform.log.get());
-    auto keyboard = std::make_unique<XkbKeyboard>(session->x11.get(), desktopNames(environment));
-    const auto symbolsOfKey = [keys = keyboard.get()](std::int64_t keyCode) {
-        return keys->symbols(keyCode);
-    };
-    platform.hotKeyService = hotKeyServiceOf(*session, platform, *keyboard);
-    platform.systemShortcuts = std::make_unique<DesktopShortcuts>(
-        *platform.hotKeyService, *platform.mainQueue, symbolsOfKey, shortcutLists(environment));
-    platform.keyboard = std::move(keyboard);
+    auto keys = keysOfSession(environment, session->x11.get(),
+                              EarlierValue(*session->windowState, "boundShortcuts", sessionMark(environment)),
+                              *platform.mainQueue, *platform.log);
+    platform.hotKeyService = std::move(keys.hotKeyService);
+    platform.systemShortcuts = std::move(keys.systemShortcuts);
+    platform.keyboard = std::move(keys.keyboard);
     platform.userDefaults = std::make_unique<FileUserDefaults>(
         std::filesystem::path(g_get_user_config_dir()) / "curtain", *platform.log);
     platform.locale = std::make_unique<EnvironmentLocale>();
