@@ -23,7 +23,8 @@
 namespace LinuxPlatform {
 namespace {
 
-/// What every hot-key service is made of. All of it outlives the service.
+/// What every hot-key service is made of. All of it outlives the service but the keyboard, which is not asked
+/// at its end.
 struct Session {
     const SessionEnvironment& environment;
     X11Connection* x11;

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <span>
 #include <string_view>
+#include <vector>
 
 namespace LinuxPlatform {
 
@@ -15,6 +16,12 @@ inline std::span<const std::uint32_t> numbersIn(const xcb_get_property_reply_t* 
         return {};
     }
     return {static_cast<const std::uint32_t*>(xcb_get_property_value(reply)), reply->value_len};
+}
+
+/// The same, beyond the reply's life.
+inline std::vector<std::uint32_t> listIn(const xcb_get_property_reply_t& reply) {
+    const auto numbers = numbersIn(&reply);
+    return {numbers.begin(), numbers.end()};
 }
 
 /// What a property of bytes holds; empty in the same cases.

@@ -16,14 +16,9 @@ namespace {
 
 constexpr std::uint32_t longestList = 1U << 16U;
 constexpr std::uint32_t iconicState = 3;
-/// In the second: all functions but the named ones.
+/// In the second of the Motif hints: all functions but the named ones.
 constexpr std::uint32_t motifAllBut = 1U << 0U;
 constexpr std::uint32_t motifMinimize = 1U << 3U;
-
-std::vector<std::uint32_t> listIn(const xcb_get_property_reply_t& reply) {
-    const auto numbers = numbersIn(&reply);
-    return {numbers.begin(), numbers.end()};
-}
 
 /// And after the extension that tells of processes, in the same round trip.
 std::vector<xcb_atom_t> askAtoms(X11Connection& connection) {

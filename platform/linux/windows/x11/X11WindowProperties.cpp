@@ -23,11 +23,6 @@ std::optional<std::uint32_t> numberIn(const Reply& reply) {
     return numbers.empty() ? std::nullopt : std::optional(numbers.front());
 }
 
-std::vector<std::uint32_t> listIn(const Reply& reply) {
-    const auto numbers = numbersIn(&reply);
-    return {numbers.begin(), numbers.end()};
-}
-
 void readMotifHints(X11Window& window, const Reply& reply) {
     const auto hints = listIn(reply);
     const bool hasFunctions = hints.size() > 1 && (hints[0] & motifHasFunctions) != 0;
