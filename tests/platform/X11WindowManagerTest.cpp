@@ -137,6 +137,14 @@ struct X11WindowManagerTest : PlatformTests::X11WindowFixture {
         client.sync();
     }
 
+    /// A hidden window of a manager that answers questions, here when the test does.
+    xcb_window_t hideUnderOneThatAnswers(ScriptedWindowManager& manager) {
+        manager.support({"_NET_CLIENT_LIST", "_NET_REQUEST_FRAME_EXTENTS"});
+        const auto window = openUnder(manager, ScriptedWindowManager::iconic, {hiddenState});
+        listenAsManager();
+        return window;
+    }
+
     struct Requests {
         std::vector<xcb_window_t> map;
         std::vector<xcb_client_message_event_t> activate;
@@ -248,9 +256,7 @@ TEST_F(X11WindowManagerTest, WindowIsActivatedOnlyWhereNothingElseBringsItBack) 
 
 TEST_F(X11WindowManagerTest, ManagerThatAnswersInTurnIsAskedForMoreOnlyWhenItHas) {
     ScriptedWindowManager manager;
-    manager.support({"_NET_CLIENT_LIST", "_NET_REQUEST_FRAME_EXTENTS"});
-    const auto window = openUnder(manager, ScriptedWindowManager::iconic, {hiddenState});
-    listenAsManager();
+    const auto window = hideUnderOneThatAnswers(manager);
     ManualSystem manual;
     ASSERT_TRUE(manual.lists(window));
     const auto answer = [&](const Requests& question) {
@@ -277,9 +283,7 @@ TEST_F(X11WindowManagerTest, ManagerThatAnswersInTurnIsAskedForMoreOnlyWhenItHas
 
 TEST_F(X11WindowManagerTest, WindowIsAwaitedWhileABusyManagerOwesItUnlessItIsHiddenAgain) {
     ScriptedWindowManager manager;
-    manager.support({"_NET_CLIENT_LIST", "_NET_REQUEST_FRAME_EXTENTS"});
-    const auto window = openUnder(manager, ScriptedWindowManager::iconic, {hiddenState});
-    listenAsManager();
+    const auto window = hideUnderOneThatAnswers(manager);
     ManualSystem manual;
     ASSERT_TRUE(manual.lists(window));
     const std::array ids{WindowId{window}};
