@@ -6,11 +6,8 @@
 #include "Curtain/ViewText.h"
 #include "core/Localizer.h"
 
-#include <QUrl>
-
 #include <algorithm>
 #include <array>
-#include <set>
 #include <utility>
 
 namespace Curtain {
@@ -72,11 +69,9 @@ MeetingReadinessView::MeetingReadinessView(const Services& services, std::string
       lang_(std::move(lang)),
       texts_(lang_),
       actions_(std::move(actions)),
-      privateApps_([this](const std::string& bundleID) { return iconSource(bundleID); }),
-      editedApps_([this](const std::string& bundleID) { return iconSource(bundleID); }),
-      apps_(services.locale.preferredLanguageCode()),
-      micStatus_(services.mic.status()),
-      echoPhase_(services.mic.echoPhase()) {
+      lists_({services.store, services.workspace, services.catalog}, services.locale.preferredLanguageCode()),
+      microphone_(services.mic) {
+    lists_.onPresenceChange = [this] { Q_EMIT appsChanged(); };
     connect(&services_.coordinator, &ReadinessCoordinator::stateChanged, this,
             &MeetingReadinessView::readState);
     connect(&services_.camera, &CameraPreviewManager::changed, this, &MeetingReadinessView::readCamera);
@@ -91,7 +86,7 @@ MeetingReadinessView::MeetingReadinessView(const Services& services, std::string
     photo_ = services_.camera.capturedPhoto();
     showsRisk_ = services_.store.load().showEmbarrassmentScore;
     wasReady_ = isReady();
-    fillLists();
+    lists_.fill();
 }
 
 bool MeetingReadinessView::isRightToLeft() const {
@@ -115,7 +110,7 @@ QString MeetingReadinessView::capsuleTone() const {
         return now.risk == RiskLevel::low ? riskColour(RiskLevel::medium) : riskColour(now.risk);
     }
     // The level comes and goes with every word that is spoken; the checklist's row stays.
-    const auto isMicrophoneOut = microphoneMark() == ReadinessStatus::danger;
+    const auto isMicrophoneOut = microphone_.mark() == ReadinessStatus::danger;
     const std::array rows{now.camera, isMicrophoneOut ? ReadinessStatus::danger : now.microphone,
                           now.notifications, now.desktop, privateAppsMark()};
     if (!now.issues.empty() || isPrivacyModeInVain() || std::ranges::any_of(rows, isBad)) {
@@ -140,7 +135,7 @@ bool MeetingReadinessView::canHideApps() const {
 
 bool MeetingReadinessView::canHideMore() const {
     return canHideApps() && hasPrivateApps() &&
-           (!isPrivacyModeOn() || visibilities().contains(QStringLiteral("visible")));
+           (!isPrivacyModeOn() || lists_.isAny(PrivateAppVisibility::visible));
 }
 
 QString MeetingReadinessView::hideProblem() const {
@@ -274,67 +269,20 @@ QString MeetingReadinessView::privateAppsDetail() const {
         (isScoreIncomplete() || !services_.workspace.knowsEveryWindow())) {
         return text(PlatformKey::cannotTell);
     }
-    const auto visible =
-        std::ranges::count(privateApps_.rows(), PrivateAppVisibility::visible, &AppListRow::visibility);
-    return QString::number(visible) + ' ' + text(LocKey::privateAppsVisible);
-}
-
-ReadinessStatus MeetingReadinessView::microphoneMark() const {
-    switch (micStatus_) {
-    case MicStatus::working:
-        return ReadinessStatus::ok;
-    case MicStatus::noPermission:
-    case MicStatus::noInputDevice:
-        return ReadinessStatus::danger;
-    case MicStatus::silent:
-    case MicStatus::unavailable:
-    case MicStatus::unknown:
-        break;
-    }
-    return ReadinessStatus::unknown;
+    return QString::number(lists_.count(PrivateAppVisibility::visible)) + ' ' +
+           text(LocKey::privateAppsVisible);
 }
 
 QString MeetingReadinessView::microphoneStatus() const {
-    return statusName(microphoneMark());
+    return statusName(microphone_.mark());
 }
 
 QString MeetingReadinessView::microphoneDetail() const {
-    switch (micStatus_) {
-    case MicStatus::working:
-        return text(LocKey::micWorking);
-    case MicStatus::silent:
-        return text(LocKey::micSaySomething);
-    case MicStatus::noPermission:
-        return text(LocKey::micAccessDenied);
-    case MicStatus::noInputDevice:
-        return text(LocKey::micNoInput);
-    case MicStatus::unavailable:
-    case MicStatus::unknown:
-        break;
-    }
-    return text(LocKey::notCheckedYet);
-}
-
-QString MeetingReadinessView::microphoneName() const {
-    return QString::fromStdString(services_.mic.deviceName());
+    return microphone_.detail(lang_);
 }
 
 QString MeetingReadinessView::echoLabel() const {
-    switch (echoPhase_) {
-    case EchoPhase::recording:
-        return text(LocKey::recordingTitle);
-    case EchoPhase::playing:
-        return text(LocKey::playingTitle);
-    case EchoPhase::idle:
-    case EchoPhase::done:
-        break;
-    }
-    return text(LocKey::recordTitle);
-}
-
-double MeetingReadinessView::microphoneLevel() const {
-    const auto isMetering = micStatus_ == MicStatus::working || micStatus_ == MicStatus::silent;
-    return isMetering ? std::clamp(static_cast<double>(services_.mic.level()), 0.0, 1.0) : 0.0;
+    return microphone_.echoLabel(lang_);
 }
 
 QString MeetingReadinessView::cameraState() const {
@@ -390,7 +338,7 @@ void MeetingReadinessView::discardPhoto() {
 
 bool MeetingReadinessView::isReady() const {
     const auto& now = state();
-    const std::array rows{now.camera, microphoneMark(), now.notifications, now.desktop, privateAppsMark()};
+    const std::array rows{now.camera, microphone_.mark(), now.notifications, now.desktop, privateAppsMark()};
     return services_.camera.status() == CameraStatus::available && now.issues.empty() &&
            !isScoreIncomplete() && canHideApps() && std::ranges::none_of(rows, isBad);
 }
@@ -403,7 +351,7 @@ QStringList MeetingReadinessView::visibilities() const {
                                       std::pair{PrivateAppVisibility::unknown, "cannotTell"}};
     QStringList found;
     for (const auto& [visibility, name] : names) {
-        if (std::ranges::count(privateApps_.rows(), visibility, &AppListRow::visibility) > 0) {
+        if (lists_.isAny(visibility)) {
             found.push_back(QString::fromLatin1(name));
         }
     }
@@ -411,21 +359,18 @@ QStringList MeetingReadinessView::visibilities() const {
 }
 
 void MeetingReadinessView::setEditingApps(bool editing) {
-    if (editing == editingApps_) {
-        return;
+    if (editing != lists_.isEditing()) {
+        lists_.setEditing(editing);
+        setAppQuery({});
+        lists_.fill();
+        Q_EMIT editingAppsChanged();
     }
-    editingApps_ = editing;
-    apps_.setEntries(editing ? services_.catalog.appsToChoose() : std::vector<CatalogEntry>());
-    setAppQuery({});
-    fillLists();
-    Q_EMIT editingAppsChanged();
 }
 
 void MeetingReadinessView::setAppQuery(const QString& query) {
-    if (query != appQuery_) {
-        appQuery_ = query;
-        fillLists();
-        findApp();
+    if (query != lists_.query()) {
+        lists_.setQuery(query);
+        Q_EMIT foundAppChanged();
         Q_EMIT appQueryChanged();
     }
 }
@@ -485,26 +430,15 @@ void MeetingReadinessView::openFocus() {
     setMissingPage(isOpen ? SettingsPage::none : SettingsPage::focus);
 }
 
-bool MeetingReadinessView::isDivider(int row) const {
-    const auto& rows = editedApps_.rows();
-    const auto index = static_cast<std::size_t>(row);
-    return index < rows.size() && rows[index].kind == AppListRow::Kind::divider;
-}
-
 void MeetingReadinessView::toggleApp(const QString& bundleID) {
-    const auto& rows = editedApps_.rows();
-    const auto wanted = bundleID.toStdString();
-    const auto found = std::ranges::find_if(rows, [&](const AppListRow& row) {
-        return row.kind != AppListRow::Kind::divider && row.app.bundleID == wanted;
-    });
-    if (found != rows.end()) {
-        services_.coordinator.toggleTargetApp(CatalogEntry(found->app));
+    if (const auto app = lists_.editedApp(bundleID.toStdString())) {
+        services_.coordinator.toggleTargetApp(*app);
     }
 }
 
 void MeetingReadinessView::readState() {
     showsRisk_ = services_.store.load().showEmbarrassmentScore;
-    fillLists();
+    lists_.fill();
     Q_EMIT stateChanged();
     readReady();
 }
@@ -521,20 +455,14 @@ void MeetingReadinessView::readCamera() {
 }
 
 void MeetingReadinessView::readMicrophone() {
-    const auto status = services_.mic.status();
-    const auto phase = services_.mic.echoPhase();
-    const auto name = microphoneName();
-    if (status == micStatus_ && phase == echoPhase_ && name == microphoneName_) {
-        Q_EMIT microphoneLevelChanged();
+    const auto markBefore = microphone_.mark();
+    const bool isOnlyLevel = !microphone_.look();
+    Q_EMIT microphoneLevelChanged();
+    if (isOnlyLevel) {
         return;
     }
-    const auto markBefore = microphoneMark();
-    micStatus_ = status;
-    echoPhase_ = phase;
-    microphoneName_ = name;
-    Q_EMIT microphoneLevelChanged();
     Q_EMIT microphoneChanged();
-    if (markBefore != microphoneMark()) {
+    if (markBefore != microphone_.mark()) {
         Q_EMIT stateChanged();
         readReady();
     }
@@ -547,62 +475,11 @@ void MeetingReadinessView::readReady() {
     }
 }
 
-void MeetingReadinessView::fillLists() {
-    const auto hadPrivateApps = hasPrivateApps();
-    const auto targets = services_.store.load().targetApps;
-    std::vector<AppListRow> rows;
-    std::set<std::string> known;
-    for (const auto& app : PrivateAppsInspector::rows(services_.workspace, targets)) {
-        const CatalogEntry entry{app.bundleID, app.name};
-        const bool isGone =
-            app.visibility == PrivateAppVisibility::notRunning && services_.catalog.isGone(entry);
-        rows.push_back({AppListRow::Kind::privateApp, entry,
-                        isGone ? PrivateAppVisibility::notInstalled : app.visibility});
-        known.insert(app.bundleID);
-    }
-    privateApps_.setRows(rows);
-    if (editingApps_) {
-        std::vector<AppListRow> candidates;
-        for (const auto place : apps_.matching(appQuery_)) {
-            const auto& entry = apps_.entries()[place];
-            if (!known.contains(entry.bundleID)) {
-                candidates.push_back({AppListRow::Kind::candidate, entry, {}});
-            }
-        }
-        if (!rows.empty() && !candidates.empty()) {
-            rows.push_back({AppListRow::Kind::divider, {}, {}});
-        }
-        rows.insert(rows.end(), candidates.begin(), candidates.end());
-        editedApps_.setRows(std::move(rows));
-    } else {
-        editedApps_.setRows({});
-    }
-    if (hadPrivateApps != hasPrivateApps()) {
-        Q_EMIT appsChanged();
-    }
-}
-
-void MeetingReadinessView::findApp() {
-    const auto& rows = editedApps_.rows();
-    const auto found = std::ranges::find_if(rows, [this](const AppListRow& row) {
-        return row.kind != AppListRow::Kind::divider && apps_.holds(row.app, appQuery_);
-    });
-    foundApp_ = found == rows.end() ? -1 : static_cast<int>(found - rows.begin());
-    Q_EMIT foundAppChanged();
-}
-
 void MeetingReadinessView::setMissingPage(SettingsPage page) {
     if (page != missingPage_) {
         missingPage_ = page;
         Q_EMIT settingsProblemChanged();
     }
-}
-
-QString MeetingReadinessView::iconSource(const std::string& bundleID) const {
-    const auto icon = services_.catalog.icon(bundleID);
-    return icon ? "image://icon/" +
-                      QString::fromLatin1(QUrl::toPercentEncoding(QString::fromStdString(icon->source)))
-                : QString();
 }
 
 } // namespace Curtain

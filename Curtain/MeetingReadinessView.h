@@ -1,13 +1,13 @@
 #pragma once
 
 #include "Curtain/AppCatalog.h"
-#include "Curtain/AppListModel.h"
-#include "Curtain/AppSearch.h"
 #include "Curtain/CameraPreviewManager.h"
 #include "Curtain/MicrophoneMonitor.h"
 #include "Curtain/ReadinessCoordinator.h"
 #include "Curtain/ViewText.h"
 #include "Curtain/ViewTexts.h"
+#include "Curtain/popover/MicrophoneRow.h"
+#include "Curtain/popover/PrivateAppLists.h"
 #include "core/PreferencesStore.h"
 #include "platform/Locale.h"
 #include "platform/SystemVersion.h"
@@ -180,9 +180,9 @@ public:
 
     QString microphoneStatus() const;
     QString microphoneDetail() const;
-    QString microphoneName() const;
+    QString microphoneName() const { return microphone_.name(); }
     QString echoLabel() const;
-    double microphoneLevel() const;
+    double microphoneLevel() const { return microphone_.level(); }
 
     /// "available", "noPermission", "noCameraFound" or "unavailable".
     QString cameraState() const;
@@ -197,17 +197,17 @@ public:
     /// Whether a camera that shows a picture deserves the ready badge.
     bool isReady() const;
 
-    QAbstractListModel* privateApps() { return &privateApps_; }
-    bool hasPrivateApps() const { return !privateApps_.rows().empty(); }
+    QAbstractListModel* privateApps() { return &lists_.privateApps(); }
+    bool hasPrivateApps() const { return lists_.hasPrivateApps(); }
     /// Those that occur among the private apps.
     QStringList visibilities() const;
     /// The private apps, and below them the others that match the query.
-    QAbstractListModel* editedApps() { return &editedApps_; }
-    bool editingApps() const { return editingApps_; }
+    QAbstractListModel* editedApps() { return &lists_.editedApps(); }
+    bool editingApps() const { return lists_.isEditing(); }
     void setEditingApps(bool editing);
-    const QString& appQuery() const { return appQuery_; }
+    const QString& appQuery() const { return lists_.query(); }
     void setAppQuery(const QString& query);
-    int foundApp() const { return foundApp_; }
+    int foundApp() const { return lists_.found(); }
     bool showingTestShare() const { return showingTestShare_; }
     void setShowingTestShare(bool showing);
     /// What to say after that settings page could not be opened; empty otherwise.
@@ -237,7 +237,7 @@ public:
     Q_INVOKABLE void openCameraSettings();
     Q_INVOKABLE void openFocus();
     /// Whether a row of the edited apps only parts the others.
-    Q_INVOKABLE bool isDivider(int row) const;
+    Q_INVOKABLE bool isDivider(int row) const { return lists_.isDivider(row); }
     /// Makes one of the edited apps private, or no longer private.
     Q_INVOKABLE void toggleApp(const QString& bundleID);
 
@@ -268,37 +268,26 @@ private:
     bool isScoreIncomplete() const { return state().privateAppsUnknown > 0; }
     /// Whether the risk would be called low, and apps that were not counted may raise it.
     bool isRiskOpen() const;
-    CurtainCore::ReadinessStatus microphoneMark() const;
     CurtainCore::ReadinessStatus privateAppsMark() const;
     void readState();
     void readCamera();
     void readMicrophone();
     void readReady();
-    void fillLists();
-    void findApp();
     void setMissingPage(SettingsPage page);
     QString problemWith(SettingsPage page) const;
-    QString iconSource(const std::string& bundleID) const;
 
     Services services_;
     std::string lang_;
     ViewTexts texts_;
     MeetingReadinessActions actions_;
-    AppListModel privateApps_;
-    AppListModel editedApps_;
-    AppSearch apps_;
-    QString appQuery_;
-    int foundApp_ = 0;
+    PrivateAppLists lists_;
+    MicrophoneRow microphone_;
     bool showsRisk_ = true;
-    bool editingApps_ = false;
     bool showingTestShare_ = false;
     SettingsPage missingPage_ = SettingsPage::none;
     bool wasReady_ = false;
     std::shared_ptr<const Platform::Picture> photo_;
     PhotoNews photoNews_ = PhotoNews::none;
-    MicStatus micStatus_;
-    EchoPhase echoPhase_;
-    QString microphoneName_;
 };
 
 } // namespace Curtain
