@@ -98,13 +98,19 @@ std::vector<float> peaks(const std::vector<float>& samples) {
     return result;
 }
 
+/// PulseAudio counts as heard what a sink has taken, and its virtual ones that take nothing back take sound
+/// for so long ahead of the clock. Those of sound cards are asked for what they have not played yet.
+std::chrono::milliseconds takenAhead() {
+    return std::chrono::milliseconds(SoundWorld::isPipeWire() ? 0 : 50);
+}
+
 TEST_F(PulseAudioPlayerTest, PlaysTheWholeFileAndTellsWhenItHasBeenHeard) {
     open(makeFile(1));
     const auto start = std::chrono::steady_clock::now();
     player->play();
     ASSERT_TRUE(finishes());
     EXPECT_EQ(listener.outcome, true);
-    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::seconds(1) - takenAhead());
     EXPECT_EQ(ourStream(), "");
 }
 
