@@ -411,6 +411,23 @@ TEST_F(LinuxWorkspaceTest, WindowThatIsHiddenAgainOnItsWayBackIsNotForgotten) {
     EXPECT_THAT(windows.shown, ElementsAre(ElementsAre(1), ElementsAre(1)));
 }
 
+TEST_F(LinuxWorkspaceTest, WindowThatGoesOnlyAfterItWasAskedBackIsNotTakenForOneThatItsUserPutAway) {
+    windows.open(1, "a", 10);
+    const auto app = only("a");
+    windows.takesEffect = false;
+    app->hide();
+    app->unhide();
+    windows.toBeShown = {1};
+    windows.at(1);
+    EXPECT_FALSE(app->isHidden());
+    windows.at(1).isHidden = true;
+    EXPECT_FALSE(app->isHidden());
+    app->hide();
+    windows.toBeShown.clear();
+    app->unhide();
+    EXPECT_THAT(windows.shown, ElementsAre(ElementsAre(1), ElementsAre(1)));
+}
+
 TEST_F(LinuxWorkspaceTest, WindowIdentifierThatIsUsedAgainIsAnotherWindow) {
     windows.open(1, "a", 10);
     windows.open(2, "a", 10);

@@ -290,7 +290,10 @@ void AppInstances::identify(KnownWindow& known, const Window& window) {
 
 void AppInstances::takeNoteOf(KnownWindow& known, const Window& window) const {
     if (!window.isHidden) {
-        known.awaitedUntil.reset();
+        // One that was asked back before it had gone may still go before it comes.
+        if (known.awaitedUntil && !windowSystem_.isShowAwaited(window.id)) {
+            known.awaitedUntil.reset();
+        }
         known.wasPutAwayBefore = false;
     }
     if (known.takenAway && window.isHidden) {
