@@ -12,12 +12,13 @@ namespace QtPlatform {
 namespace {
 
 using Pixel = std::uint32_t;
-using Row = std::vector<Pixel>;
+/// The four bytes of a pixel with room between them, for sums and products of all at once.
+using WidePixel = std::uint64_t;
 
 /// Between two neighbours, in steps of 1/256 from the first to the second.
 struct Place {
-    std::size_t first = 0;
-    std::size_t second = 0;
+    std::uint32_t first = 0;
+    std::uint32_t second = 0;
     std::uint32_t step = 0;
 };
 
@@ -30,23 +31,37 @@ std::vector<Place> places(double begin, double length, int count, int whole) {
     for (int index = 0; index < count; ++index) {
         const double center = begin + (index + 0.5) * length / count - 0.5;
         const auto at = std::clamp(static_cast<int>(std::lround(center * steps)), 0, last);
-        places.push_back({static_cast<std::size_t>(at / steps),
-                          static_cast<std::size_t>(std::min(at / steps + 1, whole - 1)),
+        places.push_back({static_cast<std::uint32_t>(at / steps),
+                          static_cast<std::uint32_t>(std::min(at / steps + 1, whole - 1)),
                           static_cast<std::uint32_t>(at % steps)});
     }
     return places;
 }
 
-/// Two of the four bytes at a time.
-Pixel mixed(Pixel first, Pixel second, std::uint32_t step) {
-    constexpr Pixel even = 0x00FF00FF;
-    const Pixel low = ((first & even) * (256 - step) + (second & even) * step) >> 8U;
-    const Pixel high = (first >> 8U & even) * (256 - step) + (second >> 8U & even) * step;
-    return (low & even) | (high & ~even);
+constexpr WidePixel everyByte = 0x00FF00FF00FF00FF;
+
+WidePixel widened(Pixel pixel) {
+    return (pixel | static_cast<WidePixel>(pixel) << 24U) & everyByte;
 }
 
-void readRow(const Platform::Picture& picture, std::size_t row, std::span<Pixel> pixels) {
-    std::memcpy(pixels.data(), picture.pixels.data() + row * pixels.size_bytes(), pixels.size_bytes());
+Pixel narrowed(WidePixel pixel) {
+    return static_cast<Pixel>(pixel | pixel >> 24U);
+}
+
+Pixel mixed(Pixel first, Pixel second, std::uint32_t step) {
+    const auto from = widened(first);
+    return narrowed(((from << 8U) + (widened(second) - from) * step) >> 8U & everyByte);
+}
+
+/// The bytes of two rows, mixed.
+void mixRows(std::span<const std::byte> first, std::span<const std::byte> second, std::uint32_t step,
+             std::span<std::byte> out) {
+    std::transform(first.begin(), first.end(), second.begin(), out.begin(),
+                   [step](std::byte one, std::byte other) {
+                       return static_cast<std::byte>((std::to_integer<std::uint32_t>(one) * (256 - step) +
+                                                      std::to_integer<std::uint32_t>(other) * step) >>
+                                                     8U);
+                   });
 }
 
 } // namespace
@@ -57,19 +72,18 @@ QImage fitted(const Platform::Picture& picture, const QRectF& part, const QSize&
         std::ranges::reverse(columns);
     }
     QImage image(size, QImage::Format_RGB32);
-    Row upper(static_cast<std::size_t>(picture.width));
-    Row lower(upper.size());
+    std::vector<Pixel> pixels(static_cast<std::size_t>(picture.width));
+    const auto rowOf = [&](std::size_t row) {
+        return std::span(picture.pixels)
+            .subspan(row * pixels.size() * sizeof(Pixel), pixels.size() * sizeof(Pixel));
+    };
     int y = 0;
     for (const auto& row : places(part.y(), part.height(), size.height(), picture.height)) {
-        readRow(picture, row.first, upper);
-        if (row.step > 0) {
-            readRow(picture, row.second, lower);
-            std::ranges::transform(upper, lower, upper.begin(),
-                                   [&](Pixel first, Pixel second) { return mixed(first, second, row.step); });
-        }
+        mixRows(rowOf(row.first), rowOf(row.second), row.step, std::as_writable_bytes(std::span(pixels)));
+        const auto* in = pixels.data();
         auto* out = reinterpret_cast<Pixel*>(image.scanLine(y++));
         for (const auto& column : columns) {
-            *out++ = mixed(upper[column.first], upper[column.second], column.step);
+            *out++ = mixed(in[column.first], in[column.second], column.step);
         }
     }
     return image;

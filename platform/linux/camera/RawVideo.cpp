@@ -4,6 +4,7 @@
 #include <array>
 #include <bit>
 #include <cstdint>
+#include <cstring>
 #include <optional>
 #include <vector>
 
@@ -139,6 +140,8 @@ bool hasLuma(PixelLayout layout) {
 struct RowSums {
     std::vector<std::uint16_t> sums;
     std::size_t rows = 1;
+    /// Where the samples recur after four bytes: how many such neighbours are added up as well, 1, 2, 4 or 8.
+    std::size_t groups = 1;
 
     void add(const Plane& plane, std::size_t first) {
         std::ranges::fill(sums, std::uint16_t{0});
@@ -147,6 +150,21 @@ struct RowSums {
             for (std::size_t at = 0; at < sums.size(); ++at) {
                 sums[at] = static_cast<std::uint16_t>(sums[at] + bytes[at]);
             }
+        }
+        for (std::size_t added = 1, pairs = sums.size() / 8; added < groups; added *= 2, pairs /= 2) {
+            addPairs(pairs);
+        }
+    }
+
+private:
+    /// Four sums at once, of which none outgrows its 16 bits.
+    void addPairs(std::size_t pairs) {
+        auto* bytes = reinterpret_cast<std::byte*>(sums.data());
+        for (std::size_t index = 0; index < pairs; ++index) {
+            std::array<std::uint64_t, 2> pair{};
+            std::memcpy(pair.data(), bytes + index * sizeof pair, sizeof pair);
+            pair[0] += pair[1];
+            std::memcpy(bytes + index * sizeof pair[0], pair.data(), sizeof pair[0]);
         }
     }
 };
@@ -157,26 +175,27 @@ using Samples = std::array<std::vector<std::uint8_t>, 3>;
 
 /// The means of that many samples in a row.
 template <std::size_t across>
-void average(const RowSums& from, const Channel& channel, std::vector<std::uint8_t>& out) {
-    const auto count = static_cast<unsigned>(across * from.rows);
+void average(const RowSums& from, const Channel& channel, std::span<std::uint8_t> out) {
+    const auto count = static_cast<unsigned>(across * from.rows * from.groups);
     const auto shift = std::countr_zero(count);
+    const auto spacing = channel.spacing;
     const auto* sums = from.sums.data() + channel.offset;
-    for (std::size_t x = 0; x < out.size(); ++x) {
+    auto* mean = out.data();
+    for (const auto* const end = mean + out.size(); mean != end; ++mean) {
         unsigned sum = count / 2;
-        for (std::size_t sample = 0; sample < across; ++sample) {
-            sum += sums[(x * across + sample) * channel.spacing];
+        for (std::size_t sample = 0; sample < across; ++sample, sums += spacing) {
+            sum += *sums;
         }
-        out[x] = static_cast<std::uint8_t>(sum >> shift);
+        *mean = static_cast<std::uint8_t>(sum >> shift);
     }
 }
 
-void gather(const RowSums& from, const Channel& channel, std::size_t reduction,
-            std::vector<std::uint8_t>& out) {
-    switch (reduction / channel.pixels) {
+void gather(const RowSums& from, const Channel& channel, std::size_t reduction, std::span<std::uint8_t> out) {
+    switch (reduction / channel.pixels / from.groups) {
     case 0:
+        // Two pixels share one.
         for (std::size_t x = 0; x < out.size(); ++x) {
-            out[x] =
-                static_cast<std::uint8_t>(from.sums[channel.offset + x / channel.pixels * channel.spacing]);
+            out[x] = static_cast<std::uint8_t>(from.sums[channel.offset + x / 2 * channel.spacing]);
         }
         break;
     case 1:
@@ -194,11 +213,7 @@ void gather(const RowSums& from, const Channel& channel, std::size_t reduction,
     }
 }
 
-std::uint8_t clamped(int value) {
-    return static_cast<std::uint8_t>(std::clamp(value, 0, 255));
-}
-
-/// Of the equations of ITU-R BT.601 and BT.709, in 1/64 steps; every product fits into 16 bits.
+/// Of the equations of ITU-R BT.601 and BT.709, in 1/64 steps; every sum of products spans less than 16 bits.
 struct Coefficients {
     int black = 0;
     /// In 1/128 steps, so that white is white.
@@ -214,21 +229,31 @@ constexpr Coefficients limited709{16, 149, 135, 14, 34, 115};
 constexpr Coefficients full601{0, 128, 113, 22, 46, 90};
 constexpr Coefficients full709{0, 128, 119, 12, 30, 101};
 
+/// Keeps the sums above zero, so that 16 bits without a sign are enough for each.
+constexpr int lift = 300;
+
+std::uint8_t color(int sum) {
+    const auto lifted = static_cast<std::int16_t>(static_cast<std::uint16_t>(sum) >> 6);
+    return static_cast<std::uint8_t>(
+        std::clamp<std::int16_t>(static_cast<std::int16_t>(lifted - lift), 0, 255));
+}
+
 template <Coefficients with>
 void convert(const Samples& samples, std::uint8_t* out) {
     const auto count = samples[0].size();
     const auto* luma = samples[0].data();
     const auto* blue = samples[1].data();
     const auto* red = samples[2].data();
+    constexpr int zero = 64 * lift + 32 - with.black * with.luma / 2;
     for (std::size_t x = 0; x < count; ++x) {
-        const int above = luma[x] - with.black;
-        const int y = above * (with.luma / 2) + (with.luma % 2 != 0 ? above >> 1 : 0) + 32;
+        const int y = luma[x] * (with.luma / 2) + (with.luma % 2 != 0 ? luma[x] >> 1 : 0) + zero;
         const int u = blue[x] - 128;
         const int v = red[x] - 128;
-        out[4 * x] = clamped((y + u * with.blueToBlue) >> 6);
-        out[4 * x + 1] = clamped((y - u * with.blueToGreen - v * with.redToGreen) >> 6);
-        out[4 * x + 2] = clamped((y + v * with.redToRed) >> 6);
-        out[4 * x + 3] = 0xFF;
+        // The lowest byte comes first in memory.
+        const std::uint32_t pixel = color(y + u * with.blueToBlue) |
+                                    color(y - u * with.blueToGreen - v * with.redToGreen) << 8U |
+                                    color(y + v * with.redToRed) << 16U | 0xFFU << 24U;
+        std::memcpy(out + 4 * x, &pixel, sizeof pixel);
     }
 }
 
@@ -251,6 +276,20 @@ Conversion conversionOf(const VideoFormat& format) {
         return format.matrix == ColorMatrix::bt709 ? convert<full709> : convert<full601>;
     }
     return format.matrix == ColorMatrix::bt709 ? convert<limited709> : convert<limited601>;
+}
+
+/// How many groups of four bytes one pixel of the picture comes from, where the layout has such.
+std::size_t groupsIn(PixelLayout layout, std::size_t reduction) {
+    switch (layout) {
+    case PixelLayout::bgrx:
+    case PixelLayout::rgbx:
+        return reduction;
+    case PixelLayout::yuyv:
+    case PixelLayout::uyvy:
+        return std::max<std::size_t>(reduction / 2, 1);
+    default:
+        return 1;
+    }
 }
 
 } // namespace
@@ -279,6 +318,7 @@ std::shared_ptr<const Platform::Picture> pictureOfRawFrame(const VideoFrame& fra
         sums[plane].sums.resize(planeShapes[plane].bytesInRow);
         // The planes of the chroma have half as many rows.
         sums[plane].rows = plane == 0 ? step : std::max<std::size_t>(step / 2, 1);
+        sums[plane].groups = groupsIn(format.layout, step);
     }
     const auto fillRow = conversionOf(format);
     Samples samples;
