@@ -232,7 +232,7 @@ constexpr Coefficients full709{0, 128, 119, 12, 30, 101};
 /// Keeps the sums above zero, so that 16 bits without a sign are enough for each.
 constexpr int lift = 300;
 
-std::uint8_t color(int sum) {
+std::uint32_t color(int sum) {
     const auto lifted = static_cast<std::int16_t>(static_cast<std::uint16_t>(sum) >> 6);
     return static_cast<std::uint8_t>(
         std::clamp<std::int16_t>(static_cast<std::int16_t>(lifted - lift), 0, 255));
