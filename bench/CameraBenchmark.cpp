@@ -169,20 +169,28 @@ public:
     }
 
 private:
-    /// In the view.
-    std::shared_ptr<const Platform::Picture> picture() const {
-        return view_.rootObject()->findChild<QtPlatform::PictureItem*>()->picture();
+    QtPlatform::PictureItem& item() const {
+        return *view_.rootObject()->findChild<QtPlatform::PictureItem*>();
     }
+
+    /// In the view.
+    std::shared_ptr<const Platform::Picture> picture() const { return item().picture(); }
 
     /// The milliseconds until the camera's first picture has been painted.
     double begin(const std::string& id) {
-        const auto earlier = picture();
+        std::optional<int> paintsBefore;
+        // It may be painted before anybody looks, and the next paint is that of the next picture.
+        const auto news = QObject::connect(&item(), &QtPlatform::PictureItem::pictureChanged, [&] {
+            if (picture() && !paintsBefore) {
+                paintsBefore = paints_;
+            }
+        });
         const auto start = Clock::now();
         manager_.start(id);
-        spinUntil([&] { return picture() && picture() != earlier; }, patience);
-        const int paints = paints_;
-        spinUntil([&] { return paints_ > paints; }, patience);
-        return milliseconds(Clock::now() - start);
+        spinUntil([&] { return paintsBefore && paints_ > *paintsBefore; }, patience);
+        const auto end = Clock::now();
+        QObject::disconnect(news);
+        return milliseconds(end - start);
     }
 
     void stop() {
