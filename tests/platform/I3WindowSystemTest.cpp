@@ -293,6 +293,32 @@ TEST_F(I3WindowSystemTest, FullscreenComesBack) {
     expectPicture(before);
 }
 
+TEST_F(I3WindowSystemTest, WhatOthersHaveFullscreenStaysSoWhenWindowsComeBack) {
+    open("A");
+    open("B");
+    open("C");
+    I3Desktop::run(with("A", "resize grow right 90 px"));
+    I3Desktop::run("workspace 2");
+    open("D");
+    I3Desktop::run(with("B", "focus"));
+    const auto before = I3Desktop::picture();
+    const auto isFilledByB = [this] {
+        const auto* const leaf = I3Desktop::tree()->find(ids.at("B"));
+        return leaf->node->isFullscreen && leaf->node->isFocused && leaf->floating == nullptr;
+    };
+    for (const auto& names : {std::vector<std::string>{"D"}, {"A"}, {"C"}, {"A", "C"}, {"A", "C", "D"}}) {
+        I3Desktop::run(with("B", "fullscreen enable"));
+        waitUntilDrawn("B");
+        hide(names);
+        show(names);
+        EXPECT_TRUE(spinUntil(isFilledByB)) << I3Desktop::picture();
+        waitUntilDrawn("B");
+        // What came back behind it is seen now.
+        I3Desktop::run(with("B", "fullscreen disable"));
+        expectPicture(before);
+    }
+}
+
 TEST_F(I3WindowSystemTest, WhatBecomesFullscreenWhileHiddenComesBackAsItWas) {
     open("A");
     open("B");
@@ -302,6 +328,22 @@ TEST_F(I3WindowSystemTest, WhatBecomesFullscreenWhileHiddenComesBackAsItWas) {
     I3Desktop::run(with("A", "fullscreen enable") + with("B", "fullscreen enable"));
     show({"A", "B"});
     expectPicture(before);
+}
+
+TEST_F(I3WindowSystemTest, AnEmptyWorkspaceInViewStaysWhenWindowsOfAnotherComeBack) {
+    for (const auto* const name : {"A", "B", "C", "D"}) {
+        open(name);
+    }
+    I3Desktop::run("workspace 3");
+    hide({"A", "B", "C"});
+    const auto number = [] {
+        const auto tree = I3Desktop::tree();
+        const auto* const workspace = tree->workspaceNamed("3");
+        return workspace != nullptr ? workspace->id : 0;
+    };
+    const auto before = number();
+    show({"A", "B", "C"});
+    EXPECT_EQ(number(), before) << I3Desktop::picture();
 }
 
 TEST_F(I3WindowSystemTest, WindowsOfOtherWorkspacesGoAndComeBackUnseen) {

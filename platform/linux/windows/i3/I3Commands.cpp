@@ -81,6 +81,21 @@ std::string keepView(const I3Tree& tree, const std::set<WindowId>& gone) {
            (next != nullptr ? withId(next->id) + "focus;" : toWorkspace(tree, focusedWorkspace->name));
 }
 
+std::string keepFullscreen(const I3Tree& tree, const std::set<std::string>& workspaces,
+                           const std::string& commands) {
+    std::string before;
+    std::string after;
+    for (const auto& [workspace, node] : tree.fullscreen()) {
+        const bool isInTheWay = workspaces.contains(workspace->name) || node->isFullscreenEverywhere;
+        if (isInTheWay || (tree.isOfSway() && workspace == tree.focusedWorkspace())) {
+            before += withId(node->id) + "fullscreen disable;";
+            after +=
+                withId(node->id) + "fullscreen enable" + (node->isFullscreenEverywhere ? " global;" : ";");
+        }
+    }
+    return before + commands + after;
+}
+
 /// sway 1.7 dies where what comes back is fullscreen by then, as programs may
 /// ask for at any time.
 std::string outOfScratchpad(const I3Tree& tree, const I3Place& place, std::int64_t id) {

@@ -24,6 +24,11 @@ bool isSplit(const std::string& layout);
 /// Makes everybody see the workspaces that they see now, with the focus where it is or on what is next when
 /// those that are `gone` are not there.
 std::string keepView(const I3Tree& tree, const std::set<WindowId>& gone);
+/// Lets what is fullscreen be so after commands that bring something to workspaces. i3 lets nothing come to
+/// one that something fills with the focus, sway ends that where something leaves the scratchpad, and both
+/// hand it on where containers are swapped.
+std::string keepFullscreen(const I3Tree& tree, const std::set<std::string>& workspaces,
+                           const std::string& commands);
 /// Brings something back from the scratchpad.
 std::string outOfScratchpad(const I3Tree& tree, const I3Place& place, std::int64_t id);
 /// Gives something that floats the place of a window in it.

@@ -32,6 +32,14 @@ bool isBehind(const I3Leaf& leaf) {
     return !order.empty() && order.front() != leaf.node->id;
 }
 
+std::set<std::string> workspacesOf(std::span<const I3Return> returns) {
+    std::set<std::string> workspaces;
+    for (const auto& returned : returns) {
+        workspaces.insert(returned.place.workspace);
+    }
+    return workspaces;
+}
+
 } // namespace
 
 std::string commandsToTake(const I3Tree& tree, std::span<const WindowId> windows,
@@ -98,7 +106,7 @@ std::string commandsToReturn(const I3Tree& tree, std::span<const I3Return> retur
     if (commands.empty()) {
         return commands;
     }
-    commands += keepView(tree, {});
+    commands = keepFullscreen(tree, workspacesOf(returns), commands) + keepView(tree, {});
     const auto* const focused = toFocus ? tree.find(*toFocus) : nullptr;
     // The focus would bring up a window that is away.
     const bool isThere =
@@ -153,7 +161,8 @@ std::string commandsToReturnAnywhere(const I3Tree& tree, std::span<const I3Retur
             commands += one + "floating enable;" + toRect(tree, leaf->node->id, place, place.rect);
         }
     }
-    return commands.empty() ? commands : commands + keepView(tree, {});
+    return commands.empty() ? commands
+                            : keepFullscreen(tree, workspacesOf(returns), commands) + keepView(tree, {});
 }
 
 std::string commandsToBringUp(const I3Tree& tree, WindowId window) {

@@ -71,7 +71,7 @@ I3Place::Level levelOf(const QJsonObject& json) {
 }
 
 I3Place::Item itemOf(const I3Node& node) {
-    return {windowsIn(node), node.isWindow ? 0 : node.id, node.rect};
+    return {windowsIn(node), node.isWindow ? 0 : node.id, node.isFullscreen ? I3Rect() : node.rect};
 }
 
 I3Place::Level levelOf(const I3Node& group, const I3Node& child) {

@@ -19,6 +19,7 @@ struct I3Place {
         std::vector<WindowId> windows;
         /// Of the container; 0 for a window that stands in the group itself.
         std::int64_t group = 0;
+        /// Empty where it is not known, as of what is fullscreen.
         I3Rect rect;
 
         bool operator==(const Item&) const = default;

@@ -131,14 +131,14 @@ void I3Returning::goToWorkspace(const I3Return& returned) {
 
 void I3Returning::goToWorkspace(std::int64_t id, const I3Place& place) {
     id_ = id;
-    commands_ += outOfScratchpad(tree_, place, id);
+    arrivals_ += outOfScratchpad(tree_, place, id);
     const bool isNew =
         tree_.workspaceNamed(place.workspace) == nullptr && newWorkspaces_.insert(place.workspace).second;
     const bool hasOutput = std::ranges::find(tree_.outputs(), place.output, [](const auto* output) {
                                return output->name;
                            }) != tree_.outputs().end();
     if (isNew && hasOutput && tree_.outputs().size() > 1) {
-        command("move workspace to output " + quoted(tree_, place.output));
+        arrivals_ += withId(id) + "move workspace to output " + quoted(tree_, place.output) + ";";
     }
 }
 

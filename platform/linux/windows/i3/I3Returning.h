@@ -34,8 +34,9 @@ public:
     /// All of them from one group that floats, or from the tiles of one workspace where that is null.
     void putInto(const I3Node* floatingGroup, const std::vector<const I3Return*>& returns);
 
-    /// That do it all.
-    std::string commands() && { return std::move(commands_); }
+    /// That do it all. sway 1.7 dies later where a window leaves the scratchpad after others have been moved
+    /// to marks, while the workspace in view is empty.
+    std::string commands() && { return std::move(arrivals_) + commands_; }
 
 private:
     struct Spot {
@@ -76,6 +77,8 @@ private:
     const I3Tree& tree_;
     /// What the next command is for.
     std::int64_t id_ = 0;
+    /// That take everything to its workspace.
+    std::string arrivals_;
     std::string commands_;
     std::set<std::string> newWorkspaces_;
     /// Into which windows are put; null for the tiles of a workspace.

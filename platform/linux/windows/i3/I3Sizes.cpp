@@ -34,19 +34,37 @@ std::string commandToResize(std::int64_t id, const char* edge, int distance) {
                                std::to_string(std::abs(distance)) + " px;";
 }
 
-/// Moves the edges between the children to where they were.
-std::string commandsForEdges(const I3Node& group, const I3Place::Level& level,
-                             std::optional<std::size_t> unknownItem) {
+/// Where the first of two neighbours ends, as the second one tells it if `isBySecond`; absent where that is
+/// not known.
+std::optional<int> edgeBetween(const I3Rect& first, const I3Rect& second, bool isBySecond, bool isWide) {
+    if ((isBySecond ? second : first).isEmpty()) {
+        return std::nullopt;
+    }
+    return isBySecond ? nearEdge(second, isWide) : farEdge(first, isWide);
+}
+
+I3Rect knownRectOf(const I3Node& node) {
+    return node.isFullscreen ? I3Rect() : node.rect;
+}
+
+/// Moves the edges between the children to where they were. Where more is unknown than what was fullscreen,
+/// something came behind it, and the others were not laid out anew for that.
+std::string commandsForEdges(const I3Node& group, const I3Place::Level& level) {
+    if (std::ranges::count_if(level.items, &I3Rect::isEmpty, &I3Place::Item::rect) > 1) {
+        return {};
+    }
     const bool isWide = isAlongTheWidth(level.layout);
     std::string commands;
     for (std::size_t index = 0; index + 1 < level.items.size(); ++index) {
-        const bool isUnknown = unknownItem == index;
-        const auto edge = [&](const I3Rect& rect, const I3Rect& next) {
-            return isUnknown ? nearEdge(next, isWide) : farEdge(rect, isWide);
-        };
-        const auto distance = edge(level.items[index].rect, level.items[index + 1].rect) -
-                              edge(group.nodes[index].rect, group.nodes[index + 1].rect);
-        commands += commandToResize(group.nodes[index].id, isWide ? "right" : "down", distance);
+        const auto& before = level.items[index].rect;
+        const auto now = knownRectOf(group.nodes[index]);
+        const bool isBySecond = before.isEmpty() || now.isEmpty();
+        const auto edgeBefore = edgeBetween(before, level.items[index + 1].rect, isBySecond, isWide);
+        const auto edgeNow = edgeBetween(now, knownRectOf(group.nodes[index + 1]), isBySecond, isWide);
+        if (edgeBefore && edgeNow) {
+            commands +=
+                commandToResize(group.nodes[index].id, isWide ? "right" : "down", *edgeBefore - *edgeNow);
+        }
     }
     return commands;
 }
@@ -61,7 +79,9 @@ std::string commandsForSize(const I3Leaf& leaf, const I3Rect& rect) {
 } // namespace
 
 bool areSizesKnown(const I3Tree& tree, const I3Leaf& leaf) {
-    return tree.isOfSway() || tree.isVisible(*leaf.workspace);
+    const auto covering = tree.fullscreen().find(leaf.workspace);
+    const bool isCovered = covering != tree.fullscreen().end() && covering->second != leaf.node;
+    return !isCovered && (tree.isOfSway() || tree.isVisible(*leaf.workspace));
 }
 
 std::string commandsToAdjust(const I3Tree& tree, std::span<const I3Return> returns) {
@@ -85,9 +105,7 @@ std::string commandsToAdjust(const I3Tree& tree, std::span<const I3Return> retur
             const auto& group = *leaf->ancestors[depth];
             if (isSplit(level.layout) && group.layout == level.layout && isWhole(group, level) &&
                 adjusted.insert(&group).second) {
-                const bool isUnknown = place.isFullscreen && depth + 1 == place.levels.size();
-                commands +=
-                    commandsForEdges(group, level, isUnknown ? std::optional(level.index) : std::nullopt);
+                commands += commandsForEdges(group, level);
             }
         }
     }

@@ -8,7 +8,7 @@
 
 namespace LinuxPlatform {
 
-/// i3 does not lay out what nobody sees.
+/// i3 does not lay out what nobody sees, and neither lays out what something fullscreen covers.
 bool areSizesKnown(const I3Tree& tree, const I3Leaf& leaf);
 /// Gives windows that are back, and what is beside them, the sizes that they had. A size depends on others:
 /// it may take one message for each level of the layout. Those whose sizes are not known are left alone.

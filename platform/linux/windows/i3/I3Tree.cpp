@@ -94,7 +94,9 @@ I3Node nodeOf(const QJsonObject& object) {
     node.layout = textOf(object, "layout");
     node.rect = rectOf(object, "rect");
     node.isFocused = valueOf(object, "focused").toBool();
-    node.isFullscreen = valueOf(object, "fullscreen_mode").toInt() != 0;
+    const auto fullscreenMode = valueOf(object, "fullscreen_mode").toInt();
+    node.isFullscreen = fullscreenMode != 0;
+    node.isFullscreenEverywhere = fullscreenMode == 2;
     node.isSticky = valueOf(object, "sticky").toBool();
     const auto state = textOf(object, "scratchpad_state");
     node.isOfScratchpad = !state.empty() && state != "none";
@@ -177,6 +179,10 @@ void I3Tree::visit(const I3Node& node, I3Leaf place) {
             return;
         }
         break;
+    }
+    const bool canFill = place.workspace != nullptr && place.workspace != &node && !place.isInScratchpad();
+    if (node.isFullscreen && canFill) {
+        fullscreen_.emplace(place.workspace, &node);
     }
     if (node.isWindow && place.workspace != nullptr) {
         focusedWorkspace_ = node.isFocused ? place.workspace : focusedWorkspace_;

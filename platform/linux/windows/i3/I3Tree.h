@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -22,6 +23,7 @@ struct I3Rect {
     int height = 0;
 
     bool operator==(const I3Rect&) const = default;
+    bool isEmpty() const { return width <= 0 || height <= 0; }
 };
 
 /// One container of the layout: an output, a workspace, a group of containers or a window.
@@ -38,6 +40,8 @@ struct I3Node {
     I3Rect rect;
     bool isFocused = false;
     bool isFullscreen = false;
+    /// Fullscreen over all outputs.
+    bool isFullscreenEverywhere = false;
     bool isSticky = false;
     /// Stands in the user's scratchpad or came from there. Not every release says so.
     bool isOfScratchpad = false;
@@ -95,6 +99,8 @@ public:
     /// Null while nothing has the focus.
     const I3Node* focusedWorkspace() const;
     bool isVisible(const I3Node& workspace) const;
+    /// What fills a workspace, which need not be in view, by the workspace; a window or a group.
+    const std::map<const I3Node*, const I3Node*>& fullscreen() const { return fullscreen_; }
     /// The outputs that a person can look at.
     const std::vector<const I3Node*>& outputs() const { return outputs_; }
     /// Null for an output without workspaces.
@@ -114,6 +120,7 @@ private:
     std::vector<const I3Node*> outputs_;
     std::vector<const I3Node*> workspaces_;
     std::vector<const I3Node*> groups_;
+    std::map<const I3Node*, const I3Node*> fullscreen_;
     const I3Node* focusedWorkspace_ = nullptr;
 };
 
