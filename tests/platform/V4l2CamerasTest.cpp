@@ -381,6 +381,26 @@ TEST_F(V4l2CamerasTest, CameraOfImpossibleSizeIsNotStarted) {
     }
 }
 
+TEST_F(V4l2CamerasTest, AListOfFormatsWithoutAnEndIsLookedThrough) {
+    plugIn("/dev/video0", "Camera", "usb-1")->hasEndlessFormats = true;
+    const auto unreadable = plugIn("/dev/video1", "Depth", "usb-2");
+    unreadable->formats = {V4L2_PIX_FMT_Z16};
+    unreadable->hasEndlessFormats = true;
+    EXPECT_THAT(cameras->devices(), ElementsAre(CaptureDevice{"v4l2:usb-1", "Camera"}));
+}
+
+TEST_F(V4l2CamerasTest, ABufferThatTheDriverInventsIsNotRead) {
+    const auto device = plugIn("/dev/video0");
+    device->inventedBuffer = 1000;
+    const auto feed = cameras->open("v4l2:usb-1", sink);
+    deliver(*device, frame);
+    ASSERT_TRUE(sink.waitUntil([&] { return sink.darks > 0; }));
+    change([&] { device->inventedBuffer.reset(); });
+    deliver(*device, frame);
+    ASSERT_TRUE(sink.waitUntil([&] { return !sink.frames.empty(); }));
+    EXPECT_EQ(sink.frames.size(), 1U);
+}
+
 TEST_F(V4l2CamerasTest, CameraThatIsNotThereIsDarkAndCostsNothingToEnd) {
     auto feed = cameras->open("v4l2:none", sink);
     EXPECT_TRUE(sink.waitUntil([&] { return sink.darks > 0; }));

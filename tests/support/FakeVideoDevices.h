@@ -12,6 +12,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -26,12 +27,16 @@ struct FakeVideoDevice {
     std::string bus = "usb-1";
     std::uint32_t abilities = V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_STREAMING;
     std::vector<std::uint32_t> formats{V4L2_PIX_FMT_YUYV, V4L2_PIX_FMT_MJPEG};
+    /// Whether ever more of one that nobody knows follow.
+    bool hasEndlessFormats = false;
     bool isAllowed = true;
     /// Whether another program uses it.
     bool isBusy = false;
     /// What the next frames are; the device waits when there is none.
     std::deque<std::vector<std::byte>> frames;
     bool marksFramesAsBroken = false;
+    /// Where the next frames are said to be, other than in the buffers that there are.
+    std::optional<std::uint32_t> inventedBuffer;
     /// The error of everything that is asked of an open device, when it is not 0.
     int failure = 0;
     /// What the driver makes of the size that is asked for; as asked when 0.
@@ -178,11 +183,9 @@ private:
         }
         case VIDIOC_ENUM_FMT: {
             auto& format = *static_cast<v4l2_fmtdesc*>(argument);
-            if (format.index >= device.formats.size()) {
-                return -EINVAL;
-            }
-            format.pixelformat = device.formats[format.index];
-            return 0;
+            const bool isKnown = format.index < device.formats.size();
+            format.pixelformat = isKnown ? device.formats[format.index] : V4L2_PIX_FMT_HSV32;
+            return isKnown || device.hasEndlessFormats ? 0 : -EINVAL;
         }
         case VIDIOC_S_FMT: {
             if (device.isBusy) {
@@ -227,6 +230,7 @@ private:
             std::ranges::copy(frame, device.buffers.at(buffer.index).begin());
             buffer.bytesused = static_cast<std::uint32_t>(frame.size());
             buffer.flags = device.marksFramesAsBroken ? V4L2_BUF_FLAG_ERROR : 0U;
+            buffer.index = device.inventedBuffer.value_or(buffer.index);
             return 0;
         }
         case VIDIOC_STREAMON:
