@@ -297,6 +297,34 @@ TEST_F(X11WindowManagerTest, WindowIsAwaitedWhileABusyManagerOwesItUnlessItIsHid
     EXPECT_THAT(requests(manual).map, IsEmpty());
 }
 
+TEST_F(X11WindowManagerTest, WindowIsAwaitedHoweverLongAgoItWasHiddenBefore) {
+    ScriptedWindowManager manager;
+    const auto window = openUnder(manager, ScriptedWindowManager::normal);
+    listenAsManager();
+    ManualSystem manual;
+    ASSERT_TRUE(manual.lists(window));
+    const std::array ids{WindowId{window}};
+    const auto isSeen = [&](bool isHidden) {
+        return spinUntil([&] { return manual.system.windows().at(0).isHidden == isHidden; });
+    };
+    manual.system.hide(ids);
+    manager.setStates(window, {hiddenState});
+    ASSERT_TRUE(isSeen(true));
+    manual.system.show(ids);
+    manager.setStates(window, {});
+    ASSERT_TRUE(isSeen(false));
+    manual.advance(0.5);
+    EXPECT_FALSE(manual.system.isShowAwaited(window));
+    manual.system.hide(ids);
+    manual.system.show(ids);
+    manual.advance(0.6);
+    EXPECT_TRUE(manual.system.isShowAwaited(window)) << "it is on its way out";
+    manager.setStates(window, {hiddenState});
+    ASSERT_TRUE(isSeen(true));
+    manual.advance(0.2);
+    EXPECT_THAT(requests(manual).map, testing::ElementsAre(window));
+}
+
 TEST_F(X11WindowManagerTest, OwnWindowsAreActivatedWithTheTimeOfTheServer) {
     listenAsManager();
     ManualSystem manual;

@@ -101,9 +101,10 @@ const X11Window* X11WindowModel::find(xcb_window_t window) const {
     return found == entries_.end() ? nullptr : &found->second.window;
 }
 
-void X11WindowModel::expectHidden(xcb_window_t window) {
+void X11WindowModel::expectHidden(xcb_window_t window, std::uint64_t request) {
     if (const auto entry = entries_.find(window); entry != entries_.end()) {
         entry->second.isExpectedHidden = true;
+        entry->second.hideRequest = request;
         entry->second.wasUnmapped = false;
         entry->second.wasMapped = false;
         // The first is that the window manager takes the window in, which it may have listed before.
@@ -111,8 +112,9 @@ void X11WindowModel::expectHidden(xcb_window_t window) {
     }
 }
 
-void X11WindowModel::expectNoMore(xcb_window_t window) {
-    if (const auto entry = entries_.find(window); entry != entries_.end()) {
+void X11WindowModel::expectNoMore(xcb_window_t window, std::uint64_t request) {
+    const auto entry = entries_.find(window);
+    if (entry != entries_.end() && entry->second.hideRequest == request) {
         entry->second.isExpectedHidden = false;
     }
 }

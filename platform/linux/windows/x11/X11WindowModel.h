@@ -87,12 +87,14 @@ public:
     bool isOnDesktop(const X11Window& window, std::optional<std::uint32_t> desktop) const;
     /// Whether its program and the window manager let it be minimized, as far as they say anything.
     bool mayBeMinimized(const X11Window& window) const;
-    /// To be called when a window is asked to hide. It may be back before its hiding is noticed.
-    void expectHidden(xcb_window_t window);
+    /// To be called when a window is asked to hide. It may be back before its hiding is noticed. The numbers
+    /// of requests count up.
+    void expectHidden(xcb_window_t window, std::uint64_t request);
     /// Whether it was asked to hide, and has neither been seen hidden nor come back since.
     bool isExpectedHidden(xcb_window_t window) const;
-    /// To be called when it has not been hidden for so long that it will not be.
-    void expectNoMore(xcb_window_t window);
+    /// To be called when it has not been hidden for so long that it will not be; without effect where it was
+    /// asked again since.
+    void expectNoMore(xcb_window_t window, std::uint64_t request);
 
     /// The managed windows, bottom to top; asks the server. Some window managers are late to write it down.
     std::vector<xcb_window_t> stackingOrder();
@@ -112,6 +114,8 @@ private:
         /// The window was mapped after the window manager last wrote its state, or before the first reading.
         bool isHiddenMarkInDoubt = false;
         bool isExpectedHidden = false;
+        /// The last one to hide it.
+        std::uint64_t hideRequest = 0;
         /// Since then it was unmapped and mapped again, and so often its WM_STATE was written, but for the
         /// write that takes it in. A window that has just come back may be mapped late.
         bool wasUnmapped = false;

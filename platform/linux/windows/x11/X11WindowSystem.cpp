@@ -108,13 +108,14 @@ void X11WindowSystem::takeAway(std::span<const WindowId> windows) {
     activation_.noteHiding(windows, model_.activeWindow());
     leaving_.add(windows);
     restorer_.remember(windows);
+    const auto request = beginTrial(windows);
     for (const auto window : windows) {
         requestIconic(xcbWindow(window));
-        model_.expectHidden(xcbWindow(window));
+        model_.expectHidden(xcbWindow(window), request);
         std::erase(toActivate_, window);
     }
     connection_.flush();
-    watchHiding(windows);
+    watchHiding(request, windows);
 }
 
 void X11WindowSystem::keepPopupsAway() {
@@ -165,10 +166,13 @@ void X11WindowSystem::requestIconic(xcb_window_t window) {
                                                std::uint32_t{XCB_ATOM_NONE}, sourcePager});
 }
 
-void X11WindowSystem::watchHiding(std::span<const WindowId> windows) {
+std::uint64_t X11WindowSystem::beginTrial(std::span<const WindowId> windows) {
     std::vector<WindowId> judgeable(windows.begin(), windows.end());
     std::erase_if(judgeable, [this](WindowId window) { return !isToBeHidden(window); });
-    const auto request = hidingTrial_.begin(judgeable);
+    return hidingTrial_.begin(judgeable);
+}
+
+void X11WindowSystem::watchHiding(std::uint64_t request, std::span<const WindowId> windows) {
     mainQueue_.asyncAfter(
         hideDeadline,
         lifetime_.weak([this, request, asked = std::vector(windows.begin(), windows.end()),
@@ -207,7 +211,7 @@ void X11WindowSystem::endExpectation(std::uint64_t request, std::span<const Wind
         const bool isUnjudged = !hidingTrial_.isAwaited(window) && found != nullptr &&
                                 !model_.hasState(*found, X11WindowModel::netWmStateShaded);
         if (isWaiting || isUnjudged) {
-            model_.expectNoMore(xcbWindow(window));
+            model_.expectNoMore(xcbWindow(window), request);
         }
     }
     noteWhatHasSettled();

@@ -50,7 +50,8 @@ private:
     bool isAway(WindowId window) const;
     void takeAway(std::span<const WindowId> windows);
     void requestIconic(xcb_window_t window);
-    void watchHiding(std::span<const WindowId> windows);
+    std::uint64_t beginTrial(std::span<const WindowId> windows);
+    void watchHiding(std::uint64_t request, std::span<const WindowId> windows);
     bool isToBeHidden(WindowId window) const;
     void endExpectation(std::uint64_t request, std::span<const WindowId> windows, std::uint64_t hiddenBefore);
     void noteWhatHasSettled();
