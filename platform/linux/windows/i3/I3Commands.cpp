@@ -5,8 +5,11 @@
 namespace LinuxPlatform {
 namespace {
 
-std::string toWorkspace(const I3Tree& tree, const std::string& name) {
-    return "workspace --no-auto-back-and-forth " + quoted(tree, name) + ";";
+/// One that has ended is made anew on the output that has the focus.
+std::string toWorkspace(const I3Tree& tree, const I3Node& output, const std::string& name) {
+    const auto toOutput = "focus output " + quoted(tree, output.name) + ";";
+    return (tree.outputs().size() > 1 ? toOutput : "") + "workspace --no-auto-back-and-forth " +
+           quoted(tree, name) + ";";
 }
 
 /// The window that gets the focus when those that are `gone` are not there.
@@ -64,10 +67,12 @@ bool isSplit(const std::string& layout) {
 std::string keepView(const I3Tree& tree, const std::set<WindowId>& gone) {
     const auto* const focusedWorkspace = tree.focusedWorkspace();
     std::string commands;
+    std::string toFocused;
     for (const auto* const output : tree.outputs()) {
         const auto* const workspace = tree.visibleWorkspace(*output);
-        if (workspace != nullptr && workspace != focusedWorkspace) {
-            commands += toWorkspace(tree, workspace->name);
+        if (workspace != nullptr) {
+            (workspace == focusedWorkspace ? toFocused : commands) +=
+                toWorkspace(tree, *output, workspace->name);
         }
     }
     if (focusedWorkspace == nullptr) {
@@ -77,8 +82,7 @@ std::string keepView(const I3Tree& tree, const std::set<WindowId>& gone) {
     const auto* const next = focused != nullptr && !gone.contains(focused->node->window)
                                  ? focused->node
                                  : nextFocused(*focusedWorkspace, gone);
-    return commands +
-           (next != nullptr ? withId(next->id) + "focus;" : toWorkspace(tree, focusedWorkspace->name));
+    return commands + (next != nullptr ? withId(next->id) + "focus;" : toFocused);
 }
 
 std::string keepFullscreen(const I3Tree& tree, const std::set<std::string>& workspaces,
