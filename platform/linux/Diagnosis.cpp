@@ -242,10 +242,17 @@ std::string roadsOf(const SessionEnvironment& environment, X11Connection* x11) {
     const auto* const record = isScreenReadFromXServer(environment) && x11 != nullptr
                                    ? xcb_get_extension_data(x11->get(), &xcb_record_id)
                                    : nullptr;
-    std::string text = record != nullptr && record->present != 0 ? "requests to the X server" : "";
-    text += listens(runtimeFolder() / "pipewire-0")
-                ? std::string(text.empty() ? "" : ", ") + "streams of PipeWire"
-                : "";
+    std::string text;
+    const auto add = [&](const char* road) { text += (text.empty() ? "" : ", ") + std::string(road); };
+    if (record != nullptr && record->present != 0) {
+        add("requests to the X server");
+    }
+    if (listens(runtimeFolder() / "pipewire-0")) {
+        add("streams of PipeWire");
+    }
+    if (environment.isWayland()) {
+        add("processes of wf-recorder and wl-screenrec");
+    }
     return orNone(text);
 }
 

@@ -7,7 +7,7 @@ import subprocess
 import threading
 import unittest
 
-from desktop_case import CURTAIN, DesktopCase, wait_until
+from desktop_case import CURTAIN, IS_WAYLAND, DesktopCase, wait_until
 from i3_driver import class_of, windows
 
 NO_BACK_END = "and there may be others; none can be hidden, since there is no back end"
@@ -73,7 +73,9 @@ class CommandLineTest(DesktopCase):
         session = os.environ["VIRTUAL_DESKTOP_SESSION"]
         wait_until(LISTED.get(session, self.desktop.windows), "the window is listed", seen=self.desktop.describe)
         output = self.diagnosis()
-        for line in (*SESSIONS[session], "Notifications: dunst", "Curtain is running: no\n"):
+        road = "processes of wf-recorder and wl-screenrec" if IS_WAYLAND else "requests to the X server"
+        for line in (*SESSIONS[session], "Notifications: dunst", "Curtain is running: no\n",
+                     f"Screen sharing is seen by: {road}\n"):
             self.assertIn(f"\n{line}", output)
 
     def test_diagnoses_without_a_display(self):
