@@ -48,8 +48,9 @@ bool PrivacyMode::resume() {
     }
     journal_.willTakeUp();
     services_.shield.cover(earlier->privacy.targets);
+    isAutomatic_ = earlier->wasAutomatic;
     engine_.resume(earlier->privacy);
-    setAutomatic(earlier->wasAutomatic);
+    keepJournal();
     if (!sayIfNothingIsHidden()) {
         services_.notifier.notifyResumed();
     }
@@ -110,8 +111,9 @@ void PrivacyMode::fixEverything() {
 
 void PrivacyMode::switchOnForShare() {
     const Action action(services_.store);
+    // Written down with the first that is hidden: a crash may follow at once.
+    isAutomatic_ = true;
     const bool hasEffect = activate();
-    setAutomatic(true);
     changed();
     if (hasEffect) {
         services_.notifier.notifyActivated();

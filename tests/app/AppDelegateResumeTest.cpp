@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -209,6 +210,21 @@ TEST_F(ResumeTest, ADamagedNoteIsIgnored) {
     launch();
     EXPECT_FALSE(looksClosed());
     EXPECT_THAT(takeCalls(), IsEmpty());
+}
+
+TEST_F(ResumeTest, ThatAShareSwitchedItOnIsWrittenDownBeforeAnythingIsHidden) {
+    int writes = 0;
+    fakes.sessionNote.onKeep = [&] {
+        if (const auto& note = fakes.sessionNote.kept) {
+            EXPECT_NE(note->find("\"wasAutomatic\": true"), std::string::npos);
+            ++writes;
+        }
+    };
+    launchInAShare();
+    EXPECT_GT(std::exchange(writes, 0), 0);
+    crashAndStart();
+    EXPECT_GT(writes, 0);
+    fakes.sessionNote.onKeep = nullptr;
 }
 
 TEST_F(ResumeTest, WhatAShareSwitchedOnEndsWithTheShare) {
