@@ -148,6 +148,8 @@ struct X11WindowManagerTest : PlatformTests::X11WindowFixture {
     struct Requests {
         std::vector<xcb_window_t> map;
         std::vector<xcb_client_message_event_t> activate;
+        /// The changes of states that were asked for after the first of those.
+        std::vector<xcb_client_message_event_t> statesThen;
         /// Those about which the extents of a frame were asked.
         std::vector<xcb_window_t> asked;
     };
@@ -169,6 +171,8 @@ struct X11WindowManagerTest : PlatformTests::X11WindowFixture {
                     found.activate.push_back(message);
                 } else if (message.type == client.atom("_NET_REQUEST_FRAME_EXTENTS")) {
                     found.asked.push_back(message.window);
+                } else if (message.type == client.atom("_NET_WM_STATE") && !found.activate.empty()) {
+                    found.statesThen.push_back(message);
                 }
                 break;
             default:
@@ -332,6 +336,28 @@ TEST_F(X11WindowManagerTest, OwnWindowsAreActivatedWithTheTimeOfTheServer) {
     const auto activations = requests(manual).activate;
     ASSERT_THAT(activations, testing::SizeIs(1));
     EXPECT_NE(activations[0].data.data32[1], std::uint32_t{XCB_CURRENT_TIME});
+}
+
+TEST_F(X11WindowManagerTest, RolledUpWindowStaysSoWhenItIsActivated) {
+    ScriptedWindowManager manager;
+    const auto window = openUnder(manager, ScriptedWindowManager::normal);
+    listenAsManager();
+    ManualSystem manual;
+    ASSERT_TRUE(manual.lists(window));
+    const auto statesAfterActivation = [&] {
+        manual.system.activate(std::array{WindowId{window}});
+        manual.advance(0.2);
+        const auto asked = requests(manual);
+        EXPECT_THAT(asked.activate, testing::SizeIs(1));
+        return asked.statesThen;
+    };
+    EXPECT_THAT(statesAfterActivation(), IsEmpty());
+    manager.setStates(window, {shadedState});
+    const auto states = statesAfterActivation();
+    ASSERT_THAT(states, testing::SizeIs(1));
+    EXPECT_EQ(states[0].window, window);
+    EXPECT_EQ(states[0].data.data32[0], 1U);
+    EXPECT_EQ(states[0].data.data32[1], client.atom(shadedState));
 }
 
 TEST_F(X11WindowManagerTest, FocusThatMovedTheMomentBeforeIsRemembered) {

@@ -8,6 +8,7 @@ namespace LinuxPlatform {
 namespace {
 
 constexpr std::uint32_t removeState = 0;
+constexpr std::uint32_t addState = 1;
 /// Window managers answer within a few milliseconds. One that has not brought back a single window by now,
 /// and does not tell that it is busy, does not know the request.
 constexpr Platform::MainQueue::Seconds quietTime{0.15};
@@ -42,9 +43,7 @@ void X11WindowRestorer::remember(std::span<const WindowId> windows) {
 
 void X11WindowRestorer::restore(std::span<const WindowId> windows) {
     for (const auto window : windows) {
-        connection_.sendToWindowManager(xcbWindow(window), model_.atom(X11WindowModel::netWmState),
-                                        std::array{removeState, model_.atom(X11WindowModel::netWmStateHidden),
-                                                   std::uint32_t{XCB_ATOM_NONE}, sourcePager});
+        askForState(xcbWindow(window), removeState, X11WindowModel::netWmStateHidden);
         const auto* const found = model_.find(xcbWindow(window));
         if (found != nullptr) {
             targets_[window] = {Request::state, model_.desktopOf(*found)};
@@ -271,6 +270,12 @@ void X11WindowRestorer::askForDesktop(xcb_window_t window, std::uint32_t desktop
                                     std::array{desktop, sourcePager});
 }
 
+void X11WindowRestorer::askForState(xcb_window_t window, std::uint32_t change, X11WindowModel::Atom state) {
+    connection_.sendToWindowManager(
+        window, model_.atom(X11WindowModel::netWmState),
+        std::array{change, model_.atom(state), std::uint32_t{XCB_ATOM_NONE}, sourcePager});
+}
+
 void X11WindowRestorer::askForFocus(xcb_window_t window, xcb_timestamp_t time) {
     connection_.sendToWindowManager(window, model_.atom(X11WindowModel::netActiveWindow),
                                     std::array{sourcePager, time});
@@ -283,6 +288,11 @@ void X11WindowRestorer::bringToFront(xcb_window_t window) {
     const auto time = connection_.serverTime();
     for (const auto one : windows) {
         askForFocus(one, time);
+        const auto* const found = model_.find(one);
+        if (found != nullptr && model_.hasState(*found, X11WindowModel::netWmStateShaded)) {
+            // Most window managers unroll what they activate.
+            askForState(one, addState, X11WindowModel::netWmStateShaded);
+        }
     }
     connection_.flush();
 }

@@ -76,6 +76,7 @@ private:
     void visit(xcb_window_t window, Request request, std::optional<std::uint32_t> currentDesktop,
                const std::function<void()>& ask);
     void askForDesktop(xcb_window_t window, std::uint32_t desktop);
+    void askForState(xcb_window_t window, std::uint32_t change, X11WindowModel::Atom state);
     void askForFocus(xcb_window_t window, xcb_timestamp_t time);
     void finish();
 
