@@ -5,7 +5,7 @@
 #include "platform/linux/system/FileUserDefaults.h"
 #include "platform/linux/system/PosixFileManager.h"
 #include "platform/linux/system/ThreadWorkQueues.h"
-#include "tests/platform/PrivacyMode.h"
+#include "tests/platform/workspace/PrivacyMode.h"
 #include "tests/support/FakeProcessRunner.h"
 #include "tests/support/FakeUserFolders.h"
 #include "tests/support/FakeWindowSystem.h"

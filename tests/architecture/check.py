@@ -8,6 +8,7 @@ Prints every offence as file:line and fails if there is one. The patterns do not
 import posixpath
 import re
 import sys
+from collections import Counter
 from fnmatch import fnmatchcase
 from pathlib import Path
 from typing import NamedTuple
@@ -41,6 +42,10 @@ BOXES = [
     Box("core", "core/*", {"core"}),
 ]
 OUTSIDE_THE_PRODUCT = ("tests/", "bench/")
+
+# How many files stand side by side.
+MOST_FILES = 60
+MOST_FILES_IN = {"Curtain": 118, "platform/qt": 77}
 
 LINUX = "platform/linux/"
 LINUX_ROOMS = LINUX + "CMakeLists.txt"
@@ -163,6 +168,14 @@ def room_offences(texts):
             yield LINUX_ROOMS, line, f"{room} includes nothing from {other}"
 
 
+def folder_offences(paths):
+    """Triples like those of the rooms."""
+    for folder, count in sorted(Counter(map(posixpath.dirname, paths)).items()):
+        most = MOST_FILES_IN.get(folder, MOST_FILES)
+        if count > most:
+            yield folder, 0, f"{count} files are too many for one folder; {most} may stand here"
+
+
 def code_offences(box, path, code, paths):
     for line, match in matches(INCLUDE, code):
         inside = included_path(path, match[1], paths)
@@ -206,6 +219,7 @@ def check(root):
     found = [(path, line, message) for path, text in texts.items()
              for line, message in offences(path, text, texts)]
     found += room_offences(texts)
+    found += folder_offences(texts)
     for path, line, message in found:
         print(f"{path}:{line}: {message}")
     print(f"{len(texts)} files, {len(found)} offences")

@@ -84,6 +84,14 @@ class CheckTest(unittest.TestCase):
                                  "platform/linux/side/A.h:0: platform/linux/side is no room of "
                                  "platform/linux/CMakeLists.txt")
 
+    def test_refuses_folders_without_an_order(self):
+        def files(folder, count):
+            return {f"{folder}/{number}.txt": "" for number in range(count)}
+
+        self.assert_passes(files("tests/room", 60) | files("tests/room/inner", 60))
+        self.assertEqual(self.check(files("tests/room", 61)),
+                         (False, ["tests/room:0: 61 files are too many for one folder; 60 may stand here"]))
+
     def test_refuses_answers_of_interfaces_themselves(self):
         head = "class A {\n    virtual ~A() = default;\n"
         for answer in ("virtual bool canHide() { return true; }", "virtual bool canHide();",
