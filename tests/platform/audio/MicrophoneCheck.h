@@ -81,14 +81,27 @@ struct MicrophoneCheck : testing::Test {
         return spinUntil(condition, std::chrono::seconds(20));
     }
 
-    bool becomes(Curtain::MicStatus status) {
-        return eventually([&] { return monitor->status() == status; });
+    /// Waits until what is read matches; a failure shows what was read last.
+    template <class Read, class Matcher>
+    static testing::AssertionResult comesToBe(const Read& read, const Matcher& matcher) {
+        auto value = read();
+        const bool isSo = eventually([&] {
+            value = read();
+            return testing::Matches(matcher)(value);
+        });
+        return (isSo ? testing::AssertionSuccess() : testing::AssertionFailure())
+               << "in the end it is " << testing::PrintToString(value);
     }
-    bool becomes(Curtain::EchoPhase phase) {
-        return eventually([&] { return monitor->echoPhase() == phase; });
+
+    testing::AssertionResult becomes(Curtain::MicStatus status) {
+        return comesToBe([&] { return static_cast<int>(monitor->status()); }, static_cast<int>(status));
     }
-    bool levelBecomes(float low, float high) {
-        return eventually([&] { return monitor->level() >= low && monitor->level() <= high; });
+    testing::AssertionResult becomes(Curtain::EchoPhase phase) {
+        return comesToBe([&] { return static_cast<int>(monitor->echoPhase()); }, static_cast<int>(phase));
+    }
+    testing::AssertionResult levelBecomes(float low, float high) {
+        return comesToBe([&] { return monitor->level(); },
+                         testing::AllOf(testing::Ge(low), testing::Le(high)));
     }
 
     void startMetering() {
