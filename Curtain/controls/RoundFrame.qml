@@ -11,7 +11,7 @@ Item {
     property color line: Theme.pictureBorder
 
     readonly property real side: height - 2 * radius
-    readonly property int piecesOfSide: Math.ceil(side / 40)
+    readonly property int piecesOfSide: Math.ceil(side * Screen.devicePixelRatio / 80)
 
     // In each corner one in the colour behind, and the border on it.
     Repeater {

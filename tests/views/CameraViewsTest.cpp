@@ -183,6 +183,16 @@ TEST_F(CameraViewsTest, NoOtherThreadIsWokenToPaintAPicture) {
     EXPECT_EQ(TestSupport::paintingHelpers(), 0);
 }
 
+TEST_F(CameraViewsTest, NoOtherThreadIsWokenToPaintAFrame) {
+    show("qrc:/tests/Frame.qml", 332, 186);
+    for (int width = 333; width < 336; ++width) {
+        const int before = paints;
+        view.resize(width, 186);
+        EXPECT_TRUE(spinUntil([&] { return paints > before; }));
+    }
+    EXPECT_EQ(TestSupport::paintingHelpers(), 0);
+}
+
 TEST_F(CameraViewsTest, PreviewAsksForAsManyPixelsAsItHas) {
     showPreview(160, 90);
     EXPECT_THAT(capture.session->previewSize(), Pair(160, 90));
