@@ -43,6 +43,17 @@ QByteArray contentsOf(const QString& source) {
     return file.open(QIODevice::ReadOnly) ? file.read(largestFile) : QByteArray();
 }
 
+/// The drawing whose pixels are those of this size or of a part of it: some have one beside them for each.
+QString drawnFor(const QString& source, int size) {
+    for (const int grid : {24, 22, 18, 16}) {
+        auto drawing = source.chopped(4) + QLatin1Char('-') + QString::number(grid) + source.right(4);
+        if (size % grid == 0 && QFile::exists(drawing)) {
+            return drawing;
+        }
+    }
+    return source;
+}
+
 QImage drawn(QSvgRenderer& drawing, const QSize& size) {
     QImage picture(size, QImage::Format_ARGB32_Premultiplied);
     picture.fill(Qt::transparent);
@@ -83,7 +94,8 @@ QImage renderImage(const Platform::Image& image, const QColor& templateColor, in
     // One that moves would want a timer, which only threads with an event loop have.
     drawing.setFramesPerSecond(0);
     if (image.isTemplate) {
-        drawing.load(contentsOf(source).replace("currentColor", templateColor.name().toLatin1()));
+        drawing.load(
+            contentsOf(drawnFor(source, size)).replace("currentColor", templateColor.name().toLatin1()));
     } else {
         // What it says about the file names it. A file that grows meanwhile is read whole.
         drawing.load(source);

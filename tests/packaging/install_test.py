@@ -233,9 +233,9 @@ class InstallTest(unittest.TestCase):
             self.assertEqual(found.split(), [str(size), str(size), "1", "1", "1"], size)
 
     def test_a_symbolic_icon_that_is_not_the_same_from_right_to_left_has_a_mirrored_one(self):
-        icons = self.install(self.scratch / "prefix") / ICONS / "symbolic/apps"
+        icons = self.install(self.scratch / "prefix") / ICONS
         checked = 0
-        for path in icons.glob("*-symbolic.svg"):
+        for path in icons.rglob("*-symbolic.svg"):
             drawn, mirrored, other = self.scratch / "drawn.png", self.scratch / "mirrored.png", path.with_name(f"{path.stem}-rtl.svg")
             # Qt draws it as the program does.
             self.draw(path, drawn)

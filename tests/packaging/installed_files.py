@@ -4,6 +4,7 @@ ICONS = "share/icons/hicolor"
 ZSH_COMPLETIONS = "share/zsh/site-functions/_curtain"
 GNOME_EXTENSION = "share/gnome-shell/extensions/curtain@com.curtain.Curtain"
 ICON_SIZES = (16, 22, 24, 32, 48, 64, 128, 256)
+SYMBOLIC_SIZES = (16, 22, 24)
 INSTALLED_FILES = {
     "bin/curtain",
     "lib/systemd/user/curtain.service",
@@ -17,11 +18,9 @@ INSTALLED_FILES = {
     "share/fish/vendor_completions.d/curtain.fish",
     *(f"{ICONS}/{size}x{size}/apps/com.curtain.Curtain.png" for size in ICON_SIZES),
     f"{ICONS}/scalable/apps/com.curtain.Curtain.svg",
-    f"{ICONS}/symbolic/apps/com.curtain.Curtain-alert-symbolic.svg",
-    f"{ICONS}/symbolic/apps/com.curtain.Curtain-alert-symbolic-rtl.svg",
-    f"{ICONS}/symbolic/apps/com.curtain.Curtain-close-symbolic.svg",
-    f"{ICONS}/symbolic/apps/com.curtain.Curtain-open-symbolic.svg",
-    f"{ICONS}/symbolic/apps/com.curtain.Curtain-symbolic.svg",
+    *(f"{ICONS}/{folder}/apps/com.curtain.Curtain-{name}.svg"
+      for folder in ("symbolic", *(f"{size}x{size}" for size in SYMBOLIC_SIZES))
+      for name in ("alert-symbolic", "alert-symbolic-rtl", "close-symbolic", "open-symbolic", "symbolic")),
     f"{GNOME_EXTENSION}/__init__.js",
     f"{GNOME_EXTENSION}/extension.js",
     f"{GNOME_EXTENSION}/metadata.json",

@@ -71,7 +71,6 @@ namespace {
 using namespace StatusNotifierProtocol;
 
 const auto menuPath = QStringLiteral("/Menu");
-constexpr std::array panelSizes{16, 18, 22, 24, 32, 36, 44, 48, 64};
 
 constexpr auto introspection = R"xml(
 <interface name="org.kde.StatusNotifierItem">
@@ -247,7 +246,7 @@ private:
 
     QList<StatusNotifierPixmap> pixmaps() const {
         QList<StatusNotifierPixmap> pixmaps;
-        for (const int size : panelSizes) {
+        for (const int size : trayIconSizes) {
             const auto image = toolkit_.render(content_.image, tint_.colorOn({}), size);
             if (!image.isNull()) {
                 pixmaps.append(pixmap(image));

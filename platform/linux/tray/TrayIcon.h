@@ -10,6 +10,7 @@
 #include <QRect>
 #include <QString>
 
+#include <array>
 #include <functional>
 #include <optional>
 
@@ -27,6 +28,9 @@ struct TrayIconContent {
     /// menus themselves.
     std::function<std::optional<Platform::Menu>()> openMenu;
 };
+
+/// The sizes that panels ask for, and that the status images are drawn for.
+inline constexpr std::array trayIconSizes{16, 18, 22, 24, 32, 36, 44, 48, 64};
 
 /// An icon in a panel's tray. Its destruction removes it.
 class TrayIcon {

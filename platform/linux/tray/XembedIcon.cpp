@@ -73,6 +73,17 @@ std::vector<std::uint32_t> readNumbers(X11Connection& connection, xcb_window_t w
     return {numbers.begin(), numbers.end()};
 }
 
+/// The one nearest to `wanted` for which there is a drawing, among those up to `largest`; beside them all,
+/// the wanted one.
+int drawnSize(double wanted, int largest) {
+    const auto distance = [&](int size) -> double {
+        return size <= largest ? std::abs(size - wanted) : largest;
+    };
+    const int nearest = *std::ranges::min_element(trayIconSizes, {}, distance);
+    const bool isBeside = nearest > largest || wanted > trayIconSizes.back();
+    return isBeside ? static_cast<int>(std::lround(wanted)) : nearest;
+}
+
 } // namespace
 
 XembedIcon::XembedIcon(X11Connection& connection, xcb_window_t manager, TrayIconContent content,
@@ -302,8 +313,7 @@ void XembedIcon::draw() {
     // As large as in a menu bar, and on tall panels in proportion to them.
     const int side = std::min(ground_.width(), ground_.height());
     const double natural = content_.image.width > 0 ? content_.image.width * toolkit_.pixelsPerPoint : side;
-    const int iconSide =
-        static_cast<int>(std::lround(std::max(std::min<double>(side, natural), side * 2 / 3.0)));
+    const int iconSide = drawnSize(std::max(std::min<double>(side, natural), side * 2 / 3.0), side);
     auto canvas = ground_;
     const auto picture = toolkit_.render(content_.image, tint_.colorOn(look_), iconSide);
     QPainter painter(&canvas);

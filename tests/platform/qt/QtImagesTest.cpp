@@ -150,6 +150,53 @@ TEST_F(ImageRenderingTest, ADrawingKeepsItsShape) {
     EXPECT_EQ(renderImage({line, 0, 0, false, {}}, Qt::black, 22).size(), QSize(22, 1));
 }
 
+int largestDifference(const QImage& one, const QImage& other) {
+    int largest = 0;
+    for (int y = 0; y < one.height(); ++y) {
+        for (int x = 0; x < one.width(); ++x) {
+            largest =
+                std::max(largest, std::abs(one.pixelColor(x, y).alpha() - other.pixelColor(x, y).alpha()));
+        }
+    }
+    return largest;
+}
+
+TEST_F(ImageRenderingTest, StatusImagesStandOnThePixels) {
+    const auto closed = builtInImages().at(1);
+    for (const int size : {16, 18, 22, 24, 32, 36, 44, 48}) {
+        const auto image = drawn(closed, Qt::black, size);
+        // Where folds part, half-way down from the middle.
+        std::set<int> alphas;
+        for (int x = 0; x < size; ++x) {
+            alphas.insert(image.pixelColor(x, size * 3 / 4).alpha());
+        }
+        EXPECT_THAT(alphas, testing::ElementsAre(0, 255)) << size;
+        EXPECT_LE(largestDifference(image, image.mirrored(true, false)), 16) << size << ": arcs are rounded";
+    }
+}
+
+/// How much of the middle is covered, below the half of an image, from 0 to 1.
+double coverOfMiddle(const QImage& image) {
+    const int size = image.width();
+    double sum = 0;
+    int count = 0;
+    for (int y = size / 2; y < size * 3 / 4; ++y) {
+        for (int x = size * 5 / 16; x < size - size * 5 / 16; ++x) {
+            sum += image.pixelColor(x, y).alphaF();
+            ++count;
+        }
+    }
+    return sum / count;
+}
+
+TEST_F(ImageRenderingTest, TheClosedCurtainIsToldFromTheOpenOneByWhatItCovers) {
+    const auto images = builtInImages();
+    for (const int size : {16, 18, 22, 24}) {
+        EXPECT_LT(coverOfMiddle(drawn(images.at(0), Qt::black, size)), 0.25) << size;
+        EXPECT_GT(coverOfMiddle(drawn(images.at(1), Qt::black, size)), 0.5) << size;
+    }
+}
+
 TEST_F(ImageRenderingTest, ATemplateIsDrawnInTheGivenColor) {
     for (const auto& image : builtInImages()) {
         for (const auto& color : {QColor(0x12, 0x34, 0x56), QColor(Qt::white), QColor(Qt::black)}) {

@@ -326,6 +326,9 @@ TEST_F(TrayStatusItemTest, growsWithThePanel) {
     EXPECT_TRUE(spinUntil([&] { return renderedSize_ == 16; }));
     tray.resize(icon, 48);
     EXPECT_TRUE(spinUntil([&] { return renderedSize_ == 32; }));
+    // There is a drawing for 18 pixels, and none for two thirds of 28.
+    tray.resize(icon, 28);
+    EXPECT_TRUE(spinUntil([&] { return renderedSize_ == 18; }));
 }
 
 TEST_F(TrayStatusItemTest, isNotDrawnAsLargeAsNoPanelIs) {
