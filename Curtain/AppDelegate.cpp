@@ -178,6 +178,11 @@ void AppDelegate::menuQuit() {
     platform_.application->terminate();
 }
 
+void AppDelegate::restart() {
+    privacy_.willRestart();
+    platform_.application->relaunch();
+}
+
 void AppDelegate::openSettings() {
     const Action action(store_);
     if (popover_.isShown()) {
@@ -340,6 +345,7 @@ std::shared_ptr<SettingsView> AppDelegate::makeSettingsView() {
         screenWatcher_, *statusItem_, *platform_.systemVersion, *platform_.workspace});
     QObject::connect(view.get(), &SettingsView::langChanged, view.get(),
                      std::function<void()>(lifetime_.weak([this] { languageDidChange(); })));
+    view->onRestart = lifetime_.weak([this] { restart(); });
     return view;
 }
 

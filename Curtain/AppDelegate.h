@@ -59,6 +59,8 @@ public:
     /// Opens what `menuOpen` opens, and never closes it.
     void open();
     void menuQuit();
+    /// Ends and starts anew, where privacy mode goes on as it was.
+    void restart();
     void openSettings();
     /// What the shortcut does.
     void toggleModeFromHotkey();

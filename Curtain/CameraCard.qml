@@ -64,6 +64,7 @@ Item {
         ActionButton {
             objectName: "cameraSettings"
             anchors.horizontalCenter: parent.horizontalCenter
+            visible: !card.model.isCameraForbidden
             kind: "tonal"
             implicitHeight: 32
             text: card.model.texts.openSystemSettings
@@ -74,7 +75,7 @@ Item {
             visible: text !== ""
             horizontalAlignment: Text.AlignHCenter
             wrapMode: Text.WordWrap
-            text: card.model.cameraSettingsProblem
+            text: card.model.isCameraForbidden ? card.model.texts.cameraForbidden : card.model.cameraSettingsProblem
             style: Theme.small
             color: Theme.ink2
         }

@@ -57,6 +57,11 @@ CameraStatus CameraPreviewManager::status() const {
     return status_;
 }
 
+bool CameraPreviewManager::isForbidden() const {
+    return services_.authorization.status(Platform::MediaType::video) ==
+           Platform::AuthorizationStatus::restricted;
+}
+
 std::optional<Platform::CaptureInterruption> CameraPreviewManager::interruption() const {
     return status_ == CameraStatus::available && isStarted_ ? session_->interruption() : std::nullopt;
 }

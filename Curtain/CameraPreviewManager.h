@@ -50,6 +50,8 @@ public:
     ~CameraPreviewManager() override;
 
     CameraStatus status() const;
+    /// Whether `noPermission` is the system's own word, in whose settings nothing can be done about it.
+    bool isForbidden() const;
     /// Why a camera that is available shows nothing; absent while it does, or may be about to.
     std::optional<Platform::CaptureInterruption> interruption() const;
     bool mirrored() const;

@@ -68,6 +68,20 @@ SettingsPage {
             }
         }
     }
+    WarningCaption {
+        objectName: "launchSwitchedOff"
+        x: 1 + Theme.rowInset
+        width: parent.width - 2 * x
+        visible: page.model.isLaunchSwitchedOff
+        text: page.model.texts.launchSwitchedOff
+        action: page.model.texts.switchOn
+        actionName: "launchAllTheSame"
+        onActed: reason => {
+            // What comes next records whatever is pressed.
+            nextItemInFocusChain(false).forceActiveFocus(reason);
+            page.model.launchAllTheSame();
+        }
+    }
     Card {
         width: parent.width
         height: shortcutRow.height + 2

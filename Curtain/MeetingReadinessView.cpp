@@ -343,6 +343,10 @@ bool MeetingReadinessView::isReady() const {
            !isScoreIncomplete() && canHideApps() && std::ranges::none_of(rows, isBad);
 }
 
+bool MeetingReadinessView::isCameraForbidden() const {
+    return services_.camera.status() == CameraStatus::noPermission && services_.camera.isForbidden();
+}
+
 QStringList MeetingReadinessView::visibilities() const {
     static constexpr std::array names{std::pair{PrivateAppVisibility::visible, "visible"},
                                       std::pair{PrivateAppVisibility::hidden, "hidden"},

@@ -99,6 +99,8 @@ class MeetingReadinessView : public QObject {
 
     Q_PROPERTY(QString cameraState READ cameraState NOTIFY cameraChanged)
     Q_PROPERTY(QString cameraProblem READ cameraProblem NOTIFY cameraChanged)
+    /// Whether a camera without permission has none from the system itself.
+    Q_PROPERTY(bool isCameraForbidden READ isCameraForbidden NOTIFY cameraChanged)
     Q_PROPERTY(bool hasPhoto READ hasPhoto NOTIFY cameraChanged)
     Q_PROPERTY(bool canTakePhoto READ canTakePhoto NOTIFY cameraChanged)
     /// What became of the last photo or of what was to be done with it, in one sentence; empty before.
@@ -188,6 +190,7 @@ public:
     QString cameraState() const;
     /// Why an available camera shows nothing; empty while it does, or may be about to.
     QString cameraProblem() const;
+    bool isCameraForbidden() const;
     bool hasPhoto() const { return services_.camera.capturedPhoto() != nullptr; }
     bool canTakePhoto() const;
     QString photoNews() const;

@@ -158,6 +158,11 @@ bool OnboardingViewModel::isDenied() const {
     return currentStatus() == PermissionStatus::denied;
 }
 
+bool OnboardingViewModel::isForbidden() const {
+    return isDenied() && flow_.step().permissionKind() == PermissionKind::camera &&
+           services_.cameraManager.isForbidden();
+}
+
 QString OnboardingViewModel::settingsProblem() const {
     return isSettingsPageMissing_ ? toQString(PlatformWording::string(PlatformKey::noPermissionPage, lang_))
                                   : QString();
@@ -165,15 +170,55 @@ QString OnboardingViewModel::settingsProblem() const {
 
 QString OnboardingViewModel::deviceProblem() const {
     const auto kind = flow_.step().permissionKind();
-    if (kind == PermissionKind::microphone && services_.micMonitor.status() == MicStatus::noInputDevice) {
-        return toQString(PlatformWording::string(LocKey::micNoInput, lang_));
-    }
-    if (kind != PermissionKind::camera) {
+    return kind ? problemOf(*kind) : QString();
+}
+
+QString OnboardingViewModel::problemOf(PermissionKind kind) const {
+    // Before, nobody has looked for the device.
+    if (statusOf(kind) != PermissionStatus::granted) {
         return {};
     }
-    return services_.cameraManager.status() == CameraStatus::noCameraFound
-               ? toQString(PlatformWording::string(LocKey::noCameraFound, lang_))
-               : interruptionText(services_.cameraManager.interruption(), lang_);
+    return kind == PermissionKind::microphone ? microphoneProblem()
+           : kind == PermissionKind::camera   ? cameraProblem()
+                                              : QString();
+}
+
+QString OnboardingViewModel::microphoneProblem() const {
+    switch (services_.micMonitor.status()) {
+    case MicStatus::noInputDevice:
+        return toQString(PlatformWording::string(LocKey::micNoInput, lang_));
+    case MicStatus::noPermission:
+        return toQString(PlatformWording::string(LocKey::micAccessDenied, lang_));
+    case MicStatus::unavailable:
+        return toQString(PlatformWording::string(LocKey::notCheckedYet, lang_));
+    default:
+        return {};
+    }
+}
+
+QString OnboardingViewModel::cameraProblem() const {
+    switch (services_.cameraManager.status()) {
+    case CameraStatus::noCameraFound:
+        return toQString(PlatformWording::string(LocKey::noCameraFound, lang_));
+    case CameraStatus::noPermission:
+        return toQString(PlatformWording::string(LocKey::cameraNeedsAccess, lang_));
+    case CameraStatus::unavailable:
+        return toQString(PlatformWording::string(LocKey::notCheckedYet, lang_));
+    default:
+        return interruptionText(services_.cameraManager.interruption(), lang_);
+    }
+}
+
+QString OnboardingViewModel::microphoneGap() const {
+    return statusOf(PermissionKind::microphone) == PermissionStatus::denied
+               ? toQString(PlatformWording::string(LocKey::micAccessDenied, lang_))
+               : problemOf(PermissionKind::microphone);
+}
+
+QString OnboardingViewModel::cameraGap() const {
+    return statusOf(PermissionKind::camera) == PermissionStatus::denied
+               ? toQString(PlatformWording::string(LocKey::cameraNeedsAccess, lang_))
+               : problemOf(PermissionKind::camera);
 }
 
 double OnboardingViewModel::level() const {
@@ -260,6 +305,18 @@ void OnboardingViewModel::requestCurrentPermission() {
     }
 }
 
+void OnboardingViewModel::lookAgain() {
+    const auto kind = flow_.step().permissionKind();
+    if (!kind || !isDenied()) {
+        return;
+    }
+    const auto answer = services_.authorization.status(
+        *kind == PermissionKind::microphone ? MediaType::audio : MediaType::video);
+    if (answer == AuthorizationStatus::authorized) {
+        requestCurrentPermission();
+    }
+}
+
 void OnboardingViewModel::openSystemSettings() {
     isSettingsPageMissing_ = !services_.urlOpener.open(Platform::SettingsLink::privacyAndSecurity);
     Q_EMIT changed();
@@ -302,10 +359,14 @@ void OnboardingViewModel::setStatus(PermissionKind kind, PermissionStatus status
     Q_EMIT changed();
 }
 
+std::optional<PermissionStatus> OnboardingViewModel::statusOf(PermissionKind kind) const {
+    const auto found = status_.find(kind);
+    return found == status_.end() ? std::nullopt : std::optional(found->second);
+}
+
 std::optional<PermissionStatus> OnboardingViewModel::currentStatus() const {
     const auto kind = flow_.step().permissionKind();
-    const auto found = kind ? status_.find(*kind) : status_.end();
-    return found == status_.end() ? std::nullopt : std::optional(found->second);
+    return kind ? statusOf(*kind) : std::nullopt;
 }
 
 void OnboardingViewModel::startLiveArea(PermissionKind kind) {

@@ -48,6 +48,8 @@ class OnboardingViewModel : public QObject {
     /// Of the current page. On a page that asks for no permission both are false.
     Q_PROPERTY(bool isGranted READ isGranted NOTIFY changed)
     Q_PROPERTY(bool isDenied READ isDenied NOTIFY changed)
+    /// Whether that is denied by the system itself, in whose settings nothing can be done about it.
+    Q_PROPERTY(bool isForbidden READ isForbidden NOTIFY changed)
     /// One sentence, empty unless the settings page was asked for and there is none.
     Q_PROPERTY(QString settingsProblem READ settingsProblem NOTIFY changed)
     /// A few words on why the live area of the current page shows nothing; empty where there is something.
@@ -58,6 +60,9 @@ class OnboardingViewModel : public QObject {
     Q_PROPERTY(bool isPreviewMirrored READ isPreviewMirrored NOTIFY changed)
     /// How many files there are to hide, in words.
     Q_PROPERTY(QString desktopSummary READ desktopSummary NOTIFY changed)
+    /// A few words on what the summary of each leaves out; empty where nothing is missing.
+    Q_PROPERTY(QString microphoneGap READ microphoneGap NOTIFY changed)
+    Q_PROPERTY(QString cameraGap READ cameraGap NOTIFY changed)
 
 public:
     /// All of them outlive the model.
@@ -118,6 +123,7 @@ public:
     bool canSwitchExtensionOn() const;
     bool isGranted() const;
     bool isDenied() const;
+    bool isForbidden() const;
     QString settingsProblem() const;
     QString deviceProblem() const;
     double level() const;
@@ -125,6 +131,8 @@ public:
     bool hasPreview() const;
     bool isPreviewMirrored() const;
     QString desktopSummary() const;
+    QString microphoneGap() const;
+    QString cameraGap() const;
 
     Q_INVOKABLE void advance();
     /// To be called when the compatibility page is shown. Looks at the system the first time, as often as it
@@ -134,6 +142,8 @@ public:
     Q_INVOKABLE void switchExtensionOn();
     /// Asks for the permission of the current page; nothing on a page without one.
     Q_INVOKABLE void requestCurrentPermission();
+    /// To be called when the user comes back to the window: what was denied may have been granted meanwhile.
+    Q_INVOKABLE void lookAgain();
     Q_INVOKABLE void openSystemSettings();
     Q_INVOKABLE void finish();
     Q_INVOKABLE void close();
@@ -152,7 +162,11 @@ private:
     void microphoneAnswered();
     void cameraAnswered();
     void setStatus(CurtainCore::PermissionKind kind, CurtainCore::PermissionStatus status);
+    std::optional<CurtainCore::PermissionStatus> statusOf(CurtainCore::PermissionKind kind) const;
     std::optional<CurtainCore::PermissionStatus> currentStatus() const;
+    QString problemOf(CurtainCore::PermissionKind kind) const;
+    QString microphoneProblem() const;
+    QString cameraProblem() const;
     void startLiveArea(CurtainCore::PermissionKind kind);
     void startLiveAreaAgain();
 

@@ -1,4 +1,5 @@
 import QtQuick
+import QtQuick.Window
 import Curtain
 import Curtain.Controls
 import Curtain.Items
@@ -11,11 +12,18 @@ FocusScope {
 
     /// Whether the last button was used with the keyboard.
     property bool usesKeyboard: false
+    readonly property bool isActive: Window.active
 
     implicitWidth: 420
     implicitHeight: 460
     LayoutMirroring.enabled: model.isRightToLeft
     LayoutMirroring.childrenInherit: true
+
+    onIsActiveChanged: {
+        if (isActive) {
+            model.lookAgain();
+        }
+    }
 
     Rectangle {
         anchors.fill: parent

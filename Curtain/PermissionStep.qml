@@ -15,13 +15,16 @@ WizardPage {
     property Component liveArea
 
     readonly property bool isLive: placeholder === "" || vm.isGranted
+    /// Whether the settings can mend it.
+    readonly property bool isMendable: vm.isDenied && !vm.isForbidden
 
-    hasMoreControls: vm.isDenied
-    button.text: vm.isGranted ? vm.texts.wizPermContinue : vm.isDenied ? vm.texts.wizPermOpenSettings : vm.texts.wizPermAllow
-    button.y: vm.isDenied ? 350 : 396
-    button.height: vm.isDenied ? 38 : 40
+    hasMoreControls: isMendable
+    button.text: isMendable ? vm.texts.wizPermOpenSettings
+        : vm.isGranted || vm.isForbidden ? vm.texts.wizPermContinue : vm.texts.wizPermAllow
+    button.y: isMendable ? 350 : 396
+    button.height: isMendable ? 38 : 40
     button.onClicked: {
-        if (vm.isGranted) {
+        if (vm.isGranted || vm.isForbidden) {
             vm.advance();
         } else if (vm.isDenied) {
             vm.openSystemSettings();
@@ -69,6 +72,7 @@ WizardPage {
         visible: !page.vm.isGranted
         color: page.vm.isDenied ? Theme.orangeText : Theme.ink2
         text: !page.vm.isDenied ? page.body
+            : page.vm.isForbidden ? page.vm.texts.cameraForbidden
             : page.vm.settingsProblem !== "" ? page.vm.settingsProblem : page.vm.texts.wizPermDeniedHint
     }
     Row {
@@ -76,7 +80,8 @@ WizardPage {
         anchors.horizontalCenter: parent.horizontalCenter
         y: heading.y + heading.height + 7
         spacing: 8
-        visible: page.vm.isGranted
+        // What the live area says instead would contradict it.
+        visible: page.vm.isGranted && page.vm.deviceProblem === ""
 
         Symbol {
             y: 1
@@ -97,7 +102,7 @@ WizardPage {
         y: 396
         width: parent.width - 48
         height: 40
-        visible: page.vm.isDenied
+        visible: page.isMendable
         kind: "quiet"
         text: page.vm.texts.wizPermContinue
         onClicked: {

@@ -55,6 +55,8 @@ enum class PlatformKey {
     settingsUnreadable,
     /// Why privacy mode has hidden nothing: the list of private apps was lost with the settings.
     privateAppsLost,
+    /// The system itself lets the user have no camera, and what helps.
+    cameraForbidden,
     /// Why a camera shows nothing: it is not plugged in any more.
     cameraGone,
     /// The same: another program uses it.
@@ -85,8 +87,11 @@ enum class PlatformKey {
     shortcutInUse,
     /// In a list of apps: none of them has the name that is searched for.
     noAppFound,
-    /// The same: there is none to be listed.
+    /// The same: there is none to be listed, among those that run and among the private ones.
     noAppRuns,
+    noAppPrivate,
+    /// The program is to start at login, and the desktop's own tool has switched that off.
+    launchSwitchedOff,
     /// Where Curtain is from its start on, and what switches privacy mode; the shortcut stands behind it.
     whereCurtainIs,
     shortcutHidesApps,
@@ -112,6 +117,10 @@ enum class PlatformKey {
     privacyModeEndedTitle,
     /// A button: opens the list of apps that can be made private.
     choosePrivateApps,
+    /// One of a list's choices: those apps alone that are private.
+    privateOnly,
+    /// A button.
+    restartCurtain,
     /// The titles of the notices at the first start.
     inYourPanelTitle,
     runsWithoutTrayTitle,
@@ -139,7 +148,7 @@ std::string opening(std::string_view name, std::string_view lang);
 
 template <>
 struct CurtainCore::RawValues<Curtain::PlatformKey> {
-    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 62> cases{{
+    static constexpr std::array<std::pair<Curtain::PlatformKey, std::string_view>, 67> cases{{
         {Curtain::PlatformKey::noHidingOnWayland, "noHidingOnWayland"},
         {Curtain::PlatformKey::noWindowManager, "noWindowManager"},
         {Curtain::PlatformKey::logOutOnce, "logOutOnce"},
@@ -165,6 +174,7 @@ struct CurtainCore::RawValues<Curtain::PlatformKey> {
         {Curtain::PlatformKey::settingsDamaged, "settingsDamaged"},
         {Curtain::PlatformKey::settingsUnreadable, "settingsUnreadable"},
         {Curtain::PlatformKey::privateAppsLost, "privateAppsLost"},
+        {Curtain::PlatformKey::cameraForbidden, "cameraForbidden"},
         {Curtain::PlatformKey::cameraGone, "cameraGone"},
         {Curtain::PlatformKey::cameraInUse, "cameraInUse"},
         {Curtain::PlatformKey::cameraDoesNotStart, "cameraDoesNotStart"},
@@ -184,6 +194,8 @@ struct CurtainCore::RawValues<Curtain::PlatformKey> {
         {Curtain::PlatformKey::shortcutInUse, "shortcutInUse"},
         {Curtain::PlatformKey::noAppFound, "noAppFound"},
         {Curtain::PlatformKey::noAppRuns, "noAppRuns"},
+        {Curtain::PlatformKey::noAppPrivate, "noAppPrivate"},
+        {Curtain::PlatformKey::launchSwitchedOff, "launchSwitchedOff"},
         {Curtain::PlatformKey::whereCurtainIs, "whereCurtainIs"},
         {Curtain::PlatformKey::shortcutHidesApps, "shortcutHidesApps"},
         {Curtain::PlatformKey::mirrorPicture, "mirrorPicture"},
@@ -200,6 +212,8 @@ struct CurtainCore::RawValues<Curtain::PlatformKey> {
         {Curtain::PlatformKey::privacyModeInVain, "privacyModeInVain"},
         {Curtain::PlatformKey::privacyModeEndedTitle, "privacyModeEndedTitle"},
         {Curtain::PlatformKey::choosePrivateApps, "choosePrivateApps"},
+        {Curtain::PlatformKey::privateOnly, "privateOnly"},
+        {Curtain::PlatformKey::restartCurtain, "restartCurtain"},
         {Curtain::PlatformKey::inYourPanelTitle, "inYourPanelTitle"},
         {Curtain::PlatformKey::runsWithoutTrayTitle, "runsWithoutTrayTitle"},
     }};

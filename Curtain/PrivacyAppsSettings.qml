@@ -68,6 +68,9 @@ SettingsPage {
                 width: parent.width
                 visible: page.model.switches.autoDetect && page.model.hasShareDetection
                 text: page.model.texts.autoDetectRestart
+                action: page.model.texts.restartCurtain
+                actionName: "restart"
+                onActed: page.model.restart()
             }
             WarningCaption {
                 objectName: "noShareDetection"
@@ -101,9 +104,14 @@ SettingsPage {
         objectName: "source"
         width: parent.width
         name: page.model.texts.tabApps
-        model: [page.model.texts.running, page.model.texts.installed]
-        currentIndex: page.model.showingInstalled ? 1 : 0
-        onActivated: index => page.model.showingInstalled = index === 1
+        model: [page.model.texts.running, page.model.texts.installed, page.model.texts.privateOnly]
+        currentIndex: page.model.showingPrivate ? 2 : page.model.showingInstalled ? 1 : 0
+        onActivated: index => {
+            page.model.showingPrivate = index === 2;
+            if (index !== 2) {
+                page.model.showingInstalled = index === 1;
+            }
+        }
     }
     Item {
         width: 1
@@ -114,7 +122,7 @@ SettingsPage {
         objectName: "runningAppsUnseen"
         x: 1 + Theme.rowInset
         width: parent.width - 2 * x
-        visible: !page.model.showingInstalled && !page.model.knowsRunningApps
+        visible: segments.currentIndex === 0 && !page.model.knowsRunningApps
         text: page.model.texts.runningAppsUnseen
     }
     Item {
@@ -201,7 +209,8 @@ SettingsPage {
                 visible: list.count === 0
                 horizontalAlignment: Text.AlignHCenter
                 wrapMode: Text.Wrap
-                text: page.model.query !== "" ? page.model.texts.noAppFound : page.model.texts.noAppRuns
+                text: page.model.query !== "" ? page.model.texts.noAppFound
+                    : page.model.showingPrivate ? page.model.texts.noAppPrivate : page.model.texts.noAppRuns
                 color: Theme.ink2
             }
             ThinScrollBar {

@@ -28,8 +28,10 @@ std::string SettingsModel::lang() const {
 
 void SettingsModel::reload() {
     auto stored = store_.load();
-    if (stored != prefs_) {
+    const bool isOff = loginItem_.isSwitchedOff();
+    if (stored != prefs_ || isOff != isLoginItemOff_) {
         prefs_ = std::move(stored);
+        isLoginItemOff_ = isOff;
         Q_EMIT prefsChanged();
     }
 }
@@ -57,11 +59,22 @@ void SettingsModel::toggle(const CatalogEntry& entry) {
 void SettingsModel::setLaunchAtLogin(bool on) {
     change([&](auto& stored) {
         stored.launchAtLogin = on;
-        const auto error = on ? loginItem_.registerItem() : loginItem_.unregisterItem();
-        if (error) {
-            log_.writeLine("Curtain SMAppService: " + *error);
-        }
+        loginItemChanged(on ? loginItem_.registerItem() : loginItem_.unregisterItem());
     });
+}
+
+void SettingsModel::launchAllTheSame() {
+    change([&](auto& stored) {
+        stored.launchAtLogin = true;
+        loginItemChanged(loginItem_.registerAnew());
+    });
+}
+
+void SettingsModel::loginItemChanged(const std::optional<std::string>& error) {
+    isLoginItemOff_ = loginItem_.isSwitchedOff();
+    if (error) {
+        log_.writeLine("Curtain SMAppService: " + *error);
+    }
 }
 
 void SettingsModel::save() {

@@ -30,7 +30,7 @@ public:
     /// The code of the language of all texts.
     std::string lang() const;
 
-    /// Takes over what others have stored since.
+    /// Takes over what others have stored since, and what the desktop's tool has made of the launch at login.
     void reload();
     /// Changes one field of what is stored.
     template <class Field>
@@ -43,6 +43,10 @@ public:
     void toggle(const CatalogEntry& entry);
     /// The preference keeps the user's wish even where the system refuses it.
     void setLaunchAtLogin(bool on);
+    /// Whether the desktop's own tool stands against the user's wish that it is launched.
+    bool isLaunchSwitchedOff() const { return prefs_.launchAtLogin && isLoginItemOff_; }
+    /// Grants that wish all the same.
+    void launchAllTheSame();
 
 Q_SIGNALS:
     void prefsChanged();
@@ -58,12 +62,15 @@ private:
         save();
     }
     void save();
+    void loginItemChanged(const std::optional<std::string>& error);
 
     CurtainCore::PreferencesStore& store_;
     Platform::Locale& locale_;
     Platform::LoginItem& loginItem_;
     Platform::Log& log_;
     CurtainCore::Preferences prefs_;
+    /// As it was last seen: it is read from a file.
+    bool isLoginItemOff_ = false;
 };
 
 } // namespace Curtain

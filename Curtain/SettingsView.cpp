@@ -130,6 +130,8 @@ void SettingsView::willShow() {
     Q_EMIT camerasChanged();
     showingInstalled_ = false;
     Q_EMIT showingInstalledChanged();
+    showingPrivate_ = false;
+    Q_EMIT showingPrivateChanged();
     setQuery({});
     lacksFocusSettings_ = false;
     Q_EMIT lacksFocusSettingsChanged();
@@ -216,6 +218,14 @@ void SettingsView::setShowingInstalled(bool installed) {
     }
 }
 
+void SettingsView::setShowingPrivate(bool onlyPrivate) {
+    if (onlyPrivate != showingPrivate_) {
+        showingPrivate_ = onlyPrivate;
+        reloadEntries();
+        Q_EMIT showingPrivateChanged();
+    }
+}
+
 void SettingsView::setQuery(const QString& query) {
     if (query != apps_.query()) {
         apps_.setQuery(query);
@@ -265,27 +275,43 @@ void SettingsView::refresh() {
 }
 
 void SettingsView::reloadEntries() {
-    if (showingInstalled_) {
-        auto unlisted = unlistedApps();
-        const auto rest =
-            std::stable_partition(unlisted.begin(), unlisted.end(),
-                                  [this](const CatalogEntry& app) { return services_.catalog.isGone(app); });
-        auto entries = services_.catalog.installedApps();
-        entries.insert(entries.begin(), rest, unlisted.end());
-        apps_.setEntries(std::move(entries), {unlisted.begin(), rest});
+    if (showingPrivate_) {
+        setEntries(privateApps(), {});
+    } else if (showingInstalled_) {
+        setEntries(unlistedApps(), services_.catalog.installedApps());
     } else {
         apps_.setEntries(services_.catalog.runningApps());
     }
 }
 
-std::vector<CatalogEntry> SettingsView::unlistedApps() const {
+void SettingsView::setEntries(std::vector<CatalogEntry> privateApps,
+                              const std::vector<CatalogEntry>& others) {
+    const auto rest =
+        std::stable_partition(privateApps.begin(), privateApps.end(),
+                              [this](const CatalogEntry& app) { return services_.catalog.isGone(app); });
+    std::vector<CatalogEntry> entries(rest, privateApps.end());
+    entries.insert(entries.end(), others.begin(), others.end());
+    apps_.setEntries(std::move(entries), {privateApps.begin(), rest});
+}
+
+std::vector<CatalogEntry> SettingsView::privateApps() const {
     const auto known = services_.catalog.allApps();
-    std::vector<CatalogEntry> unlisted;
+    std::vector<CatalogEntry> apps;
     for (const auto& app : services_.model.prefs().targetApps) {
-        if (std::ranges::find(known, app.bundleID, &CatalogEntry::bundleID) == known.end()) {
-            unlisted.push_back({app.bundleID, app.displayName});
+        if (std::ranges::find(apps, app.bundleID, &CatalogEntry::bundleID) == apps.end()) {
+            const auto entry = std::ranges::find(known, app.bundleID, &CatalogEntry::bundleID);
+            apps.push_back(entry == known.end() ? CatalogEntry{app.bundleID, app.displayName} : *entry);
         }
     }
+    return apps;
+}
+
+std::vector<CatalogEntry> SettingsView::unlistedApps() const {
+    const auto known = services_.catalog.allApps();
+    auto unlisted = privateApps();
+    std::erase_if(unlisted, [&](const CatalogEntry& app) {
+        return std::ranges::find(known, app.bundleID, &CatalogEntry::bundleID) != known.end();
+    });
     return unlisted;
 }
 

@@ -23,6 +23,7 @@
 #include <QStringList>
 #include <QVariantList>
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -44,6 +45,8 @@ class SettingsView : public QObject {
     Q_PROPERTY(int micTestModeIndex READ micTestModeIndex WRITE setMicTestModeIndex NOTIFY prefsChanged)
     Q_PROPERTY(
         bool showingInstalled READ showingInstalled WRITE setShowingInstalled NOTIFY showingInstalledChanged)
+    /// Private apps alone, whether they run, are installed or neither.
+    Q_PROPERTY(bool showingPrivate READ showingPrivate WRITE setShowingPrivate NOTIFY showingPrivateChanged)
     Q_PROPERTY(QString query READ query WRITE setQuery NOTIFY queryChanged)
     Q_PROPERTY(QAbstractListModel* apps READ apps CONSTANT)
     Q_PROPERTY(Curtain::ShortcutField* shortcut READ shortcut CONSTANT)
@@ -67,6 +70,8 @@ class SettingsView : public QObject {
     Q_PROPERTY(bool hasShareDetection READ hasShareDetection CONSTANT)
     /// Whether nothing can at this moment.
     Q_PROPERTY(bool isShareDetectionBlind READ isShareDetectionBlind NOTIFY sessionChanged)
+    /// Whether the desktop's own tool keeps the program from starting at login.
+    Q_PROPERTY(bool isLaunchSwitchedOff READ isLaunchSwitchedOff NOTIFY prefsChanged)
     /// Whether the button for the settings of notifications found none to open.
     Q_PROPERTY(bool lacksFocusSettings READ lacksFocusSettings NOTIFY lacksFocusSettingsChanged)
 
@@ -90,6 +95,9 @@ public:
 
     explicit SettingsView(const Services& services);
 
+    /// The user wants the program to end and start anew.
+    std::function<void()> onRestart = [] {};
+
     /// To be called on every showing of the window.
     void willShow();
 
@@ -108,6 +116,8 @@ public:
     void setMicTestModeIndex(int index);
     bool showingInstalled() const { return showingInstalled_; }
     void setShowingInstalled(bool installed);
+    bool showingPrivate() const { return showingPrivate_; }
+    void setShowingPrivate(bool onlyPrivate);
     const QString& query() const { return apps_.query(); }
     void setQuery(const QString& query);
     QAbstractListModel* apps() { return &apps_; }
@@ -123,11 +133,14 @@ public:
     bool hasTray() const { return services_.statusItem.hasPanel(); }
     bool hasShareDetection() const { return services_.screenWatcher.fn != nullptr; }
     bool isShareDetectionBlind() const { return answers_.isShareDetectionBlind; }
+    bool isLaunchSwitchedOff() const { return services_.model.isLaunchSwitchedOff(); }
     bool lacksFocusSettings() const { return lacksFocusSettings_; }
 
     Q_INVOKABLE void toggleApp(int row) { apps_.toggle(row); }
     Q_INVOKABLE void openFocusSettings();
     Q_INVOKABLE void switchExtensionOn();
+    Q_INVOKABLE void launchAllTheSame() { services_.model.launchAllTheSame(); }
+    Q_INVOKABLE void restart() { onRestart(); }
     /// Takes over what has changed elsewhere, when the user returns to the window.
     Q_INVOKABLE void refresh();
     /// Asks the session again what it can do at this moment.
@@ -138,6 +151,7 @@ Q_SIGNALS:
     void prefsChanged();
     void camerasChanged();
     void showingInstalledChanged();
+    void showingPrivateChanged();
     void queryChanged();
     void hasTrayChanged();
     void sessionChanged();
@@ -156,8 +170,12 @@ private:
     };
 
     void reloadEntries();
-    /// The private ones that stand in neither list.
+    /// Each once, under the name that the system has for it.
+    std::vector<CatalogEntry> privateApps() const;
+    /// Those of them that stand in neither list.
     std::vector<CatalogEntry> unlistedApps() const;
+    /// These, and before them those that certainly are no longer installed.
+    void setEntries(std::vector<CatalogEntry> privateApps, const std::vector<CatalogEntry>& others);
     void modelChanged();
 
     Services services_;
@@ -166,6 +184,7 @@ private:
     SettingsSwitches switches_;
     std::vector<CameraChoice> cameras_;
     bool showingInstalled_ = false;
+    bool showingPrivate_ = false;
     bool lacksFocusSettings_ = false;
     /// As they were last shown.
     SessionAnswers answers_;

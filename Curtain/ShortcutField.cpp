@@ -93,6 +93,11 @@ QString ShortcutField::alertExplanation() const {
     return alert_ ? localized(alert_->explanation) : QString();
 }
 
+QString ShortcutField::dismissText() const {
+    using namespace KeyboardShortcuts;
+    return localized(canForceUse() ? ShortcutTexts::chooseAnother : ShortcutTexts::ok);
+}
+
 void ShortcutField::begin(QObject* window) {
     if (window_ != window) {
         if (window_) {

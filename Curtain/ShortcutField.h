@@ -37,7 +37,8 @@ class ShortcutField : public QObject {
     Q_PROPERTY(QString pressText READ pressText NOTIFY langChanged)
     Q_PROPERTY(QString clearText READ clearText NOTIFY langChanged)
     Q_PROPERTY(QString forceUseText READ forceUseText NOTIFY langChanged)
-    Q_PROPERTY(QString okText READ okText NOTIFY langChanged)
+    /// What closes the alert and leaves the shortcut as it was.
+    Q_PROPERTY(QString dismissText READ dismissText NOTIFY alertChanged)
 
 public:
     /// What the services refer to outlives the field. `lang` answers with the code of the texts' language.
@@ -58,7 +59,7 @@ public:
     QString pressText() const { return localized(KeyboardShortcuts::ShortcutTexts::pressShortcut); }
     QString clearText() const { return localized(KeyboardShortcuts::ShortcutTexts::clearShortcut); }
     QString forceUseText() const { return localized(KeyboardShortcuts::ShortcutTexts::forceUse); }
-    QString okText() const { return localized(KeyboardShortcuts::ShortcutTexts::ok); }
+    QString dismissText() const;
     bool canForceUse() const { return alert_ && alert_->canForceUse; }
 
     /// The field of this window got the focus. All keys go to it until the end, those that others have taken

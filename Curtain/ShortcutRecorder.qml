@@ -190,7 +190,7 @@ FocusScope {
                     objectName: "alertOk"
                     implicitHeight: 32
                     width: Math.max(88, implicitWidth)
-                    text: recorder.shortcut.okText
+                    text: recorder.shortcut.dismissText
                     onClicked: {
                         alert.close();
                         field.forceActiveFocus();

@@ -34,10 +34,14 @@ WizardPage {
         WizardRow {
             objectName: "microphone"
             title: page.vm.texts.wizSummaryMic
+            detail: page.vm.microphoneGap
+            isWarning: true
         }
         WizardRow {
             objectName: "camera"
             title: page.vm.texts.wizSummaryCam
+            detail: page.vm.cameraGap
+            isWarning: true
         }
     }
 }

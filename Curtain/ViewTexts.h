@@ -106,13 +106,16 @@ namespace Curtain {
     TEXT(wizWelcomeTitle)                                                                                    \
     TEXT(youAreReady)
 #define CURTAIN_PLATFORM_TEXTS(TEXT)                                                                         \
+    TEXT(cameraForbidden)                                                                                    \
     TEXT(cannotTell)                                                                                         \
     TEXT(choosePrivateApps)                                                                                  \
     TEXT(clearSearch)                                                                                        \
     TEXT(close)                                                                                              \
+    TEXT(launchSwitchedOff)                                                                                  \
     TEXT(mirrorPicture)                                                                                      \
     TEXT(moreOptions)                                                                                        \
     TEXT(noAppFound)                                                                                         \
+    TEXT(noAppPrivate)                                                                                       \
     TEXT(noAppRuns)                                                                                          \
     TEXT(noGlobalShortcuts)                                                                                  \
     TEXT(noPictureYet)                                                                                       \
@@ -121,6 +124,8 @@ namespace Curtain {
     TEXT(noTray)                                                                                             \
     TEXT(notInstalled)                                                                                       \
     TEXT(privacyModeInVain)                                                                                  \
+    TEXT(privateOnly)                                                                                        \
+    TEXT(restartCurtain)                                                                                     \
     TEXT(runningAppsUnseen)                                                                                  \
     TEXT(shareDetectionUnknown)                                                                              \
     TEXT(shortcutInUse)                                                                                      \

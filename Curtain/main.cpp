@@ -11,12 +11,14 @@
 #include "platform/qt/DisplayCheck.h"
 #include "platform/qt/ForeignFileMessages.h"
 #include "platform/qt/OwnLibrary.h"
+#include "platform/qt/QtApplication.h"
 #include "platform/qt/QtMainQueue.h"
 #include "platform/qt/SessionRestart.h"
 #include "platform/qt/TerminationSignals.h"
 #include "platform/qt/ViewLibrary.h"
 
 #include <QDBusConnection>
+#include <QFile>
 #include <QGuiApplication>
 #include <QLoggingCategory>
 
@@ -86,12 +88,27 @@ std::optional<std::string> missingLibrary() {
                : OwnLibrary::problemWith(OwnLibrary::pathOf(LinuxPlatform::soundLibraryFileName), "sounds");
 }
 
-} // namespace
-
-int main(int argumentCount, char** arguments) {
-    if (argumentCount > 1) {
-        return answerOption(argumentCount, arguments);
+/// What the program was given. A run that leaves a silent bus alone takes it away, and the next one is to
+/// look for itself.
+class SessionBusVariable {
+public:
+    void restore() const {
+        if (value_) {
+            setenv(name, value_->c_str(), 1);
+        } else {
+            unsetenv(name);
+        }
     }
+
+private:
+    static constexpr const char* name = "DBUS_SESSION_BUS_ADDRESS";
+    std::optional<std::string> value_ =
+        std::getenv(name) != nullptr ? std::optional<std::string>(std::getenv(name)) : std::nullopt;
+};
+
+/// From the start to the end; the process's status, or `QtApplication::relaunchStatus`. The program's file is
+/// told once it is known.
+int run(int argumentCount, char** arguments, std::string& file) {
     leaveNoDump();
     LinuxPlatform::leaveSilentSessionBus();
     const auto session = LinuxPlatform::probeSession(LinuxPlatform::sourcesOfThisSession());
@@ -109,6 +126,7 @@ int main(int argumentCount, char** arguments) {
     QGuiApplication::setApplicationName(QStringLiteral("curtain"));
     QGuiApplication::setApplicationVersion(QStringLiteral(CURTAIN_VERSION));
     QGuiApplication::setDesktopFileName(QStringLiteral("com.curtain.Curtain"));
+    file = QFile::encodeName(QGuiApplication::applicationFilePath()).toStdString();
 
     if (const auto problem = missingLibrary()) {
         std::fprintf(stderr, "%s\n", problem->c_str());
@@ -166,4 +184,26 @@ int main(int argumentCount, char** arguments) {
                               {"privacy-off", [&] { delegate.privacyRequested(Request::off); }},
                               {"quit", [&] { delegate.menuQuit(); }}}});
     return QGuiApplication::exec();
+}
+
+} // namespace
+
+int main(int argumentCount, char** arguments) {
+    if (argumentCount > 1) {
+        return answerOption(argumentCount, arguments);
+    }
+    std::string file;
+    const SessionBusVariable busVariable;
+    const int status = run(argumentCount, arguments, file);
+    if (status != QtPlatform::QtApplication::relaunchStatus) {
+        return status;
+    }
+    if (QtPlatform::isTerminationPending()) {
+        return EXIT_SUCCESS;
+    }
+    busVariable.restore();
+    // In the same process, for whoever started this one waits for its end.
+    execv(file.c_str(), arguments);
+    std::perror("Curtain: it could not be started again");
+    return EXIT_FAILURE;
 }

@@ -30,7 +30,7 @@ AFTER_CLOSING_SECONDS = 0.3
 ESCAPE_KEY, RETURN_KEY, Z_KEY, DOWN_KEY = 9, 36, 52, 116
 # Places in the window, from its top left corner, and what is seen there.
 FIRST_CARD, CARD = (40, 70), "#ffffff"
-APPS_TAB, INSTALLED, SEARCH = (205, 30), (320, 177), (200, 217)
+APPS_TAB, INSTALLED, SEARCH = (205, 30), (220, 177), (200, 217)
 FIRST_SWITCH, SECOND_SWITCH, SWITCH_OFF = (391, 260), (391, 296), "#8c93a2"
 
 

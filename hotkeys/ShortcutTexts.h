@@ -11,6 +11,8 @@ inline constexpr std::string_view usedBySystem = "keyboard_shortcut_used_by_syst
 inline constexpr std::string_view canBeChanged = "keyboard_shortcuts_can_be_changed";
 inline constexpr std::string_view forceUse = "force_use_shortcut";
 inline constexpr std::string_view ok = "ok";
+/// In its place where the refused one could be used all the same.
+inline constexpr std::string_view chooseAnother = "choose_another_shortcut";
 /// In the field: nothing is recorded, and a combination is waited for.
 inline constexpr std::string_view recordShortcut = "record_shortcut";
 inline constexpr std::string_view pressShortcut = "press_shortcut";

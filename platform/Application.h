@@ -19,6 +19,8 @@ public:
     virtual std::optional<std::string> bundleIdentifier() const = 0;
     /// Ends the program once the current event has been dealt with.
     virtual void terminate() = 0;
+    /// The same, and starts it anew when it has ended.
+    virtual void relaunch() = 0;
 };
 
 } // namespace Platform

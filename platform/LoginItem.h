@@ -13,6 +13,10 @@ public:
     /// Each returns the error in words, or nothing when it succeeded.
     virtual std::optional<std::string> registerItem() = 0;
     virtual std::optional<std::string> unregisterItem() = 0;
+    /// Registers it also where it is switched off.
+    virtual std::optional<std::string> registerAnew() = 0;
+    /// Whether the desktop's own tool has switched off what is registered.
+    virtual bool isSwitchedOff() const = 0;
 };
 
 } // namespace Platform

@@ -7,6 +7,8 @@ Item {
     property bool isOk: true
     property string title
     property string detail
+    /// Whether the detail is one that should not be overlooked.
+    property bool isWarning: false
     /// The mark in a word, for those who do not see it.
     property string finding
     /// A line parts the first row from nothing.
@@ -54,7 +56,7 @@ Item {
             visible: row.detail !== ""
             width: parent.width
             style: Theme.small
-            color: Theme.ink2
+            color: row.isWarning ? Theme.orangeText : Theme.ink2
             isSpoken: false
             text: row.detail
             wrapMode: Text.Wrap

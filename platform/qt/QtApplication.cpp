@@ -35,4 +35,8 @@ void QtApplication::terminate() {
     QGuiApplication::quit();
 }
 
+void QtApplication::relaunch() {
+    QGuiApplication::exit(relaunchStatus);
+}
+
 } // namespace QtPlatform

@@ -21,8 +21,10 @@ constexpr std::array endingSignals{SIGINT, SIGTERM, SIGHUP};
 
 /// A signal handler gets no context of ours, so the descriptor that it writes to has to be found here.
 std::atomic<int> announcement = -1;
+std::atomic<bool> isPending = false;
 
 void announce(int /*signal*/) {
+    isPending = true;
     // Whatever was interrupted still wants to read its own.
     const int number = errno;
     const std::uint64_t one = 1;
@@ -62,6 +64,7 @@ public:
 
     void consume() const {
         std::uint64_t count = 0;
+        isPending = false;
         [[maybe_unused]] const auto taken = read(descriptor_, &count, sizeof count);
     }
 
@@ -81,6 +84,10 @@ Platform::Subscription onTerminationSignal(std::function<void()> handler) {
                          handler();
                      });
     return Platform::Subscription([notifier] { notifier->setEnabled(false); });
+}
+
+bool isTerminationPending() {
+    return isPending;
 }
 
 } // namespace QtPlatform

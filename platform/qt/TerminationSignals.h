@@ -11,4 +11,7 @@ namespace QtPlatform {
 /// subscription a process.
 Platform::Subscription onTerminationSignal(std::function<void()> handler);
 
+/// Whether such a signal has come that `handler` was not told of any more: for whoever goes on after the end.
+bool isTerminationPending();
+
 } // namespace QtPlatform

@@ -502,6 +502,42 @@ TEST_F(OnboardingViewModelTest, SaysWhatKeepsALiveAreaDark) {
     EXPECT_EQ(model->deviceProblem(), "");
 }
 
+TEST_F(OnboardingViewModelTest, SaysOfWhatCouldNotBeCheckedThatItWasNot) {
+    authorization.statuses[MediaType::audio] = unheardOf;
+    startAt(PermissionKind::microphone);
+    EXPECT_EQ(model->microphoneGap(), "") << "nobody has asked";
+    EXPECT_EQ(model->cameraGap(), "");
+    model->requestCurrentPermission();
+    settle();
+    EXPECT_EQ(model->deviceProblem(), "Not checked yet");
+    model->advance();
+    model->sessionDidLock();
+    model->requestCurrentPermission();
+    EXPECT_EQ(model->deviceProblem(), "Not checked yet");
+    EXPECT_EQ(model->microphoneGap(), "Not checked yet");
+    EXPECT_EQ(model->cameraGap(), "Not checked yet");
+    model->sessionDidUnlock();
+    EXPECT_EQ(model->deviceProblem(), "");
+    EXPECT_EQ(model->cameraGap(), "");
+}
+
+TEST_F(OnboardingViewModelTest, SaysOfWhatIsRefusedLaterThatItIs) {
+    startAt(PermissionKind::microphone);
+    model->requestCurrentPermission();
+    settle();
+    model->advance();
+    model->requestCurrentPermission();
+    ASSERT_EQ(model->microphoneGap(), "");
+    ASSERT_EQ(model->cameraGap(), "");
+    authorization.statuses = {{MediaType::audio, AuthorizationStatus::denied},
+                              {MediaType::video, AuthorizationStatus::denied}};
+    micMonitor.start();
+    cameraManager.start(std::nullopt);
+    settle();
+    EXPECT_NE(model->microphoneGap(), "");
+    EXPECT_NE(model->cameraGap(), "");
+}
+
 TEST_F(OnboardingViewModelTest, AMicrophoneThatComesAndGoesIsFollowed) {
     const auto format = std::exchange(audio.inputFormat, {0, 0});
     startAt(PermissionKind::microphone);

@@ -232,6 +232,8 @@ TEST(PlatformWording, TheEnglishTextsOfItsOwn) {
             "The settings file can't be read, so the defaults apply and no app is private.",
             "Your private apps are not known, since the settings could not be read. Choose them again in the "
             "settings.",
+            "Your account may not use this computer's cameras. Log in at its own screen, or ask to be added "
+            "to the group video.",
             "The camera is not plugged in any more.", "Another program is using the camera.",
             "The camera doesn't start. Another program may be using it.",
             "The camera sends no picture. Curtain keeps trying.", "Another program asked for it.",
@@ -241,12 +243,14 @@ TEST(PlatformWording, TheEnglishTextsOfItsOwn) {
             "The photo could not be saved.", "Not saved: the disk is full.",
             "Not saved: you may not write there.", "The camera took no photo.",
             "There is a file of this name already.", "The camera shows no picture.",
-            "In use by another program.", "No app has this name.", "No app is open.",
+            "In use by another program.", "No app has this name.", "No app is open.", "No app is private.",
+            "The desktop's own settings have switched this off.",
             "A click on its icon checks everything before a call.", "This shortcut hides your private apps.",
             "Mirror picture", "More options", "Clear search", "Your settings could not be read",
             "No app was hidden", "Close", "Switch on", "Can't tell", "Not installed",
             "Private apps not counted", "Some private apps not counted", "Privacy mode has no effect",
-            "Privacy mode off", "Choose private apps", "Curtain is in your panel", "Curtain is running"));
+            "Privacy mode off", "Choose private apps", "Private", "Restart Curtain",
+            "Curtain is in your panel", "Curtain is running"));
 }
 
 TEST(PlatformWording, AnUnknownLanguageReadsEnglish) {

@@ -158,6 +158,33 @@ TEST_F(SettingsModelTest, LaunchAtLoginRegistersAndUnregisters) {
     EXPECT_THAT(log.lines, IsEmpty());
 }
 
+TEST_F(SettingsModelTest, ALaunchThatTheDesktopHasSwitchedOffIsKnownAndWonBack) {
+    loginItem.isOff = true;
+    EXPECT_FALSE(model().isLaunchSwitchedOff()) << "nobody wants it on";
+    model().setLaunchAtLogin(true);
+    EXPECT_TRUE(model().isLaunchSwitchedOff());
+    loginItem.calls.clear();
+    loginItem.error = "Read-only file system";
+    model().launchAllTheSame();
+    EXPECT_TRUE(model().isLaunchSwitchedOff());
+    EXPECT_THAT(log.lines, testing::Contains("Curtain SMAppService: Read-only file system"));
+    loginItem.error.reset();
+    model().launchAllTheSame();
+    EXPECT_THAT(loginItem.calls, ElementsAre("register anew", "register anew"));
+    EXPECT_FALSE(model().isLaunchSwitchedOff());
+    EXPECT_TRUE(store.load().launchAtLogin);
+}
+
+TEST_F(SettingsModelTest, WhetherTheDesktopHasSwitchedTheLaunchOffIsAskedWhereItIsReloaded) {
+    model().setLaunchAtLogin(true);
+    changes = 0;
+    loginItem.isOff = true;
+    EXPECT_FALSE(model().isLaunchSwitchedOff()) << "it is read from a file, not at every look";
+    model().reload();
+    EXPECT_TRUE(model().isLaunchSwitchedOff());
+    EXPECT_EQ(changes, 1);
+}
+
 TEST_F(SettingsModelTest, AFailingLoginServiceIsSaidAndTheWishIsKept) {
     loginItem.error = "Operation not permitted";
     model().setLaunchAtLogin(true);

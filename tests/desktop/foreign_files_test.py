@@ -9,9 +9,9 @@ from faulty_files import NAME, write_faulty_files
 
 SETTINGS = (440, 430)
 APPS_TAB = (205, 30)
-INSTALLED = (320, 199)
-SEARCH = (200, 239)
-LIST = Rectangle(20, 270, 400, 136)
+INSTALLED = (220, 215)
+SEARCH = (200, 255)
+LIST = Rectangle(20, 286, 400, 120)
 IN_LIST = (200, 330)
 SHOWN = "Curtain: somebody else's file: "
 # What is written of some of them, and what they are called in the list.

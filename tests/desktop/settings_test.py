@@ -13,16 +13,18 @@ LAUNCH_AT_LOGIN = (391, 229)
 SHORTCUT_FIELD = (300, 287)
 CLEAR_SHORTCUT = (394, 287)
 APPS_TAB = (205, 30)
-INSTALLED = (320, 199)
-SEARCH = (200, 239)
-FIRST_APP = (391, 282)
-SECOND_APP = (391, 318)
+INSTALLED = (220, 215)
+RESTART = (304, 122)
+SEARCH = (200, 255)
+FIRST_APP = (391, 298)
+SECOND_APP = (391, 334)
 
 FIELD_BORDER = (239, 287)
 
 CARD = "#ffffff"
 ACCENT = "#3b55d6"
 SWITCH_OFF = "#8c93a2"
+CHIP = "#eceef2"
 F9 = 75
 CONTROL_SHIFT = 5
 
@@ -163,6 +165,30 @@ class SettingsTest(DesktopCase):
         self.search(window, "zo")
         self.click(window, FIRST_APP)
         self.wait_private_apps("debian-xterm", "meeting")
+
+    def test_restarting_goes_on_where_it_was(self):
+        xterm = self.open_xterm()
+        self.write_private_apps(XTERM)
+        window = self.start_with_settings()
+        self.toggle()
+        self.wait_hidden(xterm)
+        before = self.owner_of_name()
+        self.click(window, APPS_TAB)
+        wait_until(lambda: self.colour_at(window, *RESTART) == CHIP, "the button is there",
+                   seen=lambda: self.colour_at(window, *RESTART))
+        self.click(window, RESTART)
+        wait_until(lambda: self.owner_of_name() not in (None, before), "another run has the name")
+        # In the same process, whose end its starter would take for that of Curtain.
+        self.wait_until_ready(self.curtain)
+        self.assert_stays_hidden(xterm)
+        self.toggle()
+        self.wait_shown(xterm)
+
+    def owner_of_name(self):
+        """Of Curtain's on the bus; no two connections have the same."""
+        question = ["gdbus", "call", "--session", "--dest", "org.freedesktop.DBus", "--object-path", "/", "--method",
+                    "org.freedesktop.DBus.GetNameOwner", "com.curtain.Curtain"]
+        return subprocess.run(question, capture_output=True, text=True).stdout or None
 
     def test_another_language_changes_the_labels(self):
         window = self.start_with_settings()

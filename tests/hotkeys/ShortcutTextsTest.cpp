@@ -17,7 +17,8 @@ TEST(ShortcutTexts, EveryKeyHasATextOfItsOwnInEveryLanguage) {
         for (const auto key :
              {ShortcutTexts::usedByMenuItem, ShortcutTexts::disallowed, ShortcutTexts::usedBySystem,
               ShortcutTexts::canBeChanged, ShortcutTexts::forceUse, ShortcutTexts::ok,
-              ShortcutTexts::recordShortcut, ShortcutTexts::pressShortcut, ShortcutTexts::clearShortcut}) {
+              ShortcutTexts::chooseAnother, ShortcutTexts::recordShortcut, ShortcutTexts::pressShortcut,
+              ShortcutTexts::clearShortcut}) {
             const auto text = ShortcutTexts::string(key, lang);
             EXPECT_FALSE(text.empty()) << key << " in " << lang;
             EXPECT_TRUE(texts.insert(text).second) << key << " in " << lang;

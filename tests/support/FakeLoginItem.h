@@ -11,8 +11,9 @@ namespace TestSupport {
 class FakeLoginItem : public Platform::LoginItem {
 public:
     std::vector<std::string> calls;
-    /// What both operations answer.
+    /// What all operations answer.
     std::optional<std::string> error;
+    bool isOff = false;
 
     std::optional<std::string> registerItem() override {
         calls.emplace_back("register");
@@ -21,8 +22,17 @@ public:
 
     std::optional<std::string> unregisterItem() override {
         calls.emplace_back("unregister");
+        isOff = false;
         return error;
     }
+
+    std::optional<std::string> registerAnew() override {
+        calls.emplace_back("register anew");
+        isOff = isOff && error;
+        return error;
+    }
+
+    bool isSwitchedOff() const override { return isOff; }
 };
 
 } // namespace TestSupport

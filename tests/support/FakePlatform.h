@@ -47,6 +47,7 @@ public:
 
     std::optional<Platform::ActivationPolicy> policy;
     bool isTerminated = false;
+    bool isRelaunched = false;
     std::optional<std::string> identifier = "com.curtain.Curtain";
 
     void setActivationPolicy(Platform::ActivationPolicy newPolicy) override {
@@ -61,6 +62,7 @@ public:
     std::optional<std::string> bundleIdentifier() const override { return identifier; }
 
     void terminate() override { isTerminated = true; }
+    void relaunch() override { isRelaunched = true; }
 
 private:
     std::vector<std::string>& events_;

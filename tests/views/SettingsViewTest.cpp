@@ -3,6 +3,7 @@
 #include "Curtain/HotkeyManager.h"
 #include "Curtain/PlatformWording.h"
 #include "core/Localizer.h"
+#include "hotkeys/ShortcutTexts.h"
 #include "tests/support/FakeCaptureServices.h"
 #include "tests/support/FakePlatform.h"
 #include "tests/support/FakeUrlOpener.h"
@@ -82,6 +83,24 @@ protected:
         return toQString(Curtain::PlatformWording::string(key, model->lang()));
     }
 
+    enum class Source { running, installed, privateOnly };
+
+    static void choose(ShownView& view, Source source, bool isMirrored = false) {
+        const auto area = view.place("source");
+        const double along = area.width() * (2 * static_cast<int>(source) + 1) / 6;
+        view.clickAt(QPointF(isMirrored ? area.right() - along : area.left() + along, area.center().y()));
+    }
+
+    std::vector<std::string> names() const {
+        std::vector<std::string> names;
+        auto* const apps = content->apps();
+        for (int row = 0; row < apps->rowCount(); ++row) {
+            names.push_back(
+                apps->data(apps->index(row, 0), apps->roleNames().key("name")).toString().toStdString());
+        }
+        return names;
+    }
+
     std::optional<KeyboardShortcuts::Shortcut> shortcut() {
         return shortcuts.getShortcut(Curtain::HotkeyManager::togglePrivacy(shortcuts));
     }
@@ -157,9 +176,9 @@ TEST_F(SettingsViewTest, StandsWhereItIsDrawn) {
     EXPECT_EQ(view.place("shortcut"), QRectF(239, 272, 170, 30));
     view.click("tabApps");
     EXPECT_EQ(view.place("autoDetect"), QRectF(373, 75, 36, 20));
-    EXPECT_EQ(view.place("source"), QRectF(16, 183, 408, 32));
-    EXPECT_EQ(view.place("search"), QRectF(16, 223, 408, 32));
-    EXPECT_EQ(view.place("apps"), QRectF(16, 263, 408, 151));
+    EXPECT_EQ(view.place("source"), QRectF(16, 199, 408, 32));
+    EXPECT_EQ(view.place("search"), QRectF(16, 239, 408, 32));
+    EXPECT_EQ(view.place("apps"), QRectF(16, 279, 408, 135));
     EXPECT_EQ(view.place("app Calendar").height(), 20);
     EXPECT_EQ(view.place("app Journal").y() - view.place("app Calendar").y(), 36);
     view.click("tabPermissions");
@@ -399,6 +418,32 @@ TEST_F(SettingsViewTest, ARefusedLoginItemLeavesTheSwitchOn) {
     EXPECT_THAT(platform.log.lines, Contains("Curtain SMAppService: read-only"));
 }
 
+TEST_F(SettingsViewTest, ALaunchThatTheDesktopHasSwitchedOffIsSaidInEveryLanguageWithTheWayOut) {
+    for (const auto& language : languages()) {
+        SCOPED_TRACE(language);
+        speak(language);
+        edit([](auto& prefs) { prefs.launchAtLogin = false; });
+        platform.loginItem.isOff = true;
+        auto view = show(Motion::reduced);
+        EXPECT_EQ(view.find("launchSwitchedOff"), nullptr) << "nobody wants it on";
+        edit([](auto& prefs) { prefs.launchAtLogin = true; });
+        content->refresh();
+        view.settle();
+        EXPECT_THAT(view.texts(), Contains(text(PlatformKey::launchSwitchedOff)));
+        EXPECT_THAT(view.problems(CurtainCore::Localizer::isRightToLeft(language)), IsEmpty());
+        view.picture("settings-launch-switched-off-" + language);
+        platform.loginItem.calls.clear();
+        view.find("launchAllTheSame")->forceActiveFocus(Qt::TabFocusReason);
+        view.press(Qt::Key_Space);
+        EXPECT_THAT(platform.loginItem.calls, ElementsAre("register anew"));
+        EXPECT_EQ(view.find("launchSwitchedOff"), nullptr);
+        EXPECT_TRUE(store.load().launchAtLogin);
+        const auto* const focused = view.window().activeFocusItem();
+        ASSERT_NE(focused, nullptr);
+        EXPECT_EQ(focused->objectName(), "launchAtLogin") << "the shortcut would record what is pressed next";
+    }
+}
+
 TEST_F(SettingsViewTest, AnotherLanguageChangesEveryTextAtOnce) {
     auto view = show();
     view.click("language");
@@ -433,6 +478,17 @@ TEST_F(SettingsViewTest, TheRestartCaptionIsShownWhileDetectionIsOn) {
     EXPECT_EQ(view.place("apps").bottom(), before.bottom());
 }
 
+TEST_F(SettingsViewTest, CurtainIsRestartedWhereTheCaptionAsksForIt) {
+    auto view = show();
+    int restarts = 0;
+    content->onRestart = [&] { ++restarts; };
+    view.click("tabApps");
+    view.click("restart");
+    EXPECT_EQ(restarts, 1);
+    view.click("autoDetect");
+    EXPECT_EQ(view.find("restart"), nullptr);
+}
+
 TEST_F(SettingsViewTest, AppsAreAddedAndRemoved) {
     auto view = show();
     view.click("tabApps");
@@ -449,19 +505,57 @@ TEST_F(SettingsViewTest, AppsAreAddedAndRemoved) {
 TEST_F(SettingsViewTest, InstalledAndRunningAppsAreListedAfreshEachTime) {
     auto view = show();
     view.click("tabApps");
-    const auto area = view.place("source");
-    const auto choose = [&](bool installed) {
-        view.clickAt(QPointF(installed ? area.right() - 40 : area.left() + 40, area.center().y()));
-    };
     EXPECT_EQ(view.find("app Archive"), nullptr);
-    choose(true);
+    choose(view, Source::installed);
     EXPECT_NE(view.find("app Archive"), nullptr);
     EXPECT_EQ(view.find("app Calendar"), nullptr);
     platform.workspace.quitAll();
     platform.workspace.run("org.Editor").name = "Editor";
-    choose(false);
+    choose(view, Source::running);
     EXPECT_NE(view.find("app Editor"), nullptr);
     EXPECT_EQ(view.find("app Calendar"), nullptr);
+}
+
+TEST_F(SettingsViewTest, PrivateAppsAreListedAloneWhetherTheyRunAreInstalledOrGone) {
+    edit([](auto& prefs) {
+        prefs.targetApps = {
+            {"org.Mail", "Post"}, {"id.Café", "Café"}, {"org.Gone", "Old Chat"}, {"org.Mail", "Post"}};
+    });
+    platform.bundles.goneApps = {"org.Gone"};
+    auto view = show();
+    view.click("tabApps");
+    choose(view, Source::privateOnly);
+    EXPECT_THAT(names(), ElementsAre("Old Chat — Not installed", "Mail", "Café"));
+    view.click("search");
+    view.type("caf");
+    EXPECT_THAT(names(), ElementsAre("Café"));
+    view.press(Qt::Key_Escape);
+    view.click("app Old Chat — Not installed");
+    EXPECT_EQ(store.load().targetApps.size(), 3U);
+    EXPECT_EQ(names().size(), 3U) << "what was removed by mistake can be put back";
+    view.click("app Old Chat — Not installed");
+    EXPECT_EQ(store.load().targetApps.back(), (TargetApp{"org.Gone", "Old Chat"}));
+    choose(view, Source::running);
+    EXPECT_EQ(names().size(), 7U);
+    choose(view, Source::privateOnly);
+    EXPECT_EQ(names().size(), 3U);
+    content->willShow();
+    view.settle();
+    EXPECT_EQ(names().size(), 7U) << "every showing begins with what runs";
+}
+
+TEST_F(SettingsViewTest, WithoutPrivateAppsTheirListSaysSoInEveryLanguage) {
+    edit([](auto& prefs) { prefs.targetApps.clear(); });
+    for (const auto& language : languages()) {
+        SCOPED_TRACE(language);
+        speak(language);
+        auto view = show(Motion::reduced);
+        view.click("tabApps");
+        choose(view, Source::privateOnly, language == "ar");
+        EXPECT_THAT(view.texts(), Contains(text(PlatformKey::noAppPrivate)));
+        EXPECT_THAT(view.problems(language == "ar"), IsEmpty());
+        view.picture("settings-no-private-apps-" + language);
+    }
 }
 
 TEST_F(SettingsViewTest, APrivateAppThatIsNoLongerInstalledCanBeRemoved) {
@@ -471,9 +565,8 @@ TEST_F(SettingsViewTest, APrivateAppThatIsNoLongerInstalledCanBeRemoved) {
         platform.bundles.goneApps = {"org.Gone"};
         auto view = show();
         view.click("tabApps");
-        const auto area = view.place("source");
         const bool isMirrored = std::string_view(language) == "ar";
-        view.clickAt(QPointF(isMirrored ? area.left() + 40 : area.right() - 40, area.center().y()));
+        choose(view, Source::installed, isMirrored);
         EXPECT_THAT(view.problems(isMirrored), IsEmpty());
         view.picture("settings-missing-" + std::string(language));
         view.click("app " + toQString(Curtain::PlatformWording::opening("Old Chat", language)) + " — " +
@@ -487,8 +580,7 @@ TEST_F(SettingsViewTest, APrivateAppThatIsNotListedIsNotCalledMissingUnlessItCer
     platform.bundles.goneApps = {"org.Gone"};
     auto view = show();
     view.click("tabApps");
-    const auto area = view.place("source");
-    view.clickAt(QPointF(area.right() - 40, area.center().y()));
+    choose(view, Source::installed);
     EXPECT_NE(view.find("app Old Chat — Not installed"), nullptr);
     EXPECT_EQ(content->apps()->rowCount(), 6) << "four installed apps and these two";
     view.click("app URxvt");
@@ -621,8 +713,10 @@ TEST_F(SettingsViewTest, TheKeyboardReachesEveryAppAndWhatItReachesIsShown) {
     };
     EXPECT_EQ(reach(Qt::Key_Tab), "tabPermissions");
     EXPECT_EQ(reach(Qt::Key_Tab), "autoDetect");
-    reach(Qt::Key_Tab);
-    reach(Qt::Key_Tab);
+    EXPECT_EQ(reach(Qt::Key_Tab), "restart");
+    for (int source = 0; source < 3; ++source) {
+        reach(Qt::Key_Tab);
+    }
     EXPECT_EQ(reach(Qt::Key_Tab), "search");
     EXPECT_EQ(reach(Qt::Key_Tab), apps.front());
     view.picture("settings-apps-focus");
@@ -831,8 +925,12 @@ TEST_F(SettingsViewTest, ATakenCombinationIsRefusedOrForced) {
         EXPECT_NEAR(alert.center().x(), 220, 1);
         EXPECT_NEAR(alert.center().y(), 215, 1);
         EXPECT_TRUE(alert.contains(view.place("alertOk")));
+        EXPECT_TRUE(alert.contains(view.place("forceUse")));
         EXPECT_THAT(view.problems(language == "ar"), IsEmpty());
         view.picture("settings-shortcut-taken-" + language);
+        EXPECT_EQ(view.find("alertOk")->property("text").toString(),
+                  toQString(KeyboardShortcuts::ShortcutTexts::string(
+                      KeyboardShortcuts::ShortcutTexts::chooseAnother, language)));
         view.click("alertOk");
         EXPECT_EQ(shortcut(), (KeyboardShortcuts::Shortcut{4, 6400}));
         EXPECT_TRUE(content->shortcut()->isRecording()) << "another one can be tried at once";

@@ -22,6 +22,7 @@ using Platform::MediaType;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Not;
 using testing::SizeIs;
 using testing::UnorderedElementsAre;
 
@@ -451,14 +452,68 @@ TEST_F(Wizard, WithoutDevicesTheLiveAreasSaySo) {
     settle();
     view.settle();
     EXPECT_THAT(view.texts(), Contains("No input device"));
+    EXPECT_THAT(view.texts(), Not(Contains("We hear you loud and clear")));
     view.click("goOn");
     view.click("goOn");
     settle();
     view.settle();
     EXPECT_NE(view.find("noPicture"), nullptr);
     EXPECT_THAT(view.texts(), Contains("No camera found"));
+    EXPECT_EQ(view.find("validation"), nullptr);
     view.click("goOn");
     EXPECT_EQ(model->page(), "summary");
+    EXPECT_THAT(view.texts(), testing::IsSupersetOf({"No input device", "No camera found"}));
+}
+
+TEST_F(Wizard, TheSummarySaysWhatIsMissingInEveryLanguage) {
+    capture.cameras.clear();
+    authorization.statuses[MediaType::audio] = AuthorizationStatus::denied;
+    for (const auto& language : languages()) {
+        SCOPED_TRACE(language);
+        auto view = show(PermissionKind::microphone, language);
+        view.click("goOn");
+        view.click("goOnWithout");
+        view.click("goOn");
+        settle();
+        view.click("goOn");
+        ASSERT_EQ(model->page(), "summary");
+        EXPECT_THAT(view.texts(), testing::IsSupersetOf({model->microphoneGap(), model->cameraGap()}));
+        EXPECT_NE(model->microphoneGap(), "");
+        EXPECT_THAT(view.problems(model->isRightToLeft()), IsEmpty());
+        EXPECT_LT(view.place("rows").bottom(), view.place("goOn").top() - 8);
+        view.picture("wizard-summary-missing-" + language);
+    }
+}
+
+TEST_F(Wizard, ACameraThatTheSystemForbidsLeadsToNoSettings) {
+    authorization.statuses[MediaType::video] = AuthorizationStatus::restricted;
+    for (const auto& language : languages()) {
+        SCOPED_TRACE(language);
+        auto view = show(PermissionKind::camera, language);
+        view.click("goOn");
+        EXPECT_THAT(view.texts(), Contains(model->texts()->cameraForbidden()));
+        EXPECT_EQ(view.find("goOnWithout"), nullptr);
+        EXPECT_THAT(view.problems(model->isRightToLeft()), IsEmpty());
+        view.picture("wizard-camera-forbidden-" + language);
+        view.click("goOn");
+        EXPECT_THAT(urlOpener.opened, IsEmpty());
+        EXPECT_EQ(model->page(), "summary");
+    }
+}
+
+TEST_F(Wizard, WhatIsGrantedMeanwhileIsSeenWhenItsUserComesBack) {
+    authorization.statuses[MediaType::video] = AuthorizationStatus::denied;
+    auto view = show(PermissionKind::camera);
+    view.click("goOn");
+    ASSERT_TRUE(model->isDenied());
+    QQuickWindow settings;
+    settings.show();
+    settings.requestActivate();
+    ASSERT_TRUE(ShownView::waitFor([&] { return settings.isActive(); }));
+    authorization.statuses[MediaType::video] = AuthorizationStatus::authorized;
+    view.window().requestActivate();
+    EXPECT_TRUE(ShownView::waitFor([&] { return model->isGranted(); }));
+    EXPECT_TRUE(isCameraOn());
 }
 
 TEST_F(Wizard, DeniedPageLeadsToTheSettingsAndOn) {

@@ -52,7 +52,7 @@ AuthorizationStatus LinuxMediaAuthorization::status(MediaType type) {
     const auto status = accesses_.at(type).status;
     const bool isForbidden = type == MediaType::video && status == AuthorizationStatus::authorized &&
                              mayUseCameras_ && !mayUseCameras_();
-    return isForbidden ? AuthorizationStatus::denied : status;
+    return isForbidden ? AuthorizationStatus::restricted : status;
 }
 
 void LinuxMediaAuthorization::requestAccess(MediaType type, std::function<void(bool isGranted)> completion) {

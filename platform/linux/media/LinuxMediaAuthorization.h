@@ -19,8 +19,8 @@ namespace LinuxPlatform {
 /// the question to programs inside of it.
 class LinuxMediaAuthorization : public Platform::MediaAuthorization {
 public:
-    /// `queue` outlives this object. `mayUseCameras` says whether the user may open cameras; without it, he
-    /// may. It is asked each time.
+    /// `queue` outlives this object. `mayUseCameras` says whether the user may open cameras, which are
+    /// restricted otherwise; without it, he may. It is asked each time.
     LinuxMediaAuthorization(QDBusConnection sessionBus, Platform::MainQueue& queue, bool isSandboxed,
                             std::function<bool()> mayUseCameras = nullptr);
 

@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 constexpr const char* group = G_KEY_FILE_DESKTOP_GROUP;
 
 /// Whether the entry is one that a session would not start: how the tools of the desktops switch one off.
-bool isSwitchedOff(const fs::path& path) {
+bool isOff(const fs::path& path) {
     std::error_code error;
     if (!fs::is_regular_file(path, error)) {
         return false;
@@ -85,9 +85,16 @@ AutostartEntry::AutostartEntry(const fs::path& configFolder, fs::path program)
       program_(std::move(program)) {}
 
 std::optional<std::string> AutostartEntry::registerItem() {
-    if (isSwitchedOff(path_)) {
-        return path_.string() + ": switched off in the desktop's settings";
-    }
+    return isSwitchedOff() ? path_.string() + ": switched off in the desktop's settings" : registerAnew();
+}
+
+std::optional<std::string> AutostartEntry::unregisterItem() {
+    std::error_code error;
+    fs::remove(path_, error);
+    return error ? std::optional(errorText(path_, error)) : std::nullopt;
+}
+
+std::optional<std::string> AutostartEntry::registerAnew() {
     // A line break cannot stand in an entry.
     if (program_.string().find_first_of("\n\r") != std::string::npos) {
         return program_.string().substr(0, program_.string().find_first_of("\n\r")) +
@@ -106,10 +113,8 @@ std::optional<std::string> AutostartEntry::registerItem() {
     return std::nullopt;
 }
 
-std::optional<std::string> AutostartEntry::unregisterItem() {
-    std::error_code error;
-    fs::remove(path_, error);
-    return error ? std::optional(errorText(path_, error)) : std::nullopt;
+bool AutostartEntry::isSwitchedOff() const {
+    return isOff(path_);
 }
 
 } // namespace LinuxPlatform

@@ -17,6 +17,8 @@ public:
     /// An entry that the user has switched off in the desktop's own tool stays off, which is an error.
     std::optional<std::string> registerItem() override;
     std::optional<std::string> unregisterItem() override;
+    std::optional<std::string> registerAnew() override;
+    bool isSwitchedOff() const override;
 
 private:
     std::filesystem::path path_;

@@ -67,7 +67,7 @@ TEST_F(CameraAuthorizationTest, OutsideASandboxTheRightsOfTheDevicesDecide) {
     LinuxMediaAuthorization authorization(bus, queue, false, [&] { return mayUse; });
     EXPECT_EQ(authorization.status(MediaType::video), AuthorizationStatus::authorized);
     mayUse = false;
-    EXPECT_EQ(authorization.status(MediaType::video), AuthorizationStatus::denied);
+    EXPECT_EQ(authorization.status(MediaType::video), AuthorizationStatus::restricted);
     EXPECT_EQ(authorization.status(MediaType::audio), AuthorizationStatus::authorized);
     std::optional<bool> answer;
     authorization.requestAccess(MediaType::video, [&](bool isGranted) { answer = isGranted; });

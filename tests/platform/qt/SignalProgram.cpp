@@ -1,11 +1,12 @@
 // Ends by itself, with what it says, when it gets one of the signals that end a program.
 //
-// usage: SignalProgram main|threads|ended|nohup|errno
+// usage: SignalProgram main|threads|ended|nohup|errno|late
 //
 // main: any thread may get the signal; threads: only other threads than the main one may; ended: the program
 // has stopped listening by the time it says that it is ready; nohup: it was started with SIGHUP ignored, and
 // says whether it is; errno: it gets
-// a signal while its writing would fail, and says whether its own error number survives.
+// a signal while its writing would fail, and says whether its own error number survives; late: nobody hears
+// of the signal any more, and it says whether that is known.
 
 #include "platform/qt/TerminationSignals.h"
 
@@ -80,10 +81,16 @@ int main(int argumentCount, char** arguments) {
         std::raise(SIGTERM);
         say(errno == ENOTTY ? "kept" : "lost");
         return 0;
+    } else if (mode == "late") {
+        const bool wasPending = QtPlatform::isTerminationPending();
+        std::raise(SIGTERM);
+        subscription = {};
+        say(!wasPending && QtPlatform::isTerminationPending() ? "pending" : "lost");
+        return 0;
     }
     QMetaObject::invokeMethod(
         &application, [] { say("ready"); }, Qt::QueuedConnection);
     const int status = QCoreApplication::exec();
-    say("ended");
+    say(QtPlatform::isTerminationPending() ? "pending" : "ended");
     return status;
 }

@@ -83,6 +83,10 @@ TEST_F(TerminationSignalsTest, AHangUpThatWasIgnoredStaysIgnored) {
     EXPECT_EQ(outcome(QStringLiteral("nohup")), "ignored\n");
 }
 
+TEST_F(TerminationSignalsTest, OneThatNobodyIsToldOfIsPending) {
+    EXPECT_EQ(outcome(QStringLiteral("late")), "pending\n");
+}
+
 TEST_F(TerminationSignalsTest, WhatIsInterruptedKeepsItsErrorNumber) {
     EXPECT_EQ(outcome(QStringLiteral("errno")), "kept\n");
 }

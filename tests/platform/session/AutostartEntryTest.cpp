@@ -114,10 +114,23 @@ TEST_F(AutostartEntryTest, WhatTheUserSwitchedOffInTheDesktopsToolStaysOff) {
         writeFile(path, text);
         EXPECT_THAT(entry().registerItem(), Optional(HasSubstr("switched off"))) << key;
         EXPECT_EQ(readFile(path), text);
+        EXPECT_TRUE(entry().isSwitchedOff()) << key;
         EXPECT_EQ(entry().unregisterItem(), std::nullopt);
         EXPECT_FALSE(fs::exists(path));
+        EXPECT_FALSE(entry().isSwitchedOff());
         EXPECT_EQ(entry().registerItem(), std::nullopt);
+        EXPECT_FALSE(entry().isSwitchedOff());
     }
+}
+
+TEST_F(AutostartEntryTest, WhatIsRegisteredAnewIsSwitchedOnOrStaysAsItWas) {
+    const std::string text = "[Desktop Entry]\nType=Application\nExec=curtain\nHidden=true\n";
+    writeFile(path, text);
+    EXPECT_NE(entry("/opt/a\nb/curtain").registerAnew(), std::nullopt);
+    EXPECT_EQ(readFile(path), text) << "what cannot be written takes nothing away";
+    EXPECT_EQ(entry().registerAnew(), std::nullopt);
+    EXPECT_FALSE(entry().isSwitchedOff());
+    EXPECT_THAT(command(), ElementsAre("/usr/bin/curtain"));
 }
 
 TEST_F(AutostartEntryTest, ABrokenEntryIsReplaced) {
