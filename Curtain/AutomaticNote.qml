@@ -9,9 +9,6 @@ Item {
 
     required property MeetingReadinessViewModel model
 
-    /// `isByKey` where the keyboard pressed it, which is without a button then.
-    signal undone(isByKey: bool)
-
     implicitHeight: Math.max(undo.height, Math.ceil(words.implicitHeight))
     visible: model.isPrivacyModeAutomatic
 
@@ -45,10 +42,6 @@ Item {
         tonal: true
         text: note.model.texts.undo
         Accessible.description: words.text
-        onClicked: {
-            const isByKey = visualFocus;
-            note.model.undo();
-            note.undone(isByKey);
-        }
+        onClicked: note.model.undo()
     }
 }

@@ -10,6 +10,10 @@ VisualEffectBackground {
 
     required property MeetingReadinessViewModel model
 
+    /// How much closer all stands where that saves the scrolling, from 0 to 1.
+    readonly property real closeness: height >= 569 && height < 618 ? (618 - height) / 49 : 0
+    readonly property real actionsMargin: between(16, 8)
+
     readonly property bool isShown: Window.window !== null && Window.window.visible
 
     implicitWidth: 700
@@ -32,10 +36,18 @@ VisualEffectBackground {
         }
     }
 
+    FocusKeeper {}
+
+    /// A measure that is `roomy` as a rule and `close` at the least.
+    function between(roomy: real, close: real): real {
+        return Math.floor(roomy - (roomy - close) * closeness);
+    }
+
     ReadinessHeader {
+        id: header
         anchors.left: parent.left
         anchors.leftMargin: 16
-        y: 14
+        y: root.between(14, 8)
         width: 668
         height: 36
         model: root.model
@@ -48,11 +60,11 @@ VisualEffectBackground {
         readonly property bool canScroll: contentHeight > height
 
         objectName: "middle"
-        y: 62
+        y: header.y + header.height + root.between(12, 8)
         width: parent.width
-        height: parent.height - 62 - 68
+        height: fix.y - root.between(12, 8) - y
         contentWidth: width
-        contentHeight: 488
+        contentHeight: readiness.y + readiness.height
         clip: canScroll
         interactive: canScroll
         boundsBehavior: Flickable.StopAtBounds
@@ -87,7 +99,10 @@ VisualEffectBackground {
             Loader {
                 anchors.fill: parent
                 active: root.model.hasPhoto
-                sourceComponent: PhotoReview { model: root.model }
+                sourceComponent: PhotoReview {
+                    model: root.model
+                    onLeaving: reason => readiness.takeFocus(reason)
+                }
             }
             Item {
                 anchors.fill: parent
@@ -120,18 +135,19 @@ VisualEffectBackground {
             }
         }
         ReadinessCheck {
+            id: readiness
             objectName: "readinessCheck"
             x: 16
-            y: 294
+            y: 282 + root.between(12, 8)
             width: 668
-            height: 194
+            closeness: root.closeness
             model: root.model
         }
     }
     Rectangle {
         width: parent.width
         height: 1
-        y: parent.height - 69
+        y: middle.y + middle.height - 1
         visible: middle.canScroll
         color: Theme.hairline
     }
@@ -142,7 +158,7 @@ VisualEffectBackground {
         anchors.leftMargin: 16
         anchors.right: restore.left
         anchors.rightMargin: 12
-        y: parent.height - 56
+        y: parent.height - height - root.actionsMargin
         kind: root.model.hasIssues ? "primary" : "tonal"
         symbol: "wand.and.stars"
         text: root.model.texts.fixEverything
@@ -155,7 +171,7 @@ VisualEffectBackground {
         objectName: "restore"
         anchors.right: parent.right
         anchors.rightMargin: 16
-        y: parent.height - 56
+        y: parent.height - height - root.actionsMargin
         width: Math.max(190, implicitWidth)
         kind: "quiet"
         symbol: "arrow.uturn.backward"

@@ -8,6 +8,9 @@ Item {
 
     required property MeetingReadinessViewModel model
 
+    /// The photo is about to go, by a button that had the keyboard for this reason.
+    signal leaving(reason: int)
+
     Rectangle {
         id: area
         objectName: "photo"
@@ -56,7 +59,10 @@ Item {
         kind: "quiet"
         symbol: "chevron.backward"
         text: review.model.texts.cancel
-        onClicked: review.model.discardPhoto()
+        onClicked: {
+            review.leaving(focusReason);
+            review.model.discardPhoto();
+        }
     }
     StyledText {
         objectName: "photoNews"

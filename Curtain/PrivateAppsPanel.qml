@@ -231,11 +231,6 @@ Card {
                     anchors.bottom: parent.bottom
                     width: parent.width
                     model: panel.model
-                    onUndone: isByKey => {
-                        if (isByKey) {
-                            hide.forceActiveFocus(Qt.TabFocusReason);
-                        }
-                    }
                 }
             }
             ActionButton {
@@ -251,6 +246,8 @@ Card {
                 reason: panel.model.hideProblem
                 text: panel.model.texts.hidePrivateApps
                 onClicked: panel.model.hidePrivateApps()
+                // The second click of those who leave the list with two is meant for what stood here before.
+                onDoubleClicked: {}
             }
         }
     }
@@ -353,7 +350,10 @@ Card {
                 implicitHeight: 36
                 kind: "tonal"
                 text: panel.model.texts.saveFile
-                onClicked: panel.model.editingApps = false
+                onClicked: {
+                    edit.forceActiveFocus(focusReason);
+                    panel.model.editingApps = false;
+                }
             }
         }
     }

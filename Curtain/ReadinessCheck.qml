@@ -8,29 +8,40 @@ Card {
 
     required property MeetingReadinessViewModel model
 
+    /// How much closer the rows stand on a short screen, from 0 to 1.
+    property real closeness: 0
+
+    readonly property real rowHeight: Math.floor(32 - 4 * closeness)
     readonly property real chipWidth: Math.max(108, cameraRow.leastChipWidth, microphoneRow.leastChipWidth,
         notificationsRow.leastChipWidth, desktopRow.leastChipWidth, privateAppsRow.leastChipWidth)
 
-    implicitHeight: 194
+    implicitHeight: rows.y + rows.height + 7
+
+    /// Of the button for a photo.
+    function takeFocus(reason: int): void {
+        cameraRow.takeFocus(reason);
+    }
 
     StyledText {
         anchors.left: parent.left
         anchors.leftMargin: 17
-        y: 9
+        y: Math.floor(9 - 3 * section.closeness)
         height: 18
         text: section.model.texts.readinessCheck
         style: Theme.bodyStrong
         Accessible.role: Accessible.Heading
     }
     Column {
+        id: rows
         x: 17
-        y: 27
+        y: Math.floor(27 - 3 * section.closeness)
         width: parent.width - 34
 
         CheckRow {
             id: cameraRow
             objectName: "camera"
             width: parent.width
+            height: section.rowHeight
             chipWidth: section.chipWidth
             icon: "video"
             label: section.model.texts.camera
@@ -47,6 +58,7 @@ Card {
             id: microphoneRow
             objectName: "microphone"
             width: parent.width
+            height: section.rowHeight
             chipWidth: section.chipWidth
             reserved: 90 + 14
             icon: "mic"
@@ -70,6 +82,7 @@ Card {
             id: notificationsRow
             objectName: "notifications"
             width: parent.width
+            height: section.rowHeight
             chipWidth: section.chipWidth
             icon: "bell"
             label: section.model.texts.notifications
@@ -83,6 +96,7 @@ Card {
             id: desktopRow
             objectName: "desktop"
             width: parent.width
+            height: section.rowHeight
             chipWidth: section.chipWidth
             icon: "folder"
             label: section.model.texts.desktop
@@ -96,6 +110,7 @@ Card {
             id: privateAppsRow
             objectName: "privateApps"
             width: parent.width
+            height: section.rowHeight
             chipWidth: section.chipWidth
             icon: "lock"
             label: section.model.texts.privateApps

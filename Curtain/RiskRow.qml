@@ -8,21 +8,41 @@ Card {
 
     required property MeetingReadinessViewModel model
     property int shownScore: model.score
+    /// What is said of the score waits for the number. A border that is given its colour again is painted again,
+    /// though it is the same, so it hangs on this and not on the model.
+    property string shownTone: model.riskTone
+    property string shownLabel: model.riskLabel
     property bool isReady: false
-    // A border that is given its colour again is painted again, though it is the same.
-    readonly property string tone: model.riskTone
+
+    function follow(): void {
+        if (shownScore === model.score) {
+            shownTone = model.riskTone;
+            shownLabel = model.riskLabel;
+        }
+    }
 
     implicitHeight: 84
-    color: Theme.riskCard(tone)
-    border.color: Theme.riskEdge(tone)
+    color: Theme.riskCard(shownTone)
+    border.color: Theme.riskEdge(shownTone)
     Accessible.role: Accessible.Grouping
     Accessible.name: caption.text + ": " + model.score + " / 100, " + model.riskLabel
         + (gap.visible ? ", " + gap.text : "")
-    Component.onCompleted: isReady = true
+    Component.onCompleted: {
+        follow();
+        isReady = true;
+    }
 
     Behavior on shownScore {
         enabled: row.isReady
         NumberAnimation { duration: Theme.scoreTime; easing.type: Theme.easing }
+    }
+    onShownScoreChanged: follow()
+    onModelChanged: follow()
+    Connections {
+        target: row.model
+        function onStateChanged(): void {
+            row.follow();
+        }
     }
 
     Symbol {
@@ -33,7 +53,7 @@ Card {
         anchors.verticalCenter: parent.verticalCenter
         name: "shield.lefthalf.filled"
         size: 26
-        color: Theme.solid(row.tone)
+        color: Theme.solid(row.shownTone)
     }
     StyledText {
         id: caption
@@ -75,7 +95,7 @@ Card {
     }
     TextMetrics {
         id: word
-        text: row.model.riskLabel
+        text: row.shownLabel
         font.family: Theme.fontFamily
         font.pixelSize: Theme.bodyStrong.size
         font.weight: Theme.bodyStrong.weight
@@ -88,9 +108,9 @@ Card {
         y: score.y + 4
         implicitHeight: 28
         inset: word.advanceWidth + 26 + 12 < row.width - 34 - 26 - 14 - score.width ? 13 : 9
-        tone: row.tone
-        color: Theme.riskTint(row.tone)
-        text: row.model.riskLabel
+        tone: row.shownTone
+        color: Theme.riskTint(row.shownTone)
+        text: row.shownLabel
         style: Theme.bodyStrong
     }
 }

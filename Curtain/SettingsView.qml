@@ -66,6 +66,7 @@ FocusScope {
             onTapped: view.forceActiveFocus()
         }
     }
+    FocusKeeper {}
     SettingsTabs {
         id: tabs
         objectName: "tabs"

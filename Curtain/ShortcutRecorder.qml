@@ -37,6 +37,8 @@ FocusScope {
 
     Rectangle {
         id: field
+        /// Whoever gets here without meaning to would record what is pressed next.
+        readonly property bool takesEveryKey: true
         anchors.fill: parent
         radius: Theme.fieldRadius
         color: recorder.enabled ? Theme.card : Theme.window

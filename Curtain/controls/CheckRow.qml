@@ -31,6 +31,10 @@ Item {
 
     signal acted
 
+    function takeFocus(reason: int): void {
+        chip.forceActiveFocus(reason);
+    }
+
     implicitHeight: 32
     Accessible.role: Accessible.Grouping
     Accessible.name: label + ": " + detail
@@ -105,5 +109,7 @@ Item {
         reason: row.reason
         tonal: row.remedies && (row.status === "warning" || row.status === "danger")
         onClicked: row.acted()
+        // By the second click it may do the opposite.
+        onDoubleClicked: {}
     }
 }

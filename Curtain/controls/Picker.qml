@@ -106,6 +106,9 @@ T.ComboBox {
         implicitHeight: Math.min(contentItem.implicitHeight + 12, 316)
         padding: 6
         margins: 8
+        // What lies over all else does not follow its parent in this.
+        transformOrigin: T.Popup.TopLeft
+        onAboutToShow: scale = Theme.scaleOf(picker)
 
         contentItem: ListView {
             id: list

@@ -31,6 +31,9 @@ T.Menu {
     implicitWidth: Math.max(leastWidth, widest + leftPadding + rightPadding)
     implicitHeight: contentHeight + topPadding + bottomPadding
     focus: true
+    // What lies over all else does not follow its parent in this.
+    transformOrigin: T.Popup.TopLeft
+    onAboutToShow: scale = Theme.scaleOf(parent)
 
     readonly property real widest: {
         let width = 0;

@@ -10,6 +10,10 @@ QtObject {
     function pick(light: string, dark: string, lightHigh: string, darkHigh: string): color {
         return isContrastHigh ? (isDark ? darkHigh : lightHigh) : isDark ? dark : light;
     }
+    /// How large what an item shows is drawn, where 1 is as it is meant: whole views are drawn smaller on small screens.
+    function scaleOf(item: Item): real {
+        return item ? item.mapToItem(null, 0, 1).y - item.mapToItem(null, 0, 0).y : 1;
+    }
     /// A colour at this opacity over another one, as a colour that lets nothing through.
     function mix(top: color, bottom: color, opacity: real): color {
         return Qt.tint(bottom, Qt.rgba(top.r, top.g, top.b, opacity));

@@ -17,6 +17,9 @@ T.ToolTip {
     horizontalPadding: 8
     verticalPadding: 4
     delay: 600
+    // What lies over all else does not follow its parent in this.
+    transformOrigin: T.Popup.TopLeft
+    onAboutToShow: scale = Theme.scaleOf(parent)
     closePolicy: T.Popup.CloseOnEscape | T.Popup.CloseOnPressOutsideParent | T.Popup.CloseOnReleaseOutsideParent
 
     contentItem: StyledText {

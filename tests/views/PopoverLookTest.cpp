@@ -158,6 +158,22 @@ TEST_F(PopoverLook, ShortScreen) {
         "short-screen", [](auto& world) { world.makeRisky(); }, nullptr, QSize(700, 492));
 }
 
+TEST_F(PopoverLook, CameraForbidden) {
+    inEveryLanguage("camera-forbidden", [](auto& world) {
+        world.makeRisky();
+        world.authorization.statuses[Platform::MediaType::video] = Platform::AuthorizationStatus::restricted;
+        world.camera.start(std::nullopt);
+        world.runAll();
+        world.cameraReadiness = {true, false};
+        world.coordinator.refresh();
+    });
+}
+
+TEST_F(PopoverLook, ScreenThatIsALittleTooShort) {
+    inEveryLanguage(
+        "low-screen", [](auto& world) { world.makeRisky(); }, nullptr, QSize(700, 571));
+}
+
 TEST_F(PopoverLook, Recording) {
     inEveryLanguage("recording", [](auto& world) {
         world.makeRisky();

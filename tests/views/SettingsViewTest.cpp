@@ -444,6 +444,21 @@ TEST_F(SettingsViewTest, ALaunchThatTheDesktopHasSwitchedOffIsSaidInEveryLanguag
     }
 }
 
+TEST_F(SettingsViewTest, ALaunchThatIsSwitchedOnElsewhereDoesNotHandTheKeyboardToTheShortcut) {
+    platform.loginItem.isOff = true;
+    edit([](auto& prefs) { prefs.launchAtLogin = true; });
+    auto view = show();
+    content->refresh();
+    view.settle();
+    view.find("launchAllTheSame")->forceActiveFocus(Qt::TabFocusReason);
+    platform.loginItem.isOff = false;
+    content->refresh();
+    EXPECT_TRUE(ShownView::waitFor([&] {
+        const auto* const focused = view.window().activeFocusItem();
+        return focused != nullptr && focused->objectName() == "launchAtLogin";
+    }));
+}
+
 TEST_F(SettingsViewTest, AnotherLanguageChangesEveryTextAtOnce) {
     auto view = show();
     view.click("language");
