@@ -179,8 +179,10 @@ void AppDelegate::menuQuit() {
 }
 
 void AppDelegate::restart() {
-    privacy_.willRestart();
-    platform_.application->relaunch();
+    // For as long as that takes, nobody would hide what returns, nor keep notices off the screen.
+    if (!privacy_.isOn()) {
+        platform_.application->relaunch();
+    }
 }
 
 void AppDelegate::openSettings() {
@@ -346,6 +348,7 @@ std::shared_ptr<SettingsView> AppDelegate::makeSettingsView() {
     QObject::connect(view.get(), &SettingsView::langChanged, view.get(),
                      std::function<void()>(lifetime_.weak([this] { languageDidChange(); })));
     view->onRestart = lifetime_.weak([this] { restart(); });
+    view->mayRestart = [this] { return !privacy_.isOn(); };
     return view;
 }
 
@@ -399,6 +402,7 @@ void AppDelegate::privateAppRemoved(const std::string& bundleID) {
 
 void AppDelegate::privacyModeDidChange() {
     icon_->update();
+    settings_.sessionDidAnswer();
     refreshReadiness();
 }
 

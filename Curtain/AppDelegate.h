@@ -59,7 +59,7 @@ public:
     /// Opens what `menuOpen` opens, and never closes it.
     void open();
     void menuQuit();
-    /// Ends and starts anew, where privacy mode goes on as it was.
+    /// Ends and starts anew; not while privacy mode is on.
     void restart();
     void openSettings();
     /// What the shortcut does.

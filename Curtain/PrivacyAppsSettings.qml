@@ -68,7 +68,7 @@ SettingsPage {
                 width: parent.width
                 visible: page.model.switches.autoDetect && page.model.hasShareDetection
                 text: page.model.texts.autoDetectRestart
-                action: page.model.texts.restartCurtain
+                action: page.model.canRestart ? page.model.texts.restartCurtain : ""
                 actionName: "restart"
                 onActed: page.model.restart()
             }

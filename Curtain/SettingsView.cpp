@@ -261,7 +261,8 @@ void SettingsView::switchExtensionOn() {
 
 void SettingsView::askSession() {
     const SessionAnswers answers{services_.system.hidingObstacle(), services_.hotKeyService.reach(),
-                                 services_.screenWatcher.isBlind(), services_.workspace.knowsEveryWindow()};
+                                 services_.screenWatcher.isBlind(), services_.workspace.knowsEveryWindow(),
+                                 mayRestart()};
     if (std::exchange(answers_, answers) != answers) {
         Q_EMIT sessionChanged();
     }

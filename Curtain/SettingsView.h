@@ -72,6 +72,8 @@ class SettingsView : public QObject {
     Q_PROPERTY(bool isShareDetectionBlind READ isShareDetectionBlind NOTIFY sessionChanged)
     /// Whether the desktop's own tool keeps the program from starting at login.
     Q_PROPERTY(bool isLaunchSwitchedOff READ isLaunchSwitchedOff NOTIFY prefsChanged)
+    /// Whether starting the program anew reveals nothing.
+    Q_PROPERTY(bool canRestart READ canRestart NOTIFY sessionChanged)
     /// Whether the button for the settings of notifications found none to open.
     Q_PROPERTY(bool lacksFocusSettings READ lacksFocusSettings NOTIFY lacksFocusSettingsChanged)
 
@@ -97,6 +99,8 @@ public:
 
     /// The user wants the program to end and start anew.
     std::function<void()> onRestart = [] {};
+    /// Whether that would be all right at this moment.
+    std::function<bool()> mayRestart = [] { return true; };
 
     /// To be called on every showing of the window.
     void willShow();
@@ -134,6 +138,7 @@ public:
     bool hasShareDetection() const { return services_.screenWatcher.fn != nullptr; }
     bool isShareDetectionBlind() const { return answers_.isShareDetectionBlind; }
     bool isLaunchSwitchedOff() const { return services_.model.isLaunchSwitchedOff(); }
+    bool canRestart() const { return answers_.canRestart; }
     bool lacksFocusSettings() const { return lacksFocusSettings_; }
 
     Q_INVOKABLE void toggleApp(int row) { apps_.toggle(row); }
@@ -165,6 +170,7 @@ private:
         Platform::HotKeyReach shortcutReach = Platform::HotKeyReach::everywhere;
         bool isShareDetectionBlind = false;
         bool isEveryWindowKnown = true;
+        bool canRestart = true;
 
         bool operator==(const SessionAnswers&) const = default;
     };

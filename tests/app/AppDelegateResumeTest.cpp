@@ -31,16 +31,6 @@ struct ResumeTest : TestSupport::AppDelegateFixture {
         fakes.mainQueue.advance(longTime);
     }
 
-    /// The same, and the desktop is to keep its notices.
-    void launchInAShareThatHoldsNotices() {
-        change([](auto& record) {
-            record.checkNotifications = true;
-            record.notificationsMarkedHandled = false;
-        });
-        fakes.doNotDisturb.turn(false);
-        launchInAShare();
-    }
-
     /// The program ends without a chance to do anything, and is started again.
     void crashAndStart() {
         const auto note = fakes.sessionNote.kept;
@@ -50,12 +40,6 @@ struct ResumeTest : TestSupport::AppDelegateFixture {
         if (isQuietHeld) {
             fakes.doNotDisturb.leaveHeld();
         }
-        start();
-    }
-
-    void restart() {
-        delegate->restart();
-        delegate.reset();
         start();
     }
 
@@ -210,47 +194,14 @@ TEST_F(ResumeTest, QuitRestoresNothingAndIsNotTakenUp) {
     EXPECT_THAT(takeCalls(), IsEmpty());
 }
 
-TEST_F(ResumeTest, ARestartGoesOnWhereItWasWithoutAWord) {
-    auto& app = fakes.workspace.run("a");
+TEST_F(ResumeTest, ARestartWaitsForTheEndOfPrivacyMode) {
     launch();
     pressShortcut();
-    restart();
+    delegate->restart();
+    EXPECT_FALSE(fakes.application.isRelaunched);
+    pressShortcut();
+    delegate->restart();
     EXPECT_TRUE(fakes.application.isRelaunched);
-    EXPECT_TRUE(looksClosed());
-    EXPECT_THAT(fakes.userNotificationCenter.delivered, IsEmpty());
-    EXPECT_THAT(fakes.appShield.covered, ElementsAre("a", "b", "c"));
-    pressShortcut();
-    EXPECT_FALSE(app.hidden) << "what the run before had hidden is given back";
-    crashAndStart();
-    EXPECT_FALSE(looksClosed());
-}
-
-TEST_F(ResumeTest, ACrashAfterARestartIsSaid) {
-    fakes.workspace.run("a");
-    launch();
-    pressShortcut();
-    restart();
-    fakes.mainQueue.advance(longTime);
-    crashAndStart();
-    EXPECT_TRUE(looksClosed());
-    EXPECT_THAT(fakes.userNotificationCenter.delivered, SizeIs(1));
-}
-
-TEST_F(ResumeTest, ManyRestartsInARowAreNoFailedStarts) {
-    fakes.workspace.run("a");
-    launch();
-    pressShortcut();
-    for (int count = 0; count < 4; ++count) {
-        restart();
-        EXPECT_TRUE(looksClosed()) << count;
-    }
-}
-
-TEST_F(ResumeTest, ARestartWithPrivacyModeOffLeavesItOff) {
-    fakes.workspace.run("a");
-    launch();
-    restart();
-    EXPECT_FALSE(looksClosed());
 }
 
 TEST_F(ResumeTest, ACrashWhilePrivacyModeIsOffIsForgotten) {
@@ -337,22 +288,6 @@ TEST_F(ResumeTest, AShareOfWhichNothingIsKnownAtFirstEndsWhenItIsKnown) {
     EXPECT_FALSE(looksClosed());
 }
 
-TEST_F(ResumeTest, ARestartDuringAShareWaitsForTheShare) {
-    launchInAShare();
-    fakes.screenWatcherProbe.isWatched = std::nullopt;
-    restart();
-    takeCalls();
-    fakes.mainQueue.advance(longTime + 1);
-    EXPECT_TRUE(looksClosed()) << "nobody has told the new run yet";
-    fakes.screenWatcherProbe.isWatched = true;
-    fakes.mainQueue.advance(longTime);
-    EXPECT_TRUE(looksClosed());
-    fakes.screenWatcherProbe.isWatched = false;
-    fakes.mainQueue.advance(longTime);
-    EXPECT_FALSE(looksClosed());
-    EXPECT_THAT(takeCalls(), ElementsAre("unhide a", "activate a 2"));
-}
-
 TEST_F(ResumeTest, WhatTheUserSwitchedOnOutlivesAShare) {
     change([](auto& record) { record.autoDetectEnabled = true; });
     fakes.workspace.run("a");
@@ -367,7 +302,16 @@ TEST_F(ResumeTest, WhatTheUserSwitchedOnOutlivesAShare) {
 }
 
 TEST_F(ResumeTest, NoticesStayOffTheScreenUntilPrivacyModeEnds) {
-    launchInAShareThatHoldsNotices();
+    change([](auto& record) {
+        record.autoDetectEnabled = true;
+        record.checkNotifications = true;
+        record.notificationsMarkedHandled = false;
+    });
+    fakes.doNotDisturb.turn(false);
+    fakes.workspace.run("a");
+    launch();
+    fakes.screenWatcherProbe.isWatched = true;
+    fakes.mainQueue.advance(longTime);
     ASSERT_TRUE(fakes.doNotDisturb.isHeld());
     crashAndStart();
     fakes.mainQueue.advance(longTime);
@@ -375,19 +319,6 @@ TEST_F(ResumeTest, NoticesStayOffTheScreenUntilPrivacyModeEnds) {
     pressShortcut();
     fakes.screenWatcherProbe.isWatched = false;
     fakes.mainQueue.advance(longTime);
-    EXPECT_FALSE(fakes.doNotDisturb.isHeld());
-}
-
-TEST_F(ResumeTest, NoticesStayOffTheScreenAllThroughARestart) {
-    launchInAShareThatHoldsNotices();
-    ASSERT_TRUE(fakes.doNotDisturb.isHeld());
-    fakes.events.clear();
-    restart();
-    fakes.mainQueue.advance(longTime);
-    EXPECT_TRUE(fakes.doNotDisturb.isHeld());
-    EXPECT_THAT(fakes.events, testing::Not(testing::Contains("give quiet back")));
-    fakes.screenWatcherProbe.isWatched = false;
-    fakes.mainQueue.advance(2 * longTime);
     EXPECT_FALSE(fakes.doNotDisturb.isHeld());
 }
 

@@ -166,23 +166,30 @@ class SettingsTest(DesktopCase):
         self.click(window, FIRST_APP)
         self.wait_private_apps("debian-xterm", "meeting")
 
-    def test_restarting_goes_on_where_it_was(self):
+    def test_restarting_is_for_times_without_privacy_mode(self):
         xterm = self.open_xterm()
         self.write_private_apps(XTERM)
         window = self.start_with_settings()
+        self.click(window, APPS_TAB)
+        self.wait_for_restart(window, True)
         self.toggle()
         self.wait_hidden(xterm)
+        self.wait_for_restart(window, False)
+        self.toggle()
+        self.wait_shown(xterm)
+        self.wait_for_restart(window, True)
         before = self.owner_of_name()
-        self.click(window, APPS_TAB)
-        wait_until(lambda: self.colour_at(window, *RESTART) == CHIP, "the button is there",
-                   seen=lambda: self.colour_at(window, *RESTART))
         self.click(window, RESTART)
         wait_until(lambda: self.owner_of_name() not in (None, before), "another run has the name")
         # In the same process, whose end its starter would take for that of Curtain.
         self.wait_until_ready(self.curtain)
-        self.assert_stays_hidden(xterm)
         self.toggle()
-        self.wait_shown(xterm)
+        self.wait_hidden(xterm)
+
+    def wait_for_restart(self, window, is_offered):
+        wait_until(lambda: (self.colour_at(window, *RESTART) == CHIP) == is_offered,
+                   "there is a button" if is_offered else "there is none",
+                   seen=lambda: self.colour_at(window, *RESTART))
 
     def owner_of_name(self):
         """Of Curtain's on the bus; no two connections have the same."""

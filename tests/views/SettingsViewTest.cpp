@@ -504,6 +504,18 @@ TEST_F(SettingsViewTest, CurtainIsRestartedWhereTheCaptionAsksForIt) {
     EXPECT_EQ(view.find("restart"), nullptr);
 }
 
+TEST_F(SettingsViewTest, CurtainIsNotRestartedWhileThatWouldRevealSomething) {
+    auto view = show();
+    view.click("tabApps");
+    content->mayRestart = [] { return false; };
+    content->askSession();
+    EXPECT_EQ(view.find("restart"), nullptr);
+    EXPECT_NE(view.find("restartCaption"), nullptr);
+    content->mayRestart = [] { return true; };
+    content->askSession();
+    EXPECT_NE(view.find("restart"), nullptr);
+}
+
 TEST_F(SettingsViewTest, AppsAreAddedAndRemoved) {
     auto view = show();
     view.click("tabApps");
