@@ -58,8 +58,7 @@ CameraStatus CameraPreviewManager::status() const {
 }
 
 bool CameraPreviewManager::isForbidden() const {
-    return services_.authorization.status(Platform::MediaType::video) ==
-           Platform::AuthorizationStatus::restricted;
+    return isForbidden_;
 }
 
 std::optional<Platform::CaptureInterruption> CameraPreviewManager::interruption() const {
@@ -108,6 +107,8 @@ void CameraPreviewManager::start(const std::optional<std::string>& deviceID) {
         configureAndRun(deviceID);
         return;
     case Platform::AuthorizationStatus::restricted:
+        setStatus(CameraStatus::noPermission, true);
+        return;
     case Platform::AuthorizationStatus::denied:
         setStatus(CameraStatus::noPermission);
         return;
@@ -263,8 +264,11 @@ void CameraPreviewManager::capturePhoto(std::function<void(std::optional<Photo>)
     photoOutput_->capturePhoto(settings, delegate);
 }
 
-void CameraPreviewManager::setStatus(CameraStatus status) {
-    if (std::exchange(status_, status) != status) {
+void CameraPreviewManager::setStatus(CameraStatus status, bool isForbidden) {
+    const bool isOther = status != status_ || isForbidden != isForbidden_;
+    status_ = status;
+    isForbidden_ = isForbidden;
+    if (isOther) {
         Q_EMIT changed();
     }
 }

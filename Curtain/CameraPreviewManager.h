@@ -100,7 +100,7 @@ private:
     void devicesChanged();
     struct Photo;
     void capturePhoto(std::function<void(std::optional<Photo>)> completion);
-    void setStatus(CameraStatus status);
+    void setStatus(CameraStatus status, bool isForbidden = false);
 
     Services services_;
     std::shared_ptr<Platform::CaptureSession> session_;
@@ -108,6 +108,7 @@ private:
     std::shared_ptr<Running> running_;
     bool isStarted_ = false;
     CameraStatus status_ = CameraStatus::unavailable;
+    bool isForbidden_ = false;
     bool mirrored_ = false;
     std::shared_ptr<const Platform::Picture> capturedPhoto_;
     std::optional<std::vector<std::byte>> capturedData_;

@@ -344,7 +344,7 @@ bool MeetingReadinessView::isReady() const {
 }
 
 bool MeetingReadinessView::isCameraForbidden() const {
-    return services_.camera.status() == CameraStatus::noPermission && services_.camera.isForbidden();
+    return services_.camera.isForbidden();
 }
 
 QStringList MeetingReadinessView::visibilities() const {

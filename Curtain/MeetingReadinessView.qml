@@ -33,10 +33,11 @@ VisualEffectBackground {
             model.showingTestShare = false;
             testShare.fadesOut = true;
             root.forceActiveFocus();
+            keeper.forget();
         }
     }
 
-    FocusKeeper {}
+    FocusKeeper { id: keeper }
 
     /// A measure that is `roomy` as a rule and `close` at the least.
     function between(roomy: real, close: real): real {

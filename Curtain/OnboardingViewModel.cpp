@@ -159,8 +159,7 @@ bool OnboardingViewModel::isDenied() const {
 }
 
 bool OnboardingViewModel::isForbidden() const {
-    return isDenied() && flow_.step().permissionKind() == PermissionKind::camera &&
-           services_.cameraManager.isForbidden();
+    return isDenied() && flow_.step().permissionKind() == PermissionKind::camera && isCameraForbidden_;
 }
 
 QString OnboardingViewModel::settingsProblem() const {
@@ -306,14 +305,15 @@ void OnboardingViewModel::requestCurrentPermission() {
 }
 
 void OnboardingViewModel::lookAgain() {
-    const auto kind = flow_.step().permissionKind();
-    if (!kind || !isDenied()) {
-        return;
+    const auto isGrantedMeanwhile = [this](PermissionKind kind, MediaType type) {
+        return statusOf(kind) == PermissionStatus::denied &&
+               services_.authorization.status(type) == AuthorizationStatus::authorized;
+    };
+    if (isGrantedMeanwhile(PermissionKind::microphone, MediaType::audio)) {
+        microphoneAnswered();
     }
-    const auto answer = services_.authorization.status(
-        *kind == PermissionKind::microphone ? MediaType::audio : MediaType::video);
-    if (answer == AuthorizationStatus::authorized) {
-        requestCurrentPermission();
+    if (isGrantedMeanwhile(PermissionKind::camera, MediaType::video)) {
+        cameraAnswered();
     }
 }
 
@@ -346,8 +346,9 @@ void OnboardingViewModel::microphoneAnswered() {
 }
 
 void OnboardingViewModel::cameraAnswered() {
-    const bool isGranted =
-        services_.authorization.status(MediaType::video) == AuthorizationStatus::authorized;
+    const auto answer = services_.authorization.status(MediaType::video);
+    const bool isGranted = answer == AuthorizationStatus::authorized;
+    isCameraForbidden_ = answer == AuthorizationStatus::restricted;
     setStatus(PermissionKind::camera, isGranted ? PermissionStatus::granted : PermissionStatus::denied);
     if (isGranted) {
         startLiveArea(PermissionKind::camera);

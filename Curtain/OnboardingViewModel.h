@@ -142,7 +142,8 @@ public:
     Q_INVOKABLE void switchExtensionOn();
     /// Asks for the permission of the current page; nothing on a page without one.
     Q_INVOKABLE void requestCurrentPermission();
-    /// To be called when the user comes back to the window: what was denied may have been granted meanwhile.
+    /// To be called when the user comes back to the window: what was denied, on any page, may have been
+    /// granted meanwhile.
     Q_INVOKABLE void lookAgain();
     Q_INVOKABLE void openSystemSettings();
     Q_INVOKABLE void finish();
@@ -178,6 +179,7 @@ private:
     std::optional<Platform::HidingObstacle> hidingObstacle_;
     HidingWatch hidingWatch_;
     std::map<CurtainCore::PermissionKind, CurtainCore::PermissionStatus> status_;
+    bool isCameraForbidden_ = false;
     std::int64_t desktopFileCount_ = 0;
     bool isSettingsPageMissing_ = false;
     bool isClosed_ = false;

@@ -29,6 +29,7 @@ FocusScope {
         anchors.fill: parent
         color: Theme.window
     }
+    FocusKeeper {}
     ProgressDots {
         objectName: "dots"
         anchors.horizontalCenter: parent.horizontalCenter

@@ -448,27 +448,23 @@ constexpr auto ownTexts = std::to_array<Entry<PlatformKey>>({
           "nouveau dans les paramètres.",
       .ru = "Личные приложения неизвестны, так как настройки не удалось прочитать. Выберите их снова в "
             "настройках."}},
-    // In the dark picture of a camera, two short lines at most.
     {PlatformKey::cameraForbidden,
-     {.en =
-          "Your account may not use this computer's cameras. Log in at its own screen, or ask to be added to "
-          "the group video.",
-      .es = "Tu cuenta no puede usar las cámaras de este equipo. Inicia sesión en su propia pantalla o pide "
-            "que "
-            "te añadan al grupo video.",
+     {.en = "Your account may not use this computer's cameras. "
+            "Log in at its own screen, or ask to be added to the group video.",
+      .es = "Tu cuenta no puede usar las cámaras de este equipo. "
+            "Inicia sesión en su propia pantalla o pide que te añadan al grupo video.",
       .zh = "你的账户无权使用这台电脑的摄像头。请在它自己的屏幕上登录，或请管理员将你加入 video 组。",
-      .hi = "आपके खाते को इस कंप्यूटर के कैमरे इस्तेमाल करने की अनुमति नहीं है। सीधे इसी कंप्यूटर पर लॉगिन करें "
-            "या ख़ुद को video समूह में जुड़वाएँ।",
-      .ar = "لا يُسمح لحسابك باستخدام كاميرات هذا الجهاز. سجّل الدخول أمام شاشته، أو اطلب إضافتك إلى المجموعة "
-            "video.",
-      .pt = "Sua conta não pode usar as câmeras deste computador. Inicie a sessão na tela dele ou peça para "
-            "ser "
-            "incluído no grupo video.",
-      .fr = "Votre compte ne peut pas utiliser les caméras de cet ordinateur. Ouvrez une session sur son "
-            "propre "
-            "écran ou demandez à rejoindre le groupe video.",
-      .ru = "Вашей учётной записи нельзя пользоваться камерами этого компьютера. Войдите за его экраном или "
-            "попросите добавить вас в группу video."}},
+      .hi = "आपके खाते को इस कंप्यूटर के कैमरे इस्तेमाल करने की अनुमति नहीं है। "
+            "सीधे इसी कंप्यूटर पर लॉगिन करें या ख़ुद को video समूह में जुड़वाएँ।",
+      .ar = "لا يُسمح لحسابك باستخدام كاميرات هذا الجهاز. "
+            "سجّل الدخول أمام شاشته، أو اطلب إضافتك إلى المجموعة video.",
+      .pt = "Sua conta não pode usar as câmeras deste computador. "
+            "Inicie a sessão na tela dele ou peça para ser incluído no grupo video.",
+      .fr = "Votre compte ne peut pas utiliser les caméras de cet ordinateur. "
+            "Ouvrez une session sur son propre écran ou demandez à rejoindre le groupe video.",
+      .ru = "Вашей учётной записи нельзя пользоваться камерами этого компьютера. "
+            "Войдите за его экраном или попросите добавить вас в группу video."}},
+    // In the dark picture of a camera, two short lines at most.
     {PlatformKey::cameraGone,
      {.en = "The camera is not plugged in any more.",
       .es = "La cámara ya no está conectada.",

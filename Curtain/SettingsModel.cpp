@@ -28,7 +28,7 @@ std::string SettingsModel::lang() const {
 
 void SettingsModel::reload() {
     auto stored = store_.load();
-    const bool isOff = loginItem_.isSwitchedOff();
+    const bool isOff = loginItem_.isSwitchedOff().value_or(isLoginItemOff_);
     if (stored != prefs_ || isOff != isLoginItemOff_) {
         prefs_ = std::move(stored);
         isLoginItemOff_ = isOff;
@@ -71,7 +71,7 @@ void SettingsModel::launchAllTheSame() {
 }
 
 void SettingsModel::loginItemChanged(const std::optional<std::string>& error) {
-    isLoginItemOff_ = loginItem_.isSwitchedOff();
+    isLoginItemOff_ = loginItem_.isSwitchedOff().value_or(isLoginItemOff_);
     if (error) {
         log_.writeLine("Curtain SMAppService: " + *error);
     }

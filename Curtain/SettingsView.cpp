@@ -277,9 +277,9 @@ void SettingsView::refresh() {
 
 void SettingsView::reloadEntries() {
     if (showingPrivate_) {
-        setEntries(privateApps(), {});
+        setEntries(privateApps(services_.catalog.allApps()), {});
     } else if (showingInstalled_) {
-        setEntries(unlistedApps(), services_.catalog.installedApps());
+        setEntries(unlistedApps(services_.catalog.allApps()), services_.catalog.installedApps());
     } else {
         apps_.setEntries(services_.catalog.runningApps());
     }
@@ -295,8 +295,7 @@ void SettingsView::setEntries(std::vector<CatalogEntry> privateApps,
     apps_.setEntries(std::move(entries), {privateApps.begin(), rest});
 }
 
-std::vector<CatalogEntry> SettingsView::privateApps() const {
-    const auto known = services_.catalog.allApps();
+std::vector<CatalogEntry> SettingsView::privateApps(const std::vector<CatalogEntry>& known) const {
     std::vector<CatalogEntry> apps;
     for (const auto& app : services_.model.prefs().targetApps) {
         if (std::ranges::find(apps, app.bundleID, &CatalogEntry::bundleID) == apps.end()) {
@@ -307,9 +306,8 @@ std::vector<CatalogEntry> SettingsView::privateApps() const {
     return apps;
 }
 
-std::vector<CatalogEntry> SettingsView::unlistedApps() const {
-    const auto known = services_.catalog.allApps();
-    auto unlisted = privateApps();
+std::vector<CatalogEntry> SettingsView::unlistedApps(const std::vector<CatalogEntry>& known) const {
+    auto unlisted = privateApps(known);
     std::erase_if(unlisted, [&](const CatalogEntry& app) {
         return std::ranges::find(known, app.bundleID, &CatalogEntry::bundleID) != known.end();
     });

@@ -176,10 +176,10 @@ private:
     };
 
     void reloadEntries();
-    /// Each once, under the name that the system has for it.
-    std::vector<CatalogEntry> privateApps() const;
+    /// Each once, under the name that the system has for it; `known` are all that it knows.
+    std::vector<CatalogEntry> privateApps(const std::vector<CatalogEntry>& known) const;
     /// Those of them that stand in neither list.
-    std::vector<CatalogEntry> unlistedApps() const;
+    std::vector<CatalogEntry> unlistedApps(const std::vector<CatalogEntry>& known) const;
     /// These, and before them those that certainly are no longer installed.
     void setEntries(std::vector<CatalogEntry> privateApps, const std::vector<CatalogEntry>& others);
     void modelChanged();

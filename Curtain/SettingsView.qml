@@ -39,6 +39,7 @@ FocusScope {
             view.currentTab = 0;
             Desktop.language = view.model.lang;
             view.forceActiveFocus();
+            keeper.forget();
         }
     }
     Connections {
@@ -66,7 +67,7 @@ FocusScope {
             onTapped: view.forceActiveFocus()
         }
     }
-    FocusKeeper {}
+    FocusKeeper { id: keeper }
     SettingsTabs {
         id: tabs
         objectName: "tabs"

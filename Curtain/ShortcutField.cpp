@@ -63,6 +63,8 @@ ShortcutField::ShortcutField(const KeyboardShortcuts::ShortcutRecorder::Services
       recorder_(services, std::move(name), std::move(mainMenu)),
       lang_(std::move(lang)),
       canTakeKeyboard_(canTakeKeyboard) {
+    connect(this, &ShortcutField::alertChanged, this, &ShortcutField::dismissTextChanged);
+    connect(this, &ShortcutField::langChanged, this, &ShortcutField::dismissTextChanged);
     recorder_.onChange = [this] {
         takeKeyboard(recorder_.isRecording());
         Q_EMIT changed();

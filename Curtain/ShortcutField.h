@@ -38,7 +38,7 @@ class ShortcutField : public QObject {
     Q_PROPERTY(QString clearText READ clearText NOTIFY langChanged)
     Q_PROPERTY(QString forceUseText READ forceUseText NOTIFY langChanged)
     /// What closes the alert and leaves the shortcut as it was.
-    Q_PROPERTY(QString dismissText READ dismissText NOTIFY alertChanged)
+    Q_PROPERTY(QString dismissText READ dismissText NOTIFY dismissTextChanged)
 
 public:
     /// What the services refer to outlives the field. `lang` answers with the code of the texts' language.
@@ -78,6 +78,7 @@ Q_SIGNALS:
     void alertChanged();
     /// The texts are in another language now.
     void langChanged();
+    void dismissTextChanged();
 
 private:
     QString localized(std::string_view key) const;

@@ -15,8 +15,9 @@ public:
     virtual std::optional<std::string> unregisterItem() = 0;
     /// Registers it also where it is switched off.
     virtual std::optional<std::string> registerAnew() = 0;
-    /// Whether the desktop's own tool has switched off what is registered.
-    virtual bool isSwitchedOff() const = 0;
+    /// Whether the desktop's own tool has switched off what is registered; absent when it is not known at the
+    /// moment.
+    virtual std::optional<bool> isSwitchedOff() const = 0;
 };
 
 } // namespace Platform

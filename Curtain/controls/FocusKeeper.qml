@@ -3,6 +3,8 @@ import QtQuick.Templates as T
 import QtQuick.Window
 
 /// Hands the keyboard on to what comes next where what has it is disabled or goes, so that something always has it.
+/// Looks after what its parent contains. A menu or an alert above it has the keyboard to itself, and with its end what
+/// had it before has it again.
 Item {
     id: keeper
 
@@ -18,10 +20,8 @@ Item {
     visible: false
 
     onCurrentChanged: {
-        if (isKept(current)) {
-            holder = current;
-            wasHeld = true;
-            hadRing = ringOf(current);
+        if (isHolding(current)) {
+            hold(current);
         } else {
             Qt.callLater(handOn); // qmllint disable
         }
@@ -29,27 +29,62 @@ Item {
 
     onCanHoldChanged: Qt.callLater(handOn) // qmllint disable
 
-    /// What has lost it leaves it with what it stands in.
-    function isKept(item: Item): bool {
-        return item !== null && item !== Window.contentItem && !(item instanceof Loader) && item.visible && item.enabled;
+    /// What is given the keyboard now has not got it because something else has lost it.
+    function forget(): void {
+        holder = null;
+        wasHeld = false;
+    }
+    function hold(item: Item): void {
+        holder = item;
+        wasHeld = true;
+        hadRing = ringOf(item);
+    }
+    function isWithin(item: Item, around: Item): bool {
+        let step = item;
+        while (step !== null && step !== around) {
+            step = step.parent;
+        }
+        return step !== null;
+    }
+    /// What has lost it leaves it with what it stands in, which Tab does not lead to.
+    function isHolding(item: Item): bool {
+        return isWithin(item, parent) && item.visible && item.enabled
+            && (item === holder || item.activeFocusOnTab || !isWithin(holder, item));
     }
     function ringOf(item: Item): bool {
         return (item as T.Control)?.visualFocus ?? false;
     }
+    function give(item: Item): void {
+        item.forceActiveFocus(hadRing ? Qt.TabFocusReason : Qt.OtherFocusReason);
+    }
     function handOn(): void {
-        if (!wasHeld || !Window.active || isKept(Window.activeFocusItem)) {
+        const now = Window.activeFocusItem;
+        const isInside = isWithin(now, parent);
+        const isElsewhere = now !== null && now !== Window.contentItem && !isInside;
+        if (!wasHeld || !Window.active || isElsewhere || (now === holder && canHold)) {
             return;
         }
+        const isHolderThere = isWithin(holder, parent);
+        if (isHolderThere && canHold && isInside) {
+            // Nothing took it from the holder.
+            hold(now);
+        } else if (isHolderThere && canHold && !("takesEveryKey" in holder)) {
+            give(holder);
+        } else {
+            giveToNext(isHolderThere ? holder : isInside ? now : parent);
+        }
+    }
+    function giveToNext(from: Item): void {
         // From what cannot be seen the first step leads to what it stands in only.
-        let next = (holder ?? parent).nextItemInFocusChain();
-        if (!next.activeFocusOnTab) {
+        let next = from.nextItemInFocusChain();
+        if (next !== null && !next.activeFocusOnTab) {
             next = next.nextItemInFocusChain();
         }
-        if ("takesEveryKey" in next) {
-            next = (holder ?? parent).nextItemInFocusChain(false);
+        if (next !== null && "takesEveryKey" in next) {
+            next = from.nextItemInFocusChain(false);
         }
-        if (isKept(next)) {
-            next.forceActiveFocus(hadRing ? Qt.TabFocusReason : Qt.OtherFocusReason);
+        if (isHolding(next)) {
+            give(next);
         }
     }
 

@@ -89,8 +89,20 @@ TEST_F(CameraPreviewManagerTest, RestrictedAndDeniedGiveNoPermission) {
         setStatus(status);
         startAndRun();
         EXPECT_EQ(manager->status(), CameraStatus::noPermission);
+        EXPECT_EQ(manager->isForbidden(), status == AuthorizationStatus::restricted);
     }
     EXPECT_THAT(capture.session->calls, IsEmpty());
+}
+
+TEST_F(CameraPreviewManagerTest, WhyThereIsNoPermissionIsKnownFromTheSameLookAsTheStatus) {
+    setStatus(AuthorizationStatus::restricted);
+    startAndRun();
+    setStatus(AuthorizationStatus::authorized);
+    EXPECT_EQ(manager->status(), CameraStatus::noPermission);
+    EXPECT_TRUE(manager->isForbidden());
+    startAndRun();
+    EXPECT_EQ(manager->status(), CameraStatus::available);
+    EXPECT_FALSE(manager->isForbidden());
 }
 
 TEST_F(CameraPreviewManagerTest, UnknownAuthorizationGivesUnavailable) {

@@ -736,6 +736,35 @@ TEST_F(OnboardingViewModelTest, SaysThatThereIsNoSettingsPageUntilThereIsOneOrTh
     EXPECT_EQ(model->settingsProblem(), "");
 }
 
+TEST_F(OnboardingViewModelTest, WhatIsGrantedLaterIsSeenOnEveryPageThatFollows) {
+    authorization.statuses = {{MediaType::audio, AuthorizationStatus::denied},
+                              {MediaType::video, AuthorizationStatus::restricted}};
+    startAt(PermissionKind::microphone);
+    model->requestCurrentPermission();
+    model->advance();
+    model->requestCurrentPermission();
+    EXPECT_TRUE(model->isForbidden());
+    model->advance();
+    ASSERT_EQ(model->page(), "summary");
+    EXPECT_NE(model->cameraGap(), "");
+    EXPECT_NE(model->microphoneGap(), "");
+    model->lookAgain();
+    EXPECT_NE(model->cameraGap(), "");
+
+    authorization.statuses[MediaType::video] = AuthorizationStatus::authorized;
+    model->lookAgain();
+    EXPECT_EQ(statusOf(PermissionKind::camera), PermissionStatus::granted);
+    EXPECT_EQ(model->cameraGap(), "");
+    EXPECT_NE(model->microphoneGap(), "");
+    authorization.statuses[MediaType::audio] = AuthorizationStatus::authorized;
+    model->lookAgain();
+    EXPECT_EQ(statusOf(PermissionKind::microphone), PermissionStatus::granted);
+    ASSERT_TRUE(isMicrophoneOn());
+    audio.engine().feedSamples(std::vector<float>(1024, 0.02F));
+    settle();
+    EXPECT_EQ(model->microphoneGap(), "");
+}
+
 TEST_F(OnboardingViewModelTest, FinishingIsTheOwnersBusiness) {
     int finished = 0;
     model->onFinish = [&] { ++finished; };

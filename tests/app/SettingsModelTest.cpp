@@ -185,6 +185,21 @@ TEST_F(SettingsModelTest, WhetherTheDesktopHasSwitchedTheLaunchOffIsAskedWhereIt
     EXPECT_EQ(changes, 1);
 }
 
+TEST_F(SettingsModelTest, WhereItIsNotKnownWhetherTheLaunchIsSwitchedOffTheLastAnswerHolds) {
+    loginItem.isOff = true;
+    model().setLaunchAtLogin(true);
+    changes = 0;
+    loginItem.isOff.reset();
+    model().reload();
+    EXPECT_TRUE(model().isLaunchSwitchedOff());
+    EXPECT_EQ(changes, 0);
+    model().setLaunchAtLogin(true);
+    EXPECT_TRUE(model().isLaunchSwitchedOff());
+    loginItem.isOff = false;
+    model().reload();
+    EXPECT_FALSE(model().isLaunchSwitchedOff());
+}
+
 TEST_F(SettingsModelTest, AFailingLoginServiceIsSaidAndTheWishIsKept) {
     loginItem.error = "Operation not permitted";
     model().setLaunchAtLogin(true);

@@ -13,7 +13,7 @@ public:
     std::vector<std::string> calls;
     /// What all operations answer.
     std::optional<std::string> error;
-    bool isOff = false;
+    std::optional<bool> isOff = false;
 
     std::optional<std::string> registerItem() override {
         calls.emplace_back("register");
@@ -28,11 +28,11 @@ public:
 
     std::optional<std::string> registerAnew() override {
         calls.emplace_back("register anew");
-        isOff = isOff && error;
+        isOff = isOff == true && error;
         return error;
     }
 
-    bool isSwitchedOff() const override { return isOff; }
+    std::optional<bool> isSwitchedOff() const override { return isOff; }
 };
 
 } // namespace TestSupport

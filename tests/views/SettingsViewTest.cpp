@@ -792,6 +792,20 @@ TEST_F(SettingsViewTest, TabsAreChangedWithKeys) {
     EXPECT_NE(view.find("shortcut"), nullptr);
 }
 
+TEST_F(SettingsViewTest, ATabThatIsChangedWithKeysHandsTheKeyboardOn) {
+    auto view = show();
+    for (const auto* const control : {"launchAtLogin", "autoDetect", "showCameraPreview"}) {
+        SCOPED_TRACE(control);
+        view.find(control)->forceActiveFocus(Qt::TabFocusReason);
+        view.press(Qt::Key_PageDown, Qt::ControlModifier);
+        ASSERT_EQ(view.find(control), nullptr);
+        const auto* const focused = view.window().activeFocusItem();
+        ASSERT_NE(focused, nullptr);
+        EXPECT_TRUE(focused->isVisible());
+        EXPECT_TRUE(focused->property("visualFocus").toBool()) << focused->objectName().toStdString();
+    }
+}
+
 TEST_F(SettingsViewTest, EscapeAndTheCloseKeyCloseTheWindow) {
     for (const auto& [key, modifiers] :
          {std::pair(Qt::Key_Escape, Qt::NoModifier), {Qt::Key_W, Qt::ControlModifier}}) {
@@ -809,6 +823,9 @@ TEST_F(SettingsViewTest, EveryShowingBeginsAnew) {
     content->willShow();
     view.settle();
     EXPECT_NE(view.find("shortcut"), nullptr);
+    const auto* const focused = view.window().activeFocusItem();
+    ASSERT_NE(focused, nullptr);
+    EXPECT_FALSE(focused->isVisible() && focused->activeFocusOnTab()) << "no control is handed the keyboard";
     EXPECT_FALSE(content->shortcut()->isRecording());
     view.click("tabApps");
     EXPECT_EQ(content->apps()->rowCount(), 7);
@@ -968,6 +985,39 @@ TEST_F(SettingsViewTest, ATakenCombinationIsRefusedOrForced) {
         EXPECT_EQ(shortcut(), (KeyboardShortcuts::Shortcut{keyP, 4096}));
         EXPECT_EQ(view.find("shortcutAlert"), nullptr);
     }
+}
+
+TEST_F(SettingsViewTest, AnotherLanguageChangesTheAlertToo) {
+    using namespace KeyboardShortcuts;
+    auto view = show();
+    view.click("shortcut");
+    strike(view, Qt::Key_P, scanCodeOfP, Qt::ControlModifier);
+    platform.systemShortcuts.answer(true);
+    view.settle();
+    speak("fr");
+    content->refresh();
+    view.settle();
+    EXPECT_EQ(view.find("alertOk")->property("text").toString(),
+              toQString(ShortcutTexts::string(ShortcutTexts::chooseAnother, "fr")));
+}
+
+TEST_F(SettingsViewTest, AKeyPressedWhileTheAlertFadesForcesNothing) {
+    auto view = show();
+    view.click("shortcut");
+    strike(view, Qt::Key_P, scanCodeOfP, Qt::ControlModifier);
+    platform.systemShortcuts.answer(true);
+    view.settle();
+    ASSERT_EQ(view.window().activeFocusItem()->objectName(), "alertOk");
+    QTest::keyClick(&view.window(), Qt::Key_Escape);
+    const auto isInField = [&] {
+        return view.find("shortcut")->isAncestorOf(view.window().activeFocusItem());
+    };
+    EXPECT_TRUE(ShownView::waitFor(isInField));
+    view.press(Qt::Key_Return);
+    EXPECT_EQ(view.find("shortcutAlert"), nullptr);
+    EXPECT_TRUE(isInField()) << "Tab goes on from here";
+    EXPECT_FALSE(content->shortcut()->isRecording());
+    EXPECT_EQ(shortcut(), (KeyboardShortcuts::Shortcut{4, 6400}));
 }
 
 TEST_F(SettingsViewTest, ACombinationOfTheWindowIsRefused) {

@@ -516,6 +516,22 @@ TEST_F(Wizard, WhatIsGrantedMeanwhileIsSeenWhenItsUserComesBack) {
     EXPECT_TRUE(isCameraOn());
 }
 
+TEST_F(Wizard, TheButtonThatGoesWithARefusalLeavesTheKeyboardToTheOther) {
+    authorization.statuses[MediaType::video] = AuthorizationStatus::denied;
+    auto view = show(PermissionKind::camera);
+    view.press(Qt::Key_Space);
+    view.press(Qt::Key_Tab);
+    ASSERT_TRUE(view.find("goOnWithout")->hasActiveFocus());
+    authorization.statuses[MediaType::video] = AuthorizationStatus::authorized;
+    model->lookAgain();
+    view.settle();
+    EXPECT_EQ(view.find("goOnWithout"), nullptr);
+    ASSERT_TRUE(view.find("goOn")->hasActiveFocus());
+    EXPECT_TRUE(view.find("goOn")->property("visualFocus").toBool());
+    view.press(Qt::Key_Return);
+    EXPECT_EQ(model->page(), "summary");
+}
+
 TEST_F(Wizard, DeniedPageLeadsToTheSettingsAndOn) {
     authorization.statuses[MediaType::audio] = AuthorizationStatus::denied;
     auto view = show(PermissionKind::microphone);

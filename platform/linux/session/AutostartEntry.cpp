@@ -19,13 +19,9 @@ namespace fs = std::filesystem;
 constexpr const char* group = G_KEY_FILE_DESKTOP_GROUP;
 
 /// Whether the entry is one that a session would not start: how the tools of the desktops switch one off.
-bool isOff(const fs::path& path) {
-    std::error_code error;
-    if (!fs::is_regular_file(path, error)) {
-        return false;
-    }
+bool saysOff(const std::string& text) {
     const std::unique_ptr<GKeyFile, decltype(&g_key_file_unref)> entry(g_key_file_new(), &g_key_file_unref);
-    if (g_key_file_load_from_file(entry.get(), path.c_str(), G_KEY_FILE_NONE, nullptr) == FALSE) {
+    if (g_key_file_load_from_data(entry.get(), text.data(), text.size(), G_KEY_FILE_NONE, nullptr) == FALSE) {
         return false;
     }
     const auto isFalse = [&](const char* key) {
@@ -80,12 +76,17 @@ std::string errorText(const fs::path& path, const std::error_code& error) {
 
 } // namespace
 
-AutostartEntry::AutostartEntry(const fs::path& configFolder, fs::path program)
+AutostartEntry::AutostartEntry(const fs::path& configFolder, fs::path program, BoundedReader reader)
     : path_(configFolder / "autostart" / "com.curtain.Curtain.desktop"),
-      program_(std::move(program)) {}
+      program_(std::move(program)),
+      reader_(std::move(reader)) {}
 
 std::optional<std::string> AutostartEntry::registerItem() {
-    return isSwitchedOff() ? path_.string() + ": switched off in the desktop's settings" : registerAnew();
+    const auto isOff = isSwitchedOff();
+    if (!isOff) {
+        return errorText(path_, std::make_error_code(std::errc::timed_out));
+    }
+    return *isOff ? path_.string() + ": switched off in the desktop's settings" : registerAnew();
 }
 
 std::optional<std::string> AutostartEntry::unregisterItem() {
@@ -113,8 +114,12 @@ std::optional<std::string> AutostartEntry::registerAnew() {
     return std::nullopt;
 }
 
-bool AutostartEntry::isSwitchedOff() const {
-    return isOff(path_);
+std::optional<bool> AutostartEntry::isSwitchedOff() const {
+    const auto reading = reader_.read(path_);
+    if (reading.outcome == FileReading::Outcome::failed && reading.error == std::errc::timed_out) {
+        return std::nullopt;
+    }
+    return reading.outcome == FileReading::Outcome::read && saysOff(reading.bytes);
 }
 
 } // namespace LinuxPlatform

@@ -7,6 +7,8 @@
 #include <gmock/gmock.h>
 
 #include <array>
+#include <chrono>
+#include <future>
 #include <memory>
 #include <vector>
 
@@ -114,13 +116,36 @@ TEST_F(AutostartEntryTest, WhatTheUserSwitchedOffInTheDesktopsToolStaysOff) {
         writeFile(path, text);
         EXPECT_THAT(entry().registerItem(), Optional(HasSubstr("switched off"))) << key;
         EXPECT_EQ(readFile(path), text);
-        EXPECT_TRUE(entry().isSwitchedOff()) << key;
+        EXPECT_EQ(entry().isSwitchedOff(), true) << key;
         EXPECT_EQ(entry().unregisterItem(), std::nullopt);
         EXPECT_FALSE(fs::exists(path));
-        EXPECT_FALSE(entry().isSwitchedOff());
+        EXPECT_EQ(entry().isSwitchedOff(), false);
         EXPECT_EQ(entry().registerItem(), std::nullopt);
-        EXPECT_FALSE(entry().isSwitchedOff());
+        EXPECT_EQ(entry().isSwitchedOff(), false);
     }
+}
+
+TEST_F(AutostartEntryTest, ADriveThatDoesNotAnswerKeepsNobodyWaitingAndNothingIsWritten) {
+    const std::string text = "[Desktop Entry]\nType=Application\nExec=curtain\nHidden=true\n";
+    writeFile(path, text);
+    std::promise<void> answer;
+    AutostartEntry remote(
+        config.path(), "/usr/bin/curtain",
+        LinuxPlatform::BoundedReader(
+            [answered = answer.get_future().share()](const fs::path& entryPath) {
+                answered.wait();
+                return LinuxPlatform::readSettingsFile(entryPath);
+            },
+            LinuxPlatform::LocalDrives([](const fs::path&) { return false; }, std::chrono::seconds(20)),
+            std::chrono::milliseconds(100)));
+    EXPECT_EQ(remote.isSwitchedOff(), std::nullopt);
+    EXPECT_THAT(remote.registerItem(), Optional(HasSubstr("timed out")));
+    EXPECT_EQ(readFile(path), text);
+    answer.set_value();
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (!remote.isSwitchedOff() && std::chrono::steady_clock::now() < deadline) {
+    }
+    EXPECT_EQ(remote.isSwitchedOff(), true);
 }
 
 TEST_F(AutostartEntryTest, WhatIsRegisteredAnewIsSwitchedOnOrStaysAsItWas) {
@@ -129,7 +154,7 @@ TEST_F(AutostartEntryTest, WhatIsRegisteredAnewIsSwitchedOnOrStaysAsItWas) {
     EXPECT_NE(entry("/opt/a\nb/curtain").registerAnew(), std::nullopt);
     EXPECT_EQ(readFile(path), text) << "what cannot be written takes nothing away";
     EXPECT_EQ(entry().registerAnew(), std::nullopt);
-    EXPECT_FALSE(entry().isSwitchedOff());
+    EXPECT_EQ(entry().isSwitchedOff(), false);
     EXPECT_THAT(command(), ElementsAre("/usr/bin/curtain"));
 }
 
