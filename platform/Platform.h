@@ -64,8 +64,8 @@ struct Platform {
     std::unique_ptr<Workspace> workspace;
     std::unique_ptr<AppShield> appShield;
     std::unique_ptr<SystemVersion> systemVersion;
-    std::unique_ptr<HotKeyService> hotKeyService;
     std::unique_ptr<Keyboard> keyboard;
+    std::unique_ptr<HotKeyService> hotKeyService;
     std::unique_ptr<SystemShortcuts> systemShortcuts;
     std::unique_ptr<StatusBar> statusBar;
     std::unique_ptr<ScreenWatcherProbe> screenWatcherProbe;

@@ -23,8 +23,7 @@
 namespace LinuxPlatform {
 namespace {
 
-/// What every hot-key service is made of. All of it outlives the service but the keyboard, which is not asked
-/// at its end.
+/// What every hot-key service is made of. All of it outlives the service.
 struct Session {
     const SessionEnvironment& environment;
     X11Connection* x11;
