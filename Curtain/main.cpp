@@ -15,7 +15,7 @@
 #include "platform/qt/QtMainQueue.h"
 #include "platform/qt/SessionRestart.h"
 #include "platform/qt/TerminationSignals.h"
-#include "platform/qt/ViewLibrary.h"
+#include "platform/qt/views/ViewLibrary.h"
 
 #include <QDBusConnection>
 #include <QFile>

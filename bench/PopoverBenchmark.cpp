@@ -1,7 +1,7 @@
 // A refresh of everything that the popover shows, until it is drawn, over services that answer at once.
 
 #include "bench/Times.h"
-#include "platform/qt/ViewEngine.h"
+#include "platform/qt/views/ViewEngine.h"
 #include "tests/views/ReadinessWorld.h"
 
 #include <QEventLoop>

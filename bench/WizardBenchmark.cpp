@@ -1,5 +1,5 @@
-#include "platform/qt/QtWindows.h"
-#include "platform/qt/ViewEngine.h"
+#include "platform/qt/views/QtWindows.h"
+#include "platform/qt/views/ViewEngine.h"
 #include "tests/support/OnboardingWorld.h"
 
 #include <QElapsedTimer>

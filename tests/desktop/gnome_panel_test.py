@@ -27,7 +27,7 @@ WINDOW = """(window => { if (!window) return 'null';
     const frame = window.get_frame_rect(), pixels = window.stage_to_protocol_rect?.(frame) ?? frame;
     return JSON.stringify([frame, pixels].map(({x, y, width, height}) => [x, y, width, height])); })(
     global.get_window_actors().map(actor => actor.meta_window).find(window => window.get_wm_class() === 'curtain'))"""
-# As in platform/qt/QtPopover.cpp: the popover, its shadow at its sides and below, what is kept off an edge, and a panel of
+# As in platform/qt/views/QtPopover.cpp: the popover, its shadow at its sides and below, what is kept off an edge, and a panel of
 # which nothing is known.
 SIZE, SHADOW, EDGE, UNKNOWN_PANEL = (700, 618), (40, 48), 8, 36
 IS_LAID_OUT_OTHERWISE = any(name.startswith("MUTTER_DEBUG_") for name in os.environ)

@@ -1,6 +1,6 @@
 #include "Curtain/CameraPreviewManager.h"
-#include "platform/qt/PictureFit.h"
-#include "platform/qt/ViewEngine.h"
+#include "platform/qt/items/PictureFit.h"
+#include "platform/qt/views/ViewEngine.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/FakeCaptureServices.h"
 #include "tests/support/FakeMediaAuthorization.h"

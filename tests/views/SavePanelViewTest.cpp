@@ -1,4 +1,4 @@
-#include "platform/qt/SaveFileModel.h"
+#include "platform/qt/savepanel/SaveFileModel.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/views/ViewFixture.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/qt/ViewEngine.h"
+#include "platform/qt/views/ViewEngine.h"
 #include "tests/views/Rest.h"
 #include "tests/views/ViewCheck.h"
 

@@ -1,4 +1,4 @@
-#include "platform/qt/PopoverPlacement.h"
+#include "platform/qt/screens/PopoverPlacement.h"
 
 #include <gmock/gmock.h>
 

@@ -1,5 +1,5 @@
-#include "platform/qt/ImageRendering.h"
 #include "platform/qt/QtResources.h"
+#include "platform/qt/screens/ImageRendering.h"
 
 #include "tests/support/ProgramArguments.h"
 #include "tests/support/TemporaryFolder.h"

@@ -1,6 +1,6 @@
-#include "platform/qt/QtSavePanel.h"
+#include "platform/qt/savepanel/QtSavePanel.h"
 
-#include "platform/qt/SaveFileModel.h"
+#include "platform/qt/savepanel/SaveFileModel.h"
 #include "tests/support/FakeWindows.h"
 #include "tests/support/TemporaryFolder.h"
 

@@ -1,4 +1,4 @@
-#include "platform/qt/ViewImages.h"
+#include "platform/qt/views/ViewImages.h"
 
 #include "tests/support/EventLoop.h"
 

@@ -1,5 +1,5 @@
-#include "platform/qt/ViewLibrary.h"
-#include "platform/qt/LazyViews.h"
+#include "platform/qt/views/ViewLibrary.h"
+#include "platform/qt/views/LazyViews.h"
 
 #include "tests/support/RecordingLog.h"
 #include "tests/support/TemporaryFolder.h"
