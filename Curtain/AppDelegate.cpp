@@ -180,7 +180,7 @@ void AppDelegate::menuQuit() {
 
 void AppDelegate::restart() {
     // For as long as that takes, nobody would hide what returns, nor keep notices off the screen.
-    if (!privacy_.isOn()) {
+    if (privacy_.isAtRest()) {
         platform_.application->relaunch();
     }
 }
@@ -348,7 +348,7 @@ std::shared_ptr<SettingsView> AppDelegate::makeSettingsView() {
     QObject::connect(view.get(), &SettingsView::langChanged, view.get(),
                      std::function<void()>(lifetime_.weak([this] { languageDidChange(); })));
     view->onRestart = lifetime_.weak([this] { restart(); });
-    view->mayRestart = [this] { return !privacy_.isOn(); };
+    view->mayRestart = [this] { return privacy_.isAtRest(); };
     return view;
 }
 

@@ -59,7 +59,7 @@ public:
     /// Opens what `menuOpen` opens, and never closes it.
     void open();
     void menuQuit();
-    /// Ends and starts anew; not while privacy mode is on.
+    /// Ends and starts anew; not while privacy mode is on, nor while notices are still held back after it.
     void restart();
     void openSettings();
     /// What the shortcut does.

@@ -30,7 +30,6 @@ QuietHold::~QuietHold() {
 }
 
 void QuietHold::begin() {
-    isOn_ = true;
     countdown_ = {};
     beginning_ = {};
     onSeen_ = nullptr;
@@ -48,7 +47,6 @@ void QuietHold::hold() {
 }
 
 void QuietHold::end() {
-    isOn_ = false;
     beginning_ = {};
     onSeen_ = nullptr;
     secondsLeft_ = secondsUntilGivenBack;

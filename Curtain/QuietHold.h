@@ -27,8 +27,8 @@ public:
     /// Gives back what is held, be it since an earlier run: after a while, so that a share that follows does
     /// not begin with notices. A desktop that then shows what it held does so only after the share.
     void end();
-    /// Whether it has begun and not ended.
-    bool isOn() const { return isOn_; }
+    /// Whether it is held, or not given back yet.
+    bool isHeld() const { return doNotDisturb_.isHeld(); }
     /// Runs `task` once notices can be seen again: at once where nothing is held, else after what `end` has
     /// begun. Not at all if `begin` or `end` is called before, nor for a `task` that another one follows.
     void whenSeen(std::function<void()> task);
@@ -43,7 +43,6 @@ private:
     Platform::UserNotificationCenter& center_;
     const ScreenWatcher& screenWatcher_;
     Platform::MainQueue& mainQueue_;
-    bool isOn_ = false;
     /// What is not known of the screen is as it was.
     bool isShared_ = false;
     /// Until it is given back; below zero, since then.

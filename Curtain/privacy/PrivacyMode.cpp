@@ -49,6 +49,7 @@ bool PrivacyMode::resume() {
     journal_.willTakeUp();
     services_.shield.cover(earlier->privacy.targets);
     isAutomatic_ = earlier->wasAutomatic;
+    isQuiet_ = earlier->isQuiet;
     engine_.resume(earlier->privacy);
     keepJournal();
     if (!sayIfNothingIsHidden()) {
@@ -113,12 +114,13 @@ void PrivacyMode::switchOnForShare() {
     const Action action(services_.store);
     // Written down with the first that is hidden: a crash may follow at once.
     isAutomatic_ = true;
+    isQuiet_ = FixEverything::needsQuiet(services_.store.load());
     const bool hasEffect = activate();
     changed();
     if (hasEffect) {
         services_.notifier.notifyActivated();
     }
-    if (FixEverything::needsQuiet(services_.store.load())) {
+    if (isQuiet_) {
         beginQuiet();
     }
 }
@@ -189,6 +191,7 @@ void PrivacyMode::setAutomatic(bool isAutomatic) {
 }
 
 void PrivacyMode::beginQuiet() {
+    isQuiet_ = true;
     quietHold_.begin();
     keepJournal();
 }
@@ -204,7 +207,7 @@ void PrivacyMode::keepJournal() {
             keepJournal();
         }));
     }
-    journal_.write({engine_.state(), isAutomatic_, quietHold_.isOn()});
+    journal_.write({engine_.state(), isAutomatic_, isQuiet_});
 }
 
 bool PrivacyMode::activate() {
@@ -222,6 +225,7 @@ void PrivacyMode::deactivate() {
     services_.shield.cover({});
     engine_.deactivate();
     services_.notifier.withdrawPrivacyNotices();
+    isQuiet_ = false;
     quietHold_.end();
 }
 

@@ -53,6 +53,9 @@ public:
     std::function<void()> onChange;
 
     bool isOn() const { return engine_.isActive(); }
+    /// Whether nothing would be shown if the program ended now: it is off, and notices are no longer held
+    /// back.
+    bool isAtRest() const { return !isOn() && !quietHold_.isHeld(); }
     /// Detection switched it on last, not the user.
     bool isAutomatic() const { return isAutomatic_; }
     /// Whether it is on, and it is known that nothing can be hidden.
@@ -113,6 +116,8 @@ private:
     QuietHold quietHold_;
     ReturningApps returning_;
     bool isAutomatic_ = false;
+    /// Notices are to be kept off the screen with it.
+    bool isQuiet_ = false;
     /// What was said of it since it was switched on.
     std::optional<Platform::HidingObstacle> toldObstacle_;
     /// Whether it is known when the journal's trial is over.

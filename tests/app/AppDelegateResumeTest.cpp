@@ -31,6 +31,16 @@ struct ResumeTest : TestSupport::AppDelegateFixture {
         fakes.mainQueue.advance(longTime);
     }
 
+    /// The same, and the desktop is to keep its notices.
+    void launchInAShareThatHoldsNotices() {
+        change([](auto& record) {
+            record.checkNotifications = true;
+            record.notificationsMarkedHandled = false;
+        });
+        fakes.doNotDisturb.turn(false);
+        launchInAShare();
+    }
+
     /// The program ends without a chance to do anything, and is started again.
     void crashAndStart() {
         const auto note = fakes.sessionNote.kept;
@@ -302,16 +312,7 @@ TEST_F(ResumeTest, WhatTheUserSwitchedOnOutlivesAShare) {
 }
 
 TEST_F(ResumeTest, NoticesStayOffTheScreenUntilPrivacyModeEnds) {
-    change([](auto& record) {
-        record.autoDetectEnabled = true;
-        record.checkNotifications = true;
-        record.notificationsMarkedHandled = false;
-    });
-    fakes.doNotDisturb.turn(false);
-    fakes.workspace.run("a");
-    launch();
-    fakes.screenWatcherProbe.isWatched = true;
-    fakes.mainQueue.advance(longTime);
+    launchInAShareThatHoldsNotices();
     ASSERT_TRUE(fakes.doNotDisturb.isHeld());
     crashAndStart();
     fakes.mainQueue.advance(longTime);
@@ -320,6 +321,33 @@ TEST_F(ResumeTest, NoticesStayOffTheScreenUntilPrivacyModeEnds) {
     fakes.screenWatcherProbe.isWatched = false;
     fakes.mainQueue.advance(longTime);
     EXPECT_FALSE(fakes.doNotDisturb.isHeld());
+}
+
+TEST_F(ResumeTest, ThatNoticesStayOffTheScreenIsWrittenDownBeforeAnythingIsHidden) {
+    int writes = 0;
+    fakes.sessionNote.onKeep = [&] {
+        if (const auto& note = fakes.sessionNote.kept) {
+            EXPECT_NE(note->find("\"isQuiet\": true"), std::string::npos);
+            ++writes;
+        }
+    };
+    launchInAShareThatHoldsNotices();
+    EXPECT_GT(std::exchange(writes, 0), 0);
+    crashAndStart();
+    EXPECT_GT(writes, 0);
+    fakes.sessionNote.onKeep = nullptr;
+}
+
+TEST_F(ResumeTest, ARestartWaitsUntilNoticesAreNoLongerHeldBack) {
+    launchInAShareThatHoldsNotices();
+    pressShortcut();
+    ASSERT_TRUE(fakes.doNotDisturb.isHeld());
+    delegate->restart();
+    EXPECT_FALSE(fakes.application.isRelaunched);
+    fakes.screenWatcherProbe.isWatched = false;
+    fakes.mainQueue.advance(longTime);
+    delegate->restart();
+    EXPECT_TRUE(fakes.application.isRelaunched);
 }
 
 TEST_F(ResumeTest, WindowsThatTheSessionTellsOfLaterAreHiddenThen) {
