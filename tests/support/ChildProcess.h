@@ -39,6 +39,14 @@ public:
     /// 0 once it has ended, or if it could not be started.
     pid_t id() const { return pid_; }
 
+    /// Whether it has ended without being asked to. It stays to be waited for.
+    bool hasEnded() const {
+        siginfo_t info{};
+        return pid_ == 0 ||
+               (waitid(P_PID, static_cast<id_t>(pid_), &info, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+                info.si_pid == pid_);
+    }
+
     /// Sends the signal and waits for the end.
     void end(int signal) {
         if (const auto pid = std::exchange(pid_, 0); pid != 0) {

@@ -9,10 +9,12 @@ NemoDesktop::NemoDesktop(EarlierValue earlier)
 }
 
 DesktopIcons NemoDesktop::icons(const DesktopScene& scene) {
-    if (!scene.hasName("org.NemoDesktop") && scene.desktopWindowOf(windowClass()) == nullptr) {
+    const bool isThere = scene.hasName("org.NemoDesktop") || scene.desktopWindowOf(windowClass()) != nullptr;
+    const auto isHidden = layout_.isHidden();
+    // One that has ended since it was told to hide them is to have them when it starts again.
+    if (!isThere && !(layout_.earlier().isOfThisSession() && isHidden == true)) {
         return DesktopIcons::absent;
     }
-    const auto isHidden = layout_.isHidden();
     if (!isHidden) {
         return DesktopIcons::unknown;
     }

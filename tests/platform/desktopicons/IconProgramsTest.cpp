@@ -155,6 +155,9 @@ struct IconProgramsTest : testing::Test {
     /// What the application goes by, for whoever reads of a failure.
     std::string whatIsThere() {
         std::ostringstream text;
+        for (const auto& program : programs) {
+            text << "process " << program->id() << (program->hasEnded() ? " has ended\n" : " runs\n");
+        }
         for (const auto& window : windows.list()) {
             text << "window of " << window.className << ", process " << window.process.value_or(0) << '\n';
         }
@@ -367,6 +370,23 @@ TEST_F(GSettingsTest, Nemo) {
     EXPECT_TRUE(spinUntil([&] { return iconsHidden(); }, patience));
     setIconsHidden(false);
     EXPECT_EQ(GSettingsKey("org.nemo.desktop", "desktop-layout").value(), "'true::false'");
+}
+
+TEST_F(GSettingsTest, NemoThatHasEndedMeanwhileShowsTheIconsWhenItStartsAgain) {
+    gsettings({"set", "org.nemo.preferences", "treat-root-as-normal", "true"});
+    gsettings({"reset", "org.nemo.desktop", "desktop-layout"});
+    start({"nemo-desktop"});
+    const auto before = pictureWithIcons();
+    setIconsHidden(true);
+    EXPECT_TRUE(isBareForGood());
+    programs.back()->end(SIGKILL);
+    ASSERT_TRUE(spinUntil([] { return !hasName("org.NemoDesktop"); }, patience));
+    EXPECT_TRUE(iconsHidden());
+    setIconsHidden(false);
+    EXPECT_FALSE(GSettingsKey("org.nemo.desktop", "desktop-layout").chosenValue());
+    EXPECT_THAT(keptFiles(), IsEmpty());
+    start({"nemo-desktop"});
+    EXPECT_TRUE(showsAgain(before)) << whatIsThere();
 }
 
 TEST_F(GSettingsTest, CajaWhichEndsWithItsDesktop) {
